@@ -1,0 +1,236 @@
+#pragma once
+
+#include <array>
+#include <cassert>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "mod_p3dgrid/logical.hpp"
+
+namespace mod_p3dgrid {
+
+/// @name Status of an allocation
+/// What `allocate` and `deallocate` return, and what the module hands to
+/// `mod_gridvars::checkallocationerror`.
+/// @{
+inline constexpr integer allocation_done = 0;
+/// The array is allocated already; it is left as it was.
+inline constexpr integer already_allocated = 1;
+/// The memory could not be had (or its size cannot be expressed); the array is not allocated.
+inline constexpr integer out_of_memory = 2;
+/// The array to release is not allocated.
+inline constexpr integer not_allocated = 3;
+/// @}
+
+namespace detail {
+/// Storage for `bytes` bytes, aligned for any array element, its contents unset; null on failure.
+[[nodiscard]] void* acquire_storage(std::uint64_t bytes) noexcept;
+void release_storage(void* storage) noexcept;
+
+/// Position of element (i, j, ...) in Fortran order: first index fastest, indices from 1.
+template <std::size_t Rank, class... Index>
+[[nodiscard]] constexpr std::size_t fortran_offset(const std::array<std::int64_t, Rank>& extents,
+                                                   Index... index) noexcept {
+  static_assert(sizeof...(Index) == Rank, "one index for each dimension");
+  const std::array<std::int64_t, Rank> at{static_cast<std::int64_t>(index)...};
+  std::int64_t offset = 0;
+  for (std::size_t d = Rank; d-- > 0;) {
+    assert(at[d] >= 1 && at[d] <= extents[d]);
+    offset = offset * extents[d] + (at[d] - 1);
+  }
+  return static_cast<std::size_t>(offset);
+}
+}  // namespace detail
+
+template <class T, std::size_t Rank>
+class array_view;
+
+/// Array of rank 1 or 2 that owns its storage and is allocated and released explicitly.
+///
+/// Elements lie in Fortran order (first index fastest) and are addressed from 1: `a(i)`, `a(i, j)`.
+/// A new allocation is not cleared. Moving hands the storage over; there is no copy by accident.
+/// The storage is free for the taking as a span or pointer, valid until it is released or moved.
+template <class T, std::size_t Rank>
+class allocatable {
+  static_assert(std::is_trivially_copyable_v<T> && (Rank == 1 || Rank == 2));
+
+ public:
+  allocatable() noexcept = default;
+  allocatable(allocatable&& other) noexcept
+      : storage_(std::exchange(other.storage_, nullptr)),
+        extents_(std::exchange(other.extents_, {})) {}
+  allocatable& operator=(allocatable&& other) noexcept {
+    if (this != &other) {
+      detail::release_storage(storage_);
+      storage_ = std::exchange(other.storage_, nullptr);
+      extents_ = std::exchange(other.extents_, {});
+    }
+    return *this;
+  }
+  ~allocatable() { detail::release_storage(storage_); }
+
+  /// Allocates with the given extents, one for each dimension; an extent below 0 counts as 0.
+  ///
+  /// Returns `allocation_done`, `already_allocated` or `out_of_memory`. After `out_of_memory` the
+  /// extents asked for are recorded, but the array is not allocated and its size is 0.
+  template <class... Extent>
+  [[nodiscard]] integer allocate(Extent... extent) noexcept {
+    static_assert(sizeof...(Extent) == Rank, "one extent for each dimension");
+    if (allocated()) return already_allocated;
+    extents_ = {(extent > 0 ? static_cast<std::int64_t>(extent) : 0)...};
+    std::uint64_t bytes = sizeof(T);
+    for (const std::int64_t e : extents_) {
+      if (__builtin_mul_overflow(bytes, static_cast<std::uint64_t>(e), &bytes)) {
+        return out_of_memory;
+      }
+    }
+    storage_ = static_cast<T*>(detail::acquire_storage(bytes));
+    return allocated() ? allocation_done : out_of_memory;
+  }
+
+  /// Releases the storage. Returns `allocation_done`, or `not_allocated` if there is none.
+  integer deallocate() noexcept {
+    if (!allocated()) return not_allocated;
+    detail::release_storage(std::exchange(storage_, nullptr));
+    extents_ = {};
+    return allocation_done;
+  }
+
+  [[nodiscard]] bool allocated() const noexcept { return storage_ != nullptr; }
+
+  /// Extent of dimension 1 or 2, as last asked for.
+  [[nodiscard]] std::int64_t extent(std::size_t dimension) const noexcept {
+    assert(dimension >= 1 && dimension <= Rank);
+    return extents_[dimension - 1];
+  }
+
+  /// Number of elements; 0 while not allocated.
+  [[nodiscard]] std::int64_t size() const noexcept {
+    if (!allocated()) return 0;
+    std::int64_t elements = 1;
+    for (const std::int64_t e : extents_) elements *= e;
+    return elements;
+  }
+
+  [[nodiscard]] T* data() noexcept { return storage_; }
+  [[nodiscard]] const T* data() const noexcept { return storage_; }
+  [[nodiscard]] std::span<T> span() noexcept {
+    return {storage_, static_cast<std::size_t>(size())};
+  }
+  [[nodiscard]] std::span<const T> span() const noexcept {
+    return {storage_, static_cast<std::size_t>(size())};
+  }
+
+  /// Element at 1-based indices; the indices are checked where `assert` is.
+  template <class... Index>
+  [[nodiscard]] T& operator()(Index... index) noexcept {
+    assert(allocated());
+    return storage_[detail::fortran_offset(extents_, index...)];
+  }
+  template <class... Index>
+  [[nodiscard]] const T& operator()(Index... index) const noexcept {
+    assert(allocated());
+    return storage_[detail::fortran_offset(extents_, index...)];
+  }
+
+ private:
+  T* storage_ = nullptr;
+  std::array<std::int64_t, Rank> extents_{};
+};
+
+/// Array of fixed shape inside the module's state, addressed from 1 in Fortran order.
+template <class T, std::int64_t... Extent>
+class fixed_array {
+ public:
+  static constexpr std::size_t rank = sizeof...(Extent);
+
+  [[nodiscard]] static constexpr std::int64_t extent(std::size_t dimension) noexcept {
+    return extents[dimension - 1];
+  }
+  [[nodiscard]] static constexpr std::int64_t size() noexcept { return (Extent * ... * 1); }
+
+  [[nodiscard]] T* data() noexcept { return values_.data(); }
+  [[nodiscard]] const T* data() const noexcept { return values_.data(); }
+  [[nodiscard]] std::span<T> span() noexcept { return values_; }
+  [[nodiscard]] std::span<const T> span() const noexcept { return values_; }
+  void fill(const T& value) { values_.fill(value); }
+
+  template <class... Index>
+  [[nodiscard]] T& operator()(Index... index) noexcept {
+    return values_[detail::fortran_offset(extents, index...)];
+  }
+  template <class... Index>
+  [[nodiscard]] const T& operator()(Index... index) const noexcept {
+    return values_[detail::fortran_offset(extents, index...)];
+  }
+
+  friend bool operator==(const fixed_array&, const fixed_array&) = default;
+
+ private:
+  static constexpr std::array<std::int64_t, rank> extents{Extent...};
+  std::array<T, static_cast<std::size_t>(size())> values_{};
+};
+
+/// View of an array that somebody else owns: what operations take for arrays they only read or
+/// fill. Fortran order, indices from 1. Made from an `allocatable` or from a pointer and extents;
+/// of rank 1 also from a span or a vector. It must not outlive the storage it views.
+template <class T, std::size_t Rank>
+class array_view {
+  using Value = std::remove_const_t<T>;
+
+ public:
+  /// A view of nothing: all extents 0.
+  constexpr array_view() noexcept = default;
+
+  /// `data` holds the elements in Fortran order, as many as the product of the extents.
+  template <class... Extent>
+  requires(sizeof...(Extent) == Rank &&
+           (std::is_integral_v<Extent> && ...)) constexpr array_view(T* data,
+                                                                     Extent... extent) noexcept
+      : data_(data), extents_{static_cast<std::int64_t>(extent)...} {}
+
+  array_view(allocatable<Value, Rank>& array) noexcept { take(array); }
+  array_view(const allocatable<Value, Rank>& array) noexcept requires std::is_const_v<T> {
+    take(array);
+  }
+  array_view(const array_view<Value, Rank>& other) noexcept requires std::is_const_v<T>
+      : data_(other.data()), extents_(other.extents()) {}
+  constexpr array_view(std::span<T> values) noexcept requires(Rank == 1)
+      : data_(values.data()), extents_{static_cast<std::int64_t>(values.size())} {}
+  array_view(std::vector<Value>& values) noexcept requires(Rank == 1)
+      : array_view(std::span<T>(values)) {}
+  array_view(const std::vector<Value>& values) noexcept requires(Rank == 1 && std::is_const_v<T>)
+      : array_view(std::span<T>(values)) {}
+
+  [[nodiscard]] constexpr T* data() const noexcept { return data_; }
+  [[nodiscard]] constexpr const std::array<std::int64_t, Rank>& extents() const noexcept {
+    return extents_;
+  }
+  [[nodiscard]] constexpr std::int64_t extent(std::size_t dimension) const noexcept {
+    assert(dimension >= 1 && dimension <= Rank);
+    return extents_[dimension - 1];
+  }
+
+  template <class... Index>
+  [[nodiscard]] constexpr T& operator()(Index... index) const noexcept {
+    return data_[detail::fortran_offset(extents_, index...)];
+  }
+
+ private:
+  template <class Array>
+  void take(Array& array) noexcept {
+    if (!array.allocated())
+      return;  // recorded extents of an array without storage count for nothing
+    data_ = array.data();
+    for (std::size_t d = 0; d < Rank; ++d) extents_[d] = array.extent(d + 1);
+  }
+
+  T* data_ = nullptr;
+  std::array<std::int64_t, Rank> extents_{};
+};
+
+}  // namespace mod_p3dgrid

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace mod_p3dgrid {
+
+/// File name of 40 characters, padded with blanks; trailing blanks are not part of the name.
+///
+/// A name that does not fit, or that holds a NUL character, is an error of the run (see
+/// `p3dsetrunend`): it is never cut in silence. `FileName::cut` is the one place that cuts.
+/// Hosts with longer paths give short names and let `p3dsetpaths` turn them into paths.
+class FileName {
+ public:
+  static constexpr std::size_t length = 40;
+
+  /// The blank name.
+  FileName() noexcept { characters_.fill(' '); }
+
+  FileName(std::string_view name);
+  FileName(const char* name) : FileName(std::string_view(name)) {}
+  FileName(const std::string& name) : FileName(std::string_view(name)) {}
+
+  /// The first 40 characters of `name`, the rest dropped.
+  [[nodiscard]] static FileName cut(std::string_view name) {
+    return FileName(name.substr(0, length));
+  }
+
+  /// The name without its trailing blanks; valid as long as this object.
+  [[nodiscard]] std::string_view view() const noexcept {
+    const auto end =
+        std::find_if(characters_.rbegin(), characters_.rend(), [](char c) { return c != ' '; });
+    return {characters_.data(), static_cast<std::size_t>(characters_.rend() - end)};
+  }
+
+  /// All 40 characters, blanks included; valid as long as this object.
+  [[nodiscard]] std::string_view padded() const noexcept { return {characters_.data(), length}; }
+
+  friend bool operator==(const FileName&, const FileName&) = default;
+
+ private:
+  std::array<char, length> characters_;
+};
+
+}  // namespace mod_p3dgrid

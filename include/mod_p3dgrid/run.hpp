@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include "mod_p3dgrid/file_name.hpp"
+#include "mod_p3dgrid/logical.hpp"
+
+namespace mod_p3dgrid {
+
+/// How a run ends when the library ends it.
+struct RunEnd {
+  /// 0: the module has halted the run, having said why on standard output.
+  /// 2: an error of the run: a file that cannot be opened, written or closed, or an argument that
+  ///    cannot be meant.
+  integer status = 0;
+  /// For an error of the run one line: the operation, the file and the system's reason. Else empty.
+  std::string message;
+};
+
+/// Installs what happens when the module halts the run or meets an error of the run.
+///
+/// The handler may throw: the exception leaves the operation, which releases its work arrays and
+/// leaves its units open (close them with `p3dcloseunit`). If the handler returns, or if none is
+/// installed (an empty function), the default follows: `message` is printed on standard error,
+/// everything open is flushed and closed, and the process ends with `status`.
+void p3dsetrunend(std::function<void(const RunEnd&)> handler);
+
+/// Redirects the module's messages: `sink` gets each line, without its line end. An empty function
+/// restores standard output. The sink may throw, with the effect described at `p3dsetrunend`.
+void p3dsetmessages(std::function<void(std::string_view line)> sink);
+
+/// Lets a host with paths longer than 40 characters give short names: whenever the library opens,
+/// deletes or asks for a file, `resolver` turns the name (without trailing blanks) into the path
+/// to use. Error messages show the path. An empty function restores the default: the name is the
+/// path.
+void p3dsetpaths(std::function<std::string(std::string_view name)> resolver);
+
+/// Closes the unit: flushes what was written and disconnects the file. Harmless when nothing is
+/// connected to the unit. A failing flush or close is an error of the run.
+///
+/// Units are closed by the operations that opened them except where their descriptions say
+/// otherwise (a failed read leaves its unit open, for example). Whatever is still open when the
+/// run ends is flushed and closed then.
+void p3dcloseunit(integer unit);
+
+/// Why the last failed read failed.
+struct ReadFailure {
+  std::string file;         ///< path of the file; empty when no read has failed yet
+  integer unit = 0;         ///< unit that was read
+  integer status = 0;       ///< -1 at the end of the file, positive for an error
+  std::int64_t record = 0;  ///< record of the file, from 1; in a text file, number of the read
+  std::int64_t offset = 0;  ///< byte at which it was noticed, from 0
+  std::int64_t line = 0;    ///< line of a text file, from 1; 0 for other files
+  std::string found;        ///< what the file holds there
+  std::string expected;     ///< what was asked for
+
+  /// All of it as one line of text without a line end.
+  [[nodiscard]] std::string describe() const;
+};
+
+/// The last failed read of the run. Set before `mod_gridvars::dispfilereaderror` is called, and
+/// valid until the next read fails.
+[[nodiscard]] const ReadFailure& p3dlastfailure();
+
+}  // namespace mod_p3dgrid

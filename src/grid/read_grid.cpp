@@ -1,0 +1,144 @@
+#include <algorithm>
+#include <string>
+
+#include "MOD_P3DReader.hpp"
+#include "grid/dimension_record.hpp"
+#include "grid/grid_file.hpp"
+#include "recordio/unit.hpp"
+#include "state/allocation.hpp"
+#include "state/messages.hpp"
+#include "state/point_numbering.hpp"
+#include "state/unit_numbers.hpp"
+
+namespace mod_p3dgrid {
+namespace {
+
+using recordio::OpenStatus;
+using recordio::Unit;
+
+/// The caller's result arrays and what a grid's body needs besides.
+struct GridBody {
+  allocatable<float, 2>& xyz;
+  allocatable<integer, 1>& iblank;
+  logical useiblank;
+  logical dblprec;
+  PointNumbering numbering;
+};
+
+/// Reads the dimension record into arrays that are allocated here, beside those that number the
+/// points.
+bool read_extents(const Unit& unit, integer nblocks, allocatable<integer, 1>& idim,
+                  allocatable<integer, 1>& jdim, allocatable<integer, 1>& kdim,
+                  PointNumbering& numbering) {
+  if (!can_hold_dimensions(unit, nblocks)) return false;
+  const bool usable = allocate_group_checked(nblocks, idim, jdim, kdim, numbering.npts,
+                                             numbering.istart, numbering.iend);
+  if (!usable) {
+    unit.fail("no arrays to read into", "unallocated arrays for the extents");
+    return false;
+  }
+  // A null value in the file leaves an extent of 0, not one of chance.
+  for (auto* extents : {&idim, &jdim, &kdim}) std::ranges::fill(extents->span(), 0);
+  return read_dimension_record(unit, nblocks, {idim, jdim, kdim});
+}
+
+/// Numbers the points of all blocks; false if the extents cannot be true.
+bool number_points(const Unit& unit, integer nblocks, const allocatable<integer, 1>& idim,
+                   const allocatable<integer, 1>& jdim, const allocatable<integer, 1>& kdim,
+                   PointNumbering& numbering) {
+  integer wrong_block = 0;
+  for (integer b = 1; b <= nblocks; ++b) {
+    if (debugprint) {
+      write_line(" Dimensions of grid " + column(b, 5) + " is " + column(idim(b), 5) +
+                 column(jdim(b), 5) + column(kdim(b), 5));
+    }
+    if (wrong_block == 0 && !numbering.number_block(b, idim(b), jdim(b), kdim(b))) wrong_block = b;
+  }
+  if (wrong_block == 0) return true;
+  unit.fail("block " + std::to_string(wrong_block) + " of " + std::to_string(idim(wrong_block)) +
+                " x " + std::to_string(jdim(wrong_block)) + " x " +
+                std::to_string(kdim(wrong_block)) + " points",
+            "extents from 0 on, and points that 32 bits can count");
+  return false;
+}
+
+/// Reads the coordinate records of all blocks, the coordinates into `coordinates` of kind `Real`.
+template <class Real>
+bool read_blocks(const Unit& unit, GridBody& grid, allocatable<Real, 2>& coordinates) {
+  const PointNumbering& points = grid.numbering;
+  for (integer b = 1; b <= points.npts.size(); ++b) {
+    if (debugprint) message("Reading grid point data for grid ", b);
+    const std::int64_t first = points.istart(b) - 1;
+    const bool read = unit.read(
+        coordinate_record(coordinates.data() + first * coordinates.extent(1), coordinates.extent(1),
+                          grid.useiblank ? grid.iblank.data() + first : nullptr, points.npts(b)));
+    if (!read) return false;
+  }
+  return true;
+}
+
+/// Reads double-precision records through a staging array and rounds all of it at the end.
+bool read_blocks_staged(const Unit& unit, GridBody& grid) {
+  allocatable<double, 2> staging;
+  if (!allocate_checked(staging, coordinates_per_point, grid.numbering.total)) {
+    unit.fail("no memory", "a staging array for the coordinates");
+    return false;
+  }
+  if (!read_blocks(unit, grid, staging)) return false;
+  std::ranges::transform(staging.span(), grid.xyz.data(),
+                         [](double value) { return static_cast<float>(value); });
+  return true;
+}
+
+bool read_body(const Unit& unit, GridBody& grid) {
+  const std::int64_t total = grid.numbering.total;
+  const std::int64_t point_bytes = coordinates_per_point * (grid.dblprec ? 8 : 4);
+  if (!unit.can_hold(total * point_bytes, std::to_string(total) + " points")) return false;
+  bool usable = true;
+  if (grid.useiblank) {
+    usable = allocate_checked(grid.iblank, total);
+    // What a failed read does not reach counts as not blanked.
+    std::ranges::fill(grid.iblank.span(), 1);
+  }
+  usable = allocate_checked(grid.xyz, coordinates_per_point, total) && usable;
+  if (!usable || grid.xyz.extent(1) != coordinates_per_point) {
+    unit.fail("no arrays to read into", "unallocated arrays for the points");
+    return false;
+  }
+  if (!unit.known()) return true;
+  return grid.dblprec && unit.stores_kinds() ? read_blocks_staged(unit, grid)
+                                             : read_blocks(unit, grid, grid.xyz);
+}
+
+bool read_grid(const Unit& unit, const FileName& filename, logical multiblock, integer& nblocks,
+               allocatable<integer, 1>& idim, allocatable<integer, 1>& jdim,
+               allocatable<integer, 1>& kdim, GridBody& grid) {
+  integer count = 1;
+  unit.open(filename, OpenStatus::old);
+  if (multiblock && !unit.read({recordio::scalar(count)})) return false;
+  message("Number of grids is ", count);
+  nblocks = count;
+  if (!read_extents(unit, count, idim, jdim, kdim, grid.numbering) ||
+      !number_points(unit, count, idim, jdim, kdim, grid.numbering) || !read_body(unit, grid)) {
+    return false;
+  }
+  unit.close();
+  return true;
+}
+
+}  // namespace
+
+void readp3dgrid(const FileName& filename, integer iformat, logical dblprec, integer& nblocks,
+                 integer& ndim, allocatable<float, 2>& xyz, allocatable<integer, 1>& idim,
+                 allocatable<integer, 1>& jdim, allocatable<integer, 1>& kdim,
+                 allocatable<integer, 1>& iblank, logical useiblank, logical multiblock) {
+  announce_grid(announce_read, filename, iformat, dblprec, useiblank, multiblock);
+  ndim = coordinates_per_point;
+  GridBody grid{xyz, iblank, useiblank, dblprec, {}};
+  if (!read_grid(Unit(unit_number::grid, iformat), filename, multiblock, nblocks, idim, jdim, kdim,
+                 grid)) {
+    mod_gridvars::dispfilereaderror();
+  }
+}
+
+}  // namespace mod_p3dgrid

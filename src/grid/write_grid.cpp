@@ -1,0 +1,115 @@
+#include <algorithm>
+#include <string>
+
+#include "MOD_P3DReader.hpp"
+#include "grid/dimension_record.hpp"
+#include "grid/grid_file.hpp"
+#include "recordio/unit.hpp"
+#include "state/allocation.hpp"
+#include "state/messages.hpp"
+#include "state/point_numbering.hpp"
+#include "state/run_end.hpp"
+#include "state/unit_numbers.hpp"
+
+namespace mod_p3dgrid {
+namespace {
+
+using recordio::OpenStatus;
+using recordio::Unit;
+
+/// What the caller wants written.
+struct GridToWrite {
+  integer nblocks;
+  integer ndim;
+  array_view<const float, 2> xyz;
+  array_view<const integer, 1> idim;
+  array_view<const integer, 1> jdim;
+  array_view<const integer, 1> kdim;
+  array_view<const integer, 1> iblank;
+  bool useiblank;
+};
+
+[[noreturn]] void refuse(const FileName& filename, const std::string& reason) {
+  fail_run("cannot write grid " + std::string(filename.view()) + ": " + reason);
+}
+
+/// Numbers the points of all blocks, and refuses arrays that do not hold them all.
+PointNumbering checked_numbering(const FileName& filename, const GridToWrite& grid) {
+  PointNumbering points;
+  for (const auto* extents : {&grid.idim, &grid.jdim, &grid.kdim}) {
+    if (extents->extent(1) < grid.nblocks) refuse(filename, "fewer extents than blocks");
+  }
+  for (auto* array : {&points.npts, &points.istart, &points.iend}) {
+    if (array->allocate(grid.nblocks) != allocation_done) refuse(filename, "out of memory");
+  }
+  for (integer b = 1; b <= grid.nblocks; ++b) {
+    if (!points.number_block(b, grid.idim(b), grid.jdim(b), grid.kdim(b))) {
+      refuse(filename, "extents of block " + std::to_string(b) +
+                           " are below 0 or more than 32 bits can count");
+    }
+  }
+  if (grid.ndim < coordinates_per_point || grid.xyz.extent(1) < grid.ndim ||
+      grid.xyz.extent(2) < points.total) {
+    refuse(filename, "coordinates for " + std::to_string(grid.xyz.extent(2)) + " points with " +
+                         std::to_string(std::min<std::int64_t>(grid.ndim, grid.xyz.extent(1))) +
+                         " values each, the extents ask for " + std::to_string(points.total) +
+                         " with 3 each");
+  }
+  if (grid.useiblank && grid.iblank.extent(1) < points.total) {
+    refuse(filename, "blanking values for " + std::to_string(grid.iblank.extent(1)) +
+                         " points, the extents ask for " + std::to_string(points.total));
+  }
+  return points;
+}
+
+/// Writes one coordinate record per block from `coordinates` (`ndim`, points).
+template <class Real>
+void write_blocks(const Unit& unit, const GridToWrite& grid, const PointNumbering& points,
+                  const Real* coordinates, std::int64_t ndim) {
+  for (integer b = 1; b <= grid.nblocks; ++b) {
+    message("Writing grid point data for grid ", b);
+    const std::int64_t first = points.istart(b) - 1;
+    unit.write(coordinate_record(coordinates + first * ndim, ndim,
+                                 grid.useiblank ? grid.iblank.data() + first : nullptr,
+                                 points.npts(b)));
+  }
+}
+
+/// Writes from a copy of all coordinates in double precision.
+void write_blocks_widened(const Unit& unit, const FileName& filename, const GridToWrite& grid,
+                          const PointNumbering& points) {
+  allocatable<double, 2> widened;
+  if (!allocate_checked(widened, grid.ndim, points.total)) {
+    refuse(filename, "out of memory for its coordinates in double precision");
+  }
+  const std::int64_t ndim = grid.xyz.extent(1);
+  for (std::int64_t p = 0; p < points.total; ++p) {
+    std::copy_n(grid.xyz.data() + p * ndim, grid.ndim, widened.data() + p * grid.ndim);
+  }
+  write_blocks(unit, grid, points, widened.data(), grid.ndim);
+}
+
+}  // namespace
+
+void writep3dgrid(const FileName& filename, integer iformat, logical dblprec, integer nblocks,
+                  integer ndim, array_view<const float, 2> xyz, array_view<const integer, 1> idim,
+                  array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
+                  array_view<const integer, 1> iblank, logical useiblank, logical multiblock) {
+  announce_grid(announce_write, filename, iformat, dblprec, useiblank, multiblock);
+  const Unit unit(unit_number::grid, iformat);
+  if (unit.known()) {
+    const GridToWrite grid{nblocks, ndim, xyz, idim, jdim, kdim, iblank, bool(useiblank)};
+    const PointNumbering points = checked_numbering(filename, grid);
+    unit.open(filename, OpenStatus::unknown);
+    if (multiblock) unit.write({recordio::scalar(std::as_const(nblocks))});
+    write_dimension_record(unit, nblocks, {idim, jdim, kdim});
+    if (dblprec && unit.stores_kinds()) {
+      write_blocks_widened(unit, filename, grid, points);
+    } else {
+      write_blocks(unit, grid, points, xyz.data(), xyz.extent(1));
+    }
+  }
+  unit.close();
+}
+
+}  // namespace mod_p3dgrid

@@ -1,0 +1,53 @@
+/// A minimal `mod_gridvars` for stand-alone programs: it announces nothing, reports failed reads
+/// on standard error and goes on, and ends the run when an allocation fails. The section table
+/// starts with one section of the five flow variables.
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "MOD_P3DReader.hpp"
+
+namespace mod_gridvars {
+namespace {
+
+constexpr integer flow_variables = 5;
+constexpr int status_error = 2;
+
+mod_p3dgrid::fixed_array<integer, 30, 2> one_section() {
+  mod_p3dgrid::fixed_array<integer, 30, 2> sections;
+  sections(1, 1) = 1;
+  sections(1, 2) = flow_variables;
+  return sections;
+}
+
+mod_p3dgrid::fixed_array<integer, 30> variables_of_one_section() {
+  mod_p3dgrid::fixed_array<integer, 30> counts;
+  counts(1) = flow_variables;
+  return counts;
+}
+
+}  // namespace
+
+integer nfilesect = 1;
+mod_p3dgrid::fixed_array<integer, 30, 2> rstrtvarsct = one_section();
+mod_p3dgrid::fixed_array<integer, 30> numrstrtvar = variables_of_one_section();
+logical readallvars = true;
+
+void dispreadwrite(const integer&, const integer&, const integer&, const FileName&, const integer&,
+                   const logical&, const std::optional<integer>&, const std::optional<logical>&,
+                   const std::optional<logical>&, const std::optional<logical>&,
+                   const std::optional<logical>&) {}
+
+void checkallocationerror(const integer& status) {
+  if (status == mod_p3dgrid::allocation_done) return;
+  std::fprintf(
+      stderr, "mod_gridvars: %s\n",
+      status == mod_p3dgrid::already_allocated ? "an array is allocated already" : "out of memory");
+  std::exit(status_error);
+}
+
+void dispfilereaderror() {
+  std::fprintf(stderr, "mod_gridvars: %s\n", mod_p3dgrid::p3dlastfailure().describe().c_str());
+}
+
+}  // namespace mod_gridvars

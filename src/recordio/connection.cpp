@@ -1,0 +1,102 @@
+#include "recordio/connection.hpp"
+
+#include <utility>
+
+#include "recordio/list_reader.hpp"
+#include "recordio/list_writer.hpp"
+#include "recordio/unformatted_record.hpp"
+#include "recordio/value_transfer.hpp"
+
+namespace mod_p3dgrid::recordio {
+namespace {
+
+constexpr std::size_t text_buffer_size = 256 * 1024;
+constexpr std::size_t byte_buffer_size = 64 * 1024;
+
+/// Values of this size in all are read without asking whether the file can hold them.
+constexpr std::int64_t trusted_bytes = std::int64_t{64} * 1024 * 1024;
+
+/// How many bytes of values one byte of a file may stand for before its header is taken to be
+/// damaged. A file cut short still reads as far as it goes; repeat counts let text be short.
+constexpr std::int64_t plausible_factor = 16;
+constexpr std::int64_t plausible_factor_of_text = 1024;
+
+}  // namespace
+
+Connection::Connection(std::string path, Form form, OpenStatus status)
+    : path_(std::move(path)), form_(form) {
+  if (status == OpenStatus::old) {
+    file_.emplace<InputFile>(path_, form == Form::formatted ? text_buffer_size : byte_buffer_size);
+  } else {
+    file_.emplace<OutputFile>(path_,
+                              status == OpenStatus::fresh ? Creation::fresh : Creation::replace);
+  }
+}
+
+void Connection::read(const ReadList& list) {
+  InputFile* const file = input();
+  ++record_;
+  if (file == nullptr) {
+    throw ReadError{status_error, 0, "a file open for writing", "one open for reading"};
+  }
+  switch (form_) {
+    case Form::unformatted: {
+      UnformattedRecordReader record(*file);
+      for (const auto& entry : list) read_values(record, entry);
+      return record.finish();
+    }
+    case Form::binary:
+      for (const auto& entry : list) read_values(*file, entry);
+      return;
+    case Form::formatted: {
+      ListReader reader(*file, lines_);
+      for (const auto& entry : list) reader.read_values(entry);
+      return reader.finish();
+    }
+    case Form::none:
+      return;
+  }
+}
+
+void Connection::write(const WriteList& list) {
+  OutputFile* const file = output();
+  ++record_;
+  if (file == nullptr) return;
+  switch (form_) {
+    case Form::unformatted: {
+      UnformattedRecordWriter record(*file, bytes_of(list));
+      for (const auto& entry : list) write_values(record, entry);
+      return record.finish();
+    }
+    case Form::binary:
+      for (const auto& entry : list) write_values(*file, entry);
+      return;
+    case Form::formatted: {
+      ListWriter writer(*file);
+      for (const auto& entry : list) writer.write_values(entry);
+      return writer.finish();
+    }
+    case Form::none:
+      return;
+  }
+}
+
+void Connection::close() {
+  if (OutputFile* const file = output()) file->close();
+}
+
+bool Connection::can_hold(std::int64_t bytes) const {
+  const auto* const file = std::get_if<InputFile>(&file_);
+  if (bytes <= trusted_bytes || file == nullptr) return true;
+  const auto remaining = file->remaining();
+  const std::int64_t factor =
+      form_ == Form::formatted ? plausible_factor_of_text : plausible_factor;
+  return !remaining || bytes / factor <= *remaining;
+}
+
+std::int64_t Connection::offset() const {
+  const auto* const file = std::get_if<InputFile>(&file_);
+  return file == nullptr ? 0 : file->offset();
+}
+
+}  // namespace mod_p3dgrid::recordio

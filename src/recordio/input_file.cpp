@@ -1,0 +1,127 @@
+#include "recordio/input_file.hpp"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <system_error>
+#include <utility>
+
+#include "recordio/read_error.hpp"
+#include "state/run_end.hpp"
+
+namespace mod_p3dgrid::recordio {
+namespace {
+
+/// Reads of at least this size go straight to their destination.
+constexpr std::int64_t direct_read_size = 16 * 1024;
+
+int open_existing(const std::string& path) {
+  int descriptor;
+  do {
+    descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  } while (descriptor < 0 && errno == EINTR);
+  if (descriptor < 0) fail_run("cannot open", path, errno);
+  return descriptor;
+}
+
+}  // namespace
+
+InputFile::InputFile(std::string path, std::size_t buffer_size)
+    : path_(std::move(path)),
+      descriptor_(open_existing(path_)),
+      buffer_(std::make_unique_for_overwrite<char[]>(buffer_size)),
+      buffer_size_(buffer_size) {
+  struct stat status;
+  const int error = ::fstat(descriptor_, &status) != 0 ? errno
+                    : S_ISDIR(status.st_mode)          ? EISDIR
+                                                       : 0;
+  if (error != 0) {
+    ::close(descriptor_);
+    fail_run("cannot open", path_, error);
+  }
+  has_size_ = S_ISREG(status.st_mode);
+  begin_ = end_ = buffer_.get();
+}
+
+InputFile::~InputFile() {
+  ::close(descriptor_);
+}
+
+std::size_t InputFile::read_some(void* destination, std::size_t bytes) {
+  ssize_t got;
+  do {
+    got = ::read(descriptor_, destination, bytes);
+  } while (got < 0 && errno == EINTR);
+  if (got < 0) {
+    throw ReadError{errno, file_offset_, std::generic_category().message(errno),
+                    "the file to be readable"};
+  }
+  file_offset_ += got;
+  return static_cast<std::size_t>(got);
+}
+
+bool InputFile::more() {
+  const std::size_t kept = static_cast<std::size_t>(end_ - begin_);
+  std::memmove(buffer_.get(), begin_, kept);
+  begin_ = buffer_.get();
+  end_ = begin_ + kept;
+  const std::size_t got = read_some(buffer_.get() + kept, buffer_size_ - kept);
+  end_ += got;
+  return got != 0;
+}
+
+void InputFile::read(void* destination, std::int64_t bytes) {
+  char* to = static_cast<char*>(destination);
+  while (bytes > 0) {
+    if (begin_ != end_) {
+      const std::int64_t piece = std::min<std::int64_t>(bytes, end_ - begin_);
+      std::memcpy(to, begin_, static_cast<std::size_t>(piece));
+      begin_ += piece;
+      to += piece;
+      bytes -= piece;
+    } else if (bytes >= direct_read_size) {
+      const std::size_t got = read_some(to, static_cast<std::size_t>(bytes));
+      if (got == 0) ends_before(bytes);
+      to += got;
+      bytes -= static_cast<std::int64_t>(got);
+    } else if (!more()) {
+      ends_before(bytes);
+    }
+  }
+}
+
+void InputFile::discard(std::int64_t bytes) {
+  while (bytes > 0) {
+    if (at_end()) ends_before(bytes);
+    const std::int64_t piece = std::min<std::int64_t>(bytes, end_ - begin_);
+    begin_ += piece;
+    bytes -= piece;
+  }
+}
+
+void InputFile::skip(std::int64_t bytes) {
+  const std::optional<std::int64_t> left = remaining();
+  if (!left || bytes <= end_ - begin_) return discard(bytes);
+  if (bytes > *left) ends_before(bytes - *left);
+  const std::int64_t target = offset() + bytes;
+  if (::lseek(descriptor_, target, SEEK_SET) < 0) return discard(bytes);
+  file_offset_ = target;
+  begin_ = end_ = buffer_.get();
+}
+
+std::optional<std::int64_t> InputFile::remaining() const {
+  struct stat status;
+  if (!has_size_ || ::fstat(descriptor_, &status) != 0) return std::nullopt;
+  return std::max<std::int64_t>(0, status.st_size - offset());
+}
+
+void InputFile::ends_before(std::int64_t missing) const {
+  throw ReadError{status_end_of_file, offset(), "the end of the file",
+                  std::to_string(missing) + " more bytes"};
+}
+
+}  // namespace mod_p3dgrid::recordio

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace mod_p3dgrid::recordio {
+
+/// An existing file read from its start to its end through one buffer.
+class InputFile {
+ public:
+  /// Opens the file; one that cannot be opened, or a directory, is an error of the run.
+  InputFile(std::string path, std::size_t buffer_size);
+  InputFile(const InputFile&) = delete;
+  InputFile& operator=(const InputFile&) = delete;
+  ~InputFile();
+
+  /// Moves the next `bytes` bytes to `destination`. Throws `ReadError` if the file ends before.
+  void read(void* destination, std::int64_t bytes);
+
+  /// Reads `bytes` bytes and drops them. Throws `ReadError` if the file ends before.
+  void discard(std::int64_t bytes);
+
+  /// Goes on `bytes` bytes further without looking at what lies between, where the file allows
+  /// that. Throws `ReadError` if the file ends before.
+  void skip(std::int64_t bytes);
+
+  /// True when there is nothing left to read.
+  [[nodiscard]] bool at_end() { return begin_ == end_ && !more(); }
+
+  /// Byte at which the next read begins, counted from 0.
+  [[nodiscard]] std::int64_t offset() const { return file_offset_ - (end_ - begin_); }
+
+  /// Bytes from here to the end of the file, if the file has a size.
+  [[nodiscard]] std::optional<std::int64_t> remaining() const;
+
+  [[nodiscard]] const std::string& path() const { return path_; }
+
+  /// @name The bytes at hand
+  /// For scanners: the bytes that are read already and wait in the buffer.
+  /// @{
+  [[nodiscard]] const char* begin() const { return begin_; }
+  [[nodiscard]] const char* end() const { return end_; }
+  /// Takes the bytes up to `position` as used.
+  void use_up_to(const char* position) { begin_ = position; }
+  /// Keeps the unused bytes, moved to the front, and reads more behind them. False at the end of
+  /// the file. There must be room: fewer unused bytes than the buffer holds.
+  [[nodiscard]] bool more();
+  /// @}
+
+ private:
+  std::size_t read_some(void* destination, std::size_t bytes);
+  [[noreturn]] void ends_before(std::int64_t missing) const;
+
+  std::string path_;
+  int descriptor_;
+  bool has_size_ = false;
+  std::unique_ptr<char[]> buffer_;
+  std::size_t buffer_size_;
+  const char* begin_ = nullptr;
+  const char* end_ = nullptr;
+  std::int64_t file_offset_ = 0;  ///< bytes taken from the system so far
+};
+
+}  // namespace mod_p3dgrid::recordio

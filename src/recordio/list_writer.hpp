@@ -1,0 +1,27 @@
+#pragma once
+
+#include "recordio/output_file.hpp"
+#include "recordio/record_list.hpp"
+
+namespace mod_p3dgrid::recordio {
+
+/// One list-directed write of a text file: values separated by blanks, each line beginning with a
+/// blank and ending within 80 columns.
+class ListWriter {
+ public:
+  explicit ListWriter(OutputFile& file) : file_(file) {}
+
+  void write_values(const Values<const void>& entry);
+
+  /// Ends the last line; a write without values is a line with a blank.
+  void finish();
+
+ private:
+  template <class Number>
+  void put_line(const Number* from, std::int64_t stride, std::int64_t count);
+
+  OutputFile& file_;
+  std::int64_t used_columns_ = 0;
+};
+
+}  // namespace mod_p3dgrid::recordio

@@ -1,0 +1,92 @@
+#include "recordio/output_file.hpp"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+#include "state/run_end.hpp"
+
+namespace mod_p3dgrid::recordio {
+namespace {
+
+/// Writes of 1 MiB cost 40 % less on a new file than writes of 64 KiB.
+constexpr std::size_t buffer_size = 1024 * 1024;
+constexpr int closed = -1;
+constexpr mode_t permissions = 0666;  // less the umask
+
+int create(const std::string& path, Creation creation) {
+  const int how = creation == Creation::fresh ? O_EXCL : O_TRUNC;
+  int descriptor;
+  do {
+    descriptor = ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | how, permissions);
+  } while (descriptor < 0 && errno == EINTR);
+  if (descriptor < 0) fail_run("cannot create", path, errno);
+  return descriptor;
+}
+
+}  // namespace
+
+OutputFile::OutputFile(std::string path, Creation creation)
+    : path_(std::move(path)),
+      descriptor_(create(path_, creation)),
+      buffer_(std::make_unique_for_overwrite<char[]>(buffer_size)) {}
+
+OutputFile::~OutputFile() {
+  if (descriptor_ != closed) ::close(descriptor_);
+}
+
+void OutputFile::write(const void* source, std::int64_t bytes) {
+  if (bytes == 0) return;  // an array without elements may have no address
+  const char* from = static_cast<const char*>(source);
+  std::size_t left = static_cast<std::size_t>(bytes);
+  if (left > buffer_size - used_) {
+    flush();
+    const std::size_t whole = left - left % buffer_size;
+    write_through(from, whole);
+    from += whole;
+    left -= whole;
+  }
+  std::memcpy(buffer_.get() + used_, from, left);
+  used_ += left;
+}
+
+char* OutputFile::reserve(std::size_t bytes) {
+  if (bytes > buffer_size - used_) flush();
+  return buffer_.get() + used_;
+}
+
+void OutputFile::flush() {
+  const std::size_t bytes = std::exchange(used_, 0);
+  write_through(buffer_.get(), bytes);
+}
+
+void OutputFile::write_through(const char* source, std::size_t bytes) {
+  if (descriptor_ == closed) return;
+  while (bytes > 0) {
+    const ssize_t taken = ::write(descriptor_, source, bytes);
+    if (taken < 0 && errno == EINTR) continue;
+    if (taken < 0) fail("cannot write", errno);
+    source += taken;
+    bytes -= static_cast<std::size_t>(taken);
+  }
+}
+
+void OutputFile::close() {
+  if (descriptor_ == closed) return;
+  flush();
+  // The descriptor is gone whatever close says; after EINTR too.
+  if (::close(std::exchange(descriptor_, closed)) != 0 && errno != EINTR) {
+    fail_run("cannot close", path_, errno);
+  }
+}
+
+void OutputFile::fail(const char* operation, int error) {
+  used_ = 0;
+  ::close(std::exchange(descriptor_, closed));
+  fail_run(operation, path_, error);
+}
+
+}  // namespace mod_p3dgrid::recordio

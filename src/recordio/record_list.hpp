@@ -1,0 +1,93 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <type_traits>
+#include <vector>
+
+#include "mod_p3dgrid/logical.hpp"
+
+namespace mod_p3dgrid::recordio {
+
+/// How one value is stored in an unformatted or binary file. Text knows no kinds.
+enum class FileKind : std::uint8_t { integer4, real4, real8 };
+
+[[nodiscard]] constexpr std::int64_t bytes_of(FileKind kind) {
+  return kind == FileKind::real8 ? 8 : 4;
+}
+
+template <class T>
+inline constexpr FileKind kind_of =
+    std::is_same_v<std::remove_const_t<T>, integer> ? FileKind::integer4
+    : std::is_same_v<std::remove_const_t<T>, float> ? FileKind::real4
+                                                    : FileKind::real8;
+
+/// One entry of a record list: `rows` times `count` values, row after row. Value i of row r lies
+/// at element `r + i * stride` of `memory`, so that a row is a line of a Fortran array whose first
+/// extent is `stride`. Without memory the values are read and dropped.
+///
+/// The values in memory have the kind `memory_kind`; in an unformatted or binary file they have
+/// `file_kind`, which differs only where a single scalar of the file is kept in double precision.
+/// @tparam Memory  `void` for a list to read into, `const void` for a list to write from.
+template <class Memory>
+struct Values {
+  FileKind file_kind;
+  FileKind memory_kind;
+  Memory* memory;
+  std::int64_t rows;
+  std::int64_t stride;
+  std::int64_t count;
+
+  [[nodiscard]] std::int64_t bytes() const { return rows * count * bytes_of(file_kind); }
+};
+
+/// What one record holds, in order. The operations build these lists; the encodings carry them out.
+template <class Memory>
+using RecordList = std::vector<Values<Memory>>;
+using ReadList = RecordList<void>;
+using WriteList = RecordList<const void>;
+
+template <class T>
+using MemoryOf = std::conditional_t<std::is_const_v<T>, const void, void>;
+
+/// `count` values that lie next to each other.
+template <class T>
+[[nodiscard]] Values<MemoryOf<T>> values(T* memory, std::int64_t count) {
+  return {kind_of<T>, kind_of<T>, memory, 1, 1, count};
+}
+
+/// `rows` lines of an array of first extent `stride`, `count` values each; `memory` is the first
+/// value of the first line.
+template <class T>
+[[nodiscard]] Values<MemoryOf<T>> lines(T* memory, std::int64_t rows, std::int64_t stride,
+                                        std::int64_t count) {
+  return {kind_of<T>, kind_of<T>, memory, rows, stride, count};
+}
+
+/// One value.
+template <class T>
+[[nodiscard]] Values<MemoryOf<T>> scalar(T& value) {
+  return values(&value, 1);
+}
+
+/// One real that is stored as `file_kind` and kept in double precision.
+template <class Double>
+[[nodiscard]] Values<MemoryOf<Double>> real_scalar(Double& value, FileKind file_kind) {
+  static_assert(std::is_same_v<std::remove_const_t<Double>, double>);
+  return {file_kind, FileKind::real8, &value, 1, 1, 1};
+}
+
+/// `count` values that are read, checked and dropped.
+[[nodiscard]] inline Values<void> dropped(FileKind kind, std::int64_t count) {
+  return {kind, kind, nullptr, 1, 1, count};
+}
+
+/// Bytes that the list takes in an unformatted or binary file, without markers.
+template <class Memory>
+[[nodiscard]] std::int64_t bytes_of(const RecordList<Memory>& list) {
+  std::int64_t bytes = 0;
+  for (const auto& entry : list) bytes += entry.bytes();
+  return bytes;
+}
+
+}  // namespace mod_p3dgrid::recordio

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <cstdint>
+
+#include "recordio/input_file.hpp"
+#include "recordio/output_file.hpp"
+#include "recordio/record_markers.hpp"
+
+namespace mod_p3dgrid::recordio {
+
+/// One framed record being read: its payload as a run of bytes, whatever its sub-records.
+class UnformattedRecordReader {
+ public:
+  /// Reads the first marker.
+  explicit UnformattedRecordReader(InputFile& file);
+
+  /// Moves payload bytes. Throws `ReadError` when the record holds fewer.
+  void read(void* destination, std::int64_t bytes);
+  /// Reads payload bytes and drops them.
+  void discard(std::int64_t bytes);
+
+  /// Skips the rest of the payload and checks the last marker.
+  void finish();
+
+ private:
+  void begin_piece();
+  void end_piece();
+  [[nodiscard]] std::int64_t next_run(std::int64_t wanted);
+  [[nodiscard]] Marker read_marker();
+
+  InputFile& file_;
+  std::int64_t payload_read_ = 0;
+  std::int64_t piece_length_ = 0;
+  std::int64_t piece_left_ = 0;
+  bool first_piece_ = true;
+  bool more_follow_ = false;
+};
+
+/// One framed record being written; its length is known from the start.
+class UnformattedRecordWriter {
+ public:
+  /// Writes the first marker.
+  UnformattedRecordWriter(OutputFile& file, std::int64_t payload);
+
+  void write(const void* source, std::int64_t bytes);
+
+  /// Writes the last marker. Exactly the payload announced must have been written.
+  void finish();
+
+ private:
+  void begin_piece();
+  void end_piece();
+
+  OutputFile& file_;
+  std::int64_t payload_left_;  ///< of pieces not begun yet
+  std::int64_t piece_length_ = 0;
+  std::int64_t piece_left_ = 0;
+  bool first_piece_ = true;
+};
+
+}  // namespace mod_p3dgrid::recordio

@@ -1,0 +1,158 @@
+#include "recordio/unit.hpp"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <memory>
+#include <utility>
+
+#include "mod_p3dgrid/run.hpp"
+#include "recordio/read_error.hpp"
+#include "state/read_failure.hpp"
+#include "state/run_end.hpp"
+
+namespace mod_p3dgrid {
+namespace recordio {
+namespace {
+
+using Connections = std::map<integer, std::unique_ptr<Connection>>;
+
+/// Flushes and closes what is still open when the run ends, in the order of the units. There is no
+/// host left to ask, so a failure ends the process here and now.
+void close_all();
+
+/// All connected units. Never destroyed, so that it is there whenever the run ends.
+Connections& connections() {
+  static Connections* const all = [] {
+    std::atexit(close_all);
+    return new Connections;
+  }();
+  return *all;
+}
+
+void close_all() {
+  p3dsetrunend([](const RunEnd& end) {
+    std::fflush(stdout);
+    std::fprintf(stderr, "mod_p3dgrid: %s\n", end.message.c_str());
+    std::_Exit(end.status);
+  });
+  for (auto& [number, connection] : connections()) connection->close();
+  connections().clear();
+}
+
+/// Takes the connection off the table, so that it is gone even if closing it fails.
+std::unique_ptr<Connection> disconnect(integer number) {
+  const auto node = connections().extract(number);
+  return node ? std::move(node.mapped()) : nullptr;
+}
+
+Connection* connected(integer number) {
+  const auto found = connections().find(number);
+  return found == connections().end() ? nullptr : found->second.get();
+}
+
+std::function<std::string(std::string_view)>& path_resolver() {
+  static auto& resolver = *new std::function<std::string(std::string_view)>;
+  return resolver;
+}
+
+std::string path_of(const FileName& name) {
+  const auto& resolver = path_resolver();
+  return resolver ? resolver(name.view()) : std::string(name.view());
+}
+
+ReadFailure failure_at(integer number, const Connection& connection) {
+  ReadFailure failure;
+  failure.file = connection.path();
+  failure.unit = number;
+  failure.status = status_error;
+  failure.record = connection.record();
+  failure.offset = connection.offset();
+  failure.line = connection.line();
+  return failure;
+}
+
+}  // namespace
+
+void Unit::open(const FileName& name, OpenStatus status) const {
+  if (!known()) return;
+  close();
+  connections()[number_] = std::make_unique<Connection>(path_of(name), form_, status);
+}
+
+bool Unit::read(const ReadList& list) const {
+  if (!known()) return true;
+  Connection* const connection = connected(number_);
+  if (connection == nullptr) {
+    fail("no file connected", "a file to read");
+    return false;
+  }
+  try {
+    connection->read(list);
+    return true;
+  } catch (ReadError& error) {
+    ReadFailure failure = failure_at(number_, *connection);
+    failure.status = error.status;
+    failure.offset = error.offset;
+    failure.found = std::move(error.found);
+    failure.expected = std::move(error.expected);
+    set_last_failure(std::move(failure));
+    return false;
+  }
+}
+
+void Unit::write(const WriteList& list) const {
+  if (!known()) return;
+  Connection* const connection = connected(number_);
+  if (connection == nullptr) {
+    fail_run("no file is connected to unit " + std::to_string(number_) + " to write to");
+  }
+  connection->write(list);
+}
+
+void Unit::close() const {
+  p3dcloseunit(number_);
+}
+
+void Unit::close_and_delete() const {
+  const std::unique_ptr<Connection> connection = disconnect(number_);
+  if (connection == nullptr) return;
+  const std::string& path = connection->path();
+  if (::unlink(path.c_str()) != 0) fail_run("cannot delete", path, errno);
+}
+
+bool Unit::can_hold(std::int64_t bytes, const std::string& announced) const {
+  const Connection* const connection = connected(number_);
+  if (connection == nullptr || connection->can_hold(bytes)) return true;
+  fail("a file far too short for that", announced);
+  return false;
+}
+
+void Unit::fail(std::string found, std::string expected) const {
+  const Connection* const connection = connected(number_);
+  ReadFailure failure = connection == nullptr ? ReadFailure{} : failure_at(number_, *connection);
+  failure.unit = number_;
+  failure.status = status_error;
+  failure.found = std::move(found);
+  failure.expected = std::move(expected);
+  set_last_failure(std::move(failure));
+}
+
+bool file_exists(const FileName& name) {
+  return ::access(path_of(name).c_str(), F_OK) == 0;
+}
+
+}  // namespace recordio
+
+void p3dcloseunit(integer unit) {
+  if (const auto connection = recordio::disconnect(unit)) connection->close();
+}
+
+void p3dsetpaths(std::function<std::string(std::string_view name)> resolver) {
+  recordio::path_resolver() = std::move(resolver);
+}
+
+}  // namespace mod_p3dgrid

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <string>
+
+#include "mod_p3dgrid/file_name.hpp"
+#include "recordio/connection.hpp"
+#include "recordio/form.hpp"
+#include "recordio/record_list.hpp"
+
+namespace mod_p3dgrid::recordio {
+
+/// An operation's handle on one of the fixed unit numbers, in the form its caller asked for. The
+/// connection itself outlives the handle: it lasts until the unit is closed.
+///
+/// With an unknown file-format code the handle opens, reads and writes nothing and reports success;
+/// `close` closes whatever an earlier operation left connected.
+class Unit {
+ public:
+  Unit(integer number, integer iformat) : number_(number), form_(form_of(iformat)) {}
+
+  /// Whether the file-format code is a known one.
+  [[nodiscard]] bool known() const { return form_ != Form::none; }
+
+  /// Whether the file stores values in the kinds of the record lists, rather than as text.
+  [[nodiscard]] bool stores_kinds() const {
+    return form_ == Form::unformatted || form_ == Form::binary;
+  }
+
+  /// Connects the file, from its start; what was connected before is closed first. A failing open
+  /// is an error of the run.
+  void open(const FileName& name, OpenStatus status) const;
+
+  /// Reads one record. False if that fails; `p3dlastfailure` then says why. Values read until then
+  /// have been stored.
+  [[nodiscard]] bool read(const ReadList& list) const;
+
+  /// Writes one record. A failing write is an error of the run.
+  void write(const WriteList& list) const;
+
+  /// Flushes and disconnects the file; harmless without one.
+  void close() const;
+  /// Disconnects the file and deletes it.
+  void close_and_delete() const;
+
+  /// Whether the rest of the file may hold `bytes` bytes of values. If not, that is a failed read:
+  /// `p3dlastfailure` says so, with `expected` naming what the header announces.
+  [[nodiscard]] bool can_hold(std::int64_t bytes, const std::string& announced) const;
+
+  /// Makes what an operation found in the file a failed read.
+  void fail(std::string found, std::string expected) const;
+
+ private:
+  integer number_;
+  Form form_;
+};
+
+/// Whether a file of that name exists.
+[[nodiscard]] bool file_exists(const FileName& name);
+
+}  // namespace mod_p3dgrid::recordio

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "mod_gridvars.hpp"
+#include "mod_p3dgrid/arrays.hpp"
+
+namespace mod_p3dgrid {
+
+/// Whether the array has at least these extents. Asked after every checked allocation, because a
+/// host may return from a failed one: an array that exists already serves as far as it is large
+/// enough.
+template <class T, std::size_t Rank, class... Extent>
+[[nodiscard]] bool covers(const allocatable<T, Rank>& array, Extent... extent) {
+  std::size_t dimension = 0;
+  return array.allocated() && ((array.extent(++dimension) >= extent) && ...);
+}
+
+/// Allocates the array and hands the status to the host. True when it can be used as asked.
+template <class T, std::size_t Rank, class... Extent>
+[[nodiscard]] bool allocate_checked(allocatable<T, Rank>& array, Extent... extent) {
+  mod_gridvars::checkallocationerror(array.allocate(extent...));
+  return covers(array, extent...);
+}
+
+/// Allocates one-dimensional arrays of `extent` elements in order, up to the first that fails, and
+/// hands the one status to the host. True when all can be used as asked.
+template <class... Array>
+[[nodiscard]] bool allocate_group_checked(std::int64_t extent, Array&... array) {
+  integer status = allocation_done;
+  ((status = status == allocation_done ? array.allocate(extent) : status), ...);
+  mod_gridvars::checkallocationerror(status);
+  return (covers(array, extent) && ...);
+}
+
+}  // namespace mod_p3dgrid

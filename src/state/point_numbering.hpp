@@ -1,0 +1,20 @@
+#pragma once
+
+#include "mod_p3dgrid/arrays.hpp"
+
+namespace mod_p3dgrid {
+
+/// Where the points of each block lie in the one sequence of all points: block b holds `npts(b)`
+/// points, `istart(b)` to `iend(b)`, counted from 1. A block without points ends before it starts.
+struct PointNumbering {
+  allocatable<integer, 1> npts;
+  allocatable<integer, 1> istart;
+  allocatable<integer, 1> iend;
+  std::int64_t total = 0;  ///< points of the blocks numbered so far
+
+  /// Numbers block `block`, the one after those numbered before. False, with nothing changed, when
+  /// an extent is below 0 or when 32 bits cannot count the points up to here.
+  [[nodiscard]] bool number_block(integer block, integer i, integer j, integer k);
+};
+
+}  // namespace mod_p3dgrid

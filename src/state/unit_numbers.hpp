@@ -1,0 +1,14 @@
+#pragma once
+
+#include "mod_p3dgrid/logical.hpp"
+
+/// The fixed unit numbers, each for one kind of file. No two files of one kind are open at once.
+namespace mod_p3dgrid::unit_number {
+
+inline constexpr integer grid = 13;            ///< grid file read or written
+inline constexpr integer grid_header = 22;     ///< grid file read again for its header
+inline constexpr integer restart_read = 201;   ///< restart file being read
+inline constexpr integer restart_write = 301;  ///< restart file or temporary file being written
+inline constexpr integer tecplot = 594;        ///< Tecplot file
+
+}  // namespace mod_p3dgrid::unit_number

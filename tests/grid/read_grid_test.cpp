@@ -1,0 +1,372 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <limits>
+
+#include "grid/grid_case.hpp"
+#include "recordio/record_markers.hpp"
+
+namespace mod_p3dgrid {
+namespace {
+
+using namespace test_support;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+
+constexpr GridForm unformatted{0, false, true, false};
+constexpr GridForm formatted{1, false, true, false};
+constexpr GridForm binary{2, false, true, false};
+
+constexpr GridForm blanked(GridForm form) {
+  return {form.iformat, form.dblprec, form.multiblock, true};
+}
+constexpr GridForm in_double(GridForm form) {
+  return {form.iformat, true, form.multiblock, form.iblank};
+}
+constexpr GridForm uncounted(GridForm form) {
+  return {form.iformat, form.dblprec, false, form.iblank};
+}
+
+class ReadGrid : public InScratchFolder {
+ protected:
+  Grid grid;
+
+  template <class Content>
+  void read(const Content& bytes, const GridForm& form) {
+    write_file("grid", bytes);
+    grid.read("grid", form);
+  }
+
+  /// The read failed once, the unit stays open, and the reason holds `words`.
+  static void expect_failed(const std::string& words) {
+    EXPECT_EQ(count_calls("dispfilereaderror"), 1);
+    EXPECT_TRUE(is_open("grid"));
+    EXPECT_THAT(p3dlastfailure().describe(), HasSubstr(words));
+  }
+};
+
+/// Header of a binary grid: block count and extents.
+Bytes header(std::initializer_list<std::int32_t> extents) {
+  return Bytes().i4(static_cast<std::int32_t>(extents.size() / 3)).i4s(extents);
+}
+
+TEST_F(ReadGrid, AnnouncesItselfFirstAndThenChecksEachAllocation) {
+  const std::string announced = "dispreadwrite(1, 10, 200, grid, ";
+  for (const auto& [form, arguments, allocations] :
+       {std::tuple{binary, "2, F, -, F, T, -, -)", 2},
+        {blanked(binary), "2, F, -, T, T, -, -)", 3},
+        {in_double(binary), "2, T, -, F, T, -, -)", 3},
+        {in_double(blanked(unformatted)), "0, T, -, T, T, -, -)", 4},
+        {in_double(blanked(uncounted(formatted))), "1, T, -, T, F, -, -)", 3}}) {
+    calls.clear();
+    Grid fresh;
+    write_file("grid", HandMadeGrid(form).bytes(false));
+    fresh.read("grid", form);
+    std::vector<std::string> expected{announced + arguments};
+    expected.resize(static_cast<std::size_t>(1 + allocations), "checkallocationerror(0)");
+    EXPECT_EQ(calls, expected);
+  }
+}
+
+TEST_F(ReadGrid, IsAnnouncedBeforeTheFileIsOpened) {
+  EXPECT_THROW(grid.read("missing", binary), RunEnded);
+  EXPECT_THAT(calls, ElementsAre("dispreadwrite(1, 10, 200, missing, 2, F, -, F, T, -, -)"));
+  EXPECT_EQ(grid.ndim, 3);
+}
+
+TEST_F(ReadGrid, PrintsBlockCountDimensionsAndProgress) {
+  read(HandMadeGrid(binary).bytes(false), binary);
+  EXPECT_THAT(
+      messages,
+      ElementsAre(" Number of grids is 2", " Dimensions of grid     1 is     2    2    2",
+                  " Dimensions of grid     2 is     3    1    1",
+                  " Reading grid point data for grid 1", " Reading grid point data for grid 2"));
+}
+
+TEST_F(ReadGrid, PrintsOnlyTheBlockCountWithoutDebugging) {
+  p3dsetdebug(false);
+  read(HandMadeGrid(binary).bytes(false), binary);
+  EXPECT_THAT(messages, ElementsAre(" Number of grids is 2"));
+}
+
+TEST_F(ReadGrid, DimensionsTooWideForTheirColumnsAreAsterisks) {
+  read(Bytes().i4(1).i4s({100000, 0, 1}), binary);
+  EXPECT_EQ(messages.at(1), " Dimensions of grid     1 is *****    0    1");
+}
+
+TEST_F(ReadGrid, ClosesItsUnit) {
+  read(HandMadeGrid(unformatted).bytes(false), unformatted);
+  EXPECT_FALSE(is_open("grid"));
+}
+
+TEST_F(ReadGrid, ABlockWithoutPointsStandsBetweenOthers) {
+  read(header({1, 1, 1, 3, 0, 2, 2, 1, 1}).r4s({1, 2, 3}).r4s({4, 5, 6, 7, 8, 9}), binary);
+  EXPECT_EQ(count_calls("dispfilereaderror"), 0);
+  EXPECT_EQ(vector_of(grid.xyz), (std::vector<float>{1, 2, 3, 4, 6, 8, 5, 7, 9}));
+}
+
+TEST_F(ReadGrid, ABlockWithoutPointsIsARecordAllTheSame) {
+  read(Bytes()
+           .record(Bytes().i4(2))
+           .record(Bytes().i4s({0, 5, 5, 1, 1, 1}))
+           .record(Bytes())
+           .record(Bytes().r4s({1, 2, 3})),
+       unformatted);
+  EXPECT_EQ(vector_of(grid.xyz), (std::vector<float>{1, 2, 3}));
+  Grid text_grid;
+  write_file("grid", std::string("2\n0 5 5 1 1 1\n this line is the first block's\n1 2 3\n"));
+  text_grid.read("grid", formatted);
+  EXPECT_EQ(vector_of(text_grid.xyz), (std::vector<float>{1, 2, 3}));
+}
+
+TEST_F(ReadGrid, BlankingThatIsNotAskedForIsSkippedInUnformattedRecords) {
+  read(HandMadeGrid(blanked(unformatted)).bytes(false), unformatted);
+  EXPECT_EQ(vector_of(grid.xyz), HandMadeGrid(unformatted).xyz());
+  EXPECT_FALSE(grid.iblank.allocated());
+}
+
+TEST_F(ReadGrid, BlankingThatIsNotAskedForIsTakenForCoordinatesInBinaryFiles) {
+  // 1 point, blanked with the bits of 2.0; then 1 point more.
+  const Bytes bytes = header({1, 1, 1, 1, 1, 1}).r4s({1, 1, 1}).i4(0x40000000).r4s({3, 4, 5}).i4(0);
+  read(bytes, binary);
+  EXPECT_EQ(vector_of(grid.xyz), (std::vector<float>{1, 1, 1, 2, 3, 4}));
+}
+
+TEST_F(ReadGrid, BlankingThatIsNotAskedForIsTakenForCoordinatesInTextIfItStandsOnOtherLines) {
+  read(std::string("2\n1 1 1 1 1 1\n1 1 1 7\n8\n9 10 11\n"), formatted);
+  EXPECT_EQ(vector_of(grid.xyz), (std::vector<float>{1, 1, 1, 8, 9, 10}));
+}
+
+TEST_F(ReadGrid, BlankingNotReachedByAFailedReadStaysOne) {
+  const std::string whole = HandMadeGrid(blanked(binary)).bytes(false);
+  read(whole.substr(0, whole.size() - 4), blanked(binary));
+  expect_failed("end of the file");
+  std::vector<int> expected = HandMadeGrid(blanked(binary)).iblank();
+  // The second block's blanking is read as far as it goes, or not at all.
+  const std::vector<int> got = vector_of(grid.iblank);
+  ASSERT_EQ(got.size(), expected.size());
+  for (std::size_t p = 0; p < 8; ++p) EXPECT_EQ(got[p], expected[p]);
+  EXPECT_EQ(got.back(), 1);
+}
+
+TEST_F(ReadGrid, FormattedDoublePrecisionIsReadAsTextIntoSinglePrecision) {
+  read(HandMadeGrid(in_double(formatted)).bytes(false), in_double(formatted));
+  EXPECT_EQ(vector_of(grid.xyz), HandMadeGrid(formatted).xyz());
+  EXPECT_EQ(count_calls("checkallocationerror"), 2);
+}
+
+TEST_F(ReadGrid, DoublePrecisionIsRoundedToNearest) {
+  read(Bytes().i4s({1, 1, 1}).r8s({1.0 + 0x1p-24, 1.0 + 0x1.8p-23, 1e300}),
+       uncounted(in_double(binary)));
+  EXPECT_EQ(vector_of(grid.xyz),
+            (std::vector<float>{1.0F, 1.0F + 0x1p-22F, std::numeric_limits<float>::infinity()}));
+}
+
+TEST_F(ReadGrid, RepeatedAndNullExtentsOfText) {
+  read(std::string("2\n2*1 2 , 3*1\n 1 2 3 4 5 6\n7 8 9\n"), formatted);
+  EXPECT_EQ(vector_of(grid.kdim), (std::vector{2, 1}));
+  Grid null_extent;
+  write_file("grid", std::string("1\n2,,2\n\n"));
+  null_extent.read("grid", formatted);
+  EXPECT_EQ(vector_of(null_extent.jdim), (std::vector{0}));
+}
+
+TEST_F(ReadGrid, WithoutABlockReadsAnEmptyDimensionRecord) {
+  read(Bytes().record(Bytes().i4(0)).record(Bytes()), unformatted);
+  EXPECT_EQ(count_calls("dispfilereaderror"), 0);
+  EXPECT_EQ(grid.nblocks, 0);
+  EXPECT_EQ(grid.idim.size(), 0);
+  EXPECT_TRUE(grid.idim.allocated());
+  EXPECT_EQ(grid.xyz.extent(1), 3);
+  EXPECT_EQ(grid.xyz.extent(2), 0);
+}
+
+TEST_F(ReadGrid, ANegativeBlockCountIsPassedOnAndSizesNothing) {
+  read(Bytes().record(Bytes().i4(-3)).record(Bytes()), unformatted);
+  EXPECT_EQ(grid.nblocks, -3);
+  EXPECT_EQ(grid.jdim.size(), 0);
+  EXPECT_TRUE(grid.xyz.allocated());
+}
+
+TEST_F(ReadGrid, AFailedBlockCountLeavesTheArgumentsAlone) {
+  read(Bytes().i4(4).i4(2), unformatted);
+  expect_failed("record 1");
+  EXPECT_EQ(grid.nblocks, -77);
+  EXPECT_EQ(grid.ndim, 3);
+  EXPECT_FALSE(grid.idim.allocated());
+  EXPECT_TRUE(messages.empty());
+}
+
+TEST_F(ReadGrid, FailedExtentsLeaveTheirArraysAllocated) {
+  read(Bytes().i4(2).i4s({2, 2, 2, 3}), binary);
+  expect_failed("record 2");
+  EXPECT_EQ(grid.nblocks, 2);
+  EXPECT_EQ(grid.idim.size(), 2);
+  EXPECT_EQ(grid.kdim.size(), 2);
+  EXPECT_FALSE(grid.xyz.allocated());
+}
+
+TEST_F(ReadGrid, FailedCoordinatesKeepWhatWasRead) {
+  const std::string whole = HandMadeGrid(binary).bytes(false);
+  read(whole.substr(0, whole.size() - 9 * 4), binary);
+  expect_failed("expected");
+  ASSERT_EQ(grid.xyz.size(), 33);
+  const std::vector<float> expected = HandMadeGrid(binary).xyz();
+  for (std::size_t i = 0; i < 24; ++i) EXPECT_EQ(grid.xyz.data()[i], expected[i]);
+}
+
+TEST_F(ReadGrid, TheNextReadBeginsAnewAfterAFailedOne) {
+  read(Bytes().i4(4), binary);
+  EXPECT_TRUE(is_open("grid"));
+  Grid next;
+  write_file("other", HandMadeGrid(binary).bytes(false));
+  next.read("other", binary);
+  EXPECT_FALSE(is_open("grid"));
+  EXPECT_EQ(vector_of(next.xyz), HandMadeGrid(binary).xyz());
+}
+
+TEST_F(ReadGrid, AHostThatThrowsFromAFailedReadLosesNothing) {
+  on_read_error = [] { throw std::runtime_error("host"); };
+  EXPECT_THROW(read(Bytes().i4(4), binary), std::runtime_error);
+  EXPECT_TRUE(is_open("grid"));
+  p3dcloseunit(13);
+  EXPECT_FALSE(is_open("grid"));
+}
+
+TEST_F(ReadGrid, AllocatedArgumentsAreReportedAndNeverOverrun) {
+  ASSERT_EQ(grid.idim.allocate(1), allocation_done);
+  read(HandMadeGrid(binary).bytes(false), binary);
+  EXPECT_THAT(calls, ElementsAre("dispreadwrite(1, 10, 200, grid, 2, F, -, F, T, -, -)",
+                                 "checkallocationerror(1)", "dispfilereaderror()"));
+  // The group of arrays ends with the one that failed.
+  EXPECT_FALSE(grid.jdim.allocated());
+}
+
+TEST_F(ReadGrid, AllocatedCoordinatesServeAsFarAsTheyAreLargeEnough) {
+  ASSERT_EQ(grid.xyz.allocate(3, 20), allocation_done);
+  read(HandMadeGrid(binary).bytes(false), binary);
+  EXPECT_EQ(calls.back(), "checkallocationerror(1)");
+  const std::vector<float> expected = HandMadeGrid(binary).xyz();
+  for (std::size_t i = 0; i < expected.size(); ++i) EXPECT_EQ(grid.xyz.data()[i], expected[i]);
+  for (const auto& [rows, points] : {std::pair{3, 10}, {2, 20}, {4, 20}}) {
+    Grid small;
+    calls.clear();
+    ASSERT_EQ(small.xyz.allocate(rows, points), allocation_done);
+    small.read("grid", binary);
+    EXPECT_EQ(calls.back(), "dispfilereaderror()");
+  }
+}
+
+TEST_F(ReadGrid, AllocatedBlankingTooSmallForThePointsIsAFailedRead) {
+  ASSERT_EQ(grid.iblank.allocate(10), allocation_done);
+  read(HandMadeGrid(blanked(binary)).bytes(false), blanked(binary));
+  EXPECT_EQ(calls.back(), "dispfilereaderror()");
+}
+
+TEST_F(ReadGrid, UnknownFormatsOpenAndReadNothing) {
+  for (const int iformat : {3, -1, 200}) {
+    calls.clear();
+    messages.clear();
+    Grid none;
+    none.read("missing", {iformat, true, true, true});
+    EXPECT_EQ(none.nblocks, 1);
+    EXPECT_EQ(none.ndim, 3);
+    EXPECT_EQ(none.idim.size(), 1);
+    EXPECT_EQ(none.xyz.extent(1), 3);
+    EXPECT_EQ(none.xyz.extent(2), 0);
+    EXPECT_THAT(messages, ElementsAre(" Number of grids is 1",
+                                      " Dimensions of grid     1 is     0    0    0"));
+    EXPECT_EQ(count_calls("checkallocationerror"), 3);
+    EXPECT_EQ(count_calls("dispfilereaderror"), 0);
+  }
+}
+
+TEST_F(ReadGrid, UnknownFormatsCloseTheUnitAllTheSame) {
+  read(Bytes().i4(4), binary);
+  ASSERT_TRUE(is_open("grid"));
+  Grid none;
+  none.read("grid", {7, false, true, false});
+  EXPECT_FALSE(is_open("grid"));
+}
+
+TEST_F(ReadGrid, ExtentsBelowZeroAreAFailedRead) {
+  read(header({2, -2, -2}).r4s({1, 2, 3}), binary);
+  expect_failed("block 1 of 2 x -2 x -2 points, expected extents from 0 on");
+  EXPECT_FALSE(grid.xyz.allocated());
+}
+
+TEST_F(ReadGrid, PointsThatWrapAroundAreAFailedRead) {
+  read(header({65536, 65536, 1}), binary);  // 2^32 would be 0 points
+  expect_failed("65536 x 65536 x 1");
+  Grid sum;
+  calls.clear();
+  write_file("grid", header({1, 1, 1, 2147483647, 1, 1}).str());
+  sum.read("grid", binary);
+  expect_failed("block 2 of 2147483647 x 1 x 1");
+  Grid product;
+  calls.clear();
+  write_file("grid", header({2147483647, 2147483647, 2147483647}).str());
+  product.read("grid", binary);
+  expect_failed("block 1");
+}
+
+/// Peak resident memory of the process in KiB.
+long peak_memory() {
+  rusage usage{};
+  ::getrusage(RUSAGE_SELF, &usage);
+  return usage.ru_maxrss;
+}
+
+TEST_F(ReadGrid, HeadersThatAnnounceGigabytesAreRefusedBeforeMemoryIsTaken) {
+  const long before = peak_memory();
+  for (const GridForm& form : {binary, formatted}) {
+    for (const bool in_count : {false, true}) {
+      calls.clear();
+      Grid huge;
+      const std::string text_header = in_count ? "2000000000\n" : "1\n1000 1000 2000\n";
+      write_file("grid", form.iformat == 1 ? text_header
+                         : in_count        ? Bytes().i4(2000000000).str()
+                                           : header({1000, 1000, 2000}).str());
+      huge.read("grid", blanked(form));
+      expect_failed("a file far too short");
+      EXPECT_FALSE(huge.xyz.allocated());
+      EXPECT_EQ(huge.nblocks, in_count ? 2000000000 : 1);
+      EXPECT_EQ(huge.idim.allocated(), !in_count);
+    }
+  }
+  EXPECT_LT(peak_memory() - before, 100 * 1024);
+}
+
+TEST_F(ReadGrid, OtherEncodingsThanToldAreFailedReads) {
+  struct Told {
+    GridForm file;
+    GridForm told;
+  };
+  for (const auto& [file, told] : {Told{formatted, unformatted},
+                                   {unformatted, formatted},
+                                   {binary, formatted},
+                                   {formatted, binary},
+                                   {binary, unformatted},
+                                   {unformatted, binary}}) {
+    calls.clear();
+    Grid wrong;
+    write_file("grid", HandMadeGrid(file).bytes(false));
+    wrong.read("grid", told);
+    EXPECT_EQ(count_calls("dispfilereaderror"), 1) << file.iformat << " as " << told.iformat;
+  }
+}
+
+TEST_F(ReadGrid, SplitRecordsAreReadAndWritten) {
+  recordio::set_subrecord_limit(10);
+  read(HandMadeGrid(in_double(blanked(unformatted))).bytes(false), in_double(blanked(unformatted)));
+  grid.write("split", in_double(blanked(unformatted)));
+  EXPECT_NE(read_file("split"), HandMadeGrid(in_double(blanked(unformatted))).bytes(true));
+  Grid again;
+  again.read("split", in_double(blanked(unformatted)));
+  EXPECT_EQ(vector_of(again.xyz), vector_of(grid.xyz));
+  EXPECT_EQ(vector_of(again.iblank), vector_of(grid.iblank));
+}
+
+}  // namespace
+}  // namespace mod_p3dgrid

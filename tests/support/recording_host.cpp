@@ -1,0 +1,103 @@
+#include "support/recording_host.hpp"
+
+#include <algorithm>
+#include <sstream>
+
+#include "recordio/record_markers.hpp"
+#include "state/unit_numbers.hpp"
+
+namespace test_support {
+
+std::vector<std::string> calls;
+std::vector<std::string> messages;
+std::function<void(int)> on_allocation;
+std::function<void()> on_read_error;
+
+namespace {
+
+const char* text_of(mod_p3dgrid::logical flag) {
+  return flag ? "T" : "F";
+}
+
+template <class T>
+std::string text_of(const std::optional<T>& argument) {
+  if (!argument) return "-";
+  std::ostringstream text;
+  if constexpr (std::is_same_v<T, mod_p3dgrid::logical>) {
+    text << text_of(*argument);
+  } else {
+    text << *argument;
+  }
+  return text.str();
+}
+
+}  // namespace
+
+int count_calls(const std::string& name) {
+  return static_cast<int>(std::count_if(calls.begin(), calls.end(), [&](const std::string& call) {
+    return call.substr(0, call.find('(')) == name;
+  }));
+}
+
+void begin_run() {
+  using namespace mod_p3dgrid;
+  calls.clear();
+  messages.clear();
+  on_allocation = nullptr;
+  on_read_error = nullptr;
+  for (integer unit = 0; unit < 1000; ++unit) p3dcloseunit(unit);
+  p3dsetrunend([](const RunEnd& end) { throw RunEnded(end); });
+  p3dsetmessages([](std::string_view line) { messages.emplace_back(line); });
+  p3dsetpaths({});
+  recordio::set_subrecord_limit(recordio::default_subrecord_limit);
+  p3dsetdebug(true);
+  iflag.fill(0);
+  eqid = fileversion = nstep = itimeint = isgsmodel = ibeta = talnvar = 0;
+  dtau = talalfa = talbeta = talgam = talpr = talprt = talre = tals1 = talxm1 = 0;
+  p3dxm1 = p3dalfa = p3dre = p3dtau = 0;
+  nfvar.deallocate();
+  sqvar.deallocate();
+  dqvar.deallocate();
+  mod_p3dgrid::tmpfile.fill({});
+  mod_gridvars::nfilesect = 1;
+  mod_gridvars::rstrtvarsct.fill(0);
+  mod_gridvars::rstrtvarsct(1, 1) = 1;
+  mod_gridvars::rstrtvarsct(1, 2) = 5;
+  mod_gridvars::numrstrtvar.fill(0);
+  mod_gridvars::numrstrtvar(1) = 5;
+  mod_gridvars::readallvars = true;
+}
+
+}  // namespace test_support
+
+namespace mod_gridvars {
+
+integer nfilesect = 1;
+mod_p3dgrid::fixed_array<integer, 30, 2> rstrtvarsct;
+mod_p3dgrid::fixed_array<integer, 30> numrstrtvar;
+logical readallvars = true;
+
+void dispreadwrite(const integer& mode, const integer& iparm1, const integer& iparm2,
+                   const FileName& filename, const integer& iarg, const logical& larg,
+                   const std::optional<integer>& opt7, const std::optional<logical>& opt8,
+                   const std::optional<logical>& opt9, const std::optional<logical>& opt10,
+                   const std::optional<logical>& opt11) {
+  using test_support::text_of;
+  std::ostringstream call;
+  call << "dispreadwrite(" << mode << ", " << iparm1 << ", " << iparm2 << ", " << filename.view()
+       << ", " << iarg << ", " << text_of(larg) << ", " << text_of(opt7) << ", " << text_of(opt8)
+       << ", " << text_of(opt9) << ", " << text_of(opt10) << ", " << text_of(opt11) << ")";
+  test_support::calls.push_back(call.str());
+}
+
+void checkallocationerror(const integer& status) {
+  test_support::calls.push_back("checkallocationerror(" + std::to_string(status) + ")");
+  if (test_support::on_allocation) test_support::on_allocation(status);
+}
+
+void dispfilereaderror() {
+  test_support::calls.push_back("dispfilereaderror()");
+  if (test_support::on_read_error) test_support::on_read_error();
+}
+
+}  // namespace mod_gridvars

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "MOD_P3DReader.hpp"
+
+/// A host for tests: defines `mod_gridvars`, writes down every call and message, and turns the end
+/// of the run into an exception.
+namespace test_support {
+
+/// Thrown where the module ends the run.
+struct RunEnded : std::runtime_error {
+  explicit RunEnded(const mod_p3dgrid::RunEnd& end)
+      : std::runtime_error(end.message), status(end.status) {}
+  int status;
+};
+
+/// Calls as text, in order: `dispreadwrite(1, 10, 200, grid.p3d, 0, F, -, F, T, -, -)`,
+/// `checkallocationerror(0)`, `dispfilereaderror()`. Flags are T and F, absent arguments `-`.
+extern std::vector<std::string> calls;
+/// Message lines, without line ends.
+extern std::vector<std::string> messages;
+/// Called at the start of `checkallocationerror`, to look at the state of that moment.
+extern std::function<void(int)> on_allocation;
+/// Called from `dispfilereaderror`.
+extern std::function<void()> on_read_error;
+
+[[nodiscard]] int count_calls(const std::string& name);
+
+/// Sets the module, its host and its units to how a run begins.
+void begin_run();
+
+}  // namespace test_support
