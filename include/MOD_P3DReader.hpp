@@ -100,8 +100,9 @@ void p3dsetdebug(logical flag);
 ///
 /// Works on unit 13 and closes it. After a failed read unit 13 stays open and the arguments hold
 /// what was set, allocated and read until then: `nblocks` once the block count is known, `xyz`
-/// filled as far as the file went, `iblank` 1 for the points not reached. A header that cannot be
-/// true fails before the arrays that it would size are allocated.
+/// filled as far as the file went (from double-precision records nothing reaches it before the last
+/// block), `iblank` 1 for the points not reached. A header that cannot be true fails before the
+/// arrays that it would size are allocated.
 ///
 /// Prints the block count always, and with `debugprint` two lines per block.
 /// With an unknown `iformat` there is one block with extents of 0.
@@ -148,5 +149,133 @@ void writep3dgrid(const FileName& filename, integer iformat, logical dblprec, in
                   integer ndim, array_view<const float, 2> xyz, array_view<const integer, 1> idim,
                   array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
                   array_view<const integer, 1> iblank, logical useiblank, logical multiblock);
+
+/// @name Restart files
+/// A restart file holds the flow solution of a grid: a header, then the body. The restart layout
+/// code `rsttype` says in which layout:
+///
+/// | code | header | block extents | body of a block |
+/// |---|---|---|---|
+/// | 0 | TALVEN: version, run data, flow parameters of equation set 1 | a record per block |
+/// sections | | 1 | step count, step size, block count | a record per block | sections | | 100 | as
+/// for 1 | none | triplets with variables 1 to 5, then sections 2 onward | | 101 | extents, step
+/// count, step size of one block | none kept | as for 100; after the blocks flags and further
+/// variables | | 102 | none; one block | none | sections | | 2 | PLOT3D solution file: block count
+/// | one record | four flow parameters, then sections | | 3 | PLOT3D function file: block count |
+/// one record, with variable counts | sections |
+///
+/// A section is a record of the variables that `mod_gridvars::rstrtvarsct` gives it, each at all
+/// points of the block. `dblprec` applies to unformatted and binary files; text ignores it. Flow
+/// arrays are (variable, point), the points of all blocks in one sequence; values have whatever
+/// units the file's author gave them.
+/// @{
+
+/// Opens a restart file on unit 201, reads its header into the module variables and leaves the file
+/// open behind it. Called by the operations that read restart files; a host needs it only to look
+/// at a header, and closes unit 201 then.
+/// @param nblocks     number of blocks; 1 for layouts that do not tell
+/// @param multiblock  a block-count record stands first (layouts 2 and 3)
+///
+/// Sets `itimeint` (0 unless the header carries it) and the variables that the layout carries; the
+/// others keep their values. `nfvar` is allocated for layout 3 unless it is allocated already; one
+/// that is shorter than the block count makes the read fail. After a failed read the module
+/// variables hold what was read so far. An unknown layout code means a file without header.
+///
+/// A TALVEN header of equation set 1 in a single-precision unformatted or binary file is not
+/// supported: the run is halted with "Single precision TALVEN reads not working!".
+void readrestartheader(const FileName& filename, integer iformat, logical dblprec, integer& nblocks,
+                       integer rsttype, logical multiblock);
+
+/// As above, and hands over the extents of the blocks.
+/// @param idim,jdim,kdim  take over new storage, one entry per block, whatever they held; 0 where
+///        the layout has no extents (100, 101 and 102). Left alone by a failed read.
+void readrestartheader(const FileName& filename, integer iformat, logical dblprec, integer& nblocks,
+                       integer rsttype, logical multiblock, allocatable<integer, 1>& idim,
+                       allocatable<integer, 1>& jdim, allocatable<integer, 1>& kdim);
+
+/// Creates a restart file on unit 301 and writes its header from `nstep`, `dtau`, `nfvar` and the
+/// arguments. Leaves the unit open behind it, for a body to follow.
+/// @param nblocks     number of blocks
+/// @param idim,jdim,kdim  extents, at least as many as the layout writes
+/// @param multiblock  write the block-count record (layouts 2 and 3)
+///
+/// An `nfvar` that layout 3 needs and that is not allocated is allocated with zeros. The TALVEN
+/// layout cannot be written: the run is halted with "TALVEN Writer not implimented!".
+void writerestartheader(const FileName& filename, integer iformat, logical dblprec, integer nblocks,
+                        array_view<const integer, 1> idim, array_view<const integer, 1> jdim,
+                        array_view<const integer, 1> kdim, integer rsttype, logical multiblock);
+
+/// Makes sure that a restart file belongs to a grid: reads both headers, compares the block counts
+/// (with `multiblock`) and the extents of each block, reports every difference on standard output
+/// and halts the run if there is one. Returns normally only if the two agree, both files closed.
+/// @param gridformat,rstformat  file-format codes
+/// @param dblprec     precision of the restart file
+/// @param multiblock  both files begin with a block count (the restart file in layouts 2 and 3)
+///
+/// Extents that the restart layout does not hold count as 0. After a failed read nothing is
+/// compared and unit 22 stays open; unit 201 is closed if the failure was the restart header's.
+void checkp3drstrtheader(const FileName& gridfile, integer gridformat, const FileName& rstfile,
+                         integer rstformat, logical dblprec, integer rsttype, logical multiblock);
+
+/// Reads a whole restart file.
+/// @param nblocks      number of blocks that the caller has extents for; a header with more is a
+///                     failed read
+/// @param blockpoints  points of each block, used only when `readallvars` is false
+/// @param varvalues    flow variables (variable, point); must be unallocated. As many rows as
+///                     `numrstrtvar` sums up to, 8, 10 or 13 after the extensions of layout 101.
+///                     Rows that no section of the file fills are left unset.
+/// @param auxvalues    triplets (3, point) of layouts 100 and 101; must be unallocated
+/// @param idim,jdim,kdim  extents of each block, normally those of the grid
+/// @param rsttype      restart layout code; any other than those above is an error of the run
+/// @param multiblock   a block-count record stands first (layouts 2 and 3)
+///
+/// With `mod_gridvars::readallvars` false only the header is read, and `varvalues` is allocated for
+/// one variable at the sum of `blockpoints` and left unset.
+///
+/// Module variables set: those of the header; `numrstrtvar(1)` (5 for layouts 2, 100 and 101, the
+/// largest `nfvar` for 3); for layout 2 `sqvar` in single-precision records, else `dqvar`, one row
+/// per block, and from records `p3dxm1`, `p3dalfa`, `p3dre`, `p3dtau` as of the last block (text
+/// leaves these four alone); `iflag` and `numrstrtvar(2)` for the extensions of layout 101.
+///
+/// Works on unit 201 and closes it. A failed read leaves it open and keeps what is allocated, the
+/// staging arrays of double-precision files among it: the next such read then hands
+/// `already_allocated` to `checkallocationerror`.
+///
+/// Kept as they are:
+/// - layout 100 in single-precision records is read as ordinary sections and leaves `auxvalues`
+///   unset; in double precision the triplets are read but never reach `auxvalues`, and their
+///   staging array stays allocated;
+/// - layout 101 in double precision allocates `auxvalues` twice: a host sees `already_allocated`,
+///   and if it returns the triplets arrive;
+/// - text with `itimeint` 2 or more cannot be read: its older time levels are asked for as records.
+void readp3drestart(const FileName& filename, integer iformat, logical dblprec, integer nblocks,
+                    array_view<const integer, 1> blockpoints, allocatable<float, 2>& varvalues,
+                    allocatable<float, 2>& auxvalues, array_view<const integer, 1> idim,
+                    array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
+                    integer rsttype, logical multiblock);
+
+/// Writes a whole restart file. Leaves unit 301 open, and with it the file unfinished: close the
+/// unit with `p3dcloseunit(301)`, or let the run end. Unit 201 is closed.
+/// @param nparamrows  rows of `sqvar` or `dqvar` in use (layout 2): block n is written with row
+///                    min(n, nparamrows). If the array that the file needs is not allocated it is
+///                    created from the other one.
+/// @param nblocks     number of blocks
+/// @param varvalues   flow variables (variable, point)
+/// @param auxvalues   triplets (3, point), layouts 100 and 101
+/// @param idim,jdim,kdim  extents of each block
+/// @param rsttype     restart layout code; layout 0 halts the run as `writerestartheader` does
+/// @param multiblock  write the block-count record (layouts 2 and 3)
+///
+/// Prints a line per block. Sets `numrstrtvar(1)` to 5 for layout 101 and to `nfvar` of the last
+/// block for layout 3. Older time levels are never written. Layout 101 ends with the flags of
+/// `iflag` and the variables they announce. Arrays without the rows, points or flags that are to be
+/// written are errors of the run; the file is not touched then.
+void writep3drestart(const FileName& filename, integer iformat, logical dblprec, integer nparamrows,
+                     integer nblocks, array_view<const float, 2> varvalues,
+                     array_view<const float, 2> auxvalues, array_view<const integer, 1> idim,
+                     array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
+                     integer rsttype, logical multiblock);
+
+/// @}
 
 }  // namespace mod_p3dgrid

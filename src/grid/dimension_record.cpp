@@ -1,47 +1,62 @@
 #include "grid/dimension_record.hpp"
 
 #include <algorithm>
+#include <iterator>
 #include <string>
-#include <vector>
+#include <utility>
+
+#include "state/run_end.hpp"
 
 namespace mod_p3dgrid {
 namespace {
 
 /// Calls `move(value of the record, entry of the column)` for all values in the record's order.
-template <class Table, class ColumnList, class Move>
-void for_each_value(Table& table, const ColumnList& columns, integer nblocks, Move move) {
-  std::size_t at = 0;
+template <class ColumnList, class Move>
+void for_each_value(integer* value, const ColumnList& columns, integer nblocks, Move move) {
   for (integer block = 1; block <= nblocks; ++block) {
-    for (const auto& column : columns) move(table[at++], column(block));
+    for (const auto& column : columns) move(*value++, column(block));
   }
 }
 
-std::vector<integer> table_for(integer nblocks, std::size_t columns) {
-  return std::vector<integer>(static_cast<std::size_t>(std::max(nblocks, 0)) * columns);
+/// A work array for the record, the columns' entries of one block next to each other. False if
+/// there is no memory, or if a column is too short.
+template <class ColumnList>
+bool allocate_table(allocatable<integer, 1>& table, integer nblocks, const ColumnList& columns) {
+  const auto long_enough = [&](const auto& column) { return column.extent(1) >= nblocks; };
+  return std::all_of(columns.begin(), columns.end(), long_enough) &&
+         table.allocate(std::int64_t{std::max(nblocks, 0)} * std::ssize(columns)) ==
+             allocation_done;
 }
 
 }  // namespace
 
 bool read_dimension_record(const recordio::Unit& unit, integer nblocks, Columns columns) {
-  std::vector<integer> table = table_for(nblocks, columns.size());
-  for_each_value(table, columns, nblocks, [](integer& value, integer& entry) { value = entry; });
-  const bool complete =
-      unit.read({recordio::values(table.data(), static_cast<std::int64_t>(table.size()))});
-  for_each_value(table, columns, nblocks, [](integer& value, integer& entry) { entry = value; });
+  allocatable<integer, 1> table;
+  if (!allocate_table(table, nblocks, columns)) {
+    unit.fail("no array to read into", "the extents of " + std::to_string(nblocks) + " blocks");
+    return false;
+  }
+  integer* const first = table.data();
+  for_each_value(first, columns, nblocks, [](integer& value, integer& entry) { value = entry; });
+  const bool complete = unit.read({recordio::values(first, table.size())});
+  for_each_value(first, columns, nblocks, [](integer& value, integer& entry) { entry = value; });
   return complete;
 }
 
 void write_dimension_record(const recordio::Unit& unit, integer nblocks, ConstColumns columns) {
-  std::vector<integer> table = table_for(nblocks, columns.size());
-  for_each_value(table, columns, nblocks,
+  allocatable<integer, 1> table;
+  if (!allocate_table(table, nblocks, columns)) {
+    fail_run("cannot write the extents of " + std::to_string(nblocks) +
+             " blocks: the arrays are shorter, or memory has run out");
+  }
+  for_each_value(table.data(), columns, nblocks,
                  [](integer& value, const integer& entry) { value = entry; });
-  const integer* const first = table.data();
-  unit.write({recordio::values(first, static_cast<std::int64_t>(table.size()))});
+  unit.write({recordio::values(std::as_const(table).data(), table.size())});
 }
 
 bool can_hold_dimensions(const recordio::Unit& unit, integer nblocks, integer columns) {
-  return unit.can_hold(std::int64_t{std::max(nblocks, 0)} * columns * std::int64_t{sizeof(integer)},
-                       "the extents of " + std::to_string(nblocks) + " blocks");
+  return unit.can_hold(std::int64_t{std::max(nblocks, 0)} * columns, recordio::FileKind::integer4,
+                       false, "the extents of " + std::to_string(nblocks) + " blocks");
 }
 
 }  // namespace mod_p3dgrid

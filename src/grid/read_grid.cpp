@@ -68,7 +68,7 @@ bool read_blocks(const Unit& unit, GridBody& grid, allocatable<Real, 2>& coordin
   const PointNumbering& points = grid.numbering;
   for (integer b = 1; b <= points.npts.size(); ++b) {
     if (debugprint) message("Reading grid point data for grid ", b);
-    const std::int64_t first = points.istart(b) - 1;
+    const std::int64_t first = points.before(b);
     const bool read = unit.read(
         coordinate_record(coordinates.data() + first * coordinates.extent(1), coordinates.extent(1),
                           grid.useiblank ? grid.iblank.data() + first : nullptr, points.npts(b)));
@@ -92,8 +92,12 @@ bool read_blocks_staged(const Unit& unit, GridBody& grid) {
 
 bool read_body(const Unit& unit, GridBody& grid) {
   const std::int64_t total = grid.numbering.total;
-  const std::int64_t point_bytes = coordinates_per_point * (grid.dblprec ? 8 : 4);
-  if (!unit.can_hold(total * point_bytes, std::to_string(total) + " points")) return false;
+  const bool staged = grid.dblprec && unit.stores_kinds();
+  if (!unit.can_hold(total * coordinates_per_point,
+                     staged ? recordio::FileKind::real8 : recordio::FileKind::real4, true,
+                     std::to_string(total) + " points")) {
+    return false;
+  }
   bool usable = true;
   if (grid.useiblank) {
     usable = allocate_checked(grid.iblank, total);
@@ -106,8 +110,10 @@ bool read_body(const Unit& unit, GridBody& grid) {
     return false;
   }
   if (!unit.known()) return true;
-  return grid.dblprec && unit.stores_kinds() ? read_blocks_staged(unit, grid)
-                                             : read_blocks(unit, grid, grid.xyz);
+  if (staged) return read_blocks_staged(unit, grid);
+  // A null value of text leaves a coordinate of 0, not one of chance.
+  if (!unit.stores_kinds()) std::ranges::fill(grid.xyz.span(), 0.0F);
+  return read_blocks(unit, grid, grid.xyz);
 }
 
 bool read_grid(const Unit& unit, const FileName& filename, logical multiblock, integer& nblocks,

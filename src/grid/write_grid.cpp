@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <string>
+#include <utility>
 
 #include "MOD_P3DReader.hpp"
 #include "grid/dimension_record.hpp"
@@ -26,7 +27,7 @@ struct GridToWrite {
   array_view<const integer, 1> jdim;
   array_view<const integer, 1> kdim;
   array_view<const integer, 1> iblank;
-  bool useiblank;
+  logical useiblank;
 };
 
 [[noreturn]] void refuse(const FileName& filename, const std::string& reason) {
@@ -68,7 +69,7 @@ void write_blocks(const Unit& unit, const GridToWrite& grid, const PointNumberin
                   const Real* coordinates, std::int64_t ndim) {
   for (integer b = 1; b <= grid.nblocks; ++b) {
     message("Writing grid point data for grid ", b);
-    const std::int64_t first = points.istart(b) - 1;
+    const std::int64_t first = points.before(b);
     unit.write(coordinate_record(coordinates + first * ndim, ndim,
                                  grid.useiblank ? grid.iblank.data() + first : nullptr,
                                  points.npts(b)));
@@ -98,7 +99,7 @@ void writep3dgrid(const FileName& filename, integer iformat, logical dblprec, in
   announce_grid(announce_write, filename, iformat, dblprec, useiblank, multiblock);
   const Unit unit(unit_number::grid, iformat);
   if (unit.known()) {
-    const GridToWrite grid{nblocks, ndim, xyz, idim, jdim, kdim, iblank, bool(useiblank)};
+    const GridToWrite grid{nblocks, ndim, xyz, idim, jdim, kdim, iblank, useiblank};
     const PointNumbering points = checked_numbering(filename, grid);
     unit.open(filename, OpenStatus::unknown);
     if (multiblock) unit.write({recordio::scalar(std::as_const(nblocks))});

@@ -6,6 +6,7 @@
 #include "recordio/list_writer.hpp"
 #include "recordio/unformatted_record.hpp"
 #include "recordio/value_transfer.hpp"
+#include "state/run_end.hpp"
 
 namespace mod_p3dgrid::recordio {
 namespace {
@@ -16,10 +17,9 @@ constexpr std::size_t byte_buffer_size = 64 * 1024;
 /// Values of this size in all are read without asking whether the file can hold them.
 constexpr std::int64_t trusted_bytes = std::int64_t{64} * 1024 * 1024;
 
-/// How many bytes of values one byte of a file may stand for before its header is taken to be
-/// damaged. A file cut short still reads as far as it goes; repeat counts let text be short.
-constexpr std::int64_t plausible_factor = 16;
-constexpr std::int64_t plausible_factor_of_text = 1024;
+/// A file cut short is read as far as it goes, if this part of it is left. With less its header is
+/// taken to be damaged, before memory is taken for what it announces.
+constexpr std::int64_t least_part_left = 16;
 
 }  // namespace
 
@@ -61,7 +61,7 @@ void Connection::read(const ReadList& list) {
 void Connection::write(const WriteList& list) {
   OutputFile* const file = output();
   ++record_;
-  if (file == nullptr) return;
+  if (file == nullptr) fail_run("cannot write " + path_ + ": it is open for reading");
   switch (form_) {
     case Form::unformatted: {
       UnformattedRecordWriter record(*file, bytes_of(list));
@@ -85,13 +85,14 @@ void Connection::close() {
   if (OutputFile* const file = output()) file->close();
 }
 
-bool Connection::can_hold(std::int64_t bytes) const {
+bool Connection::can_hold(std::int64_t values, FileKind kind, bool cut_short) const {
   const auto* const file = std::get_if<InputFile>(&file_);
-  if (bytes <= trusted_bytes || file == nullptr) return true;
-  const auto remaining = file->remaining();
-  const std::int64_t factor =
-      form_ == Form::formatted ? plausible_factor_of_text : plausible_factor;
-  return !remaining || bytes / factor <= *remaining;
+  const auto remaining = file == nullptr ? std::nullopt : file->remaining();
+  if (!remaining || values <= trusted_bytes / bytes_of(kind)) return true;
+  const std::int64_t needed = cut_short ? values / least_part_left : values;
+  if (form_ != Form::formatted) return needed <= *remaining / bytes_of(kind);
+  // A value of text may take as little as a byte, and with a repeat count none.
+  return needed <= *remaining || needed <= file->count_values_ahead();
 }
 
 std::int64_t Connection::offset() const {

@@ -34,9 +34,10 @@ class Connection {
   /// Flushes and closes; needed by a connection that writes.
   void close();
 
-  /// Whether a file of this size can hold `bytes` bytes of values, or is of no known size. Small
-  /// amounts are taken on trust: the read will find out.
-  [[nodiscard]] bool can_hold(std::int64_t bytes) const;
+  /// Whether the rest of the file can hold so many values, or is of no known size. Small amounts
+  /// are taken on trust: the read will find out.
+  /// @param cut_short  the file may have lost all but a sixteenth of them
+  [[nodiscard]] bool can_hold(std::int64_t values, FileKind kind, bool cut_short) const;
 
   [[nodiscard]] const std::string& path() const { return path_; }
   [[nodiscard]] std::int64_t record() const { return record_; }

@@ -19,6 +19,9 @@ namespace {
 /// Reads of at least this size go straight to their destination.
 constexpr std::int64_t direct_read_size = 16 * 1024;
 
+/// A repeat count is taken to stand for no more than this.
+constexpr std::int64_t most_repeats = std::int64_t{1} << 32;
+
 int open_existing(const std::string& path) {
   int descriptor;
   do {
@@ -32,9 +35,9 @@ int open_existing(const std::string& path) {
 
 InputFile::InputFile(std::string path, std::size_t buffer_size)
     : path_(std::move(path)),
-      descriptor_(open_existing(path_)),
       buffer_(std::make_unique_for_overwrite<char[]>(buffer_size)),
-      buffer_size_(buffer_size) {
+      buffer_size_(buffer_size),
+      descriptor_(open_existing(path_)) {
   struct stat status;
   const int error = ::fstat(descriptor_, &status) != 0 ? errno
                     : S_ISDIR(status.st_mode)          ? EISDIR
@@ -104,6 +107,7 @@ void InputFile::discard(std::int64_t bytes) {
 }
 
 void InputFile::skip(std::int64_t bytes) {
+  if (bytes == 0) return;
   const std::optional<std::int64_t> left = remaining();
   if (!left || bytes <= end_ - begin_) return discard(bytes);
   if (bytes > *left) ends_before(bytes - *left);
@@ -117,6 +121,25 @@ std::optional<std::int64_t> InputFile::remaining() const {
   struct stat status;
   if (!has_size_ || ::fstat(descriptor_, &status) != 0) return std::nullopt;
   return std::max<std::int64_t>(0, status.st_size - offset());
+}
+
+std::int64_t InputFile::count_values_ahead() const {
+  // Every separator may end a value; a repeat count stands for as many as it says.
+  constexpr std::size_t piece_size = 64 * 1024;
+  const auto piece = std::make_unique_for_overwrite<char[]>(piece_size);
+  std::int64_t values = 1;
+  std::int64_t count = 0;
+  ssize_t got = 0;
+  for (std::int64_t at = offset(); (got = ::pread(descriptor_, piece.get(), piece_size, at)) > 0;
+       at += got) {
+    for (const char* c = piece.get(); c != piece.get() + got; ++c) {
+      const bool digit = *c >= '0' && *c <= '9';
+      if (*c == '*') values += count;
+      count = digit ? std::min(count * 10 + (*c - '0'), most_repeats) : 0;
+      values += *c == ' ' || *c == ',' || *c == '\t' || *c == '\n';
+    }
+  }
+  return values;
 }
 
 void InputFile::ends_before(std::int64_t missing) const {

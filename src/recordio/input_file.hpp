@@ -36,7 +36,9 @@ class InputFile {
   /// Bytes from here to the end of the file, if the file has a size.
   [[nodiscard]] std::optional<std::int64_t> remaining() const;
 
-  [[nodiscard]] const std::string& path() const { return path_; }
+  /// Number of values that a list-directed reader can find in the rest of the file at most, damage
+  /// aside. Looks at all of it, and leaves the place where reading stands.
+  [[nodiscard]] std::int64_t count_values_ahead() const;
 
   /// @name The bytes at hand
   /// For scanners: the bytes that are read already and wait in the buffer.
@@ -55,10 +57,10 @@ class InputFile {
   [[noreturn]] void ends_before(std::int64_t missing) const;
 
   std::string path_;
-  int descriptor_;
-  bool has_size_ = false;
   std::unique_ptr<char[]> buffer_;
   std::size_t buffer_size_;
+  int descriptor_;
+  bool has_size_ = false;
   const char* begin_ = nullptr;
   const char* end_ = nullptr;
   std::int64_t file_offset_ = 0;  ///< bytes taken from the system so far

@@ -12,7 +12,7 @@ namespace mod_p3dgrid::recordio {
 namespace {
 
 /// No number is longer than this; a file without separators is not text.
-constexpr std::size_t longest_token = 4096;
+constexpr std::ptrdiff_t longest_token = 4096;
 
 /// The fast path wants a whole number in the buffer, which this many bytes hold but for oddities.
 constexpr std::ptrdiff_t bytes_at_hand = 64;
@@ -47,7 +47,9 @@ const char* parse_plain(const char* from, const char* end, integer& value) {
 }
 template <class Real>
 const char* parse_plain(const char* from, const char* end, Real& value) {
-  if (*from > '9') return nullptr;  // inf and nan
+  // Letters, behind a sign too, are infinities and NaNs.
+  const char* const first = *from == '-' && from + 1 != end ? from + 1 : from;
+  if (*first > '9') return nullptr;
   const auto [stop, error] = std::from_chars(from, end, value);
   return error == std::errc{} ? stop : nullptr;
 }
@@ -58,9 +60,10 @@ void ListReader::read_values(const Values<void>& entry) {
   const auto take_lines = [&](auto number) {
     auto* memory = static_cast<decltype(number)*>(entry.memory);
     for (std::int64_t row = 0; row < entry.rows && !ended_; ++row) {
-      take_line(memory == nullptr ? memory : memory + row, entry.stride, entry.count);
+      take_line(entry.drop ? nullptr : memory + row, entry.stride, entry.count);
     }
   };
+  if (entry.count == 0) return;
   switch (entry.memory_kind) {
     case FileKind::integer4:
       return take_lines(integer{});
@@ -117,6 +120,7 @@ std::int64_t ListReader::take_plain(Number* to, std::int64_t stride, std::int64_
     Number value;
     const char* const stop = parse_plain(from, end, value);
     if (stop == nullptr || stop == end || !ends_token(*stop)) break;
+    if (stop - from > longest_token) break;
     if (to != nullptr) to[taken * stride] = value;
     line_ += lines;
     at = stop;
@@ -189,7 +193,7 @@ void ListReader::take_token() {
     const char* const end = std::find_if(begin, file_.end(), ends_token);
     token_.append(begin, end);
     file_.use_up_to(end);
-    if (token_.size() > longest_token) not_a_number(token_, "a number");
+    if (std::ssize(token_) > longest_token) not_a_number(token_, "a number");
   } while (!file_.at_end() && !ends_token(*file_.begin()));
 }
 

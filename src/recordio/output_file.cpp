@@ -31,8 +31,8 @@ int create(const std::string& path, Creation creation) {
 
 OutputFile::OutputFile(std::string path, Creation creation)
     : path_(std::move(path)),
-      descriptor_(create(path_, creation)),
-      buffer_(std::make_unique_for_overwrite<char[]>(buffer_size)) {}
+      buffer_(std::make_unique_for_overwrite<char[]>(buffer_size)),
+      descriptor_(create(path_, creation)) {}
 
 OutputFile::~OutputFile() {
   if (descriptor_ != closed) ::close(descriptor_);
@@ -68,7 +68,7 @@ void OutputFile::write_through(const char* source, std::size_t bytes) {
   while (bytes > 0) {
     const ssize_t taken = ::write(descriptor_, source, bytes);
     if (taken < 0 && errno == EINTR) continue;
-    if (taken < 0) fail("cannot write", errno);
+    if (taken <= 0) fail("cannot write", taken < 0 ? errno : EIO);
     source += taken;
     bytes -= static_cast<std::size_t>(taken);
   }

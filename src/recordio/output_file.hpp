@@ -32,16 +32,14 @@ class OutputFile {
   /// Hands everything to the system and closes the file. A second call does nothing.
   void close();
 
-  [[nodiscard]] const std::string& path() const { return path_; }
-
  private:
   void flush();
   void write_through(const char* source, std::size_t bytes);
   [[noreturn]] void fail(const char* operation, int error);
 
   std::string path_;
-  int descriptor_;
   std::unique_ptr<char[]> buffer_;
+  int descriptor_;
   std::size_t used_ = 0;
 };
 

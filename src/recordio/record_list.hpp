@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <type_traits>
@@ -17,14 +18,19 @@ enum class FileKind : std::uint8_t { integer4, real4, real8 };
 }
 
 template <class T>
-inline constexpr FileKind kind_of =
-    std::is_same_v<std::remove_const_t<T>, integer> ? FileKind::integer4
-    : std::is_same_v<std::remove_const_t<T>, float> ? FileKind::real4
-                                                    : FileKind::real8;
+[[nodiscard]] constexpr FileKind kind_of() {
+  using Value = std::remove_const_t<T>;
+  static_assert(std::is_same_v<Value, integer> || std::is_same_v<Value, float> ||
+                    std::is_same_v<Value, double>,
+                "files hold integers and reals only");
+  return std::is_same_v<Value, integer> ? FileKind::integer4
+         : std::is_same_v<Value, float> ? FileKind::real4
+                                        : FileKind::real8;
+}
 
 /// One entry of a record list: `rows` times `count` values, row after row. Value i of row r lies
 /// at element `r + i * stride` of `memory`, so that a row is a line of a Fortran array whose first
-/// extent is `stride`. Without memory the values are read and dropped.
+/// extent is `stride`. Dropped values have no memory: they are read, checked and forgotten.
 ///
 /// The values in memory have the kind `memory_kind`; in an unformatted or binary file they have
 /// `file_kind`, which differs only where a single scalar of the file is kept in double precision.
@@ -37,6 +43,7 @@ struct Values {
   std::int64_t rows;
   std::int64_t stride;
   std::int64_t count;
+  bool drop = false;
 
   [[nodiscard]] std::int64_t bytes() const { return rows * count * bytes_of(file_kind); }
 };
@@ -53,7 +60,7 @@ using MemoryOf = std::conditional_t<std::is_const_v<T>, const void, void>;
 /// `count` values that lie next to each other.
 template <class T>
 [[nodiscard]] Values<MemoryOf<T>> values(T* memory, std::int64_t count) {
-  return {kind_of<T>, kind_of<T>, memory, 1, 1, count};
+  return {kind_of<T>(), kind_of<T>(), memory, 1, 1, std::max<std::int64_t>(0, count)};
 }
 
 /// `rows` lines of an array of first extent `stride`, `count` values each; `memory` is the first
@@ -61,7 +68,9 @@ template <class T>
 template <class T>
 [[nodiscard]] Values<MemoryOf<T>> lines(T* memory, std::int64_t rows, std::int64_t stride,
                                         std::int64_t count) {
-  return {kind_of<T>, kind_of<T>, memory, rows, stride, count};
+  return {kind_of<T>(), kind_of<T>(),
+          memory,       std::max<std::int64_t>(0, rows),
+          stride,       std::max<std::int64_t>(0, count)};
 }
 
 /// One value.
@@ -79,7 +88,7 @@ template <class Double>
 
 /// `count` values that are read, checked and dropped.
 [[nodiscard]] inline Values<void> dropped(FileKind kind, std::int64_t count) {
-  return {kind, kind, nullptr, 1, 1, count};
+  return {kind, kind, nullptr, 1, 1, std::max<std::int64_t>(0, count), true};
 }
 
 /// Bytes that the list takes in an unformatted or binary file, without markers.

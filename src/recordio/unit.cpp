@@ -21,7 +21,7 @@ namespace {
 using Connections = std::map<integer, std::unique_ptr<Connection>>;
 
 /// Flushes and closes what is still open when the run ends, in the order of the units. There is no
-/// host left to ask, so a failure ends the process here and now.
+/// host left to ask: failures are told on standard error, and the last decides the status.
 void close_all();
 
 /// All connected units. Never destroyed, so that it is there whenever the run ends.
@@ -34,13 +34,20 @@ Connections& connections() {
 }
 
 void close_all() {
-  p3dsetrunend([](const RunEnd& end) {
-    std::fflush(stdout);
-    std::fprintf(stderr, "mod_p3dgrid: %s\n", end.message.c_str());
-    std::_Exit(end.status);
-  });
-  for (auto& [number, connection] : connections()) connection->close();
+  p3dsetrunend([](const RunEnd& end) { throw end; });
+  integer status = 0;
+  for (auto& [number, connection] : connections()) {
+    try {
+      connection->close();
+    } catch (const RunEnd& end) {
+      std::fprintf(stderr, "mod_p3dgrid: %s\n", end.message.c_str());
+      status = end.status;
+    }
+  }
   connections().clear();
+  if (status == 0) return;
+  std::fflush(stdout);
+  std::_Exit(status);
 }
 
 /// Takes the connection off the table, so that it is gone even if closing it fails.
@@ -60,7 +67,8 @@ std::function<std::string(std::string_view)>& path_resolver() {
 }
 
 std::string path_of(const FileName& name) {
-  const auto& resolver = path_resolver();
+  // A copy, because the resolver may install another one.
+  const auto resolver = path_resolver();
   return resolver ? resolver(name.view()) : std::string(name.view());
 }
 
@@ -121,12 +129,15 @@ void Unit::close_and_delete() const {
   const std::unique_ptr<Connection> connection = disconnect(number_);
   if (connection == nullptr) return;
   const std::string& path = connection->path();
-  if (::unlink(path.c_str()) != 0) fail_run("cannot delete", path, errno);
+  if (::unlink(path.c_str()) != 0 && errno != ENOENT) fail_run("cannot delete", path, errno);
 }
 
-bool Unit::can_hold(std::int64_t bytes, const std::string& announced) const {
+bool Unit::can_hold(std::int64_t values, FileKind kind, bool cut_short,
+                    const std::string& announced) const {
   const Connection* const connection = connected(number_);
-  if (connection == nullptr || connection->can_hold(bytes)) return true;
+  if (!known() || connection == nullptr || connection->can_hold(values, kind, cut_short)) {
+    return true;
+  }
   fail("a file far too short for that", announced);
   return false;
 }

@@ -42,9 +42,12 @@ class Unit {
   /// Disconnects the file and deletes it.
   void close_and_delete() const;
 
-  /// Whether the rest of the file may hold `bytes` bytes of values. If not, that is a failed read:
-  /// `p3dlastfailure` says so, with `expected` naming what the header announces.
-  [[nodiscard]] bool can_hold(std::int64_t bytes, const std::string& announced) const;
+  /// Whether the rest of the file may hold what its header announces; asked before memory is taken
+  /// for it. If not, that is a failed read, with `announced` as what was expected.
+  /// @param cut_short  true for values that are read as far as they go, false for a record that
+  ///                   must be there whole
+  [[nodiscard]] bool can_hold(std::int64_t values, FileKind kind, bool cut_short,
+                              const std::string& announced) const;
 
   /// Makes what an operation found in the file a failed read.
   void fail(std::string found, std::string expected) const;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <cstdint>
 #include <type_traits>
 
@@ -59,7 +60,10 @@ void write_lines(Payload& payload, const Values<const void>& entry) {
 template <class Visit>
 void with_types(FileKind stored, FileKind kept, Visit visit) {
   if (kept == FileKind::integer4) return visit(integer{}, integer{});
-  if (kept == FileKind::real4) return visit(float{}, float{});
+  if (kept == FileKind::real4) {
+    assert(stored == FileKind::real4);  // arrays pass through staging arrays instead
+    return visit(float{}, float{});
+  }
   if (stored == FileKind::real4) return visit(float{}, double{});
   return visit(double{}, double{});
 }
@@ -69,7 +73,7 @@ void with_types(FileKind stored, FileKind kept, Visit visit) {
 template <class Payload>
 void read_values(Payload& payload, const Values<void>& entry) {
   if (entry.count == 0) return;
-  if (entry.memory == nullptr) return payload.discard(entry.bytes());
+  if (entry.drop) return payload.discard(entry.bytes());
   detail::with_types(entry.file_kind, entry.memory_kind, [&](auto stored, auto kept) {
     detail::read_lines<decltype(stored), decltype(kept)>(payload, entry);
   });

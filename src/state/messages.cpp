@@ -21,25 +21,24 @@ void p3dsetmessages(std::function<void(std::string_view line)> sink) {
 }
 
 void write_line(std::string_view line) {
-  if (const auto& sink = message_sink()) {
-    sink(line);
-    return;
-  }
+  // A copy, because the sink may install another one.
+  if (const auto sink = message_sink()) return sink(line);
   std::fwrite(line.data(), 1, line.size(), stdout);
   std::fputc('\n', stdout);
 }
 
 namespace detail {
 
-void append_item(std::string& line, std::string_view text) {
-  const bool after_number = line.back() >= '0' && line.back() <= '9';
-  if (after_number && !text.empty() && text.front() != ' ') line += ' ';
-  line += text;
+void ListLine::append(std::string_view item) {
+  if (ends_with_number && !item.empty() && item.front() != ' ') text += ' ';
+  text += item;
+  ends_with_number = false;
 }
 
-void append_item(std::string& line, integer number) {
-  if (line.back() != ' ') line += ' ';
-  line += std::to_string(number);
+void ListLine::append(integer item) {
+  if (text.back() != ' ') text += ' ';
+  text += std::to_string(item);
+  ends_with_number = true;
 }
 
 }  // namespace detail

@@ -12,17 +12,23 @@ namespace mod_p3dgrid {
 void write_line(std::string_view line);
 
 namespace detail {
-void append_item(std::string& line, std::string_view text);
-void append_item(std::string& line, integer number);
+/// A list-directed line as its items are put into it.
+struct ListLine {
+  std::string text = " ";
+  bool ends_with_number = false;
+
+  void append(std::string_view item);
+  void append(integer item);
+};
 }  // namespace detail
 
 /// Writes one list-directed line: a leading blank, then the items. Texts follow each other without
 /// a separator; a number stands apart from its neighbours by at least one blank.
 template <class... Items>
 void message(const Items&... items) {
-  std::string line(1, ' ');
-  (detail::append_item(line, items), ...);
-  write_line(line);
+  detail::ListLine line;
+  (line.append(items), ...);
+  write_line(line.text);
 }
 
 /// `number` right-justified in `width` columns; asterisks if it does not fit.

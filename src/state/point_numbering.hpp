@@ -12,6 +12,11 @@ struct PointNumbering {
   allocatable<integer, 1> iend;
   std::int64_t total = 0;  ///< points of the blocks numbered so far
 
+  /// Points that lie before a block's first.
+  [[nodiscard]] std::int64_t before(integer block) const {
+    return std::int64_t{iend(block)} - npts(block);
+  }
+
   /// Numbers block `block`, the one after those numbered before. False, with nothing changed, when
   /// an extent is below 0 or when 32 bits cannot count the points up to here.
   [[nodiscard]] bool number_block(integer block, integer i, integer j, integer k);

@@ -7,6 +7,7 @@ namespace mod_p3dgrid::unit_number {
 
 inline constexpr integer grid = 13;            ///< grid file read or written
 inline constexpr integer grid_header = 22;     ///< grid file read again for its header
+inline constexpr integer spare = 23;           ///< closed by the grid check, opened by nothing
 inline constexpr integer restart_read = 201;   ///< restart file being read
 inline constexpr integer restart_write = 301;  ///< restart file or temporary file being written
 inline constexpr integer tecplot = 594;        ///< Tecplot file

@@ -68,6 +68,7 @@ TEST_P(GridMatrix, ReportsATruncationAtEveryByteOnce) {
     Grid grid;
     grid.read("grid", GetParam());
     ASSERT_EQ(count_calls("dispfilereaderror"), 1) << length;
+    ASSERT_TRUE(is_open("grid")) << length;
   }
 }
 

@@ -216,6 +216,13 @@ TEST_F(ReadGrid, FailedCoordinatesKeepWhatWasRead) {
   for (std::size_t i = 0; i < 24; ++i) EXPECT_EQ(grid.xyz.data()[i], expected[i]);
 }
 
+TEST_F(ReadGrid, FailedDoublePrecisionLeavesCoordinatesAllocatedAndUnset) {
+  const std::string whole = HandMadeGrid(in_double(binary)).bytes(false);
+  read(whole.substr(0, whole.size() - 1), in_double(binary));
+  expect_failed("expected");
+  EXPECT_EQ(grid.xyz.size(), 33);
+}
+
 TEST_F(ReadGrid, TheNextReadBeginsAnewAfterAFailedOne) {
   read(Bytes().i4(4), binary);
   EXPECT_TRUE(is_open("grid"));
@@ -311,6 +318,38 @@ TEST_F(ReadGrid, PointsThatWrapAroundAreAFailedRead) {
   expect_failed("block 1");
 }
 
+TEST_F(ReadGrid, CoordinatesLeftOutOfTextAreZero) {
+  for (const char* text : {"1\n2 2 1\n1 2 3 /\n", "1\n2 2 1\n1 2 3 9*\n",
+                           "1\n2 2 1\n1,2,3,,,,,,,,,,\n"}) {
+    Grid nulls;
+    write_file("grid", std::string(text));
+    nulls.read("grid", formatted);
+    EXPECT_EQ(count_calls("dispfilereaderror"), 0);
+    EXPECT_EQ(vector_of(nulls.xyz), (std::vector<float>{1, 0, 0, 2, 0, 0, 3, 0, 0, 0, 0, 0}));
+  }
+}
+
+TEST_F(ReadGrid, AFewRepeatsMayStandForManyPoints) {
+  read(std::string("1\n300 200 100\n18000000*0.5\n"), formatted);
+  ASSERT_EQ(count_calls("dispfilereaderror"), 0) << p3dlastfailure().describe();
+  EXPECT_EQ(grid.xyz.extent(2), 6'000'000);
+  EXPECT_EQ(grid.xyz(3, 6'000'000), 0.5F);
+}
+
+TEST_F(ReadGrid, FilesCutShortAreReadAsFarAsTheyGoIfAPartIsLeft) {
+  // 8,000,000 points would be 96 MB. A sixteenth is 6,000,000 bytes.
+  const auto read_with = [&](std::size_t bytes) {
+    Grid cut;
+    calls.clear();
+    write_file("grid", Bytes().i4(1).i4s({200, 200, 200}).str() + std::string(bytes, '\0'));
+    cut.read("grid", binary);
+    EXPECT_EQ(count_calls("dispfilereaderror"), 1);
+    return cut.xyz.allocated();
+  };
+  EXPECT_TRUE(read_with(6'000'000));
+  EXPECT_FALSE(read_with(5'999'990));
+}
+
 /// Peak resident memory of the process in KiB.
 long peak_memory() {
   rusage usage{};
@@ -319,7 +358,6 @@ long peak_memory() {
 }
 
 TEST_F(ReadGrid, HeadersThatAnnounceGigabytesAreRefusedBeforeMemoryIsTaken) {
-  const long before = peak_memory();
   for (const GridForm& form : {binary, formatted}) {
     for (const bool in_count : {false, true}) {
       calls.clear();
@@ -335,7 +373,24 @@ TEST_F(ReadGrid, HeadersThatAnnounceGigabytesAreRefusedBeforeMemoryIsTaken) {
       EXPECT_EQ(huge.idim.allocated(), !in_count);
     }
   }
-  EXPECT_LT(peak_memory() - before, 100 * 1024);
+}
+
+TEST_F(ReadGrid, AnAbsurdHeaderTakesNoMemory) {
+  // In a process of its own, whose peak is not that of an earlier test.
+  EXPECT_EXIT(
+      {
+        const long before = peak_memory();
+        read(Bytes().i4(1).i4s({1000, 1000, 2000}), blanked(binary));
+        std::exit(count_calls("dispfilereaderror") == 1 && peak_memory() - before < 20'000 ? 0 : 1);
+      },
+      ::testing::ExitedWithCode(0), "");
+}
+
+TEST_F(ReadGrid, ABlockCountThatALargeFileCannotHoldTakesNoMemory) {
+  write_file("grid", Bytes().i4(60'000'000).str() + std::string(50'000'000, 'x'));
+  grid.read("grid", binary);
+  expect_failed("the extents of 60000000 blocks");
+  EXPECT_FALSE(grid.idim.allocated());
 }
 
 TEST_F(ReadGrid, OtherEncodingsThanToldAreFailedReads) {

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <bit>
 #include <string>
 #include <vector>
 
@@ -33,9 +34,20 @@ class ListDirectedText : public test_support::InScratchFolder {
     return unit().read({values(into.data(), 4)}) ? into : Reals{};
   }
 
+  /// The text is read twice: at the end of the file, where numbers may still be growing, and with
+  /// more text behind it, where they are read without a copy. Both must agree.
   Reals four_of(const std::string& text) {
+    given(text + "\n" + std::string(200, ' ') + "\n");
+    const Reals inside = four();
+    const ReadFailure failure = p3dlastfailure();
     given(text);
-    return four();
+    const Reals at_end = four();
+    EXPECT_EQ(at_end, inside) << text;
+    if (at_end.empty()) {
+      EXPECT_EQ(p3dlastfailure().status, failure.status) << text;
+      EXPECT_EQ(p3dlastfailure().found, failure.found) << text;
+    }
+    return at_end;
   }
 };
 
@@ -79,6 +91,7 @@ TEST_F(ListDirectedText, NullValuesLeaveTheDestinationAsItIs) {
 TEST_F(ListDirectedText, SlashEndsTheReadAndItsLine) {
   EXPECT_EQ(four_of("1 2/3 4\n5 6 7 8\n"), (Reals{1, 2, -3, -4}));
   EXPECT_EQ(four(), (Reals{5, 6, 7, 8}));
+  EXPECT_EQ(four_of("1 2 3 4/5\n"), (Reals{1, 2, 3, 4}));
   EXPECT_EQ(four_of("/"), (Reals{-1, -2, -3, -4}));
   EXPECT_EQ(four_of("1,2,\n/\n"), (Reals{1, 2, -3, -4}));
 }
@@ -170,6 +183,35 @@ TEST_F(ListDirectedText, ReadsTheSameAcrossTheEdgesOfItsBuffer) {
     Reals into{-1, -2, -3, -4, -5, -6, -7};
     ASSERT_TRUE(unit().read({values(into.data(), 7)})) << shift;
     EXPECT_EQ(into, (Reals{1.25, 3.5, 3.5, -4, -.04F, 17, .5})) << shift;
+  }
+}
+
+TEST_F(ListDirectedText, LinesAreCountedAlikeWhereverTheNumbersStand) {
+  given("1\n2\n\n3 4\n" + std::string(100, ' ') + "\n5 6 7\nx 1 1 1\n" + std::string(100, '\n'));
+  EXPECT_EQ(four(), (Reals{1, 2, 3, 4}));
+  EXPECT_EQ(four(), Reals{});
+  EXPECT_EQ(p3dlastfailure().line, 7);
+}
+
+TEST_F(ListDirectedText, ACommaAtTheStartIsANullValueWhereverTheNumbersStand) {
+  given(",2,3,4\n" + std::string(100, ' '));
+  EXPECT_EQ(four(), (Reals{-1, 2, 3, 4}));
+}
+
+TEST_F(ListDirectedText, LongNumbersAreReadAlikeWhereverTheyStand) {
+  const std::string zeros(3000, '0');
+  EXPECT_EQ(four_of("1." + zeros + " 2 3 4"), (Reals{1, 2, 3, 4}));
+  EXPECT_EQ(four_of("1." + zeros + zeros + " 2 3 4"), Reals{});
+}
+
+TEST_F(ListDirectedText, ANaNKeepsItsBitsWhereverItStands) {
+  for (const char* text : {"NaN(ffc00001) 2 3 4", "-nan(7fc00001) 2 3 4"}) {
+    for (const std::string& behind : {std::string(), std::string(200, ' ')}) {
+      given(text + behind);
+      const Reals got = four();
+      ASSERT_EQ(got.size(), 4u);
+      EXPECT_EQ(std::bit_cast<std::uint32_t>(got[0]) & 0xFFFFFU, 1U);
+    }
   }
 }
 

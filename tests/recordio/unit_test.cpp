@@ -69,6 +69,7 @@ TEST_F(UnformattedRecords, MarkersMustAgree) {
   EXPECT_FALSE(unit.read({scalar(number)}));
   given(Bytes().i4(std::numeric_limits<integer>::min()).i4(1).i4(4));
   EXPECT_FALSE(unit.read({scalar(number)}));
+  EXPECT_EQ(p3dlastfailure().expected, "a record length");
 }
 
 TEST_F(UnformattedRecords, EndOfFileBetweenRecordsAndInsideThemIsTold) {
@@ -200,6 +201,38 @@ TEST_F(Units, OpeningAConnectedUnitClosesItFirstAndBeginsAtTheStart) {
     unit.open("second", OpenStatus::old);
     EXPECT_TRUE(unit.read({scalar(number)}));
   }
+}
+
+TEST_F(Units, WritingToAFileThatIsReadIsAnErrorOfTheRun) {
+  write_file("file", std::string("x"));
+  const Unit unit(13, 0);
+  unit.open("file", OpenStatus::old);
+  EXPECT_THROW(unit.write({}), RunEnded);
+}
+
+TEST_F(Units, LongRestsOfARecordAreSkippedToTheRightPlace) {
+  const Unit unit(13, 0);
+  const std::vector<integer> much(200'000, 5);
+  const integer next = 42;
+  unit.open("file", OpenStatus::unknown);
+  unit.write({values(much.data(), std::ssize(much))});
+  unit.write({scalar(next)});
+  unit.open("file", OpenStatus::old);
+  integer number = 0;
+  ASSERT_TRUE(unit.read({scalar(number)}));
+  ASSERT_TRUE(unit.read({scalar(number)}));
+  EXPECT_EQ(number, 42);
+  EXPECT_FALSE(unit.read({scalar(number)}));
+  EXPECT_EQ(p3dlastfailure().offset, 8 + 800'000 + 12);
+}
+
+TEST_F(Units, ListsOfLessThanNothingAreEmpty) {
+  const Unit unit(13, 0);
+  const float array[3]{};
+  unit.open("file", OpenStatus::unknown);
+  unit.write({lines(array, -1, 3, 1), values(array, -5)});
+  unit.close();
+  EXPECT_EQ(read_file("file"), Bytes().i4(0).i4(0).str());
 }
 
 TEST_F(Units, ClosingAnUnconnectedUnitIsHarmless) {

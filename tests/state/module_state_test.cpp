@@ -77,12 +77,14 @@ TEST_F(Messages, GoToStandardOutputByDefault) {
 TEST_F(RunEnds, HandlerSeesAHaltAndAnError) {
   try {
     stop_run();
+    FAIL();
   } catch (const RunEnded& end) {
     EXPECT_EQ(end.status, 0);
     EXPECT_STREQ(end.what(), "");
   }
   try {
     fail_run("cannot open", "x.p3d", ENOENT);
+    FAIL();
   } catch (const RunEnded& end) {
     EXPECT_EQ(end.status, 2);
     EXPECT_STREQ(end.what(), "cannot open x.p3d: No such file or directory");
@@ -149,6 +151,35 @@ TEST_F(RunEndsDeathTest, AFlushThatFailsWhenTheRunEndsIsAnErrorOfTheRun) {
       },
       ::testing::ExitedWithCode(2),
       "^mod_p3dgrid: cannot write /dev/full: No space left on device\n$");
+}
+
+TEST_F(RunEndsDeathTest, OneFileThatCannotBeFlushedKeepsNoOtherFromIt) {
+  EXPECT_EXIT(
+      {
+        leave_a_file_open("/dev/full");  // on the unit that is closed first
+        const integer number = 43;
+        const recordio::Unit unit(unit_number::restart_write, 1);
+        unit.open("left.txt", recordio::OpenStatus::unknown);
+        unit.write({recordio::scalar(number)});
+        std::exit(0);
+      },
+      ::testing::ExitedWithCode(2), "cannot write /dev/full");
+  EXPECT_EQ(test_support::read_file("left.txt"), " 43\n");
+}
+
+TEST_F(Messages, TextsThatEndInDigitsAreNoNumbers) {
+  message("Writing to Tecplot file ", "out1", "...");
+  EXPECT_THAT(messages, ElementsAre(" Writing to Tecplot file out1..."));
+}
+
+TEST_F(Messages, ASinkMayReplaceItself) {
+  p3dsetmessages([](std::string_view line) {
+    p3dsetmessages([](std::string_view next) { messages.emplace_back(next); });
+    messages.emplace_back(line);
+  });
+  message("a");
+  message("b");
+  EXPECT_THAT(messages, ElementsAre(" a", " b"));
 }
 
 }  // namespace

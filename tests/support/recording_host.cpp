@@ -4,6 +4,7 @@
 #include <sstream>
 
 #include "recordio/record_markers.hpp"
+#include "restart/staging.hpp"
 #include "state/unit_numbers.hpp"
 
 namespace test_support {
@@ -58,6 +59,7 @@ void begin_run() {
   nfvar.deallocate();
   sqvar.deallocate();
   dqvar.deallocate();
+  restart_staging() = {};
   mod_p3dgrid::tmpfile.fill({});
   mod_gridvars::nfilesect = 1;
   mod_gridvars::rstrtvarsct.fill(0);

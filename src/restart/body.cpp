@@ -1,0 +1,95 @@
+#include "restart/body.hpp"
+
+#include <algorithm>
+#include <limits>
+#include <numeric>
+#include <string>
+
+#include "mod_gridvars.hpp"
+#include "state/run_end.hpp"
+
+namespace mod_p3dgrid {
+
+using recordio::FileKind;
+
+BodyPath body_path(const recordio::Unit& unit, logical dblprec) {
+  if (!unit.stores_kinds()) return BodyPath::text;
+  return dblprec ? BodyPath::double_records : BodyPath::single_records;
+}
+
+FileKind real_kind(BodyPath path) {
+  return path == BodyPath::double_records ? FileKind::real8 : FileKind::real4;
+}
+
+bool parameters_are_double(BodyPath path) {
+  return path != BodyPath::single_records;
+}
+
+bool whole_read_takes_leading_record(const Layout& layout, BodyPath path) {
+  return layout.triplets && (layout.extensions || path != BodyPath::single_records);
+}
+
+std::vector<BodyRecord> block_records(const Layout& layout, bool leading, integer older_levels) {
+  const auto& sections = mod_gridvars::rstrtvarsct;
+  const integer sections_in_use = mod_gridvars::nfilesect;
+  if (sections_in_use > sections.extent(1)) {
+    fail_run("nfilesect is " + std::to_string(sections_in_use) + ", the section table holds " +
+             std::to_string(sections.extent(1)));
+  }
+  std::vector<BodyRecord> records;
+  if (layout.parameters) records.push_back({BodyRecordKind::parameters});
+  if (leading) records.push_back({BodyRecordKind::leading, 1, mod_gridvars::numrstrtvar(1)});
+  for (integer k = leading ? 2 : 1; k <= sections_in_use; ++k) {
+    records.push_back({BodyRecordKind::section, sections(k, 1), sections(k, 2)});
+  }
+  for (integer level = 0; !leading && level < older_levels; ++level) {
+    records.push_back({BodyRecordKind::older_level, sections(1, 1), sections(1, 2)});
+  }
+  return records;
+}
+
+integer older_levels() {
+  constexpr integer two_older_levels = 3;
+  return itimeint == two_older_levels ? 2 : itimeint >= 2 ? 1 : 0;
+}
+
+integer checked_highest_variable(const std::vector<BodyRecord>& records) {
+  integer highest = 0;
+  for (const BodyRecord& record : records) {
+    if (record.variables() == 0 || record.kind == BodyRecordKind::older_level) continue;
+    if (record.first < 1) {
+      fail_run("the section table names variables " + std::to_string(record.first) + " to " +
+               std::to_string(record.last) + ", they count from 1");
+    }
+    highest = std::max(highest, record.last);
+  }
+  return highest;
+}
+
+std::int64_t variables_per_point() {
+  const auto counts = mod_gridvars::numrstrtvar.span();
+  return std::accumulate(counts.begin(), counts.end(), std::int64_t{0});
+}
+
+integer most_variables() {
+  const auto counts = std::as_const(nfvar).span();
+  return counts.empty() ? std::numeric_limits<integer>::min()
+                        : *std::max_element(counts.begin(), counts.end());
+}
+
+const Extension* extension_of(integer flag, integer position) {
+  static constexpr Extension five_variables{6, 10, 5, 5};
+  static constexpr Extension three_variables{6, 8, 5, 3};
+  static constexpr Extension three_more_variables{11, 13, 10, 8};
+  if (flag == 1) return &five_variables;
+  if (flag == 41 && position == 1) return &three_variables;
+  if (flag == 41 && position == 2) return &three_more_variables;
+  return nullptr;  // 41 further on has no meaning, like any other flag
+}
+
+bool extension_chain_ends() {
+  const auto flags = iflag.span();
+  return std::find(flags.begin(), flags.end(), end_of_extensions) != flags.end();
+}
+
+}  // namespace mod_p3dgrid

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "MOD_P3DReader.hpp"
+
+namespace mod_p3dgrid {
+
+/// The extents that a restart header holds, one entry per block; 0 where it holds none.
+struct HeaderExtents {
+  allocatable<integer, 1> IENG;
+  allocatable<integer, 1> JENG;
+  allocatable<integer, 1> KENG;
+};
+
+/// Does what `readrestartheader` says. False after a failed read, which the host has been told of.
+[[nodiscard]] bool read_restart_header(const FileName& filename, integer iformat, logical dblprec,
+                                       integer& nblocks, integer rsttype, logical multiblock,
+                                       HeaderExtents& extents);
+
+}  // namespace mod_p3dgrid

@@ -1,0 +1,210 @@
+"""What the tests of the command share: running it, and grid files packed by hand."""
+
+import contextlib
+import errno
+import itertools
+import os
+import pathlib
+import struct
+import subprocess
+import tempfile
+import time
+import unittest
+
+COMMAND = os.environ.get("P3DGRID", "")
+NOBODY = 65534
+
+
+class Form:
+    """What has to be known of a grid file to read it."""
+
+    def __init__(self, encoding="unformatted", double=False, multiblock=True, iblank=False):
+        self.encoding = encoding
+        self.double = double
+        self.multiblock = multiblock
+        self.iblank = iblank
+
+    def options(self, prefix):
+        """The options that state this form, all of them, for files read (grid) or written (to)."""
+        return [
+            f"--{prefix}-format", self.encoding,
+            f"--{prefix}-precision", "double" if self.double else "single",
+            f"--{prefix}-multiblock", "yes" if self.multiblock else "no",
+            f"--{prefix}-iblank", "yes" if self.iblank else "no",
+        ]
+
+    def __repr__(self):
+        return " ".join(self.options("grid"))
+
+
+def all_forms():
+    for values in itertools.product(
+        ("unformatted", "formatted", "binary"), (False, True), (True, False), (False, True)
+    ):
+        yield Form(*values)
+
+
+class Block:
+    """Extents, then x, y, z and blanking values, each i fastest."""
+
+    def __init__(self, extents, x, y, z, iblank=None):
+        points = extents[0] * extents[1] * extents[2]
+        self.extents = extents
+        self.xyz = (list(x), list(y), list(z))
+        self.iblank = list(iblank) if iblank is not None else [1] * points
+        assert all(len(values) == points for values in (*self.xyz, self.iblank))
+
+
+# Values that single precision does not hold exactly are among them on purpose.
+TWO_BLOCKS = [
+    Block((2, 2, 2), [0.1, 1, 2, 3, 4, 5, 6, 7.25], [-1e-30, 0, 0, 0, 0, 0, 0, 1 / 3],
+          [10, 11, 12, 13, 14, 15, 16, 1.5e20], [1, 0, 1, 1, -2, 1, 3, 0]),
+    Block((3, 1, 1), [8, 9, 10], [-2, -2.5, -3], [0, 0.7, 0], [0, 1, 1]),
+]
+ONE_BLOCK = TWO_BLOCKS[:1]
+
+
+def single(value):
+    """The value as single precision holds it."""
+    return struct.unpack("=f", struct.pack("=f", value))[0]
+
+
+def record(payload, encoding="unformatted"):
+    marker = struct.pack("=i", len(payload)) if encoding == "unformatted" else b""
+    return marker + payload + marker
+
+
+def grid_bytes(form, blocks, rounded=False):
+    """The file of that form; `rounded` when its values have passed through single precision."""
+    if form.encoding == "formatted":
+        return text_bytes(form, blocks)
+    parts = []
+    if form.multiblock:
+        parts.append(record(struct.pack("=i", len(blocks)), form.encoding))
+    extents = [extent for block in blocks for extent in block.extents]
+    parts.append(record(struct.pack(f"={len(extents)}i", *extents), form.encoding))
+    for block in blocks:
+        values = [value for component in block.xyz for value in component]
+        if rounded:
+            values = [single(value) for value in values]
+        payload = struct.pack(f"={len(values)}{'d' if form.double else 'f'}", *values)
+        if form.iblank:
+            payload += struct.pack(f"={len(block.iblank)}i", *block.iblank)
+        parts.append(record(payload, form.encoding))
+    return b"".join(parts)
+
+
+def text_bytes(form, blocks):
+    """Text as a person might type it: one component a line."""
+    lines = [str(len(blocks))] if form.multiblock else []
+    lines.append(" ".join(str(extent) for block in blocks for extent in block.extents))
+    for block in blocks:
+        lines += [" ".join(repr(float(value)) for value in component) for component in block.xyz]
+        if form.iblank:
+            lines.append(" ".join(str(value) for value in block.iblank))
+    return ("\n".join(lines) + "\n").encode()
+
+
+def values_of(form, blocks):
+    """Every value of the file in order, coordinates as single precision holds them."""
+    values = [len(blocks)] if form.multiblock else []
+    values += [extent for block in blocks for extent in block.extents]
+    for block in blocks:
+        values += [single(value) for component in block.xyz for value in component]
+        if form.iblank:
+            values += block.iblank
+    return values
+
+
+class ToolTest(unittest.TestCase):
+    """A folder of its own for each test, and ways to run the command in it."""
+
+    maxDiff = None
+
+    def setUp(self):
+        if not COMMAND:
+            self.fail("set P3DGRID to the path of the command")
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+
+    def path(self, name):
+        return self.folder / name
+
+    def write(self, name, content):
+        self.path(name).write_bytes(content)
+        return self.path(name)
+
+    def write_grid(self, name, form=None, blocks=None):
+        return self.write(name, grid_bytes(form or Form(), blocks or TWO_BLOCKS))
+
+    def start(self, *arguments, **options):
+        options.setdefault("cwd", self.folder)
+        options.setdefault("stdout", subprocess.PIPE)
+        options.setdefault("stderr", subprocess.PIPE)
+        options.setdefault("stdin", subprocess.DEVNULL)
+        command = options.pop("command", COMMAND)
+        return subprocess.Popen([command, *map(str, arguments)], text=True, **options)
+
+    def run_tool(self, *arguments, **options):
+        process = self.start(*arguments, **options)
+        try:
+            process.stdout_text, process.stderr_text = process.communicate(timeout=60)
+        except subprocess.TimeoutExpired:
+            process.kill()
+            process.communicate()
+            self.fail(f"p3dgrid {arguments} does not end")
+        return process
+
+    def feed(self, process, pipe, content):
+        """Writes into a named pipe, never waiting for a process that has ended."""
+        while True:
+            try:
+                writer = os.open(self.path(pipe), os.O_WRONLY | os.O_NONBLOCK)
+                break
+            except OSError as error:
+                if error.errno != errno.ENXIO:
+                    raise
+            self.assertIsNone(process.poll(), "the command ends before it reads")
+            time.sleep(0.01)
+        with os.fdopen(writer, "wb") as stream:
+            stream.write(content)
+
+    def succeed(self, *arguments, **options):
+        """Runs the command, which must succeed; returns its standard output."""
+        result = self.run_tool(*arguments, **options)
+        self.assertEqual(result.returncode, 0, result.stderr_text)
+        return result.stdout_text
+
+    def fail_with(self, status, *arguments, says=(), **options):
+        """Runs the command, which must fail with this status and one line of explanation."""
+        result = self.run_tool(*arguments, **options)
+        message = result.stderr_text
+        self.assertEqual(result.returncode, status, message)
+        self.assertRegex(message, r"\Ap3dgrid: [^\n]+\n\Z")
+        for text in (says,) if isinstance(says, str) else says:
+            self.assertIn(text, message)
+        return message
+
+    def assert_no_leftovers(self, folder=None):
+        folder = folder or self.folder
+        self.assertEqual([name for name in os.listdir(folder) if ".tmp" in name], [])
+
+    @contextlib.contextmanager
+    def unprivileged(self):
+        """Options to run the command as somebody whom permissions stop, root or not."""
+        if os.geteuid() != 0:
+            yield {}
+            return
+        os.chmod(self.folder, 0o755)
+        # A copy, because the folders above the command may be closed to others.
+        with tempfile.TemporaryDirectory() as bin_folder:
+            os.chmod(bin_folder, 0o755)
+            command = pathlib.Path(bin_folder) / "p3dgrid"
+            command.write_bytes(pathlib.Path(COMMAND).read_bytes())
+            command.chmod(0o755)
+            yield {"command": str(command), "user": NOBODY, "group": NOBODY, "extra_groups": []}
+
+
+def main():
+    unittest.main(verbosity=2)

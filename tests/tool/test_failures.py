@@ -1,0 +1,274 @@
+"""What goes wrong, and what the command says of it: exit status 1 and 2."""
+
+import os
+import resource
+import struct
+import subprocess
+
+from support import (COMMAND, ONE_BLOCK, TWO_BLOCKS, Block, Form, ToolTest, all_forms, grid_bytes,
+                     main)
+
+
+def swapped(content):
+    """A file of 4-byte values in the other byte order."""
+    return b"".join(content[n:n + 4][::-1] for n in range(0, len(content), 4))
+
+
+class FilesThatCannotBeUsed(ToolTest):
+    def refuse(self, path, reason, **options):
+        self.fail_with(2, "info", path, says=(str(path), reason), **options)
+        for encoding in ("formatted", "binary"):
+            self.fail_with(2, "info", path, "--grid-format", encoding, says=(str(path), reason),
+                           **options)
+
+    def test_missing(self):
+        self.refuse("missing", "No such file or directory")
+        self.refuse(self.path("m" * 200), "No such file or directory")
+
+    def test_folder(self):
+        self.path("folder").mkdir()
+        self.refuse("folder", "Is a directory")
+
+    def test_unreadable(self):
+        self.write_grid("secret").chmod(0)
+        with self.unprivileged() as user:
+            self.refuse("secret", "Permission denied", **user)
+
+    def test_empty_name(self):
+        for arguments in (("info", ""), ("convert", "", "out"), ("convert", "in", ""),
+                          ("sample", "")):
+            self.fail_with(2, *arguments, says="name is empty")
+
+    def test_more_memory_than_there_is(self):
+        limit = 50_000_000
+
+        def limited():
+            resource.setrlimit(resource.RLIMIT_AS, (limit, limit))
+
+        if self.run_tool("--version", preexec_fn=limited).returncode != 0:
+            self.skipTest("this build of the command cannot start within the limit")
+        points = 2_000_000
+        header = struct.pack("=3i", points, 1, 1)
+        with open(self.path("large"), "wb") as file:
+            file.write(header)
+            file.truncate(len(header) + 24 * points)
+        self.fail_with(2, "info", "large", "--grid-format", "binary", "--grid-multiblock", "no",
+                       "--grid-precision", "double", says=("large", "not enough memory"),
+                       preexec_fn=limited)
+
+
+class DamagedFiles(ToolTest):
+    def test_cut_at_every_byte(self):
+        blocks = [Block((2, 1, 1), [1, 2], [3, 4], [5, 6]), Block((1, 1, 1), [7], [8], [9])]
+        for form in (Form(iblank=True), Form("binary", double=True)):
+            content = grid_bytes(form, blocks)
+            for length in range(len(content)):
+                with self.subTest(form=form, length=length):
+                    self.write("cut", content[:length])
+                    self.fail_with(1, "info", "cut", *form.options("grid"), says="cut: ")
+
+    def test_text_that_ends_early(self):
+        content = grid_bytes(Form("formatted"), TWO_BLOCKS)
+        for length in (0, 1, 5, 20, len(content) // 2, content.rindex(b" ")):
+            with self.subTest(length=length):
+                self.write("cut", content[:length])
+                self.fail_with(1, "info", "cut", "--grid-format", "formatted", says="cut: ")
+
+    def test_text_that_is_no_number(self):
+        self.write("grid", b"1\n1 1 1\n1.0\n2.0 x3\n")
+        message = self.fail_with(1, "info", "grid", "--grid-format", "formatted",
+                                 says=("grid: line 4", "x3"))
+        self.assertNotIn("try", message)
+
+    def test_markers_that_disagree(self):
+        content = bytearray(grid_bytes(Form(), TWO_BLOCKS))
+        content[-4:] = struct.pack("=i", 35)
+        self.write("grid", content)
+        self.fail_with(1, "info", "grid", says=("grid: record 4", "35", "36"))
+
+    def test_headers_that_cannot_be_true(self):
+        for words in ((), (0,), (-1,), (0x7FFFFFFF,), (1, -2, 3, 3), (1, 70000, 70000, 1),
+                      (2, 40000, 40000, 1, 40000, 40000, 1)):
+            with self.subTest(words=words):
+                self.write("grid", struct.pack(f"={len(words)}i", *words))
+                self.fail_with(1, "info", "grid", "--grid-format", "binary", says="grid: ")
+
+
+class FilesOfAnotherForm(ToolTest):
+    """Stated wrongly: never a success, and the option that would help is named."""
+
+    def refuse(self, stated, says):
+        return self.fail_with(1, "info", "grid", *stated.options("grid"), says=("grid: ", says))
+
+    def test_text_as_something_else(self):
+        self.write_grid("grid", Form("formatted"))
+        self.refuse(Form(), "--grid-format formatted")
+        self.refuse(Form("binary"), "--grid-format formatted")
+        self.write_grid("grid", Form("formatted", multiblock=False), ONE_BLOCK)
+        self.refuse(Form(), "--grid-format formatted --grid-multiblock no")
+
+    def test_something_else_as_text(self):
+        for encoding in ("unformatted", "binary"):
+            self.write_grid("grid", Form(encoding))
+            self.refuse(Form("formatted"), "--grid-format " + encoding)
+
+    def test_text_with_and_without_block_count(self):
+        self.write_grid("grid", Form("formatted", multiblock=False), ONE_BLOCK)
+        self.refuse(Form("formatted"), "--grid-multiblock no")
+        # These can be read to their end as what they are not.
+        self.write("grid", b"1\n2, 2, 2\n" + b"1 2 3 4 5 6 7 8\n" * 3)
+        self.refuse(Form("formatted", multiblock=False), "--grid-multiblock yes")
+        self.write("grid", b"1 1 3\n1 2 3\n" + b"4 5 6 7 8 9\n" * 6)
+        self.refuse(Form("formatted"), "--grid-multiblock no")
+        self.write("grid", b"1 2*2\n1 1 1\n" + b"4 5 6 7 8 9\n" * 6)
+        self.refuse(Form("formatted"), "--grid-multiblock no")
+
+    def test_unusual_headers_of_text_are_not_taken_for_another_form(self):
+        values = b"1 2 3\n"
+        for content, form in ((b"1\n1\n1\n", Form("formatted", multiblock=False)),
+                              (b"\n1 1\n1\n", Form("formatted", multiblock=False)),
+                              (b"1\n1\n1 1\n", Form("formatted")),
+                              (b"1 block of 1 1 1 points\n3*1\n", Form("formatted")),
+                              (b" 1,\r\n 1,1,1\r\n", Form("formatted"))):
+            with self.subTest(content=content):
+                self.write("grid", content + values)
+                self.assertIn("1 block, 1 point", self.succeed(
+                    "info", "grid", *form.options("grid")))
+
+    def test_precision_shows_in_files_that_are_cut_or_go_on(self):
+        content = grid_bytes(Form(double=True), TWO_BLOCKS)
+        for changed in (content[:-1], content[:150], content + b"more"):
+            self.write("grid", changed)
+            self.refuse(Form(), "--grid-precision double")
+
+    def test_other_byte_order(self):
+        for encoding in ("unformatted", "binary"):
+            self.write("grid", swapped(grid_bytes(Form(encoding), TWO_BLOCKS)))
+            self.refuse(Form(encoding), "bytes are in the other order")
+
+    def test_every_form_stated_as_every_other(self):
+        # An odd size, so that no file has by chance the length of another form too.
+        two_blocks = [*ONE_BLOCK, Block((7, 1, 1), *([n + 0.5 for n in range(7)],) * 3)]
+        for actual in all_forms():
+            if actual.encoding == "formatted":
+                continue
+            self.write_grid("grid", actual, two_blocks if actual.multiblock else ONE_BLOCK)
+            for stated in all_forms():
+                same = vars(stated) == vars(actual)
+                # What is left of a record is skipped, blanking values at its end as well.
+                skips = (actual.encoding == stated.encoding == "unformatted" and actual.iblank
+                         and (stated.double, stated.multiblock)
+                         == (actual.double, actual.multiblock))
+                if same or skips:
+                    continue
+                with self.subTest(actual=actual, stated=stated):
+                    options = dict(zip(*[iter(actual.options("grid"))] * 2))
+                    wrong = dict(zip(*[iter(stated.options("grid"))] * 2))
+                    helpful = " ".join(f"{option} {options[option]}" for option in options
+                                       if options[option] != wrong[option])
+                    self.refuse(stated, helpful)
+
+
+class Usage(ToolTest):
+    def test_wrong_usage(self):
+        self.write_grid("grid")
+        for arguments in (
+                (), ("nonsense",), ("info",), ("info", "grid", "more"), ("convert", "grid"),
+                ("convert",), ("sample",), ("sample", "a", "b"), ("info", "grid", "--unknown"),
+                ("--grid-format", "binary"), ("info", "grid", "--to-format", "binary"),
+                ("info", "grid", "--grid-format"), ("info", "grid", "--grid-format", "Text"),
+                ("info", "grid", "--grid-format", "1"),
+                ("info", "grid", "--grid-precision", "quad"),
+                ("info", "grid", "--grid-multiblock", "true"),
+                ("info", "grid", "--grid-iblank", ""),
+                ("info", "grid", "--grid-format", "binary", "--grid-format", "binary"),
+                ("convert", "grid", "out", "--to-format", "x"),
+                ("convert", "grid", "out", "--to-precision", "x"),
+                ("convert", "grid", "out", "--to-multiblock", "x"),
+                ("convert", "grid", "out", "--to-iblank", "x")):
+            with self.subTest(arguments=arguments):
+                self.fail_with(2, *arguments, says="--help")
+                self.assertEqual(os.listdir(self.folder), ["grid"])
+
+    def test_message_names_what_is_wrong(self):
+        self.write_grid("grid")
+        self.fail_with(2, "info", "grid", "--grid-format", "Text",
+                       says=("--grid-format", "Text", "unformatted", "p3dgrid info --help"))
+
+    def test_files_named_like_commands(self):
+        for name in ("sample", "info", "convert"):
+            self.write_grid(name)
+            self.succeed("info", name)
+            self.succeed("sample", name + "s/" + name)
+            self.succeed("convert", name, "out")
+        self.succeed("convert", "sample", "info")
+
+    def test_quiet_before_and_after_the_command(self):
+        self.write_grid("grid")
+        self.assertEqual(self.succeed("--quiet", "convert", "grid", "out"), "")
+        self.assertEqual(self.succeed("convert", "grid", "out", "--quiet"), "")
+        self.assertEqual(self.succeed("convert", "--quiet", "grid", "out"), "")
+
+    def test_help(self):
+        self.assertIn("convert", self.succeed("--help"))
+        for command in ("sample", "info", "convert"):
+            with self.subTest(command=command):
+                text = self.succeed(command, "--help")
+                self.assertIn(f"  p3dgrid {command} ", text)
+        for option in ("--grid-format", "--grid-precision", "--grid-multiblock", "--grid-iblank",
+                       "--to-format", "--to-precision", "--to-multiblock", "--to-iblank"):
+            self.assertIn(option, text)
+
+    def test_version(self):
+        self.assertRegex(self.succeed("--version"), r"\Ap3dgrid \d+\.\d+\.\d+\n\Z")
+
+
+class StandardOutput(ToolTest):
+    def setUp(self):
+        super().setUp()
+        self.write_grid("grid")
+
+    def test_full_disk(self):
+        for arguments in (("info", "grid"), ("--help",), ("--version",), ("sample", "case"),
+                          ("convert", "grid", "out")):
+            with self.subTest(arguments=arguments), open("/dev/full", "w") as full:
+                self.fail_with(2, *arguments, stdout=full,
+                               says=("standard output", "No space left on device"))
+        # The work itself was done.
+        self.assertEqual(self.path("out").read_bytes(), grid_bytes(Form(), TWO_BLOCKS))
+
+    def test_closed_pipe(self):
+        reader, writer = os.pipe()
+        os.close(reader)
+        self.addCleanup(os.close, writer)
+        self.fail_with(2, "info", "grid", stdout=writer, says=("standard output", "Broken pipe"))
+
+    def test_closed_streams(self):
+        result = subprocess.run(["sh", "-c", '"$0" info grid >&-', COMMAND], cwd=self.folder,
+                                capture_output=True, text=True, timeout=60)
+        self.assertEqual(result.returncode, 2)
+        self.assertIn("standard output", result.stderr)
+
+    def test_closed_streams_do_not_end_up_in_files(self):
+        # So many blocks that progress lines are written out while the files are open.
+        blocks = [Block((1, 1, 1), [n], [0], [0]) for n in range(1000)]
+        content = self.write_grid("grid", Form(), blocks).read_bytes()
+        for closed in ("<&-", ">&-", "<&- >&-", "<&- >&- 2>&-"):
+            with self.subTest(closed=closed):
+                result = subprocess.run(["sh", "-c", f'"$0" convert grid out {closed}', COMMAND],
+                                        cwd=self.folder, timeout=60, stdout=subprocess.DEVNULL,
+                                        stderr=subprocess.DEVNULL)
+                self.assertEqual(result.returncode, 2 if ">" in closed else 0)
+                self.assertEqual(self.path("out").read_bytes(), content)
+
+    def test_failure_of_the_work_comes_before_that_of_the_output(self):
+        self.write("cut", grid_bytes(Form(), TWO_BLOCKS)[:-9])
+        with open("/dev/full", "w") as full:
+            result = self.run_tool("info", "cut", stdout=full)
+        self.assertEqual(result.returncode, 1)
+        self.assertRegex(result.stderr_text,
+                         r"\Ap3dgrid: cut: [^\n]+\np3dgrid: standard output: [^\n]+\n\Z")
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,74 @@
+"""The README's commands, run as they stand there, and its example of a host, built and run."""
+
+import os
+import pathlib
+import re
+import shlex
+import subprocess
+
+from support import ONE_BLOCK, TWO_BLOCKS, Form, ToolTest, grid_bytes, main
+
+SOURCE = pathlib.Path(os.environ.get("P3DGRID_SOURCE", ""))
+BUILD = os.environ.get("P3DGRID_BUILD", "")
+
+
+def fenced(language):
+    """The README's code blocks in that language."""
+    text = (SOURCE / "README.md").read_text()
+    return re.findall(rf"^```{language}\n(.*?)^```$", text, re.MULTILINE | re.DOTALL)
+
+
+class Commands(ToolTest):
+    def test_commands_do_what_the_text_says(self):
+        self.write_grid("wing.xyz", Form("binary", double=True))
+        lines = "".join(fenced("sh")).splitlines()
+        self.assertEqual(len(lines), 4)
+        for line in lines:
+            program, *arguments = shlex.split(line)
+            self.assertEqual(program, "build/tools/p3dgrid")
+            self.succeed(*arguments)
+        rounded = grid_bytes(Form(), TWO_BLOCKS, rounded=True)
+        self.assertEqual(self.path("wing.p3d").read_bytes(), rounded)
+        self.succeed("convert", "wing.txt", "again.p3d", "--grid-format", "formatted",
+                     "--to-format", "unformatted")
+        self.assertEqual(self.path("again.p3d").read_bytes(), rounded)
+        ones = [type(block)(block.extents, *block.xyz) for block in TWO_BLOCKS]
+        self.assertEqual(self.path("wing.bin").read_bytes(),
+                         grid_bytes(Form("binary", iblank=True), ones))
+
+    def test_every_option_is_described(self):
+        text = (SOURCE / "README.md").read_text()
+        for command in ("sample", "info", "convert"):
+            for option in re.findall(r"^ +(--[a-z-]+)", self.succeed(command, "--help"),
+                                     re.MULTILINE):
+                self.assertIn(f"`{option}`", text)
+
+
+class Host(ToolTest):
+    def run_checked(self, *command, **options):
+        result = subprocess.run([str(word) for word in command], capture_output=True, text=True,
+                                cwd=self.folder, timeout=300, **options)
+        self.assertEqual(result.returncode, 0, result.stdout + result.stderr)
+        return result.stdout
+
+    def setUp(self):
+        super().setUp()
+        self.prefix = self.path("prefix")
+        self.run_checked("cmake", "--install", BUILD, "--prefix", self.prefix)
+        (listing,) = fenced("cmake")
+        (program,) = fenced("cpp")
+        self.path("CMakeLists.txt").write_text(listing)
+        self.path("main.cpp").write_text(program)
+        self.write_grid("grid.p3d", Form(), ONE_BLOCK)
+
+    def test_example_with_cmake(self):
+        self.run_checked("cmake", "-S", ".", "-B", "build", f"-DCMAKE_PREFIX_PATH={self.prefix}")
+        self.run_checked("cmake", "--build", "build")
+        self.assertIn("first point: 0.1 -1e-30 10\n", self.run_checked("build/host"))
+
+    def test_installed_command(self):
+        self.assertTrue(self.succeed("--version", command=str(self.prefix / "bin" / "p3dgrid")))
+
+
+if __name__ == "__main__":
+    main()

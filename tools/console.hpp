@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string_view>
+
+namespace p3dgrid {
+
+/// With `quiet`, progress lines and notes are dropped; results and failures are not.
+void set_quiet(bool quiet);
+
+/// One line of a command's result, on standard output.
+void print_line(std::string_view line);
+
+/// One line that says how far the work is, on standard output.
+void print_progress(std::string_view line);
+
+/// Something the user should know although the command succeeds, on standard error.
+void print_note(std::string_view text);
+
+/// Why the command failed, on standard error.
+void print_failure(std::string_view text);
+
+/// Writes out what standard output still holds. Throws a Failure if any of it was lost since the
+/// start, so that a full disk or a closed pipe does not look like success.
+void finish_output();
+
+}  // namespace p3dgrid

@@ -1,0 +1,81 @@
+#include <memory>
+#include <string>
+
+#include "commands.hpp"
+#include "console.hpp"
+#include "failure.hpp"
+#include "grid_file.hpp"
+#include "options.hpp"
+#include "output_file.hpp"
+#include "table.hpp"
+
+namespace p3dgrid {
+namespace {
+
+struct ConvertOptions {
+  std::string input;
+  std::string output;
+  GridForm form;
+  GridFormChange change;
+};
+
+// Text may hold any number of digits; that some are lost shows only where more are then written.
+bool loses_digits(const GridForm& read, const GridForm& written) {
+  return holds_doubles(read) || (read.encoding == Encoding::formatted && holds_doubles(written));
+}
+
+void require_writable_form(const ConvertOptions& options, const GridForm& form, const Grid& grid) {
+  if (form.multiblock || grid.blocks == 1) return;
+  throw Failure(ExitStatus::unusable,
+                options.output + ": not written: " + options.input + " holds " +
+                    counted(grid.blocks, "block") +
+                    ", and a file without a block count (--to-multiblock no) holds only one");
+}
+
+void write_converted(const ConvertOptions& options, const GridForm& form, const Grid& grid,
+                     OutputFile& output) {
+  try {
+    write_grid(output.temporary_path(), form, grid);
+  } catch (const Failure& failure) {
+    throw Failure(failure.status(), options.output + ": not written: " + failure.what());
+  }
+  output.commit();
+}
+
+void convert(const ConvertOptions& options) {
+  require_different_files(options.input, options.output);
+  // Reserved before the reading starts: a folder that takes no files shows at once.
+  OutputFile output(options.output);
+  Grid grid = read_grid(options.input, options.form);
+  const GridForm form = options.change.applied_to(options.form);
+  require_writable_form(options, form, grid);
+  if (form.iblank && !grid.iblank.allocated()) allocate_blanking(grid);
+  if (loses_digits(options.form, form)) {
+    print_note("coordinates pass through single precision: " + options.output +
+               " holds about 7 digits of each, whatever its own precision");
+  }
+  write_converted(options, form, grid, output);
+  print_progress(options.output + ": " + counted(grid.blocks, "block") + ", " +
+                 counted(grid.points(), "point") + ", " + describe(form));
+}
+
+}  // namespace
+
+Command add_convert(CLI::App& program) {
+  CLI::App* line =
+      program.add_subcommand("convert", "Write a grid in another encoding or precision");
+  const auto options = std::make_shared<ConvertOptions>();
+  add_path(*line, "GRID", options->input, "Grid file to read");
+  add_path(*line, "OUT", options->output, "Grid file to write; replaced whole or not at all");
+  add_grid_options(*line, options->form);
+  add_target_options(*line, options->change);
+  line->footer(
+      "Coordinates pass through single precision, also from double to double.\n\n"
+      "Examples:\n"
+      "  p3dgrid convert grid.p3d grid.txt --to-format formatted\n"
+      "  p3dgrid convert grid.txt grid.p3d --grid-format formatted --to-format unformatted\n"
+      "  p3dgrid convert grid.p3d grid.bin --to-format binary --to-precision double");
+  return {line, [options] { convert(*options); }};
+}
+
+}  // namespace p3dgrid

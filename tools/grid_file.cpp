@@ -1,0 +1,91 @@
+#include "grid_file.hpp"
+
+#include <algorithm>
+#include <new>
+
+#include "console.hpp"
+#include "failure.hpp"
+#include "form_guess.hpp"
+#include "paths.hpp"
+
+namespace p3dgrid {
+namespace {
+
+using mod_p3dgrid::integer;
+using mod_p3dgrid::logical;
+
+void require_memory(integer allocation_status) {
+  if (allocation_status != mod_p3dgrid::allocation_done) throw std::bad_alloc();
+}
+
+logical precision_flag(const GridForm& form) {
+  return form.precision == Precision::double_precision;
+}
+
+// The library skips what is left of a record and never looks behind the last block, so a file of
+// another precision can be read without a complaint, into nonsense. Lengths give it away.
+void require_form(const std::string& path, const GridForm& form) {
+  const FormGuess guess = guess_form(path);
+  if (guess.allows(form)) return;
+  GridForm with_blanking = form;
+  with_blanking.iblank = true;
+  if (form.encoding == Encoding::unformatted && guess.allows(with_blanking)) {
+    print_note(path + ": holds blanking values, which are left out; --grid-iblank yes reads them");
+    return;
+  }
+  const std::string advice = guess.advice(form);
+  if (advice.empty()) return;
+  throw Failure(ExitStatus::mismatch, path + ": is not " + describe(form) + "; " + advice);
+}
+
+}  // namespace
+
+std::int64_t Grid::points_of(integer block) const {
+  return std::int64_t{idim(block)} * jdim(block) * kdim(block);
+}
+
+void allocate_extents(Grid& grid, integer blocks) {
+  grid.blocks = blocks;
+  require_memory(grid.idim.allocate(blocks));
+  require_memory(grid.jdim.allocate(blocks));
+  require_memory(grid.kdim.allocate(blocks));
+}
+
+void allocate_coordinates(Grid& grid) {
+  std::int64_t points = 0;
+  for (integer block = 1; block <= grid.blocks; ++block) points += grid.points_of(block);
+  require_memory(grid.xyz.allocate(grid.ndim, points));
+}
+
+void allocate_blanking(Grid& grid) {
+  require_memory(grid.iblank.allocate(grid.points()));
+  std::ranges::fill(grid.iblank.span(), 1);
+}
+
+Grid read_grid(const std::string& path, const GridForm& form) {
+  Grid grid;
+  try {
+    mod_p3dgrid::readp3dgrid(name_for(path), static_cast<integer>(form.encoding),
+                             precision_flag(form), grid.blocks, grid.ndim, grid.xyz, grid.idim,
+                             grid.jdim, grid.kdim, grid.iblank, form.iblank, form.multiblock);
+  } catch (const Failure& failure) {
+    if (failure.status() != ExitStatus::mismatch) throw;
+    const std::string advice = guess_form(path).advice(form);
+    if (advice.empty()) throw;
+    throw Failure(failure.status(), failure.what() + ("; " + advice));
+  }
+  if (grid.blocks < 1) {
+    throw Failure(ExitStatus::mismatch,
+                  path + ": has a block count of " + std::to_string(grid.blocks));
+  }
+  require_form(path, form);
+  return grid;
+}
+
+void write_grid(const std::string& path, const GridForm& form, const Grid& grid) {
+  mod_p3dgrid::writep3dgrid(name_for(path), static_cast<integer>(form.encoding),
+                            precision_flag(form), grid.blocks, grid.ndim, grid.xyz, grid.idim,
+                            grid.jdim, grid.kdim, grid.iblank, form.iblank, form.multiblock);
+}
+
+}  // namespace p3dgrid

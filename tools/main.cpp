@@ -1,0 +1,115 @@
+#include <CLI/CLI.hpp>
+#include <array>
+#include <new>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "commands.hpp"
+#include "console.hpp"
+#include "failure.hpp"
+#include "process.hpp"
+
+namespace p3dgrid {
+namespace {
+
+constexpr std::array commands = {add_sample, add_info, add_convert};
+
+/// What the command line asks for: a command, or a text to show (help, version) and no command.
+struct Request {
+  std::function<void()> run;
+  std::string text;
+};
+
+std::string without_last_line_end(std::string text) {
+  while (!text.empty() && text.back() == '\n') text.pop_back();
+  return text;
+}
+
+void add_quiet(CLI::App& line, bool& quiet) {
+  line.add_flag("--quiet", quiet, "Leave out progress lines and notes");
+}
+
+void describe_program(CLI::App& program, bool& quiet) {
+  program.name("p3dgrid");
+  program.set_version_flag("--version", "p3dgrid " P3DGRID_VERSION, "Print the version and exit");
+  add_quiet(program, quiet);
+  program.require_subcommand(0, 1);  // none at all is told apart from one that does not exist
+  program.footer(
+      "Exit status: 0 done, 1 a file is damaged or not what it was said to be,\n"
+      "2 wrong usage or a file that cannot be opened or written.\n\n"
+      "Examples:\n"
+      "  p3dgrid sample demo\n"
+      "  p3dgrid info demo/grid.p3d\n"
+      "  p3dgrid convert demo/grid.p3d grid.txt --to-format formatted\n"
+      "  p3dgrid convert --help");
+}
+
+Failure usage_failure(const CLI::App& program, const CLI::ParseError& error) {
+  std::string help = "p3dgrid";
+  for (const CLI::App* command : program.get_subcommands()) help += " " + command->get_name();
+  return {ExitStatus::unusable,
+          without_last_line_end(error.what()) + "; '" + help + " --help' shows the usage"};
+}
+
+Request read_command_line(int argc, const char* const* argv) {
+  CLI::App program("Reads, describes and converts PLOT3D multi-block grids");
+  bool quiet = false;
+  describe_program(program, quiet);
+  std::vector<Command> added;
+  for (const auto add : commands) {
+    added.push_back(add(program));
+    add_quiet(*added.back().line, quiet);
+  }
+  try {
+    program.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    if (error.get_exit_code() != 0) throw usage_failure(program, error);
+    std::ostringstream text;
+    program.exit(error, text, text);
+    return {nullptr, without_last_line_end(text.str())};
+  }
+  set_quiet(quiet);
+  for (const Command& command : added) {
+    if (command.line->parsed()) return {command.run, ""};
+  }
+  throw Failure(ExitStatus::unusable, "no command; 'p3dgrid --help' shows them");
+}
+
+void run(int argc, const char* const* argv) {
+  const Request request = read_command_line(argc, argv);
+  if (!request.run) {
+    print_line(request.text);
+    return;
+  }
+  connect_library();
+  request.run();
+}
+
+/// Runs a step and turns the way it ends into an exit status.
+template <class Step>
+ExitStatus attempt(const Step& step) {
+  try {
+    step();
+    return ExitStatus::done;
+  } catch (const Failure& failure) {
+    print_failure(failure.what());
+    return failure.status();
+  } catch (const std::bad_alloc&) {
+    print_failure("not enough memory");
+  } catch (const std::exception& error) {
+    print_failure(error.what());
+  }
+  return ExitStatus::unusable;
+}
+
+}  // namespace
+}  // namespace p3dgrid
+
+int main(int argc, char** argv) {
+  using p3dgrid::ExitStatus;
+  p3dgrid::prepare_process();
+  const ExitStatus work = p3dgrid::attempt([&] { p3dgrid::run(argc, argv); });
+  const ExitStatus output = p3dgrid::attempt(p3dgrid::finish_output);
+  return static_cast<int>(work == ExitStatus::done ? output : work);
+}

@@ -1,0 +1,203 @@
+#include "output_file.hpp"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <random>
+#include <system_error>
+
+#include "failure.hpp"
+
+namespace p3dgrid {
+namespace {
+
+constexpr std::array ending_signals = {SIGHUP, SIGINT, SIGTERM};
+
+// What the signal handler has to remove; it may touch nothing else of the program.
+std::atomic<const char*> unfinished_file{nullptr};
+static_assert(std::atomic<const char*>::is_always_lock_free);
+
+extern "C" void remove_unfinished_file(int signal) {
+  if (const char* path = unfinished_file.load()) ::unlink(path);
+  std::signal(signal, SIG_DFL);
+  std::raise(signal);
+}
+
+// A signal that the caller has turned off, as `nohup` does, stays off.
+void watch_ending_signals() {
+  static const bool watched = [] {
+    for (const int signal : ending_signals) {
+      if (std::signal(signal, remove_unfinished_file) == SIG_IGN) std::signal(signal, SIG_IGN);
+    }
+    return true;
+  }();
+  static_cast<void>(watched);
+}
+
+/// Holds the ending signals back while it lives.
+class SignalsHeld {
+ public:
+  SignalsHeld() {
+    sigset_t held;
+    ::sigemptyset(&held);
+    for (const int signal : ending_signals) ::sigaddset(&held, signal);
+    ::sigprocmask(SIG_BLOCK, &held, &before_);
+  }
+  SignalsHeld(const SignalsHeld&) = delete;
+  SignalsHeld& operator=(const SignalsHeld&) = delete;
+  ~SignalsHeld() { ::sigprocmask(SIG_SETMASK, &before_, nullptr); }
+
+ private:
+  sigset_t before_{};
+};
+
+class Descriptor {
+ public:
+  explicit Descriptor(int number) : number_(number) {}
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  ~Descriptor() {
+    if (number_ >= 0) ::close(number_);
+  }
+  [[nodiscard]] int number() const { return number_; }
+  [[nodiscard]] bool open() const { return number_ >= 0; }
+
+ private:
+  int number_;
+};
+
+std::string reason(int error_number) {
+  return std::generic_category().message(error_number);
+}
+
+[[noreturn]] void fail(const std::string& path, const std::string& what) {
+  throw Failure(ExitStatus::unusable, path + ": " + what);
+}
+
+std::optional<struct stat> status_of(const std::string& path) {
+  struct stat status {};
+  if (::stat(path.c_str(), &status) != 0) return std::nullopt;
+  return status;
+}
+
+// Followed by hand, because the last link may lead to a file that does not exist yet.
+std::string target_of(const std::string& path) {
+  constexpr int most_links = 40;
+  std::filesystem::path target = path;
+  std::error_code error;
+  for (int links = 0; std::filesystem::is_symlink(target, error); ++links) {
+    if (links == most_links) fail(path, reason(ELOOP));
+    const auto next = std::filesystem::read_symlink(target, error);
+    if (error) fail(path, error.message());
+    target = target.parent_path() / next;  // an absolute `next` stands alone
+  }
+  return target.string();
+}
+
+const char* kind_of(const struct stat& status) {
+  switch (status.st_mode & S_IFMT) {
+    case S_IFDIR:
+      return "a folder";
+    case S_IFIFO:
+      return "a pipe";
+    case S_IFSOCK:
+      return "a socket";
+    default:
+      return "a device";
+  }
+}
+
+std::string temporary_name() {
+  std::random_device random;
+  std::array<char, 48> name{};
+  std::snprintf(name.data(), name.size(), ".p3dgrid-%ld-%08x.tmp", static_cast<long>(::getpid()),
+                random());
+  return name.data();
+}
+
+int open_new(const std::string& path, mode_t mode) {
+  return ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+}
+
+}  // namespace
+
+OutputFile::OutputFile(std::string path)
+    : path_(std::move(path)), target_(target_of(path_)), replaced_(status_of(target_)) {
+  const std::filesystem::path target = target_;
+  if (replaced_ && !S_ISREG(replaced_->st_mode)) {
+    fail(path_, std::string("is ") + kind_of(*replaced_) + "; only regular files are replaced");
+  }
+  if (!target.has_filename()) fail(path_, "does not name a file");
+  if (replaced_ && ::faccessat(AT_FDCWD, target_.c_str(), W_OK, AT_EACCESS) != 0) {
+    fail(path_, "is write-protected: " + reason(errno));
+  }
+  watch_ending_signals();
+  reserve();
+}
+
+void OutputFile::reserve() {
+  // Nobody may read the new file who could not read the one it replaces.
+  const mode_t mode = replaced_ ? (replaced_->st_mode & 0666) | S_IRUSR | S_IWUSR : 0666;
+  const std::filesystem::path folder = std::filesystem::path(target_).parent_path();
+  const SignalsHeld held;
+  for (int attempt = 0; attempt < 100; ++attempt) {
+    temporary_ = (folder / temporary_name()).string();
+    if (Descriptor(open_new(temporary_, mode)).open()) {
+      pending_ = true;
+      unfinished_file = temporary_.c_str();
+      return;
+    }
+    if (errno != EEXIST) break;
+  }
+  fail(path_, "cannot be written in its folder: " + reason(errno));
+}
+
+OutputFile::~OutputFile() {
+  if (!pending_) return;
+  ::unlink(temporary_.c_str());
+  unfinished_file = nullptr;
+}
+
+void OutputFile::commit() {
+  {
+    const Descriptor file(::open(temporary_.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!file.open()) fail(path_, "cannot be completed: " + reason(errno));
+    if (replaced_) {
+      // The owner is a courtesy that only some users can extend; permissions follow because a
+      // change of owner may take some away.
+      if (::fchown(file.number(), replaced_->st_uid, replaced_->st_gid) != 0) errno = 0;
+      if (::fchmod(file.number(), replaced_->st_mode & 07777) != 0) {
+        fail(path_, "cannot keep its permissions: " + reason(errno));
+      }
+    }
+    if (::fsync(file.number()) != 0) fail(path_, "cannot be completed: " + reason(errno));
+  }
+  if (std::rename(temporary_.c_str(), target_.c_str()) != 0) {
+    fail(path_, "cannot be replaced: " + reason(errno));
+  }
+  pending_ = false;
+  unfinished_file = nullptr;
+
+  // The name itself is on the disk only once its folder is; not every file system offers that.
+  const std::filesystem::path folder = std::filesystem::path(target_).parent_path();
+  const Descriptor directory(
+      ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (directory.open()) static_cast<void>(::fsync(directory.number()));
+}
+
+void require_different_files(const std::string& input, const std::string& output) {
+  const auto read = status_of(input);
+  const auto written = status_of(output);
+  if (!read || !written) return;
+  if (read->st_dev == written->st_dev && read->st_ino == written->st_ino) {
+    fail(output, "is the file to be read; give the result another name");
+  }
+}
+
+}  // namespace p3dgrid

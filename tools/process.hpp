@@ -1,0 +1,14 @@
+#pragma once
+
+namespace p3dgrid {
+
+/// Puts the process into a state in which failures come back as failures: a closed pipe and a
+/// file-size limit as errors of the write instead of signals, and the three standard streams
+/// taken, so that no file of the user's ever becomes standard output.
+void prepare_process();
+
+/// Routes what the library has to say into this program: its messages to the console, the end of
+/// a run into a Failure.
+void connect_library();
+
+}  // namespace p3dgrid

@@ -1,0 +1,29 @@
+#include "table.hpp"
+
+#include <algorithm>
+
+#include "console.hpp"
+
+namespace p3dgrid {
+
+void Table::print() const {
+  std::vector<std::size_t> widths(rows_.front().size(), 0);
+  for (const auto& row : rows_) {
+    for (std::size_t c = 0; c < widths.size(); ++c) {
+      widths[c] = std::max(widths[c], row.at(c).size());
+    }
+  }
+  for (const auto& row : rows_) {
+    std::string line;
+    for (std::size_t c = 0; c < widths.size(); ++c) {
+      line.append(2 + widths[c] - row[c].size(), ' ').append(row[c]);
+    }
+    print_line(line);
+  }
+}
+
+std::string counted(std::int64_t count, const std::string& noun) {
+  return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+}
+
+}  // namespace p3dgrid

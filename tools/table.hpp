@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace p3dgrid {
+
+/// Rows of text in right-aligned columns, each as wide as its widest entry.
+class Table {
+ public:
+  explicit Table(std::vector<std::string> header) { rows_.push_back(std::move(header)); }
+
+  /// `row` has as many entries as the header.
+  void add(std::vector<std::string> row) { rows_.push_back(std::move(row)); }
+
+  /// Prints the table on standard output.
+  void print() const;
+
+ private:
+  std::vector<std::vector<std::string>> rows_;
+};
+
+/// "1 block", "3 blocks".
+[[nodiscard]] std::string counted(std::int64_t count, const std::string& noun);
+
+}  // namespace p3dgrid
