@@ -1,6 +1,7 @@
 # Sets up, builds and runs; the build itself is CMake's. All results go to build/ and demo/.
 
 JOBS ?= $(shell nproc)
+CMAKE_FLAGS ?=
 BUILD := build
 DEMO := demo
 
@@ -14,15 +15,15 @@ help:
 
 demo:
 	scripts/install-packages build
-	cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DBUILD_TESTING=OFF
+	cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DBUILD_TESTING=OFF $(CMAKE_FLAGS)
 	cmake --build $(BUILD) --parallel $(JOBS) --target p3dgrid
 	scripts/demo $(BUILD)/tools/p3dgrid $(DEMO)
 
 test:
 	scripts/install-packages test
-	cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DBUILD_TESTING=ON
+	cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DBUILD_TESTING=ON $(CMAKE_FLAGS)
 	cmake --build $(BUILD) --parallel $(JOBS)
-	cd $(BUILD) && ctest --output-on-failure
+	cd $(BUILD) && ctest --output-on-failure --parallel $(JOBS)
 
 clean:
 	rm -rf $(BUILD) $(DEMO)

@@ -132,9 +132,10 @@ template <class Real>
                                   integer block, integer first, integer last) {
   const std::int64_t variables = last < first ? 0 : std::int64_t{last} - first + 1;
   const std::int64_t point = points.before(block);
-  // A record of no variables names none, whatever number it begins with.
-  Real* const begin = variables == 0 ? nullptr : array + point * stride + (first - 1);
-  return recordio::lines(begin, variables, stride, variables == 0 ? 0 : points.npts(block));
+  // Without values there is no place to begin at, whatever variable the record names.
+  const bool empty = variables == 0 || points.npts(block) == 0;
+  Real* const begin = empty ? nullptr : array + point * stride + (first - 1);
+  return recordio::lines(begin, variables, stride, empty ? 0 : points.npts(block));
 }
 
 /// The list entry for the four flow parameters in a row of `sqvar` or `dqvar`.

@@ -60,7 +60,8 @@ class BodyReader {
   bool read(integer nblocks) {
     const bool leading = whole_read_takes_leading_record(layout_, path_);
     const auto records = block_records(layout_, leading, older_levels());
-    check_variables(filename_, checked_highest_variable(records), flow_.extent(1));
+    const integer highest = checked_highest_variable(records);
+    if (points_.total > 0) check_variables(filename_, highest, flow_.extent(1));
     return walk_blocks(records, nblocks, *this) &&
            (!layout_.extensions || walk_extensions(nblocks, *this));
   }

@@ -1,0 +1,44 @@
+! The Fortran side of the grid tests: turns bit patterns into a grid file and back.
+!   grid_peer write BITS GRID ENCODING PRECISION MULTIBLOCK IBLANK
+!   grid_peer read  BITS GRID ENCODING PRECISION MULTIBLOCK IBLANK
+! ENCODING is unformatted, formatted or binary, PRECISION single or double, the last two yes or no.
+program grid_peer
+  use grid_bits
+  use grid_files
+  implicit none
+  type(Grid) :: g
+  character(:), allocatable :: bits, path, encoding
+  logical :: multiblock
+
+  bits = argument(2)
+  path = argument(3)
+  encoding = argument(4)
+  g%is_double = chosen(argument(5), 'double', 'single')
+  multiblock = chosen(argument(6), 'yes', 'no')
+  g%has_iblank = chosen(argument(7), 'yes', 'no')
+  if (chosen(argument(1), 'write', 'read')) then
+    call load_bits(bits, g)
+    call write_grid(path, encoding, multiblock, g)
+  else
+    call read_grid(path, encoding, multiblock, g)
+    call save_bits(bits, g)
+  end if
+
+contains
+
+  function argument(n) result(text)
+    integer, intent(in) :: n
+    character(:), allocatable :: text
+    integer :: length
+    call get_command_argument(n, length=length)
+    allocate (character(length) :: text)
+    call get_command_argument(n, text)
+  end function argument
+
+  logical function chosen(text, yes, no)
+    character(*), intent(in) :: text, yes, no
+    if (text /= yes .and. text /= no) error stop 'wrong arguments'
+    chosen = text == yes
+  end function chosen
+
+end program grid_peer

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+namespace interop {
+
+/// How a grid file holds its grid.
+struct GridLayout {
+  int encoding;  ///< 0 unformatted, 1 formatted, 2 binary
+  bool is_double;
+  bool multiblock;
+  bool has_iblank;
+
+  [[nodiscard]] bool is_text() const { return encoding == 1; }
+  [[nodiscard]] std::string encoding_name() const {
+    static const std::array<std::string, 3> names{"unformatted", "formatted", "binary"};
+    return names.at(static_cast<std::size_t>(encoding));
+  }
+  [[nodiscard]] std::string precision_name() const { return is_double ? "double" : "single"; }
+  /// A name for tests and files, of letters and underscores.
+  [[nodiscard]] std::string name() const {
+    return encoding_name() + "_" + precision_name() +
+           (multiblock ? "_multiblock" : "_single_block") + (has_iblank ? "_iblank" : "_plain");
+  }
+};
+
+}  // namespace interop

@@ -1,0 +1,126 @@
+/// Real grid files, made by programs that know nothing of this one. The folder that holds them is
+/// given by the environment variable P3DGRID_SAMPLES or, without it, by the setting of that name
+/// that the tests were built with; without either the tests skip.
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+#include "mod_p3dgrid/run.hpp"
+#include "support/grid.hpp"
+#include "support/library_grid.hpp"
+#include "support/run_program.hpp"
+#include "support/scratch_directory.hpp"
+
+namespace interop {
+namespace {
+
+struct Sample {
+  const char* name;
+  const char* file;
+  GridLayout layout;
+  std::vector<Extents> extents;
+};
+
+constexpr GridLayout text{1, false, false, false};
+constexpr GridLayout text_multiblock{1, false, true, false};
+
+std::vector<Sample> readable_samples() {
+  const std::vector<Extents> multi{{8, 12, 12}, {8, 12, 12}};
+  return {
+      {"unformatted_double", "vtk_data/multi-bin.xyz", {0, true, true, false}, multi},
+      {"binary_double", "vtk_data/multi-bin-C.xyz", {2, true, true, false}, multi},
+      {"short_text_lines", "vtk_data/multi-ascii.xyz", text_multiblock, multi},
+      {"repeats_and_commas",
+       "cfl3d/ramp_embed.fmt",
+       text_multiblock,
+       {{2, 73, 45}, {2, 33, 21}, {2, 33, 25}, {2, 29, 21}, {2, 49, 25}, {2, 29, 29}}},
+      {"fixed_columns", "cfl3d/flatplate_grdflat5.fmt", text, {{65, 97, 2}}},
+      {"plane_as_one_repeat", "cfl3d/flatplateskew_grdflat5.fmt", text, {{65, 97, 2}}},
+      {"one_block_with_count", "turbmodels/flatplate_35x25.p3dfmt", text_multiblock, {{2, 35, 25}}},
+  };
+}
+
+/// Files of the other byte order.
+std::vector<Sample> foreign_samples() {
+  return {
+      {"binary_single", "vtk_data/bluntfinxyz.bin", {2, false, false, false}, {}},
+      {"unformatted_double", "turbmodels/nak_a_fine_65.p3d", {0, true, true, false}, {}},
+  };
+}
+
+std::string samples_folder() {
+  const char* const given = std::getenv("P3DGRID_SAMPLES");
+  return given != nullptr && *given != '\0' ? given : P3DGRID_SAMPLES_AS_BUILT;
+}
+
+std::string sample_name(const testing::TestParamInfo<Sample>& parameter) {
+  return parameter.param.name;
+}
+
+class SampleTest : public testing::TestWithParam<Sample> {
+ protected:
+  void SetUp() override {
+    if (samples_folder().empty()) GTEST_SKIP() << "P3DGRID_SAMPLES names no folder of real files";
+    ASSERT_TRUE(std::filesystem::is_regular_file(path())) << path();
+  }
+  [[nodiscard]] static std::string path() { return samples_folder() + "/" + GetParam().file; }
+};
+
+class ReadableSample : public SampleTest {};
+INSTANTIATE_TEST_SUITE_P(Grids, ReadableSample, testing::ValuesIn(readable_samples()), sample_name);
+
+TEST_P(ReadableSample, HasTheExtentsPublished) {
+  const auto grid = read_with_library(path(), GetParam().layout);
+  ASSERT_TRUE(grid.has_value()) << mod_p3dgrid::p3dlastfailure().describe();
+  EXPECT_EQ(grid->extents, GetParam().extents);
+}
+
+TEST_P(ReadableSample, HeaderAgreesWithTheGrid) {
+  const auto grid = read_with_library(path(), GetParam().layout);
+  const auto totals = read_totals_with_library(path(), GetParam().layout);
+  ASSERT_TRUE(grid.has_value() && totals.has_value());
+  EXPECT_EQ(totals->blocks, static_cast<int>(grid->extents.size()));
+  EXPECT_EQ(totals->points, static_cast<int>(grid->points()));
+}
+
+/// What a Fortran program reads from the file, rounded to single precision at the end as the
+/// library does.
+Grid<float> read_with_fortran(const std::string& path, const GridLayout& layout) {
+  const ScratchDirectory scratch;
+  const Finished finished =
+      run_program({GRID_PEER, "read", scratch.file("bits"), path, layout.encoding_name(),
+                   layout.precision_name(), layout.multiblock ? "yes" : "no", "no"});
+  EXPECT_EQ(finished.status, 0) << finished.output;
+  return layout.is_double ? narrowed(load_bits<double>(scratch.file("bits"), false))
+                          : load_bits<float>(scratch.file("bits"), false);
+}
+
+TEST_P(ReadableSample, IsReadToTheBitsThatFortranReads) {
+  if (std::string(GRID_PEER).empty()) GTEST_SKIP() << "no Fortran compiler";
+  const auto grid = read_with_library(path(), GetParam().layout);
+  ASSERT_TRUE(grid.has_value()) << mod_p3dgrid::p3dlastfailure().describe();
+  expect_same_bits(*grid, read_with_fortran(path(), GetParam().layout));
+}
+
+class ForeignSample : public SampleTest {};
+INSTANTIATE_TEST_SUITE_P(Grids, ForeignSample, testing::ValuesIn(foreign_samples()), sample_name);
+
+TEST_P(ForeignSample, FailsToReadInItsOwnLayout) {
+  EXPECT_FALSE(read_with_library(path(), GetParam().layout).has_value());
+  EXPECT_EQ(mod_p3dgrid::p3dlastfailure().file, path());
+  EXPECT_GT(mod_p3dgrid::p3dlastfailure().describe().size(), path().size());
+}
+
+TEST_P(ForeignSample, FailsToReadInAnyOtherLayout) {
+  for (int flags = 0; flags < 24; ++flags) {
+    const GridLayout layout{flags / 8, (flags & 4) != 0, (flags & 2) != 0, (flags & 1) != 0};
+    EXPECT_FALSE(read_with_library(path(), layout).has_value()) << layout.name();
+  }
+}
+
+}  // namespace
+}  // namespace interop
