@@ -150,19 +150,21 @@ void writep3dgrid(const FileName& filename, integer iformat, logical dblprec, in
                   array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
                   array_view<const integer, 1> iblank, logical useiblank, logical multiblock);
 
+// clang-format off
 /// @name Restart files
 /// A restart file holds the flow solution of a grid: a header, then the body. The restart layout
 /// code `rsttype` says in which layout:
 ///
-/// | code | header | block extents | body of a block |
-/// |---|---|---|---|
-/// | 0 | TALVEN: version, run data, flow parameters of equation set 1 | a record per block |
-/// sections | | 1 | step count, step size, block count | a record per block | sections | | 100 | as
-/// for 1 | none | triplets with variables 1 to 5, then sections 2 onward | | 101 | extents, step
-/// count, step size of one block | none kept | as for 100; after the blocks flags and further
-/// variables | | 102 | none; one block | none | sections | | 2 | PLOT3D solution file: block count
-/// | one record | four flow parameters, then sections | | 3 | PLOT3D function file: block count |
-/// one record, with variable counts | sections |
+/// | code | header                                         | block extents      | body                                          |
+/// |------|------------------------------------------------|--------------------|-----------------------------------------------|
+/// | 0    | TALVEN: version, run data, flow parameters     | a record per block | sections                                      |
+/// | 1    | step count, step size, block count             | a record per block | sections                                      |
+/// | 100  | as for 1                                       | none               | triplets with variables 1 to 5, then sections 2 onward |
+/// | 101  | extents, step count, step size of the one block| none kept          | as for 100; then flags and further variables  |
+/// | 102  | none; one block                                | none               | sections                                      |
+/// | 2    | PLOT3D solution file: block count              | one record         | four flow parameters, then sections           |
+/// | 3    | PLOT3D function file: block count              | one record, with variable counts | sections                        |
+// clang-format on
 ///
 /// A section is a record of the variables that `mod_gridvars::rstrtvarsct` gives it, each at all
 /// points of the block. `dblprec` applies to unformatted and binary files; text ignores it. Flow
@@ -223,7 +225,7 @@ void checkp3drstrtheader(const FileName& gridfile, integer gridformat, const Fil
 /// @param blockpoints  points of each block, used only when `readallvars` is false
 /// @param varvalues    flow variables (variable, point); must be unallocated. As many rows as
 ///                     `numrstrtvar` sums up to, 8, 10 or 13 after the extensions of layout 101.
-///                     Rows that no section of the file fills are left unset.
+///                     Rows that no record of the file fills are left unset.
 /// @param auxvalues    triplets (3, point) of layouts 100 and 101; must be unallocated
 /// @param idim,jdim,kdim  extents of each block, normally those of the grid
 /// @param rsttype      restart layout code; any other than those above is an error of the run
@@ -277,5 +279,102 @@ void writep3drestart(const FileName& filename, integer iformat, logical dblprec,
                      integer rsttype, logical multiblock);
 
 /// @}
+
+/// @name One variable at a time
+/// For solutions that memory does not hold whole: `readnextp3dvar` reads one variable per call,
+/// `writenextp3dvar` writes each into a temporary file, and `combinep3dvarfiles` makes a restart
+/// file of the temporary files. At most 15 variables in one run.
+/// @{
+
+/// Reads one variable of a restart file, for all points of all blocks. Every call reads the file
+/// from its start; besides the result it holds one variable and a fixed buffer.
+/// @param ivar         number of the variable, 1 to the sum of `numrstrtvar`
+/// @param nblocks      number of blocks
+/// @param blockpoints  points of each block; their sum is what is read
+/// @param varvalues    row 1 receives the variable, block after block; other rows stay as they are.
+///                     A variable that no record holds comes back as zeros
+/// @param idim,jdim,kdim  extents of each block
+/// @param rsttype      restart layout code; any other than a layout's is an error of the run
+/// @param multiblock   a block-count record stands first (layouts 2 and 3)
+///
+/// For layout 2 the flow parameters go into row b of `dqvar` (text and double precision) or
+/// `sqvar`; one that is not allocated is allocated with a row per block, one that is too small is
+/// an error of the run. For layout 101 and a variable above 5 the flags behind the blocks go into
+/// `iflag`; extension variables must be counted in `numrstrtvar` by then. Text passes through
+/// double precision.
+///
+/// Works on unit 201 and closes it. A failed read leaves it open, `varvalues` as it was and the
+/// staging arrays allocated, which the next call reports through `checkallocationerror`. A variable
+/// that does not exist and arrays too small are errors of the run.
+void readnextp3dvar(integer ivar, const FileName& filename, integer iformat, logical dblprec,
+                    integer nblocks, array_view<const integer, 1> blockpoints,
+                    array_view<float, 2> varvalues, array_view<const integer, 1> idim,
+                    array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
+                    integer rsttype, logical multiblock);
+
+/// Writes one variable into a temporary file: an unformatted record per block, nothing else.
+/// @param ivar         number of the variable, 1 to 15; any other is an error of the run
+/// @param prefix       stem of the file name: *flow* and variable 3 give *flow000003.tmp*. While a
+///                     file of that name exists, a "t" is put behind it; names are cut at 40
+///                     characters, and one that cannot grow any further is an error of the run
+/// @param dblprec      write 64-bit values, widened
+/// @param nblocks      number of blocks
+/// @param blockpoints  points of each block; only their sum counts, and only with `dblprec`
+/// @param varvalues    row 1 holds the variable, block after block
+/// @param idim,jdim,kdim  extents of each block
+///
+/// The name is kept in `tmpfile(ivar)`. The file is complete and closed on return.
+void writenextp3dvar(integer ivar, const FileName& prefix, logical dblprec, integer nblocks,
+                     array_view<const integer, 1> blockpoints, array_view<const float, 2> varvalues,
+                     array_view<const integer, 1> idim, array_view<const integer, 1> jdim,
+                     array_view<const integer, 1> kdim);
+
+/// Makes a restart file of the temporary files `tmpfile(1)` to `tmpfile(n)`, n being the sum of
+/// `numrstrtvar`, and deletes them. Holds one block of all variables.
+/// @param leadvalues  triplets (3, point) of layouts 100 and 101
+/// @param filename    restart file to write
+/// @param dblprec     precision of the temporary files and of the output; for text output the
+///                    temporary files must be in double precision
+/// @param nparamrows  rows of `sqvar` or `dqvar` in use (layout 2), as for `writep3drestart`
+/// @param nblocks     number of blocks
+/// @param idim,jdim,kdim  extents of each block, as they were when the variables were written
+/// @param rsttype     restart layout code
+/// @param multiblock  write the block-count record (layouts 2 and 3)
+///
+/// Uses units 301 and 302 upward and closes them. The temporary files are deleted on success, for
+/// an unknown `iformat`, and after a failed read of one of them, before the host is told; unit 301
+/// then stays open and the file as far as it was written. A temporary file whose records are longer
+/// or shorter than the blocks, or that goes on behind the last, is a failed read. A missing one is
+/// an error of the run and leaves the others. Arguments that cannot be meant are errors of the run
+/// before anything is opened. Sections that name variables above `numrstrtvar(1)` are written too.
+void combinep3dvarfiles(array_view<const float, 2> leadvalues, const FileName& filename,
+                        integer iformat, logical dblprec, integer nparamrows, integer nblocks,
+                        array_view<const integer, 1> idim, array_view<const integer, 1> jdim,
+                        array_view<const integer, 1> kdim, integer rsttype, logical multiblock);
+
+/// @}
+
+/// Writes grid and flow solution as a Tecplot ASCII data file: a VARIABLES line, then for each
+/// block a zone with a line per point, i fastest.
+/// @param filename   file to write; an existing one is replaced
+/// @param nblocks    number of blocks
+/// @param xyz        coordinates (3, point)
+/// @param qvar       flow values (5, point), written as they stand under the names U, V, W, P, RHO.
+///                   Arrays with other than three and five rows make lines that do not match the
+///                   VARIABLES line
+/// @param idim,jdim,kdim  extents of each block; above 9999 they stand as asterisks in the zone
+/// line
+/// @param iblank     blanking value of each point
+/// @param useiblank  write the IBLANK column
+///
+/// Reals stand in the shortest form that reads back to the same bits. Leaves unit 594 open: the
+/// file is complete when the host closes it (`p3dcloseunit(594)`), at the next call, or when the
+/// run ends. Arrays with fewer points than the extents ask for are errors of the run; the file is
+/// not touched then.
+void writetecplotfile_p3d(const FileName& filename, integer nblocks,
+                          array_view<const double, 2> xyz, array_view<const double, 2> qvar,
+                          array_view<const integer, 1> idim, array_view<const integer, 1> jdim,
+                          array_view<const integer, 1> kdim, array_view<const integer, 1> iblank,
+                          logical useiblank);
 
 }  // namespace mod_p3dgrid

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cassert>
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -197,7 +198,8 @@ class array_view {
   array_view(const allocatable<Value, Rank>& array) noexcept requires std::is_const_v<T> {
     take(array);
   }
-  array_view(const array_view<Value, Rank>& other) noexcept requires std::is_const_v<T>
+  template <std::same_as<Value> U>
+  array_view(const array_view<U, Rank>& other) noexcept requires std::is_const_v<T>
       : data_(other.data()), extents_(other.extents()) {}
   constexpr array_view(std::span<T> values) noexcept requires(Rank == 1)
       : data_(values.data()), extents_{static_cast<std::int64_t>(values.size())} {}

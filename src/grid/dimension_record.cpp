@@ -54,9 +54,10 @@ void write_dimension_record(const recordio::Unit& unit, integer nblocks, ConstCo
   unit.write({recordio::values(std::as_const(table).data(), table.size())});
 }
 
-bool can_hold_dimensions(const recordio::Unit& unit, integer nblocks, integer columns) {
-  return unit.can_hold(std::int64_t{std::max(nblocks, 0)} * columns, recordio::FileKind::integer4,
-                       false, "the extents of " + std::to_string(nblocks) + " blocks");
+bool can_hold_dimensions(const recordio::Unit& unit, integer nblocks, recordio::Claim claim) {
+  constexpr std::int64_t extents_per_block = 3;
+  return unit.can_hold(std::max(nblocks, 0) * extents_per_block, recordio::FileKind::integer4,
+                       claim, "the extents of " + std::to_string(nblocks) + " blocks");
 }
 
 }  // namespace mod_p3dgrid

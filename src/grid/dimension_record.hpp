@@ -21,9 +21,10 @@ using ConstColumns = std::initializer_list<array_view<const integer, 1>>;
 
 void write_dimension_record(const recordio::Unit& unit, integer nblocks, ConstColumns columns);
 
-/// Whether the file may hold a dimension record of so many blocks. Asked before arrays of that
-/// size are allocated.
+/// Whether the file may hold the extents of so many blocks. Asked before arrays of that size are
+/// allocated.
+/// @param claim  `one_record` for a dimension record, `records` where each block has its own
 [[nodiscard]] bool can_hold_dimensions(const recordio::Unit& unit, integer nblocks,
-                                       integer columns = 3);
+                                       recordio::Claim claim = recordio::Claim::one_record);
 
 }  // namespace mod_p3dgrid

@@ -94,8 +94,8 @@ bool read_body(const Unit& unit, GridBody& grid) {
   const std::int64_t total = grid.numbering.total;
   const bool staged = grid.dblprec && unit.stores_kinds();
   if (!unit.can_hold(total * coordinates_per_point,
-                     staged ? recordio::FileKind::real8 : recordio::FileKind::real4, true,
-                     std::to_string(total) + " points")) {
+                     staged ? recordio::FileKind::real8 : recordio::FileKind::real4,
+                     recordio::Claim::as_far_as_it_goes, std::to_string(total) + " points")) {
     return false;
   }
   bool usable = true;

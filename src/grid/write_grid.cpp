@@ -30,25 +30,17 @@ struct GridToWrite {
   logical useiblank;
 };
 
-[[noreturn]] void refuse(const FileName& filename, const std::string& reason) {
-  fail_run("cannot write grid " + std::string(filename.view()) + ": " + reason);
+/// What messages about the file begin with.
+std::string grid_file(const FileName& filename) {
+  return "cannot write grid " + std::string(filename.view());
 }
 
-/// Numbers the points of all blocks, and refuses arrays that do not hold them all.
-PointNumbering checked_numbering(const FileName& filename, const GridToWrite& grid) {
-  PointNumbering points;
-  for (const auto* extents : {&grid.idim, &grid.jdim, &grid.kdim}) {
-    if (extents->extent(1) < grid.nblocks) refuse(filename, "fewer extents than blocks");
-  }
-  for (auto* array : {&points.npts, &points.istart, &points.iend}) {
-    if (array->allocate(grid.nblocks) != allocation_done) refuse(filename, "out of memory");
-  }
-  for (integer b = 1; b <= grid.nblocks; ++b) {
-    if (!points.number_block(b, grid.idim(b), grid.jdim(b), grid.kdim(b))) {
-      refuse(filename, "extents of block " + std::to_string(b) +
-                           " are below 0 or more than 32 bits can count");
-    }
-  }
+[[noreturn]] void refuse(const FileName& filename, const std::string& reason) {
+  fail_run(grid_file(filename) + ": " + reason);
+}
+
+/// Refuses arrays that do not hold all points.
+void check_arrays(const FileName& filename, const GridToWrite& grid, const PointNumbering& points) {
   if (grid.ndim < coordinates_per_point || grid.xyz.extent(1) < grid.ndim ||
       grid.xyz.extent(2) < points.total) {
     refuse(filename, "coordinates for " + std::to_string(grid.xyz.extent(2)) + " points with " +
@@ -60,7 +52,6 @@ PointNumbering checked_numbering(const FileName& filename, const GridToWrite& gr
     refuse(filename, "blanking values for " + std::to_string(grid.iblank.extent(1)) +
                          " points, the extents ask for " + std::to_string(points.total));
   }
-  return points;
 }
 
 /// Writes one coordinate record per block from `coordinates` (`ndim`, points).
@@ -100,7 +91,8 @@ void writep3dgrid(const FileName& filename, integer iformat, logical dblprec, in
   const Unit unit(unit_number::grid, iformat);
   if (unit.known()) {
     const GridToWrite grid{nblocks, ndim, xyz, idim, jdim, kdim, iblank, useiblank};
-    const PointNumbering points = checked_numbering(filename, grid);
+    const PointNumbering points = checked_numbering(grid_file(filename), nblocks, idim, jdim, kdim);
+    check_arrays(filename, grid, points);
     unit.open(filename, OpenStatus::unknown);
     if (multiblock) unit.write({recordio::scalar(std::as_const(nblocks))});
     write_dimension_record(unit, nblocks, {idim, jdim, kdim});

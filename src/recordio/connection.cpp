@@ -33,23 +33,31 @@ Connection::Connection(std::string path, Form form, OpenStatus status)
   }
 }
 
-void Connection::read(const ReadList& list) {
-  InputFile* const file = input();
+InputFile& Connection::input_or_error() {
+  if (auto* const file = std::get_if<InputFile>(&file_)) return *file;
+  throw ReadError{status_error, 0, "a file open for writing", "one open for reading"};
+}
+
+OutputFile& Connection::output_or_end_run() {
+  if (auto* const file = std::get_if<OutputFile>(&file_)) return *file;
+  fail_run("cannot write " + path_ + ": it is open for reading");
+}
+
+void Connection::read(const ReadList& list, RestOfRecord rest) {
+  InputFile& file = input_or_error();
   ++record_;
-  if (file == nullptr) {
-    throw ReadError{status_error, 0, "a file open for writing", "one open for reading"};
-  }
   switch (form_) {
     case Form::unformatted: {
-      UnformattedRecordReader record(*file);
+      UnformattedRecordReader record(file);
       for (const auto& entry : list) read_values(record, entry);
+      if (rest == RestOfRecord::refused) record.expect_end();
       return record.finish();
     }
     case Form::binary:
-      for (const auto& entry : list) read_values(*file, entry);
+      for (const auto& entry : list) read_values(file, entry);
       return;
     case Form::formatted: {
-      ListReader reader(*file, lines_);
+      ListReader reader(file, lines_);
       for (const auto& entry : list) reader.read_values(entry);
       return reader.finish();
     }
@@ -58,21 +66,27 @@ void Connection::read(const ReadList& list) {
   }
 }
 
-void Connection::write(const WriteList& list) {
-  OutputFile* const file = output();
+void Connection::expect_end() {
+  InputFile& file = input_or_error();
+  if (file.at_end()) return;
   ++record_;
-  if (file == nullptr) fail_run("cannot write " + path_ + ": it is open for reading");
+  throw ReadError{status_error, file.offset(), "more records", "the end of the file"};
+}
+
+void Connection::write(const WriteList& list) {
+  OutputFile& file = output_or_end_run();
+  ++record_;
   switch (form_) {
     case Form::unformatted: {
-      UnformattedRecordWriter record(*file, bytes_of(list));
+      UnformattedRecordWriter record(file, bytes_of(list));
       for (const auto& entry : list) write_values(record, entry);
       return record.finish();
     }
     case Form::binary:
-      for (const auto& entry : list) write_values(*file, entry);
+      for (const auto& entry : list) write_values(file, entry);
       return;
     case Form::formatted: {
-      ListWriter writer(*file);
+      ListWriter writer(file);
       for (const auto& entry : list) writer.write_values(entry);
       return writer.finish();
     }
@@ -81,18 +95,29 @@ void Connection::write(const WriteList& list) {
   }
 }
 
-void Connection::close() {
-  if (OutputFile* const file = output()) file->close();
+void Connection::write_line(std::string_view line) {
+  OutputFile& file = output_or_end_run();
+  file.write(line.data(), std::ssize(line));
+  file.write("\n", 1);
 }
 
-bool Connection::can_hold(std::int64_t values, FileKind kind, bool cut_short) const {
+void Connection::write_points(const WriteList& list, std::int64_t points) {
+  recordio::write_points(output_or_end_run(), list, points);
+}
+
+void Connection::close() {
+  if (auto* const file = std::get_if<OutputFile>(&file_)) file->close();
+}
+
+bool Connection::can_hold(std::int64_t values, FileKind kind, Claim claim) const {
   const auto* const file = std::get_if<InputFile>(&file_);
   const auto remaining = file == nullptr ? std::nullopt : file->remaining();
   if (!remaining || values <= trusted_bytes / bytes_of(kind)) return true;
-  const std::int64_t needed = cut_short ? values / least_part_left : values;
+  const std::int64_t needed = claim == Claim::as_far_as_it_goes ? values / least_part_left : values;
   if (form_ != Form::formatted) return needed <= *remaining / bytes_of(kind);
-  // A value of text may take as little as a byte, and with a repeat count none.
-  return needed <= *remaining || needed <= file->count_values_ahead();
+  if (needed <= *remaining) return true;
+  // With repeat counts a record of text may hold more values than bytes.
+  return claim != Claim::records && needed <= file->count_values_ahead();
 }
 
 std::int64_t Connection::offset() const {

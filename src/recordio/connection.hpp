@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <variant>
 
 #include "recordio/form.hpp"
@@ -20,24 +21,42 @@ enum class OpenStatus : std::uint8_t {
   fresh,    ///< must not exist; it is written
 };
 
+/// What a header claims to follow it.
+enum class Claim : std::uint8_t {
+  one_record,         ///< values in one record, which must be there whole
+  records,            ///< values spread over records, so that text has a byte for each at least
+  as_far_as_it_goes,  ///< values of which a file cut short may have lost all but a sixteenth
+};
+
+/// What becomes of values that a record of an unformatted file holds beyond its list.
+enum class RestOfRecord : std::uint8_t { skipped, refused };
+
 /// A file connected to a unit: carries out record lists in the form of the file.
 class Connection {
  public:
   Connection(std::string path, Form form, OpenStatus status);
 
   /// Reads one record. Throws `ReadError`.
-  void read(const ReadList& list);
+  void read(const ReadList& list, RestOfRecord rest);
+
+  /// Throws `ReadError` if something is left to read.
+  void expect_end();
 
   /// Writes one record.
   void write(const WriteList& list);
+
+  /// @name Lines of text, for files that are no records
+  /// @{
+  void write_line(std::string_view line);
+  void write_points(const WriteList& list, std::int64_t points);
+  /// @}
 
   /// Flushes and closes; needed by a connection that writes.
   void close();
 
   /// Whether the rest of the file can hold so many values, or is of no known size. Small amounts
   /// are taken on trust: the read will find out.
-  /// @param cut_short  the file may have lost all but a sixteenth of them
-  [[nodiscard]] bool can_hold(std::int64_t values, FileKind kind, bool cut_short) const;
+  [[nodiscard]] bool can_hold(std::int64_t values, FileKind kind, Claim claim) const;
 
   [[nodiscard]] const std::string& path() const { return path_; }
   [[nodiscard]] std::int64_t record() const { return record_; }
@@ -46,8 +65,8 @@ class Connection {
   [[nodiscard]] std::int64_t line() const { return form_ == Form::formatted ? lines_ + 1 : 0; }
 
  private:
-  [[nodiscard]] InputFile* input() { return std::get_if<InputFile>(&file_); }
-  [[nodiscard]] OutputFile* output() { return std::get_if<OutputFile>(&file_); }
+  [[nodiscard]] InputFile& input_or_error();
+  [[nodiscard]] OutputFile& output_or_end_run();
 
   std::string path_;
   Form form_;

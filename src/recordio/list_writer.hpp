@@ -17,11 +17,15 @@ class ListWriter {
   void finish();
 
  private:
-  template <class Number>
-  void put_line(const Number* from, std::int64_t stride, std::int64_t count);
+  template <class Number, class Format>
+  void put_line(const Number* from, std::int64_t stride, std::int64_t count, Format format);
 
   OutputFile& file_;
   std::int64_t used_columns_ = 0;
 };
+
+/// Writes a line for each of `points` points, without regard to its width: a blank and the value
+/// for all rows of every entry at that point.
+void write_points(OutputFile& file, const WriteList& list, std::int64_t points);
 
 }  // namespace mod_p3dgrid::recordio

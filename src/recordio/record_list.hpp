@@ -33,7 +33,8 @@ template <class T>
 /// extent is `stride`. Dropped values have no memory: they are read, checked and forgotten.
 ///
 /// The values in memory have the kind `memory_kind`; in an unformatted or binary file they have
-/// `file_kind`, which differs only where a single scalar of the file is kept in double precision.
+/// `file_kind`. Text is read into the kind in memory; written, a double that is to be `real4` and
+/// that single precision can hold stands there as that single.
 /// @tparam Memory  `void` for a list to read into, `const void` for a list to write from.
 template <class Memory>
 struct Values {
@@ -79,11 +80,18 @@ template <class T>
   return values(&value, 1);
 }
 
+/// The same values, stored as `file_kind`.
+template <class Memory>
+[[nodiscard]] Values<Memory> stored_as(FileKind file_kind, Values<Memory> entry) {
+  entry.file_kind = file_kind;
+  return entry;
+}
+
 /// One real that is stored as `file_kind` and kept in double precision.
 template <class Double>
 [[nodiscard]] Values<MemoryOf<Double>> real_scalar(Double& value, FileKind file_kind) {
   static_assert(std::is_same_v<std::remove_const_t<Double>, double>);
-  return {file_kind, FileKind::real8, &value, 1, 1, 1};
+  return stored_as(file_kind, scalar(value));
 }
 
 /// `count` values that are read, checked and dropped.

@@ -90,6 +90,13 @@ void UnformattedRecordReader::discard(std::int64_t bytes) {
   }
 }
 
+void UnformattedRecordReader::expect_end() {
+  if (piece_left_ == 0 && !more_follow_) return;
+  throw ReadError{status_error, file_.offset(),
+                  "a record of more than " + std::to_string(payload_read_) + " bytes",
+                  "its end after " + std::to_string(payload_read_)};
+}
+
 void UnformattedRecordReader::finish() {
   file_.skip(piece_left_);
   end_piece();

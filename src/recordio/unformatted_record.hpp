@@ -19,6 +19,9 @@ class UnformattedRecordReader {
   /// Reads payload bytes and drops them.
   void discard(std::int64_t bytes);
 
+  /// Throws `ReadError` if the payload goes on.
+  void expect_end();
+
   /// Skips the rest of the payload and checks the last marker.
   void finish();
 

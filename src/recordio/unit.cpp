@@ -46,7 +46,7 @@ void close_all() {
   }
   connections().clear();
   if (status == 0) return;
-  std::fflush(stdout);
+  std::fflush(nullptr);
   std::_Exit(status);
 }
 
@@ -91,7 +91,9 @@ void Unit::open(const FileName& name, OpenStatus status) const {
   connections()[number_] = std::make_unique<Connection>(path_of(name), form_, status);
 }
 
-bool Unit::read(const ReadList& list) const {
+/// Runs what reads from the connection; keeps the reason if that fails.
+template <class Action>
+bool Unit::attempt(Action action) const {
   if (!known()) return true;
   Connection* const connection = connected(number_);
   if (connection == nullptr) {
@@ -99,7 +101,7 @@ bool Unit::read(const ReadList& list) const {
     return false;
   }
   try {
-    connection->read(list);
+    action(*connection);
     return true;
   } catch (ReadError& error) {
     ReadFailure failure = failure_at(number_, *connection);
@@ -112,13 +114,34 @@ bool Unit::read(const ReadList& list) const {
   }
 }
 
-void Unit::write(const WriteList& list) const {
-  if (!known()) return;
+bool Unit::read(const ReadList& list) const {
+  return attempt([&](Connection& connection) { connection.read(list, RestOfRecord::skipped); });
+}
+
+bool Unit::read_whole(const ReadList& list) const {
+  return attempt([&](Connection& connection) { connection.read(list, RestOfRecord::refused); });
+}
+
+bool Unit::expect_end() const {
+  return attempt([](Connection& connection) { connection.expect_end(); });
+}
+
+Connection& Unit::connection_to_write() const {
   Connection* const connection = connected(number_);
-  if (connection == nullptr) {
-    fail_run("no file is connected to unit " + std::to_string(number_) + " to write to");
-  }
-  connection->write(list);
+  if (connection != nullptr) return *connection;
+  fail_run("no file is connected to unit " + std::to_string(number_) + " to write to");
+}
+
+void Unit::write(const WriteList& list) const {
+  if (known()) connection_to_write().write(list);
+}
+
+void Unit::write_line(std::string_view line) const {
+  if (known()) connection_to_write().write_line(line);
+}
+
+void Unit::write_points(const WriteList& list, std::int64_t points) const {
+  if (known()) connection_to_write().write_points(list, points);
 }
 
 void Unit::close() const {
@@ -132,10 +155,10 @@ void Unit::close_and_delete() const {
   if (::unlink(path.c_str()) != 0 && errno != ENOENT) fail_run("cannot delete", path, errno);
 }
 
-bool Unit::can_hold(std::int64_t values, FileKind kind, bool cut_short,
+bool Unit::can_hold(std::int64_t values, FileKind kind, Claim claim,
                     const std::string& announced) const {
   const Connection* const connection = connected(number_);
-  if (!known() || connection == nullptr || connection->can_hold(values, kind, cut_short)) {
+  if (!known() || connection == nullptr || connection->can_hold(values, kind, claim)) {
     return true;
   }
   fail("a file far too short for that", announced);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "mod_p3dgrid/file_name.hpp"
 #include "recordio/connection.hpp"
@@ -34,6 +35,12 @@ class Unit {
   /// have been stored.
   [[nodiscard]] bool read(const ReadList& list) const;
 
+  /// Reads one record that must hold just what is listed: more in it is an error too.
+  [[nodiscard]] bool read_whole(const ReadList& list) const;
+
+  /// Whether nothing is left to read. False, as a failed read, if something is.
+  [[nodiscard]] bool expect_end() const;
+
   /// Writes one record. A failing write is an error of the run.
   void write(const WriteList& list) const;
 
@@ -42,17 +49,26 @@ class Unit {
   /// Disconnects the file and deletes it.
   void close_and_delete() const;
 
+  /// Writes a line of text as it stands.
+  void write_line(std::string_view line) const;
+
+  /// Writes a line of text for each of `points` points: of every entry the values of all its rows
+  /// at that point, in turn.
+  void write_points(const WriteList& list, std::int64_t points) const;
+
   /// Whether the rest of the file may hold what its header announces; asked before memory is taken
   /// for it. If not, that is a failed read, with `announced` as what was expected.
-  /// @param cut_short  true for values that are read as far as they go, false for a record that
-  ///                   must be there whole
-  [[nodiscard]] bool can_hold(std::int64_t values, FileKind kind, bool cut_short,
+  [[nodiscard]] bool can_hold(std::int64_t values, FileKind kind, Claim claim,
                               const std::string& announced) const;
 
   /// Makes what an operation found in the file a failed read.
   void fail(std::string found, std::string expected) const;
 
  private:
+  template <class Action>
+  [[nodiscard]] bool attempt(Action action) const;
+  [[nodiscard]] Connection& connection_to_write() const;
+
   integer number_;
   Form form_;
 };

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cassert>
 #include <cstdint>
 #include <type_traits>
 
@@ -60,12 +59,10 @@ void write_lines(Payload& payload, const Values<const void>& entry) {
 template <class Visit>
 void with_types(FileKind stored, FileKind kept, Visit visit) {
   if (kept == FileKind::integer4) return visit(integer{}, integer{});
-  if (kept == FileKind::real4) {
-    assert(stored == FileKind::real4);  // arrays pass through staging arrays instead
-    return visit(float{}, float{});
-  }
-  if (stored == FileKind::real4) return visit(float{}, double{});
-  return visit(double{}, double{});
+  const auto with_kept = [&](auto value) {
+    return stored == FileKind::real4 ? visit(float{}, value) : visit(double{}, value);
+  };
+  return kept == FileKind::real4 ? with_kept(float{}) : with_kept(double{});
 }
 
 }  // namespace detail

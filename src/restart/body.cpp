@@ -29,7 +29,8 @@ bool whole_read_takes_leading_record(const Layout& layout, BodyPath path) {
   return layout.triplets && (layout.extensions || path != BodyPath::single_records);
 }
 
-std::vector<BodyRecord> block_records(const Layout& layout, bool leading, integer older_levels) {
+std::vector<BodyRecord> block_records(const Layout& layout, std::optional<integer> leading,
+                                      integer older_levels) {
   const auto& sections = mod_gridvars::rstrtvarsct;
   const integer sections_in_use = mod_gridvars::nfilesect;
   if (sections_in_use > sections.extent(1)) {
@@ -38,7 +39,7 @@ std::vector<BodyRecord> block_records(const Layout& layout, bool leading, intege
   }
   std::vector<BodyRecord> records;
   if (layout.parameters) records.push_back({BodyRecordKind::parameters});
-  if (leading) records.push_back({BodyRecordKind::leading, 1, mod_gridvars::numrstrtvar(1)});
+  if (leading) records.push_back({BodyRecordKind::leading, 1, *leading});
   for (integer k = leading ? 2 : 1; k <= sections_in_use; ++k) {
     records.push_back({BodyRecordKind::section, sections(k, 1), sections(k, 2)});
   }
@@ -46,6 +47,11 @@ std::vector<BodyRecord> block_records(const Layout& layout, bool leading, intege
     records.push_back({BodyRecordKind::older_level, sections(1, 1), sections(1, 2)});
   }
   return records;
+}
+
+std::vector<BodyRecord> block_records_with_leading(const Layout& layout, integer older_levels) {
+  if (!layout.triplets) return block_records(layout, std::nullopt, older_levels);
+  return block_records(layout, mod_gridvars::numrstrtvar(1), older_levels);
 }
 
 integer older_levels() {
@@ -56,7 +62,13 @@ integer older_levels() {
 integer checked_highest_variable(const std::vector<BodyRecord>& records) {
   integer highest = 0;
   for (const BodyRecord& record : records) {
-    if (record.variables() == 0 || record.kind == BodyRecordKind::older_level) continue;
+    if (record.kind == BodyRecordKind::older_level) {
+      // Nothing is stored, but no more is dropped than there are variables.
+      constexpr std::int64_t most = std::numeric_limits<integer>::max();
+      highest = std::max(highest, static_cast<integer>(std::min(most, record.variables())));
+      continue;
+    }
+    if (record.variables() == 0) continue;
     if (record.first < 1) {
       fail_run("the section table names variables " + std::to_string(record.first) + " to " +
                std::to_string(record.last) + ", they count from 1");
@@ -68,7 +80,7 @@ integer checked_highest_variable(const std::vector<BodyRecord>& records) {
 
 std::int64_t variables_per_point() {
   const auto counts = mod_gridvars::numrstrtvar.span();
-  return std::accumulate(counts.begin(), counts.end(), std::int64_t{0});
+  return std::max<std::int64_t>(0, std::accumulate(counts.begin(), counts.end(), std::int64_t{0}));
 }
 
 integer most_variables() {
@@ -85,6 +97,29 @@ const Extension* extension_of(integer flag, integer position) {
   if (flag == 41 && position == 1) return &three_variables;
   if (flag == 41 && position == 2) return &three_more_variables;
   return nullptr;  // 41 further on has no meaning, like any other flag
+}
+
+integer highest_extension_variable() {
+  integer highest = 0;
+  for (integer m = 1; m <= iflag.size() && iflag(m) != end_of_extensions; ++m) {
+    if (const Extension* const extension = extension_of(iflag(m), m)) {
+      highest = std::max(highest, extension->last);
+    }
+  }
+  return highest;
+}
+
+bool skip_older_level(const recordio::Unit& unit, BodyPath path, integer points,
+                      const BodyRecord& record) {
+  if (path != BodyPath::text) {
+    return unit.read({recordio::dropped(real_kind(path), record.variables() * points)});
+  }
+  unit.fail("a text file", "an unformatted record of an older time level");
+  return false;
+}
+
+void fail_without_end(const recordio::Unit& unit) {
+  unit.fail("three flags, none of them 999", "a chain of at most three flags that ends with 999");
 }
 
 bool extension_chain_ends() {

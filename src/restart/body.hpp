@@ -1,6 +1,9 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <optional>
+#include <type_traits>
 #include <vector>
 
 #include "MOD_P3DReader.hpp"
@@ -36,7 +39,7 @@ enum class BodyPath : std::uint8_t {
 /// them in double precision.
 [[nodiscard]] bool parameters_are_double(BodyPath path);
 
-enum class BodyRecordKind : std::uint8_t { parameters, leading, section, older_level };
+enum class BodyRecordKind : std::uint8_t { parameters, leading, section, extension, older_level };
 
 struct BodyRecord {
   BodyRecordKind kind;
@@ -55,19 +58,28 @@ struct BodyRecord {
 
 /// The records of one block, by the section table of `mod_gridvars` as it stands. More sections
 /// than the table holds are an error of the run.
-/// @param leading       the block begins with the leading record; older levels do not occur then
+/// @param leading       variables in the leading record; none if blocks do not begin with it.
+///                      Older levels do not occur then
 /// @param older_levels  records of older time levels behind the sections
-[[nodiscard]] std::vector<BodyRecord> block_records(const Layout& layout, bool leading,
+[[nodiscard]] std::vector<BodyRecord> block_records(const Layout& layout,
+                                                    std::optional<integer> leading,
                                                     integer older_levels);
 
-/// Records of older time levels per block that a whole read finds, by `itimeint`.
+/// Variables in the leading record that a whole read finds, whatever the table says.
+inline constexpr integer leading_variables = 5;
+
+/// The records of a block for those who always take the leading record.
+[[nodiscard]] std::vector<BodyRecord> block_records_with_leading(const Layout& layout,
+                                                                 integer older_levels = 0);
+
+/// Records of older time levels per block that a read finds, by `itimeint`.
 [[nodiscard]] integer older_levels();
 
 /// Highest variable number for which the records need a place; 0 for none. Variables numbered
 /// below 1, which no array has a place for, are an error of the run.
 [[nodiscard]] integer checked_highest_variable(const std::vector<BodyRecord>& records);
 
-/// Variables per point of all sections: the sum of `numrstrtvar`.
+/// Variables per point of all sections: the sum of `numrstrtvar`, or 0 if that is negative.
 [[nodiscard]] std::int64_t variables_per_point();
 
 /// Largest entry of `nfvar`; the smallest integer if it has none.
@@ -86,12 +98,16 @@ inline constexpr integer end_of_extensions = 999;
 /// What flag `flag` at position `position` announces; null for nothing.
 [[nodiscard]] const Extension* extension_of(integer flag, integer position);
 
+/// Highest variable that the extensions of the chain in `iflag` name; 0 for none.
+[[nodiscard]] integer highest_extension_variable();
+
 /// Whether the chain in `iflag` ends within it.
 [[nodiscard]] bool extension_chain_ends();
 
 /// Walks a body in file order.
 ///
-/// The visitor has
+/// `walk_body` goes through blocks and extensions, `walk_blocks` through the blocks alone. The
+/// visitor has
 /// - `bool begin_block(integer block)`,
 /// - `bool move(integer block, const BodyRecord&)`, which reads or writes one record,
 /// - `bool move_flag(integer position)`, which reads or writes `iflag(position)`,
@@ -106,7 +122,7 @@ bool walk_extensions(integer nblocks, Visitor& visitor) {
     const Extension* const extension = extension_of(iflag(m), m);
     if (extension == nullptr) continue;
     if (!visitor.extend(*extension)) return false;
-    const BodyRecord record{BodyRecordKind::section, extension->first, extension->last};
+    const BodyRecord record{BodyRecordKind::extension, extension->first, extension->last};
     for (integer b = 1; b <= nblocks; ++b) {
       if (!visitor.move(b, record)) return false;
     }
@@ -125,23 +141,91 @@ bool walk_blocks(const std::vector<BodyRecord>& records, integer nblocks, Visito
   return true;
 }
 
+template <class Visitor>
+bool walk_body(const Layout& layout, const std::vector<BodyRecord>& records, integer nblocks,
+               Visitor& visitor) {
+  return walk_blocks(records, nblocks, visitor) &&
+         (!layout.extensions || walk_extensions(nblocks, visitor));
+}
+
+/// Reads a record of an older time level and drops it. Text has no such records: it is asked for
+/// one without being text, and that is a failed read.
+[[nodiscard]] bool skip_older_level(const recordio::Unit& unit, BodyPath path, integer points,
+                                    const BodyRecord& record);
+
+/// Makes a chain of flags that does not end a failed read.
+void fail_without_end(const recordio::Unit& unit);
+
+/// The list of what a record of a block holds, put together by whoever has the values: `arrays`
+/// adds the entries for
+/// - `add_parameters(list, block)`, the four flow parameters,
+/// - `add_triplets(list, block)`, the three values per point,
+/// - `add_variables(list, block, first, last)`, variables in turn.
+/// Records of older time levels are not listed here: nobody keeps or writes their values.
+template <class Memory, class Arrays>
+[[nodiscard]] recordio::RecordList<Memory> list_of(Arrays& arrays, integer block,
+                                                   const BodyRecord& record) {
+  recordio::RecordList<Memory> list;
+  if (record.kind == BodyRecordKind::parameters) {
+    arrays.add_parameters(list, block);
+    return list;
+  }
+  if (record.kind == BodyRecordKind::leading) arrays.add_triplets(list, block);
+  arrays.add_variables(list, block, record.first, record.last);
+  return list;
+}
+
+/// Values per point at the head of a leading record.
+inline constexpr std::int64_t triplet = 3;
+
+inline constexpr integer parameters_per_block = 4;
+
 /// The list entry for variables `first` to `last` of a block, in an array (variable, point).
-/// @param array  data of the array, whose first extent is `stride`
 template <class Real>
-[[nodiscard]] auto variable_lines(Real* array, std::int64_t stride, const PointNumbering& points,
+[[nodiscard]] auto variable_lines(array_view<Real, 2> array, const PointNumbering& points,
                                   integer block, integer first, integer last) {
   const std::int64_t variables = last < first ? 0 : std::int64_t{last} - first + 1;
-  const std::int64_t point = points.before(block);
   // Without values there is no place to begin at, whatever variable the record names.
   const bool empty = variables == 0 || points.npts(block) == 0;
-  Real* const begin = empty ? nullptr : array + point * stride + (first - 1);
+  const std::int64_t stride = array.extent(1);
+  Real* const begin = empty ? nullptr : array.data() + points.before(block) * stride + (first - 1);
   return recordio::lines(begin, variables, stride, empty ? 0 : points.npts(block));
 }
 
-/// The list entry for the four flow parameters in a row of `sqvar` or `dqvar`.
-template <class Parameters>
-[[nodiscard]] auto parameter_row(Parameters& parameters, integer row) {
-  return recordio::lines(parameters.data() + (row - 1), 1, parameters.extent(1), 4);
+/// The list entry for the flow parameters in a row of `sqvar` or `dqvar`, as the path has it.
+template <class Memory>
+[[nodiscard]] recordio::Values<Memory> parameter_row(BodyPath path, integer row) {
+  const auto entry = [row](auto& parameters) -> recordio::Values<Memory> {
+    const auto kind = recordio::kind_of<std::remove_reference_t<decltype(*parameters.data())>>();
+    return {
+        kind, kind, parameters.data() + (row - 1), 1, parameters.extent(1), parameters_per_block};
+  };
+  return parameters_are_double(path) ? entry(dqvar) : entry(sqvar);
 }
+
+/// Arrays that hold all variables of all points: what a whole body is read into or written from.
+/// `Real` is const for writing.
+template <class Real>
+struct WholeArrays {
+  BodyPath path;
+  const PointNumbering& points;
+  array_view<Real, 2> flow;      ///< (variable, point)
+  array_view<Real, 2> triplets;  ///< (3, point)
+  integer last_parameter_row;    ///< row that serves all further blocks
+
+  template <class List>
+  void add_parameters(List& list, integer block) const {
+    list.push_back(
+        parameter_row<recordio::MemoryOf<Real>>(path, std::min(block, last_parameter_row)));
+  }
+  template <class List>
+  void add_triplets(List& list, integer block) const {
+    list.push_back(variable_lines(triplets, points, block, 1, triplet));
+  }
+  template <class List>
+  void add_variables(List& list, integer block, integer first, integer last) const {
+    list.push_back(variable_lines(flow, points, block, first, last));
+  }
+};
 
 }  // namespace mod_p3dgrid

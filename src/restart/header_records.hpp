@@ -7,9 +7,9 @@
 /// `Double` are const for writing.
 namespace mod_p3dgrid {
 
-/// Kind in which a header's time-step size is stored.
-[[nodiscard]] inline recordio::FileKind step_kind(logical dblprec) {
-  return dblprec ? recordio::FileKind::real8 : recordio::FileKind::real4;
+/// Kind in which a header's time-step size is stored; text carries it in double precision.
+[[nodiscard]] inline recordio::FileKind step_kind(const recordio::Unit& unit, logical dblprec) {
+  return dblprec || !unit.stores_kinds() ? recordio::FileKind::real8 : recordio::FileKind::real4;
 }
 
 /// Layouts 1 and 100.

@@ -1,5 +1,5 @@
 #include <algorithm>
-#include <numeric>
+#include <limits>
 #include <string>
 
 #include "MOD_P3DReader.hpp"
@@ -24,8 +24,6 @@ allocatable<float, 2>& enlarged(const allocatable<float, 2>&) {
   return restart_staging().WTMP;
 }
 
-constexpr std::int64_t triplet = 3;
-
 /// Copies the rows that both arrays have, point by point, for `points` points.
 template <class To, class From>
 void copy_rows(const allocatable<From, 2>& from, allocatable<To, 2>& to, std::int64_t rows,
@@ -44,27 +42,11 @@ void copy_rows(const allocatable<From, 2>& from, allocatable<To, 2>& to, std::in
 
 /// Reads a whole body into arrays of kind `Real`.
 template <class Real>
-class BodyReader {
+class WholeReader {
  public:
-  BodyReader(const Unit& unit, const FileName& filename, const Layout& layout, BodyPath path,
-             const PointNumbering& points, allocatable<Real, 2>& flow,
-             allocatable<Real, 2>& triplets)
-      : unit_(unit),
-        filename_(filename),
-        layout_(layout),
-        path_(path),
-        points_(points),
-        flow_(flow),
-        triplets_(triplets) {}
-
-  bool read(integer nblocks) {
-    const bool leading = whole_read_takes_leading_record(layout_, path_);
-    const auto records = block_records(layout_, leading, older_levels());
-    const integer highest = checked_highest_variable(records);
-    if (points_.total > 0) check_variables(filename_, highest, flow_.extent(1));
-    return walk_blocks(records, nblocks, *this) &&
-           (!layout_.extensions || walk_extensions(nblocks, *this));
-  }
+  WholeReader(const Unit& unit, const Layout& layout, WholeArrays<Real> arrays,
+              allocatable<Real, 2>& flow)
+      : unit_(unit), layout_(layout), arrays_(arrays), flow_(flow) {}
 
   bool begin_block(integer block) const {
     if (debugprint) message("Reading flow variables for grid ", block);
@@ -72,19 +54,12 @@ class BodyReader {
     return true;
   }
 
-  bool move(integer block, const BodyRecord& record) {
-    switch (record.kind) {
-      case BodyRecordKind::parameters:
-        return read_parameters(block);
-      case BodyRecordKind::leading:
-        return unit_.read(
-            {variable_lines(triplets_.data(), triplets_.extent(1), points_, block, 1, triplet),
-             flow_lines(block, record)});
-      case BodyRecordKind::section:
-        return unit_.read({flow_lines(block, record)});
-      case BodyRecordKind::older_level:
-        return skip_older_level(block, record);
+  bool move(integer block, const BodyRecord& record) const {
+    if (record.kind == BodyRecordKind::older_level) {
+      return skip_older_level(unit_, arrays_.path, arrays_.points.npts(block), record);
     }
+    if (!unit_.read(list_of<void>(arrays_, block, record))) return false;
+    if (record.kind == BodyRecordKind::parameters) copy_parameters(block);
     return true;
   }
 
@@ -93,61 +68,43 @@ class BodyReader {
   bool extend(const Extension& extension) {
     mod_gridvars::numrstrtvar(2) = extension.numrstrtvar;
     if (flow_.extent(1) >= extension.last) return true;
+    const std::int64_t points = arrays_.points.total;
     allocatable<Real, 2>& larger = enlarged(flow_);
-    if (!allocate_checked(larger, extension.last, points_.total)) {
+    if (!allocate_staging(larger, extension.last, points)) {
       unit_.fail("no memory", std::to_string(extension.last) + " flow variables");
       return false;
     }
-    copy_rows(flow_, larger, extension.kept, points_.total);
+    // Rows that no record fills, because a chain skips them or leaves values out, hold 0.
+    std::ranges::fill(larger.span(), Real{0});
+    copy_rows(flow_, larger, extension.kept, points);
     flow_ = std::move(larger);
+    arrays_.flow = flow_;
     return true;
   }
 
   bool chain_without_end() const {
-    unit_.fail("three flags, none of them 999",
-               "a chain of at most three flags that ends with 999");
+    fail_without_end(unit_);
     return false;
   }
 
  private:
-  auto flow_lines(integer block, const BodyRecord& record) {
-    return variable_lines(flow_.data(), flow_.extent(1), points_, block, record.first, record.last);
-  }
-
-  bool read_parameters(integer block) const {
-    if (parameters_are_double(path_)) return read_parameters_into(dqvar, block);
-    return read_parameters_into(sqvar, block);
-  }
-
-  template <class Parameters>
-  bool read_parameters_into(Parameters& parameters, integer block) const {
-    if (!unit_.read({parameter_row(parameters, block)})) return false;
-    // The module's copies follow files of records only; text leaves them as they were.
-    if (path_ == BodyPath::text) return true;
-    p3dxm1 = static_cast<double>(parameters(block, 1));
-    p3dalfa = static_cast<double>(parameters(block, 2));
-    p3dre = static_cast<double>(parameters(block, 3));
-    p3dtau = static_cast<double>(parameters(block, 4));
-    return true;
-  }
-
-  /// Text has no such records: it is asked for one without being text, and that fails.
-  bool skip_older_level(integer block, const BodyRecord& record) const {
-    if (path_ != BodyPath::text) {
-      return unit_.read(
-          {recordio::dropped(real_kind(path_), record.variables() * points_.npts(block))});
-    }
-    unit_.fail("a text file", "an unformatted record of an older time level");
-    return false;
+  /// Makes the module's copies those of the block just read. They follow files of records only;
+  /// text leaves them as they were.
+  void copy_parameters(integer block) const {
+    const auto copy = [block](const auto& parameters) {
+      p3dxm1 = static_cast<double>(parameters(block, 1));
+      p3dalfa = static_cast<double>(parameters(block, 2));
+      p3dre = static_cast<double>(parameters(block, 3));
+      p3dtau = static_cast<double>(parameters(block, 4));
+    };
+    if (arrays_.path == BodyPath::single_records) copy(sqvar);
+    if (arrays_.path == BodyPath::double_records) copy(dqvar);
   }
 
   const Unit& unit_;
-  const FileName& filename_;
   const Layout& layout_;
-  BodyPath path_;
-  const PointNumbering& points_;
+  WholeArrays<Real> arrays_;
   allocatable<Real, 2>& flow_;
-  allocatable<Real, 2>& triplets_;
 };
 
 /// The arguments and the header's findings that a body is read with.
@@ -161,51 +118,85 @@ struct RestartRead {
   allocatable<float, 2>& varvalues;
   allocatable<float, 2>& auxvalues;
 
-  [[nodiscard]] bool no_memory(const char* what) const {
-    unit.fail("no array to read into", what);
+  [[nodiscard]] bool fail(const char* expected) const {
+    unit.fail("no array to read into", expected);
     return false;
   }
 
-  /// A header may announce more variables than memory has room for; the file's size tells.
-  [[nodiscard]] bool may_hold_flow() const {
-    const std::int64_t variables = std::max<std::int64_t>(0, variables_per_point());
-    std::int64_t values = 0;
-    if (__builtin_mul_overflow(variables, points.total, &values)) {
-      return no_memory("as many flow variables as the header tells");
-    }
-    return unit.can_hold(
-        values, real_kind(path), true,
-        std::to_string(variables) + " variables at " + std::to_string(points.total) + " points");
+  [[nodiscard]] std::vector<BodyRecord> records() const {
+    const bool leading = whole_read_takes_leading_record(layout, path);
+    return block_records(layout, leading ? std::optional(leading_variables) : std::nullopt,
+                         older_levels());
   }
 
-  /// Prepares what layouts 100 and 101 need besides the flow array.
+  /// Whether the file can hold the flow that its header tells, or the section table asks for;
+  /// looked at before memory is taken for it.
+  [[nodiscard]] bool may_hold_flow() const {
+    std::int64_t per_point = 0;
+    for (const BodyRecord& record : records()) per_point += record.variables();
+    std::int64_t counted = 0;
+    for (integer b = 1; layout.counted_variables && b <= ngrid; ++b) {
+      if (nfvar(b) < 0) {
+        unit.fail(std::to_string(nfvar(b)) + " variables in block " + std::to_string(b),
+                  "a count from 0 on");
+        return false;
+      }
+      counted += std::int64_t{nfvar(b)} * points.npts(b);
+    }
+    std::int64_t asked_for = 0;
+    if (__builtin_mul_overflow(per_point, points.total, &asked_for)) {
+      asked_for = std::numeric_limits<std::int64_t>::max();
+    }
+    return unit.can_hold(std::max(counted, asked_for), real_kind(path),
+                         recordio::Claim::as_far_as_it_goes,
+                         "the flow variables of " + std::to_string(points.total) + " points");
+  }
+
+  /// Allocates what layouts 100 and 101 need besides the flow array.
   [[nodiscard]] bool prepare_triplets() const {
     if (!layout.triplets) return true;
-    constexpr integer leading_variables = 5;
     mod_gridvars::numrstrtvar(1) = leading_variables;
     iflag.fill(0);
     integer status = auxvalues.allocate(triplet, points.total);
-    const bool staged = path == BodyPath::double_records;
+    if (path != BodyPath::double_records) {
+      mod_gridvars::checkallocationerror(status);
+      return covers(auxvalues, triplet, points.total) || fail("an unallocated array for triplets");
+    }
     auto& DX = restart_staging().DX;
-    if (staged && status == allocation_done) status = DX.allocate(triplet, points.total);
+    if (status == allocation_done) status = DX.allocate(triplet, points.total);
     mod_gridvars::checkallocationerror(status);
-    const bool usable =
-        covers(auxvalues, triplet, points.total) && (!staged || covers(DX, triplet, points.total));
-    return usable || no_memory("an unallocated array for the triplets");
+    if (!covers(DX, triplet, points.total)) DX.deallocate();
+    const bool staged = DX.allocated() || DX.allocate(triplet, points.total) == allocation_done;
+    return (staged && covers(auxvalues, triplet, points.total)) ||
+           fail("an unallocated array for triplets");
   }
 
+  /// Reads the body into arrays that the caller has allocated.
   template <class Real>
   [[nodiscard]] bool read_into(allocatable<Real, 2>& flow, allocatable<Real, 2>& triplets) {
-    if (!may_hold_flow()) return false;
-    if (!allocate_checked(flow, variables_per_point(), points.total)) {
-      return no_memory("an unallocated array for the flow variables");
-    }
     if (!prepare_triplets()) return false;
     if (path == BodyPath::text) {  // a null value leaves 0, not a value of chance
       std::ranges::fill(flow.span(), Real{0});
-      std::ranges::fill(triplets.span(), Real{0});
+      if (layout.triplets) std::ranges::fill(triplets.span(), Real{0});
     }
-    return BodyReader<Real>(unit, filename, layout, path, points, flow, triplets).read(ngrid);
+    WholeReader<Real> reader(unit, layout, {path, points, flow, triplets, ngrid}, flow);
+    return walk_body(layout, records(), ngrid, reader);
+  }
+
+  /// Looks at table and file before memory is taken, so that a mistake leaves none behind.
+  [[nodiscard]] bool read() {
+    const std::int64_t variables = variables_per_point();
+    const integer highest = checked_highest_variable(records());
+    if (points.total > 0) check_variables(filename, highest, variables);
+    if (!may_hold_flow()) return false;
+    if (path == BodyPath::double_records) {
+      return allocate_staging(restart_staging().DW, variables, points.total)
+                 ? read_staged()
+                 : fail("a staging array for the flow variables");
+    }
+    return allocate_checked(varvalues, variables, points.total)
+               ? read_into(varvalues, auxvalues)
+               : fail("an unallocated array for the flow variables");
   }
 
   /// Reads through the staging arrays and rounds all of it at the end.
@@ -217,13 +208,15 @@ struct RestartRead {
       // The triplets' array exists since before the blocks were read, and the host is told so. For
       // layout 100 this step is missing: its triplets stay unset and `DX` stays allocated.
       mod_gridvars::checkallocationerror(auxvalues.allocate(triplet, points.total));
-      if (!covers(auxvalues, triplet, points.total)) return no_memory("an array for the triplets");
+      if (!covers(auxvalues, triplet, points.total)) return fail("an array for the triplets");
       copy_rows(DX, auxvalues, triplet, points.total);
       DX.deallocate();
     }
+    // The last block's count may not be the largest; all that was read is handed over.
+    if (layout.counted_variables) mod_gridvars::numrstrtvar(1) = most_variables();
     const std::int64_t variables = variables_per_point();
     if (!allocate_checked(varvalues, variables, points.total)) {
-      return no_memory("an unallocated array for the flow variables");
+      return fail("an unallocated array for the flow variables");
     }
     copy_rows(DW, varvalues, variables, points.total);
     DW.deallocate();
@@ -231,10 +224,16 @@ struct RestartRead {
   }
 };
 
+/// The caller's extents, one entry per block.
+struct CallerExtents {
+  array_view<const integer, 1> idim;
+  array_view<const integer, 1> jdim;
+  array_view<const integer, 1> kdim;
+};
+
 /// The parameters of layout 2, one row of zeros per block.
 template <class Parameters>
 bool allocate_parameters(const Unit& unit, Parameters& parameters, integer ngrid) {
-  constexpr integer parameters_per_block = 4;
   const bool usable = allocate_checked(parameters, std::max(ngrid, 0), parameters_per_block);
   std::ranges::fill(parameters.span(), 0);
   if (!usable) unit.fail("no array to read into", "an unallocated array for the flow parameters");
@@ -252,9 +251,7 @@ bool prepare_parameters(const Unit& unit, integer iformat, logical dblprec, inte
 /// With `readallvars` false the flow array is sized for one variable and left unset.
 void size_for_one_variable(array_view<const integer, 1> blockpoints,
                            allocatable<float, 2>& varvalues) {
-  const std::int64_t points = std::accumulate(
-      blockpoints.data(), blockpoints.data() + blockpoints.extent(1), std::int64_t{0});
-  mod_gridvars::checkallocationerror(varvalues.allocate(1, points));
+  mod_gridvars::checkallocationerror(varvalues.allocate(1, sum(blockpoints)));
 }
 
 bool read_whole_body(RestartRead& read, integer nblocks, const CallerExtents& extents) {
@@ -264,12 +261,21 @@ bool read_whole_body(RestartRead& read, integer nblocks, const CallerExtents& ex
                      "at most " + std::to_string(nblocks));
       return false;
     }
-    read.points = checked_numbering(read.filename, read.ngrid, extents);
+    read.points = checked_numbering(restart_file(read.filename), read.ngrid, extents.idim,
+                                    extents.jdim, extents.kdim);
   }
   if (read.layout.counted_variables) mod_gridvars::numrstrtvar(1) = most_variables();
   if (!read.unit.known()) return true;
-  return read.path == BodyPath::double_records ? read.read_staged()
-                                               : read.read_into(read.varvalues, read.auxvalues);
+  return read.read();
+}
+
+/// Releases what a read that ends in an exception has staged.
+void release_staging(const Layout& layout) {
+  RestartStaging& staging = restart_staging();
+  staging.DW.deallocate();
+  staging.DWTMP.deallocate();
+  staging.WTMP.deallocate();
+  if (layout.triplets) staging.DX.deallocate();
 }
 
 /// False after a failed read that the host has not been told of.
@@ -313,9 +319,14 @@ void readp3drestart(const FileName& filename, integer iformat, logical dblprec, 
   }
   RestartRead read{filename, unit, layout,    body_path(unit, dblprec),
                    ngrid,    {},   varvalues, auxvalues};
-  if (!read_restart(read, iformat, dblprec, nblocks, blockpoints, {idim, jdim, kdim})) {
-    mod_gridvars::dispfilereaderror();
+  bool complete = false;
+  try {
+    complete = read_restart(read, iformat, dblprec, nblocks, blockpoints, {idim, jdim, kdim});
+  } catch (...) {
+    release_staging(layout);
+    throw;
   }
+  if (!complete) mod_gridvars::dispfilereaderror();
 }
 
 }  // namespace mod_p3dgrid

@@ -28,7 +28,7 @@ bool read_talven(const Unit& unit, integer& nblocks, logical dblprec) {
   if (!unit.read({scalar(fileversion), scalar(eqid)})) return false;
   double step_size = dtau;
   if (!unit.read({scalar(nblocks), scalar(talnvar), scalar(itimeint), scalar(ibeta), scalar(nstep),
-                  recordio::real_scalar(step_size, step_kind(dblprec))})) {
+                  recordio::real_scalar(step_size, step_kind(unit, dblprec))})) {
     return false;
   }
   const bool with_parameters = eqid == equations_with_parameters;
@@ -59,7 +59,7 @@ bool allocate_extents(const Unit& unit, integer nblocks, HeaderExtents& extents)
 bool read_single_block(const Unit& unit, logical dblprec, HeaderExtents& extents) {
   if (!allocate_extents(unit, 1, extents)) return false;
   return unit.read(single_block_record(extents.IENG(1), extents.JENG(1), extents.KENG(1), nstep,
-                                       dtau, step_kind(dblprec)));
+                                       dtau, step_kind(unit, dblprec)));
 }
 
 bool read_lead(const Unit& unit, HeaderKind header, integer& nblocks, logical dblprec,
@@ -71,7 +71,7 @@ bool read_lead(const Unit& unit, HeaderKind header, integer& nblocks, logical db
     case HeaderKind::talven:
       return read_talven(unit, nblocks, dblprec);
     case HeaderKind::time_step:
-      return unit.read(time_step_record(nstep, dtau, nblocks, step_kind(dblprec)));
+      return unit.read(time_step_record(nstep, dtau, nblocks, step_kind(unit, dblprec)));
     case HeaderKind::single_block:
       return read_single_block(unit, dblprec, extents);
     case HeaderKind::plot3d:
@@ -91,10 +91,17 @@ bool prepare_variable_counts(const Unit& unit, integer nblocks) {
       return false;
     }
   }
-  if (nfvar.size() >= nblocks) return true;
+  if (nfvar.size() >= nblocks || !unit.known()) return true;
   unit.fail(std::to_string(nblocks) + " blocks",
             "at most " + std::to_string(nfvar.size()) + ", for which nfvar is allocated");
   return false;
+}
+
+/// A block without extents of its own has a record in the body.
+recordio::Claim claim_of(DimensionKind dimensions) {
+  const bool in_one_record = dimensions == DimensionKind::one_record ||
+                             dimensions == DimensionKind::one_record_with_variables;
+  return in_one_record ? recordio::Claim::one_record : recordio::Claim::records;
 }
 
 bool read_extents(const Unit& unit, DimensionKind dimensions, integer nblocks,
@@ -112,7 +119,7 @@ bool read_extents(const Unit& unit, DimensionKind dimensions, integer nblocks,
       return read_dimension_record(unit, nblocks, {ieng, jeng, keng});
     case DimensionKind::one_record_with_variables:
       return prepare_variable_counts(unit, nblocks) &&
-             read_dimension_record(unit, nblocks, {ieng, jeng, keng, nfvar});
+             (!unit.known() || read_dimension_record(unit, nblocks, {ieng, jeng, keng, nfvar}));
   }
   return true;
 }
@@ -128,7 +135,7 @@ bool read_restart_header(const FileName& filename, integer iformat, logical dblp
   nblocks = 1;
   unit.open(filename, OpenStatus::old);
   const bool complete = read_lead(unit, layout.header, nblocks, dblprec, multiblock, extents) &&
-                        can_hold_dimensions(unit, nblocks) &&
+                        can_hold_dimensions(unit, nblocks, claim_of(layout.dimensions)) &&
                         allocate_extents(unit, nblocks, extents) &&
                         read_extents(unit, layout.dimensions, nblocks, extents);
   if (!complete) mod_gridvars::dispfilereaderror();

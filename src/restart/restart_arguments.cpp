@@ -1,7 +1,9 @@
 #include "restart/restart_arguments.hpp"
 
+#include <numeric>
 #include <string>
 
+#include "restart/body.hpp"
 #include "state/run_end.hpp"
 
 namespace mod_p3dgrid {
@@ -12,8 +14,12 @@ void announce_restart(integer mode, const FileName& filename, integer iformat, l
                               variable, {}, multiblock, {}, {});
 }
 
+std::string restart_file(const FileName& filename) {
+  return "restart file " + std::string(filename.view());
+}
+
 void refuse_restart(const FileName& filename, const std::string& reason) {
-  fail_run("restart file " + std::string(filename.view()) + ": " + reason);
+  fail_run(restart_file(filename) + ": " + reason);
 }
 
 void check_layout(const FileName& filename, const Layout& layout, integer rsttype) {
@@ -21,29 +27,39 @@ void check_layout(const FileName& filename, const Layout& layout, integer rsttyp
   refuse_restart(filename, std::to_string(rsttype) + " is no restart layout");
 }
 
-PointNumbering checked_numbering(const FileName& filename, integer nblocks,
-                                 const CallerExtents& extents) {
-  for (const auto* column : {&extents.idim, &extents.jdim, &extents.kdim}) {
-    if (column->extent(1) >= nblocks) continue;
-    refuse_restart(filename, "extents of " + std::to_string(column->extent(1)) +
-                                 " blocks for a file of " + std::to_string(nblocks));
-  }
-  PointNumbering points;
-  for (auto* array : {&points.npts, &points.istart, &points.iend}) {
-    if (array->allocate(nblocks) != allocation_done) refuse_restart(filename, "out of memory");
-  }
-  for (integer b = 1; b <= nblocks; ++b) {
-    if (points.number_block(b, extents.idim(b), extents.jdim(b), extents.kdim(b))) continue;
-    refuse_restart(filename, "extents of block " + std::to_string(b) +
-                                 " are below 0 or more than 32 bits can count");
-  }
-  return points;
+std::int64_t sum(array_view<const integer, 1> blockpoints) {
+  return std::accumulate(blockpoints.data(), blockpoints.data() + blockpoints.extent(1),
+                         std::int64_t{0});
 }
 
 void check_variables(const FileName& filename, integer highest, std::int64_t rows) {
   if (highest <= rows) return;
   refuse_restart(filename, "the section table names variable " + std::to_string(highest) +
                                ", the flow array has " + std::to_string(rows));
+}
+
+void check_points(const FileName& filename, const char* name, std::int64_t points_held,
+                  const PointNumbering& points) {
+  if (points_held >= points.total) return;
+  refuse_restart(filename, std::string(name) + " holds " + std::to_string(points_held) +
+                               " points, " + std::to_string(points.total) + " are needed");
+}
+
+void check_triplets(const FileName& filename, const char* name, array_view<const float, 2> triplets,
+                    const PointNumbering& points) {
+  check_points(filename, name, triplets.extent(2), points);
+  if (triplets.extent(1) >= triplet || points.total == 0) return;
+  refuse_restart(filename, std::string(name) + " holds no three values per point");
+}
+
+void check_state_to_write(const FileName& filename, const Layout& layout, integer nblocks) {
+  if (layout.counted_variables && nfvar.allocated() && nfvar.size() < nblocks) {
+    refuse_restart(filename, "nfvar holds " + std::to_string(nfvar.size()) + " blocks, " +
+                                 std::to_string(nblocks) + " are to be written");
+  }
+  if (layout.extensions && !extension_chain_ends()) {
+    refuse_restart(filename, "iflag holds no flag 999 to end its chain");
+  }
 }
 
 }  // namespace mod_p3dgrid

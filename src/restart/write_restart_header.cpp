@@ -50,11 +50,11 @@ void write_lead(const Unit& unit, HeaderKind header, const integer& nblocks, log
       message("TALVEN Writer not implimented!");
       stop_run();
     case HeaderKind::time_step:
-      return unit.write(
-          time_step_record(std::as_const(nstep), std::as_const(dtau), nblocks, step_kind(dblprec)));
+      return unit.write(time_step_record(std::as_const(nstep), std::as_const(dtau), nblocks,
+                                         step_kind(unit, dblprec)));
     case HeaderKind::single_block:
       return unit.write(single_block_record(idim(1), jdim(1), kdim(1), std::as_const(nstep),
-                                            std::as_const(dtau), step_kind(dblprec)));
+                                            std::as_const(dtau), step_kind(unit, dblprec)));
     case HeaderKind::plot3d:
       if (multiblock) unit.write({scalar(nblocks)});
       return;

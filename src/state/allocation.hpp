@@ -14,6 +14,16 @@ template <class T, std::size_t Rank, class... Extent>
   return array.allocated() && ((array.extent(++dimension) >= extent) && ...);
 }
 
+/// Allocates a staging array and hands the status to the host. One that an earlier call has left
+/// is reported, and then made anew if it is too small. True when it can be used as asked.
+template <class T, std::size_t Rank, class... Extent>
+[[nodiscard]] bool allocate_staging(allocatable<T, Rank>& array, Extent... extent) {
+  mod_gridvars::checkallocationerror(array.allocate(extent...));
+  if (covers(array, extent...)) return true;
+  array.deallocate();
+  return array.allocate(extent...) == allocation_done;
+}
+
 /// Allocates the array and hands the status to the host. True when it can be used as asked.
 template <class T, std::size_t Rank, class... Extent>
 [[nodiscard]] bool allocate_checked(allocatable<T, Rank>& array, Extent... extent) {

@@ -1,5 +1,6 @@
 #include "state/messages.hpp"
 
+#include <algorithm>
 #include <cstdio>
 #include <functional>
 #include <utility>
@@ -47,6 +48,17 @@ std::string column(integer number, std::size_t width) {
   const std::string digits = std::to_string(number);
   if (digits.size() > width) return std::string(width, '*');
   return std::string(width - digits.size(), ' ') + digits;
+}
+
+std::string zero_padded(integer number, std::size_t digits) {
+  const std::string text = std::to_string(number);
+  if (number < 0 || text.size() > digits) return std::string(digits, '*');
+  return std::string(digits - text.size(), '0') + text;
+}
+
+std::string_view left_adjusted(const FileName& name) {
+  const std::string_view text = name.view();
+  return text.substr(std::min(text.find_first_not_of(' '), text.size()));
 }
 
 }  // namespace mod_p3dgrid

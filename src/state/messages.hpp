@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "mod_p3dgrid/file_name.hpp"
 #include "mod_p3dgrid/logical.hpp"
 
 namespace mod_p3dgrid {
@@ -33,5 +34,11 @@ void message(const Items&... items) {
 
 /// `number` right-justified in `width` columns; asterisks if it does not fit.
 [[nodiscard]] std::string column(integer number, std::size_t width);
+
+/// `number` as just so many digits, with leading zeros; asterisks if it does not fit.
+[[nodiscard]] std::string zero_padded(integer number, std::size_t digits);
+
+/// A file name without blanks around it; valid as long as `name`.
+[[nodiscard]] std::string_view left_adjusted(const FileName& name);
 
 }  // namespace mod_p3dgrid

@@ -2,6 +2,8 @@
 
 #include <limits>
 
+#include "state/run_end.hpp"
+
 namespace mod_p3dgrid {
 
 bool PointNumbering::number_block(integer block, integer i, integer j, integer k) {
@@ -15,6 +17,27 @@ bool PointNumbering::number_block(integer block, integer i, integer j, integer k
   total += points;
   iend(block) = static_cast<integer>(total);
   return true;
+}
+
+PointNumbering checked_numbering(const std::string& file, integer nblocks,
+                                 array_view<const integer, 1> idim,
+                                 array_view<const integer, 1> jdim,
+                                 array_view<const integer, 1> kdim) {
+  for (const auto* column : {&idim, &jdim, &kdim}) {
+    if (column->extent(1) >= nblocks) continue;
+    fail_run(file + ": extents of " + std::to_string(column->extent(1)) + " blocks for " +
+             std::to_string(nblocks));
+  }
+  PointNumbering points;
+  for (auto* array : {&points.npts, &points.istart, &points.iend}) {
+    if (array->allocate(nblocks) != allocation_done) fail_run(file + ": out of memory");
+  }
+  for (integer b = 1; b <= nblocks; ++b) {
+    if (points.number_block(b, idim(b), jdim(b), kdim(b))) continue;
+    fail_run(file + ": extents of block " + std::to_string(b) +
+             " are below 0 or more than 32 bits can count");
+  }
+  return points;
 }
 
 }  // namespace mod_p3dgrid

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 #include "mod_p3dgrid/arrays.hpp"
 
 namespace mod_p3dgrid {
@@ -21,5 +23,13 @@ struct PointNumbering {
   /// an extent is below 0 or when 32 bits cannot count the points up to here.
   [[nodiscard]] bool number_block(integer block, integer i, integer j, integer k);
 };
+
+/// Numbers the points of `nblocks` blocks by the caller's extents. Fewer extents than blocks, and
+/// extents that cannot be numbered, are an error of the run.
+/// @param file  what the message begins with: the file at work
+[[nodiscard]] PointNumbering checked_numbering(const std::string& file, integer nblocks,
+                                               array_view<const integer, 1> idim,
+                                               array_view<const integer, 1> jdim,
+                                               array_view<const integer, 1> kdim);
 
 }  // namespace mod_p3dgrid

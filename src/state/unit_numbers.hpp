@@ -12,4 +12,9 @@ inline constexpr integer restart_read = 201;   ///< restart file being read
 inline constexpr integer restart_write = 301;  ///< restart file or temporary file being written
 inline constexpr integer tecplot = 594;        ///< Tecplot file
 
+/// Temporary file of a variable, counted from 1, while it is combined: 302 upward.
+[[nodiscard]] constexpr integer temporary(integer variable) {
+  return restart_write + variable;
+}
+
 }  // namespace mod_p3dgrid::unit_number

@@ -181,7 +181,7 @@ TEST_F(WriteGrid, ArgumentsThatCannotBeMeantEndTheRunBeforeTheFileIsTouched) {
   expect_refused("extents of block 2");
   grid.jdim(2) = 2;
   grid.nblocks = 3;
-  expect_refused("fewer extents than blocks");
+  expect_refused("extents of 2 blocks for 3");
   grid.nblocks = 2;
   grid.ndim = 2;
   expect_refused("with 2 values each");

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "recordio/unit.hpp"
 #include "restart/restart_case.hpp"
 
 namespace mod_p3dgrid {
@@ -37,6 +38,14 @@ TEST_F(CheckRestart, ReturnsInSilenceWhenTheTwoAgree) {
   EXPECT_FALSE(is_open("grid"));
   EXPECT_FALSE(is_open("restart"));
   EXPECT_THAT(calls, ElementsAre("checkallocationerror(0)", "checkallocationerror(0)"));
+}
+
+TEST_F(CheckRestart, ClosesUnit23Too) {
+  write_file("spare", std::string("x"));
+  recordio::Unit(23, 0).open("spare", recordio::OpenStatus::old);
+  const Bytes both = Bytes().i4(1).i4s({2, 3, 4});
+  check(both, both);
+  EXPECT_FALSE(is_open("spare"));
 }
 
 TEST_F(CheckRestart, InOtherEncodingsAndLayouts) {

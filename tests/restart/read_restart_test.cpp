@@ -26,6 +26,11 @@ class ReadRestart : public InScratchFolder {
     restart.read("restart", made.form);
   }
 
+  static void read_uncounted() {
+    Restart restart(1);
+    read(restart, HandMadeRestart({.layout = 2, .iformat = 2, .blocks = 1, .multiblock = false}));
+  }
+
   static void expect_failed(const std::string& words) {
     EXPECT_EQ(count_calls("dispfilereaderror"), 1);
     EXPECT_TRUE(is_open("restart"));
@@ -192,6 +197,126 @@ TEST_F(ReadRestart, Layout3TakesTheBlocksVariableCounts) {
   EXPECT_THAT(counts, ElementsAre(0, 7, 5));
 }
 
+TEST_F(ReadRestart, Layout3KeepsAllVariablesWhereverTheBlockWithTheMostStands) {
+  for (const bool dblprec : {false, true}) {
+    nfvar.deallocate();
+    Bytes file = Bytes().i4s({2, 1, 1, 1, 3, 1, 1, 1, 2});
+    for (const double value : {1., 2., 3., 11., 12.}) {
+      if (dblprec) {
+        file.r8(value);
+      } else {
+        file.r4(static_cast<float>(value));
+      }
+    }
+    write_file("restart", file);
+    // Two functions of each block, the third of the first block on its own.
+    set_sections({{1, 2}});
+    mod_gridvars::numrstrtvar.fill(0);
+    Restart restart(2);
+    restart.idim = restart.jdim = restart.kdim = {1, 1};
+    restart.read("restart", {.layout = 3, .iformat = 2, .dblprec = dblprec});
+    EXPECT_EQ(count_calls("dispfilereaderror"), 0);
+    EXPECT_EQ(restart.varvalues.extent(1), 3);
+    EXPECT_EQ(restart.varvalues(2, 1), 2.F);
+    EXPECT_EQ(mod_gridvars::numrstrtvar(1), 3);
+  }
+}
+
+TEST_F(ReadRestart, Layout3WithFewerThanNoVariablesIsAFailedRead) {
+  for (const bool dblprec : {false, true}) {
+    for (const auto& [first, second] : {std::pair{7, -50}, {-50, 7}, {-1, -1}}) {
+      calls.clear();
+      nfvar.deallocate();
+      write_file("restart",
+                 Bytes().i4s({2, 1, 1, 1, first, 1, 1, 1, second}).str() + std::string(200, '\0'));
+      set_sections({});
+      Restart restart(2);
+      restart.idim = restart.jdim = restart.kdim = {1, 1};
+      restart.read("restart", {.layout = 3, .iformat = 2, .dblprec = dblprec});
+      expect_failed("expected a count from 0 on");
+    }
+  }
+}
+
+TEST_F(ReadRestart, TextLeavesTripletsOfOtherLayoutsAlone) {
+  Restart restart(2);
+  ASSERT_EQ(restart.auxvalues.allocate(1, 1), allocation_done);
+  restart.auxvalues(1, 1) = 42;
+  read(restart, HandMadeRestart({.layout = 1, .iformat = 1}));
+  EXPECT_EQ(restart.auxvalues(1, 1), 42);
+}
+
+TEST_F(ReadRestart, ExtensionVariablesAndTripletsLeftOutOfTextAreZero) {
+  write_file("restart", std::string("2 1 1 7 .5\n,,1 1 1 1 1 1 2 2 3 3 4 4 5 5\n1\n"
+                                    "6 6 7 7,,, 9 9 10/\n999\n"));
+  set_sections({{1, 5}});
+  Restart restart(1);
+  restart.idim = {2};
+  restart.jdim = restart.kdim = {1};
+  restart.read("restart", {.layout = 101, .iformat = 1});
+  ASSERT_EQ(count_calls("dispfilereaderror"), 0) << p3dlastfailure().describe();
+  EXPECT_EQ(restart.varvalues(8, 1), 0.F);
+  EXPECT_EQ(restart.varvalues(8, 2), 0.F);
+  EXPECT_EQ(restart.varvalues(10, 1), 10.F);
+  EXPECT_EQ(restart.varvalues(10, 2), 0.F);
+  EXPECT_EQ(restart.auxvalues(1, 1), 0.F);
+}
+
+TEST_F(ReadRestart, ParametersLeftOutOfTextAreZero) {
+  write_file("restart", std::string("1\n1 1 1\n.5,,/\n1 2 3 4 5\n"));
+  set_sections({{1, 5}});
+  Restart restart(1);
+  restart.idim = restart.jdim = restart.kdim = {1};
+  restart.read("restart", {.layout = 2, .iformat = 1});
+  EXPECT_EQ(vector_of(dqvar), (std::vector{.5, 0., 0., 0.}));
+}
+
+TEST_F(ReadRestart, WhatIsNotReadIsNotAskedOfTheFile) {
+  // No section of 8,000,000 points and 5 variables.
+  write_file("restart", std::string());
+  set_sections({});
+  mod_gridvars::numrstrtvar(1) = 5;
+  Restart restart(1);
+  restart.idim = restart.jdim = restart.kdim = {200};
+  restart.read("restart", {.layout = 102, .iformat = 2});
+  EXPECT_EQ(count_calls("dispfilereaderror"), 0);
+  EXPECT_EQ(restart.varvalues.extent(2), 8'000'000);
+}
+
+TEST_F(ReadRestart, OlderTimeLevelsOfAbsurdSectionsAreErrorsOfTheRun) {
+  HandMadeRestart made({.layout = 0, .iformat = 0, .blocks = 1, .sections = {}});
+  made.time_integration = 2;
+  set_sections({});
+  mod_gridvars::numrstrtvar(1) = 5;
+  mod_gridvars::rstrtvarsct(1, 1) = std::numeric_limits<integer>::min();
+  mod_gridvars::rstrtvarsct(1, 2) = std::numeric_limits<integer>::max();
+  Restart restart(1);
+  expect_refused(restart, made, "the section table names variable 2147483647");
+}
+
+TEST_F(ReadRestart, AllocatedTripletsAreReportedAndNeverOverrun) {
+  for (const bool dblprec : {false, true}) {
+    const HandMadeRestart made({.layout = 101, .iformat = 0, .dblprec = dblprec, .blocks = 1});
+    calls.clear();
+    Restart restart(1);
+    ASSERT_EQ(restart.auxvalues.allocate(3, 3), allocation_done);  // one point too few
+    read(restart, made);
+    expect_failed("expected an unallocated array for triplets");
+    restart_staging() = {};
+    calls.clear();
+    Restart large(1);
+    ASSERT_EQ(large.auxvalues.allocate(3, 4), allocation_done);
+    read(large, made);
+    EXPECT_EQ(count_calls("dispfilereaderror"), 0);
+    EXPECT_EQ(vector_of(large.auxvalues), made.auxvalues());
+  }
+}
+
+TEST_F(ReadRestart, AnnouncesAMissingBlockCount) {
+  read_uncounted();
+  EXPECT_EQ(calls.front(), "dispreadwrite(1, 40, 200, restart, 2, F, -, -, F, -, -)");
+}
+
 TEST_F(ReadRestart, Layout3WithoutBlocksHasTheSmallestIntegerOfVariables) {
   write_file("restart", Bytes().i4(0));
   mod_gridvars::numrstrtvar.fill(0);
@@ -301,15 +426,33 @@ TEST_F(ReadRestart, Layout100InDoublePrecisionKeepsItsStagingForTheNextReadToRep
   EXPECT_FALSE(restart_staging().DX.allocated());
 }
 
-TEST_F(ReadRestart, StagingOfOtherBoundsIsUsedOnlyIfItIsLargeEnough) {
+TEST_F(ReadRestart, StagingOfOtherBoundsIsReportedAndMadeAnew) {
   const HandMadeRestart small({.layout = 100, .iformat = 0, .dblprec = true, .blocks = 1});
   Restart first(1);
   read(first, small);
   ASSERT_EQ(restart_staging().DX.extent(2), 4);
   calls.clear();
   Restart second(2);
-  read(second, HandMadeRestart({.layout = 100, .iformat = 0, .dblprec = true}));
-  expect_failed("expected an unallocated array for the triplets");
+  const HandMadeRestart larger({.layout = 100, .iformat = 0, .dblprec = true});
+  read(second, larger);
+  EXPECT_EQ(calls[3], "checkallocationerror(1)");
+  EXPECT_EQ(count_calls("dispfilereaderror"), 0);
+  EXPECT_EQ(vector_of(second.varvalues), larger.varvalues(5));
+  EXPECT_EQ(restart_staging().DX.extent(2), 7);
+}
+
+TEST_F(ReadRestart, ExceptionsReleaseTheStaging) {
+  const HandMadeRestart made({.layout = 1, .iformat = 0, .dblprec = true});
+  set_sections({{1, 5}});
+  p3dsetmessages([](std::string_view line) {
+    if (line == " Reading flow variables for grid 2") throw std::runtime_error("host");
+  });
+  Restart restart(2);
+  EXPECT_THROW(read_with_table_as_it_is(restart, made), std::runtime_error);
+  EXPECT_FALSE(restart_staging().DW.allocated());
+  mod_gridvars::rstrtvarsct(1, 2) = 9;
+  EXPECT_THROW(read_with_table_as_it_is(restart, made), RunEnded);
+  EXPECT_FALSE(restart_staging().DW.allocated());
 }
 
 TEST_F(ReadRestart, StagingLeftByAFailedReadIsReportedByTheNext) {
@@ -510,7 +653,7 @@ TEST_F(ReadRestart, ExtentsThatCannotBeMeantAreErrorsOfTheRun) {
   expect_refused(negative, made, "extents of block 2 are below 0");
   Restart shorter(2);
   shorter.kdim.pop_back();
-  expect_refused(shorter, made, "extents of 1 blocks for a file of 2");
+  expect_refused(shorter, made, "extents of 1 blocks for 2");
 }
 
 TEST_F(ReadRestart, AnUnknownLayoutIsAnErrorOfTheRun) {
@@ -528,7 +671,7 @@ TEST_F(ReadRestart, VariableCountsThatTheFileCannotHoldTakeNoMemory) {
   Restart restart(1);
   restart.idim = restart.jdim = restart.kdim = {100};
   restart.read("restart", {.layout = 3, .iformat = 2});
-  expect_failed("2000 variables at 1000000 points");
+  expect_failed("expected the flow variables of 1000000 points");
   EXPECT_FALSE(restart.varvalues.allocated());
 }
 

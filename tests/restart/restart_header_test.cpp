@@ -220,6 +220,28 @@ TEST_F(ReadRestartHeader, WithoutBlocksReadsTheOneRecordOfLayouts2And3) {
   EXPECT_EQ(next_integer(0), 42);
 }
 
+TEST_F(ReadRestartHeader, TinyTextCannotAnnounceManyBlocks) {
+  // Extents, or the body, have a line of each block's own, which no repeat count stands for.
+  for (const int layout : {1, 100}) {
+    calls.clear();
+    read(std::string("1 .5 50000000\n999999999*1"), 1, false, layout);
+    EXPECT_THAT(calls, ElementsAre("dispfilereaderror()"));
+  }
+}
+
+TEST_F(ReadRestartHeader, ATimeStepLeftOutOfTextStaysAsItIs) {
+  dtau = 9;
+  read(std::string("3 0\n1 6 0 8 99 ,/\n1 2 3\n"), 1, true, 0);
+  EXPECT_EQ(dtau, 9);
+}
+
+TEST_F(ReadRestartHeader, UnknownFormatsSayNothingOfVariableCountsTooFew) {
+  ASSERT_EQ(nfvar.allocate(0), allocation_done);
+  readrestartheader("missing", 7, true, nblocks, 3, true, idim, jdim, kdim);
+  EXPECT_EQ(count_calls("dispfilereaderror"), 0);
+  EXPECT_EQ(idim.size(), 1);
+}
+
 TEST_F(ReadRestartHeader, UnknownFormatsOpenAndReadNothing) {
   for (const int layout : {0, 1, 2, 3, 100, 101, 102}) {
     calls.clear();
@@ -345,6 +367,15 @@ TEST_F(WriteRestartHeader, OfLayout0HaltsTheRun) {
     }
   }
   EXPECT_EQ(read_file("restart"), "");
+}
+
+TEST_F(WriteRestartHeader, NeedsTheExtentsThatItWritesOnly) {
+  idim = jdim = kdim = {4};
+  EXPECT_EQ(written(2, false, 101), Bytes().i4s({4, 4, 4, 77}).r4(.1F).str());
+  idim = jdim = kdim = {};
+  EXPECT_EQ(written(2, false, 100), Bytes().i4(77).r4(.1F).i4(2).str());
+  EXPECT_EQ(written(2, false, 102), "");
+  EXPECT_THROW(static_cast<void>(written(2, false, 101)), RunEnded);
 }
 
 TEST_F(WriteRestartHeader, WithFewerExtentsThanBlocksIsAnErrorOfTheRun) {

@@ -150,6 +150,69 @@ TEST_F(WriteRestart, ParametersOfTheNeededPrecisionAreTakenEvenIfTheOtherIsAlloc
   EXPECT_EQ(written(filled(1, 1), wide), Bytes(extents).r8s({2, 2, 2, 2}).str());
 }
 
+TEST_F(WriteRestart, DoublePrecisionCreatesParametersFromSingle) {
+  set_sections({});
+  ASSERT_EQ(sqvar.allocate(1, 4), allocation_done);
+  std::ranges::fill(sqvar.span(), .1F);
+  const RestartForm form{
+      .layout = 2, .iformat = 2, .dblprec = true, .blocks = 1, .multiblock = false};
+  const double widened = .1F;
+  EXPECT_EQ(written(filled(1, 1), form),
+            Bytes().i4s({2, 1, 2}).r8s({widened, widened, widened, widened}).str());
+}
+
+TEST_F(WriteRestart, Layout2WithoutBlocksNeedsNoParameters) {
+  set_sections({{1, 5}});
+  EXPECT_EQ(written(filled(0, 5), {.layout = 2, .iformat = 2}, 0), Bytes().i4(0).str());
+}
+
+TEST_F(WriteRestart, TripletsAndFlowMayHaveMoreRowsThanAreWritten) {
+  set_sections({{1, 5}});
+  for (const bool dblprec : {false, true}) {
+    const HandMadeRestart made({.layout = 100, .iformat = 2, .dblprec = dblprec});
+    Restart restart = filled(2, 8);
+    ASSERT_EQ(restart.auxvalues.deallocate(), allocation_done);
+    ASSERT_EQ(restart.auxvalues.allocate(4, 7), allocation_done);
+    for (int p = 0; p < 7; ++p) {
+      for (int c = 1; c <= 3; ++c) {
+        restart.auxvalues(c, p + 1) = static_cast<float>(HandMadeRestart::triplet(c, p));
+      }
+      restart.auxvalues(4, p + 1) = 99;
+    }
+    EXPECT_EQ(written(restart, made.form), made.rounded().bytes());
+  }
+}
+
+TEST_F(WriteRestart, DoublePrecisionCopiesNoMoreRowsThanTheFlowHas) {
+  set_sections({{1, 5}});
+  mod_gridvars::numrstrtvar(2) = 4;  // counted, but in no section
+  const HandMadeRestart made({.layout = 1, .iformat = 2, .dblprec = true});
+  EXPECT_EQ(written(filled(2, 5), made.form), made.rounded().bytes());
+}
+
+TEST_F(WriteRestart, FlagsBehindTheEndOfTheChainAskForNoVariables) {
+  set_sections({{1, 5}});
+  iflag(1) = 999;
+  iflag(2) = iflag(3) = 1;
+  const HandMadeRestart made({.layout = 101, .iformat = 2, .blocks = 1});
+  EXPECT_EQ(written(filled(1, 5), made.form), made.rounded().bytes());
+}
+
+TEST_F(WriteRestart, Layout3WithoutVariableCountsWritesZerosInEitherPrecision) {
+  for (const bool dblprec : {false, true}) {
+    nfvar.deallocate();
+    set_sections({});
+    mod_gridvars::rstrtvarsct(1, 1) = 1;
+    mod_gridvars::rstrtvarsct(1, 2) = 5;
+    mod_gridvars::nfilesect = 1;
+    mod_gridvars::numrstrtvar(2) = 5;
+    const std::string bytes =
+        written(filled(1, 5), {.layout = 3, .iformat = 2, .dblprec = dblprec});
+    EXPECT_EQ(bytes.substr(0, 20), Bytes().i4s({1, 2, 1, 2, 0}).str());
+    EXPECT_EQ(bytes.size(), 20u + 5 * 4 * (dblprec ? 8 : 4));
+  }
+}
+
 TEST_F(WriteRestart, Layout100WritesTheLeadingRecordInEveryEncoding) {
   // Its first section is as long as numrstrtvar(1) says.
   set_sections({{1, 5}, {6, 7}});
@@ -248,12 +311,12 @@ TEST_F(WriteRestart, ArgumentsThatCannotBeMeantEndTheRunBeforeTheFileIsTouched) 
   expect_refused(filled(2, 5), {.layout = 55}, "55 is no restart layout");
   Restart few = filled(2, 5);
   few.idim[1] = 4;
-  expect_refused(few, {.layout = 1}, "varvalues holds 7 points, 8 are to be written");
+  expect_refused(few, {.layout = 1}, "varvalues holds 7 points, 8 are needed");
   few.idim[1] = -4;
   expect_refused(few, {.layout = 1}, "extents of block 2 are below 0");
   Restart no_triplets = filled(2, 5);
   no_triplets.auxvalues.deallocate();
-  expect_refused(no_triplets, {.layout = 100}, "auxvalues holds 0 points, 7 are to be written");
+  expect_refused(no_triplets, {.layout = 100}, "auxvalues holds 0 points, 7 are needed");
   ASSERT_EQ(no_triplets.auxvalues.allocate(2, 7), allocation_done);
   expect_refused(no_triplets, {.layout = 100}, "auxvalues holds no three values");
 }
@@ -273,7 +336,7 @@ TEST_F(WriteRestart, MissingParametersEndTheRunBeforeTheFileIsTouched) {
   set_sections({{1, 5}});
   expect_refused(filled(2, 5), {.layout = 2}, "neither sqvar nor dqvar is allocated");
   ASSERT_EQ(sqvar.allocate(1, 4), allocation_done);
-  expect_refused(filled(2, 5), {.layout = 2}, "sqvar holds 1 rows of 4, 2 of 4 are to be written");
+  expect_refused(filled(2, 5), {.layout = 2}, "sqvar holds 1 rows of 4, 2 of 4 are needed");
   expect_refused(filled(2, 5), {.layout = 2, .dblprec = true}, "sqvar holds 1 rows of 4");
   expect_refused(filled(2, 5), {.layout = 2}, "nparamrows is below 1", 0);
   sqvar.deallocate();

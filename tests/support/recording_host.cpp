@@ -5,6 +5,7 @@
 
 #include "recordio/record_markers.hpp"
 #include "restart/staging.hpp"
+#include "streaming/staging.hpp"
 #include "state/unit_numbers.hpp"
 
 namespace test_support {
@@ -60,6 +61,8 @@ void begin_run() {
   sqvar.deallocate();
   dqvar.deallocate();
   restart_staging() = {};
+  one_variable_staging() = {};
+  variable_write_staging() = {};
   mod_p3dgrid::tmpfile.fill({});
   mod_gridvars::nfilesect = 1;
   mod_gridvars::rstrtvarsct.fill(0);

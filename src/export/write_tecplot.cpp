@@ -1,0 +1,74 @@
+#include <string>
+
+#include "MOD_P3DReader.hpp"
+#include "recordio/unit.hpp"
+#include "state/messages.hpp"
+#include "state/point_numbering.hpp"
+#include "state/run_end.hpp"
+#include "state/unit_numbers.hpp"
+
+namespace mod_p3dgrid {
+namespace {
+
+using recordio::OpenStatus;
+using recordio::Unit;
+using recordio::WriteList;
+
+constexpr integer formatted = 1;
+
+/// Free-format lines begin with a blank; none stands before the name of the blanking variable.
+constexpr const char* variables_line = R"( VARIABLES = "X", "Y", "Z", "U", "V", "W", "P", "RHO")";
+constexpr const char* blanked_variables_line =
+    R"( VARIABLES = "X", "Y", "Z", "U", "V", "W", "P", "RHO","IBLANK")";
+
+std::string zone_line(integer block, integer i, integer j, integer k) {
+  constexpr std::size_t block_digits = 6;
+  constexpr std::size_t extent_digits = 4;
+  return "ZONE T=\"ZONE-" + zero_padded(block, block_digits) +
+         "\" I=" + zero_padded(i, extent_digits) + " J=" + zero_padded(j, extent_digits) +
+         " K=" + zero_padded(k, extent_digits);
+}
+
+void check_points(const std::string& file, const char* name, std::int64_t held,
+                  const PointNumbering& points) {
+  if (held >= points.total) return;
+  fail_run(file + ": " + name + " holds " + std::to_string(held) + " points, " +
+           std::to_string(points.total) + " are needed");
+}
+
+/// All rows of an array at the points of a block.
+template <class T>
+auto columns(array_view<const T, 2> array, const PointNumbering& points, integer block) {
+  const std::int64_t rows = array.extent(1);
+  return recordio::lines(array.data() + points.before(block) * rows, rows, rows,
+                         points.npts(block));
+}
+
+}  // namespace
+
+void writetecplotfile_p3d(const FileName& filename, integer nblocks,
+                          array_view<const double, 2> xyz, array_view<const double, 2> qvar,
+                          array_view<const integer, 1> idim, array_view<const integer, 1> jdim,
+                          array_view<const integer, 1> kdim, array_view<const integer, 1> iblank,
+                          logical useiblank) {
+  message("Writing to Tecplot file ", left_adjusted(filename), "...");
+  const std::string file = "Tecplot file " + std::string(filename.view());
+  const PointNumbering points = checked_numbering(file, nblocks, idim, jdim, kdim);
+  check_points(file, "xyz", xyz.extent(2), points);
+  check_points(file, "qvar", qvar.extent(2), points);
+  if (useiblank) check_points(file, "iblank", iblank.extent(1), points);
+
+  const Unit unit(unit_number::tecplot, formatted);
+  unit.open(filename, OpenStatus::unknown);
+  unit.write_line(useiblank ? blanked_variables_line : variables_line);
+  for (integer b = 1; b <= nblocks; ++b) {
+    unit.write_line(zone_line(b, idim(b), jdim(b), kdim(b)));
+    WriteList list{columns(xyz, points, b), columns(qvar, points, b)};
+    if (useiblank) {
+      list.push_back(recordio::values(iblank.data() + points.before(b), points.npts(b)));
+    }
+    unit.write_points(list, points.npts(b));
+  }
+}
+
+}  // namespace mod_p3dgrid

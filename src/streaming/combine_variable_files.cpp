@@ -1,0 +1,251 @@
+#include <algorithm>
+#include <string>
+
+#include "MOD_P3DReader.hpp"
+#include "recordio/unit.hpp"
+#include "restart/body.hpp"
+#include "restart/flow_parameters.hpp"
+#include "restart/restart_arguments.hpp"
+#include "state/allocation.hpp"
+#include "state/messages.hpp"
+#include "state/unit_numbers.hpp"
+
+namespace mod_p3dgrid {
+namespace {
+
+using recordio::FileKind;
+using recordio::OpenStatus;
+using recordio::Unit;
+
+constexpr integer unformatted = 0;
+
+/// The arguments that variable files are combined with.
+struct Combination {
+  array_view<const float, 2> leadvalues;
+  const FileName& filename;
+  const Unit& output;
+  const Layout& layout;
+  BodyPath path;
+  integer nparamrows;
+  integer nblocks;
+  std::int64_t variables;
+  PointNumbering points;
+};
+
+/// The temporary files, each open on its own unit, read in step.
+class VariableFiles {
+ public:
+  explicit VariableFiles(const allocatable<integer, 1>& units) : units_(units) {}
+
+  void open(integer variable) const { unit(variable).open(tmpfile(variable), OpenStatus::old); }
+  [[nodiscard]] Unit unit(integer variable) const { return Unit(units_(variable), unformatted); }
+
+  void close_and_delete() const {
+    for (integer m = 1; m <= units_.size(); ++m) unit(m).close_and_delete();
+  }
+
+ private:
+  const allocatable<integer, 1>& units_;
+};
+
+/// One block of all variables, a slot for each.
+template <class Real>
+struct BlockSlots {
+  const Combination& combination;
+  allocatable<Real, 2>& slots;  ///< (point of the block, variable)
+
+  template <class List>
+  void add_parameters(List& list, integer block) const {
+    list.push_back(
+        parameter_row<const void>(combination.path, std::min(block, combination.nparamrows)));
+  }
+  template <class List>
+  void add_triplets(List& list, integer block) const {
+    list.push_back(
+        stored_as(real_kind(combination.path),
+                  variable_lines(combination.leadvalues, combination.points, block, 1, triplet)));
+  }
+  template <class List>
+  void add_variables(List& list, integer block, integer first, integer last) const {
+    for (integer m = first; m <= last; ++m) {
+      // Text is made of single-precision values, which the temporary files hold widened.
+      const Real* const slot = slot_of(m);
+      list.push_back(stored_as(real_kind(combination.path),
+                               recordio::values(slot, combination.points.npts(block))));
+    }
+  }
+
+  [[nodiscard]] Real* slot_of(integer variable) const {
+    return slots.data() + (variable - 1) * slots.extent(1);
+  }
+};
+
+/// Writes a body out of the variable files, block by block.
+template <class Real>
+class Combiner {
+ public:
+  Combiner(const Combination& combination, const VariableFiles& files,
+           const std::vector<BodyRecord>& records, BlockSlots<Real> slots)
+      : combination_(combination), files_(files), records_(records), slots_(slots) {}
+
+  bool begin_block(integer block) {
+    const integer first_section = mod_gridvars::numrstrtvar(1);
+    if (!read_variables(block, 1, first_section)) return false;
+    // Further sections may name variables beyond those of the first.
+    for (const BodyRecord& record : records_) {
+      if (record.kind == BodyRecordKind::section &&
+          !read_variables(block, record.first, record.last)) {
+        return false;
+      }
+    }
+    message("Writing flow variables for grid ", block);
+    return true;
+  }
+
+  bool move(integer block, const BodyRecord& record) {
+    if (record.kind == BodyRecordKind::extension &&
+        !read_variables(block, record.first, record.last)) {
+      return false;
+    }
+    combination_.output.write(list_of<const void>(slots_, block, record));
+    return true;
+  }
+
+  bool move_flag(integer position) const {
+    combination_.output.write({recordio::scalar(std::as_const(iflag)(position))});
+    return true;
+  }
+
+  /// A variable that has been read before is read from its start again.
+  bool extend(const Extension& extension) {
+    for (integer m = extension.first; m <= extension.last; ++m) {
+      if (block_in_slot_(m) != 0) files_.open(m);
+      block_in_slot_(m) = 0;
+    }
+    return true;
+  }
+  bool chain_without_end() const { return true; }  // checked before a file is opened
+
+  /// Whether every file that was read has been read to its end.
+  [[nodiscard]] bool all_used_up() const {
+    for (integer m = 1; m <= combination_.variables; ++m) {
+      if (block_in_slot_(m) != 0 && !files_.unit(m).expect_end()) return false;
+    }
+    return true;
+  }
+
+ private:
+  /// Reads the block of each variable whose slot does not hold it yet.
+  bool read_variables(integer block, integer first, integer last) {
+    for (integer m = first; m <= last; ++m) {
+      if (block_in_slot_(m) == block) continue;
+      message("Reading flow variable ", m, " for grid ", block);
+      if (!files_.unit(m).read_whole(
+              {recordio::values(slots_.slot_of(m), combination_.points.npts(block))})) {
+        return false;
+      }
+      block_in_slot_(m) = block;
+    }
+    return true;
+  }
+
+  const Combination& combination_;
+  const VariableFiles& files_;
+  const std::vector<BodyRecord>& records_;
+  BlockSlots<Real> slots_;
+  fixed_array<integer, 15> block_in_slot_;  ///< 0 for a variable that was not read yet
+};
+
+/// Refuses, before a file is opened, what cannot be written, and more variables than have names.
+void check_arguments(const Combination& combination) {
+  const FileName& filename = combination.filename;
+  if (combination.variables > tmpfile.size()) {
+    refuse_restart(filename, std::to_string(combination.variables) +
+                                 " variables cannot be combined, at most " +
+                                 std::to_string(tmpfile.size()) + " can");
+  }
+  check_state_to_write(filename, combination.layout, combination.nblocks);
+  integer highest =
+      std::max(checked_highest_variable(block_records_with_leading(combination.layout)),
+               mod_gridvars::numrstrtvar(1));
+  if (combination.layout.extensions) highest = std::max(highest, highest_extension_variable());
+  if (combination.nblocks > 0) check_variables(filename, highest, combination.variables);
+  if (combination.layout.parameters) {
+    check_parameters_to_write(filename, combination.path, combination.nblocks,
+                              combination.nparamrows);
+  }
+  if (combination.layout.triplets) {
+    check_triplets(filename, "leadvalues", combination.leadvalues, combination.points);
+  }
+}
+
+template <class Real>
+bool write_body(const Combination& combination, const VariableFiles& files) {
+  integer largest = 0;
+  for (const integer points : combination.points.npts.span()) largest = std::max(largest, points);
+  allocatable<Real, 2> slots;
+  if (!allocate_checked(slots, largest, combination.variables)) {
+    refuse_restart(combination.filename, "out of memory for one block of all variables");
+  }
+  const auto records = block_records_with_leading(combination.layout);
+  Combiner<Real> combiner(combination, files, records, {combination, slots});
+  return walk_body(combination.layout, records, combination.nblocks, combiner) &&
+         combiner.all_used_up();
+}
+
+/// Opens all variable files at once, on units that follow the output's.
+void open_variable_files(const VariableFiles& files, allocatable<integer, 1>& units) {
+  for (integer m = 1; m <= units.size(); ++m) {
+    message("Reading variable ", m, " from file", left_adjusted(tmpfile(m)));
+    units(m) = unit_number::temporary(m);
+    files.open(m);
+  }
+}
+
+}  // namespace
+
+void combinep3dvarfiles(array_view<const float, 2> leadvalues, const FileName& filename,
+                        integer iformat, logical dblprec, integer nparamrows, integer nblocks,
+                        array_view<const integer, 1> idim, array_view<const integer, 1> jdim,
+                        array_view<const integer, 1> kdim, integer rsttype, logical multiblock) {
+  const Layout& layout = layout_of(rsttype);
+  check_layout(filename, layout, rsttype);
+  const Unit output(unit_number::restart_write, iformat);
+  Combination combination{leadvalues,
+                          filename,
+                          output,
+                          layout,
+                          body_path(output, dblprec),
+                          nparamrows,
+                          nblocks,
+                          variables_per_point(),
+                          checked_numbering(restart_file(filename), nblocks, idim, jdim, kdim)};
+  const bool writable = output.known() && layout.header != HeaderKind::talven;
+  if (writable) check_arguments(combination);
+  allocatable<integer, 1> units;
+  if (!allocate_checked(units, combination.variables)) {
+    refuse_restart(filename, "out of memory for the table of units");
+  }
+  write_line("");
+  message("Combining the Temporary Variable Files into ", left_adjusted(filename));
+  const VariableFiles files(units);
+  open_variable_files(files, units);
+  writerestartheader(filename, iformat, dblprec, nblocks, idim, jdim, kdim, rsttype, multiblock);
+  if (writable) {
+    if (layout.parameters) {
+      create_parameters_to_write(filename, combination.path, nblocks, nparamrows);
+    }
+    const bool complete = combination.path == BodyPath::single_records
+                              ? write_body<float>(combination, files)
+                              : write_body<double>(combination, files);
+    if (!complete) {
+      // By design the temporary data are gone before the failure is told.
+      files.close_and_delete();
+      return mod_gridvars::dispfilereaderror();
+    }
+  }
+  files.close_and_delete();
+  output.close();
+}
+
+}  // namespace mod_p3dgrid

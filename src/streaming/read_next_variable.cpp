@@ -1,0 +1,197 @@
+#include <algorithm>
+#include <numeric>
+#include <string>
+
+#include "MOD_P3DReader.hpp"
+#include "recordio/unit.hpp"
+#include "restart/body.hpp"
+#include "restart/flow_parameters.hpp"
+#include "restart/restart_arguments.hpp"
+#include "restart/restart_header.hpp"
+#include "state/allocation.hpp"
+#include "state/messages.hpp"
+#include "state/unit_numbers.hpp"
+#include "streaming/staging.hpp"
+
+namespace mod_p3dgrid {
+namespace {
+
+using recordio::Unit;
+
+/// Variables from here on may stand behind the blocks of layout 101.
+constexpr integer first_extension_variable = 6;
+
+/// The arguments that one variable is read with.
+struct VariableRead {
+  integer ivar;
+  const FileName& filename;
+  const Unit& unit;
+  const Layout& layout;
+  BodyPath path;
+  integer nblocks;
+  std::int64_t allpoints;  ///< sum of the caller's points per block
+  array_view<float, 2> varvalues;
+  PointNumbering points;
+};
+
+/// Where the values of each variable of the file go: one is kept, the others are dropped.
+template <class Real>
+struct PickedVariable {
+  const VariableRead& read;
+  const allocatable<Real*, 1>& targets;
+  const allocatable<integer, 1>& steps;
+
+  template <class List>
+  void add_parameters(List& list, integer block) const {
+    list.push_back(parameter_row<void>(read.path, block));
+  }
+  template <class List>
+  void add_triplets(List& list, integer block) const {
+    list.push_back(recordio::dropped(real_kind(read.path), triplet * read.points.npts(block)));
+  }
+  template <class List>
+  void add_variables(List& list, integer block, integer first, integer last) const {
+    const std::int64_t points = read.points.npts(block);
+    const integer kept = steps_on(read.ivar) ? read.ivar : first - 1;
+    const bool among_them = first <= kept && kept <= last;
+    const auto drop = [&](std::int64_t variables) {
+      list.push_back(recordio::dropped(real_kind(read.path), variables * points));
+    };
+    if (!among_them) return drop(std::int64_t{last} - first + 1);
+    drop(std::int64_t{kept} - first);
+    list.push_back(recordio::values(targets(kept) + read.points.before(block), points));
+    drop(std::int64_t{last} - kept);
+  }
+
+ private:
+  [[nodiscard]] bool steps_on(integer variable) const { return steps(variable) != 0; }
+};
+
+/// Walks a body for one variable.
+template <class Real>
+class VariableReader {
+ public:
+  VariableReader(const VariableRead& read, PickedVariable<Real> arrays)
+      : read_(read), arrays_(arrays) {}
+
+  bool begin_block(integer block) const {
+    message("Reading flow variable ", read_.ivar, " for grid ", block);
+    return true;
+  }
+  bool move(integer block, const BodyRecord& record) const {
+    if (record.kind == BodyRecordKind::older_level) {
+      return skip_older_level(read_.unit, read_.path, read_.points.npts(block), record);
+    }
+    return read_.unit.read(list_of<void>(arrays_, block, record));
+  }
+  bool move_flag(integer position) const {
+    return read_.unit.read({recordio::scalar(iflag(position))});
+  }
+  bool extend(const Extension&) const { return true; }
+  bool chain_without_end() const {
+    fail_without_end(read_.unit);
+    return false;
+  }
+
+ private:
+  const VariableRead& read_;
+  PickedVariable<Real> arrays_;
+};
+
+void check_arguments(const VariableRead& read) {
+  const std::int64_t variables = variables_per_point();
+  if (read.ivar < 1 || read.ivar > variables) {
+    refuse_restart(read.filename, "there is no variable " + std::to_string(read.ivar) +
+                                      ", numrstrtvar counts " + std::to_string(variables));
+  }
+  check_points(read.filename, "blockpoints", read.allpoints, read.points);
+  check_points(read.filename, "varvalues",
+               read.varvalues.extent(1) > 0 ? read.varvalues.extent(2) : 0, read.points);
+  if (read.varvalues.extent(2) < read.allpoints) {
+    refuse_restart(read.filename, "varvalues holds " + std::to_string(read.varvalues.extent(2)) +
+                                      " points, blockpoints sum up to " +
+                                      std::to_string(read.allpoints));
+  }
+}
+
+/// Allocates the staging array, in zeros, and the two tables, one entry per variable of the file.
+template <class Real>
+bool prepare(const VariableRead& read, allocatable<Real, 2>& staging,
+             allocatable<Real*, 1>& targets, allocatable<integer, 1>& steps) {
+  const std::int64_t variables = variables_per_point();
+  bool usable = allocate_staging(staging, 1, read.allpoints);
+  usable = allocate_staging(targets, variables) && usable;
+  usable = allocate_staging(steps, variables) && usable;
+  if (!usable || staging.extent(1) != 1) {
+    read.unit.fail("no array to read into", "unallocated staging arrays");
+    return false;
+  }
+  std::ranges::fill(staging.span(), Real{0});
+  std::ranges::fill(targets.span(), nullptr);
+  std::ranges::fill(steps.span(), 0);
+  targets(read.ivar) = staging.data();
+  steps(read.ivar) = 1;
+  return true;
+}
+
+template <class Real>
+bool read_variable(const VariableRead& read, allocatable<Real, 2>& staging,
+                   allocatable<Real*, 1>& targets) {
+  allocatable<integer, 1>& steps = one_variable_staging().READII;
+  if (!prepare(read, staging, targets, steps)) return false;
+  if (read.layout.parameters) create_parameters_to_read(read.filename, read.path, read.nblocks);
+  const auto records = block_records_with_leading(read.layout, older_levels());
+  VariableReader<Real> reader(read, {read, targets, steps});
+  const bool complete = walk_blocks(records, read.nblocks, reader) &&
+                        (!read.layout.extensions || read.ivar < first_extension_variable ||
+                         walk_extensions(read.nblocks, reader));
+  if (!complete) return false;
+  for (std::int64_t p = 0; p < read.allpoints; ++p) {
+    read.varvalues.data()[p * read.varvalues.extent(1)] = static_cast<float>(staging.data()[p]);
+  }
+  staging.deallocate();
+  targets.deallocate();
+  steps.deallocate();
+  return true;
+}
+
+bool read_body(const VariableRead& read) {
+  OneVariableStaging& staging = one_variable_staging();
+  return read.path == BodyPath::single_records ? read_variable(read, staging.SW, staging.SPNTR)
+                                               : read_variable(read, staging.DW, staging.DPNTR);
+}
+
+}  // namespace
+
+void readnextp3dvar(integer ivar, const FileName& filename, integer iformat, logical dblprec,
+                    integer nblocks, array_view<const integer, 1> blockpoints,
+                    array_view<float, 2> varvalues, array_view<const integer, 1> idim,
+                    array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
+                    integer rsttype, logical multiblock) {
+  const Layout& layout = layout_of(rsttype);
+  announce_restart(announce_restart_read, filename, iformat, dblprec, layout, multiblock, ivar);
+  check_layout(filename, layout, rsttype);
+  const Unit unit(unit_number::restart_read, iformat);
+  VariableRead read{ivar,    filename,         unit,      layout, body_path(unit, dblprec),
+                    nblocks, sum(blockpoints), varvalues, {}};
+  if (unit.known()) {
+    read.points = checked_numbering(restart_file(filename), nblocks, idim, jdim, kdim);
+    check_arguments(read);
+  }
+  integer scratch = 1;
+  HeaderExtents dropped;
+  if (!read_restart_header(filename, iformat, dblprec, scratch, rsttype, multiblock, dropped)) {
+    return;
+  }
+  bool complete = true;
+  try {
+    complete = !unit.known() || read_body(read);
+  } catch (...) {
+    one_variable_staging() = {};
+    throw;
+  }
+  if (!complete) return mod_gridvars::dispfilereaderror();
+  unit.close();
+}
+
+}  // namespace mod_p3dgrid

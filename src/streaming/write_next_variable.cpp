@@ -1,0 +1,77 @@
+#include <algorithm>
+#include <string>
+
+#include "MOD_P3DReader.hpp"
+#include "recordio/unit.hpp"
+#include "restart/restart_arguments.hpp"
+#include "state/allocation.hpp"
+#include "state/messages.hpp"
+#include "state/run_end.hpp"
+#include "state/unit_numbers.hpp"
+#include "streaming/staging.hpp"
+#include "streaming/variable_file_name.hpp"
+
+namespace mod_p3dgrid {
+namespace {
+
+using recordio::OpenStatus;
+using recordio::Unit;
+
+constexpr integer unformatted = 0;
+
+/// Writes a record per block from row 1 of an array.
+template <class Real>
+void write_blocks(const Unit& unit, integer ivar, const PointNumbering& points, integer nblocks,
+                  array_view<const Real, 2> values) {
+  for (integer b = 1; b <= nblocks; ++b) {
+    message("Writing flow variable ", ivar, " for grid ", b);
+    const std::int64_t stride = values.extent(1);
+    unit.write(
+        {recordio::lines(values.data() + points.before(b) * stride, 1, stride, points.npts(b))});
+  }
+}
+
+/// Writes from a copy of the variable in double precision.
+void write_widened(const Unit& unit, integer ivar, const FileName& name,
+                   const PointNumbering& points, integer nblocks, std::int64_t allpoints,
+                   array_view<const float, 2> values) {
+  auto& DW = variable_write_staging().DW;
+  if (!allocate_staging(DW, 1, allpoints) || DW.extent(1) != 1) {
+    refuse_restart(name, "no array for the variable in double precision");
+  }
+  for (std::int64_t p = 0; p < points.total; ++p) {
+    DW.data()[p] = static_cast<double>(values.data()[p * values.extent(1)]);
+  }
+  write_blocks<double>(unit, ivar, points, nblocks, std::as_const(DW));
+  DW.deallocate();
+}
+
+}  // namespace
+
+void writenextp3dvar(integer ivar, const FileName& prefix, logical dblprec, integer nblocks,
+                     array_view<const integer, 1> blockpoints, array_view<const float, 2> varvalues,
+                     array_view<const integer, 1> idim, array_view<const integer, 1> jdim,
+                     array_view<const integer, 1> kdim) {
+  if (ivar < 1 || ivar > tmpfile.size()) {
+    fail_run("variable " + std::to_string(ivar) + " cannot be streamed, only 1 to " +
+             std::to_string(tmpfile.size()) + " can");
+  }
+  FileName name = variable_file_name(prefix.view(), ivar);
+  const PointNumbering points = checked_numbering(restart_file(name), nblocks, idim, jdim, kdim);
+  const std::int64_t allpoints = sum(blockpoints);
+  check_points(name, "varvalues", varvalues.extent(1) > 0 ? varvalues.extent(2) : 0, points);
+  if (dblprec) check_points(name, "blockpoints", allpoints, points);
+  tmpfile(ivar) = name = first_free_name(name);
+  write_line("");
+  message("Writing Interpolated Variable ", ivar, " to Temporary File ", left_adjusted(name));
+  const Unit unit(unit_number::restart_write, unformatted);
+  unit.open(name, OpenStatus::fresh);
+  if (dblprec) {
+    write_widened(unit, ivar, name, points, nblocks, allpoints, varvalues);
+  } else {
+    write_blocks(unit, ivar, points, nblocks, varvalues);
+  }
+  unit.close();
+}
+
+}  // namespace mod_p3dgrid
