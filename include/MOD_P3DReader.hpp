@@ -180,8 +180,9 @@ void writep3dgrid(const FileName& filename, integer iformat, logical dblprec, in
 ///
 /// Sets `itimeint` (0 unless the header carries it) and the variables that the layout carries; the
 /// others keep their values. `nfvar` is allocated for layout 3 unless it is allocated already; one
-/// that is shorter than the block count makes the read fail. After a failed read the module
-/// variables hold what was read so far. An unknown layout code means a file without header.
+/// that is shorter than the block count makes the read fail, and so do extents that cannot be true.
+/// After a failed read the module variables hold what was read so far. An unknown layout code means
+/// a file without header.
 ///
 /// A TALVEN header of equation set 1 in a single-precision unformatted or binary file is not
 /// supported: the run is halted with "Single precision TALVEN reads not working!".

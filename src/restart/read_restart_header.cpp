@@ -8,6 +8,7 @@
 #include "restart/restart_header.hpp"
 #include "state/allocation.hpp"
 #include "state/messages.hpp"
+#include "state/point_numbering.hpp"
 #include "state/run_end.hpp"
 #include "state/unit_numbers.hpp"
 
@@ -124,6 +125,20 @@ bool read_extents(const Unit& unit, DimensionKind dimensions, integer nblocks,
   return true;
 }
 
+/// Whether the extents can be those of blocks; garbage seldom can.
+bool can_be_true(const Unit& unit, integer nblocks, const HeaderExtents& extents) {
+  const auto& [ieng, jeng, keng] = extents;
+  std::int64_t points = 0;
+  for (integer b = 1; b <= nblocks; ++b) {
+    if (count_points(points, ieng(b), jeng(b), keng(b))) continue;
+    unit.fail("block " + std::to_string(b) + " of " + std::to_string(ieng(b)) + " x " +
+                  std::to_string(jeng(b)) + " x " + std::to_string(keng(b)) + " points",
+              "extents from 0 on, and points that 32 bits can count");
+    return false;
+  }
+  return true;
+}
+
 }  // namespace
 
 bool read_restart_header(const FileName& filename, integer iformat, logical dblprec,
@@ -137,7 +152,8 @@ bool read_restart_header(const FileName& filename, integer iformat, logical dblp
   const bool complete = read_lead(unit, layout.header, nblocks, dblprec, multiblock, extents) &&
                         can_hold_dimensions(unit, nblocks, claim_of(layout.dimensions)) &&
                         allocate_extents(unit, nblocks, extents) &&
-                        read_extents(unit, layout.dimensions, nblocks, extents);
+                        read_extents(unit, layout.dimensions, nblocks, extents) &&
+                        can_be_true(unit, nblocks, extents);
   if (!complete) mod_gridvars::dispfilereaderror();
   return complete;
 }

@@ -6,6 +6,10 @@
 
 namespace mod_p3dgrid {
 
+/// Adds the points of one more block to `total`. False, with nothing changed, when an extent is
+/// below 0 or when 32 bits cannot count the points up to here.
+[[nodiscard]] bool count_points(std::int64_t& total, integer i, integer j, integer k);
+
 /// Where the points of each block lie in the one sequence of all points: block b holds `npts(b)`
 /// points, `istart(b)` to `iend(b)`, counted from 1. A block without points ends before it starts.
 struct PointNumbering {
@@ -19,8 +23,7 @@ struct PointNumbering {
     return std::int64_t{iend(block)} - npts(block);
   }
 
-  /// Numbers block `block`, the one after those numbered before. False, with nothing changed, when
-  /// an extent is below 0 or when 32 bits cannot count the points up to here.
+  /// Numbers block `block`, the one after those numbered before. False as `count_points`.
   [[nodiscard]] bool number_block(integer block, integer i, integer j, integer k);
 };
 

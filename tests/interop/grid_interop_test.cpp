@@ -5,11 +5,11 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <limits>
 
 #include "recordio/record_markers.hpp"
 #include "support/awkward_values.hpp"
+#include "support/file_bytes.hpp"
 #include "support/grid.hpp"
 #include "support/library_grid.hpp"
 #include "support/run_program.hpp"
@@ -114,11 +114,6 @@ void expect_fortran_reads_library(const FortranSide& fortran, const GridLayout& 
     as_single.is_double = false;
     expect_same_bits(fortran.read<float>(as_single), grid);
   }
-}
-
-std::string bytes_of(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
 }
 
 void expect_same_files(const FortranSide& fortran, const GridLayout& layout) {

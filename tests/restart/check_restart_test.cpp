@@ -93,7 +93,7 @@ TEST_F(CheckRestart, ReportsEveryBlockThatDiffers) {
 }
 
 TEST_F(CheckRestart, ExtentsTooWideForTheirColumnsAreAsterisks) {
-  check(Bytes().i4(1).i4s({1000000, 1, 1}), Bytes().i4(1).i4s({1, -100000, 1}));
+  check(Bytes().i4(1).i4s({1000000, 1, 1}), Bytes().i4(1).i4s({1, 1000000, 1}));
   EXPECT_EQ(messages[3], " Grid   : ******     1     1");
   EXPECT_EQ(messages[4], " Restart:      1******     1");
 }

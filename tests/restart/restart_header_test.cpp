@@ -276,6 +276,18 @@ TEST_F(ReadRestartHeader, WithAnAbsurdBlockCountIsAFailedReadBeforeMemoryIsTaken
   }
 }
 
+TEST_F(ReadRestartHeader, WithExtentsThatCannotBeTrueIsAFailedRead) {
+  for (const Bytes& extents : {Bytes().i4s({2, -1, -1}), Bytes().i4s({65536, 65536, 1}),
+                               Bytes().i4s({671088640, 536870912, 536870912})}) {
+    calls.clear();
+    idim.deallocate();
+    read(extents, 2, false, 2, false);
+    EXPECT_EQ(calls.back(), "dispfilereaderror()");
+    EXPECT_THAT(p3dlastfailure().describe(), HasSubstr("points that 32 bits can count"));
+    EXPECT_FALSE(idim.allocated());
+  }
+}
+
 TEST_F(ReadRestartHeader, ReplacesTheArraysItIsGiven) {
   ASSERT_EQ(idim.allocate(9), allocation_done);
   read(Bytes().i4(1).i4s({1, 2, 3}), 2, false, 2);

@@ -1,15 +1,11 @@
-/// Real grid files, made by programs that know nothing of this one. The folder that holds them is
-/// given by the environment variable P3DGRID_SAMPLES or, without it, by the setting of that name
-/// that the tests were built with; without either the tests skip.
+/// Real grid files. The tests skip without a folder of them.
 
 #include <gtest/gtest.h>
 
-#include <array>
-#include <cstdlib>
-#include <filesystem>
 #include <string>
 
 #include "mod_p3dgrid/run.hpp"
+#include "samples_folder.hpp"
 #include "support/grid.hpp"
 #include "support/library_grid.hpp"
 #include "support/run_program.hpp"
@@ -52,26 +48,11 @@ std::vector<Sample> foreign_samples() {
   };
 }
 
-std::string samples_folder() {
-  const char* const given = std::getenv("P3DGRID_SAMPLES");
-  return given != nullptr && *given != '\0' ? given : P3DGRID_SAMPLES_AS_BUILT;
-}
-
-std::string sample_name(const testing::TestParamInfo<Sample>& parameter) {
-  return parameter.param.name;
-}
-
-class SampleTest : public testing::TestWithParam<Sample> {
- protected:
-  void SetUp() override {
-    if (samples_folder().empty()) GTEST_SKIP() << "P3DGRID_SAMPLES names no folder of real files";
-    ASSERT_TRUE(std::filesystem::is_regular_file(path())) << path();
-  }
-  [[nodiscard]] static std::string path() { return samples_folder() + "/" + GetParam().file; }
-};
+using SampleTest = SampleFileTest<Sample>;
 
 class ReadableSample : public SampleTest {};
-INSTANTIATE_TEST_SUITE_P(Grids, ReadableSample, testing::ValuesIn(readable_samples()), sample_name);
+INSTANTIATE_TEST_SUITE_P(Grids, ReadableSample, testing::ValuesIn(readable_samples()),
+                         sample_name<Sample>);
 
 TEST_P(ReadableSample, HasTheExtentsPublished) {
   const auto grid = read_with_library(path(), GetParam().layout);
@@ -107,7 +88,8 @@ TEST_P(ReadableSample, IsReadToTheBitsThatFortranReads) {
 }
 
 class ForeignSample : public SampleTest {};
-INSTANTIATE_TEST_SUITE_P(Grids, ForeignSample, testing::ValuesIn(foreign_samples()), sample_name);
+INSTANTIATE_TEST_SUITE_P(Grids, ForeignSample, testing::ValuesIn(foreign_samples()),
+                         sample_name<Sample>);
 
 TEST_P(ForeignSample, FailsToReadInItsOwnLayout) {
   EXPECT_FALSE(read_with_library(path(), GetParam().layout).has_value());

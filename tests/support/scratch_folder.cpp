@@ -26,6 +26,8 @@ InScratchFolder::~InScratchFolder() {
 }
 
 void write_file(const std::string& name, const std::string& content) {
+  // A new file each time: some file systems write one that is overwritten to the disk at once.
+  if (fs::is_regular_file(name)) fs::remove(name);
   std::ofstream file(name, std::ios::binary);
   file.write(content.data(), static_cast<std::streamsize>(content.size()));
   if (!file.flush()) throw std::runtime_error("cannot write " + name);

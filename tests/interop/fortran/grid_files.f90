@@ -1,25 +1,12 @@
 ! Grid files as a Fortran program reads and writes them: one statement per record.
 module grid_files
+  use file_units
   use grid_bits
   implicit none
   private
   public :: write_grid, read_grid
 
 contains
-
-  integer function opened(path, encoding, status)
-    character(*), intent(in) :: path, encoding, status
-    select case (encoding)
-    case ('unformatted')
-      open (newunit=opened, file=path, status=status, form='unformatted', access='sequential')
-    case ('binary')
-      open (newunit=opened, file=path, status=status, form='unformatted', access='stream')
-    case ('formatted')
-      open (newunit=opened, file=path, status=status, form='formatted')
-    case default
-      error stop 'unknown encoding'
-    end select
-  end function opened
 
   subroutine write_grid(path, encoding, multiblock, g)
     character(*), intent(in) :: path, encoding
@@ -97,25 +84,5 @@ contains
       read (u) g%single(s:e, 1), g%single(s:e, 2), g%single(s:e, 3), g%iblank(s:blanks)
     end if
   end subroutine read_block
-
-  ! A file that goes on behind its last record has another layout than the one it was read in.
-  subroutine expect_end(u, encoding)
-    integer, intent(in) :: u
-    character(*), intent(in) :: encoding
-    character(1) :: c
-    integer :: status
-    select case (encoding)
-    case ('formatted')
-      do
-        read (u, '(a)', iostat=status) c
-        if (status /= 0 .or. c /= ' ') exit
-      end do
-    case ('unformatted')
-      read (u, iostat=status)
-    case default
-      read (u, iostat=status) c
-    end select
-    if (.not. is_iostat_end(status)) error stop 'the file goes on behind its last record'
-  end subroutine expect_end
 
 end module grid_files

@@ -3,6 +3,7 @@
 !   grid_peer read  BITS GRID ENCODING PRECISION MULTIBLOCK IBLANK
 ! ENCODING is unformatted, formatted or binary, PRECISION single or double, the last two yes or no.
 program grid_peer
+  use arguments
   use grid_bits
   use grid_files
   implicit none
@@ -23,22 +24,5 @@ program grid_peer
     call read_grid(path, encoding, multiblock, g)
     call save_bits(bits, g)
   end if
-
-contains
-
-  function argument(n) result(text)
-    integer, intent(in) :: n
-    character(:), allocatable :: text
-    integer :: length
-    call get_command_argument(n, length=length)
-    allocate (character(length) :: text)
-    call get_command_argument(n, text)
-  end function argument
-
-  logical function chosen(text, yes, no)
-    character(*), intent(in) :: text, yes, no
-    if (text /= yes .and. text /= no) error stop 'wrong arguments'
-    chosen = text == yes
-  end function chosen
 
 end program grid_peer

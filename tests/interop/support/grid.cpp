@@ -8,6 +8,8 @@
 #include <stdexcept>
 #include <type_traits>
 
+#include "support/bits_file.hpp"
+
 namespace interop {
 namespace {
 
@@ -26,12 +28,6 @@ void compare(const Grid<Real>& actual, const Grid<Real>& expected, bool any_nan)
         << "coordinate " << i << ": " << value << " instead of " << wanted;
   }
   ASSERT_EQ(actual.iblank, expected.iblank);
-}
-
-std::int64_t next_integer(std::ifstream& file) {
-  std::int64_t value = 0;
-  if (!(file >> value)) throw std::runtime_error("a file of bit patterns is too short");
-  return value;
 }
 
 }  // namespace
@@ -76,8 +72,7 @@ Grid<Real> load_bits(const std::string& path, bool has_iblank) {
       grid.iblank.push_back(static_cast<std::int32_t>(next_integer(file)));
     }
   }
-  file >> std::ws;
-  if (!file.eof()) throw std::runtime_error(path + " holds more than a grid");
+  expect_no_more(file);
   return grid;
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <array>
-#include <cstdint>
 #include <string>
+
+#include "support/encoding.hpp"
 
 namespace interop {
 
@@ -14,11 +14,8 @@ struct GridLayout {
   bool has_iblank;
 
   [[nodiscard]] bool is_text() const { return encoding == 1; }
-  [[nodiscard]] std::string encoding_name() const {
-    static const std::array<std::string, 3> names{"unformatted", "formatted", "binary"};
-    return names.at(static_cast<std::size_t>(encoding));
-  }
-  [[nodiscard]] std::string precision_name() const { return is_double ? "double" : "single"; }
+  [[nodiscard]] std::string encoding_name() const { return name_of_encoding(encoding); }
+  [[nodiscard]] std::string precision_name() const { return name_of_precision(is_double); }
   /// A name for tests and files, of letters and underscores.
   [[nodiscard]] std::string name() const {
     return encoding_name() + "_" + precision_name() +

@@ -1,7 +1,6 @@
 #include "support/library_grid.hpp"
 
 #include <stdexcept>
-#include <string_view>
 
 #include "MOD_P3DReader.hpp"
 #include "support/host_gridvars.hpp"
@@ -16,17 +15,6 @@ using mod_p3dgrid::logical;
 // The units that a failed read leaves open.
 constexpr integer grid_unit = 13;
 constexpr integer grid_header_unit = 22;
-
-/// The library's names are short; this one stands for the file at hand, whatever its path.
-constexpr const char* short_name = "grid";
-
-/// A host that is silent, and that takes errors of the run as exceptions.
-void become_host_for(const std::string& path) {
-  mod_p3dgrid::p3dsetpaths([path](std::string_view) { return path; });
-  mod_p3dgrid::p3dsetmessages([](std::string_view) {});
-  mod_p3dgrid::p3dsetrunend(
-      [](const mod_p3dgrid::RunEnd& end) { throw std::runtime_error(end.message); });
-}
 
 /// From one column per point to the file's order: all x, all y, all z of each block.
 std::vector<float> in_file_order(const std::vector<Extents>& extents,
