@@ -16,5 +16,7 @@ struct Command {
 [[nodiscard]] Command add_sample(CLI::App& program);
 [[nodiscard]] Command add_info(CLI::App& program);
 [[nodiscard]] Command add_convert(CLI::App& program);
+[[nodiscard]] Command add_check(CLI::App& program);
+[[nodiscard]] Command add_restart(CLI::App& program);
 
 }  // namespace p3dgrid

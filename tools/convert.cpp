@@ -19,11 +19,6 @@ struct ConvertOptions {
   GridFormChange change;
 };
 
-// Text may hold any number of digits; that some are lost shows only where more are then written.
-bool loses_digits(const GridForm& read, const GridForm& written) {
-  return holds_doubles(read) || (read.encoding == Encoding::formatted && holds_doubles(written));
-}
-
 void require_writable_form(const ConvertOptions& options, const GridForm& form, const Grid& grid) {
   if (form.multiblock || grid.blocks == 1) return;
   throw Failure(ExitStatus::unusable,

@@ -11,15 +11,15 @@ namespace {
 using mod_p3dgrid::integer;
 using Point = std::array<double, 3>;
 
-struct Extents {
+struct BlockSize {
   integer i, j, k;
 };
 
 /// Position of the point (i, j, k), counted from 0, in a block of these extents.
-using Shape = std::function<Point(const Extents&, integer i, integer j, integer k)>;
+using Shape = std::function<Point(const BlockSize&, integer i, integer j, integer k)>;
 
 struct Block {
-  Extents extents;
+  BlockSize extents;
   Shape shape;
 };
 
@@ -50,7 +50,7 @@ double without_residue(double value) {
 
 /// Half of the ring, clockwise from `first_angle` (in half turns).
 Shape half_ring(double first_angle) {
-  return [first_angle](const Extents& extents, integer i, integer j, integer k) -> Point {
+  return [first_angle](const BlockSize& extents, integer i, integer j, integer k) -> Point {
     const double angle = (first_angle - share(i, extents.i)) * std::numbers::pi;
     const double radius =
         wall_radius + (outer_radius - wall_radius) * stretched_share(j, extents.j);
@@ -59,7 +59,7 @@ Shape half_ring(double first_angle) {
   };
 }
 
-Point wake_box(const Extents& extents, integer i, integer j, integer k) {
+Point wake_box(const BlockSize& extents, integer i, integer j, integer k) {
   return {wake_begin + (wake_end - wake_begin) * share(i, extents.i),
           wake_half_height * (2.0 * share(j, extents.j) - 1.0), span * share(k, extents.k)};
 }
@@ -80,7 +80,7 @@ Grid cylinder_grid() {
   Grid grid;
   allocate_extents(grid, static_cast<integer>(parts.size()));
   for (integer b = 1; b <= grid.blocks; ++b) {
-    const Extents& extents = parts[static_cast<std::size_t>(b - 1)].extents;
+    const BlockSize& extents = parts[static_cast<std::size_t>(b - 1)].extents;
     grid.idim(b) = extents.i;
     grid.jdim(b) = extents.j;
     grid.kdim(b) = extents.k;

@@ -24,4 +24,16 @@ class Failure : public std::runtime_error {
   ExitStatus status_;
 };
 
+/// What a file holds is not what was asked for; another form of it may be.
+class Unreadable : public Failure {
+ public:
+  explicit Unreadable(const std::string& message) : Failure(ExitStatus::mismatch, message) {}
+};
+
+/// The library has halted the run, for a reason that it has given among its messages.
+class Halt : public Failure {
+ public:
+  Halt() : Failure(ExitStatus::mismatch, "halted, for the reason given on standard output") {}
+};
+
 }  // namespace p3dgrid

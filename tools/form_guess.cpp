@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <bit>
-#include <cctype>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
@@ -11,6 +10,8 @@
 #include <optional>
 #include <sstream>
 #include <string_view>
+
+#include "text_values.hpp"
 
 namespace p3dgrid {
 namespace {
@@ -153,15 +154,6 @@ std::vector<GridForm> forms_that_fit(const std::string& path, std::uint64_t leng
   return fitting;
 }
 
-// The first integer of a grid file is small, so that without text a zero byte comes early.
-bool is_text(std::string_view start) {
-  const auto readable = [](char c) {
-    const auto code = static_cast<unsigned char>(c);
-    return std::isprint(code) != 0 || std::isspace(code) != 0;
-  };
-  return !start.empty() && std::all_of(start.begin(), start.end(), readable);
-}
-
 /// How many whole numbers without a sign a line begins with; `3*5` counts for three.
 std::int64_t whole_numbers_in(const std::string& line) {
   std::int64_t numbers = 0;
@@ -219,6 +211,7 @@ FormGuess guess_form(const std::string& path) {
   std::ifstream stream(path, std::ios::binary);
   stream.read(start.data(), start.size());
   const std::string_view beginning(start.data(), static_cast<std::size_t>(stream.gcount()));
+  // The first integer of a grid file is small, so that without text a zero byte comes early.
   guess.text = is_text(beginning);
   if (guess.text) {
     guess.block_count = block_count_in(std::string(beginning));

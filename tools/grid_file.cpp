@@ -62,14 +62,24 @@ void allocate_blanking(Grid& grid) {
   std::ranges::fill(grid.iblank.span(), 1);
 }
 
+Grid first_block(const Grid& grid) {
+  Grid first;
+  allocate_extents(first, 1);
+  first.idim(1) = grid.idim(1);
+  first.jdim(1) = grid.jdim(1);
+  first.kdim(1) = grid.kdim(1);
+  allocate_coordinates(first);
+  std::copy_n(grid.xyz.data(), first.xyz.size(), first.xyz.data());
+  return first;
+}
+
 Grid read_grid(const std::string& path, const GridForm& form) {
   Grid grid;
   try {
     mod_p3dgrid::readp3dgrid(name_for(path), static_cast<integer>(form.encoding),
                              precision_flag(form), grid.blocks, grid.ndim, grid.xyz, grid.idim,
                              grid.jdim, grid.kdim, grid.iblank, form.iblank, form.multiblock);
-  } catch (const Failure& failure) {
-    if (failure.status() != ExitStatus::mismatch) throw;
+  } catch (const Unreadable& failure) {
     const std::string advice = guess_form(path).advice(form);
     if (advice.empty()) throw;
     throw Failure(failure.status(), failure.what() + ("; " + advice));
@@ -80,6 +90,10 @@ Grid read_grid(const std::string& path, const GridForm& form) {
   }
   require_form(path, form);
   return grid;
+}
+
+Extents extents_of(const Grid& grid) {
+  return Extents::of(grid.idim, grid.jdim, grid.kdim);
 }
 
 void write_grid(const std::string& path, const GridForm& form, const Grid& grid) {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 
+#include "extents.hpp"
 #include "grid_form.hpp"
 
 namespace p3dgrid {
@@ -25,6 +26,8 @@ struct Grid {
   [[nodiscard]] std::int64_t points() const { return xyz.allocated() ? xyz.extent(2) : 0; }
 };
 
+[[nodiscard]] Extents extents_of(const Grid& grid);
+
 /// Sizes the extents for `blocks` blocks. Throws std::bad_alloc.
 void allocate_extents(Grid& grid, mod_p3dgrid::integer blocks);
 
@@ -33,6 +36,9 @@ void allocate_coordinates(Grid& grid);
 
 /// Gives a grid that has no blanking the value 1, in use, at every point. Throws std::bad_alloc.
 void allocate_blanking(Grid& grid);
+
+/// A grid of the first block alone. Throws std::bad_alloc.
+[[nodiscard]] Grid first_block(const Grid& grid);
 
 /// Reads a grid file. Throws a Failure that names the file, with the option that would help where
 /// the file is evidently of another form than stated.

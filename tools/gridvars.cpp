@@ -39,7 +39,7 @@ void checkallocationerror(const integer& status) {
 }
 
 void dispfilereaderror() {
-  throw Failure(ExitStatus::mismatch, mod_p3dgrid::p3dlastfailure().describe());
+  throw p3dgrid::Unreadable(mod_p3dgrid::p3dlastfailure().describe());
 }
 
 }  // namespace mod_gridvars

@@ -1,179 +1,64 @@
-#include <algorithm>
-#include <array>
-#include <charconv>
-#include <cmath>
-#include <limits>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "commands.hpp"
-#include "console.hpp"
-#include "grid_file.hpp"
+#include "failure.hpp"
+#include "grid_info.hpp"
 #include "options.hpp"
-#include "table.hpp"
+#include "restart_info.hpp"
 
 namespace p3dgrid {
 namespace {
 
-using mod_p3dgrid::integer;
-
-struct Range {
-  float low = std::numeric_limits<float>::infinity();
-  float high = -std::numeric_limits<float>::infinity();
-
-  void include(float value) {
-    low = std::min(low, value);
-    high = std::max(high, value);
-  }
-  void include(const Range& other) {
-    low = std::min(low, other.low);
-    high = std::max(high, other.high);
-  }
-  [[nodiscard]] bool empty() const { return low > high; }
-};
-
-/// What is reported of one block, or of all.
-struct Summary {
-  std::int64_t points = 0;
-  std::array<Range, 3> box;
-  std::int64_t not_finite = 0;  ///< points with a coordinate that is infinite or no number
-  std::int64_t blanked = 0;     ///< blanking value 0
-  std::int64_t used = 0;        ///< 1
-  std::int64_t negative = 0;    ///< by custom: values come from the block of that number
-  std::int64_t other = 0;
-
-  void add_point(const float* xyz);
-  void add_blanking(integer value);
-  void add(const Summary& block);
-};
-
-void Summary::add_point(const float* xyz) {
-  ++points;
-  if (!std::all_of(xyz, xyz + 3, [](float value) { return std::isfinite(value); })) {
-    ++not_finite;
-    return;
-  }
-  for (std::size_t c = 0; c < 3; ++c) box[c].include(xyz[c]);
-}
-
-void Summary::add_blanking(integer value) {
-  std::int64_t& count = value == 0 ? blanked : value == 1 ? used : value < 0 ? negative : other;
-  ++count;
-}
-
-void Summary::add(const Summary& block) {
-  points += block.points;
-  for (std::size_t c = 0; c < 3; ++c) box[c].include(block.box[c]);
-  not_finite += block.not_finite;
-  blanked += block.blanked;
-  used += block.used;
-  negative += block.negative;
-  other += block.other;
-}
-
-/// A summary for each block, and one for all of them at the end.
-std::vector<Summary> summarize(const Grid& grid) {
-  std::vector<Summary> summaries;
-  Summary total;
-  const float* xyz = grid.xyz.data();
-  const integer* blanking = grid.iblank.data();
-  for (integer b = 1; b <= grid.blocks; ++b) {
-    Summary block;
-    const std::int64_t points = grid.points_of(b);
-    for (std::int64_t p = 0; p < points; ++p, xyz += 3) block.add_point(xyz);
-    for (std::int64_t p = 0; blanking != nullptr && p < points; ++p)
-      block.add_blanking(*blanking++);
-    total.add(block);
-    summaries.push_back(block);
-  }
-  summaries.push_back(total);
-  return summaries;
-}
-
-/// The shortest digits that stand for this single-precision value.
-std::string digits(float value) {
-  std::array<char, 32> text{};
-  const auto end = std::to_chars(text.begin(), text.end(), value).ptr;
-  return {text.begin(), end};
-}
-
-std::string block_label(std::size_t row, const std::vector<Summary>& summaries) {
-  return row + 1 < summaries.size() ? std::to_string(row + 1) : "all";
-}
-
-void print_extents(const Grid& grid, const std::vector<Summary>& summaries) {
-  std::vector<std::string> header = {"block", "i", "j", "k", "points"};
-  const bool blanking = grid.iblank.allocated();
-  if (blanking) header.insert(header.end(), {"blank 0", "blank 1", "blank <0", "blank >1"});
-  Table table(header);
-  for (std::size_t row = 0; row < summaries.size(); ++row) {
-    const Summary& summary = summaries[row];
-    std::vector<std::string> entries = {block_label(row, summaries), "", "", ""};
-    if (row + 1 < summaries.size()) {
-      entries[1] = std::to_string(grid.idim(row + 1));
-      entries[2] = std::to_string(grid.jdim(row + 1));
-      entries[3] = std::to_string(grid.kdim(row + 1));
-    }
-    entries.push_back(std::to_string(summary.points));
-    if (blanking) {
-      for (const auto count : {summary.blanked, summary.used, summary.negative, summary.other}) {
-        entries.push_back(std::to_string(count));
-      }
-    }
-    table.add(entries);
-  }
-  table.print();
-}
-
-void print_box(const std::vector<Summary>& summaries) {
-  std::vector<std::string> header = {"block", "x min", "x max", "y min", "y max", "z min", "z max"};
-  const bool not_finite = summaries.back().not_finite > 0;
-  if (not_finite) header.emplace_back("not finite");
-  Table table(header);
-  for (std::size_t row = 0; row < summaries.size(); ++row) {
-    std::vector<std::string> entries = {block_label(row, summaries)};
-    for (const Range& range : summaries[row].box) {
-      entries.push_back(range.empty() ? "-" : digits(range.low));
-      entries.push_back(range.empty() ? "-" : digits(range.high));
-    }
-    if (not_finite) entries.push_back(std::to_string(summaries[row].not_finite));
-    table.add(entries);
-  }
-  table.print();
-}
-
 struct InfoOptions {
   std::string path;
-  GridForm form;
+  GridForm grid;
+  RestartForm restart;
+  std::string grid_path;  // of a restart file
+  // The first option of each kind on the command line.
+  std::string grid_option;
+  std::string restart_option;
 };
 
 void print_info(const InfoOptions& options) {
-  const Grid grid = read_grid(options.path, options.form);
-  const std::vector<Summary> summaries = summarize(grid);
-  print_line("file    " + options.path);
-  print_line("read as " + describe(options.form));
-  print_line("holds   " + counted(grid.blocks, "block") + ", " +
-             counted(summaries.back().points, "point"));
-  print_line("");
-  print_extents(grid, summaries);
-  print_line("");
-  print_box(summaries);
+  const bool with_grid = !options.grid_path.empty();
+  if (!with_grid && options.restart_option.empty()) {
+    return print_grid_info(options.path, options.grid);
+  }
+  if (with_grid) {
+    return print_restart_info(options.path, options.restart, options.grid_path, options.grid);
+  }
+  if (!options.grid_option.empty()) {
+    throw Failure(ExitStatus::unusable, options.grid_option + " describes a grid, and " +
+                                            options.path +
+                                            " is read as a restart file; --grid names its grid");
+  }
+  print_restart_info(options.path, options.restart);
 }
 
 }  // namespace
 
 Command add_info(CLI::App& program) {
   CLI::App* line = program.add_subcommand(
-      "info", "Show a grid's blocks, extents, points, bounding box and blanking");
+      "info", "Show what is in a grid file or, with --layout, in a restart file");
   const auto options = std::make_shared<InfoOptions>();
-  add_path(*line, "GRID", options->path, "Grid file");
-  add_grid_options(*line, options->form);
+  add_path(*line, "FILE", options->path,
+           "Grid file; restart file if any option of restart files is given");
+  add_grid_options(*line, options->grid);
+  add_restart_options(*line, options->restart);
+  add_grid_of_restart(*line, options->grid_path);
   line->footer(
       "Examples:\n"
       "  p3dgrid info grid.p3d\n"
       "  p3dgrid info grid.txt --grid-format formatted\n"
-      "  p3dgrid info grid.bin --grid-format binary --grid-precision double --grid-iblank yes");
+      "  p3dgrid info grid.bin --grid-format binary --grid-precision double --grid-iblank yes\n"
+      "  p3dgrid info flow.q --layout 2\n"
+      "  p3dgrid info flow.rst --layout 102 --grid grid.p3d");
+  // The command line is gone when the work begins.
+  line->callback([options, line] {
+    options->grid_option = given_grid_option(*line);
+    options->restart_option = given_restart_option(*line);
+  });
   return {line, [options] { print_info(*options); }};
 }
 

@@ -13,7 +13,7 @@
 namespace p3dgrid {
 namespace {
 
-constexpr std::array commands = {add_sample, add_info, add_convert};
+constexpr std::array commands = {add_sample, add_info, add_convert, add_check, add_restart};
 
 /// What the command line asks for: a command, or a text to show (help, version) and no command.
 struct Request {
@@ -42,6 +42,8 @@ void describe_program(CLI::App& program, bool& quiet) {
       "  p3dgrid sample demo\n"
       "  p3dgrid info demo/grid.p3d\n"
       "  p3dgrid convert demo/grid.p3d grid.txt --to-format formatted\n"
+      "  p3dgrid check demo/grid.p3d demo/flow.q\n"
+      "  p3dgrid restart demo/grid.p3d demo/flow.q flow.txt --to-format formatted\n"
       "  p3dgrid convert --help");
 }
 
@@ -53,7 +55,7 @@ Failure usage_failure(const CLI::App& program, const CLI::ParseError& error) {
 }
 
 Request read_command_line(int argc, const char* const* argv) {
-  CLI::App program("Reads, describes and converts PLOT3D multi-block grids");
+  CLI::App program("Reads, describes and converts PLOT3D multi-block grids and flow solutions");
   bool quiet = false;
   describe_program(program, quiet);
   std::vector<Command> added;

@@ -4,6 +4,8 @@
 #include <string>
 
 #include "grid_form.hpp"
+#include "restart_conversion.hpp"
+#include "restart_form.hpp"
 
 namespace p3dgrid {
 
@@ -16,7 +18,21 @@ void add_path(CLI::App& command, const std::string& name, std::string& path,
 /// the default and is changed by the options that are given.
 void add_grid_options(CLI::App& command, GridForm& form);
 
-/// Options that describe the file to be written.
+/// Options that describe the grid file to be written.
 void add_target_options(CLI::App& command, GridFormChange& change);
+
+/// Options that describe the restart file to be read; `form` as for `add_grid_options`.
+void add_restart_options(CLI::App& command, RestartForm& form);
+
+/// Options that describe the restart file to be written, and header values that go into it.
+void add_restart_target_options(CLI::App& command, RestartFormChange& change, HeaderValues& values);
+
+/// The option that names the grid of a restart file.
+void add_grid_of_restart(CLI::App& command, std::string& path);
+
+/// The first option of the group that `add_grid_options` or `add_restart_options` adds and that has
+/// been given on the command line; empty for none.
+[[nodiscard]] std::string given_grid_option(const CLI::App& command);
+[[nodiscard]] std::string given_restart_option(const CLI::App& command);
 
 }  // namespace p3dgrid

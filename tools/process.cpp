@@ -6,6 +6,7 @@
 #include <MOD_P3DReader.hpp>
 #include <cerrno>
 #include <csignal>
+#include <utility>
 
 #include "console.hpp"
 #include "failure.hpp"
@@ -21,9 +22,7 @@ void occupy(int descriptor, int flags) {
 }
 
 [[noreturn]] void end_run(const mod_p3dgrid::RunEnd& end) {
-  if (end.status == 0) {
-    throw Failure(ExitStatus::mismatch, "halted, for the reason given on standard output");
-  }
+  if (end.status == 0) throw Halt();
   throw Failure(ExitStatus::unusable, end.message);
 }
 
@@ -40,6 +39,14 @@ void prepare_process() {
 void connect_library() {
   mod_p3dgrid::p3dsetmessages(print_progress);
   mod_p3dgrid::p3dsetrunend(end_run);
+}
+
+LibraryMessages::LibraryMessages(std::function<void(std::string_view)> sink) {
+  mod_p3dgrid::p3dsetmessages(std::move(sink));
+}
+
+LibraryMessages::~LibraryMessages() {
+  mod_p3dgrid::p3dsetmessages(print_progress);
 }
 
 }  // namespace p3dgrid

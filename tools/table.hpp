@@ -21,6 +21,10 @@ class Table {
   std::vector<std::vector<std::string>> rows_;
 };
 
+/// The shortest digits that stand for this value.
+[[nodiscard]] std::string digits(float value);
+[[nodiscard]] std::string digits(double value);
+
 /// "1 block", "3 blocks".
 [[nodiscard]] std::string counted(std::int64_t count, const std::string& noun);
 

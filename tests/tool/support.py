@@ -143,6 +143,8 @@ class ToolTest(unittest.TestCase):
         options.setdefault("stdout", subprocess.PIPE)
         options.setdefault("stderr", subprocess.PIPE)
         options.setdefault("stdin", subprocess.DEVNULL)
+        # New memory is filled, so that values which were never set show.
+        options.setdefault("env", {**os.environ, "MALLOC_PERTURB_": "165"})
         command = options.pop("command", COMMAND)
         return subprocess.Popen([command, *map(str, arguments)], text=True, **options)
 

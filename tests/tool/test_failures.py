@@ -174,7 +174,13 @@ class Usage(ToolTest):
         self.write_grid("grid")
         for arguments in (
                 (), ("nonsense",), ("info",), ("info", "grid", "more"), ("convert", "grid"),
-                ("convert",), ("sample",), ("sample", "a", "b"), ("info", "grid", "--unknown"),
+                ("convert",), ("check",), ("check", "grid"), ("check", "a", "b", "c"),
+                ("check", "grid", "flow", "--to-format", "binary"),
+                ("restart",), ("restart", "grid"), ("restart", "grid", "flow"),
+                ("restart", "grid", "flow", "out", "more"),
+                ("restart", "grid", "flow", "out", "--to-layout", "4"),
+                ("restart", "grid", "flow", "out", "--to-iblank", "yes"),
+                ("sample",), ("sample", "a", "b"), ("info", "grid", "--unknown"),
                 ("--grid-format", "binary"), ("info", "grid", "--to-format", "binary"),
                 ("info", "grid", "--grid-format"), ("info", "grid", "--grid-format", "Text"),
                 ("info", "grid", "--grid-format", "1"),
@@ -196,7 +202,7 @@ class Usage(ToolTest):
                        says=("--grid-format", "Text", "unformatted", "p3dgrid info --help"))
 
     def test_files_named_like_commands(self):
-        for name in ("sample", "info", "convert"):
+        for name in ("sample", "info", "convert", "check", "restart"):
             self.write_grid(name)
             self.succeed("info", name)
             self.succeed("sample", name + "s/" + name)
@@ -211,13 +217,22 @@ class Usage(ToolTest):
 
     def test_help(self):
         self.assertIn("convert", self.succeed("--help"))
-        for command in ("sample", "info", "convert"):
+        for command in ("sample", "info", "convert", "check", "restart"):
             with self.subTest(command=command):
                 text = self.succeed(command, "--help")
                 self.assertIn(f"  p3dgrid {command} ", text)
-        for option in ("--grid-format", "--grid-precision", "--grid-multiblock", "--grid-iblank",
-                       "--to-format", "--to-precision", "--to-multiblock", "--to-iblank"):
-            self.assertIn(option, text)
+        read = ("--grid-format", "--grid-precision", "--grid-multiblock", "--grid-iblank")
+        solution = ("--layout", "--restart-format", "--restart-precision", "--restart-multiblock",
+                    "--sections")
+        written = ("--to-format", "--to-precision", "--to-multiblock")
+        for command, options in (
+                ("sample", ("--replace",)), ("info", (*read, *solution, "--grid")),
+                ("convert", (*read, *written, "--to-iblank")), ("check", (*read, *solution)),
+                ("restart", (*read, *solution, *written, "--to-layout", "--mach", "--alpha",
+                             "--reynolds", "--time", "--step", "--step-size"))):
+            text = self.succeed(command, "--help")
+            for option in options:
+                self.assertRegex(text, rf"\n  {option}\s")
 
     def test_version(self):
         self.assertRegex(self.succeed("--version"), r"\Ap3dgrid \d+\.\d+\.\d+\n\Z")

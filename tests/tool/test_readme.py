@@ -6,6 +6,7 @@ import re
 import shlex
 import subprocess
 
+from restart_support import RestartForm, restart_bytes, sample_solution
 from support import ONE_BLOCK, TWO_BLOCKS, Form, ToolTest, grid_bytes, main
 
 SOURCE = pathlib.Path(os.environ.get("P3DGRID_SOURCE", ""))
@@ -21,8 +22,10 @@ def fenced(language):
 class Commands(ToolTest):
     def test_commands_do_what_the_text_says(self):
         self.write_grid("wing.xyz", Form("binary", double=True))
+        solution = sample_solution([block.extents for block in TWO_BLOCKS])
+        self.write("wing.q", restart_bytes(RestartForm(double=True), solution))
         lines = "".join(fenced("sh")).splitlines()
-        self.assertEqual(len(lines), 4)
+        self.assertEqual(len(lines), 7)
         for line in lines:
             program, *arguments = shlex.split(line)
             self.assertEqual(program, "build/tools/p3dgrid")
@@ -36,9 +39,14 @@ class Commands(ToolTest):
         self.assertEqual(self.path("wing.bin").read_bytes(),
                          grid_bytes(Form("binary", iblank=True), ones))
 
+        self.succeed("restart", "wing.p3d", "wing-q.txt", "again.q", "--restart-format",
+                     "formatted", "--to-format", "unformatted", "--to-precision", "double")
+        self.assertEqual(self.path("again.q").read_bytes(),
+                         restart_bytes(RestartForm(double=True), solution, rounded=True))
+
     def test_every_option_is_described(self):
         text = (SOURCE / "README.md").read_text()
-        for command in ("sample", "info", "convert"):
+        for command in ("sample", "info", "convert", "check", "restart"):
             for option in re.findall(r"^ +(--[a-z-]+)", self.succeed(command, "--help"),
                                      re.MULTILINE):
                 self.assertIn(f"`{option}`", text)

@@ -15,9 +15,13 @@ class Demo(ToolTest):
             result = subprocess.run([SCRIPTS / "demo", COMMAND, "demo"], cwd=self.folder,
                                     capture_output=True, text=True, timeout=60)
             self.assertEqual(result.returncode, 0, result.stderr)
-            self.assertIn("the same, byte for byte", result.stdout)
+            self.assertEqual(result.stdout.count("the same, byte for byte"), 2)
+            self.assertIn("demo/grid.p3d and demo/flow.q agree", result.stdout)
+            self.assertIn("--- CODE HALTED ---", result.stdout)
         self.assertEqual(self.path("demo/grid.p3d").read_bytes(),
                          self.path("demo/back.p3d").read_bytes())
+        self.assertEqual(self.path("demo/flow.q").read_bytes(),
+                         self.path("demo/flow-back.q").read_bytes())
 
 
 class InstallPackages(ToolTest):

@@ -1,0 +1,180 @@
+"""Restart files packed by hand: every layout and encoding, record by record."""
+
+import struct
+
+from support import record, single
+
+LAYOUTS = (1, 2, 3, 100, 101, 102)
+
+
+class RestartForm:
+    """What has to be known of a restart file to read it."""
+
+    def __init__(self, layout=2, encoding="unformatted", double=False, multiblock=True):
+        self.layout = layout
+        self.encoding = encoding
+        self.double = double
+        self.multiblock = multiblock
+
+    def options(self, target=False):
+        """The options that state this form, for files read or written."""
+        name = "to" if target else "restart"
+        return [
+            "--to-layout" if target else "--layout", str(self.layout),
+            f"--{name}-format", self.encoding,
+            f"--{name}-precision", "double" if self.double else "single",
+            f"--{name}-multiblock", "yes" if self.multiblock else "no",
+        ]
+
+    @property
+    def records(self):
+        return self.encoding != "formatted"
+
+    def __repr__(self):
+        return " ".join(self.options())
+
+
+def encodings():
+    """Encoding and precision, each that makes a difference."""
+    return (("unformatted", False), ("unformatted", True), ("binary", False), ("binary", True),
+            ("formatted", False))
+
+
+class Solution:
+    """A flow solution. `flow` holds for each block its variables, each a list of values."""
+
+    def __init__(self, extents, flow, step=(0, 0.0), parameters=None, triplets=None,
+                 sections=None, flags=(999,), extensions=()):
+        self.extents = extents
+        self.flow = flow
+        self.step = step
+        self.parameters = parameters or [(0, 0, 0, 0)] * len(extents)
+        self.triplets = triplets or [[[0] * len(flow[0][0])] * 3 for _ in extents]
+        self.sections = sections or [(1, len(flow[0]))]
+        self.flags = flags
+        self.extensions = extensions  # for each flag its variables (first, last), or None
+
+    def variables(self, block, first, last):
+        return [value for variable in self.flow[block][first - 1:last] for value in variable]
+
+
+def sample_solution(extents, variables=5, **more):
+    """Every value different, and none of them exact in single precision."""
+    def values(block, number):
+        points = extents[block][0] * extents[block][1] * extents[block][2]
+        return [1000 * number + 100 * block + point + 0.1 for point in range(points)]
+
+    more.setdefault("step", (17, 0.3))
+    more.setdefault("parameters", [(0.7 + b, -1.1, 2.3e6, 4.9) for b in range(len(extents))])
+    more.setdefault("triplets", [[values(b, -n) for n in (1, 2, 3)] for b in range(len(extents))])
+    return Solution(extents, [[values(b, v) for v in range(1, variables + 1)]
+                              for b in range(len(extents))], **more)
+
+
+def header_records(form, solution):
+    flat = [extent for block in solution.extents for extent in block]
+    blocks = len(solution.extents)
+    count, size = solution.step
+    if form.layout in (1, 100):
+        yield [("i", [count]), ("r", [size]), ("i", [blocks])]
+    if form.layout == 1:
+        yield from ([("i", list(block))] for block in solution.extents)
+    if form.layout == 101:
+        yield [("i", [*solution.extents[0], count]), ("r", [size])]
+    if form.layout in (2, 3):
+        if form.multiblock:
+            yield [("i", [blocks])]
+        if form.layout == 3:
+            flat = [value for block, flow in zip(solution.extents, solution.flow)
+                    for value in (*block, len(flow))]
+        yield [("i", flat)]
+
+
+def body_records(form, solution, leading):
+    for b in range(len(solution.extents)):
+        if form.layout == 2:
+            yield [("r", list(solution.parameters[b]))]
+        sections = solution.sections
+        if leading:
+            triplets = [value for component in solution.triplets[b] for value in component]
+            yield [("r", triplets + solution.variables(b, 1, 5))]
+            sections = sections[1:]
+        for first, last in sections:
+            yield [("r", solution.variables(b, first, last))]
+    if form.layout == 101:
+        for flag, extension in zip(solution.flags, [*solution.extensions, None]):
+            yield [("i", [flag])]
+            if extension:
+                for b in range(len(solution.extents)):
+                    yield [("r", solution.variables(b, *extension))]
+
+
+def pack(records, form, rounded=False):
+    """The records' bytes. Items are integers (i), reals of the file's precision (r) or doubles (d);
+    `rounded` when reals have passed through single precision."""
+    if not form.records:
+        return "".join(" ".join(repr(value) for _, values in items for value in values) + "\n"
+                       for items in records).encode()
+    parts = []
+    for items in records:
+        payload = b""
+        for kind, values in items:
+            code = {"i": "i", "d": "d", "r": "d" if form.double else "f"}[kind]
+            if kind == "r" and rounded:
+                values = [single(value) for value in values]
+            payload += struct.pack(f"={len(values)}{code}", *values)
+        parts.append(record(payload, form.encoding))
+    return b"".join(parts)
+
+
+def restart_records(form, solution, leading=None):
+    if leading is None:
+        leading = form.layout in (100, 101)
+    return [*header_records(form, solution), *body_records(form, solution, leading)]
+
+
+def restart_bytes(form, solution, leading=None, rounded=False):
+    """The file of that form. Header values are not rounded but by the file's own precision."""
+    head = list(header_records(form, solution))
+    body = restart_records(form, solution, leading)[len(head):]
+    if form.layout != 2:
+        return pack(head, form) + pack(body, form, rounded)
+    return pack(head, form) + b"".join(
+        pack([items], form, rounded and items[0][1] not in map(list, solution.parameters))
+        for items in body)
+
+
+def talven_records(solution, version=3, equations=1, integration=0, parameters=range(1, 10)):
+    """A file of layout 0; `parameters` are those of equation set 1."""
+    count, size = solution.step
+    yield [("i", [version, equations])]
+    yield [("i", [len(solution.extents), len(solution.flow[0]), integration, 6, count]),
+           ("r", [size])]
+    if equations == 1:
+        switch, *values = parameters
+        yield [("i", [switch]), ("d", [float(value) for value in values])]
+    yield from ([("i", list(block))] for block in solution.extents)
+    older = {2: 1, 3: 2}.get(integration, 0)
+    for b in range(len(solution.extents)):
+        for first, last in solution.sections:
+            yield [("r", solution.variables(b, first, last))]
+        for _ in range(older):
+            yield [("r", [-1.5] * len(solution.variables(b, *solution.sections[0])))]
+
+
+def values_in(content):
+    """The numbers of a text file."""
+    return [float(word) for word in content.decode().replace(",", " ").split()]
+
+
+def expected_values(form, solution):
+    """The numbers that a text file of that form holds, in order, and whether each is an exact one
+    (of the header or the parameters) or one in single precision."""
+    expected = []
+    head = len(list(header_records(form, solution)))
+    for n, items in enumerate(restart_records(form, solution)):
+        for kind, values in items:
+            exact = kind == "i" or n < head or values == list(solution.parameters[0]) or any(
+                values == list(block) for block in solution.parameters)
+            expected += [(value, exact) for value in values]
+    return expected

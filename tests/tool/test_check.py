@@ -1,0 +1,228 @@
+"""p3dgrid check: what it says of grids and restart files packed by hand, and of real ones."""
+
+import os
+import pathlib
+import unittest
+
+from restart_support import (RestartForm, encodings, pack, restart_bytes, sample_solution,
+                             talven_records)
+from support import ONE_BLOCK, TWO_BLOCKS, Block, Form, ToolTest, all_forms, main
+
+ONE = [block.extents for block in ONE_BLOCK]
+TWO = [block.extents for block in TWO_BLOCKS]
+SAMPLES = os.environ.get("P3DGRID_SAMPLES", "")
+
+COUNTS_DIFFER = """
+ Number of blocks in Grid do not match the Restart file
+ Number of Grid blocks   : 2
+ Number of Restart blocks: 1
+
+   --- CODE HALTED ---
+"""
+
+SECOND_BLOCK_DIFFERS = """
+ Indecies for block 2 in grid and restart file do not match.
+               i     j     k  
+ Grid   :      3     1     1
+ Restart:      3     1     2
+
+   --- CODE HALTED ---
+"""
+
+
+class CheckTest(ToolTest):
+    def setUp(self):
+        super().setUp()
+        self.write_grid("grid")
+
+    def write_restart(self, name, form, extents):
+        return self.write(name, restart_bytes(form, sample_solution(extents)))
+
+    def agree(self, *arguments, grid="grid", restart="flow"):
+        for quiet in ((), ("--quiet",)):
+            self.assertEqual(self.succeed("check", grid, restart, *arguments, *quiet),
+                             f"{grid} and {restart} agree\n")
+
+    def differ(self, report, *arguments, grid="grid", restart="flow"):
+        for quiet in ((), ("--quiet",)):
+            result = self.run_tool("check", grid, restart, *arguments, *quiet)
+            self.assertEqual(result.returncode, 1)
+            self.assertEqual(result.stdout_text, report)
+            self.assertRegex(result.stderr_text, rf"\Ap3dgrid: {restart}: does not belong to "
+                                                 rf"{grid}[^\n]*\n\Z")
+        return result.stderr_text
+
+
+class Headers(CheckTest):
+    def test_every_form_agrees_with_its_grid(self):
+        for layout in (1, 2, 3):
+            for encoding, double in encodings():
+                form = RestartForm(layout, encoding, double)
+                self.write_restart("flow", form, TWO)
+                with self.subTest(form=form):
+                    self.agree(*form.options())
+
+    def test_every_grid_agrees(self):
+        self.write_restart("flow", RestartForm(), TWO)
+        for form in all_forms():
+            if not form.multiblock:
+                continue
+            with self.subTest(form=form):
+                self.write_grid("grid", form)
+                self.agree(*form.options("grid"))
+
+    def test_defaults(self):
+        self.write_restart("flow", RestartForm(), TWO)
+        self.agree()
+
+    def test_layout_0(self):
+        self.write("flow", pack(talven_records(sample_solution(TWO)), RestartForm(0, double=True)))
+        self.agree("--layout", "0", "--restart-precision", "double")
+        self.fail_with(1, "check", "grid", "flow", "--layout", "0",
+                       says=("flow: ", "--restart-precision double"))
+
+    def test_block_counts_differ(self):
+        for layout in (1, 2, 3):
+            self.write_restart("flow", RestartForm(layout), ONE)
+            message = self.differ(COUNTS_DIFFER, "--layout", str(layout))
+            self.assertNotIn("--", message)
+
+    def test_extents_differ(self):
+        for layout in (1, 2, 3):
+            self.write_restart("flow", RestartForm(layout), [(2, 2, 2), (3, 1, 2)])
+            self.differ(SECOND_BLOCK_DIFFERS, "--layout", str(layout))
+
+    def test_only_the_headers_are_read(self):
+        self.write("flow", restart_bytes(RestartForm(), sample_solution(TWO))[:60])
+        self.agree()
+
+    def test_function_file_after_one_of_fewer_blocks(self):
+        # The counts of variables are read twice in a run, into the same room.
+        self.write_restart("flow", RestartForm(3), TWO * 40)
+        self.write_grid("grid", blocks=TWO_BLOCKS * 40)
+        self.agree("--layout", "3")
+
+    def test_without_block_counts(self):
+        self.write_grid("grid", Form(multiblock=False), ONE_BLOCK)
+        for layout in (1, 2, 3):
+            form = RestartForm(layout, multiblock=False)
+            self.write_restart("flow", form, ONE)
+            self.agree(*form.options(), "--grid-multiblock", "no")
+        self.write_restart("flow", RestartForm(1), TWO)
+        self.fail_with(1, "check", "grid", "flow", "--layout", "1", "--grid-multiblock", "no",
+                       says="flow: does not belong to grid: it holds 2 blocks, the grid 1")
+
+    def test_block_count_in_one_of_the_two(self):
+        for grid_count in (True, False):
+            self.write_grid("grid", Form(multiblock=grid_count), ONE_BLOCK)
+            form = RestartForm(multiblock=not grid_count)
+            options = [*form.options(), "--grid-multiblock", "yes" if grid_count else "no"]
+            self.write_restart("flow", form, ONE)
+            self.assertTrue(self.succeed("check", "grid", "flow", *options).endswith(
+                "grid and flow agree\n"))
+            self.write_restart("flow", form, [(2, 2, 3)])
+            self.fail_with(1, "check", "grid", "flow", *options,
+                           says="flow: does not belong to grid: its block 1 is 2x2x3, the grid's "
+                                "2x2x2")
+        self.write_restart("flow", RestartForm(), TWO)
+        self.fail_with(1, "check", "grid", "flow", "--grid-multiblock", "no",
+                       says="it holds 2 blocks, the grid 1")
+
+    def test_layouts_without_extents(self):
+        for layout in (100, 101, 102):
+            form = RestartForm(layout, "formatted")
+            self.write_restart("flow", form, ONE)
+            self.fail_with(2, "check", "grid", "flow", *form.options(),
+                           says=(f"layout {layout} gives no extents", f"info --layout {layout}"))
+
+
+class Failures(CheckTest):
+    def test_damaged_restart_header(self):
+        content = restart_bytes(RestartForm(), sample_solution(TWO))
+        for length in range(0, 44):
+            with self.subTest(length=length):
+                self.write("flow", content[:length])
+                self.fail_with(1, "check", "grid", "flow", says="flow: ")
+
+    def test_damaged_grid_header(self):
+        self.write_restart("flow", RestartForm(), TWO)
+        content = self.path("grid").read_bytes()
+        for length in range(0, 44):
+            with self.subTest(length=length):
+                self.write("grid", content[:length])
+                self.fail_with(1, "check", "grid", "flow", says="grid: ")
+
+    def test_files_that_cannot_be_used(self):
+        self.write_restart("flow", RestartForm(), TWO)
+        self.fail_with(2, "check", "grid", "missing", says="missing: No such file")
+        self.fail_with(2, "check", "missing", "flow", says="missing: No such file")
+        self.fail_with(2, "check", "grid", ".", says="Is a directory")
+        os.mkfifo(self.path("pipe"))
+        self.fail_with(2, "check", "grid", "pipe", says="pipe: is not a regular file")
+
+    def test_files_of_another_form(self):
+        self.write_restart("flow", RestartForm(2, "formatted"), TWO)
+        self.fail_with(1, "check", "grid", "flow", says=("flow: ", "--restart-format formatted"))
+        self.write_restart("flow", RestartForm(2, "binary"), TWO)
+        self.fail_with(1, "check", "grid", "flow", says=("flow: ", "--restart-format binary"))
+        self.write_restart("flow", RestartForm(3), TWO)
+        self.fail_with(1, "check", "grid", "flow",
+                       says=("flow: does not belong to grid", "--layout 3"))
+        self.write_restart("flow", RestartForm(), TWO)
+        self.write_grid("grid", Form("formatted"))
+        self.fail_with(1, "check", "grid", "flow", says=("grid: ", "--grid-format formatted"))
+
+    def test_long_paths(self):
+        self.path("d" * 100).mkdir()
+        name = "d" * 100 + "/" + "r" * 100
+        self.write_restart(name, RestartForm(), TWO)
+        self.agree(restart=name)
+
+    def test_full_disk(self):
+        self.write_restart("flow", RestartForm(), ONE)
+        with open("/dev/full", "w") as full:
+            result = self.run_tool("check", "grid", "flow", stdout=full)
+        self.assertEqual(result.returncode, 1)
+        self.assertIn("standard output", result.stderr_text)
+
+
+@unittest.skipUnless(SAMPLES, "P3DGRID_SAMPLES names no folder of real files")
+class RealFiles(CheckTest):
+    FOLDER = pathlib.Path(SAMPLES) / "vtk_data"
+    GRIDS = {
+        "multi-bin.xyz": ["--grid-precision", "double"],
+        "multi-bin-C.xyz": ["--grid-format", "binary", "--grid-precision", "double"],
+        "multi-ascii.xyz": ["--grid-format", "formatted"],
+    }
+    SOLUTIONS = {
+        "multi-bin.q": ["--restart-precision", "double"],
+        "multi-bin.f": ["--layout", "3", "--restart-precision", "double"],
+        "multi-bin-C.q": ["--restart-format", "binary", "--restart-precision", "double"],
+        "multi-ascii.q": ["--restart-format", "formatted"],
+    }
+
+    def test_accepted_with_their_grids(self):
+        for grid, of_grid in self.GRIDS.items():
+            for solution, of_solution in self.SOLUTIONS.items():
+                with self.subTest(grid=grid, solution=solution):
+                    output = self.succeed("check", self.FOLDER / grid, self.FOLDER / solution,
+                                          *of_grid, *of_solution)
+                    self.assertTrue(output.endswith(" agree\n"))
+
+    def test_refused_with_any_other_grid(self):
+        self.write_grid("two-blocks")
+        points = [0.5] * 8 * 12 * 12
+        self.write_grid("one-block", blocks=[Block((8, 12, 12), points, points, points)])
+        other = pathlib.Path(SAMPLES) / "turbmodels" / "flatplate_35x25.p3dfmt"
+        for grid, of_grid in (("two-blocks", []), ("one-block", []),
+                              (other, ["--grid-format", "formatted"])):
+            for solution, of_solution in self.SOLUTIONS.items():
+                with self.subTest(grid=grid, solution=solution):
+                    result = self.run_tool("check", grid, self.FOLDER / solution, *of_grid,
+                                           *of_solution)
+                    self.assertEqual(result.returncode, 1)
+                    self.assertIn("CODE HALTED", result.stdout_text)
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,116 @@
+#include <memory>
+#include <string>
+
+#include "agreement.hpp"
+#include "commands.hpp"
+#include "console.hpp"
+#include "failure.hpp"
+#include "options.hpp"
+#include "output_file.hpp"
+#include "restart_conversion.hpp"
+#include "restart_file.hpp"
+#include "table.hpp"
+
+namespace p3dgrid {
+namespace {
+
+struct RestartOptions {
+  std::string grid_path;
+  std::string input;
+  std::string output;
+  GridForm grid;
+  RestartForm form;
+  RestartFormChange change;
+  HeaderValues values;
+};
+
+[[noreturn]] void refuse(const RestartOptions& options, const std::string& why) {
+  throw Failure(ExitStatus::unusable, options.output + ": not written: " + why);
+}
+
+/// What can be seen to be impossible before anything is read.
+void require_writable_layout(const RestartOptions& options, Layout layout) {
+  if (layout == Layout::talven) {
+    refuse(options,
+           "files of layout 0 can be read, but not written; --to-layout 1 keeps the step "
+           "count and size");
+  }
+  const std::string why = obstacle(options.values, layout);
+  if (!why.empty()) refuse(options, why);
+}
+
+void note(const RestartOptions& options, const std::string& text) {
+  print_note(options.output + " " + text);
+}
+
+void note_what_is_lost(const RestartOptions& options, const RestartForm& written) {
+  if (loses_digits(options.form, written)) {
+    print_note("flow variables pass through single precision: " + options.output +
+               " holds about 7 digits of each, whatever its own precision");
+  }
+  if (reads_triplets(options.form) && options.form.layout == Layout::triplets &&
+      holds_doubles(options.form.encoding, options.form.precision)) {
+    print_note(options.input +
+               ": the triplets of layout 100 are lost when double precision is "
+               "read");
+  }
+  if (written.layout == Layout::triplets && !reads_triplets(written)) {
+    note(options,
+         "cannot be read back: single-precision files of layout 100 are written with "
+         "triplets but read without; --to-precision double or --to-format formatted can");
+  }
+}
+
+void write_converted(const RestartOptions& options, const RestartForm& form, const Restart& restart,
+                     OutputFile& output) {
+  try {
+    write_restart(output.temporary_path(), form, restart);
+  } catch (const Failure& failure) {
+    throw Failure(failure.status(), options.output + ": not written: " + failure.what());
+  }
+  output.commit();
+}
+
+void convert_restart(const RestartOptions& options) {
+  require_different_files(options.grid_path, options.output);
+  require_different_files(options.input, options.output);
+  const RestartForm written = options.change.applied_to(options.form);
+  require_writable_layout(options, written.layout);
+  // Reserved before the reading starts: a folder that takes no files shows at once.
+  OutputFile output(options.output);
+  Restart restart =
+      read_restart_of_grid(options.grid_path, options.grid, options.input, options.form);
+  const std::string why = obstacle(restart, options.form, written);
+  if (!why.empty()) refuse(options, why);
+  for (const std::string& text : adapt(restart, options.form, written, options.values)) {
+    note(options, text);
+  }
+  note_what_is_lost(options, written);
+  write_converted(options, written, restart, output);
+  print_progress(options.output + ": " + counted(restart.extents.blocks(), "block") + ", " +
+                 counted(restart.extents.points(), "point") + ", " +
+                 counted(restart.variables(), "variable") + ", " + describe(written));
+}
+
+}  // namespace
+
+Command add_restart(CLI::App& program) {
+  CLI::App* line = program.add_subcommand(
+      "restart", "Write a restart (flow-solution) file in another encoding, precision or layout");
+  const auto options = std::make_shared<RestartOptions>();
+  add_path(*line, "GRID", options->grid_path, "Grid file to which the solution belongs");
+  add_path(*line, "RESTART", options->input, "Restart file to read");
+  add_path(*line, "OUT", options->output, "Restart file to write; replaced whole or not at all");
+  add_grid_options(*line, options->grid);
+  add_restart_options(*line, options->form);
+  add_restart_target_options(*line, options->change, options->values);
+  line->footer(
+      "Flow variables pass through single precision, also from double to double.\n\n"
+      "Examples:\n"
+      "  p3dgrid restart grid.p3d flow.q flow.txt --to-format formatted\n"
+      "  p3dgrid restart grid.p3d flow.q flow.rst --to-layout 1 --step 400 --step-size 0.5\n"
+      "  p3dgrid restart grid.p3d flow.rst flow.q --layout 1 --to-layout 2 --mach 0.3");
+  return {line, [options] { convert_restart(*options); }};
+}
+
+}  // namespace p3dgrid

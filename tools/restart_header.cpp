@@ -1,0 +1,67 @@
+#include "restart_header.hpp"
+
+#include <filesystem>
+
+#include "failure.hpp"
+#include "paths.hpp"
+
+namespace p3dgrid {
+namespace {
+
+using mod_p3dgrid::integer;
+using mod_p3dgrid::logical;
+
+constexpr integer read_unit = 201;
+
+/// Closes the unit however the reading ends, so that the next file can be opened on it.
+struct UnitCloser {
+  UnitCloser() = default;
+  UnitCloser(const UnitCloser&) = delete;
+  UnitCloser& operator=(const UnitCloser&) = delete;
+  ~UnitCloser() { mod_p3dgrid::p3dcloseunit(read_unit); }
+};
+
+}  // namespace
+
+RestartHeader read_restart_header(const std::string& path, const RestartForm& form) {
+  // Counts of another file would be taken for this one's room.
+  mod_p3dgrid::nfvar.deallocate();
+  RestartHeader header;
+  mod_p3dgrid::allocatable<integer, 1> idim, jdim, kdim;
+  const logical dblprec = form.precision == Precision::double_precision;
+  try {
+    const UnitCloser closer;
+    mod_p3dgrid::readrestartheader(name_for(path), static_cast<integer>(form.encoding), dblprec,
+                                   header.blocks, static_cast<integer>(form.layout),
+                                   form.multiblock, idim, jdim, kdim);
+  } catch (const Halt&) {
+    throw Unreadable(path + ": layout 0 with flow parameters cannot be read in single precision");
+  }
+  if (header.blocks < 1) {
+    throw Unreadable(path + ": has a block count of " + std::to_string(header.blocks));
+  }
+  if (holds_extents(form.layout)) header.extents = Extents::of(idim, jdim, kdim);
+  if (form.layout == Layout::function) {
+    const auto counts = mod_p3dgrid::nfvar.span();
+    header.functions.assign(counts.begin(), counts.end());
+  }
+  return header;
+}
+
+bool talven_parameters_read() {
+  constexpr integer equations_with_parameters = 1;
+  return mod_p3dgrid::eqid == equations_with_parameters;
+}
+
+void require_regular_file(const std::string& path) {
+  std::error_code error;
+  const auto status = std::filesystem::status(path, error);
+  if (error || !std::filesystem::exists(status) || std::filesystem::is_directory(status) ||
+      std::filesystem::is_regular_file(status)) {
+    return;  // what is wrong with it shows when it is opened
+  }
+  throw Failure(ExitStatus::unusable,
+                path + ": is not a regular file; restart files are read more than once");
+}
+
+}  // namespace p3dgrid

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "restart_form.hpp"
+
+namespace p3dgrid {
+
+/// Fills the section table that the library reads and writes restart bodies by. The operations
+/// change it, so it is filled anew before each of them.
+/// @param variables  variables of the flow array, those of extensions included
+void fill_section_table(const Sections& sections, Layout layout, mod_p3dgrid::integer variables);
+
+}  // namespace p3dgrid
