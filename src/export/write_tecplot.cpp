@@ -52,7 +52,7 @@ void writetecplotfile_p3d(const FileName& filename, integer nblocks,
                           array_view<const integer, 1> kdim, array_view<const integer, 1> iblank,
                           logical useiblank) {
   message("Writing to Tecplot file ", left_adjusted(filename), "...");
-  const std::string file = "Tecplot file " + std::string(filename.view());
+  const std::string file = "Tecplot file " + recordio::path_of(filename);
   const PointNumbering points = checked_numbering(file, nblocks, idim, jdim, kdim);
   check_points(file, "xyz", xyz.extent(2), points);
   check_points(file, "qvar", qvar.extent(2), points);

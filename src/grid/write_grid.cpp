@@ -32,7 +32,7 @@ struct GridToWrite {
 
 /// What messages about the file begin with.
 std::string grid_file(const FileName& filename) {
-  return "cannot write grid " + std::string(filename.view());
+  return "cannot write grid " + recordio::path_of(filename);
 }
 
 [[noreturn]] void refuse(const FileName& filename, const std::string& reason) {

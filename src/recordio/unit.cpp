@@ -66,12 +66,6 @@ std::function<std::string(std::string_view)>& path_resolver() {
   return resolver;
 }
 
-std::string path_of(const FileName& name) {
-  // A copy, because the resolver may install another one.
-  const auto resolver = path_resolver();
-  return resolver ? resolver(name.view()) : std::string(name.view());
-}
-
 ReadFailure failure_at(integer number, const Connection& connection) {
   ReadFailure failure;
   failure.file = connection.path();
@@ -84,6 +78,12 @@ ReadFailure failure_at(integer number, const Connection& connection) {
 }
 
 }  // namespace
+
+std::string path_of(const FileName& name) {
+  // A copy, because the resolver may install another one.
+  const auto resolver = path_resolver();
+  return resolver ? resolver(name.view()) : std::string(name.view());
+}
 
 void Unit::open(const FileName& name, OpenStatus status) const {
   if (!known()) return;

@@ -73,6 +73,9 @@ class Unit {
   Form form_;
 };
 
+/// The path that the host's names stand for: what is opened, and what messages show.
+[[nodiscard]] std::string path_of(const FileName& name);
+
 /// Whether a file of that name exists.
 [[nodiscard]] bool file_exists(const FileName& name);
 

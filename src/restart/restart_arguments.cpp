@@ -15,7 +15,7 @@ void announce_restart(integer mode, const FileName& filename, integer iformat, l
 }
 
 std::string restart_file(const FileName& filename) {
-  return "restart file " + std::string(filename.view());
+  return "restart file " + recordio::path_of(filename);
 }
 
 void refuse_restart(const FileName& filename, const std::string& reason) {

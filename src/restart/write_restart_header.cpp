@@ -30,12 +30,12 @@ void check_extents(const FileName& filename, const Layout& layout, integer nbloc
                                                                     : nblocks;
   for (const Extents* column : columns) {
     if (column->extent(1) >= needed) continue;
-    fail_run("cannot write restart file " + std::string(filename.view()) + ": extents of " +
+    fail_run("cannot write restart file " + recordio::path_of(filename) + ": extents of " +
              std::to_string(column->extent(1)) + " blocks, " + std::to_string(needed) +
              " are to be written");
   }
   if (layout.counted_variables && nfvar.allocated() && nfvar.size() < nblocks) {
-    fail_run("cannot write restart file " + std::string(filename.view()) + ": nfvar holds " +
+    fail_run("cannot write restart file " + recordio::path_of(filename) + ": nfvar holds " +
              std::to_string(nfvar.size()) + " blocks, " + std::to_string(nblocks) +
              " are to be written");
   }

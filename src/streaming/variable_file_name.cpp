@@ -17,7 +17,7 @@ FileName first_free_name(FileName name) {
   while (recordio::file_exists(name)) {
     const FileName longer = FileName::cut(std::string(name.view()) + "t");
     if (longer == name) {
-      fail_run("no free name for a temporary file: " + std::string(name.view()) +
+      fail_run("no free name for a temporary file: " + recordio::path_of(name) +
                " exists and cannot be longer");
     }
     name = longer;

@@ -192,6 +192,17 @@ TEST_F(WriteGrid, ArgumentsThatCannotBeMeantEndTheRunBeforeTheFileIsTouched) {
   expect_refused("blanking values for 0 points, the extents ask for 3");
 }
 
+TEST_F(WriteGrid, ErrorsShowThePathBehindTheName) {
+  p3dsetpaths([](std::string_view name) { return "a/long/path/to/" + std::string(name); });
+  grid.jdim(2) = -2;
+  try {
+    grid.write("grid", binary);
+    FAIL() << "written";
+  } catch (const RunEnded& end) {
+    EXPECT_THAT(end.what(), HasSubstr("cannot write grid a/long/path/to/grid: "));
+  }
+}
+
 TEST_F(WriteGrid, AFullDiskEndsTheRun) {
   try {
     grid.write("/dev/full", unformatted);
