@@ -14,13 +14,14 @@
 /// - The points of all blocks form one sequence, block 1 first; within a block i runs fastest, then
 ///   j, then k. Coordinate arrays are (3, points).
 /// - Byte order is the machine's.
-/// - Text is read list-directed: blanks, tabs, commas and line ends separate, `r*c` repeats, a slash
-///   ends the record. A value left out (`,,` or `r*`) leaves what stands there: 0 in arrays that the
-///   operation has allocated itself, 1 in `iblank`. Reals too large or too small for their precision
-///   round to infinity and zero; a token that is not wholly a number, and an integer that 32 bits do
-///   not hold, make the read fail.
+/// - Text is read list-directed: blanks, tabs, commas and line ends separate, `r*c` repeats, and a
+///   slash ends the record. A value left out (`,,` or `r*`) leaves what stands there: 0 in arrays
+///   that the operation has allocated itself, 1 in `iblank`. Reals too large or too small for their
+///   precision round to infinity and zero. A token that is not wholly a number, and an integer that
+///   32 bits do not hold, make the read fail.
 /// - Text is written in lines of at most 80 columns, each beginning with a blank, and reads back to
-///   the same bits. A NaN other than the usual one stands as `NaN(...)` with its bits in hexadecimal.
+///   the same bits. A NaN other than the usual one stands as `NaN(...)` with its bits in
+///   hexadecimal.
 /// - One thread only; the module's variables and units are shared by all operations.
 ///
 /// ### Failures
