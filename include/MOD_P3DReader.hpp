@@ -84,7 +84,8 @@ extern allocatable<float, 2> sqvar;
 /// The same in double precision; always used for text.
 extern allocatable<double, 2> dqvar;
 
-/// Name of the temporary file of variable n in entry n.
+/// Name of the temporary file of variable n in entry n. (A host that says `using namespace
+/// mod_p3dgrid` and includes <cstdio> must qualify it: C has a function of that name.)
 extern fixed_array<FileName, 15> tmpfile;
 
 /// @}
@@ -311,7 +312,8 @@ void writep3drestart(const FileName& filename, integer iformat, logical dblprec,
 /// `sqvar`; one that is not allocated is allocated with a row per block, one that is too small is
 /// an error of the run. For layout 101 and a variable above 5 the flags behind the blocks go into
 /// `iflag`; extension variables must be counted in `numrstrtvar` by then. Text passes through
-/// double precision.
+/// double precision, so that a number of more digits than single precision tells apart may round to
+/// the neighbour of what `readp3drestart` reads.
 ///
 /// Works on unit 201 and closes it. A failed read leaves it open, `varvalues` as it was and the
 /// staging arrays allocated, which the next call reports through `checkallocationerror`. A variable

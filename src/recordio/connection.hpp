@@ -51,6 +51,9 @@ class Connection {
   void write_points(const WriteList& list, std::int64_t points);
   /// @}
 
+  /// Hands everything written to the system.
+  void flush();
+
   /// Flushes and closes; needed by a connection that writes.
   void close();
 

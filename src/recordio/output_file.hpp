@@ -29,11 +29,13 @@ class OutputFile {
   [[nodiscard]] char* reserve(std::size_t bytes);
   void commit(std::size_t bytes) { used_ += bytes; }
 
+  /// Hands everything to the system.
+  void flush();
+
   /// Hands everything to the system and closes the file. A second call does nothing.
   void close();
 
  private:
-  void flush();
   void write_through(const char* source, std::size_t bytes);
   [[noreturn]] void fail(const char* operation, int error);
 

@@ -1,5 +1,6 @@
 #include "recordio/unit.hpp"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -7,6 +8,7 @@
 #include <cstdlib>
 #include <map>
 #include <memory>
+#include <system_error>
 #include <utility>
 
 #include "mod_p3dgrid/run.hpp"
@@ -148,11 +150,16 @@ void Unit::close() const {
   p3dcloseunit(number_);
 }
 
-void Unit::close_and_delete() const {
+void Unit::flush() const {
+  if (known()) connection_to_write().flush();
+}
+
+std::string Unit::close_and_delete() const {
   const std::unique_ptr<Connection> connection = disconnect(number_);
-  if (connection == nullptr) return;
+  if (connection == nullptr) return {};
   const std::string& path = connection->path();
-  if (::unlink(path.c_str()) != 0 && errno != ENOENT) fail_run("cannot delete", path, errno);
+  if (::unlink(path.c_str()) == 0 || errno == ENOENT) return {};
+  return "cannot delete " + path + ": " + std::generic_category().message(errno);
 }
 
 bool Unit::can_hold(std::int64_t values, FileKind kind, Claim claim,
@@ -175,8 +182,17 @@ void Unit::fail(std::string found, std::string expected) const {
   set_last_failure(std::move(failure));
 }
 
+bool same_file(const FileName& one, const FileName& other) {
+  struct stat first;
+  struct stat second;
+  return ::stat(path_of(one).c_str(), &first) == 0 &&
+         ::stat(path_of(other).c_str(), &second) == 0 && first.st_dev == second.st_dev &&
+         first.st_ino == second.st_ino;
+}
+
 bool file_exists(const FileName& name) {
-  return ::access(path_of(name).c_str(), F_OK) == 0;
+  struct stat status;
+  return ::lstat(path_of(name).c_str(), &status) == 0;
 }
 
 }  // namespace recordio

@@ -46,8 +46,10 @@ class Unit {
 
   /// Flushes and disconnects the file; harmless without one.
   void close() const;
-  /// Disconnects the file and deletes it.
-  void close_and_delete() const;
+  /// Hands what has been written to the system; a failing write is an error of the run.
+  void flush() const;
+  /// Disconnects the file and deletes it. Returns why it could not be deleted; empty if it is gone.
+  [[nodiscard]] std::string close_and_delete() const;
 
   /// Writes a line of text as it stands.
   void write_line(std::string_view line) const;
@@ -76,7 +78,10 @@ class Unit {
 /// The path that the host's names stand for: what is opened, and what messages show.
 [[nodiscard]] std::string path_of(const FileName& name);
 
-/// Whether a file of that name exists.
+/// Whether two names stand for one existing file.
+[[nodiscard]] bool same_file(const FileName& one, const FileName& other);
+
+/// Whether something of that name exists, be it a link that leads nowhere.
 [[nodiscard]] bool file_exists(const FileName& name);
 
 }  // namespace mod_p3dgrid::recordio

@@ -8,6 +8,7 @@
 #include "restart/restart_arguments.hpp"
 #include "state/allocation.hpp"
 #include "state/messages.hpp"
+#include "state/run_end.hpp"
 #include "state/unit_numbers.hpp"
 
 namespace mod_p3dgrid {
@@ -40,8 +41,14 @@ class VariableFiles {
   void open(integer variable) const { unit(variable).open(tmpfile(variable), OpenStatus::old); }
   [[nodiscard]] Unit unit(integer variable) const { return Unit(units_(variable), unformatted); }
 
-  void close_and_delete() const {
-    for (integer m = 1; m <= units_.size(); ++m) unit(m).close_and_delete();
+  /// Deletes every file that can be deleted; returns why the first of the others could not be.
+  [[nodiscard]] std::string close_and_delete() const {
+    std::string first_reason;
+    for (integer m = 1; m <= units_.size(); ++m) {
+      const std::string reason = unit(m).close_and_delete();
+      if (first_reason.empty()) first_reason = reason;
+    }
+    return first_reason;
   }
 
  private:
@@ -156,13 +163,20 @@ class Combiner {
   fixed_array<integer, 15> block_in_slot_;  ///< 0 for a variable that was not read yet
 };
 
-/// Refuses, before a file is opened, what cannot be written, and more variables than have names.
+/// Refuses more variables than have names, whatever is to become of them.
+void check_count(const Combination& combination) {
+  if (combination.variables <= tmpfile.size()) return;
+  refuse_restart(combination.filename, std::to_string(combination.variables) +
+                                           " variables cannot be combined, at most " +
+                                           std::to_string(tmpfile.size()) + " can");
+}
+
+/// Refuses, before a file is opened, what cannot be written.
 void check_arguments(const Combination& combination) {
   const FileName& filename = combination.filename;
-  if (combination.variables > tmpfile.size()) {
-    refuse_restart(filename, std::to_string(combination.variables) +
-                                 " variables cannot be combined, at most " +
-                                 std::to_string(tmpfile.size()) + " can");
+  for (integer m = 1; m <= combination.variables; ++m) {
+    if (!recordio::same_file(filename, tmpfile(m))) continue;
+    refuse_restart(filename, "it is the temporary file of variable " + std::to_string(m));
   }
   check_state_to_write(filename, combination.layout, combination.nblocks);
   integer highest =
@@ -202,6 +216,11 @@ void open_variable_files(const VariableFiles& files, allocatable<integer, 1>& un
   }
 }
 
+/// Ends the run if there is a reason to.
+void fail_if(const std::string& reason) {
+  if (!reason.empty()) fail_run(reason);
+}
+
 }  // namespace
 
 void combinep3dvarfiles(array_view<const float, 2> leadvalues, const FileName& filename,
@@ -221,6 +240,7 @@ void combinep3dvarfiles(array_view<const float, 2> leadvalues, const FileName& f
                           variables_per_point(),
                           checked_numbering(restart_file(filename), nblocks, idim, jdim, kdim)};
   const bool writable = output.known() && layout.header != HeaderKind::talven;
+  check_count(combination);
   if (writable) check_arguments(combination);
   allocatable<integer, 1> units;
   if (!allocate_checked(units, combination.variables)) {
@@ -240,12 +260,16 @@ void combinep3dvarfiles(array_view<const float, 2> leadvalues, const FileName& f
                               : write_body<double>(combination, files);
     if (!complete) {
       // By design the temporary data are gone before the failure is told.
-      files.close_and_delete();
-      return mod_gridvars::dispfilereaderror();
+      const std::string reason = files.close_and_delete();
+      mod_gridvars::dispfilereaderror();
+      return fail_if(reason);
     }
+    // A disk that is full shows while the temporary data are still there.
+    output.flush();
   }
-  files.close_and_delete();
+  const std::string reason = files.close_and_delete();
   output.close();
+  fail_if(reason);
 }
 
 }  // namespace mod_p3dgrid

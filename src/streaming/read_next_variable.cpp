@@ -49,22 +49,20 @@ struct PickedVariable {
   void add_triplets(List& list, integer block) const {
     list.push_back(recordio::dropped(real_kind(read.path), triplet * read.points.npts(block)));
   }
+  /// The tables send one variable to the staging array and all others nowhere.
   template <class List>
   void add_variables(List& list, integer block, integer first, integer last) const {
     const std::int64_t points = read.points.npts(block);
-    const integer kept = steps_on(read.ivar) ? read.ivar : first - 1;
-    const bool among_them = first <= kept && kept <= last;
     const auto drop = [&](std::int64_t variables) {
       list.push_back(recordio::dropped(real_kind(read.path), variables * points));
     };
-    if (!among_them) return drop(std::int64_t{last} - first + 1);
-    drop(std::int64_t{kept} - first);
-    list.push_back(recordio::values(targets(kept) + read.points.before(block), points));
-    drop(std::int64_t{last} - kept);
+    if (read.ivar < first || read.ivar > last || steps(read.ivar) == 0) {
+      return drop(std::int64_t{last} - first + 1);
+    }
+    drop(std::int64_t{read.ivar} - first);
+    list.push_back(recordio::values(targets(read.ivar) + read.points.before(block), points));
+    drop(std::int64_t{last} - read.ivar);
   }
-
- private:
-  [[nodiscard]] bool steps_on(integer variable) const { return steps(variable) != 0; }
 };
 
 /// Walks a body for one variable.
@@ -137,10 +135,12 @@ bool prepare(const VariableRead& read, allocatable<Real, 2>& staging,
 template <class Real>
 bool read_variable(const VariableRead& read, allocatable<Real, 2>& staging,
                    allocatable<Real*, 1>& targets) {
+  const auto records = block_records_with_leading(read.layout, older_levels());
+  const integer highest = checked_highest_variable(records);
+  if (read.points.total > 0) check_variables(read.filename, highest, variables_per_point());
   allocatable<integer, 1>& steps = one_variable_staging().READII;
   if (!prepare(read, staging, targets, steps)) return false;
   if (read.layout.parameters) create_parameters_to_read(read.filename, read.path, read.nblocks);
-  const auto records = block_records_with_leading(read.layout, older_levels());
   VariableReader<Real> reader(read, {read, targets, steps});
   const bool complete = walk_blocks(records, read.nblocks, reader) &&
                         (!read.layout.extensions || read.ivar < first_extension_variable ||

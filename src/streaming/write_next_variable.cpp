@@ -61,13 +61,20 @@ void writenextp3dvar(integer ivar, const FileName& prefix, logical dblprec, inte
   const std::int64_t allpoints = sum(blockpoints);
   check_points(name, "varvalues", varvalues.extent(1) > 0 ? varvalues.extent(2) : 0, points);
   if (dblprec) check_points(name, "blockpoints", allpoints, points);
-  tmpfile(ivar) = name = first_free_name(name);
+  tmpfile(ivar) = {};  // names no file until this one is there
+  name = first_free_name(name);
   write_line("");
   message("Writing Interpolated Variable ", ivar, " to Temporary File ", left_adjusted(name));
   const Unit unit(unit_number::restart_write, unformatted);
   unit.open(name, OpenStatus::fresh);
+  tmpfile(ivar) = name;
   if (dblprec) {
-    write_widened(unit, ivar, name, points, nblocks, allpoints, varvalues);
+    try {
+      write_widened(unit, ivar, name, points, nblocks, allpoints, varvalues);
+    } catch (...) {
+      variable_write_staging() = {};
+      throw;
+    }
   } else {
     write_blocks(unit, ivar, points, nblocks, varvalues);
   }

@@ -47,6 +47,32 @@ TEST_F(WriteTecplot, VariablesZonesAndPoints) {
   EXPECT_THAT(calls, IsEmpty());
 }
 
+TEST_F(WriteTecplot, EachZoneHoldsThePointsOfItsBlockWithIFastest) {
+  p3dsetdebug(false);
+  idim = {1, 2};
+  jdim = {1, 2};
+  kdim = {1, 2};
+  xyz.clear();
+  qvar.clear();
+  iblank.clear();
+  std::string lines;
+  for (int p = 0; p < 9; ++p) {
+    for (int r = 0; r < 3; ++r) xyz.push_back(100 * r + p);
+    for (int r = 3; r < 8; ++r) qvar.push_back(100 * r + p);
+    iblank.push_back(-p);
+    if (p == 1) lines += "ZONE T=\"ZONE-000002\" I=0002 J=0002 K=0002\n";
+    for (int r = 0; r < 8; ++r) lines += " " + std::to_string(100 * r + p);
+    lines += " " + std::to_string(-p) + "\n";
+  }
+  writetecplotfile_p3d("tec", 2, array_view<const double, 2>(xyz.data(), 3, 9),
+                       array_view<const double, 2>(qvar.data(), 5, 9), idim, jdim, kdim, iblank,
+                       true);
+  p3dcloseunit(594);
+  const std::string text = read_file("tec");
+  EXPECT_EQ(text.substr(text.find("\n 0 100") + 1), lines);
+  EXPECT_EQ(messages.size(), 1u);
+}
+
 TEST_F(WriteTecplot, BlankingIsTheLastColumn) {
   EXPECT_EQ(written(true),
             " VARIABLES = \"X\", \"Y\", \"Z\", \"U\", \"V\", \"W\", \"P\", \"RHO\",\"IBLANK\"\n"
@@ -143,6 +169,15 @@ TEST_F(WriteTecplot, ArraysTooSmallEndTheRunBeforeTheFileIsTouched) {
   expect_refused(true, "iblank holds 1 points, 2 are needed");
   idim[0] = 3;
   expect_refused(false, "xyz holds 2 points, 3 are needed");
+  xyz.resize(9);
+  try {
+    writetecplotfile_p3d("tec", 2, array_view<const double, 2>(xyz.data(), 3, 3),
+                         array_view<const double, 2>(qvar.data(), 5, 2), idim, jdim, kdim, {},
+                         false);
+    FAIL() << "written";
+  } catch (const RunEnded& end) {
+    EXPECT_THAT(end.what(), HasSubstr("qvar holds 2 points, 3 are needed"));
+  }
   idim[0] = -3;
   expect_refused(false, "extents of block 1 are below 0");
   idim.clear();

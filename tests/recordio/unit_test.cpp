@@ -245,9 +245,35 @@ TEST_F(Units, ClosedAndDeletedFilesAreGone) {
   const Unit unit(302, 0);
   write_file("file", std::string("x"));
   unit.open("file", OpenStatus::old);
-  unit.close_and_delete();
+  EXPECT_EQ(unit.close_and_delete(), "");
   EXPECT_FALSE(test_support::exists("file"));
-  unit.close_and_delete();
+  EXPECT_EQ(unit.close_and_delete(), "");
+}
+
+TEST_F(Units, FilesThatCannotBeDeletedSayWhy) {
+  const Unit unit(302, 0);
+  unit.open("/dev/null", OpenStatus::old);
+  ASSERT_EQ(::mkdir("folder", 0700), 0);
+  write_file("folder/file", std::string("x"));
+  unit.open("folder/file", OpenStatus::old);
+  ASSERT_EQ(::unlink("folder/file"), 0);
+  ASSERT_EQ(::mkdir("folder/file", 0700), 0);
+  EXPECT_EQ(unit.close_and_delete(), "cannot delete folder/file: Is a directory");
+}
+
+TEST_F(Units, LinksThatLeadNowhereAreNoFreeNames) {
+  ASSERT_EQ(::symlink("nowhere", "link"), 0);
+  EXPECT_TRUE(file_exists("link"));
+  EXPECT_FALSE(file_exists("nowhere"));
+}
+
+TEST_F(Units, OneFileUnderTwoNamesIsTheSame) {
+  write_file("a", std::string("x"));
+  write_file("b", std::string("x"));
+  ASSERT_EQ(::link("a", "c"), 0);
+  EXPECT_TRUE(same_file("a", "c"));
+  EXPECT_FALSE(same_file("a", "b"));
+  EXPECT_FALSE(same_file("a", "missing"));
 }
 
 TEST_F(Units, OfAnUnknownFormDoNothing) {

@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "recordio/unit.hpp"
 #include "restart/restart_case.hpp"
@@ -256,6 +258,83 @@ TEST_F(CombineVariableFiles, ArgumentsThatCannotBeMeantEndTheRunAndDeleteNothing
   expect_refused(0, 1, "extents of block 2 are below 0");
   for (const char* name : {"v1", "v2", "v3"}) EXPECT_TRUE(exists(name));
   EXPECT_FALSE(exists("out"));
+}
+
+TEST_F(CombineVariableFiles, MoreVariablesThanNamesAreRefusedWhateverIsToBecomeOfThem) {
+  given(15, single);
+  for (const integer count : {16, 2'000'000'000}) {
+    mod_gridvars::numrstrtvar(1) = count;
+    expect_refused(5, 1, std::to_string(count) + " variables cannot be combined");
+    expect_refused(0, 0, std::to_string(count) + " variables cannot be combined");
+  }
+  EXPECT_TRUE(exists("v15"));
+}
+
+TEST_F(CombineVariableFiles, OneOfTheFilesIsNoPlaceForTheOutput) {
+  given(3, single);
+  ASSERT_EQ(::link("v3", "out"), 0);
+  expect_refused(0, 1, "it is the temporary file of variable 3");
+  EXPECT_EQ(read_file("out"), single(3).str());
+  EXPECT_EQ(read_file("v1"), single(1).str());
+}
+
+TEST_F(CombineVariableFiles, AFullDiskLeavesTheFiles) {
+  given(3, single);
+  p3dsetpaths([](std::string_view name) {
+    return name == "out" ? std::string("/dev/full") : std::string(name);
+  });
+  expect_refused(0, 1, "cannot write /dev/full: No space left on device");
+  EXPECT_EQ(read_file("v1"), single(1).str());
+  EXPECT_EQ(read_file("v3"), single(3).str());
+}
+
+TEST_F(CombineVariableFiles, AFileThatCannotBeDeletedKeepsNoOtherFromIt) {
+  given(3, single);
+  // When the files are open a folder takes the place of the first.
+  on_allocation = [](int) {
+    if (count_calls("checkallocationerror") != 2) return;
+    ASSERT_EQ(::unlink("v1"), 0);
+    ASSERT_EQ(::mkdir("v1", 0700), 0);
+  };
+  expect_refused(0, 1, "cannot delete v1: Is a directory");
+  EXPECT_FALSE(exists("v2"));
+  EXPECT_FALSE(exists("v3"));
+  EXPECT_FALSE(is_open("out"));
+  EXPECT_EQ(read_file("out").size(), 8u + 12 + 2 * (8 + 12) + 8 + 24 + 8 + 12);
+}
+
+TEST_F(CombineVariableFiles, PrintsItsLinesWhateverTheDebugSwitch) {
+  p3dsetdebug(false);
+  given(3, single);
+  combine(0, false, 1);
+  EXPECT_EQ(messages.size(), 13u);
+}
+
+TEST_F(CombineVariableFiles, ExtensionsBeyondTheVariablesAreErrorsOfTheRun) {
+  set_sections({{1, 5}});
+  mod_gridvars::numrstrtvar(2) = 5;
+  iflag(1) = 1;
+  iflag(2) = 41;
+  iflag(3) = 999;
+  given(10, single);
+  const float lead[9]{};
+  EXPECT_THROW(combinep3dvarfiles(array_view<const float, 2>(lead, 3, 3), "out", 0, false, 9, 2,
+                                  idim, ones, ones, 101, true),
+               RunEnded);
+  set_sections({{1, 3}});
+  mod_gridvars::numrstrtvar(1) = 9;
+  mod_gridvars::numrstrtvar(2) = -5;
+  expect_refused(0, 1, "names variable 9, the flow array has 4");
+  EXPECT_TRUE(exists("v10"));
+}
+
+TEST_F(CombineVariableFiles, BlanksInFrontOfNamesAreNotShown) {
+  given(3, single);
+  write_file("  v2", single(2));
+  tmpfile(2) = "  v2";
+  combinep3dvarfiles({}, "  out", 0, false, 9, 2, idim, ones, ones, 1, true);
+  EXPECT_EQ(messages[1], " Combining the Temporary Variable Files into out");
+  EXPECT_EQ(messages[3], " Reading variable 2 from filev2");
 }
 
 TEST_F(CombineVariableFiles, Layout0HaltsTheRun) {

@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstdlib>
 
 #include "grid/grid_case.hpp"
@@ -247,6 +249,55 @@ TEST_F(ReadNextVariable, OlderTimeLevelsAreSkipped) {
     EXPECT_EQ(count_calls("dispfilereaderror"), 0);
     EXPECT_EQ(values[6], static_cast<float>(HandMadeRestart::flow(1, 6)));
   }
+}
+
+TEST_F(ReadNextVariable, LeavesNothingAllocatedForTheNextCallToReport) {
+  set_sections({{1, 5}});
+  p3dsetdebug(false);
+  for (const bool dblprec : {false, true, false, true}) {
+    calls.clear();
+    messages.clear();
+    read_file_of(HandMadeRestart({.layout = 1, .iformat = 0, .dblprec = dblprec}), 3);
+    EXPECT_EQ(std::ranges::count(calls, "checkallocationerror(0)"), 4);
+    EXPECT_EQ(count_calls("checkallocationerror"), 4);
+    EXPECT_EQ(messages.size(), 2u);
+  }
+}
+
+TEST_F(ReadNextVariable, OneOlderTimeLevelIsSkipped) {
+  set_sections({{1, 5}});
+  HandMadeRestart made({.layout = 0, .iformat = 2});
+  made.time_integration = 2;
+  made.older_levels = 1;
+  read_file_of(made, 5);
+  EXPECT_EQ(values[6], static_cast<float>(HandMadeRestart::flow(5, 6)));
+}
+
+TEST_F(ReadNextVariable, SectionsOutsideTheVariablesAreErrorsOfTheRun) {
+  set_sections({{1, 5}});
+  mod_gridvars::rstrtvarsct(1, 2) = 6;
+  expect_refused({.layout = 1}, 1, "names variable 6, the flow array has 5");
+  mod_gridvars::rstrtvarsct(1, 1) = 0;
+  expect_refused({.layout = 1}, 1, "they count from 1");
+  set_sections({{1, 5}});
+  EXPECT_THROW(readnextp3dvar(1, "restart", 0, false, 2, restart.blockpoints,
+                              array_view<float, 2>(values.data(), 0, 7), restart.idim, restart.jdim,
+                              restart.kdim, 1, true),
+               RunEnded);
+}
+
+TEST_F(ReadNextVariable, TextRoundsByWayOfDoublePrecision) {
+  // Just above the middle between 1 and the next single: double precision rounds it to the middle,
+  // and from there it goes to the even neighbour. A whole read goes straight to single precision.
+  write_file("restart", std::string("1 .5 1\n1 1 1\n 1.00000005960464477540\n"));
+  set_sections({{1, 1}});
+  restart = Restart(1);
+  restart.idim = restart.jdim = restart.kdim = restart.blockpoints = {1};
+  values.resize(1);
+  read({.layout = 1, .iformat = 1}, 1);
+  EXPECT_EQ(values[0], 1.F);
+  restart.read("restart", {.layout = 1, .iformat = 1});
+  EXPECT_EQ(restart.varvalues(1, 1), std::nextafter(1.F, 2.F));
 }
 
 TEST_F(ReadNextVariable, ExceptionsReleaseTheStaging) {

@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "restart/restart_case.hpp"
 #include "streaming/variable_file_name.hpp"
@@ -125,6 +126,44 @@ TEST_F(WriteNextVariable, ArraysTooSmallAreErrorsOfTheRun) {
   kdim.pop_back();
   expect_refused(7, "abc", false, "extents of 1 blocks for 2");
   EXPECT_EQ(tmpfile(7).view(), "");
+}
+
+TEST_F(WriteNextVariable, ExceptionsReleaseTheStagingAndSecondCallsFindNone) {
+  p3dsetdebug(false);  // the lines are printed all the same
+  p3dsetmessages([](std::string_view line) {
+    if (line == " Writing flow variable 1 for grid 2") throw std::runtime_error("host");
+  });
+  EXPECT_THROW(write(1, "abc", true), std::runtime_error);
+  calls.clear();
+  write(2, "abc", true);
+  write(3, "abc", true);
+  EXPECT_THAT(calls, ElementsAre("checkallocationerror(0)", "checkallocationerror(0)"));
+}
+
+TEST_F(WriteNextVariable, MorePointsToSizeTheStagingByAreNotRead) {
+  blockpoints = {50, 50};
+  write(1, "abc", true);
+  EXPECT_EQ(read_file("abc000001.tmp").size(), 8u + 16 + 8 + 8);
+}
+
+TEST_F(WriteNextVariable, ValuesWithoutARowAreErrorsOfTheRun) {
+  EXPECT_THROW(writenextp3dvar(1, "abc", false, 2, blockpoints,
+                               array_view<const float, 2>(values.data(), 0, 3), idim, jdim, kdim),
+               RunEnded);
+}
+
+TEST_F(WriteNextVariable, ADanglingLinkIsNoFreeName) {
+  ASSERT_EQ(::symlink("nowhere", "abc000001.tmp"), 0);
+  write(1, "abc", false);
+  EXPECT_EQ(tmpfile(1).view(), "abc000001.tmpt");
+  EXPECT_FALSE(exists("nowhere"));
+}
+
+TEST_F(WriteNextVariable, NoNameIsKeptOfAFileThatWasNotWritten) {
+  tmpfile(1) = "earlier";
+  p3dsetpaths([](std::string_view) { return std::string("missing-folder/x"); });
+  EXPECT_THROW(write(1, "abc", false), RunEnded);
+  EXPECT_EQ(tmpfile(1).view(), "");
 }
 
 TEST_F(WriteNextVariable, AFullDiskIsAnErrorOfTheRun) {
