@@ -3,8 +3,7 @@
 ///
 ///     stream GRID SOLUTION OUT TECPLOT
 ///
-/// Grid and solution are unformatted, in single precision, with a block count. Copy this file as
-/// the start of a host of your own.
+/// Grid and solution are unformatted, in single precision, with a block count.
 
 #include <MOD_P3DReader.hpp>
 #include <cstdio>
@@ -12,14 +11,12 @@
 
 using namespace mod_p3dgrid;
 
-namespace {
-
 constexpr integer unformatted = 0;
 constexpr integer solution_layout = 2;  // PLOT3D solution file: five variables
 constexpr integer variables = 5;
 
-void stream(const FileName& grid_file, const FileName& solution, const FileName& out,
-            const FileName& tecplot) {
+static void stream(const FileName& grid_file, const FileName& solution, const FileName& out,
+                   const FileName& tecplot) {
   integer nblocks = 0;
   integer ndim = 0;
   allocatable<float, 2> xyz;
@@ -52,8 +49,6 @@ void stream(const FileName& grid_file, const FileName& solution, const FileName&
                        array_view<const double, 2>(flow.data(), variables, points), idim, jdim,
                        kdim, iblank, false);
 }
-
-}  // namespace
 
 int main(int argc, char** argv) {
   if (argc != 5) {
