@@ -105,14 +105,19 @@ void require_agreement(const std::string& grid_path, const GridForm& grid,
   if (!may_hold_count(restart.layout) && !grid.multiblock) require_one_block(pair, header);
 }
 
+std::optional<Extents> extents_to_read_by(const std::string& grid_path, const GridForm& grid,
+                                          const std::string& restart_path,
+                                          const RestartForm& restart) {
+  require_regular_file(restart_path);
+  if (!holds_extents(restart.layout)) return extents_of(read_grid(grid_path, grid));
+  require_agreement(grid_path, grid, restart_path, restart);
+  return std::nullopt;
+}
+
 Restart read_restart_of_grid(const std::string& grid_path, const GridForm& grid,
                              const std::string& restart_path, const RestartForm& restart) {
-  require_regular_file(restart_path);
-  if (!holds_extents(restart.layout)) {
-    return read_restart(restart_path, restart, extents_of(read_grid(grid_path, grid)));
-  }
-  require_agreement(grid_path, grid, restart_path, restart);
-  return read_restart(restart_path, restart, std::nullopt);
+  return read_restart(restart_path, restart,
+                      extents_to_read_by(grid_path, grid, restart_path, restart));
 }
 
 }  // namespace p3dgrid

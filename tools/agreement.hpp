@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "grid_form.hpp"
@@ -12,6 +13,13 @@ namespace p3dgrid {
 /// standard output, and a Failure is thrown.
 void require_agreement(const std::string& grid_path, const GridForm& grid,
                        const std::string& restart_path, const RestartForm& restart);
+
+/// Makes sure that a restart file belongs to a grid, as far as its header tells. Returns the
+/// extents of the grid when the layout holds none, for its body to be read by.
+[[nodiscard]] std::optional<Extents> extents_to_read_by(const std::string& grid_path,
+                                                        const GridForm& grid,
+                                                        const std::string& restart_path,
+                                                        const RestartForm& restart);
 
 /// Reads a whole restart file that belongs to a grid: with extents of its own they must agree with
 /// the grid's, without them it is read with the grid's. Throws a Failure as `require_agreement` and

@@ -18,5 +18,6 @@ struct Command {
 [[nodiscard]] Command add_convert(CLI::App& program);
 [[nodiscard]] Command add_check(CLI::App& program);
 [[nodiscard]] Command add_restart(CLI::App& program);
+[[nodiscard]] Command add_tecplot(CLI::App& program);
 
 }  // namespace p3dgrid

@@ -13,7 +13,8 @@
 namespace p3dgrid {
 namespace {
 
-constexpr std::array commands = {add_sample, add_info, add_convert, add_check, add_restart};
+constexpr std::array commands = {add_sample, add_info,    add_convert,
+                                 add_check,  add_restart, add_tecplot};
 
 /// What the command line asks for: a command, or a text to show (help, version) and no command.
 struct Request {
@@ -44,6 +45,7 @@ void describe_program(CLI::App& program, bool& quiet) {
       "  p3dgrid convert demo/grid.p3d grid.txt --to-format formatted\n"
       "  p3dgrid check demo/grid.p3d demo/flow.q\n"
       "  p3dgrid restart demo/grid.p3d demo/flow.q flow.txt --to-format formatted\n"
+      "  p3dgrid tecplot demo/grid.p3d demo/flow.q flow.dat\n"
       "  p3dgrid convert --help");
 }
 

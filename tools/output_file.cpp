@@ -4,9 +4,7 @@
 #include <unistd.h>
 
 #include <array>
-#include <atomic>
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <random>
@@ -16,46 +14,6 @@
 
 namespace p3dgrid {
 namespace {
-
-constexpr std::array ending_signals = {SIGHUP, SIGINT, SIGTERM};
-
-// What the signal handler has to remove; it may touch nothing else of the program.
-std::atomic<const char*> unfinished_file{nullptr};
-static_assert(std::atomic<const char*>::is_always_lock_free);
-
-extern "C" void remove_unfinished_file(int signal) {
-  if (const char* path = unfinished_file.load()) ::unlink(path);
-  std::signal(signal, SIG_DFL);
-  std::raise(signal);
-}
-
-// A signal that the caller has turned off, as `nohup` does, stays off.
-void watch_ending_signals() {
-  static const bool watched = [] {
-    for (const int signal : ending_signals) {
-      if (std::signal(signal, remove_unfinished_file) == SIG_IGN) std::signal(signal, SIG_IGN);
-    }
-    return true;
-  }();
-  static_cast<void>(watched);
-}
-
-/// Holds the ending signals back while it lives.
-class SignalsHeld {
- public:
-  SignalsHeld() {
-    sigset_t held;
-    ::sigemptyset(&held);
-    for (const int signal : ending_signals) ::sigaddset(&held, signal);
-    ::sigprocmask(SIG_BLOCK, &held, &before_);
-  }
-  SignalsHeld(const SignalsHeld&) = delete;
-  SignalsHeld& operator=(const SignalsHeld&) = delete;
-  ~SignalsHeld() { ::sigprocmask(SIG_SETMASK, &before_, nullptr); }
-
- private:
-  sigset_t before_{};
-};
 
 class Descriptor {
  public:
@@ -137,7 +95,6 @@ OutputFile::OutputFile(std::string path)
   if (replaced_ && ::faccessat(AT_FDCWD, target_.c_str(), W_OK, AT_EACCESS) != 0) {
     fail(path_, "is write-protected: " + reason(errno));
   }
-  watch_ending_signals();
   reserve();
 }
 
@@ -147,10 +104,9 @@ void OutputFile::reserve() {
   const std::filesystem::path folder = std::filesystem::path(target_).parent_path();
   const SignalsHeld held;
   for (int attempt = 0; attempt < 100; ++attempt) {
-    temporary_ = (folder / temporary_name()).string();
-    if (Descriptor(open_new(temporary_, mode)).open()) {
-      pending_ = true;
-      unfinished_file = temporary_.c_str();
+    const std::string path = (folder / temporary_name()).string();
+    if (Descriptor(open_new(path, mode)).open()) {
+      temporary_.emplace(path);
       return;
     }
     if (errno != EEXIST) break;
@@ -158,15 +114,9 @@ void OutputFile::reserve() {
   fail(path_, "cannot be written in its folder: " + reason(errno));
 }
 
-OutputFile::~OutputFile() {
-  if (!pending_) return;
-  ::unlink(temporary_.c_str());
-  unfinished_file = nullptr;
-}
-
 void OutputFile::commit() {
   {
-    const Descriptor file(::open(temporary_.c_str(), O_RDONLY | O_CLOEXEC));
+    const Descriptor file(::open(temporary_path().c_str(), O_RDONLY | O_CLOEXEC));
     if (!file.open()) fail(path_, "cannot be completed: " + reason(errno));
     if (replaced_) {
       // The owner is a courtesy that only some users can extend; permissions follow because a
@@ -178,11 +128,10 @@ void OutputFile::commit() {
     }
     if (::fsync(file.number()) != 0) fail(path_, "cannot be completed: " + reason(errno));
   }
-  if (std::rename(temporary_.c_str(), target_.c_str()) != 0) {
+  if (std::rename(temporary_path().c_str(), target_.c_str()) != 0) {
     fail(path_, "cannot be replaced: " + reason(errno));
   }
-  pending_ = false;
-  unfinished_file = nullptr;
+  temporary_->release();
 
   // The name itself is on the disk only once its folder is; not every file system offers that.
   const std::filesystem::path folder = std::filesystem::path(target_).parent_path();

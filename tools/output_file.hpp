@@ -5,14 +5,15 @@
 #include <optional>
 #include <string>
 
+#include "unfinished_file.hpp"
+
 namespace p3dgrid {
 
 /// A file that comes into being whole or not at all.
 ///
 /// It is written under a temporary name in the folder of its final one, `.p3dgrid-...tmp`, and
 /// `commit` puts it in place in one step. Whatever ends the work before that (a failure, a signal)
-/// removes the temporary file and leaves an earlier file of the final name as it was. Only one
-/// such file exists at a time.
+/// removes the temporary file and leaves an earlier file of the final name as it was.
 class OutputFile {
  public:
   /// Reserves the temporary file. Throws a Failure where `path` could not be put in place: its
@@ -21,10 +22,10 @@ class OutputFile {
   explicit OutputFile(std::string path);
   OutputFile(const OutputFile&) = delete;
   OutputFile& operator=(const OutputFile&) = delete;
-  ~OutputFile();
+  ~OutputFile() = default;
 
   /// Where to write until `commit`.
-  [[nodiscard]] const std::string& temporary_path() const { return temporary_; }
+  [[nodiscard]] const std::string& temporary_path() const { return temporary_->path(); }
 
   /// Forces the contents to the disk, then gives the file its name. An earlier file is replaced
   /// and hands on its permissions and, where the user may do that, its owner.
@@ -36,8 +37,7 @@ class OutputFile {
   std::string path_;                     ///< as the user named it
   std::string target_;                   ///< where symbolic links lead to
   std::optional<struct stat> replaced_;  ///< the file that stands there
-  std::string temporary_;
-  bool pending_ = false;
+  std::optional<UnfinishedFile> temporary_;
 };
 
 /// Throws a Failure when writing `output` would destroy `input`, however the two are spelt.

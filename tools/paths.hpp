@@ -11,7 +11,11 @@ namespace p3dgrid {
 /// good until the process ends.
 [[nodiscard]] mod_p3dgrid::FileName name_for(const std::string& path);
 
-/// The path behind a name; a name that `name_for` has not given is its own path.
+/// A short prefix for names that the library makes up: whatever it puts behind the prefix, the path
+/// is `path_stem` with the same behind it. No path given before or later begins with the prefix.
+[[nodiscard]] mod_p3dgrid::FileName prefix_for(const std::string& path_stem);
+
+/// The path behind a name; a name that is not from here is its own path.
 [[nodiscard]] std::string path_behind(std::string_view name);
 
 }  // namespace p3dgrid

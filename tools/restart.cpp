@@ -9,6 +9,7 @@
 #include "output_file.hpp"
 #include "restart_conversion.hpp"
 #include "restart_file.hpp"
+#include "restart_stream.hpp"
 #include "table.hpp"
 
 namespace p3dgrid {
@@ -22,6 +23,7 @@ struct RestartOptions {
   RestartForm form;
   RestartFormChange change;
   HeaderValues values;
+  bool stream = false;
 };
 
 [[noreturn]] void refuse(const RestartOptions& options, const std::string& why) {
@@ -61,14 +63,28 @@ void note_what_is_lost(const RestartOptions& options, const RestartForm& written
   }
 }
 
-void write_converted(const RestartOptions& options, const RestartForm& form, const Restart& restart,
-                     OutputFile& output) {
+void write_whole(const RestartOptions& options, const RestartForm& form, const Restart& restart,
+                 const OutputFile& output) {
   try {
     write_restart(output.temporary_path(), form, restart);
   } catch (const Failure& failure) {
     throw Failure(failure.status(), options.output + ": not written: " + failure.what());
   }
-  output.commit();
+}
+
+/// What can be seen to come out differently before anything is read.
+void require_streamable(const RestartOptions& options, const RestartForm& written) {
+  const std::string why = obstacle_to_streaming(options.form, written);
+  if (!why.empty()) refuse(options, why);
+}
+
+void require_possible(const RestartOptions& options, const Restart& restart,
+                      const RestartForm& written) {
+  std::string why = obstacle(restart, options.form, written);
+  if (why.empty() && options.stream) {
+    why = obstacle_to_streaming(options.input, options.form, restart);
+  }
+  if (!why.empty()) refuse(options, why);
 }
 
 void convert_restart(const RestartOptions& options) {
@@ -76,17 +92,25 @@ void convert_restart(const RestartOptions& options) {
   require_different_files(options.input, options.output);
   const RestartForm written = options.change.applied_to(options.form);
   require_writable_layout(options, written.layout);
+  if (options.stream) require_streamable(options, written);
   // Reserved before the reading starts: a folder that takes no files shows at once.
   OutputFile output(options.output);
+  const auto extents =
+      extents_to_read_by(options.grid_path, options.grid, options.input, options.form);
+  RestartStream stream(options.input, options.form, extents);
   Restart restart =
-      read_restart_of_grid(options.grid_path, options.grid, options.input, options.form);
-  const std::string why = obstacle(restart, options.form, written);
-  if (!why.empty()) refuse(options, why);
+      options.stream ? stream.begin() : read_restart(options.input, options.form, extents);
+  require_possible(options, restart, written);
   for (const std::string& text : adapt(restart, options.form, written, options.values)) {
     note(options, text);
   }
   note_what_is_lost(options, written);
-  write_converted(options, written, restart, output);
+  if (options.stream) {
+    stream.write(output.temporary_path(), options.output, written, restart);
+  } else {
+    write_whole(options, written, restart, output);
+  }
+  output.commit();
   print_progress(options.output + ": " + counted(restart.extents.blocks(), "block") + ", " +
                  counted(restart.extents.points(), "point") + ", " +
                  counted(restart.variables(), "variable") + ", " + describe(written));
@@ -104,12 +128,16 @@ Command add_restart(CLI::App& program) {
   add_grid_options(*line, options->grid);
   add_restart_options(*line, options->form);
   add_restart_target_options(*line, options->change, options->values);
+  line->add_flag("--stream", options->stream,
+                 "Hold one variable at a time, the others in temporary files beside OUT; at most "
+                 "15 variables");
   line->footer(
       "Flow variables pass through single precision, also from double to double.\n\n"
       "Examples:\n"
       "  p3dgrid restart grid.p3d flow.q flow.txt --to-format formatted\n"
       "  p3dgrid restart grid.p3d flow.q flow.rst --to-layout 1 --step 400 --step-size 0.5\n"
-      "  p3dgrid restart grid.p3d flow.rst flow.q --layout 1 --to-layout 2 --mach 0.3");
+      "  p3dgrid restart grid.p3d flow.rst flow.q --layout 1 --to-layout 2 --mach 0.3\n"
+      "  p3dgrid restart --stream grid.p3d flow.q flow.rst --to-layout 1");
   return {line, [options] { convert_restart(*options); }};
 }
 

@@ -9,6 +9,7 @@
 #include "paths.hpp"
 #include "restart_guess.hpp"
 #include "restart_plan.hpp"
+#include "restart_steps.hpp"
 #include "section_table.hpp"
 #include "table.hpp"
 
@@ -60,7 +61,8 @@ void take_parameters(Restart& restart) {
   take(mod_p3dgrid::dqvar);
 }
 
-/// What the header has of the run.
+}  // namespace
+
 void take_run_data(Restart& restart, Layout layout) {
   if (holds_step(layout)) restart.step = TimeStep{mod_p3dgrid::nstep, mod_p3dgrid::dtau};
   if (holds_parameters(layout)) take_parameters(restart);
@@ -70,6 +72,8 @@ void take_run_data(Restart& restart, Layout layout) {
     restart.parameters.assign(restart.extents.i.size(), parameters);
   }
 }
+
+namespace {
 
 /// Calls `take` for the variables that the extensions of layout 101 bring.
 template <class Take>
@@ -87,8 +91,10 @@ void clear_variables(Restart& restart, integer first, integer last) {
   }
 }
 
-/// Extension variables are one more section from here on. Those that the chain of flags leaves out
-/// have no value in the file, and none in memory either.
+}  // namespace
+
+// Variables that the chain of flags leaves out have no value in the file, and none in memory
+// either.
 void take_extensions(const std::string& path, Restart& restart) {
   std::copy_n(mod_p3dgrid::iflag.data(), restart.flags.size(), restart.flags.begin());
   integer held = restart.variables();
@@ -130,6 +136,8 @@ void require_plan(const std::string& path, const RestartForm& form, const Restar
   const std::string advice = restart_advice(path, form, grid);
   throw Failure(ExitStatus::mismatch, advice.empty() ? message : message + "; " + advice);
 }
+
+namespace {
 
 /// The extents by which the body is read: the header's own, or the grid's.
 Extents extents_for(const std::string& path, const RestartForm& form, const RestartHeader& header,
@@ -176,7 +184,8 @@ void set_parameters(const Restart& restart) {
   }
 }
 
-/// Puts into the library's variables what the header takes from them.
+}  // namespace
+
 void set_run_data(const Restart& restart, Layout layout) {
   if (holds_step(layout)) {
     mod_p3dgrid::nstep = restart.step.value().count;
@@ -191,19 +200,20 @@ void set_run_data(const Restart& restart, Layout layout) {
   std::copy(restart.flags.begin(), restart.flags.end(), mod_p3dgrid::iflag.data());
 }
 
+namespace {
+
 bool extends(const std::array<integer, 3>& flags) {
   bool any = false;
   for_each_extension(flags, [&](const Section&) { any = true; });
   return any;
 }
 
-/// Of a file of layout 101 the extensions stand behind the blocks, not in a section.
+}  // namespace
+
 Sections sections_in_blocks(const Restart& restart, Layout layout) {
   if (layout != Layout::single_block || !extends(restart.flags)) return restart.sections;
   return {restart.sections.front()};
 }
-
-}  // namespace
 
 void allocate_flow(Restart& restart) {
   require_memory(restart.flow.allocate(restart.variables(), restart.extents.points()));
@@ -233,23 +243,37 @@ Sections sections_of(const std::string& path, const RestartForm& form,
   return sections;
 }
 
-Restart read_restart(const std::string& path, const RestartForm& form,
-                     const std::optional<Extents>& grid) {
-  Restart restart;
+void with_advice(const std::string& path, const RestartForm& form,
+                 const std::optional<Extents>& grid, const std::function<void()>& read) {
   try {
-    const RestartHeader header = read_restart_header(path, form);
-    restart.sections = sections_of(path, form, header);
-    restart.extents = extents_for(path, form, header, grid);
-    const Sections stated = restart.sections;
-    read_body(path, form, restart);
-    RestartShape shape = shape_of(form, stated, restart.extents);
-    shape.flags = restart.flags;
-    require_plan(path, form, shape, grid);
+    read();
   } catch (const Unreadable& failure) {
     const std::string advice = restart_advice(path, form, grid);
     if (advice.empty()) throw;
     throw Failure(failure.status(), failure.what() + ("; " + advice));
   }
+}
+
+Restart outline_of(const std::string& path, const RestartForm& form,
+                   const std::optional<Extents>& grid) {
+  Restart restart;
+  const RestartHeader header = read_restart_header(path, form);
+  restart.sections = sections_of(path, form, header);
+  restart.extents = extents_for(path, form, header, grid);
+  return restart;
+}
+
+Restart read_restart(const std::string& path, const RestartForm& form,
+                     const std::optional<Extents>& grid) {
+  Restart restart;
+  with_advice(path, form, grid, [&] {
+    restart = outline_of(path, form, grid);
+    const Sections stated = restart.sections;
+    read_body(path, form, restart);
+    RestartShape shape = shape_of(form, stated, restart.extents);
+    shape.flags = restart.flags;
+    require_plan(path, form, shape, grid);
+  });
   return restart;
 }
 

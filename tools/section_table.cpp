@@ -31,4 +31,9 @@ void fill_section_table(const Sections& sections, Layout layout, integer variabl
   counts(2) = std::max(0, variables - counts(1));
 }
 
+integer counted_variables(Layout layout, integer variables) {
+  return first_entry_is_set_by_library(layout) ? std::max(variables, solution_variables)
+                                               : variables;
+}
+
 }  // namespace p3dgrid

@@ -9,4 +9,7 @@ namespace p3dgrid {
 /// @param variables  variables of the flow array, those of extensions included
 void fill_section_table(const Sections& sections, Layout layout, mod_p3dgrid::integer variables);
 
+/// Variables that the library counts after that: some layouts have five, whatever they hold.
+[[nodiscard]] mod_p3dgrid::integer counted_variables(Layout layout, mod_p3dgrid::integer variables);
+
 }  // namespace p3dgrid

@@ -11,6 +11,20 @@ namespace {
 
 constexpr std::string_view characters_of_numbers = "0123456789+-.eEdDqQnNaAiIfFtTyY";
 
+/// A number beyond either range counts as different; so does NaN, and what is no number.
+bool rounds_the_same_by_way_of_double(std::string_view value) {
+  std::string text(value.starts_with('+') ? value.substr(1) : value);
+  std::ranges::replace_if(
+      text, [](char c) { return std::string_view("dDqQ").find(c) < 4; }, 'e');
+  float direct = 0;
+  double by_way = 0;
+  const auto all_of = [&](auto& number) {
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    return error == std::errc() && end == text.data() + text.size();
+  };
+  return all_of(direct) && all_of(by_way) && direct == static_cast<float>(by_way);
+}
+
 /// Counts values character by character, so that it does not matter where a buffer ends.
 class ValueCounter {
  public:
@@ -35,6 +49,7 @@ class ValueCounter {
   }
 
   [[nodiscard]] bool known() const { return known_; }
+  [[nodiscard]] bool rounds_alike() const { return rounds_alike_; }
   [[nodiscard]] std::int64_t count() const { return count_; }
 
  private:
@@ -51,6 +66,7 @@ class ValueCounter {
     if (value.empty() || value.find_first_not_of(characters_of_numbers) != value.npos) {
       known_ = false;
     }
+    if (!rounds_the_same_by_way_of_double(value)) rounds_alike_ = false;
     if (__builtin_add_overflow(count_, repeats, &count_)) known_ = false;
   }
 
@@ -58,13 +74,12 @@ class ValueCounter {
   std::int64_t count_ = 0;
   bool after_comma_ = true;
   bool known_ = true;
+  bool rounds_alike_ = true;
 };
 
-}  // namespace
-
-std::optional<std::int64_t> count_values(const std::string& path) {
+/// Shows the whole file to the counter, or as much as it takes to see that it cannot be known.
+ValueCounter counted_values(const std::string& path) {
   std::ifstream stream(path, std::ios::binary);
-  if (!stream) return std::nullopt;
   ValueCounter counter;
   std::array<char, 65536> buffer{};
   do {
@@ -72,7 +87,20 @@ std::optional<std::int64_t> count_values(const std::string& path) {
     std::for_each_n(buffer.begin(), stream.gcount(), [&](char c) { counter.take(c); });
   } while (stream && counter.known());
   counter.end_word();
+  return counter;
+}
+
+}  // namespace
+
+std::optional<std::int64_t> count_values(const std::string& path) {
+  if (!std::ifstream(path)) return std::nullopt;
+  const ValueCounter counter = counted_values(path);
   return counter.known() ? std::optional(counter.count()) : std::nullopt;
+}
+
+bool survives_double_precision(const std::string& path) {
+  const ValueCounter counter = counted_values(path);
+  return counter.known() && counter.rounds_alike();
 }
 
 bool is_text(std::string_view start) {

@@ -12,6 +12,10 @@ namespace p3dgrid {
 /// values, slashes), of which only its readers can say what counts.
 [[nodiscard]] std::optional<std::int64_t> count_values(const std::string& path);
 
+/// True when every number of a text file becomes the same single-precision value directly and by
+/// way of double precision; false also for text of which `count_values` knows nothing.
+[[nodiscard]] bool survives_double_precision(const std::string& path);
+
 /// True when all of `start` is readable; false for nothing at all.
 [[nodiscard]] bool is_text(std::string_view start);
 

@@ -46,7 +46,7 @@ class Commands(ToolTest):
 
     def test_every_option_is_described(self):
         text = (SOURCE / "README.md").read_text()
-        for command in ("sample", "info", "convert", "check", "restart"):
+        for command in ("sample", "info", "convert", "check", "restart", "tecplot"):
             for option in re.findall(r"^ +(--[a-z-]+)", self.succeed(command, "--help"),
                                      re.MULTILINE):
                 self.assertIn(f"`{option}`", text)

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "restart_file.hpp"
+#include "restart_plan.hpp"
+
+/// The steps that a restart file is read and written in, for those who do not want it whole.
+namespace p3dgrid {
+
+/// Runs `read`. What it finds unreadable becomes a Failure with the option that would help, where
+/// there is one.
+void with_advice(const std::string& path, const RestartForm& form,
+                 const std::optional<Extents>& grid, const std::function<void()>& read);
+
+/// Extents and sections of a solution, from its header; nothing of its body.
+[[nodiscard]] Restart outline_of(const std::string& path, const RestartForm& form,
+                                 const std::optional<Extents>& grid);
+
+/// Takes from the library's variables what the last read has put there of the run: step, flow
+/// parameters.
+void take_run_data(Restart& restart, Layout layout);
+
+/// Takes the flags of layout 101 that have just been read. The variables they announce are one more
+/// section from here on; those that the chain leaves out are listed as missing, and 0 in memory.
+void take_extensions(const std::string& path, Restart& restart);
+
+/// Throws a Failure when the lengths in the file are not those of its form and shape.
+void require_plan(const std::string& path, const RestartForm& form, const RestartShape& shape,
+                  const std::optional<Extents>& grid);
+
+/// Puts into the library's variables what the header takes from them.
+void set_run_data(const Restart& restart, Layout layout);
+
+/// The sections that stand in the blocks of a file written. Of layout 101 the extensions stand
+/// behind the blocks, not in a section.
+[[nodiscard]] Sections sections_in_blocks(const Restart& restart, Layout layout);
+
+}  // namespace p3dgrid

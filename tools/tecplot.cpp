@@ -1,0 +1,125 @@
+#include <algorithm>
+#include <memory>
+#include <new>
+#include <string>
+
+#include "agreement.hpp"
+#include "commands.hpp"
+#include "console.hpp"
+#include "failure.hpp"
+#include "grid_file.hpp"
+#include "options.hpp"
+#include "output_file.hpp"
+#include "paths.hpp"
+#include "table.hpp"
+
+namespace p3dgrid {
+namespace {
+
+using mod_p3dgrid::allocatable;
+using mod_p3dgrid::integer;
+
+constexpr integer tecplot_unit = 594;
+constexpr integer largest_extent = 9999;  // a zone line has four digits for each
+
+struct TecplotOptions {
+  std::string grid_path;
+  std::string restart_path;
+  std::string output;
+  GridForm grid;
+  RestartForm restart;
+  bool iblank = false;
+};
+
+[[noreturn]] void refuse(const TecplotOptions& options, const std::string& why) {
+  throw Failure(ExitStatus::unusable, options.output + ": not written: " + why);
+}
+
+void require_five_variables(const TecplotOptions& options, const Restart& restart) {
+  if (restart.variables() == solution_variables) return;
+  refuse(options, "a Tecplot file has a place for the five variables of a solution, and " +
+                      options.restart_path + " holds " + counted(restart.variables(), "variable"));
+}
+
+void require_extents_with_four_digits(const TecplotOptions& options, const Grid& grid) {
+  for (const auto* extents : {&grid.idim, &grid.jdim, &grid.kdim}) {
+    if (std::ranges::max(extents->span()) <= largest_extent) continue;
+    refuse(options, "its zone lines have four digits for each extent, and " + options.grid_path +
+                        " has one of " + std::to_string(std::ranges::max(extents->span())));
+  }
+}
+
+// Text has the digits that it needs; it is the way through memory that may cost some.
+void note_lost_digits(const TecplotOptions& options) {
+  if (!loses_digits(options.grid, GridForm{.encoding = Encoding::formatted}) &&
+      !loses_digits(options.restart, RestartForm{.encoding = Encoding::formatted})) {
+    return;
+  }
+  print_note("values pass through single precision: " + options.output +
+             " holds about 7 digits of each");
+}
+
+allocatable<double, 2> widened(const allocatable<float, 2>& values) {
+  allocatable<double, 2> wide;
+  if (wide.allocate(values.extent(1), values.extent(2)) != mod_p3dgrid::allocation_done) {
+    throw std::bad_alloc();
+  }
+  std::ranges::copy(values.span(), wide.span().begin());
+  return wide;
+}
+
+void write_tecplot(const TecplotOptions& options, const Grid& grid, const Restart& restart,
+                   OutputFile& output) {
+  const auto coordinates = widened(grid.xyz);
+  const auto flow = widened(restart.flow);
+  try {
+    mod_p3dgrid::writetecplotfile_p3d(name_for(output.temporary_path()), grid.blocks, coordinates,
+                                      flow, grid.idim, grid.jdim, grid.kdim, grid.iblank,
+                                      options.iblank);
+    mod_p3dgrid::p3dcloseunit(tecplot_unit);
+  } catch (const Failure& failure) {
+    throw Failure(failure.status(), options.output + ": not written: " + failure.what());
+  }
+  output.commit();
+}
+
+void export_tecplot(const TecplotOptions& options) {
+  require_different_files(options.grid_path, options.output);
+  require_different_files(options.restart_path, options.output);
+  // Reserved before the reading starts: a folder that takes no files shows at once.
+  OutputFile output(options.output);
+  const Restart restart =
+      read_restart_of_grid(options.grid_path, options.grid, options.restart_path, options.restart);
+  require_five_variables(options, restart);
+  Grid grid = read_grid(options.grid_path, options.grid);
+  require_extents_with_four_digits(options, grid);
+  if (options.iblank && !grid.iblank.allocated()) allocate_blanking(grid);
+  note_lost_digits(options);
+  write_tecplot(options, grid, restart, output);
+  print_progress(options.output + ": " + counted(grid.blocks, "zone") + ", " +
+                 counted(grid.points(), "point") + ", Tecplot text");
+}
+
+}  // namespace
+
+Command add_tecplot(CLI::App& program) {
+  CLI::App* line = program.add_subcommand(
+      "tecplot", "Write a grid with its flow solution as a Tecplot text file");
+  const auto options = std::make_shared<TecplotOptions>();
+  add_path(*line, "GRID", options->grid_path, "Grid file to which the solution belongs");
+  add_path(*line, "RESTART", options->restart_path, "Restart file of five variables");
+  add_path(*line, "OUT", options->output, "Tecplot file to write; replaced whole or not at all");
+  add_grid_options(*line, options->grid);
+  add_restart_options(*line, options->restart);
+  line->add_flag("--iblank", options->iblank,
+                 "Add the blanking values, those read with --grid-iblank yes or else 1");
+  line->footer(
+      "The variables are named U, V, W, P, RHO in the order of the file, whatever they are; in a\n"
+      "PLOT3D solution they are density, momentum in x, y and z, and energy.\n\n"
+      "Examples:\n"
+      "  p3dgrid tecplot grid.p3d flow.q flow.dat\n"
+      "  p3dgrid tecplot grid.p3d flow.q flow.dat --grid-iblank yes --iblank");
+  return {line, [options] { export_tecplot(*options); }};
+}
+
+}  // namespace p3dgrid
