@@ -49,19 +49,26 @@ struct PickedVariable {
   void add_triplets(List& list, integer block) const {
     list.push_back(recordio::dropped(real_kind(read.path), triplet * read.points.npts(block)));
   }
-  /// The tables send one variable to the staging array and all others nowhere.
+  /// The tables send one variable to the staging array and all others, with those that they do not
+  /// know, nowhere. Neighbours that go nowhere are dropped in one go.
   template <class List>
   void add_variables(List& list, integer block, integer first, integer last) const {
     const std::int64_t points = read.points.npts(block);
-    const auto drop = [&](std::int64_t variables) {
-      list.push_back(recordio::dropped(real_kind(read.path), variables * points));
+    std::int64_t nowhere = 0;
+    const auto drop = [&] {
+      list.push_back(recordio::dropped(real_kind(read.path), nowhere * points));
+      nowhere = 0;
     };
-    if (read.ivar < first || read.ivar > last || steps(read.ivar) == 0) {
-      return drop(std::int64_t{last} - first + 1);
+    // Without points there is nothing to send anywhere, whatever the record names.
+    for (std::int64_t m = first; points > 0 && m <= last; ++m) {
+      if (m > steps.size() || steps(m) == 0) {
+        ++nowhere;
+        continue;
+      }
+      drop();
+      list.push_back(recordio::values(targets(m) + read.points.before(block), points));
     }
-    drop(std::int64_t{read.ivar} - first);
-    list.push_back(recordio::values(targets(read.ivar) + read.points.before(block), points));
-    drop(std::int64_t{last} - read.ivar);
+    drop();
   }
 };
 

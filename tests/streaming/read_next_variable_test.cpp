@@ -286,6 +286,17 @@ TEST_F(ReadNextVariable, SectionsOutsideTheVariablesAreErrorsOfTheRun) {
                RunEnded);
 }
 
+TEST_F(ReadNextVariable, WithoutPointsAbsurdSectionsAreNoWork) {
+  set_sections({{1, 5}});
+  mod_gridvars::rstrtvarsct(1, 2) = 2147483647;
+  write_file("restart", Bytes().i4s({1, 0, 1, 1}).r4s({1, 2, 3, 4}));
+  restart = Restart(1);
+  restart.idim = restart.blockpoints = {0};
+  restart.jdim = restart.kdim = {1};
+  read({.layout = 2, .iformat = 2}, 1);
+  EXPECT_EQ(count_calls("dispfilereaderror"), 0);
+}
+
 TEST_F(ReadNextVariable, TextRoundsByWayOfDoublePrecision) {
   // Just above the middle between 1 and the next single: double precision rounds it to the middle,
   // and from there it goes to the even neighbour. A whole read goes straight to single precision.
