@@ -4,6 +4,7 @@
 #include <limits>
 #include <numeric>
 #include <string>
+#include <utility>
 
 #include "mod_gridvars.hpp"
 #include "state/run_end.hpp"
@@ -118,8 +119,18 @@ bool skip_older_level(const recordio::Unit& unit, BodyPath path, integer points,
   return false;
 }
 
-void fail_without_end(const recordio::Unit& unit) {
-  unit.fail("three flags, none of them 999", "a chain of at most three flags that ends with 999");
+bool ReadingVisitor::move_flag(integer position) const {
+  return unit_.read({recordio::scalar(iflag(position))});
+}
+
+bool ReadingVisitor::chain_without_end() const {
+  unit_.fail("three flags, none of them 999", "a chain of at most three flags that ends with 999");
+  return false;
+}
+
+bool WritingVisitor::move_flag(integer position) const {
+  unit_.write({recordio::scalar(std::as_const(iflag)(position))});
+  return true;
 }
 
 bool extension_chain_ends() {

@@ -153,8 +153,29 @@ bool walk_body(const Layout& layout, const std::vector<BodyRecord>& records, int
 [[nodiscard]] bool skip_older_level(const recordio::Unit& unit, BodyPath path, integer points,
                                     const BodyRecord& record);
 
-/// Makes a chain of flags that does not end a failed read.
-void fail_without_end(const recordio::Unit& unit);
+/// What visitors that read a body have in common: flags are read into `iflag`, and a chain of them
+/// that does not end is a failed read.
+class ReadingVisitor {
+ public:
+  [[nodiscard]] bool move_flag(integer position) const;
+  [[nodiscard]] bool chain_without_end() const;
+
+ protected:
+  explicit ReadingVisitor(const recordio::Unit& unit) : unit_(unit) {}
+  const recordio::Unit& unit_;
+};
+
+/// What visitors that write a body have in common: flags are written from `iflag`, whose chain has
+/// been seen to end before the file was opened.
+class WritingVisitor {
+ public:
+  [[nodiscard]] bool move_flag(integer position) const;
+  [[nodiscard]] bool chain_without_end() const { return true; }
+
+ protected:
+  explicit WritingVisitor(const recordio::Unit& unit) : unit_(unit) {}
+  const recordio::Unit& unit_;
+};
 
 /// The list of what a record of a block holds, put together by whoever has the values: `arrays`
 /// adds the entries for

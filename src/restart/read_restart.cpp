@@ -42,11 +42,11 @@ void copy_rows(const allocatable<From, 2>& from, allocatable<To, 2>& to, std::in
 
 /// Reads a whole body into arrays of kind `Real`.
 template <class Real>
-class WholeReader {
+class WholeReader : public ReadingVisitor {
  public:
   WholeReader(const Unit& unit, const Layout& layout, WholeArrays<Real> arrays,
               allocatable<Real, 2>& flow)
-      : unit_(unit), layout_(layout), arrays_(arrays), flow_(flow) {}
+      : ReadingVisitor(unit), layout_(layout), arrays_(arrays), flow_(flow) {}
 
   bool begin_block(integer block) const {
     if (debugprint) message("Reading flow variables for grid ", block);
@@ -62,8 +62,6 @@ class WholeReader {
     if (record.kind == BodyRecordKind::parameters) copy_parameters(block);
     return true;
   }
-
-  bool move_flag(integer position) const { return unit_.read({recordio::scalar(iflag(position))}); }
 
   bool extend(const Extension& extension) {
     mod_gridvars::numrstrtvar(2) = extension.numrstrtvar;
@@ -82,11 +80,6 @@ class WholeReader {
     return true;
   }
 
-  bool chain_without_end() const {
-    fail_without_end(unit_);
-    return false;
-  }
-
  private:
   /// Makes the module's copies those of the block just read. They follow files of records only;
   /// text leaves them as they were.
@@ -101,7 +94,6 @@ class WholeReader {
     if (arrays_.path == BodyPath::double_records) copy(dqvar);
   }
 
-  const Unit& unit_;
   const Layout& layout_;
   WholeArrays<Real> arrays_;
   allocatable<Real, 2>& flow_;

@@ -18,10 +18,10 @@ using recordio::Unit;
 
 /// Writes a whole body from arrays of kind `Real`.
 template <class Real>
-class WholeWriter {
+class WholeWriter : public WritingVisitor {
  public:
   WholeWriter(const Unit& unit, const Layout& layout, WholeArrays<const Real> arrays)
-      : unit_(unit), layout_(layout), arrays_(arrays) {}
+      : WritingVisitor(unit), layout_(layout), arrays_(arrays) {}
 
   bool begin_block(integer block) const {
     message("Writing flow variables for grid ", block);
@@ -32,15 +32,9 @@ class WholeWriter {
     unit_.write(list_of<const void>(arrays_, block, record));
     return true;
   }
-  bool move_flag(integer position) const {
-    unit_.write({recordio::scalar(std::as_const(iflag)(position))});
-    return true;
-  }
   bool extend(const Extension&) const { return true; }
-  bool chain_without_end() const { return true; }  // checked before the file is opened
 
  private:
-  const Unit& unit_;
   const Layout& layout_;
   WholeArrays<const Real> arrays_;
 };

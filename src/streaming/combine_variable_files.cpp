@@ -89,11 +89,15 @@ struct BlockSlots {
 
 /// Writes a body out of the variable files, block by block.
 template <class Real>
-class Combiner {
+class Combiner : public WritingVisitor {
  public:
   Combiner(const Combination& combination, const VariableFiles& files,
            const std::vector<BodyRecord>& records, BlockSlots<Real> slots)
-      : combination_(combination), files_(files), records_(records), slots_(slots) {}
+      : WritingVisitor(combination.output),
+        combination_(combination),
+        files_(files),
+        records_(records),
+        slots_(slots) {}
 
   bool begin_block(integer block) {
     const integer first_section = mod_gridvars::numrstrtvar(1);
@@ -114,12 +118,7 @@ class Combiner {
         !read_variables(block, record.first, record.last)) {
       return false;
     }
-    combination_.output.write(list_of<const void>(slots_, block, record));
-    return true;
-  }
-
-  bool move_flag(integer position) const {
-    combination_.output.write({recordio::scalar(std::as_const(iflag)(position))});
+    unit_.write(list_of<const void>(slots_, block, record));
     return true;
   }
 
@@ -131,7 +130,6 @@ class Combiner {
     }
     return true;
   }
-  bool chain_without_end() const { return true; }  // checked before a file is opened
 
   /// Whether every file that was read has been read to its end.
   [[nodiscard]] bool all_used_up() const {

@@ -74,10 +74,10 @@ struct PickedVariable {
 
 /// Walks a body for one variable.
 template <class Real>
-class VariableReader {
+class VariableReader : public ReadingVisitor {
  public:
   VariableReader(const VariableRead& read, PickedVariable<Real> arrays)
-      : read_(read), arrays_(arrays) {}
+      : ReadingVisitor(read.unit), read_(read), arrays_(arrays) {}
 
   bool begin_block(integer block) const {
     message("Reading flow variable ", read_.ivar, " for grid ", block);
@@ -89,14 +89,7 @@ class VariableReader {
     }
     return read_.unit.read(list_of<void>(arrays_, block, record));
   }
-  bool move_flag(integer position) const {
-    return read_.unit.read({recordio::scalar(iflag(position))});
-  }
   bool extend(const Extension&) const { return true; }
-  bool chain_without_end() const {
-    fail_without_end(read_.unit);
-    return false;
-  }
 
  private:
   const VariableRead& read_;
