@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bit>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -37,6 +38,16 @@ void p3dsetmessages(std::function<void(std::string_view line)> sink);
 /// to use. Error messages show the path. An empty function restores the default: the name is the
 /// path.
 void p3dsetpaths(std::function<std::string(std::string_view name)> resolver);
+
+/// Sets the byte order of unformatted and binary files: whenever the library opens a file,
+/// `chooser` is asked for the order of its values and record markers, by the name that the host
+/// uses (without trailing blanks). The order holds until that file is closed. Text is not affected,
+/// and values in memory always have the machine's order. Temporary variable files are asked about
+/// like any other, and must be given one order while written and combined. An empty function
+/// restores the default: the machine's order.
+///
+///     p3dsetbyteorder([](std::string_view) { return std::endian::big; });
+void p3dsetbyteorder(std::function<std::endian(std::string_view name)> chooser);
 
 /// Closes the unit: flushes what was written and disconnects the file. Harmless when nothing is
 /// connected to the unit. A failing flush or close is an error of the run.

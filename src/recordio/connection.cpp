@@ -23,8 +23,8 @@ constexpr std::int64_t least_part_left = 16;
 
 }  // namespace
 
-Connection::Connection(std::string path, Form form, OpenStatus status)
-    : path_(std::move(path)), form_(form) {
+Connection::Connection(std::string path, Form form, OpenStatus status, std::endian order)
+    : path_(std::move(path)), form_(form), order_(order) {
   if (status == OpenStatus::old) {
     file_.emplace<InputFile>(path_, form == Form::formatted ? text_buffer_size : byte_buffer_size);
   } else {
@@ -48,13 +48,13 @@ void Connection::read(const ReadList& list, RestOfRecord rest) {
   ++record_;
   switch (form_) {
     case Form::unformatted: {
-      UnformattedRecordReader record(file);
-      for (const auto& entry : list) read_values(record, entry);
+      UnformattedRecordReader record(file, order_);
+      for (const auto& entry : list) read_values(record, order_, entry);
       if (rest == RestOfRecord::refused) record.expect_end();
       return record.finish();
     }
     case Form::binary:
-      for (const auto& entry : list) read_values(file, entry);
+      for (const auto& entry : list) read_values(file, order_, entry);
       return;
     case Form::formatted: {
       ListReader reader(file, lines_);
@@ -78,12 +78,12 @@ void Connection::write(const WriteList& list) {
   ++record_;
   switch (form_) {
     case Form::unformatted: {
-      UnformattedRecordWriter record(file, bytes_of(list));
-      for (const auto& entry : list) write_values(record, entry);
+      UnformattedRecordWriter record(file, order_, bytes_of(list));
+      for (const auto& entry : list) write_values(record, order_, entry);
       return record.finish();
     }
     case Form::binary:
-      for (const auto& entry : list) write_values(file, entry);
+      for (const auto& entry : list) write_values(file, order_, entry);
       return;
     case Form::formatted: {
       ListWriter writer(file);

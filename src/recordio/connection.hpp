@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bit>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -34,7 +35,8 @@ enum class RestOfRecord : std::uint8_t { skipped, refused };
 /// A file connected to a unit: carries out record lists in the form of the file.
 class Connection {
  public:
-  Connection(std::string path, Form form, OpenStatus status);
+  /// @param order  byte order of the values and markers in the file; text has none
+  Connection(std::string path, Form form, OpenStatus status, std::endian order);
 
   /// Reads one record. Throws `ReadError`.
   void read(const ReadList& list, RestOfRecord rest);
@@ -73,6 +75,7 @@ class Connection {
 
   std::string path_;
   Form form_;
+  std::endian order_;
   std::variant<std::monostate, InputFile, OutputFile> file_;
   std::int64_t record_ = 0;  ///< records begun
   std::int64_t lines_ = 0;   ///< lines read

@@ -59,10 +59,7 @@ std::size_t InputFile::read_some(void* destination, std::size_t bytes) {
   do {
     got = ::read(descriptor_, destination, bytes);
   } while (got < 0 && errno == EINTR);
-  if (got < 0) {
-    throw ReadError{errno, file_offset_, std::generic_category().message(errno),
-                    "the file to be readable"};
-  }
+  if (got < 0) unreadable(file_offset_);
   file_offset_ += got;
   return static_cast<std::size_t>(got);
 }
@@ -88,18 +85,18 @@ void InputFile::read(void* destination, std::int64_t bytes) {
       bytes -= piece;
     } else if (bytes >= direct_read_size) {
       const std::size_t got = read_some(to, static_cast<std::size_t>(bytes));
-      if (got == 0) ends_before(bytes);
+      if (got == 0) ends_before(bytes, offset());
       to += got;
       bytes -= static_cast<std::int64_t>(got);
     } else if (!more()) {
-      ends_before(bytes);
+      ends_before(bytes, offset());
     }
   }
 }
 
 void InputFile::discard(std::int64_t bytes) {
   while (bytes > 0) {
-    if (at_end()) ends_before(bytes);
+    if (at_end()) ends_before(bytes, offset());
     const std::int64_t piece = std::min<std::int64_t>(bytes, end_ - begin_);
     begin_ += piece;
     bytes -= piece;
@@ -110,11 +107,29 @@ void InputFile::skip(std::int64_t bytes) {
   if (bytes == 0) return;
   const std::optional<std::int64_t> left = remaining();
   if (!left || bytes <= end_ - begin_) return discard(bytes);
-  if (bytes > *left) ends_before(bytes - *left);
+  if (bytes > *left) ends_before(bytes - *left, offset());
   const std::int64_t target = offset() + bytes;
   if (::lseek(descriptor_, target, SEEK_SET) < 0) return discard(bytes);
   file_offset_ = target;
   begin_ = end_ = buffer_.get();
+}
+
+bool InputFile::lies_ahead(std::int64_t bytes) const {
+  const std::optional<std::int64_t> left = remaining();
+  return left && bytes <= *left;
+}
+
+void InputFile::read_ahead(std::int64_t distance, void* destination, std::int64_t bytes) {
+  char* to = static_cast<char*>(destination);
+  for (std::int64_t at = offset() + distance; bytes > 0;) {
+    const ssize_t got = ::pread(descriptor_, to, static_cast<std::size_t>(bytes), at);
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) unreadable(at);
+    if (got == 0) ends_before(bytes, at);
+    to += got;
+    at += got;
+    bytes -= got;
+  }
 }
 
 std::optional<std::int64_t> InputFile::remaining() const {
@@ -142,9 +157,13 @@ std::int64_t InputFile::count_values_ahead() const {
   return values;
 }
 
-void InputFile::ends_before(std::int64_t missing) const {
-  throw ReadError{status_end_of_file, offset(), "the end of the file",
+void InputFile::ends_before(std::int64_t missing, std::int64_t at) {
+  throw ReadError{status_end_of_file, at, "the end of the file",
                   std::to_string(missing) + " more bytes"};
+}
+
+void InputFile::unreadable(std::int64_t at) {
+  throw ReadError{errno, at, std::generic_category().message(errno), "the file to be readable"};
 }
 
 }  // namespace mod_p3dgrid::recordio

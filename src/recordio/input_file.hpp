@@ -27,6 +27,13 @@ class InputFile {
   /// that. Throws `ReadError` if the file ends before.
   void skip(std::int64_t bytes);
 
+  /// Whether `bytes` more bytes are there and can be read in any order.
+  [[nodiscard]] bool lies_ahead(std::int64_t bytes) const;
+
+  /// Moves `bytes` bytes from `distance` bytes behind the place where reading stands, which stays.
+  /// Only for what lies ahead. Throws `ReadError` if it is gone meanwhile.
+  void read_ahead(std::int64_t distance, void* destination, std::int64_t bytes);
+
   /// True when there is nothing left to read.
   [[nodiscard]] bool at_end() { return begin_ == end_ && !more(); }
 
@@ -54,7 +61,8 @@ class InputFile {
 
  private:
   std::size_t read_some(void* destination, std::size_t bytes);
-  [[noreturn]] void ends_before(std::int64_t missing) const;
+  [[noreturn]] static void ends_before(std::int64_t missing, std::int64_t at);
+  [[noreturn]] static void unreadable(std::int64_t at);
 
   std::string path_;
   std::unique_ptr<char[]> buffer_;

@@ -1,6 +1,7 @@
 #include "recordio/output_file.hpp"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -18,7 +19,7 @@ constexpr int closed = -1;
 constexpr mode_t permissions = 0666;  // less the umask
 
 int create(const std::string& path, Creation creation) {
-  const int how = creation == Creation::fresh ? O_EXCL : O_TRUNC;
+  const int how = creation == Creation::fresh ? O_EXCL : 0;
   int descriptor;
   do {
     descriptor = ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | how, permissions);
@@ -32,10 +33,27 @@ int create(const std::string& path, Creation creation) {
 OutputFile::OutputFile(std::string path, Creation creation)
     : path_(std::move(path)),
       buffer_(std::make_unique_for_overwrite<char[]>(buffer_size)),
-      descriptor_(create(path_, creation)) {}
+      descriptor_(create(path_, creation)) {
+  struct stat status;
+  if (::fstat(descriptor_, &status) != 0 || !S_ISREG(status.st_mode)) return;
+  has_size_ = true;
+  old_size_ = status.st_size;
+}
 
 OutputFile::~OutputFile() {
-  if (descriptor_ != closed) ::close(descriptor_);
+  if (descriptor_ == closed) return;
+  static_cast<void>(cut());
+  ::close(descriptor_);
+}
+
+/// Cuts off what is left of the file that was there before.
+bool OutputFile::cut() {
+  if (!has_size_ || old_size_ <= written_) return true;
+  int result;
+  do {
+    result = ::ftruncate(descriptor_, written_);
+  } while (result != 0 && errno == EINTR);
+  return result == 0;
 }
 
 void OutputFile::write(const void* source, std::int64_t bytes) {
@@ -63,13 +81,30 @@ void OutputFile::flush() {
   write_through(buffer_.get(), bytes);
 }
 
+bool OutputFile::lies_ahead(std::int64_t) {
+  if (!has_size_ || descriptor_ == closed) return false;
+  flush();
+  return true;
+}
+
+void OutputFile::write_ahead(std::int64_t distance, const void* source, std::int64_t bytes) {
+  write_at(static_cast<const char*>(source), static_cast<std::size_t>(bytes), written_ + distance);
+}
+
 void OutputFile::write_through(const char* source, std::size_t bytes) {
+  write_at(source, bytes, written_);
+  written_ += static_cast<std::int64_t>(bytes);
+}
+
+void OutputFile::write_at(const char* source, std::size_t bytes, std::int64_t at) {
   if (descriptor_ == closed) return;
   while (bytes > 0) {
-    const ssize_t taken = ::write(descriptor_, source, bytes);
+    const ssize_t taken =
+        has_size_ ? ::pwrite(descriptor_, source, bytes, at) : ::write(descriptor_, source, bytes);
     if (taken < 0 && errno == EINTR) continue;
     if (taken <= 0) fail("cannot write", taken < 0 ? errno : EIO);
     source += taken;
+    at += taken;
     bytes -= static_cast<std::size_t>(taken);
   }
 }
@@ -77,6 +112,7 @@ void OutputFile::write_through(const char* source, std::size_t bytes) {
 void OutputFile::close() {
   if (descriptor_ == closed) return;
   flush();
+  if (!cut()) fail("cannot cut to its length", errno);
   // The descriptor is gone whatever close says; after EINTR too.
   if (::close(std::exchange(descriptor_, closed)) != 0 && errno != EINTR) {
     fail_run("cannot close", path_, errno);
@@ -85,6 +121,7 @@ void OutputFile::close() {
 
 void OutputFile::fail(const char* operation, int error) {
   used_ = 0;
+  static_cast<void>(cut());
   ::close(std::exchange(descriptor_, closed));
   fail_run(operation, path_, error);
 }

@@ -14,6 +14,9 @@ enum class Creation {
 
 /// A file written from its start to its end through one buffer. Every failure is an error of the
 /// run; after one the file accepts and reports nothing more.
+///
+/// An existing file is overwritten in place, which saves the system from giving its pages back and
+/// fetching new ones, and is cut to its new length when it is closed, in whatever way.
 class OutputFile {
  public:
   OutputFile(std::string path, Creation creation);
@@ -29,6 +32,14 @@ class OutputFile {
   [[nodiscard]] char* reserve(std::size_t bytes);
   void commit(std::size_t bytes) { used_ += bytes; }
 
+  /// Whether the next `bytes` bytes can be written in any order.
+  [[nodiscard]] bool lies_ahead(std::int64_t bytes);
+
+  /// Writes `bytes` bytes at `distance` bytes behind the place where writing stands, which stays.
+  /// Only where that lies ahead; `skip` then takes all of it as written.
+  void write_ahead(std::int64_t distance, const void* source, std::int64_t bytes);
+  void skip(std::int64_t bytes) { written_ += bytes; }
+
   /// Hands everything to the system.
   void flush();
 
@@ -37,12 +48,17 @@ class OutputFile {
 
  private:
   void write_through(const char* source, std::size_t bytes);
+  void write_at(const char* source, std::size_t bytes, std::int64_t at);
+  [[nodiscard]] bool cut();
   [[noreturn]] void fail(const char* operation, int error);
 
   std::string path_;
   std::unique_ptr<char[]> buffer_;
   int descriptor_;
-  std::size_t used_ = 0;
+  bool has_size_ = false;      ///< a regular file, which is written at places of our choice
+  std::int64_t old_size_ = 0;  ///< of the file that is overwritten
+  std::int64_t written_ = 0;   ///< bytes handed to the system, all from the start
+  std::size_t used_ = 0;       ///< bytes in the buffer, behind those
 };
 
 }  // namespace mod_p3dgrid::recordio

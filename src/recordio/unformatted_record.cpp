@@ -5,6 +5,7 @@
 #include <limits>
 #include <string>
 
+#include "recordio/byte_order.hpp"
 #include "recordio/read_error.hpp"
 
 namespace mod_p3dgrid::recordio {
@@ -22,7 +23,8 @@ void set_subrecord_limit(std::int64_t new_limit) {
   limit = std::clamp<std::int64_t>(new_limit, 1, default_subrecord_limit);
 }
 
-UnformattedRecordReader::UnformattedRecordReader(InputFile& file) : file_(file) {
+UnformattedRecordReader::UnformattedRecordReader(InputFile& file, std::endian order)
+    : file_(file), order_(order) {
   if (file_.at_end()) {
     throw ReadError{status_end_of_file, file_.offset(), "the end of the file", "a record"};
   }
@@ -32,6 +34,7 @@ UnformattedRecordReader::UnformattedRecordReader(InputFile& file) : file_(file) 
 Marker UnformattedRecordReader::read_marker() {
   Marker marker;
   file_.read(&marker, sizeof marker);
+  if (is_foreign(order_)) reverse_bytes(&marker, 1);
   return marker;
 }
 
@@ -107,23 +110,27 @@ void UnformattedRecordReader::finish() {
   }
 }
 
-UnformattedRecordWriter::UnformattedRecordWriter(OutputFile& file, std::int64_t payload)
-    : file_(file), payload_left_(payload) {
+UnformattedRecordWriter::UnformattedRecordWriter(OutputFile& file, std::endian order,
+                                                 std::int64_t payload)
+    : file_(file), order_(order), payload_left_(payload) {
   begin_piece();
+}
+
+void UnformattedRecordWriter::write_marker(Marker marker) {
+  if (is_foreign(order_)) reverse_bytes(&marker, 1);
+  file_.write(&marker, sizeof marker);
 }
 
 void UnformattedRecordWriter::begin_piece() {
   piece_length_ = piece_left_ = std::min(payload_left_, subrecord_limit());
   payload_left_ -= piece_length_;
   const Marker length = static_cast<Marker>(piece_length_);
-  const Marker marker = payload_left_ > 0 ? -length : length;
-  file_.write(&marker, sizeof marker);
+  write_marker(payload_left_ > 0 ? -length : length);
 }
 
 void UnformattedRecordWriter::end_piece() {
   const Marker length = static_cast<Marker>(piece_length_);
-  const Marker marker = first_piece_ ? length : -length;
-  file_.write(&marker, sizeof marker);
+  write_marker(first_piece_ ? length : -length);
   first_piece_ = false;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bit>
 #include <cstdint>
 
 #include "recordio/input_file.hpp"
@@ -12,12 +13,25 @@ namespace mod_p3dgrid::recordio {
 class UnformattedRecordReader {
  public:
   /// Reads the first marker.
-  explicit UnformattedRecordReader(InputFile& file);
+  /// @param order  byte order of the markers
+  UnformattedRecordReader(InputFile& file, std::endian order);
 
   /// Moves payload bytes. Throws `ReadError` when the record holds fewer.
   void read(void* destination, std::int64_t bytes);
   /// Reads payload bytes and drops them.
   void discard(std::int64_t bytes);
+
+  /// @name Payload in any order
+  /// As in `InputFile`, for payload that no marker interrupts.
+  /// @{
+  [[nodiscard]] bool lies_ahead(std::int64_t bytes) const {
+    return bytes <= piece_left_ && file_.lies_ahead(bytes);
+  }
+  void read_ahead(std::int64_t distance, void* destination, std::int64_t bytes) {
+    file_.read_ahead(distance, destination, bytes);
+  }
+  void skip(std::int64_t bytes) { file_.skip(next_run(bytes)); }
+  /// @}
 
   /// Throws `ReadError` if the payload goes on.
   void expect_end();
@@ -32,6 +46,7 @@ class UnformattedRecordReader {
   [[nodiscard]] Marker read_marker();
 
   InputFile& file_;
+  std::endian order_;
   std::int64_t payload_read_ = 0;
   std::int64_t piece_length_ = 0;
   std::int64_t piece_left_ = 0;
@@ -43,9 +58,25 @@ class UnformattedRecordReader {
 class UnformattedRecordWriter {
  public:
   /// Writes the first marker.
-  UnformattedRecordWriter(OutputFile& file, std::int64_t payload);
+  /// @param order  byte order of the markers
+  UnformattedRecordWriter(OutputFile& file, std::endian order, std::int64_t payload);
 
   void write(const void* source, std::int64_t bytes);
+
+  /// @name Payload in any order
+  /// As in `OutputFile`, for payload that no marker interrupts.
+  /// @{
+  [[nodiscard]] bool lies_ahead(std::int64_t bytes) {
+    return bytes <= piece_left_ && file_.lies_ahead(bytes);
+  }
+  void write_ahead(std::int64_t distance, const void* source, std::int64_t bytes) {
+    file_.write_ahead(distance, source, bytes);
+  }
+  void skip(std::int64_t bytes) {
+    file_.skip(bytes);
+    piece_left_ -= bytes;
+  }
+  /// @}
 
   /// Writes the last marker. Exactly the payload announced must have been written.
   void finish();
@@ -53,8 +84,10 @@ class UnformattedRecordWriter {
  private:
   void begin_piece();
   void end_piece();
+  void write_marker(Marker marker);
 
   OutputFile& file_;
+  std::endian order_;
   std::int64_t payload_left_;  ///< of pieces not begun yet
   std::int64_t piece_length_ = 0;
   std::int64_t piece_left_ = 0;

@@ -68,6 +68,16 @@ std::function<std::string(std::string_view)>& path_resolver() {
   return resolver;
 }
 
+std::function<std::endian(std::string_view)>& byte_order_chooser() {
+  static auto& chooser = *new std::function<std::endian(std::string_view)>;
+  return chooser;
+}
+
+std::endian byte_order_of(const FileName& name) {
+  const auto chooser = byte_order_chooser();
+  return chooser ? chooser(name.view()) : std::endian::native;
+}
+
 ReadFailure failure_at(integer number, const Connection& connection) {
   ReadFailure failure;
   failure.file = connection.path();
@@ -90,7 +100,8 @@ std::string path_of(const FileName& name) {
 void Unit::open(const FileName& name, OpenStatus status) const {
   if (!known()) return;
   close();
-  connections()[number_] = std::make_unique<Connection>(path_of(name), form_, status);
+  connections()[number_] =
+      std::make_unique<Connection>(path_of(name), form_, status, byte_order_of(name));
 }
 
 /// Runs what reads from the connection; keeps the reason if that fails.
@@ -203,6 +214,10 @@ void p3dcloseunit(integer unit) {
 
 void p3dsetpaths(std::function<std::string(std::string_view name)> resolver) {
   recordio::path_resolver() = std::move(resolver);
+}
+
+void p3dsetbyteorder(std::function<std::endian(std::string_view name)> chooser) {
+  recordio::byte_order_chooser() = std::move(chooser);
 }
 
 }  // namespace mod_p3dgrid

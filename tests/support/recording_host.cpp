@@ -51,6 +51,7 @@ void begin_run() {
   p3dsetrunend([](const RunEnd& end) { throw RunEnded(end); });
   p3dsetmessages([](std::string_view line) { messages.emplace_back(line); });
   p3dsetpaths({});
+  p3dsetbyteorder({});
   recordio::set_subrecord_limit(recordio::default_subrecord_limit);
   p3dsetdebug(true);
   iflag.fill(0);

@@ -1,0 +1,305 @@
+#include "recordio/value_transfer.hpp"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cstring>
+#include <ostream>
+#include <thread>
+#include <tuple>
+#include <vector>
+
+#include "recordio/record_markers.hpp"
+#include "recordio/unit.hpp"
+#include "support/recording_host.hpp"
+#include "support/scratch_folder.hpp"
+
+namespace mod_p3dgrid::recordio {
+namespace {
+
+using test_support::Bytes;
+using test_support::read_file;
+using test_support::write_file;
+
+constexpr integer unformatted = 0;
+constexpr integer binary = 2;
+constexpr integer untouched = -7;
+
+/// Lines of an array (stride, count) that are moved, and how the file holds them.
+struct Shape {
+  std::int64_t rows;
+  std::int64_t stride;
+  std::int64_t count;
+  integer iformat;
+  std::endian order;
+};
+
+std::vector<Shape> shapes(integer iformat, std::endian order) {
+  std::vector<Shape> all;
+  for (const std::int64_t rows : {1, 2, 3, 5, 8, 9, 19}) {
+    for (const std::int64_t beside : {0, 2}) {
+      for (const std::int64_t count : {3, 4097, 70'000}) {
+        all.push_back({rows, rows + beside, count, iformat, order});
+      }
+    }
+  }
+  return all;
+}
+
+std::ostream& operator<<(std::ostream& out, const Shape& shape) {
+  return out << shape.rows << " of " << shape.stride << " lines, " << shape.count << " values";
+}
+
+/// Value `i` of line `row`: small enough to be exact in every kind.
+integer value_at(std::int64_t row, std::int64_t i) {
+  return static_cast<integer>((i * 31 + row * 7919) % 8'000'000);
+}
+
+/// A number as a file of that order holds it, byte after byte.
+template <class T>
+void put(std::string& bytes, T value, std::endian order) {
+  char text[sizeof value];
+  std::memcpy(text, &value, sizeof value);
+  if (order != std::endian::native) std::reverse(text, text + sizeof value);
+  bytes.append(text, sizeof value);
+}
+
+template <class T>
+std::string file_of(const Shape& shape) {
+  std::string payload;
+  for (std::int64_t row = 0; row < shape.rows; ++row) {
+    for (std::int64_t i = 0; i < shape.count; ++i) {
+      put(payload, static_cast<T>(value_at(row, i)), shape.order);
+    }
+  }
+  if (shape.iformat == binary) return payload;
+  std::string marker;
+  put(marker, static_cast<std::int32_t>(payload.size()), shape.order);
+  return marker + payload + marker;
+}
+
+/// The array in memory; what no line covers is untouched.
+template <class T>
+std::vector<T> array_of(const Shape& shape) {
+  std::vector<T> array(static_cast<std::size_t>(shape.stride * shape.count), untouched);
+  for (std::int64_t i = 0; i < shape.count; ++i) {
+    for (std::int64_t row = 0; row < shape.rows; ++row) {
+      array[static_cast<std::size_t>(i * shape.stride + row)] = static_cast<T>(value_at(row, i));
+    }
+  }
+  return array;
+}
+
+template <class T>
+void expect_read(const Unit& unit, const Shape& shape) {
+  std::vector<T> array(static_cast<std::size_t>(shape.stride * shape.count), untouched);
+  unit.open("file", OpenStatus::old);
+  ASSERT_TRUE(unit.read({lines(array.data(), shape.rows, shape.stride, shape.count)}))
+      << p3dlastfailure().describe();
+  EXPECT_TRUE(unit.expect_end());
+  unit.close();
+  EXPECT_TRUE(array == array_of<T>(shape)) << shape;
+}
+
+template <class T>
+void expect_written_and_read(const Unit& unit, const Shape& shape) {
+  const std::vector<T> array = array_of<T>(shape);
+  unit.open("file", OpenStatus::unknown);
+  unit.write({lines(array.data(), shape.rows, shape.stride, shape.count)});
+  unit.close();
+  EXPECT_TRUE(read_file("file") == file_of<T>(shape)) << shape;
+  expect_read<T>(unit, shape);
+}
+
+using FormAndOrder = std::tuple<integer, std::endian>;
+
+class LinesOfArrays : public test_support::InScratchFolder,
+                      public ::testing::WithParamInterface<FormAndOrder> {};
+
+TEST_P(LinesOfArrays, ArePutTogetherInTheFile) {
+  const auto [iformat, order] = GetParam();
+  const Unit unit(13, iformat);
+  p3dsetbyteorder([order](std::string_view) { return order; });
+  for (const Shape& shape : shapes(iformat, order)) {
+    expect_written_and_read<float>(unit, shape);
+    expect_written_and_read<double>(unit, shape);
+    expect_written_and_read<integer>(unit, shape);
+  }
+}
+
+std::string name_of(const FormAndOrder& form) {
+  return std::string(std::get<0>(form) == binary ? "Binary" : "Unformatted") +
+         (std::get<1>(form) == std::endian::big ? "Big" : "Little");
+}
+
+INSTANTIATE_TEST_SUITE_P(Forms, LinesOfArrays,
+                         ::testing::Combine(::testing::Values(unformatted, binary),
+                                            ::testing::Values(std::endian::little,
+                                                              std::endian::big)),
+                         [](const auto& form) { return name_of(form.param); });
+
+class LargeLines : public test_support::InScratchFolder {
+ protected:
+  static constexpr Shape shape{3, 4, 200'000, unformatted, std::endian::native};
+  Unit unit{13, unformatted};
+
+  [[nodiscard]] bool read(std::vector<float>& array) {
+    array.assign(static_cast<std::size_t>(shape.stride * shape.count), untouched);
+    unit.open("file", OpenStatus::old);
+    return unit.read({lines(array.data(), shape.rows, shape.stride, shape.count)});
+  }
+};
+
+TEST_F(LargeLines, ComeThroughAPipe) {
+  ASSERT_EQ(::mkfifo("file", 0600), 0);
+  std::jthread writer([] { write_file("file", file_of<float>(shape)); });
+  std::vector<float> array;
+  EXPECT_TRUE(read(array));
+  EXPECT_EQ(array, array_of<float>(shape));
+}
+
+TEST_F(LargeLines, GoThroughAPipe) {
+  ASSERT_EQ(::mkfifo("file", 0600), 0);
+  std::string content;
+  std::jthread reader([&] { content = read_file("file"); });
+  const std::vector<float> array = array_of<float>(shape);
+  unit.open("file", OpenStatus::unknown);
+  unit.write({lines(array.data(), shape.rows, shape.stride, shape.count)});
+  unit.close();
+  reader.join();
+  EXPECT_TRUE(content == file_of<float>(shape));
+}
+
+TEST_F(LargeLines, AreSplitOverSubRecords) {
+  const std::vector<float> array = array_of<float>(shape);
+  unit.open("file", OpenStatus::unknown);
+  set_subrecord_limit(999'999);
+  unit.write({lines(array.data(), shape.rows, shape.stride, shape.count)});
+  set_subrecord_limit(default_subrecord_limit);
+  unit.close();
+  EXPECT_EQ(read_file("file").size(), file_of<float>(shape).size() + 2 * 2 * sizeof(Marker));
+  std::vector<float> again;
+  EXPECT_TRUE(read(again));
+  EXPECT_EQ(again, array);
+}
+
+TEST_F(LargeLines, OfAFileCutShortAreReadAsFarAsTheyGo) {
+  const std::string whole = file_of<float>(shape);
+  write_file("file", whole.substr(0, whole.size() / 2));
+  std::vector<float> array;
+  EXPECT_FALSE(read(array));
+  EXPECT_EQ(p3dlastfailure().status, -1);
+  EXPECT_EQ(p3dlastfailure().offset, static_cast<std::int64_t>(whole.size() / 2));
+  EXPECT_EQ(array[0], static_cast<float>(value_at(0, 0)));
+  EXPECT_EQ(array[4 * 199'999], static_cast<float>(value_at(0, 199'999)));
+  EXPECT_EQ(array[4 * 90'000 + 1], static_cast<float>(value_at(1, 90'000)));
+  EXPECT_EQ(array[4 * 199'999 + 1], static_cast<float>(untouched));
+}
+
+TEST_F(LargeLines, LeaveTheOrderOfSmallRecordsAroundThem) {
+  const std::vector<float> array = array_of<float>(shape);
+  const integer before = 1;
+  const integer after = 2;
+  unit.open("file", OpenStatus::unknown);
+  unit.write({scalar(before)});
+  unit.write(
+      {scalar(before), lines(array.data(), shape.rows, shape.stride, shape.count), scalar(after)});
+  unit.write({scalar(after)});
+  unit.close();
+  std::vector<float> again(array.size(), untouched);
+  integer first = 0;
+  integer inside = 0;
+  integer behind = 0;
+  integer last = 0;
+  unit.open("file", OpenStatus::old);
+  ASSERT_TRUE(unit.read({scalar(first)}));
+  ASSERT_TRUE(unit.read({scalar(inside), lines(again.data(), shape.rows, shape.stride, shape.count),
+                         scalar(behind)}));
+  ASSERT_TRUE(unit.read({scalar(last)}));
+  EXPECT_EQ(again, array);
+  EXPECT_EQ(std::vector({first, inside, behind, last}), std::vector({1, 1, 2, 2}));
+}
+
+class ForeignByteOrder : public test_support::InScratchFolder {
+ protected:
+  static std::string reversed(const Bytes& number) {
+    const std::string& bytes = number.str();
+    return {bytes.rbegin(), bytes.rend()};
+  }
+  static constexpr std::endian foreign =
+      std::endian::native == std::endian::little ? std::endian::big : std::endian::little;
+  Unit unit{13, unformatted};
+};
+
+TEST_F(ForeignByteOrder, TurnsMarkersAndValuesAround) {
+  p3dsetbyteorder([](std::string_view) { return foreign; });
+  const integer number = 0x01020304;
+  const double real = 1.5;
+  unit.open("file", OpenStatus::unknown);
+  unit.write({scalar(number), scalar(real)});
+  unit.close();
+  const std::string marker = reversed(Bytes().i4(12));
+  EXPECT_EQ(read_file("file"),
+            marker + reversed(Bytes().i4(number)) + reversed(Bytes().r8(real)) + marker);
+  integer number_read = 0;
+  float real_read = 0;
+  unit.open("file", OpenStatus::old);
+  auto narrowed = stored_as(FileKind::real8, scalar(real_read));
+  ASSERT_TRUE(unit.read({scalar(number_read), narrowed}));
+  EXPECT_EQ(number_read, number);
+  EXPECT_EQ(real_read, 1.5F);
+}
+
+TEST_F(ForeignByteOrder, IsAskedForByNameAtEachOpen) {
+  std::vector<std::string> asked;
+  p3dsetbyteorder([&](std::string_view name) {
+    asked.emplace_back(name);
+    return name == "other" ? foreign : std::endian::native;
+  });
+  const integer number = 1;
+  for (const char* name : {"file", "other"}) {
+    unit.open(name, OpenStatus::unknown);
+    unit.write({scalar(number)});
+    unit.close();
+  }
+  EXPECT_EQ(asked, (std::vector<std::string>{"file", "other"}));
+  EXPECT_EQ(read_file("file"), Bytes().record(Bytes().i4(1)).str());
+  EXPECT_EQ(read_file("other"),
+            reversed(Bytes().i4(4)) + reversed(Bytes().i4(1)) + reversed(Bytes().i4(4)));
+}
+
+TEST_F(ForeignByteOrder, EndsWithTheFunction) {
+  p3dsetbyteorder([](std::string_view) { return foreign; });
+  p3dsetbyteorder({});
+  const integer number = 1;
+  unit.open("file", OpenStatus::unknown);
+  unit.write({scalar(number)});
+  unit.close();
+  EXPECT_EQ(read_file("file"), Bytes().record(Bytes().i4(1)).str());
+}
+
+TEST_F(ForeignByteOrder, HasNoMeaningForText) {
+  p3dsetbyteorder([](std::string_view) { return foreign; });
+  const Unit text(13, 1);
+  const integer number = 258;
+  text.open("file", OpenStatus::unknown);
+  text.write({scalar(number)});
+  text.close();
+  EXPECT_EQ(read_file("file"), " 258\n");
+}
+
+class OverwrittenFiles : public test_support::InScratchFolder {};
+
+TEST_F(OverwrittenFiles, KeepNothingOfALongerOne) {
+  write_file("file", std::string(3'000'000, 'x'));
+  const Unit unit(13, unformatted);
+  const integer number = 1;
+  unit.open("file", OpenStatus::unknown);
+  unit.write({scalar(number)});
+  unit.close();
+  EXPECT_EQ(read_file("file"), Bytes().record(Bytes().i4(1)).str());
+}
+
+}  // namespace
+}  // namespace mod_p3dgrid::recordio
