@@ -1,17 +1,28 @@
-# Sets up, builds and runs; the build itself is CMake's. All results go to build/ and demo/.
+# Sets up, builds and runs; the build itself is CMake's. All results go to build/, build-bench/ and
+# demo/.
 
 JOBS ?= $(shell nproc)
 CMAKE_FLAGS ?=
 BUILD := build
 DEMO := demo
+BENCH := build-bench
 
-.PHONY: help demo test clean
+# What `make bench` measures: number of points, names of cases, runs of each side.
+POINTS ?= 8M
+ONLY ?= *
+REPETITIONS ?= 5
+DATA ?= $(BENCH)/data
+RESULTS ?= $(BENCH)/results.json
+
+.PHONY: help demo test bench clean
 
 help:
 	@echo "make demo   build the command p3dgrid and run it on a sample case, in $(DEMO)/"
 	@echo "make test   build everything and run all tests"
-	@echo "make clean  remove $(BUILD)/ and $(DEMO)/"
-	@echo "demo and test first install the Debian packages that are missing"
+	@echo "make bench  measure speed and memory beside plain Fortran; POINTS=8M, ONLY=NAMES with * and ?,"
+	@echo "            REPETITIONS=5, DATA=FOLDER for the files, RESULTS=FILE for JSON"
+	@echo "make clean  remove $(BUILD)/, $(BENCH)/ and $(DEMO)/"
+	@echo "demo, test and bench first install the Debian packages that are missing"
 
 demo:
 	scripts/install-packages build
@@ -25,5 +36,13 @@ test:
 	cmake --build $(BUILD) --parallel $(JOBS)
 	cd $(BUILD) && ctest --output-on-failure --parallel $(JOBS)
 
+bench:
+	scripts/install-packages bench
+	cmake -S . -B $(BENCH) -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF -DMOD_P3DGRID_TOOLS=OFF \
+	  -DMOD_P3DGRID_BENCH=ON $(CMAKE_FLAGS)
+	cmake --build $(BENCH) --parallel $(JOBS)
+	bench/run $(BENCH)/bench --points $(POINTS) --only '$(ONLY)' --repetitions $(REPETITIONS) \
+	  --data $(DATA) --json $(RESULTS)
+
 clean:
-	rm -rf $(BUILD) $(DEMO)
+	rm -rf $(BUILD) $(BENCH) $(DEMO)

@@ -1,0 +1,108 @@
+"""What is measured: the table of pairs.
+
+What makes a pair fair:
+
+- Both sides read the same file, or write the same values, and what they read is compared. The
+  clock runs from before the file is opened until it is closed. It includes the header, allocating
+  the results and allocating, using and releasing a staging array in double precision.
+- Files read are in the page cache. Files written are forced to the disk between two runs, outside
+  the time, so that no run waits for pages of the run before.
+- Fresh memory: a process measures once. The system hands its arrays out page by page and clears
+  them, which costs both sides the same and hides part of what separates them. It is what a program
+  sees that reads one file.
+- Warm memory: a process does everything twice, and the second round counts. The C library is told
+  never to return memory to the system, for both sides alike, so that the second round gets the
+  pages of the first. It is what a solver sees that reads file after file.
+- Existing: the file written is there from the run before, and both sides may write over it. New: it
+  was deleted before.
+- The Fortran side takes array sections: `read (u) (xyz(l, s:e), l=1, 3)`. Of the two ways to drop
+  values there, a scalar is what one writes without thinking, a scrap array is the quick one.
+- Text is measured on fewer points: it costs the same for every value, and plain Fortran is slow.
+"""
+
+import dataclasses
+
+SINGLE, DOUBLE = 4, 8
+
+
+@dataclasses.dataclass(frozen=True)
+class Case:
+    """A pair: one operation of the library and what it is compared with."""
+
+    name: str
+    operation: str
+    form: str = "unformatted"
+    precision: str = "single"
+    input: str = "source"
+    peer: str = "fortran"
+    peer_operation: str = ""
+    memory: str = "fresh"
+    output: str = ""  # existing or new, for writes
+    values: int = 3  # per point: those read or written, for the time per value
+    array_bytes: int = 0  # per point: results, arrays to write and staging array
+    text: bool = False
+
+
+def binary_reads():
+    for values, kind in ((3, "grid"), (5, "restart")):
+        for form in ("unformatted", "binary"):
+            for precision in ("single", "double"):
+                if (kind, form, precision) == ("restart", "binary", "double"):
+                    continue
+                staging = DOUBLE if precision == "double" else 0
+                for memory in ("fresh", "warm"):
+                    yield Case(f"{kind}-read/{form}/{precision}/{memory}", f"{kind}-read", form,
+                               precision, f"{kind}.{form}.{precision}", memory=memory,
+                               values=values, array_bytes=values * (SINGLE + staging))
+
+
+def variable_reads():
+    for way in ("scalar", "sections"):
+        for memory in ("fresh", "warm"):
+            # The result, and a staging array.
+            yield Case(f"variable-read/unformatted/single/{memory}/against-{way}",
+                       "variable-read", input="restart.unformatted.single",
+                       peer_operation=f"variable-read-{way}", memory=memory, values=5,
+                       array_bytes=SINGLE + SINGLE)
+
+
+def binary_writes():
+    for values, kind in ((3, "grid"), (5, "restart")):
+        for precision in ("single", "double"):
+            staging = DOUBLE if precision == "double" else 0
+            for output in ("existing", "new"):
+                for memory in ("fresh", "warm"):
+                    yield Case(f"{kind}-write/unformatted/{precision}/{output}/{memory}",
+                               f"{kind}-write", "unformatted", precision, memory=memory,
+                               output=output, values=values,
+                               array_bytes=SINGLE * (3 if kind == "grid" else 8) + values * staging)
+
+
+def text():
+    for values, kind in ((3, "grid"), (5, "restart")):
+        for width in ("fixed", "free"):
+            yield Case(f"{kind}-read/text-{width}", f"{kind}-read", "formatted",
+                       input=f"{kind}.{width}", values=values, array_bytes=values * SINGLE,
+                       text=True)
+    for width in ("fixed", "free"):
+        yield Case(f"variable-read/text-{width}", "variable-read", "formatted",
+                   input=f"restart.{width}", peer_operation="variable-read-scalar", values=5,
+                   array_bytes=SINGLE + DOUBLE, text=True)
+    yield Case("grid-write/text", "grid-write", "formatted", output="existing", values=3,
+               array_bytes=3 * SINGLE, text=True)
+    yield Case("restart-write/text", "restart-write", "formatted", output="existing", values=5,
+               array_bytes=8 * SINGLE, text=True)
+    yield Case("tecplot-write/text", "tecplot-write", "formatted", output="existing", values=8,
+               array_bytes=8 * DOUBLE, text=True)
+
+
+def visualisation():
+    for precision, staging in (("single", 0), ("double", DOUBLE)):
+        yield Case(f"grid-read/unformatted/{precision}/fresh/against-vtk", "grid-read",
+                   "unformatted", precision, f"grid.unformatted.{precision}", peer="vtk",
+                   array_bytes=3 * (SINGLE + staging))
+    yield Case("grid-read/text-free/against-vtk", "grid-read", "formatted", input="grid.free",
+               peer="vtk", array_bytes=3 * SINGLE, text=True)
+
+
+CASES = [*binary_reads(), *variable_reads(), *binary_writes(), *text(), *visualisation()]

@@ -1,0 +1,54 @@
+"""The files that are read: made once for each size, and kept."""
+
+import os
+
+from programs import run_program
+
+
+class Data:
+    """A folder of files for so many points."""
+
+    def __init__(self, folder, points, programs):
+        self.folder = folder / str(points)
+        self.points = points
+        self.programs = programs
+        self.folder.mkdir(parents=True, exist_ok=True)
+
+    def output(self, side):
+        return self.folder / f"output.{side}"
+
+    def path(self, name):
+        """The file of that name, made if need be and read into the page cache."""
+        path = self.folder / name
+        if not path.exists():
+            unfinished = path.with_name(name + ".unfinished")
+            run_program(self.command(name, unfinished))
+            flush(unfinished)
+            unfinished.rename(path)
+        with path.open("rb") as file:
+            while file.read(1 << 20):
+                pass
+        return path
+
+    def command(self, name, path):
+        """What makes a file. Fortran does, but for the text that this library writes."""
+        if name == "source":
+            return [self.programs.ours, "source", path, self.points]
+        kind, form, *precision = name.split(".")
+        source = self.path("source")
+        if form == "fixed":
+            return [self.programs.peer, 1, f"fixed-{kind}", "formatted", "single", source, path,
+                    "new"]
+        if form == "free":
+            return [self.programs.ours, 1, f"{kind}-write", "formatted", "single", source, path,
+                    "new"]
+        return [self.programs.peer, 1, f"{kind}-write", form, precision[0], source, path, "new"]
+
+
+def flush(path):
+    """Forces a file to the disk."""
+    descriptor = os.open(path, os.O_RDONLY)
+    try:
+        os.fsync(descriptor)
+    finally:
+        os.close(descriptor)

@@ -1,0 +1,44 @@
+#include "ours/operations.hpp"
+#include "ours/source.hpp"
+
+namespace bench {
+
+using namespace mod_p3dgrid;
+
+integer form_code(const Request& request) {
+  if (request.form == "formatted") return 1;
+  return request.form == "binary" ? 2 : 0;
+}
+
+logical is_double(const Request& request) {
+  return request.precision == "double";
+}
+
+/// What a process holds that does nothing.
+Outcome nothing(const Request&) {
+  return {};
+}
+
+Outcome read_grid(const Request& request) {
+  integer nblocks = 0;
+  integer ndim = 0;
+  allocatable<float, 2> xyz;
+  allocatable<integer, 1> idim, jdim, kdim, iblank;
+  const double seconds = timed([&] {
+    readp3dgrid("input", form_code(request), is_double(request), nblocks, ndim, xyz, idim, jdim,
+                kdim, iblank, false, true);
+  });
+  return {seconds, bit_sum(xyz.span())};
+}
+
+Outcome write_grid(const Request& request) {
+  const Source source = load_source(request.input, false);
+  const double seconds = timed([&] {
+    writep3dgrid("output", form_code(request), is_double(request), source.nblocks, coordinates,
+                 {source.xyz.data(), coordinates, source.points}, source.idim, source.jdim,
+                 source.kdim, {}, false, true);
+  });
+  return {seconds, 0};
+}
+
+}  // namespace bench

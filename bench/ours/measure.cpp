@@ -1,0 +1,36 @@
+#include "ours/measure.hpp"
+
+#include <bit>
+#include <chrono>
+#include <fstream>
+
+/// By this name instruction counts are limited to the measured operation.
+extern "C" [[gnu::noinline]] void measured_operation(const std::function<void()>& operation) {
+  operation();
+}
+
+namespace bench {
+
+double timed(const std::function<void()>& operation) {
+  const auto start = std::chrono::steady_clock::now();
+  measured_operation(operation);
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+std::int64_t bit_sum(std::span<const float> values) {
+  std::int64_t sum = 0;
+  for (const float value : values) sum += std::bit_cast<std::int32_t>(value);
+  return sum;
+}
+
+std::int64_t peak_kib() {
+  std::ifstream status("/proc/self/status");
+  std::string word;
+  std::int64_t peak = 0;
+  while (status >> word) {
+    if (word == "VmHWM:") status >> peak;
+  }
+  return peak;
+}
+
+}  // namespace bench
