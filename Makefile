@@ -43,6 +43,8 @@ bench:
 	cmake --build $(BENCH) --parallel $(JOBS)
 	bench/run $(BENCH)/bench --points $(POINTS) --only '$(ONLY)' --repetitions $(REPETITIONS) \
 	  --data $(DATA) --json $(RESULTS)
+	[ ! -x $(BENCH)/bench/bench_pieces ] || $(BENCH)/bench/bench_pieces --benchmark_min_time=0.05 \
+	  --benchmark_out=$(BENCH)/pieces.json --benchmark_out_format=json
 
 clean:
-	rm -rf $(BUILD) $(BENCH) $(DEMO)
+	rm -rf $(BUILD) $(BENCH) build-instructions $(DEMO)

@@ -10,9 +10,10 @@ What makes a pair fair:
 - Fresh memory: a process measures once. The system hands its arrays out page by page and clears
   them, which costs both sides the same and hides part of what separates them. It is what a program
   sees that reads one file.
-- Warm memory: a process does everything twice, and the second round counts. The C library is told
-  never to return memory to the system, for both sides alike, so that the second round gets the
-  pages of the first. It is what a solver sees that reads file after file.
+- Warm memory: before the clock starts, the process has used and given back more memory than the
+  operation needs. The C library is told never to return memory to the system, for both sides alike,
+  so that the operation gets pages that are there. It is what a solver sees that reads file after
+  file.
 - Existing: the file written is there from the run before, and both sides may write over it. New: it
   was deleted before.
 - The Fortran side takes array sections: `read (u) (xyz(l, s:e), l=1, 3)`. Of the two ways to drop

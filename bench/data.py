@@ -37,12 +37,12 @@ class Data:
         kind, form, *precision = name.split(".")
         source = self.path("source")
         if form == "fixed":
-            return [self.programs.peer, 1, f"fixed-{kind}", "formatted", "single", source, path,
+            return [self.programs.peer, 0, f"fixed-{kind}", "formatted", "single", source, path,
                     "new"]
         if form == "free":
-            return [self.programs.ours, 1, f"{kind}-write", "formatted", "single", source, path,
+            return [self.programs.ours, 0, f"{kind}-write", "formatted", "single", source, path,
                     "new"]
-        return [self.programs.peer, 1, f"{kind}-write", form, precision[0], source, path, "new"]
+        return [self.programs.peer, 0, f"{kind}-write", form, precision[0], source, path, "new"]
 
 
 def flush(path):

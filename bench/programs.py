@@ -38,7 +38,7 @@ def run_program(command, warm=False):
 
 
 def outcome_of(printed):
-    """The last round's seconds, and what is printed once."""
+    """What a measured program prints."""
     said = dict(line.split() for line in printed.splitlines())
     return Outcome(float(said["seconds"]), int(said["peak"]), int(said["check"]))
 
@@ -51,24 +51,23 @@ class Programs:
         self.peer = build / "peer"
         self.vtk = pathlib.Path(__file__).with_name("vtk_peer.py")
 
-    def measure(self, program, case, operation, input_path, output_path):
+    def measure(self, program, case, operation, points, paths):
         """One process of one side."""
-        rounds = 2 if case.memory == "warm" else 1
+        warm_mib = case.array_bytes * points // 2**20 * 5 // 4 + 64 if case.memory == "warm" else 0
         return outcome_of(run_program(
-            [program, rounds, operation, case.form, case.precision, input_path, output_path,
-             case.output or "existing"], warm=case.memory == "warm"))
+            [program, warm_mib, operation, case.form, case.precision, *paths,
+             case.output or "existing"], warm=warm_mib > 0))
 
-    def run_ours(self, case, input_path, output_path):
-        return self.measure(self.ours, case, case.operation, input_path, output_path)
+    def run_ours(self, case, points, *paths):
+        return self.measure(self.ours, case, case.operation, points, paths)
 
-    def run_peer(self, case, input_path, output_path):
+    def run_peer(self, case, points, *paths):
         if case.peer == "vtk":
-            return outcome_of(run_program([VTK_PYTHON, "-B", self.vtk, case.form,
-                                           case.precision, input_path]))
-        return self.measure(self.peer, case, case.peer_operation or case.operation, input_path,
-                            output_path)
+            return outcome_of(run_program([VTK_PYTHON, "-B", self.vtk, case.form, case.precision,
+                                           paths[0]]))
+        return self.measure(self.peer, case, case.peer_operation or case.operation, points, paths)
 
     def baseline_kib(self):
         """Peak memory of a process that does nothing."""
         return outcome_of(run_program(
-            [self.ours, 1, "nothing", "binary", "single", "-", "-", "existing"])).peak_kib
+            [self.ours, 0, "nothing", "binary", "single", "-", "-", "existing"])).peak_kib

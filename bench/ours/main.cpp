@@ -1,10 +1,10 @@
-/// Runs one operation of the library a number of times and prints what it took.
+/// Runs one operation of the library and prints what it took.
 ///
-///     ours ROUNDS OPERATION FORM PRECISION INPUT OUTPUT existing|new
+///     ours WARM_MIB OPERATION FORM PRECISION INPUT OUTPUT existing|new
 ///     ours source FILE POINTS
 ///
-/// Prints a line `seconds S` for each round, then `peak KIB` and `check SUM`. Rounds beyond the
-/// first find memory that the process has used before.
+/// Prints lines `seconds S`, `peak KIB` and `check SUM`. Before the operation so much memory is
+/// used and given back, for a C library that keeps it.
 
 #include <cstdio>
 #include <exception>
@@ -12,6 +12,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "ours/operations.hpp"
 #include "ours/source.hpp"
@@ -27,23 +28,27 @@ const std::map<std::string_view, Operation> operations{
     {"restart-read", bench::read_restart},
     {"restart-write", bench::write_restart},
     {"variable-read", bench::read_variable},
+    {"variable-write", bench::write_variable},
+    {"combine", bench::combine_variables},
+    {"check", bench::check_restart},
     {"tecplot-write", bench::write_tecplot},
 };
 
-void measure(int rounds, Operation operation, const bench::Request& request) {
+void use_memory(std::size_t mib) {
+  const std::vector<char> memory(mib * 1024 * 1024, 1);
+  // Keeps the compiler from leaving out memory that nobody reads.
+  asm volatile("" : : "r"(memory.data()) : "memory");
+}
+
+void measure(std::size_t warm_mib, Operation operation, const bench::Request& request) {
   mod_p3dgrid::p3dsetmessages([](std::string_view) {});
-  mod_p3dgrid::p3dsetpaths([&request](std::string_view name) {
-    if (name == "input") return request.input;
-    return name == "output" ? request.output : request.output + "." + std::string(name);
-  });
-  bench::Outcome outcome;
-  for (int round = 0; round < rounds; ++round) {
-    if (request.new_output) std::filesystem::remove(request.output);
-    outcome = operation(request);
-    std::printf("seconds %.9f\n", outcome.seconds);
-  }
-  std::printf("peak %lld\ncheck %lld\n", static_cast<long long>(bench::peak_kib()),
-              static_cast<long long>(outcome.check));
+  mod_p3dgrid::p3dsetpaths(
+      [&request](std::string_view name) { return bench::path_of(request, name); });
+  if (request.new_output) std::filesystem::remove(request.output);
+  if (warm_mib > 0) use_memory(warm_mib);
+  const bench::Outcome outcome = operation(request);
+  std::printf("seconds %.9f\npeak %lld\ncheck %lld\n", outcome.seconds,
+              static_cast<long long>(bench::peak_kib()), static_cast<long long>(outcome.check));
 }
 
 int run(int argc, char** argv) {
@@ -53,10 +58,10 @@ int run(int argc, char** argv) {
   }
   const auto operation = argc == 8 ? operations.find(argv[2]) : operations.end();
   if (operation == operations.end()) {
-    std::fputs("usage: ours ROUNDS OPERATION FORM PRECISION INPUT OUTPUT existing|new\n", stderr);
+    std::fputs("usage: ours WARM_MIB OPERATION FORM PRECISION INPUT OUTPUT existing|new\n", stderr);
     return 2;
   }
-  measure(std::stoi(argv[1]), operation->second,
+  measure(std::stoull(argv[1]), operation->second,
           {argv[3], argv[4], argv[5], argv[6], argv[7] == std::string_view("new")});
   return 0;
 }

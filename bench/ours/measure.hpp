@@ -4,6 +4,7 @@
 #include <functional>
 #include <span>
 #include <string>
+#include <string_view>
 
 namespace bench {
 
@@ -15,6 +16,10 @@ struct Request {
   std::string output;       ///< the file written
   bool new_output = false;  ///< delete `output` before each write
 };
+
+/// Where the library finds the file that a case calls `name`: input, output, and whatever else
+/// beside the output.
+[[nodiscard]] std::string path_of(const Request& request, std::string_view name);
 
 struct Outcome {
   double seconds = 0.0;

@@ -27,6 +27,8 @@ struct Extents {
 
 /// Forgets the flow parameters of earlier rounds.
 void release_parameters();
+/// Sets some, for a file to write.
+void allocate_parameters(mod_p3dgrid::integer nblocks);
 
 Outcome nothing(const Request& request);
 Outcome read_grid(const Request& request);
@@ -34,6 +36,9 @@ Outcome write_grid(const Request& request);
 Outcome read_restart(const Request& request);
 Outcome write_restart(const Request& request);
 Outcome read_variable(const Request& request);
+Outcome write_variable(const Request& request);
+Outcome combine_variables(const Request& request);
+Outcome check_restart(const Request& request);
 Outcome write_tecplot(const Request& request);
 
 }  // namespace bench

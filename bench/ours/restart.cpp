@@ -26,6 +26,12 @@ void release_parameters() {
   dqvar.deallocate();
 }
 
+void allocate_parameters(integer nblocks) {
+  release_parameters();
+  static_cast<void>(dqvar.allocate(nblocks, parameters));
+  for (double& parameter : dqvar.span()) parameter = 0.5;
+}
+
 Outcome read_restart(const Request& request) {
   const Extents extents = extents_of_solution(request);
   release_parameters();
@@ -40,9 +46,7 @@ Outcome read_restart(const Request& request) {
 
 Outcome write_restart(const Request& request) {
   const Source source = load_source(request.input, true);
-  release_parameters();
-  static_cast<void>(dqvar.allocate(source.nblocks, parameters));
-  for (double& parameter : dqvar.span()) parameter = 0.5;
+  allocate_parameters(source.nblocks);
   const double seconds = timed([&] {
     writep3drestart("output", form_code(request), is_double(request), source.nblocks,
                     source.nblocks, {source.flow.data(), variables, source.points}, {}, source.idim,

@@ -57,6 +57,14 @@ contains
     close (u)
   end function
 
+  subroutine use_memory(mib)
+    integer, intent(in) :: mib
+    integer(int64), allocatable, volatile :: memory(:)
+    allocate (memory(131072_int64*mib))
+    memory = 1
+    deallocate (memory)
+  end subroutine
+
   subroutine open_to_read(u, path, form)
     integer, intent(out) :: u
     character(*), intent(in) :: path, form
