@@ -16,6 +16,9 @@
 namespace mod_p3dgrid::recordio {
 namespace {
 
+/// Zero bytes that stand behind the bytes at hand.
+constexpr std::size_t bytes_behind = 16;
+
 /// Reads of at least this size go straight to their destination.
 constexpr std::int64_t direct_read_size = 16 * 1024;
 
@@ -35,7 +38,7 @@ int open_existing(const std::string& path) {
 
 InputFile::InputFile(std::string path, std::size_t buffer_size)
     : path_(std::move(path)),
-      buffer_(std::make_unique_for_overwrite<char[]>(buffer_size)),
+      buffer_(std::make_unique_for_overwrite<char[]>(buffer_size + bytes_behind)),
       buffer_size_(buffer_size),
       descriptor_(open_existing(path_)) {
   struct stat status;
@@ -48,6 +51,7 @@ InputFile::InputFile(std::string path, std::size_t buffer_size)
   }
   has_size_ = S_ISREG(status.st_mode);
   begin_ = end_ = buffer_.get();
+  std::memset(buffer_.get(), 0, bytes_behind);
 }
 
 InputFile::~InputFile() {
@@ -71,6 +75,7 @@ bool InputFile::more() {
   end_ = begin_ + kept;
   const std::size_t got = read_some(buffer_.get() + kept, buffer_size_ - kept);
   end_ += got;
+  std::memset(buffer_.get() + kept + got, 0, bytes_behind);
   return got != 0;
 }
 

@@ -48,7 +48,9 @@ class InputFile {
   [[nodiscard]] std::int64_t count_values_ahead() const;
 
   /// @name The bytes at hand
-  /// For scanners: the bytes that are read already and wait in the buffer.
+  /// For scanners: the bytes that are read already and wait in the buffer. A zero byte stands
+  /// behind them, and bytes that may be looked at behind that, so that scanners need not ask at
+  /// every step.
   /// @{
   [[nodiscard]] const char* begin() const { return begin_; }
   [[nodiscard]] const char* end() const { return end_; }

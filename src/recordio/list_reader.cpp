@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "recordio/number_text.hpp"
+#include "recordio/plain_number.hpp"
 #include "recordio/read_error.hpp"
 
 namespace mod_p3dgrid::recordio {
@@ -38,20 +39,6 @@ std::string printable(std::string_view token) {
   std::string text;
   for (const char c : token.substr(0, 40)) text += c >= ' ' && c <= '~' ? c : '?';
   return token.size() > 40 ? text + "..." : text;
-}
-
-/// Reads the number that begins at `from`, in its plainest forms only; null if it is another form.
-const char* parse_plain(const char* from, const char* end, integer& value) {
-  const auto [stop, error] = std::from_chars(from, end, value);
-  return error == std::errc{} ? stop : nullptr;
-}
-template <class Real>
-const char* parse_plain(const char* from, const char* end, Real& value) {
-  // Letters, behind a sign too, are infinities and NaNs.
-  const char* const first = *from == '-' && from + 1 != end ? from + 1 : from;
-  if (*first > '9') return nullptr;
-  const auto [stop, error] = std::from_chars(from, end, value);
-  return error == std::errc{} ? stop : nullptr;
 }
 
 }  // namespace
@@ -118,8 +105,9 @@ std::int64_t ListReader::take_plain(Number* to, std::int64_t stride, std::int64_
     }
     if (from == end) break;
     Number value;
-    const char* const stop = parse_plain(from, end, value);
-    if (stop == nullptr || stop == end || !ends_token(*stop)) break;
+    const char* const stop =
+        to == nullptr ? skip_plain<Number>(from, end) : parse_plain(from, end, value);
+    if (stop == nullptr || stop >= end || !ends_token(*stop)) break;
     if (stop - from > longest_token) break;
     if (to != nullptr) to[taken * stride] = value;
     line_ += lines;

@@ -13,7 +13,7 @@ constexpr std::int64_t line_width = 80;
 
 /// Values formatted between two looks at the room in the file's buffer.
 constexpr std::int64_t values_at_a_time = 1024;
-static_assert(values_at_a_time * (longest_number + 2) <= std::int64_t{OutputFile::reserve_limit});
+static_assert(values_at_a_time * (number_room + 2) <= std::int64_t{OutputFile::reserve_limit});
 
 /// A double as the single that it is, if single precision can hold it to the bit.
 char* write_as_single(char* to, double value) {
@@ -96,23 +96,34 @@ char* put_point(char* to, const Values<const void>& entry, std::int64_t point) {
   return to;
 }
 
+/// The list with entries of so many rows that each fits the file's buffer.
+WriteList in_parts(const WriteList& list) {
+  constexpr auto most_rows =
+      static_cast<std::int64_t>(OutputFile::reserve_limit) / (number_room + 1) - 1;
+  WriteList parts;
+  for (const auto& entry : list) {
+    for (std::int64_t row = 0; row < entry.rows; row += most_rows) {
+      parts.push_back(entry);
+      parts.back().memory =
+          static_cast<const char*>(entry.memory) + row * bytes_of(entry.memory_kind);
+      parts.back().rows = std::min(most_rows, entry.rows - row);
+    }
+  }
+  return parts;
+}
+
 }  // namespace
 
 void write_points(OutputFile& file, const WriteList& list, std::int64_t points) {
-  constexpr auto most_rows =
-      static_cast<std::int64_t>(OutputFile::reserve_limit) / (longest_number + 1) - 1;
+  const WriteList parts = in_parts(list);
   for (std::int64_t point = 0; point < points; ++point) {
-    for (const auto& entry : list) {
-      // An array may have more rows than fit the buffer at once.
-      for (std::int64_t row = 0; row < entry.rows; row += most_rows) {
-        Values<const void> part = entry;
-        part.memory = static_cast<const char*>(entry.memory) + row * bytes_of(entry.memory_kind);
-        part.rows = std::min(most_rows, entry.rows - row);
-        char* const start = file.reserve(OutputFile::reserve_limit);
-        file.commit(static_cast<std::size_t>(put_point(start, part, point) - start));
-      }
+    for (const auto& part : parts) {
+      const std::int64_t room = part.rows * (number_room + 1);
+      char* const start = file.reserve(static_cast<std::size_t>(room));
+      file.commit(static_cast<std::size_t>(put_point(start, part, point) - start));
     }
-    file.write("\n", 1);
+    *file.reserve(1) = '\n';
+    file.commit(1);
   }
 }
 

@@ -1,15 +1,19 @@
 #include "recordio/number_text.hpp"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cctype>
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <string>
 #include <system_error>
 #include <type_traits>
+
+#include "recordio/shortest_decimal.hpp"
 
 namespace mod_p3dgrid::recordio {
 namespace {
@@ -127,9 +131,108 @@ bool parse_real(std::string_view token, Real& value) {
   return true;
 }
 
+/// Eight decimal digits as text, the first in the lowest byte of a little-endian word, each 0 to 9:
+/// halves, quarters and single digits are divided apart side by side.
+std::uint64_t eight_digits(std::uint32_t number) {
+  std::uint64_t parts = number / 10000 | std::uint64_t{number % 10000} << 32;
+  const std::uint64_t hundreds = parts * 10486 >> 20 & 0x0000007F'0000007F;
+  parts = hundreds | (parts - hundreds * 100) << 16;
+  const std::uint64_t tens = parts * 103 >> 10 & 0x000F000F'000F000F;
+  return tens | (parts - tens * 10) << 8;
+}
+
+void store(char* to, std::uint64_t digits) {
+  digits |= 0x30303030'30303030;
+  if constexpr (std::endian::native == std::endian::big) digits = __builtin_bswap64(digits);
+  std::memcpy(to, &digits, sizeof digits);
+}
+
+/// The digits of a number as text, without zeros at the end. Whether singles have eight digits or
+/// nine is anybody's guess, so nothing here jumps on it.
+class Digits {
+ public:
+  explicit Digits(Decimal number) : exponent(number.exponent) {
+    std::uint64_t rest = number.digits;
+    while (rest % 100'000'000 == 0) {
+      rest /= 100'000'000;
+      exponent += 8;
+    }
+    const std::uint64_t low = eight_digits(static_cast<std::uint32_t>(rest % 100'000'000));
+    store(end() - 8, low);
+    rest /= 100'000'000;
+    if (rest < 10) {
+      *(end() - 9) = static_cast<char>('0' + rest);
+      const int without_first = 8 - std::countr_zero(low) / 8;
+      count = rest != 0 ? 9 : without_first;
+    } else {
+      const std::uint64_t high = eight_digits(static_cast<std::uint32_t>(rest % 100'000'000));
+      store(end() - 16, high);
+      rest /= 100'000'000;
+      *(end() - 17) = static_cast<char>('0' + rest);  // no double has more than 17
+      const int without_first = 16 - std::countr_zero(high) / 8;
+      count = rest != 0 ? 17 : without_first;
+    }
+    begin_ = most - count;
+    const int zeros_at_end = std::countl_zero(low) / 8;
+    count -= zeros_at_end;
+    exponent += zeros_at_end;
+  }
+
+  /// Copies from digit `first` on. Writes `most` bytes, whatever the count, so as not to loop.
+  void copy(char* to, int first) const { std::memcpy(to, text_.data() + begin_ + first, most); }
+
+  static constexpr int most = 17;
+  int count;
+  int exponent;  ///< power of ten that the last digit counts
+
+ private:
+  char* end() { return text_.data() + most; }
+
+  std::array<char, most + most> text_;
+  int begin_;
+};
+
+char* write_exponent(char* to, int exponent) {
+  *to++ = 'e';
+  *to++ = exponent < 0 ? '-' : '+';
+  const int magnitude = std::abs(exponent);
+  if (magnitude >= 100) *to++ = static_cast<char>('0' + magnitude / 100);
+  *to++ = static_cast<char>('0' + magnitude / 10 % 10);
+  *to++ = static_cast<char>('0' + magnitude % 10);
+  return to;
+}
+
+/// Writes the number with a point in it or with an exponent, whichever is shorter. Null for a whole
+/// number that is to be written with more digits than it is given with.
+char* write_decimal(char* to, Decimal number) {
+  const Digits digits(number);
+  const int count = digits.count;
+  const int exponent = digits.exponent;
+  const int before_point = count + exponent;
+  // "1.5e-07" takes five characters besides its digits, and four without a point.
+  const int besides = count == 1 ? 4 : 5;
+  if (exponent > besides || 2 - exponent > count + besides) {
+    digits.copy(to + 1, 0);
+    to[0] = to[1];
+    to[1] = '.';
+    return write_exponent(count == 1 ? to + 1 : to + count + 1, before_point - 1);
+  }
+  if (exponent > 0) return nullptr;
+  if (before_point <= 0) {
+    std::memcpy(to, "0.000000", 8);
+    to += 2 - before_point;
+    digits.copy(to, 0);
+    return to + count;
+  }
+  digits.copy(to, 0);
+  if (exponent == 0) return to + count;
+  to[before_point] = '.';
+  digits.copy(to + before_point + 1, before_point);
+  return to + count + 1;
+}
+
 template <class Real>
-char* write_real(char* to, Real value) {
-  if (!std::isnan(value)) return std::to_chars(to, to + longest_number, value).ptr;
+char* write_nan(char* to, Real value) {
   const auto bits = std::bit_cast<BitsOf<Real>>(value);
   std::memcpy(to, "NaN", 3);
   to += 3;
@@ -139,6 +242,19 @@ char* write_real(char* to, Real value) {
   to = std::to_chars(to, to + 2 * sizeof(Real), bits, 16).ptr;
   *to++ = ')';
   return to;
+}
+
+template <class Real>
+char* write_real(char* to, Real value) {
+  if (std::isnan(value)) return write_nan(to, value);
+  *to = '-';
+  to += std::signbit(value);
+  const Real magnitude = std::fabs(value);
+  if (magnitude > 0 && magnitude <= std::numeric_limits<Real>::max()) {
+    if (char* const end = write_decimal(to, shortest_decimal(magnitude))) return end;
+  }
+  // Zero, infinity, and whole numbers whose shortest digits are not all they have.
+  return std::to_chars(to, to + number_room, magnitude).ptr;
 }
 
 }  // namespace
@@ -160,7 +276,7 @@ bool parse_number(std::string_view token, double& value) {
 }
 
 char* write_number(char* to, integer value) {
-  return std::to_chars(to, to + longest_number, value).ptr;
+  return std::to_chars(to, to + number_room, value).ptr;
 }
 char* write_number(char* to, float value) {
   return write_real(to, value);

@@ -20,10 +20,11 @@ namespace mod_p3dgrid::recordio {
 [[nodiscard]] bool parse_number(std::string_view token, float& value);
 [[nodiscard]] bool parse_number(std::string_view token, double& value);
 
-/// Longest text that `write_number` makes.
-inline constexpr std::int64_t longest_number = 32;
+/// Room that `write_number` needs: more than the text, which it writes in pieces of fixed length.
+inline constexpr std::int64_t number_room = 48;
 
 /// Writes the shortest text that `parse_number` turns back into the same bits; returns its end.
+/// Finite numbers look as `std::to_chars` writes them.
 char* write_number(char* to, integer value);
 char* write_number(char* to, float value);
 char* write_number(char* to, double value);

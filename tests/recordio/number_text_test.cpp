@@ -22,7 +22,7 @@ std::optional<Number> parsed(std::string_view token) {
 
 template <class Number>
 std::string written(Number value) {
-  char text[longest_number];
+  char text[number_room];
   return {text, write_number(text, value)};
 }
 

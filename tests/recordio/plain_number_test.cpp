@@ -1,0 +1,127 @@
+#include "recordio/plain_number.hpp"
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cmath>
+#include <cstdio>
+#include <limits>
+#include <random>
+#include <string>
+
+#include "recordio/number_text.hpp"
+
+namespace mod_p3dgrid::recordio {
+namespace {
+
+/// Text with room behind it, as in a file's buffer.
+struct Text {
+  explicit Text(const std::string& token) : content(token + " ") {
+    length = content.size();
+    content.append(16, '\0');
+  }
+  [[nodiscard]] const char* begin() const { return content.data(); }
+  [[nodiscard]] const char* end() const { return content.data() + length; }
+  std::string content;
+  std::size_t length;
+};
+
+/// The fast path either leaves the token alone or finds all of it and the value of the slow one.
+/// Returns whether it took it.
+template <class Real>
+bool agrees_with_slow_path(const std::string& token) {
+  const Text text(token);
+  Real fast = -7;
+  const char* const stop = parse_plain(text.begin(), text.end(), fast);
+  if (stop == nullptr || *stop != ' ') return false;
+  EXPECT_EQ(stop - text.begin(), std::ssize(token)) << token;
+  Real slow = -7;
+  EXPECT_TRUE(parse_number(token, slow)) << token;
+  EXPECT_EQ(std::signbit(fast), std::signbit(slow)) << token;
+  EXPECT_EQ(fast, slow) << token;
+  return true;
+}
+
+TEST(PlainNumber, UsualFormsAreTaken) {
+  for (const char* token :
+       {"0", "-0.0", "1", "+1", "-1.", ".5", "-.5e1", "0.12345678E+00", "-1.2345678D-05", "1.5q3",
+        "123456789", "0.000001", "12345678.12345678", "1e-10", "9.99999999e+9", "007"}) {
+    EXPECT_TRUE(agrees_with_slow_path<float>(token)) << token;
+    EXPECT_TRUE(agrees_with_slow_path<double>(token)) << token;
+  }
+}
+
+TEST(PlainNumber, OtherFormsAreLeftAlone) {
+  for (const char* token : {"", "-", "+", ".", "e5", "1e", "1e+", "1.5+3", "1*2", "2*", "nan",
+                            "-inf", "x", "1x", "1.2.3", "--1", "0x10", "1e99999", "1d400"}) {
+    EXPECT_FALSE(agrees_with_slow_path<float>(token)) << token;
+    EXPECT_FALSE(agrees_with_slow_path<double>(token)) << token;
+  }
+}
+
+TEST(PlainNumber, DroppedNumbersEndWhereReadOnesDo) {
+  for (const char* token : {"0", "-1.", "+.5", "0.12345678E+00", "-1.2345678D-05", "1e9999"}) {
+    const Text text(token);
+    const char* const stop = skip_plain<float>(text.begin(), text.end());
+    ASSERT_NE(stop, nullptr) << token;
+    EXPECT_EQ(stop - text.begin(), std::ssize(std::string(token)));
+  }
+  for (const char* token : {"", "-", ".", "1e", "nan", "x"}) {
+    const Text text(token);
+    EXPECT_EQ(skip_plain<float>(text.begin(), text.end()), nullptr) << token;
+  }
+  const Text number("-12");
+  EXPECT_EQ(skip_plain<integer>(number.begin(), number.end()), number.begin() + 3);
+}
+
+std::string random_token(std::mt19937_64& random) {
+  std::string token = random() % 2 == 0 ? "-" : random() % 4 == 0 ? "+" : "";
+  const auto digits = [&](std::uint64_t count) {
+    for (; count > 0; --count) token += static_cast<char>('0' + random() % 10);
+  };
+  digits(random() % 9);
+  if (random() % 8 != 0) token += '.';
+  digits(1 + random() % 11);
+  if (random() % 2 == 0) return token;
+  token += "eEdDqQ"[random() % 6];
+  if (random() % 2 == 0) token += "+-"[random() % 2];
+  token += std::to_string(random() % 48);
+  return token;
+}
+
+TEST(PlainNumber, AgreesWithTheSlowPathOnRandomText) {
+  std::mt19937_64 random(11);
+  int taken = 0;
+  constexpr int tokens = 400'000;
+  for (int n = 0; n < tokens; ++n) {
+    const std::string token = random_token(random);
+    taken += agrees_with_slow_path<float>(token);
+    agrees_with_slow_path<double>(token);
+    if (HasFailure()) return;
+  }
+  EXPECT_GT(taken, tokens * 3 / 4);
+}
+
+/// Decimal numbers next to the border between two singles, where rounding twice goes wrong.
+TEST(PlainNumber, AgreesWithTheSlowPathNextToBordersBetweenSingles) {
+  std::mt19937_64 random(13);
+  for (int n = 0; n < 300'000; ++n) {
+    const auto exponent = static_cast<std::uint32_t>(90 + random() % 75);
+    const auto bits = exponent << 23 | static_cast<std::uint32_t>(random() % (1U << 23));
+    const float below = std::bit_cast<float>(bits);
+    const double border =
+        (double{below} + double{std::nextafter(below, std::numeric_limits<float>::max())}) / 2;
+    for (const int digits : {8, 9, 12, 15, 16, 17}) {
+      char token[64];
+      std::snprintf(token, sizeof token, "%.*e", digits, border);
+      agrees_with_slow_path<float>(token);
+      std::snprintf(token, sizeof token, "%.*e", digits,
+                    std::nextafter(border, n % 2 == 0 ? 0. : 1e300));
+      agrees_with_slow_path<float>(token);
+    }
+    if (HasFailure()) return;
+  }
+}
+
+}  // namespace
+}  // namespace mod_p3dgrid::recordio
