@@ -236,7 +236,7 @@ void checkp3drstrtheader(const FileName& gridfile, integer gridformat, const Fil
 /// @param varvalues    flow variables (variable, point); must be unallocated. As many rows as
 ///                     `numrstrtvar` sums up to, 8, 10 or 13 after the extensions of layout 101.
 ///                     Rows that no record of the file fills are left unset; those that a chain
-///                     of extensions skips hold 0.
+///                     of extensions skips while it adds rows hold 0.
 /// @param auxvalues    triplets (3, point) of layouts 100 and 101; must be unallocated
 /// @param idim,jdim,kdim  extents of each block, normally those of the grid
 /// @param rsttype      restart layout code; any other than those above is an error of the run
