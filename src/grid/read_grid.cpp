@@ -8,6 +8,7 @@
 #include "state/allocation.hpp"
 #include "state/messages.hpp"
 #include "state/point_numbering.hpp"
+#include "state/precision.hpp"
 #include "state/unit_numbers.hpp"
 
 namespace mod_p3dgrid {
@@ -85,8 +86,8 @@ bool read_blocks_staged(const Unit& unit, GridBody& grid) {
     return false;
   }
   if (!read_blocks(unit, grid, staging)) return false;
-  std::ranges::transform(staging.span(), grid.xyz.data(),
-                         [](double value) { return static_cast<float>(value); });
+  convert_rows(staging.data(), coordinates_per_point, grid.xyz.data(), coordinates_per_point,
+               coordinates_per_point, grid.numbering.total);
   return true;
 }
 

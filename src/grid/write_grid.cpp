@@ -9,6 +9,7 @@
 #include "state/allocation.hpp"
 #include "state/messages.hpp"
 #include "state/point_numbering.hpp"
+#include "state/precision.hpp"
 #include "state/run_end.hpp"
 #include "state/unit_numbers.hpp"
 
@@ -74,10 +75,8 @@ void write_blocks_widened(const Unit& unit, const FileName& filename, const Grid
   if (!allocate_checked(widened, grid.ndim, points.total)) {
     refuse(filename, "out of memory for its coordinates in double precision");
   }
-  const std::int64_t ndim = grid.xyz.extent(1);
-  for (std::int64_t p = 0; p < points.total; ++p) {
-    std::copy_n(grid.xyz.data() + p * ndim, grid.ndim, widened.data() + p * grid.ndim);
-  }
+  convert_rows(grid.xyz.data(), grid.xyz.extent(1), widened.data(), grid.ndim, grid.ndim,
+               points.total);
   write_blocks(unit, grid, points, widened.data(), grid.ndim);
 }
 

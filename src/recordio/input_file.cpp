@@ -1,6 +1,7 @@
 #include "recordio/input_file.hpp"
 
 #include <fcntl.h>
+#include <sys/sendfile.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -22,6 +23,8 @@ constexpr std::size_t bytes_behind = 16;
 /// Reads of at least this size go straight to their destination.
 constexpr std::int64_t direct_read_size = 16 * 1024;
 
+constexpr int not_open = -1;
+
 /// A repeat count is taken to stand for no more than this.
 constexpr std::int64_t most_repeats = std::int64_t{1} << 32;
 
@@ -40,7 +43,8 @@ InputFile::InputFile(std::string path, std::size_t buffer_size)
     : path_(std::move(path)),
       buffer_(std::make_unique_for_overwrite<char[]>(buffer_size + bytes_behind)),
       buffer_size_(buffer_size),
-      descriptor_(open_existing(path_)) {
+      descriptor_(open_existing(path_)),
+      nowhere_(not_open) {
   struct stat status;
   const int error = ::fstat(descriptor_, &status) != 0 ? errno
                     : S_ISDIR(status.st_mode)          ? EISDIR
@@ -56,6 +60,7 @@ InputFile::InputFile(std::string path, std::size_t buffer_size)
 
 InputFile::~InputFile() {
   ::close(descriptor_);
+  if (nowhere_ != not_open) ::close(nowhere_);
 }
 
 std::size_t InputFile::read_some(void* destination, std::size_t bytes) {
@@ -99,8 +104,26 @@ void InputFile::read(void* destination, std::int64_t bytes) {
   }
 }
 
+/// Has the system read bytes, in order, and drop them before they are copied to this process: four
+/// times as fast as taking them. Returns how many; 0 where that does not work.
+std::int64_t InputFile::read_to_nowhere(std::int64_t bytes) {
+  if (!has_size_) return 0;
+  if (nowhere_ == not_open) nowhere_ = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
+  if (nowhere_ == not_open) return 0;
+  const ssize_t got = ::sendfile(nowhere_, descriptor_, nullptr, static_cast<std::size_t>(bytes));
+  if (got <= 0) return 0;
+  file_offset_ += got;
+  return got;
+}
+
 void InputFile::discard(std::int64_t bytes) {
   while (bytes > 0) {
+    if (begin_ == end_ && bytes >= direct_read_size) {
+      if (const std::int64_t passed = read_to_nowhere(bytes); passed > 0) {
+        bytes -= passed;
+        continue;
+      }
+    }
     if (at_end()) ends_before(bytes, offset());
     const std::int64_t piece = std::min<std::int64_t>(bytes, end_ - begin_);
     begin_ += piece;

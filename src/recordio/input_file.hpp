@@ -63,6 +63,7 @@ class InputFile {
 
  private:
   std::size_t read_some(void* destination, std::size_t bytes);
+  [[nodiscard]] std::int64_t read_to_nowhere(std::int64_t bytes);
   [[noreturn]] static void ends_before(std::int64_t missing, std::int64_t at);
   [[noreturn]] static void unreadable(std::int64_t at);
 
@@ -70,6 +71,7 @@ class InputFile {
   std::unique_ptr<char[]> buffer_;
   std::size_t buffer_size_;
   int descriptor_;
+  int nowhere_;  ///< the null device, once it is needed
   bool has_size_ = false;
   const char* begin_ = nullptr;
   const char* end_ = nullptr;

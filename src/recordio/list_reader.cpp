@@ -81,41 +81,50 @@ void ListReader::take_line(Number* to, std::int64_t stride, std::int64_t count) 
   }
 }
 
+/// Goes over blanks and line ends and, where `comma` allows it, one comma. Counts the line ends.
+const char* skip_separators_at_hand(const char* from, bool comma, std::int64_t& lines) {
+  for (; is_blank(*from) || (comma && *from == ','); ++from) {
+    lines += *from == '\n';
+    if (*from == ',') comma = false;
+  }
+  return from;
+}
+
 /// Takes plain numbers one after another, without a copy of their text, up to the first that is
 /// anything else; returns how many.
 template <class Number>
 std::int64_t ListReader::take_plain(Number* to, std::int64_t stride, std::int64_t count) {
   std::int64_t taken = 0;
+  std::int64_t lines = 0;
+  bool comma = comma_may_end_;
   const char* at = file_.begin();
+  const char* end = file_.end();
   for (; taken < count; ++taken) {
-    if (file_.end() - at < bytes_at_hand) {
+    if (end - at < bytes_at_hand) {
       file_.use_up_to(at);
       const bool grown = file_.more();
       at = file_.begin();  // moved in either case
+      end = file_.end();
       if (!grown) break;
     }
-    const char* const end = file_.end();
+    std::int64_t line_ends = 0;
     const char* from = at;
-    std::int64_t lines = 0;
-    bool comma = comma_may_end_;
-    while (from != end && (is_blank(*from) || (comma && *from == ','))) {
-      lines += *from == '\n';
-      if (*from == ',') comma = false;
-      ++from;
-    }
-    if (from == end) break;
+    while (*from == ' ') ++from;
+    if (*from <= ',') from = skip_separators_at_hand(from, comma, line_ends);
     Number value;
     const char* const stop =
         to == nullptr ? skip_plain<Number>(from, end) : parse_plain(from, end, value);
     if (stop == nullptr || stop >= end || !ends_token(*stop)) break;
     if (stop - from > longest_token) break;
     if (to != nullptr) to[taken * stride] = value;
-    line_ += lines;
+    lines += line_ends;
     at = stop;
-    comma_may_end_ = true;
-    any_taken_ = true;
+    comma = true;
   }
   file_.use_up_to(at);
+  line_ += lines;
+  comma_may_end_ = comma;
+  any_taken_ = any_taken_ || taken > 0;
   return taken;
 }
 

@@ -28,6 +28,15 @@ struct ScannedDecimal {
 /// More digits might not fit.
 inline constexpr std::int64_t most_digits = 18;
 
+/// Takes digits one by one: the quicker way for the one or two before a point or in an exponent.
+inline const char* take_few_digits(const char* from, std::uint64_t& digits) {
+  for (;; ++from) {
+    const auto digit = static_cast<unsigned char>(*from - '0');
+    if (digit > 9) return from;
+    digits = digits * 10 + digit;
+  }
+}
+
 /// Takes digits, up to eight at a time and without a jump on how many there are.
 inline const char* take_digits(const char* from, std::uint64_t& digits) {
   static constexpr std::array<std::uint64_t, 9> powers{1,      10,      100,      1000,     10000,
@@ -39,7 +48,7 @@ inline const char* take_digits(const char* from, std::uint64_t& digits) {
     // A digit's byte becomes its value, any other at least 10; the first of those ends the digits.
     std::uint64_t values = text ^ 0x30303030'30303030;
     const std::uint64_t others = ((values + 0x76767676'76767676) | values) & 0x80808080'80808080;
-    const int count = others == 0 ? 8 : std::countr_zero(others) / 8;
+    const int count = std::countr_zero(others) / 8;
     if (count == 0) return from;
     // Zeros in front, then pairs, fours and eights of digits are put together side by side.
     values <<= 64 - 8 * count;
@@ -49,8 +58,21 @@ inline const char* take_digits(const char* from, std::uint64_t& digits) {
              32;
     digits = digits * powers[static_cast<std::size_t>(count)] + values;
     from += count;
-    if (count < 8) return from;
+    if (static_cast<unsigned char>(*from - '0') > 9) return from;
   }
+}
+
+/// Takes what follows the letter of an exponent. Null if that is none.
+inline const char* scan_exponent(const char* from, std::int64_t& exponent) {
+  constexpr std::int64_t most = 4;
+  const bool negative = *from == '-';
+  from += negative || *from == '+';
+  std::uint64_t magnitude = 0;
+  const char* const end = take_few_digits(from, magnitude);
+  if (end == from || end - from > most) return nullptr;
+  exponent +=
+      negative ? -static_cast<std::int64_t>(magnitude) : static_cast<std::int64_t>(magnitude);
+  return end;
 }
 
 /// Takes sign, digits with or without a point, and an exponent with a letter. Null if there is no
@@ -59,7 +81,7 @@ inline const char* scan_decimal(const char* from, ScannedDecimal& number) {
   number.negative = *from == '-';
   from += number.negative || *from == '+';
   const char* const first = from;
-  from = take_digits(from, number.digits);
+  from = take_few_digits(from, number.digits);
   std::int64_t count = from - first;
   if (*from == '.') {
     const char* const fraction = ++from;
@@ -69,16 +91,8 @@ inline const char* scan_decimal(const char* from, ScannedDecimal& number) {
   }
   if (count == 0 || count > most_digits) return nullptr;
   const int letter = *from | 0x20;
-  if (letter != 'e' && letter != 'd' && letter != 'q') return from;
-  ++from;
-  const bool negative = *from == '-';
-  from += negative || *from == '+';
-  std::uint64_t exponent = 0;
-  const char* const end = take_digits(from, exponent);
-  if (end == from || end - from > 4) return nullptr;
-  number.exponent +=
-      negative ? -static_cast<std::int64_t>(exponent) : static_cast<std::int64_t>(exponent);
-  return end;
+  const bool has_exponent = letter == 'e' || letter == 'd' || letter == 'q';
+  return has_exponent ? scan_exponent(from + 1, number.exponent) : from;
 }
 
 /// Powers of ten that doubles hold exactly.

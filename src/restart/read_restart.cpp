@@ -10,6 +10,7 @@
 #include "restart/staging.hpp"
 #include "state/allocation.hpp"
 #include "state/messages.hpp"
+#include "state/precision.hpp"
 #include "state/unit_numbers.hpp"
 
 namespace mod_p3dgrid {
@@ -28,16 +29,8 @@ allocatable<float, 2>& enlarged(const allocatable<float, 2>&) {
 template <class To, class From>
 void copy_rows(const allocatable<From, 2>& from, allocatable<To, 2>& to, std::int64_t rows,
                std::int64_t points) {
-  const auto convert = [](From value) { return static_cast<To>(value); };
-  const std::int64_t common = std::min({rows, from.extent(1), to.extent(1)});
-  if (common == from.extent(1) && common == to.extent(1)) {
-    std::transform(from.data(), from.data() + common * points, to.data(), convert);
-    return;
-  }
-  for (std::int64_t p = 0; p < points; ++p) {
-    const From* const point = from.data() + p * from.extent(1);
-    std::transform(point, point + common, to.data() + p * to.extent(1), convert);
-  }
+  convert_rows(from.data(), from.extent(1), to.data(), to.extent(1),
+               std::min({rows, from.extent(1), to.extent(1)}), points);
 }
 
 /// Reads a whole body into arrays of kind `Real`.

@@ -8,6 +8,7 @@
 #include "restart/restart_arguments.hpp"
 #include "state/allocation.hpp"
 #include "state/messages.hpp"
+#include "state/precision.hpp"
 #include "state/run_end.hpp"
 #include "state/unit_numbers.hpp"
 
@@ -81,10 +82,8 @@ allocatable<double, 2> widened(const RestartWrite& write, array_view<const float
   if (!allocate_checked(copy, rows, write.points.total)) {
     refuse_restart(write.filename, "out of memory for a copy in double precision");
   }
-  const std::int64_t common = std::min(copy.extent(1), array.extent(1));
-  for (std::int64_t p = 0; p < write.points.total; ++p) {
-    std::copy_n(array.data() + p * array.extent(1), common, copy.data() + p * copy.extent(1));
-  }
+  convert_rows(array.data(), array.extent(1), copy.data(), copy.extent(1),
+               std::min(copy.extent(1), array.extent(1)), write.points.total);
   return copy;
 }
 

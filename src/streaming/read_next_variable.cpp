@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <numeric>
 #include <string>
+#include <vector>
 
 #include "MOD_P3DReader.hpp"
 #include "recordio/unit.hpp"
@@ -10,6 +11,7 @@
 #include "restart/restart_header.hpp"
 #include "state/allocation.hpp"
 #include "state/messages.hpp"
+#include "state/precision.hpp"
 #include "state/unit_numbers.hpp"
 #include "streaming/staging.hpp"
 
@@ -112,10 +114,21 @@ void check_arguments(const VariableRead& read) {
   }
 }
 
-/// Allocates the staging array, in zeros, and the two tables, one entry per variable of the file.
+/// Whether the blocks fill the staging array in any case, so that it need not be cleared before.
+bool blocks_fill_it(const VariableRead& read, const std::vector<BodyRecord>& records) {
+  if (read.path == BodyPath::text || read.points.total < read.allpoints) return false;
+  return std::ranges::any_of(records, [&](const BodyRecord& record) {
+    return record.kind != BodyRecordKind::older_level && record.first <= read.ivar &&
+           read.ivar <= record.last;
+  });
+}
+
+/// Allocates the staging array and the two tables, one entry per variable of the file. What the
+/// file leaves unset in the staging array is zero.
 template <class Real>
-bool prepare(const VariableRead& read, allocatable<Real, 2>& staging,
-             allocatable<Real*, 1>& targets, allocatable<integer, 1>& steps) {
+bool prepare(const VariableRead& read, const std::vector<BodyRecord>& records,
+             allocatable<Real, 2>& staging, allocatable<Real*, 1>& targets,
+             allocatable<integer, 1>& steps) {
   const std::int64_t variables = variables_per_point();
   bool usable = allocate_staging(staging, 1, read.allpoints);
   usable = allocate_staging(targets, variables) && usable;
@@ -124,7 +137,7 @@ bool prepare(const VariableRead& read, allocatable<Real, 2>& staging,
     read.unit.fail("no array to read into", "unallocated staging arrays");
     return false;
   }
-  std::ranges::fill(staging.span(), Real{0});
+  if (!blocks_fill_it(read, records)) std::ranges::fill(staging.span(), Real{0});
   std::ranges::fill(targets.span(), nullptr);
   std::ranges::fill(steps.span(), 0);
   targets(read.ivar) = staging.data();
@@ -139,16 +152,15 @@ bool read_variable(const VariableRead& read, allocatable<Real, 2>& staging,
   const integer highest = checked_highest_variable(records);
   if (read.points.total > 0) check_variables(read.filename, highest, variables_per_point());
   allocatable<integer, 1>& steps = one_variable_staging().READII;
-  if (!prepare(read, staging, targets, steps)) return false;
+  if (!prepare(read, records, staging, targets, steps)) return false;
   if (read.layout.parameters) create_parameters_to_read(read.filename, read.path, read.nblocks);
   VariableReader<Real> reader(read, {read, targets, steps});
   const bool complete = walk_blocks(records, read.nblocks, reader) &&
                         (!read.layout.extensions || read.ivar < first_extension_variable ||
                          walk_extensions(read.nblocks, reader));
   if (!complete) return false;
-  for (std::int64_t p = 0; p < read.allpoints; ++p) {
-    read.varvalues.data()[p * read.varvalues.extent(1)] = static_cast<float>(staging.data()[p]);
-  }
+  convert_rows(staging.data(), 1, read.varvalues.data(), read.varvalues.extent(1), 1,
+               read.allpoints);
   staging.deallocate();
   targets.deallocate();
   steps.deallocate();

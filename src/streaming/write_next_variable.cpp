@@ -6,6 +6,7 @@
 #include "restart/restart_arguments.hpp"
 #include "state/allocation.hpp"
 #include "state/messages.hpp"
+#include "state/precision.hpp"
 #include "state/run_end.hpp"
 #include "state/unit_numbers.hpp"
 #include "streaming/staging.hpp"
@@ -39,9 +40,7 @@ void write_widened(const Unit& unit, integer ivar, const FileName& name,
   if (!allocate_staging(DW, 1, allpoints) || DW.extent(1) != 1) {
     refuse_restart(name, "no array for the variable in double precision");
   }
-  for (std::int64_t p = 0; p < points.total; ++p) {
-    DW.data()[p] = static_cast<double>(values.data()[p * values.extent(1)]);
-  }
+  convert_rows(values.data(), values.extent(1), DW.data(), 1, 1, points.total);
   write_blocks<double>(unit, ivar, points, nblocks, std::as_const(DW));
   DW.deallocate();
 }
