@@ -32,8 +32,8 @@ struct Outcome {
 /// Sum of the values' bits as signed integers; the other side of a pair must come to the same.
 [[nodiscard]] std::int64_t bit_sum(std::span<const float> values);
 
-/// Most memory that this process has had resident, in KiB. Not what getrusage says: its figure
-/// begins with that of the process that started this one.
+/// Most memory that this process has had resident since `timed` began, in KiB. Not what getrusage
+/// says: its figure begins with that of the process that started this one.
 [[nodiscard]] std::int64_t peak_kib();
 
 }  // namespace bench

@@ -12,8 +12,8 @@ Outcome write_tecplot(const Request& request) {
   Source source = load_source(request.input, true);
   xyz.assign(source.xyz.begin(), source.xyz.end());
   flow.assign(source.flow.begin(), source.flow.end());
-  source.xyz = {};
-  source.flow = {};
+  source.xyz = std::vector<float>();
+  source.flow = std::vector<float>();
   const double seconds = timed([&] {
     writetecplotfile_p3d("output", source.nblocks, {xyz.data(), coordinates, source.points},
                          {flow.data(), variables, source.points}, source.idim, source.jdim,
