@@ -28,12 +28,12 @@ std::string text_of(const char* separator, Put put) {
 }
 
 void put_shortest(std::string& text, float value) {
-  char digits[longest_number];
+  char digits[pieces::number_room];
   text.append(digits, write_number(digits, value));
 }
 
 void put_fixed(std::string& text, float value) {
-  char digits[longest_number];
+  char digits[pieces::number_room];
   std::snprintf(digits, sizeof digits, "%16.7E", static_cast<double>(value));
   text += digits;
 }

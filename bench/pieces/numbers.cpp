@@ -19,7 +19,7 @@ template <class Real>
 void parse_shortest(benchmark::State& state) {
   std::vector<std::string> tokens;
   for (const Real value : pieces::sample_values<Real>(count)) {
-    char text[longest_number];
+    char text[pieces::number_room];
     tokens.emplace_back(text, write_number(text, value));
   }
   Real value{};
@@ -38,7 +38,7 @@ BENCHMARK(parse_shortest<double>);
 void parse_fixed(benchmark::State& state) {
   std::vector<std::string> tokens;
   for (const float value : pieces::sample_values<float>(count)) {
-    char text[longest_number];
+    char text[pieces::number_room];
     std::snprintf(text, sizeof text, "%.7E", static_cast<double>(value));
     tokens.emplace_back(text);
   }
@@ -56,7 +56,7 @@ BENCHMARK(parse_fixed);
 template <class Real>
 void write_shortest(benchmark::State& state) {
   const std::vector<Real> values = pieces::sample_values<Real>(count);
-  char text[longest_number];
+  char text[pieces::number_room];
   for (auto _ : state) {
     for (const Real value : values) {
       benchmark::DoNotOptimize(write_number(text, value));
@@ -72,7 +72,7 @@ BENCHMARK(write_shortest<double>);
 template <class Real>
 void standard_to_chars(benchmark::State& state) {
   const std::vector<Real> values = pieces::sample_values<Real>(count);
-  char text[longest_number];
+  char text[pieces::number_room];
   for (auto _ : state) {
     for (const Real value : values) {
       benchmark::DoNotOptimize(std::to_chars(text, text + sizeof text, value).ptr);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,6 +15,9 @@ inline constexpr const char* scratch_name = "scratch";
 
 void use_scratch_file();
 void fill_scratch_file(std::string_view contents);
+
+/// More room than any number takes as text.
+inline constexpr std::size_t number_room = 64;
 
 /// `count` smooth values that use all digits of their precision.
 template <class Real>
