@@ -1,24 +1,52 @@
+#include <sys/mman.h>
+
+#include <cstdint>
 #include <limits>
 #include <new>
 
 #include "mod_p3dgrid/arrays.hpp"
+#include "mod_p3dgrid/run.hpp"
 
-namespace mod_p3dgrid::detail {
+namespace mod_p3dgrid {
 namespace {
+
 /// A cache line, so that no array shares one with another.
 constexpr std::align_val_t alignment{64};
+
+constexpr std::uintptr_t huge_page = std::uintptr_t{2} * 1024 * 1024;
+
+bool huge_pages = false;
+
+/// Asks for huge pages where whole ones lie within the storage. It is advice: nothing depends on
+/// whether the system follows it.
+void advise_huge_pages(void* storage, std::uint64_t bytes) {
+  const auto begin = reinterpret_cast<std::uintptr_t>(storage);
+  const std::uintptr_t first = (begin + huge_page - 1) / huge_page * huge_page;
+  const std::uintptr_t last = (begin + bytes) / huge_page * huge_page;
+  if (first < last) ::madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
+}
+
 }  // namespace
+
+void p3dsethugepages(bool wanted) {
+  huge_pages = wanted;
+}
+
+namespace detail {
 
 void* acquire_storage(std::uint64_t bytes) noexcept {
   if (bytes > static_cast<std::uint64_t>(std::numeric_limits<std::ptrdiff_t>::max())) {
     return nullptr;
   }
   // An array without elements is allocated too, so it needs an address.
-  return ::operator new(bytes == 0 ? 1 : bytes, alignment, std::nothrow);
+  void* const storage = ::operator new(bytes == 0 ? 1 : bytes, alignment, std::nothrow);
+  if (huge_pages && storage != nullptr) advise_huge_pages(storage, bytes);
+  return storage;
 }
 
 void release_storage(void* storage) noexcept {
   ::operator delete(storage, alignment);
 }
 
-}  // namespace mod_p3dgrid::detail
+}  // namespace detail
+}  // namespace mod_p3dgrid

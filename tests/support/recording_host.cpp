@@ -52,6 +52,7 @@ void begin_run() {
   p3dsetmessages([](std::string_view line) { messages.emplace_back(line); });
   p3dsetpaths({});
   p3dsetbyteorder({});
+  p3dsethugepages(false);
   recordio::set_subrecord_limit(recordio::default_subrecord_limit);
   p3dsetdebug(true);
   iflag.fill(0);
