@@ -10,6 +10,8 @@ What makes a pair fair:
 - Fresh memory: a process measures once. The system hands its arrays out page by page and clears
   them, which costs both sides the same and hides part of what separates them. It is what a program
   sees that reads one file.
+- Huge pages: fresh memory that the library asks to have in huge pages; the Fortran side, which has
+  no means to, has the ordinary ones.
 - Warm memory: before the clock starts, the process has used and given back more memory than the
   operation needs. The C library is told never to return memory to the system, for both sides alike,
   so that the operation gets pages that are there. It is what a solver sees that reads file after
@@ -51,7 +53,7 @@ def binary_reads():
                 if (kind, form, precision) == ("restart", "binary", "double"):
                     continue
                 staging = DOUBLE if precision == "double" else 0
-                for memory in ("fresh", "warm"):
+                for memory in ("fresh", "huge", "warm"):
                     yield Case(f"{kind}-read/{form}/{precision}/{memory}", f"{kind}-read", form,
                                precision, f"{kind}.{form}.{precision}", memory=memory,
                                values=values, array_bytes=values * (SINGLE + staging))
@@ -59,7 +61,7 @@ def binary_reads():
 
 def variable_reads():
     for way in ("scalar", "sections"):
-        for memory in ("fresh", "warm"):
+        for memory in ("fresh", "huge", "warm"):
             # The result, and a staging array.
             yield Case(f"variable-read/unformatted/single/{memory}/against-{way}",
                        "variable-read", input="restart.unformatted.single",

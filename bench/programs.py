@@ -53,10 +53,13 @@ class Programs:
 
     def measure(self, program, case, operation, points, paths):
         """One process of one side."""
-        warm_mib = case.array_bytes * points // 2**20 * 5 // 4 + 64 if case.memory == "warm" else 0
+        warm = case.memory == "warm"
+        memory = case.array_bytes * points // 2**20 * 5 // 4 + 64 if warm else 0
+        if case.memory == "huge" and program == self.ours:
+            memory = "huge"
         return outcome_of(run_program(
-            [program, warm_mib, operation, case.form, case.precision, *paths,
-             case.output or "existing"], warm=warm_mib > 0))
+            [program, memory, operation, case.form, case.precision, *paths,
+             case.output or "existing"], warm=warm))
 
     def run_ours(self, case, points, *paths):
         return self.measure(self.ours, case, case.operation, points, paths)

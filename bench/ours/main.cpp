@@ -1,10 +1,10 @@
 /// Runs one operation of the library and prints what it took.
 ///
-///     ours WARM_MIB OPERATION FORM PRECISION INPUT OUTPUT existing|new
+///     ours WARM_MIB|huge OPERATION FORM PRECISION INPUT OUTPUT existing|new
 ///     ours source FILE POINTS
 ///
 /// Prints lines `seconds S`, `peak KIB` and `check SUM`. Before the operation so much memory is
-/// used and given back, for a C library that keeps it.
+/// used and given back, for a C library that keeps it; with `huge` it comes in huge pages instead.
 
 #include <cstdio>
 #include <exception>
@@ -40,12 +40,16 @@ void use_memory(std::size_t mib) {
   asm volatile("" : : "r"(memory.data()) : "memory");
 }
 
-void measure(std::size_t warm_mib, Operation operation, const bench::Request& request) {
+void measure(const std::string& memory, Operation operation, const bench::Request& request) {
   mod_p3dgrid::p3dsetmessages([](std::string_view) {});
   mod_p3dgrid::p3dsetpaths(
       [&request](std::string_view name) { return bench::path_of(request, name); });
   if (request.new_output) std::filesystem::remove(request.output);
-  if (warm_mib > 0) use_memory(warm_mib);
+  if (memory == "huge") {
+    mod_p3dgrid::p3dsethugepages(true);
+  } else if (memory != "0") {
+    use_memory(std::stoull(memory));
+  }
   const bench::Outcome outcome = operation(request);
   std::printf("seconds %.9f\npeak %lld\ncheck %lld\n", outcome.seconds,
               static_cast<long long>(bench::peak_kib()), static_cast<long long>(outcome.check));
@@ -58,10 +62,11 @@ int run(int argc, char** argv) {
   }
   const auto operation = argc == 8 ? operations.find(argv[2]) : operations.end();
   if (operation == operations.end()) {
-    std::fputs("usage: ours WARM_MIB OPERATION FORM PRECISION INPUT OUTPUT existing|new\n", stderr);
+    std::fputs("usage: ours WARM_MIB|huge OPERATION FORM PRECISION INPUT OUTPUT existing|new\n",
+               stderr);
     return 2;
   }
-  measure(std::stoull(argv[1]), operation->second,
+  measure(argv[1], operation->second,
           {argv[3], argv[4], argv[5], argv[6], argv[7] == std::string_view("new")});
   return 0;
 }
