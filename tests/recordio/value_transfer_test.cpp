@@ -118,7 +118,8 @@ class LinesOfArrays : public test_support::InScratchFolder,
                       public ::testing::WithParamInterface<FormAndOrder> {};
 
 TEST_P(LinesOfArrays, ArePutTogetherInTheFile) {
-  const auto [iformat, order] = GetParam();
+  const integer iformat = std::get<0>(GetParam());
+  const std::endian order = std::get<1>(GetParam());
   const Unit unit(13, iformat);
   p3dsetbyteorder([order](std::string_view) { return order; });
   for (const Shape& shape : shapes(iformat, order)) {
