@@ -55,9 +55,14 @@ void write_dimension_record(const recordio::Unit& unit, integer nblocks, ConstCo
 }
 
 bool can_hold_dimensions(const recordio::Unit& unit, integer nblocks, recordio::Claim claim) {
+  using recordio::FileKind;
   constexpr std::int64_t extents_per_block = 3;
-  return unit.can_hold(std::max(nblocks, 0) * extents_per_block, recordio::FileKind::integer4,
-                       claim, "the extents of " + std::to_string(nblocks) + " blocks");
+  const integer blocks = std::max(nblocks, 0);
+  const std::string announced = "the extents of " + std::to_string(nblocks) + " blocks";
+  // A repeat count may stand for all extents of a text, but each block has a line of its own behind
+  // them.
+  return unit.can_hold(blocks, FileKind::integer4, recordio::Claim::records, announced) &&
+         unit.can_hold(blocks * extents_per_block, FileKind::integer4, claim, announced);
 }
 
 }  // namespace mod_p3dgrid

@@ -119,6 +119,7 @@ struct RestartRead {
   [[nodiscard]] bool may_hold_flow() const {
     std::int64_t per_point = 0;
     for (const BodyRecord& record : records()) per_point += record.variables();
+    // The largest count sizes the flow of all blocks.
     std::int64_t counted = 0;
     for (integer b = 1; layout.counted_variables && b <= ngrid; ++b) {
       if (nfvar(b) < 0) {
@@ -126,7 +127,7 @@ struct RestartRead {
                   "a count from 0 on");
         return false;
       }
-      counted += std::int64_t{nfvar(b)} * points.npts(b);
+      counted = std::max(counted, nfvar(b) * points.total);
     }
     std::int64_t asked_for = 0;
     if (__builtin_mul_overflow(per_point, points.total, &asked_for)) {

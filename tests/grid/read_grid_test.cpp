@@ -393,6 +393,22 @@ TEST_F(ReadGrid, ABlockCountThatALargeFileCannotHoldTakesNoMemory) {
   EXPECT_FALSE(grid.idim.allocated());
 }
 
+TEST_F(ReadGrid, AnExtentRecordThatIsNotThereTakesNoMemory) {
+  for (const auto& [form, bytes] :
+       {std::pair{binary, Bytes().i4(5'000'000).str()},
+        {unformatted, Bytes().record(Bytes().i4(5'000'000)).i4(12).i4s({1, 1, 1}).str()},
+        {formatted, std::string("5000000\n/\n")},
+        // A repeat count stands for the extents, but blocks have lines of their own.
+        {formatted, std::string("5000000\n15000000*1\n1 2 3\n")}}) {
+    calls.clear();
+    messages.clear();
+    read(bytes, form);
+    expect_failed("the extents of 5000000 blocks");
+    EXPECT_FALSE(grid.idim.allocated());
+    EXPECT_EQ(messages.size(), 1U);
+  }
+}
+
 TEST_F(ReadGrid, OtherEncodingsThanToldAreFailedReads) {
   struct Told {
     GridForm file;

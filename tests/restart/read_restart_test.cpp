@@ -675,6 +675,17 @@ TEST_F(ReadRestart, VariableCountsThatTheFileCannotHoldTakeNoMemory) {
   EXPECT_FALSE(restart.varvalues.allocated());
 }
 
+TEST_F(ReadRestart, ManyVariablesOfASmallBlockTakeNoMemoryForALargeOne) {
+  // The flow array would have the first block's rows at the second block's points.
+  write_file("restart", Bytes().i4(2).i4s({1, 1, 1, 5000}).i4s({100, 100, 100, 1}));
+  mod_gridvars::numrstrtvar.fill(0);
+  Restart restart(2);
+  restart.idim = restart.jdim = restart.kdim = {1, 100};
+  restart.read("restart", {.layout = 3, .iformat = 2});
+  expect_failed("expected the flow variables of 1000001 points");
+  EXPECT_FALSE(restart.varvalues.allocated());
+}
+
 TEST_F(ReadRestart, UnknownFormatsReadNothing) {
   for (const int layout : {1, 2, 3, 101}) {
     calls.clear();

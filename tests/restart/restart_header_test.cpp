@@ -227,6 +227,11 @@ TEST_F(ReadRestartHeader, TinyTextCannotAnnounceManyBlocks) {
     read(std::string("1 .5 50000000\n999999999*1"), 1, false, layout);
     EXPECT_THAT(calls, ElementsAre("dispfilereaderror()"));
   }
+  for (const int layout : {2, 3}) {
+    calls.clear();
+    read(std::string("50000000\n999999999*1"), 1, false, layout);
+    EXPECT_THAT(calls, ElementsAre("dispfilereaderror()"));
+  }
 }
 
 TEST_F(ReadRestartHeader, ATimeStepLeftOutOfTextStaysAsItIs) {
