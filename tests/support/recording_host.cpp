@@ -3,10 +3,7 @@
 #include <algorithm>
 #include <sstream>
 
-#include "recordio/record_markers.hpp"
-#include "restart/staging.hpp"
-#include "streaming/staging.hpp"
-#include "state/unit_numbers.hpp"
+#include "support/module_state.hpp"
 
 namespace test_support {
 
@@ -53,26 +50,7 @@ void begin_run() {
   p3dsetpaths({});
   p3dsetbyteorder({});
   p3dsethugepages(false);
-  recordio::set_subrecord_limit(recordio::default_subrecord_limit);
-  p3dsetdebug(true);
-  iflag.fill(0);
-  eqid = fileversion = nstep = itimeint = isgsmodel = ibeta = talnvar = 0;
-  dtau = talalfa = talbeta = talgam = talpr = talprt = talre = tals1 = talxm1 = 0;
-  p3dxm1 = p3dalfa = p3dre = p3dtau = 0;
-  nfvar.deallocate();
-  sqvar.deallocate();
-  dqvar.deallocate();
-  restart_staging() = {};
-  one_variable_staging() = {};
-  variable_write_staging() = {};
-  mod_p3dgrid::tmpfile.fill({});
-  mod_gridvars::nfilesect = 1;
-  mod_gridvars::rstrtvarsct.fill(0);
-  mod_gridvars::rstrtvarsct(1, 1) = 1;
-  mod_gridvars::rstrtvarsct(1, 2) = 5;
-  mod_gridvars::numrstrtvar.fill(0);
-  mod_gridvars::numrstrtvar(1) = 5;
-  mod_gridvars::readallvars = true;
+  reset_module_state();
 }
 
 }  // namespace test_support

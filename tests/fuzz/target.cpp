@@ -1,0 +1,51 @@
+#include "target.hpp"
+
+#include <algorithm>
+
+namespace fuzz {
+
+std::size_t split_length(const Options& options, Content content) {
+  const std::size_t length = options.split[0] + std::size_t{256} * options.split[1];
+  return std::min(length, content.size());
+}
+
+namespace {
+
+/// Whether a text says that a value stands for a million or more. A short file may hold so many in
+/// earnest, and the memory that they take is no finding.
+bool has_large_repeat_count(Content content) {
+  constexpr int digits_of_a_million = 7;
+  int digits = 0;
+  for (const std::uint8_t c : content) {
+    if (c == '*' && digits >= digits_of_a_million) return true;
+    digits = c >= '0' && c <= '9' ? digits + 1 : 0;
+  }
+  return false;
+}
+
+}  // namespace
+}  // namespace fuzz
+
+extern "C" {
+
+/// Memory that is asked for in vain is part of what is tested. The quarantine is kept small, so
+/// that a limit on memory means what the library holds.
+const char* __asan_default_options();
+const char* __asan_default_options() {
+  return "allocator_may_return_null=1:quarantine_size_mb=8";
+}
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  fuzz::Options options;
+  fuzz::Content content;
+  if (!fuzz::take_apart({data, size}, options, content)) return 0;
+  if (fuzz::has_large_repeat_count(content)) return 0;
+  fuzz::place_files(options, content);
+  fuzz::begin_run(options);
+  fuzz::run_operation(options);
+  if (fuzz::has(options, fuzz::twice)) fuzz::run_operation(options);
+  fuzz::end_run();
+  return 0;
+}
+}

@@ -1,0 +1,9 @@
+#pragma once
+
+namespace test_support {
+
+/// Sets the module's variables, its staging arrays and the variables of `mod_gridvars` to how a run
+/// begins: one section of five variables, all of them to be read.
+void reset_module_state();
+
+}  // namespace test_support
