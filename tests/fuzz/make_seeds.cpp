@@ -255,12 +255,27 @@ void put_combinations() {
   }
 }
 
+/// Text for the list reader, taken for numbers of each kind.
+void put_texts() {
+  for (const RestartForm& form : all_restart_forms()) {
+    if (form.iformat != 1 || form.blocks > 1) continue;
+    const std::string content = written(form);
+    Options options;
+    for (const int kind : {0, 1, 2}) {
+      options.format = static_cast<std::uint8_t>(kind);
+      options.split[0] = static_cast<std::uint8_t>(content.size() % 200);
+      put_seed("list_reader", name_of(form) + std::to_string(kind), options, content);
+    }
+  }
+}
+
 void put_all() {
   put_grids();
   put_restarts();
   put_special_restarts();
   put_checks();
   put_combinations();
+  put_texts();
 }
 
 }  // namespace
