@@ -19,5 +19,6 @@ struct Command {
 [[nodiscard]] Command add_check(CLI::App& program);
 [[nodiscard]] Command add_restart(CLI::App& program);
 [[nodiscard]] Command add_tecplot(CLI::App& program);
+[[nodiscard]] Command add_plot(CLI::App& program);
 
 }  // namespace p3dgrid

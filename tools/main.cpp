@@ -13,8 +13,8 @@
 namespace p3dgrid {
 namespace {
 
-constexpr std::array commands = {add_sample, add_info,    add_convert,
-                                 add_check,  add_restart, add_tecplot};
+constexpr std::array commands = {add_sample,  add_info,    add_convert, add_check,
+                                 add_restart, add_tecplot, add_plot};
 
 /// What the command line asks for: a command, or a text to show (help, version) and no command.
 struct Request {
@@ -46,6 +46,7 @@ void describe_program(CLI::App& program, bool& quiet) {
       "  p3dgrid check demo/grid.p3d demo/flow.q\n"
       "  p3dgrid restart demo/grid.p3d demo/flow.q flow.txt --to-format formatted\n"
       "  p3dgrid tecplot demo/grid.p3d demo/flow.q flow.dat\n"
+      "  p3dgrid plot demo/grid.p3d demo/flow.q flow.png --plane k=1\n"
       "  p3dgrid convert --help");
 }
 

@@ -73,9 +73,9 @@ std::string given_option(const CLI::App& command, const std::string& group) {
 
 }  // namespace
 
-void add_path(CLI::App& command, const std::string& name, std::string& path,
-              const std::string& description) {
-  command.add_option(name, path, description)->required()->check(not_empty())->type_name("");
+CLI::Option* add_path(CLI::App& command, const std::string& name, std::string& path,
+                      const std::string& description) {
+  return command.add_option(name, path, description)->required()->check(not_empty())->type_name("");
 }
 
 void add_grid_options(CLI::App& command, GridForm& form) {

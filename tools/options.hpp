@@ -11,8 +11,8 @@ namespace p3dgrid {
 
 /// A file or folder that the command works on, as a required argument. `path` must outlive the
 /// parsing.
-void add_path(CLI::App& command, const std::string& name, std::string& path,
-              const std::string& description);
+CLI::Option* add_path(CLI::App& command, const std::string& name, std::string& path,
+                      const std::string& description);
 
 /// Options that describe the grid file to be read. `form` must outlive the parsing; it starts as
 /// the default and is changed by the options that are given.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <new>
+#include <utility>
 
 #include "failure.hpp"
 #include "paths.hpp"
@@ -111,6 +112,11 @@ Restart RestartStream::begin() {
     require_plan(path_, form_, shape, grid_);
   });
   return restart;
+}
+
+std::span<const float> RestartStream::read(integer variable) {
+  read_variable(variable, variables_);
+  return std::as_const(values_).span();
 }
 
 void RestartStream::write(const std::string& path, const std::string& shown,

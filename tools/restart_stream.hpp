@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <span>
 #include <string>
 
 #include "restart_file.hpp"
@@ -27,6 +28,9 @@ class RestartStream {
   /// The solution but for its flow variables and triplets, the whole file read once and found
   /// sound. Throws a Failure as `read_restart` does.
   [[nodiscard]] Restart begin();
+
+  /// One variable at all points; good until the next call. Needs `begin`.
+  [[nodiscard]] std::span<const float> read(mod_p3dgrid::integer variable);
 
   /// Writes the solution in another form, the flow variables by way of temporary files beside
   /// `path`. Needs `begin`.

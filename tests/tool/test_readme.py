@@ -25,7 +25,7 @@ class Commands(ToolTest):
         solution = sample_solution([block.extents for block in TWO_BLOCKS])
         self.write("wing.q", restart_bytes(RestartForm(double=True), solution))
         lines = "".join(fenced("sh")).splitlines()
-        self.assertEqual(len(lines), 7)
+        self.assertEqual(len(lines), 9)
         for line in lines:
             program, *arguments = shlex.split(line)
             self.assertEqual(program, "build/tools/p3dgrid")
@@ -46,7 +46,7 @@ class Commands(ToolTest):
 
     def test_every_option_is_described(self):
         text = (SOURCE / "README.md").read_text()
-        for command in ("sample", "info", "convert", "check", "restart", "tecplot"):
+        for command in ("sample", "info", "convert", "check", "restart", "tecplot", "plot"):
             for option in re.findall(r"^ +(--[a-z-]+)", self.succeed(command, "--help"),
                                      re.MULTILINE):
                 self.assertIn(f"`{option}`", text)

@@ -1,0 +1,363 @@
+"""p3dgrid plot: what is in the pictures, pixel by pixel where that says something."""
+
+import functools
+import math
+import pathlib
+import struct
+import zlib
+
+from restart_support import RestartForm, Solution, restart_bytes
+from support import Block, Form, ToolTest, main
+
+WHITE = (255, 255, 255)
+GREY = (0xb4, 0xb4, 0xb4)
+GAMMA = 1.4
+
+
+class Picture:
+    """A PNG file of 8-bit red, green and blue, as rows of pixels."""
+
+    def __init__(self, path):
+        content = pathlib.Path(path).read_bytes()
+        assert content[:8] == b"\x89PNG\r\n\x1a\n"
+        at, packed = 8, b""
+        while at < len(content):
+            length, kind = struct.unpack(">I4s", content[at:at + 8])
+            data = content[at + 8:at + 8 + length]
+            if kind == b"IHDR":
+                self.width, self.height, depth, colours = struct.unpack(">IIBB", data[:10])
+                assert (depth, colours) == (8, 2)
+            if kind == b"IDAT":
+                packed += data
+            at += 12 + length
+        self.packed = packed
+
+    @functools.cached_property
+    def rows(self):
+        raw = zlib.decompress(self.packed)
+        stride, rows, above = 3 * self.width, [], bytearray(3 * self.width)
+        for y in range(self.height):
+            start = y * (stride + 1)
+            kind, line = raw[start], bytearray(raw[start + 1:start + 1 + stride])
+            for n in range(stride):
+                left = line[n - 3] if n >= 3 else 0
+                corner = above[n - 3] if n >= 3 else 0
+                line[n] = (line[n] + self.predicted(kind, left, above[n], corner)) & 255
+            rows.append(line)
+            above = line
+        return rows
+
+    @staticmethod
+    def predicted(kind, left, up, corner):
+        if kind == 4:
+            estimate = left + up - corner
+            return min((abs(estimate - left), 0, left), (abs(estimate - up), 1, up),
+                       (abs(estimate - corner), 2, corner))[2]
+        return (0, left, up, (left + up) // 2)[kind]
+
+    def pixel(self, x, y):
+        return tuple(self.rows[y][3 * x:3 * x + 3])
+
+    def inner(self):
+        """Corners of what the frame around a flat view encloses: the frame's are the longest dark
+        lines."""
+        def dark(pixel):
+            return max(pixel) < 0x50
+        middle = self.height // 2
+        columns = [x for x in range(self.width) if dark(self.pixel(x, middle)) and
+                   dark(self.pixel(x, middle + 40)) and dark(self.pixel(x, middle - 40))]
+        left, right = columns[0], next(x for x in columns if x > columns[0] + 100)
+        across = (left + right) // 2
+        rows = [y for y in range(self.height) if all(
+            dark(self.pixel(x, y)) for x in range(left + 2, right - 2, 7))]
+        return left + 1, rows[0] + 1, right, rows[-1]
+
+    def share(self, across, up):
+        """The pixel at that share of the way across and up the frame."""
+        left, top, right, bottom = self.inner()
+        return self.pixel(round(left + across * (right - left)), round(bottom - up * (bottom - top)))
+
+
+def plane(columns=5, rows=5, iblank=None, at=lambda i, j: (i, j, 0)):
+    """One block of one plane, a unit apart."""
+    points = [at(i, j) for j in range(rows) for i in range(columns)]
+    return Block((columns, rows, 1), *zip(*points), iblank)
+
+
+def light(pixel):
+    red, green, blue = pixel
+    return 0.2126 * red + 0.7152 * green + 0.0722 * blue
+
+
+class PlotTest(ToolTest):
+    def write_flow(self, blocks, *variables, **form):
+        """A solution of one block, or of blocks that are alike."""
+        flow = [[list(v) for v in variables] for _ in blocks]
+        solution = Solution([block.extents for block in blocks], flow)
+        self.write("flow", restart_bytes(RestartForm(**form), solution))
+
+    def plot(self, *arguments):
+        """Draws a small picture; returns the line that says what is in it, and the picture."""
+        said = self.succeed("plot", *arguments, "--width", "600")
+        self.assert_no_leftovers()
+        out = next(str(word) for word in arguments if str(word).endswith(".png"))
+        line = said.splitlines()[-1]
+        self.assertTrue(line.startswith(out + ": "), line)
+        return line[len(out) + 2:], Picture(self.path(out))
+
+
+class Mesh(PlotTest):
+    def test_lines_where_points_are(self):
+        self.write_grid("grid", blocks=[plane(3, 3)])
+        said, picture = self.plot("grid", "out.png")
+        self.assertEqual(said, "mesh")
+        self.assertLessEqual(picture.width, 601)
+        left, top, right, bottom = picture.inner()
+        self.assertEqual(right - left, bottom - top)  # true proportions
+        middle_x, middle_y = (left + right) // 2, (top + bottom) // 2
+        self.assertTrue(any(picture.pixel(middle_x + x, middle_y + y) != WHITE
+                            for x in (-1, 0, 1) for y in (-1, 0, 1)))
+        for across, up in ((0.25, 0.25), (0.75, 0.25), (0.25, 0.75), (0.01, 0.5), (0.5, 0.99)):
+            self.assertEqual(picture.share(across, up), WHITE)
+
+    def test_true_proportions(self):
+        self.write_grid("grid", blocks=[plane(9, 3)])
+        left, top, right, bottom = self.plot("grid", "out.png")[1].inner()
+        padding = 2 * 0.8 * 600 / 62
+        self.assertAlmostEqual((right - left - padding) / (bottom - top - padding), 4, delta=0.15)
+
+    def test_blanked_points_are_left_out(self):
+        used = [1] * 25
+        used[0] = 0  # a corner
+        self.write_grid("grid", Form(iblank=True), [plane(iblank=used)])
+        first_line = (0.16, 0.05)  # between the first two points of the lowest line
+        last_line = (0.84, 0.05)
+        for options, drawn in (((), True), (("--grid-iblank", "yes"), False)):
+            with self.subTest(options=options):
+                picture = self.plot("grid", "out.png", *options)[1]
+                self.assertEqual(self.has_ink(picture, *first_line), drawn)
+                self.assertTrue(self.has_ink(picture, *last_line))
+
+    @staticmethod
+    def has_ink(picture, across, up):
+        left, top, right, bottom = picture.inner()
+        x = round(left + across * (right - left))
+        y = round(bottom - up * (bottom - top))
+        return any(picture.pixel(x, y + d) != WHITE for d in range(-12, 22) if y + d < bottom)
+
+    def test_planes_and_blocks(self):
+        solid = Block((3, 4, 2), *zip(*[(i, j, k) for k in range(2) for j in range(4)
+                                        for i in range(3)]))
+        self.write_grid("grid", blocks=[solid, plane()])
+        self.assertEqual(self.plot("grid", "a.png")[0], "mesh")
+        self.assertEqual(self.plot("grid", "b.png", "--plane", "k=1")[0], "mesh, plane k=1")
+        self.assertEqual(self.plot("grid", "c.png", "--plane", "i=last", "--block", "1")[0],
+                         "mesh, plane i=last, block 1")
+        said = self.run_tool("plot", "grid", "d.png", "--plane", "k=2")
+        self.assertEqual(said.returncode, 0)
+        self.assertIn("note: grid: 1 block of 2 without a surface k=2\n", said.stderr_text)
+        for wrong, says in ((("--plane", "k=3"), "there is no surface k=3"),
+                            (("--block", "3"), "holds 2 blocks; there is no --block 3"),
+                            (("--plane", "i=1", "--block", "2"), "there is no surface i=1")):
+            with self.subTest(wrong=wrong):
+                self.fail_with(2, "plot", "grid", "e.png", *wrong, says=says)
+                self.assertFalse(self.path("e.png").exists())
+                self.assert_no_leftovers()
+
+    def test_any_view(self):
+        self.write_grid("grid", blocks=[plane()])
+        for view in (("0", "0"), ("90", "0"), ("-60", "90"), ("200", "-35")):
+            with self.subTest(view=view):
+                self.plot("grid", "out.png", "--view", *view)
+
+    def test_odd_places(self):
+        """Grids that no scale fits, and what is not finite."""
+        nan, inf = math.nan, math.inf
+        flat = {
+            "far": lambda i, j: (i, j, 1e30), "far in plane": lambda i, j: (1e30 + i, j, 0),
+            "huge": lambda i, j: (1e38 * i / 5, -1e38 * j / 5, 0), "tiny": lambda i, j: (1e-40 * i, 1e-40 * j, 0),
+            "line": lambda i, j: (0, 0, i), "sliver": lambda i, j: (1000 * i, 1e-3 * j, 0),
+            "holes": lambda i, j: (nan if i == 0 else i, inf if j == 4 else j, 0),
+            "twisted": lambda i, j: (i * (-1) ** j, j, 0),
+        }
+        for name, at in flat.items():
+            with self.subTest(name=name):
+                self.write_grid("grid", blocks=[plane(at=at)])
+                self.plot("grid", "out.png")
+        for name, at, says in (("point", lambda i, j: (1, 2, 3), "at one place"),
+                               ("nothing", lambda i, j: (nan, 0, 0), "not finite")):
+            with self.subTest(name=name):
+                self.write_grid("grid", blocks=[plane(at=at)])
+                self.fail_with(1, "plot", "grid", "out.png", says=says)
+
+
+class Contour(PlotTest):
+    def test_colours_follow_the_values(self):
+        block = plane()
+        self.write_grid("grid", blocks=[block])
+        self.write_flow([block], block.xyz[0], *[[1] * 25] * 4)
+        said, picture = self.plot("grid", "flow", "out.png", "--variable", "1")
+        self.assertEqual(said, "variable 1, from 0 to 4")
+        row = [picture.share(x / 20, 0.5) for x in range(2, 19)]
+        lights = [light(pixel) for pixel in row]
+        self.assertEqual(lights, sorted(lights))
+        self.assertGreater(lights[-1] - lights[0], 100)
+        self.assertGreater(len(set(row)), 8)
+        # The same all the way up.
+        self.assertEqual(len({picture.share(0.53, y / 10) for y in range(2, 9)}), 1)
+
+    def test_no_number_is_grey_and_blanked_is_nothing(self):
+        used = [1] * 25
+        used[24] = 0  # upper right
+        block = plane(iblank=used)
+        self.write_grid("grid", Form(iblank=True), [block])
+        values = list(range(25))
+        values[0] = math.nan  # lower left
+        self.write_flow([block], values, *[[1] * 25] * 4)
+        said, picture = self.plot("grid", "flow", "out.png", "--grid-iblank", "yes",
+                                  "--variable", "rho")
+        self.assertEqual(said, "rho, from 1 to 23, infinite or no number in places")
+        self.assertEqual(picture.share(0.15, 0.15), GREY)
+        self.assertEqual(picture.share(0.85, 0.85), WHITE)
+        self.assertNotIn(picture.share(0.5, 0.5), (GREY, WHITE))
+
+    def test_derived_variables(self):
+        block = plane()
+        self.write_grid("grid", blocks=[block])
+        rho = [1 + 0.1 * n for n in range(25)]
+        momentum = [[0.3 * n for n in range(25)], [-0.1 * n for n in range(25)], [0.5] * 25]
+        energy = [20 + 0.5 * n * n for n in range(25)]
+        self.write_flow([block], rho, *momentum, energy)
+
+        def pressure(n, gamma):
+            square = sum(m[n] ** 2 for m in momentum)
+            return (gamma - 1) * (energy[n] - square / (2 * rho[n]))
+
+        def mach(n, gamma):
+            speed = math.sqrt(sum(m[n] ** 2 for m in momentum)) / rho[n]
+            return speed / math.sqrt(gamma * pressure(n, gamma) / rho[n])
+
+        expected = {"rho": lambda n, g: rho[n], "u": lambda n, g: momentum[0][n] / rho[n],
+                    "v": lambda n, g: momentum[1][n] / rho[n],
+                    "w": lambda n, g: momentum[2][n] / rho[n], "p": pressure, "mach": mach}
+        for name, formula in expected.items():
+            for gamma in (1.4, 1.25):
+                with self.subTest(variable=name, gamma=gamma):
+                    values = [formula(n, gamma) for n in range(25)]
+                    said = self.plot("grid", "flow", "out.png", "--variable", name, "--gamma",
+                                     gamma)[0]
+                    low, high = said.removeprefix(name + ", from ").split(" to ")
+                    self.assertAlmostEqual(float(low) / min(values, key=float), 1, delta=2e-4) \
+                        if min(values) else self.assertEqual(float(low), 0)
+                    self.assertAlmostEqual(float(high), max(values),
+                                           delta=2e-4 * abs(max(values)) + 1e-7)
+
+    def test_every_layout_shows_its_variables(self):
+        block = plane()
+        self.write_grid("grid", blocks=[block])
+        ones = [1] * 25
+        for layout in (1, 2, 3, 100, 101, 102):
+            for encoding, double in (("unformatted", False), ("binary", True), ("formatted", False)):
+                if layout == 100 and encoding == "unformatted":
+                    continue  # is read without triplets, and here it has them
+                form = {"layout": layout, "encoding": encoding, "double": double}
+                with self.subTest(**form):
+                    self.write_flow([block], ones, ones, ones, ones, range(25), **form)
+                    said = self.plot("grid", "flow", "out.png", "--variable", "5",
+                                     *RestartForm(**form).options())[0]
+                    self.assertEqual(said, "variable 5, from 0 to 24")
+
+    def test_every_block_has_its_own_values(self):
+        blocks = [plane(), plane(at=lambda i, j: (i + 10, j, 0))]
+        self.write_grid("grid", blocks=blocks)
+        ones = [1] * 25
+        flow = [[[n + 100 * b for n in range(25)], ones, ones, ones, ones] for b in range(2)]
+        self.write("flow", restart_bytes(
+            RestartForm(), Solution([block.extents for block in blocks], flow)))
+        for options, said in (((), "variable 1, from 0 to 124"),
+                              (("--block", "1"), "variable 1, block 1, from 0 to 24"),
+                              (("--block", "2"), "variable 1, block 2, from 100 to 124")):
+            self.assertEqual(self.plot("grid", "flow", "out.png", *options)[0], said)
+
+    def test_planes_are_cut_where_they_are(self):
+        extents = (3, 4, 5)
+        points = [(i, j, k) for k in range(5) for j in range(4) for i in range(3)]
+        block = Block(extents, *zip(*points))
+        self.write_grid("grid", blocks=[block])
+        ones = [1] * 60
+        self.write_flow([block], [100 * i + 10 * j + k for i, j, k in points], *[ones] * 4)
+        for option, said in (("i=2", "from 100 to 134"), ("j=last", "from 30 to 234"),
+                             ("k=3", "from 2 to 232"), ("k=5", "from 4 to 234")):
+            self.assertEqual(self.plot("grid", "flow", "out.png", "--plane", option)[0],
+                             f"variable 1, plane {option}, {said}")
+
+    def test_one_value_everywhere(self):
+        block = plane()
+        self.write_grid("grid", blocks=[block])
+        for value in (0, 0.7, -3e30):
+            self.write_flow([block], *[[value] * 25] * 5)
+            said, picture = self.plot("grid", "flow", "out.png")
+            self.assertEqual(said, f"variable 1, {value:.5g} everywhere")
+            self.assertEqual(len({picture.share(x / 10, 0.5) for x in range(2, 9)}), 1)
+
+
+class Refusals(PlotTest):
+    def setUp(self):
+        super().setUp()
+        self.block = plane()
+        self.write_grid("grid", blocks=[self.block])
+        self.write_flow([self.block], *[range(1, 26)] * 5)
+
+    def test_solution_is_not_taken_for_the_picture(self):
+        before = self.path("flow").read_bytes()
+        self.fail_with(2, "plot", "grid", "flow", says="must end in .png")
+        self.assertEqual(self.path("flow").read_bytes(), before)
+        self.write_grid("grid.png", blocks=[self.block])
+        self.fail_with(2, "plot", "grid.png", "grid.png", says="grid.png")
+
+    def test_wrong_usage(self):
+        for arguments, says in (
+                (("grid",), "OUT.png is required"),
+                (("grid", "out.png", "--variable", "p"), "--variable is about a restart file"),
+                (("grid", "out.png", "--layout", "3"), "--layout is about a restart file"),
+                (("grid", "flow", "out.png", "--variable", "q"), "rho, u, v, w, p, mach"),
+                (("grid", "flow", "out.png", "--variable", "0"), "rho, u, v, w, p, mach"),
+                (("grid", "flow", "out.png", "--variable", "6"), "--variable 1 to 5"),
+                (("grid", "out.png", "--plane", "l=1"), "k=1"),
+                (("grid", "out.png", "--plane", "k=0"), "k=1"),
+                (("grid", "out.png", "--block", "0"), "--block"),
+                (("grid", "out.png", "--width", "10"), "--width"),
+                (("grid", "out.png", "--gamma", "0.5"), "--gamma")):
+            with self.subTest(arguments=arguments):
+                self.fail_with(2, "plot", *arguments, says=says)
+                self.assertFalse(self.path("out.png").exists())
+
+    def test_names_belong_to_solution_files(self):
+        self.write_flow([self.block], *[range(1, 26)] * 3, layout=3)
+        self.fail_with(2, "plot", "grid", "flow", "out.png", "--layout", "3", "--variable", "p",
+                       says=("layout 2", "--variable 1 to 3"))
+
+    def test_other_grid(self):
+        self.write_grid("grid", blocks=[plane(4, 5)])
+        self.fail_with(1, "plot", "grid", "flow", "out.png", says="does not belong to")
+        self.assertFalse(self.path("out.png").exists())
+
+    def test_nothing_to_see(self):
+        self.write_flow([self.block], *[[math.nan] * 25] * 5)
+        self.fail_with(1, "plot", "grid", "flow", "out.png", says="no number")
+
+    def test_folder_that_takes_no_files(self):
+        self.path("closed").mkdir(mode=0o555)
+        with self.unprivileged() as options:
+            self.fail_with(2, "plot", self.path("grid"), "closed/out.png", says="closed/out.png",
+                           **options)
+
+    def test_odd_file_names(self):
+        for name in ("a" * 200, "b\n\x01c", "d\udcff\udcc3e", "\u00fc\u03b3\U0001d11e"):
+            self.path("grid").rename(self.path(name))
+            self.plot(name, "out.png")
+            self.path(name).rename(self.path("grid"))
+
+
+if __name__ == "__main__":
+    main()

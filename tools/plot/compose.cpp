@@ -1,0 +1,156 @@
+#include "plot/compose.hpp"
+
+#include <cstdio>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "agreement.hpp"
+#include "console.hpp"
+#include "failure.hpp"
+#include "grid_file.hpp"
+#include "plot/flow_values.hpp"
+#include "plot/levels.hpp"
+#include "plot/ticks.hpp"
+#include "plot/words.hpp"
+#include "table.hpp"
+
+namespace p3dgrid::plot {
+namespace {
+
+using mod_p3dgrid::integer;
+
+constexpr double default_azimuth = -60;
+constexpr double default_elevation = 25;
+
+void require_block(const Request& request, const Extents& extents) {
+  if (request.block <= extents.blocks()) return;
+  throw Failure(ExitStatus::unusable, request.grid_path + ": holds " +
+                                          counted(extents.blocks(), "block") +
+                                          "; there is no --block " + std::to_string(request.block));
+}
+
+std::vector<Surface> surfaces_wanted(const Request& request, const Extents& extents) {
+  std::vector<Surface> surfaces;
+  integer without = 0;
+  for (std::size_t block = 0; block < extents.i.size(); ++block) {
+    if (request.block != 0 && request.block != static_cast<integer>(block + 1)) continue;
+    if (!request.plane) {
+      for (auto& face : faces_of(extents, block)) surfaces.push_back(std::move(face));
+    } else if (auto plane = plane_of(extents, block, *request.plane)) {
+      surfaces.push_back(std::move(*plane));
+    } else {
+      ++without;
+    }
+  }
+  const std::string at = request.plane ? " " + describe(*request.plane) : "";
+  if (surfaces.empty()) {
+    throw Failure(ExitStatus::unusable, request.grid_path + ": there is no surface" + at +
+                                            " to show; 'p3dgrid info' shows the extents");
+  }
+  if (without > 0) {
+    print_note(request.grid_path + ": " + counted(without, "block") + " of " +
+               std::to_string(extents.blocks()) + " without a surface" + at);
+  }
+  return surfaces;
+}
+
+/// Takes from the grid what is shown of it; the grid itself is not kept.
+void take_surfaces(const Request& request, Picture& picture) {
+  const Grid grid = read_grid(request.grid_path, request.grid);
+  const Extents extents = extents_of(grid);
+  require_block(request, extents);
+  picture.surfaces = surfaces_wanted(request, extents);
+  for (Surface& surface : picture.surfaces) take_points(surface, grid);
+  if (request.shows_flow()) return;
+  picture.remarks.push_back(counted(extents.blocks(), "block") + ", " +
+                            counted(extents.points(), "point"));
+}
+
+FlowVariable read_values(const Request& request, std::vector<Surface>& surfaces) {
+  const auto extents =
+      extents_to_read_by(request.grid_path, request.grid, request.restart_path, request.restart);
+  const std::string first = "1";
+  return take_values(surfaces,
+                     {request.restart_path, request.restart, extents,
+                      request.variable.empty() ? first : request.variable, request.gamma});
+}
+
+/// The file's own name, as far as it can be drawn.
+std::string short_name(const std::string& path) {
+  return drawable(std::filesystem::path(path).filename().string());
+}
+
+/// ", plane k=1, block 2", or less.
+std::string place_of(const Request& request) {
+  std::string place;
+  if (request.plane) place += ", plane " + describe(*request.plane);
+  if (request.block != 0) place += ", block " + std::to_string(request.block);
+  return place;
+}
+
+/// As many digits as one reads off a picture.
+std::string rounded(double value) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.5g", value);
+  return text;
+}
+
+std::string range_of(const Levels& levels) {
+  const std::string smallest = rounded(levels.smallest);
+  const std::string largest = rounded(levels.largest);
+  return smallest == largest ? smallest + " everywhere" : "from " + smallest + " to " + largest;
+}
+
+void describe_values(const Request& request, const FlowVariable& variable, Picture& picture) {
+  const auto levels = levels_of(picture.surfaces);
+  if (!levels) {
+    throw Failure(ExitStatus::mismatch, request.restart_path + ": " + variable.name +
+                                            " is infinite or no number at all points to show");
+  }
+  const bool lacking = lacks_values(picture.surfaces);
+  picture.remarks.push_back(with_minus_sign(range_of(*levels)));
+  if (variable.by_gamma) picture.remarks.push_back("\u03b3 = " + digits(request.gamma));
+  if (lacking) picture.remarks.emplace_back("grey: infinite or no number");
+  picture.summary = variable.name + place_of(request) + ", " + range_of(*levels) +
+                    (lacking ? ", infinite or no number in places" : "");
+}
+
+Box box_to_show(const Request& request, const std::vector<Surface>& surfaces) {
+  const auto box = box_of(surfaces);
+  if (box && box->diagonal() > 0) return *box;
+  throw Failure(ExitStatus::mismatch,
+                request.grid_path + (box ? ": all points to show are at one place"
+                                         : ": all points to show are blanked or not finite"));
+}
+
+View view_of(const Request& request, const Picture& picture) {
+  if (!request.view.empty()) return view_from(request.view[0], request.view[1]);
+  const auto flat = flat_view_of(picture.surfaces, picture.box);
+  return flat ? *flat : view_from(default_azimuth, default_elevation);
+}
+
+}  // namespace
+
+Picture compose(const Request& request) {
+  Picture picture;
+  picture.width = request.width;
+  take_surfaces(request, picture);
+  picture.box = box_to_show(request, picture.surfaces);
+  picture.view = view_of(request, picture);
+  if (!request.shows_flow()) {
+    picture.title = "Grid " + short_name(request.grid_path) + place_of(request);
+    picture.summary = "mesh" + place_of(request);
+    return picture;
+  }
+  const FlowVariable variable = read_values(request, picture.surfaces);
+  picture.title = variable.title + place_of(request);
+  picture.bar_label = variable.label;
+  picture.remarks.push_back(short_name(request.restart_path) + " on " +
+                            short_name(request.grid_path));
+  describe_values(request, variable, picture);
+  return picture;
+}
+
+}  // namespace p3dgrid::plot

@@ -1,0 +1,98 @@
+#include "plot/surface.hpp"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+
+namespace p3dgrid::plot {
+namespace {
+
+constexpr const char* last_word = "last";
+constexpr const char* direction_names = "ijk";
+
+std::array<std::int64_t, 3> counts_of(const Extents& extents, std::size_t block) {
+  return {extents.i[block], extents.j[block], extents.k[block]};
+}
+
+std::int64_t points_before(const Extents& extents, std::size_t block) {
+  std::int64_t sum = 0;
+  for (std::size_t b = 0; b < block; ++b) sum += extents.points_of(b);
+  return sum;
+}
+
+}  // namespace
+
+std::optional<GridPlane> plane_in(const std::string& text) {
+  const std::string names = direction_names;
+  if (text.size() < 3 || text[1] != '=') return std::nullopt;
+  GridPlane plane{names.find(text[0]), 0};
+  if (plane.direction == std::string::npos) return std::nullopt;
+  const std::string index = text.substr(2);
+  if (index == last_word) return plane;
+  const auto [end, error] = std::from_chars(index.data(), index.data() + index.size(), plane.index);
+  if (error != std::errc() || end != index.data() + index.size() || plane.index < 1) {
+    return std::nullopt;
+  }
+  return plane;
+}
+
+std::string describe(const GridPlane& plane) {
+  return std::string(1, direction_names[plane.direction]) + "=" +
+         (plane.index == 0 ? last_word : std::to_string(plane.index));
+}
+
+bool Surface::has_cell(std::size_t column, std::size_t row) const {
+  if (column + 1 >= columns || row + 1 >= rows) return false;
+  const std::size_t corner = at(column, row);
+  return absent[corner] == 0 && absent[corner + 1] == 0 && absent[corner + columns] == 0 &&
+         absent[corner + columns + 1] == 0;
+}
+
+std::optional<Surface> plane_of(const Extents& extents, std::size_t block, GridPlane plane) {
+  const auto counts = counts_of(extents, block);
+  const std::array<std::int64_t, 3> steps = {1, counts[0], counts[0] * counts[1]};
+  const std::size_t fixed = plane.direction;
+  const std::int64_t index = plane.index == 0 ? counts[fixed] : plane.index;
+  const std::size_t along = fixed == 0 ? 1 : 0;
+  const std::size_t across = fixed == 2 ? 1 : 2;
+  if (index > counts[fixed] || counts[along] < 2 || counts[across] < 2) return std::nullopt;
+  Surface surface;
+  surface.block = block;
+  surface.columns = static_cast<std::size_t>(counts[along]);
+  surface.rows = static_cast<std::size_t>(counts[across]);
+  surface.first = points_before(extents, block) + (index - 1) * steps[fixed];
+  surface.column_step = steps[along];
+  surface.row_step = steps[across];
+  return surface;
+}
+
+std::vector<Surface> faces_of(const Extents& extents, std::size_t block) {
+  std::vector<Surface> faces;
+  const auto counts = counts_of(extents, block);
+  for (std::size_t direction = 0; direction < 3; ++direction) {
+    const auto add = [&](mod_p3dgrid::integer index) {
+      auto face = plane_of(extents, block, {direction, index});
+      if (face) faces.push_back(std::move(*face));
+    };
+    add(1);
+    if (counts[direction] > 1) add(0);
+  }
+  return faces;
+}
+
+void take_points(Surface& surface, const Grid& grid) {
+  const float* xyz = grid.xyz.data();
+  const mod_p3dgrid::integer* blanking = grid.iblank.data();
+  surface.points.reserve(surface.columns * surface.rows);
+  surface.absent.reserve(surface.columns * surface.rows);
+  surface.for_each_point([&](std::int64_t number) {
+    const float* place = xyz + 3 * number;
+    surface.points.push_back({place[0], place[1], place[2]});
+    const bool finite =
+        std::all_of(place, place + 3, [](float value) { return std::isfinite(value); });
+    const bool blanked = blanking != nullptr && blanking[number] == 0;
+    surface.absent.push_back(blanked || !finite ? 1 : 0);
+  });
+}
+
+}  // namespace p3dgrid::plot
