@@ -16,6 +16,12 @@ constexpr double lift_per_width = 1.0;
 
 }  // namespace
 
+/// The pixels of 0 to `count` - 1 whose middles lie between two places.
+Raster::Rows Raster::pixels_between(double low, double high, int count) {
+  return {static_cast<int>(std::clamp<double>(std::ceil(low - 0.5), 0, count)),
+          static_cast<int>(std::clamp<double>(std::floor(high - 0.5), -1, count - 1))};
+}
+
 Raster::Raster(int width, int height)
     : width_(fineness * width),
       height_(fineness * height),
@@ -60,12 +66,10 @@ double Raster::Plane::weighed(const double (&of_corners)[3], int x, int y) const
 
 Raster::Rows Raster::rows_of(const Vertex& a, const Vertex& b, const Vertex& c) const {
   const auto [low, high] = std::minmax({a.y, b.y, c.y});
-  return {std::max(0, static_cast<int>(std::ceil(low - 0.5 - overlap))),
-          std::min(height_ - 1, static_cast<int>(std::floor(high - 0.5 + overlap)))};
+  return pixels_between(low - overlap, high + overlap, height_);
 }
 
 void Raster::dot(int x, int y, double depth, Colour colour) {
-  if (x < 0 || y < 0 || x >= width_ || y >= height_) return;
   const std::size_t pixel = at(x, y);
   const auto lifted = static_cast<float>(depth);
   if (lifted <= depths_[pixel]) return;
@@ -87,14 +91,15 @@ void Raster::line(const Vertex& from, const Vertex& to, double line_width, Colou
   const double rise = length > 0 ? (end.depth - start.depth) / length : 0;
   const double half = line_width / 2 * std::hypot(1, slope);
   // Half the width beyond both ends, so that lines meet.
-  const int first = static_cast<int>(std::ceil(along(start) - line_width / 2 - 0.5));
-  const int last = static_cast<int>(std::floor(along(end) + line_width / 2 - 0.5));
+  const auto [first, last] = pixels_between(along(start) - line_width / 2,
+                                            along(end) + line_width / 2, steep ? height_ : width_);
   for (int step = first; step <= last; ++step) {
     const double done = std::clamp(step + 0.5 - along(start), 0.0, length);
     const double middle = across(start) + slope * done;
     const double depth = start.depth + rise * done + lift;
-    const int low = static_cast<int>(std::ceil(middle - half - 0.5));
-    const int high = static_cast<int>(std::ceil(middle + half - 0.5)) - 1;
+    // A middle on the far limit is not across: the number of pixels depends on the width alone.
+    const auto [low, high] =
+        pixels_between(middle - half, middle + half - overlap, steep ? width_ : height_);
     for (int side = low; side <= high; ++side) {
       steep ? dot(side, step, depth, colour) : dot(step, side, depth, colour);
     }

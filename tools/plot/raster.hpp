@@ -83,6 +83,7 @@ class Raster {
     double values[3]{};
   };
 
+  [[nodiscard]] static Rows pixels_between(double low, double high, int count);
   [[nodiscard]] Rows rows_of(const Vertex& a, const Vertex& b, const Vertex& c) const;
   [[nodiscard]] std::size_t at(int x, int y) const {
     return static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) +
