@@ -1,9 +1,14 @@
 #include "console.hpp"
 
+#include <sys/ioctl.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstdio>
+#include <mutex>
 #include <string>
 #include <system_error>
+#include <utility>
 
 #include "failure.hpp"
 
@@ -12,6 +17,10 @@ namespace {
 
 bool quiet_wanted = false;
 int first_output_error = 0;
+
+constexpr const char* erase_line = "\r\x1b[K";
+std::mutex printing;
+bool status_shown = false;
 
 void remember_output_error() {
   if (first_output_error == 0) first_output_error = errno != 0 ? errno : EIO;
@@ -23,13 +32,28 @@ void write_line(std::FILE* stream, const std::string& line) {
   if (!written && stream == stdout) remember_output_error();
 }
 
+void erase_status() {
+  if (!std::exchange(status_shown, false)) return;
+  write_line(stderr, erase_line);
+}
+
 void flush_output() {
   errno = 0;
   if (std::fflush(stdout) != 0) remember_output_error();
 }
 
+// A line that wraps could not be written over.
+std::string fitted_to_terminal(const std::string& line) {
+  constexpr std::size_t usual_columns = 80;
+  struct winsize size {};
+  const bool known = ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 1;
+  return line.substr(0, (known ? size.ws_col : usual_columns) - 1);
+}
+
 // Standard output is emptied first, so that in a shared log both streams keep their order.
 void print_error_line(std::string_view prefix, std::string_view text) {
+  const std::lock_guard lock(printing);
+  erase_status();
   flush_output();
   write_line(stderr, std::string(prefix).append(text).append("\n"));
 }
@@ -41,6 +65,8 @@ void set_quiet(bool quiet) {
 }
 
 void print_line(std::string_view line) {
+  const std::lock_guard lock(printing);
+  erase_status();
   write_line(stdout, std::string(line).append("\n"));
 }
 
@@ -54,6 +80,15 @@ void print_note(std::string_view text) {
 
 void print_failure(std::string_view text) {
   print_error_line("p3dgrid: ", text);
+}
+
+void show_status(const std::string& line) {
+  const std::lock_guard lock(printing);
+  flush_output();
+  erase_status();
+  if (line.empty()) return;
+  write_line(stderr, fitted_to_terminal(line));
+  status_shown = true;
 }
 
 void finish_output() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 
 namespace p3dgrid {
@@ -18,6 +19,10 @@ void print_note(std::string_view text);
 
 /// Why the command failed, on standard error.
 void print_failure(std::string_view text);
+
+/// A line on standard error that is written over by the next one, and gone before anything else is
+/// printed; empty for none. Other threads may call this.
+void show_status(const std::string& line);
 
 /// Writes out what standard output still holds. Throws a Failure if any of it was lost since the
 /// start, so that a full disk or a closed pipe does not look like success.

@@ -7,6 +7,7 @@
 #include "failure.hpp"
 #include "form_guess.hpp"
 #include "paths.hpp"
+#include "progress.hpp"
 
 namespace p3dgrid {
 namespace {
@@ -97,6 +98,11 @@ Extents extents_of(const Grid& grid) {
 }
 
 void write_grid(const std::string& path, const GridForm& form, const Grid& grid) {
+  const std::int64_t coordinates = holds_doubles(form.encoding, form.precision) ? 24 : 12;
+  const std::int64_t blanking = form.iblank ? 4 : 0;
+  // How long text becomes shows only when it is there.
+  const bool known = form.encoding != Encoding::formatted;
+  expect_output(known ? grid.points() * (coordinates + blanking) : 0);
   mod_p3dgrid::writep3dgrid(name_for(path), static_cast<integer>(form.encoding),
                             precision_flag(form), grid.blocks, grid.ndim, grid.xyz, grid.idim,
                             grid.jdim, grid.kdim, grid.iblank, form.iblank, form.multiblock);

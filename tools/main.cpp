@@ -1,6 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <array>
 #include <new>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -9,6 +10,7 @@
 #include "console.hpp"
 #include "failure.hpp"
 #include "process.hpp"
+#include "progress.hpp"
 
 namespace p3dgrid {
 namespace {
@@ -20,6 +22,13 @@ constexpr std::array commands = {add_sample,  add_info,    add_convert, add_chec
 struct Request {
   std::function<void()> run;
   std::string text;
+  bool progress = true;
+};
+
+/// Options that every command has.
+struct CommonOptions {
+  bool quiet = false;
+  bool no_progress = false;
 };
 
 std::string without_last_line_end(std::string text) {
@@ -27,14 +36,16 @@ std::string without_last_line_end(std::string text) {
   return text;
 }
 
-void add_quiet(CLI::App& line, bool& quiet) {
-  line.add_flag("--quiet", quiet, "Leave out progress lines and notes");
+void add_common_options(CLI::App& line, CommonOptions& options) {
+  line.add_flag("--quiet", options.quiet, "Leave out progress lines and notes");
+  line.add_flag("--no-progress", options.no_progress,
+                "Do not show on a terminal how far long reading and writing is");
 }
 
-void describe_program(CLI::App& program, bool& quiet) {
+void describe_program(CLI::App& program, CommonOptions& options) {
   program.name("p3dgrid");
   program.set_version_flag("--version", "p3dgrid " P3DGRID_VERSION, "Print the version and exit");
-  add_quiet(program, quiet);
+  add_common_options(program, options);
   program.require_subcommand(0, 1);  // none at all is told apart from one that does not exist
   program.footer(
       "Exit status: 0 done, 1 a file is damaged or not what it was said to be,\n"
@@ -59,12 +70,12 @@ Failure usage_failure(const CLI::App& program, const CLI::ParseError& error) {
 
 Request read_command_line(int argc, const char* const* argv) {
   CLI::App program("Reads, describes and converts PLOT3D multi-block grids and flow solutions");
-  bool quiet = false;
-  describe_program(program, quiet);
+  CommonOptions options;
+  describe_program(program, options);
   std::vector<Command> added;
   for (const auto add : commands) {
     added.push_back(add(program));
-    add_quiet(*added.back().line, quiet);
+    add_common_options(*added.back().line, options);
   }
   try {
     program.parse(argc, argv);
@@ -74,9 +85,10 @@ Request read_command_line(int argc, const char* const* argv) {
     program.exit(error, text, text);
     return {nullptr, without_last_line_end(text.str())};
   }
-  set_quiet(quiet);
+  set_quiet(options.quiet);
+  const bool progress = !options.quiet && !options.no_progress;
   for (const Command& command : added) {
-    if (command.line->parsed()) return {command.run, ""};
+    if (command.line->parsed()) return {command.run, "", progress};
   }
   throw Failure(ExitStatus::unusable, "no command; 'p3dgrid --help' shows them");
 }
@@ -88,6 +100,8 @@ void run(int argc, const char* const* argv) {
     return;
   }
   connect_library();
+  std::optional<Progress> progress;
+  if (request.progress && Progress::has_reader()) progress.emplace();
   request.run();
 }
 

@@ -74,8 +74,8 @@ const char* kind_of(const struct stat& status) {
 std::string temporary_name() {
   std::random_device random;
   std::array<char, 48> name{};
-  std::snprintf(name.data(), name.size(), ".p3dgrid-%ld-%08x.tmp", static_cast<long>(::getpid()),
-                random());
+  std::snprintf(name.data(), name.size(), "%s%ld-%08x.tmp", temporary_prefix,
+                static_cast<long>(::getpid()), random());
   return name.data();
 }
 

@@ -9,6 +9,9 @@
 
 namespace p3dgrid {
 
+/// What the names of temporary files begin with.
+inline constexpr const char* temporary_prefix = ".p3dgrid-";
+
 /// A file that comes into being whole or not at all.
 ///
 /// It is written under a temporary name in the folder of its final one, `.p3dgrid-...tmp`, and

@@ -7,6 +7,7 @@
 #include "console.hpp"
 #include "failure.hpp"
 #include "paths.hpp"
+#include "progress.hpp"
 #include "restart_guess.hpp"
 #include "restart_plan.hpp"
 #include "restart_steps.hpp"
@@ -278,6 +279,11 @@ Restart read_restart(const std::string& path, const RestartForm& form,
 }
 
 void write_restart(const std::string& path, const RestartForm& form, const Restart& restart) {
+  const std::int64_t real = holds_doubles(form.encoding, form.precision) ? 8 : 4;
+  const std::int64_t variables = restart.variables() + (holds_triplets(form.layout) ? triplet : 0);
+  // How long text becomes shows only when it is there.
+  const bool known = form.encoding != Encoding::formatted;
+  expect_output(known ? restart.extents.points() * variables * real : 0);
   set_run_data(restart, form.layout);
   fill_section_table(sections_in_blocks(restart, form.layout), form.layout, restart.variables());
   mod_p3dgrid::writep3drestart(name_for(path), static_cast<integer>(form.encoding),

@@ -1,0 +1,82 @@
+"""The line on standard error that says how far long work is."""
+
+import os
+import pty
+import re
+import select
+import signal
+import subprocess
+import time
+
+from support import ToolTest, main
+
+POINTS = 1_500_000
+LINE = re.compile(r"reading grid: [0-9.]+ [kM]?B of [0-9.]+ MB \(\d{1,2}%\)")
+
+
+class ProgressTest(ToolTest):
+    def setUp(self):
+        super().setUp()
+        with open(self.path("grid"), "w") as grid:
+            grid.write(f"1\n{POINTS} 1 1\n")
+            for start in range(0, 3 * POINTS, 1000):
+                grid.write(" ".join(f"{n / 7:.7f}" for n in range(start, start + 1000)) + "\n")
+
+    def run_slowly(self, stderr, *more):
+        """The command, held up for as long as it takes to be taken for long work."""
+        process = self.start("info", "grid", "--grid-format", "formatted", "--grid-multiblock",
+                             "yes", *more, stderr=stderr, stdout=subprocess.DEVNULL)
+        time.sleep(0.1)
+        process.send_signal(signal.SIGSTOP)
+        time.sleep(1.2)
+        process.send_signal(signal.SIGCONT)
+        return process
+
+    def on_terminal(self, *more):
+        """What a terminal gets to see on standard error."""
+        terminal, stderr = pty.openpty()
+        process = self.run_slowly(stderr, *more)
+        os.close(stderr)
+        seen = b""
+        while True:
+            ready = select.select([terminal], [], [], 60)[0]
+            self.assertTrue(ready, "the command does not end")
+            try:
+                piece = os.read(terminal, 65536)
+            except OSError:  # the other end is closed
+                break
+            if not piece:
+                break
+            seen += piece
+        os.close(terminal)
+        self.assertEqual(process.wait(timeout=60), 0)
+        return seen.decode()
+
+    def test_terminal_sees_it_and_finds_it_gone(self):
+        seen = self.on_terminal()
+        self.assertRegex(seen, LINE)
+        self.assertRegex(seen, r"MB/s, \d+ s left")
+        self.assertNotIn("\n", seen)
+        self.assertTrue(seen.endswith("\r\x1b[K"), seen[-80:])
+
+    def test_nothing_where_it_is_not_wanted(self):
+        self.assertEqual(self.on_terminal("--no-progress"), "")
+        self.assertEqual(self.on_terminal("--quiet"), "")
+
+    def test_nothing_without_a_terminal(self):
+        process = self.run_slowly(subprocess.PIPE)
+        self.assertEqual(process.communicate(timeout=60)[1], "")
+        self.assertEqual(process.returncode, 0)
+
+    def test_nothing_for_short_work(self):
+        self.write_grid("grid")
+        terminal, stderr = pty.openpty()
+        self.succeed("info", "grid", stderr=stderr)
+        os.close(stderr)
+        with self.assertRaises(OSError):
+            os.read(terminal, 1)
+        os.close(terminal)
+
+
+if __name__ == "__main__":
+    main()
