@@ -14,25 +14,41 @@ REPETITIONS ?= 5
 DATA ?= $(BENCH)/data
 RESULTS ?= $(BENCH)/results.json
 
-.PHONY: help demo test bench clean
+PREFIX ?= /usr/local
+DESTDIR ?=
+CONFIGURE = cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo
+
+.PHONY: help build demo install package test bench clean
 
 help:
 	@echo "make demo   build the command p3dgrid and run it on a sample case, in $(DEMO)/"
 	@echo "make test   build everything and run all tests"
+	@echo "make install [PREFIX=$(PREFIX)] [DESTDIR=]"
+	@echo "            build command and library and install them"
+	@echo "make package"
+	@echo "            build a Debian package, in $(BUILD)/"
 	@echo "make bench  measure speed and memory beside plain Fortran; POINTS=8M, ONLY=NAMES with * and ?,"
 	@echo "            REPETITIONS=5, DATA=FOLDER for the files, RESULTS=FILE for JSON"
 	@echo "make clean  remove $(BUILD)/, $(BENCH)/ and $(DEMO)/"
-	@echo "demo, test and bench first install the Debian packages that are missing"
+	@echo "each of them first installs the Debian packages that are missing"
 
-demo:
+build:
 	scripts/install-packages build
-	cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DBUILD_TESTING=OFF $(CMAKE_FLAGS)
-	cmake --build $(BUILD) --parallel $(JOBS) --target p3dgrid
+	$(CONFIGURE) -DBUILD_TESTING=OFF -DCMAKE_INSTALL_PREFIX=$(PREFIX) $(CMAKE_FLAGS)
+	cmake --build $(BUILD) --parallel $(JOBS)
+
+install: build
+	DESTDIR=$(DESTDIR) cmake --install $(BUILD)
+
+package: build
+	cd $(BUILD) && cpack
+
+demo: build
 	scripts/demo $(BUILD)/tools/p3dgrid $(DEMO)
 
 test:
 	scripts/install-packages test
-	cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DBUILD_TESTING=ON $(CMAKE_FLAGS)
+	$(CONFIGURE) -DBUILD_TESTING=ON $(CMAKE_FLAGS)
 	cmake --build $(BUILD) --parallel $(JOBS)
 	cd $(BUILD) && ctest --output-on-failure --parallel $(JOBS)
 

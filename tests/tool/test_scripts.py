@@ -58,15 +58,16 @@ class InstallPackages(ToolTest):
         return self.path("calls").read_text().splitlines() if self.path("calls").exists() else []
 
     def test_nothing_missing_nothing_done(self):
-        self.debian(["g++", "cmake", "make", "pkg-config", "libcli11-dev", "libcairo2-dev"])
+        self.debian(["g++", "cmake", "make", "pkg-config", "libcli11-dev", "libcairo2-dev",
+                     "dpkg-dev"])
         self.assertEqual(self.install("build"), "")
         self.assertEqual(self.calls(), [])
 
     def test_what_is_missing_is_installed(self):
         self.debian(["g++", "make", "pkg-config"])
-        self.assertIn("Missing packages: cmake libcli11-dev libcairo2-dev\n", self.install("build"))
+        self.assertIn("Missing packages: cmake libcli11-dev libcairo2-dev dpkg-dev\n", self.install("build"))
         self.assertEqual(self.calls(), [
-            "update", "install --yes --no-install-recommends cmake libcli11-dev libcairo2-dev"])
+            "update", "install --yes --no-install-recommends cmake libcli11-dev libcairo2-dev dpkg-dev"])
 
     def test_tests_need_more_and_ci_yet_more(self):
         self.debian(["g++", "cmake", "make", "pkg-config", "libcli11-dev"])

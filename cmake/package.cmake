@@ -1,0 +1,17 @@
+# A Debian package of command, library and documents: run cpack in the build folder.
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME p3dgrid)
+set(CPACK_PACKAGE_VENDOR "mod_p3dgrid developers")
+set(CPACK_PACKAGE_CONTACT "mod_p3dgrid developers <developers>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "PLOT3D grids and flow solutions: convert, check, draw")
+set(CPACK_PACKAGE_DESCRIPTION
+    "Command and C++ library that read and write multi-block structured grids in the PLOT3D layout
+and the restart files (flow solutions) that belong to them.")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SECTION science)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+# Text in the pictures needs some font.
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS fonts-dejavu-core)
+include(CPack)
