@@ -300,6 +300,13 @@ class Contour(PlotTest):
             self.assertEqual(said, f"variable 1, {value:.5g} everywhere")
             self.assertEqual(len({picture.share(x / 10, 0.5) for x in range(2, 9)}), 1)
 
+    def test_values_that_hardly_differ(self):
+        block = plane()
+        self.write_grid("grid", blocks=[block])
+        self.write_flow([block], *[[1 + n / 2**19 for n in range(25)]] * 5)
+        self.assertEqual(self.plot("grid", "flow", "out.png")[0],
+                         "variable 1, from 1 to 1.00005")
+
 
 class Refusals(PlotTest):
     def setUp(self):

@@ -90,17 +90,23 @@ std::string place_of(const Request& request) {
   return place;
 }
 
-/// As many digits as one reads off a picture.
-std::string rounded(double value) {
+std::string rounded(double value, int digits) {
   char text[32];
-  std::snprintf(text, sizeof text, "%.5g", value);
+  std::snprintf(text, sizeof text, "%.*g", digits, value);
   return text;
 }
 
+/// As many digits as one reads off a picture, or as tell the two ends apart.
 std::string range_of(const Levels& levels) {
-  const std::string smallest = rounded(levels.smallest);
-  const std::string largest = rounded(levels.largest);
-  return smallest == largest ? smallest + " everywhere" : "from " + smallest + " to " + largest;
+  constexpr int usual_digits = 5;
+  constexpr int single_precision_digits = 9;
+  if (levels.colours.size() == 1) return rounded(levels.smallest, usual_digits) + " everywhere";
+  int digits = usual_digits;
+  while (rounded(levels.smallest, digits) == rounded(levels.largest, digits) &&
+         digits < single_precision_digits) {
+    ++digits;
+  }
+  return "from " + rounded(levels.smallest, digits) + " to " + rounded(levels.largest, digits);
 }
 
 void describe_values(const Request& request, const FlowVariable& variable, Picture& picture) {
