@@ -108,10 +108,6 @@ void Connection::write_points(const WriteList& list, std::int64_t points) {
   recordio::write_points(output_or_end_run(), list, points);
 }
 
-void Connection::flush() {
-  output_or_end_run().flush();
-}
-
 void Connection::close() {
   if (auto* const file = std::get_if<OutputFile>(&file_)) file->close();
 }

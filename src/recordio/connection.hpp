@@ -53,9 +53,6 @@ class Connection {
   void write_points(const WriteList& list, std::int64_t points);
   /// @}
 
-  /// Hands everything written to the system.
-  void flush();
-
   /// Flushes and closes; needed by a connection that writes.
   void close();
 

@@ -161,10 +161,6 @@ void Unit::close() const {
   p3dcloseunit(number_);
 }
 
-void Unit::flush() const {
-  if (known()) connection_to_write().flush();
-}
-
 std::string Unit::close_and_delete() const {
   const std::unique_ptr<Connection> connection = disconnect(number_);
   if (connection == nullptr) return {};

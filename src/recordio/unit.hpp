@@ -46,8 +46,6 @@ class Unit {
 
   /// Flushes and disconnects the file; harmless without one.
   void close() const;
-  /// Hands what has been written to the system; a failing write is an error of the run.
-  void flush() const;
   /// Disconnects the file and deletes it. Returns why it could not be deleted; empty if it is gone.
   [[nodiscard]] std::string close_and_delete() const;
 

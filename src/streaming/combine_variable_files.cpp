@@ -262,12 +262,10 @@ void combinep3dvarfiles(array_view<const float, 2> leadvalues, const FileName& f
       mod_gridvars::dispfilereaderror();
       return fail_if(reason);
     }
-    // A disk that is full shows while the temporary data are still there.
-    output.flush();
   }
-  const std::string reason = files.close_and_delete();
+  // Some file systems tell only now that they are full. The temporary data are still there then.
   output.close();
-  fail_if(reason);
+  fail_if(files.close_and_delete());
 }
 
 }  // namespace mod_p3dgrid
