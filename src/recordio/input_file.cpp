@@ -63,14 +63,24 @@ InputFile::~InputFile() {
   if (nowhere_ != not_open) ::close(nowhere_);
 }
 
-std::size_t InputFile::read_some(void* destination, std::size_t bytes) {
+/// What a read at byte `at` returns in the end, however often it is interrupted. Throws `ReadError`
+/// if it fails.
+template <class Read>
+std::size_t InputFile::completed(std::int64_t at, Read read) {
   ssize_t got;
   do {
-    got = ::read(descriptor_, destination, bytes);
+    got = read();
   } while (got < 0 && errno == EINTR);
-  if (got < 0) unreadable(file_offset_);
-  file_offset_ += got;
-  return static_cast<std::size_t>(got);
+  if (got >= 0) return static_cast<std::size_t>(got);
+  const int error = errno;
+  throw ReadError{error, at, std::generic_category().message(error), "the file to be readable"};
+}
+
+std::size_t InputFile::read_some(void* destination, std::size_t bytes) {
+  const std::size_t got =
+      completed(file_offset_, [&] { return ::read(descriptor_, destination, bytes); });
+  file_offset_ += static_cast<std::int64_t>(got);
+  return got;
 }
 
 bool InputFile::more() {
@@ -150,13 +160,12 @@ bool InputFile::lies_ahead(std::int64_t bytes) const {
 void InputFile::read_ahead(std::int64_t distance, void* destination, std::int64_t bytes) {
   char* to = static_cast<char*>(destination);
   for (std::int64_t at = offset() + distance; bytes > 0;) {
-    const ssize_t got = ::pread(descriptor_, to, static_cast<std::size_t>(bytes), at);
-    if (got < 0 && errno == EINTR) continue;
-    if (got < 0) unreadable(at);
+    const std::size_t got = completed(
+        at, [&] { return ::pread(descriptor_, to, static_cast<std::size_t>(bytes), at); });
     if (got == 0) ends_before(bytes, at);
     to += got;
-    at += got;
-    bytes -= got;
+    at += static_cast<std::int64_t>(got);
+    bytes -= static_cast<std::int64_t>(got);
   }
 }
 
@@ -172,9 +181,12 @@ std::int64_t InputFile::count_values_ahead() const {
   const auto piece = std::make_unique_for_overwrite<char[]>(piece_size);
   std::int64_t values = 1;
   std::int64_t count = 0;
-  ssize_t got = 0;
-  for (std::int64_t at = offset(); (got = ::pread(descriptor_, piece.get(), piece_size, at)) > 0;
-       at += got) {
+  const auto next_piece = [&](std::int64_t at) {
+    return completed(at, [&] { return ::pread(descriptor_, piece.get(), piece_size, at); });
+  };
+  std::int64_t at = offset();
+  while (const std::size_t got = next_piece(at)) {
+    at += static_cast<std::int64_t>(got);
     for (const char* c = piece.get(); c != piece.get() + got; ++c) {
       const bool digit = *c >= '0' && *c <= '9';
       if (*c == '*') values += count;
@@ -188,10 +200,6 @@ std::int64_t InputFile::count_values_ahead() const {
 void InputFile::ends_before(std::int64_t missing, std::int64_t at) {
   throw ReadError{status_end_of_file, at, "the end of the file",
                   std::to_string(missing) + " more bytes"};
-}
-
-void InputFile::unreadable(std::int64_t at) {
-  throw ReadError{errno, at, std::generic_category().message(errno), "the file to be readable"};
 }
 
 }  // namespace mod_p3dgrid::recordio

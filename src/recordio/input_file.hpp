@@ -44,7 +44,7 @@ class InputFile {
   [[nodiscard]] std::optional<std::int64_t> remaining() const;
 
   /// Number of values that a list-directed reader can find in the rest of the file at most, damage
-  /// aside. Looks at all of it, and leaves the place where reading stands.
+  /// aside. Looks at all of it, and leaves the place where reading stands. Throws `ReadError`.
   [[nodiscard]] std::int64_t count_values_ahead() const;
 
   /// @name The bytes at hand
@@ -62,10 +62,11 @@ class InputFile {
   /// @}
 
  private:
+  template <class Read>
+  [[nodiscard]] static std::size_t completed(std::int64_t at, Read read);
   std::size_t read_some(void* destination, std::size_t bytes);
   [[nodiscard]] std::int64_t read_to_nowhere(std::int64_t bytes);
   [[noreturn]] static void ends_before(std::int64_t missing, std::int64_t at);
-  [[noreturn]] static void unreadable(std::int64_t at);
 
   std::string path_;
   std::unique_ptr<char[]> buffer_;

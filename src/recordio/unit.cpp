@@ -171,12 +171,11 @@ std::string Unit::close_and_delete() const {
 
 bool Unit::can_hold(std::int64_t values, FileKind kind, Claim claim,
                     const std::string& announced) const {
-  const Connection* const connection = connected(number_);
-  if (!known() || connection == nullptr || connection->can_hold(values, kind, claim)) {
-    return true;
-  }
-  fail("a file far too short for that", announced);
-  return false;
+  bool enough = true;
+  const bool told = attempt(
+      [&](const Connection& connection) { enough = connection.can_hold(values, kind, claim); });
+  if (!enough) fail("a file far too short for that", announced);
+  return told && enough;
 }
 
 void Unit::fail(std::string found, std::string expected) const {
