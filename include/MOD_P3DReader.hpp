@@ -29,7 +29,9 @@
 ///   header that cannot be true (a negative extent, points that 32 bits cannot count, sizes far
 ///   beyond what the file can hold) calls `mod_gridvars::dispfilereaderror` once and returns; the
 ///   unit stays open. `p3dlastfailure` says what and where.
-/// - The status of every allocation goes to `mod_gridvars::checkallocationerror`.
+/// - The status of every allocation of an array goes to `mod_gridvars::checkallocationerror`. Other
+///   memory that runs out (buffers, lists, texts) is an error of the run, "... out of memory"; the
+///   operation can be called again. `std::bad_alloc` leaves it only where the host has thrown that.
 /// - A file that cannot be opened or written, or an argument that cannot be meant, is an error of
 ///   the run: see `p3dsetrunend`.
 

@@ -18,6 +18,7 @@ struct RunEnd {
   ///    cannot be meant.
   integer status = 0;
   /// For an error of the run one line: the operation, the file and the system's reason. Else empty.
+  /// Without memory for such a line it is "out of memory", or the operation alone.
   std::string message;
 };
 

@@ -1,3 +1,4 @@
+#include <new>
 #include <string>
 
 #include "MOD_P3DReader.hpp"
@@ -50,7 +51,7 @@ void writetecplotfile_p3d(const FileName& filename, integer nblocks,
                           array_view<const double, 2> xyz, array_view<const double, 2> qvar,
                           array_view<const integer, 1> idim, array_view<const integer, 1> jdim,
                           array_view<const integer, 1> kdim, array_view<const integer, 1> iblank,
-                          logical useiblank) {
+                          logical useiblank) try {
   message("Writing to Tecplot file ", left_adjusted(filename), "...");
   const std::string file = "Tecplot file " + recordio::path_of(filename);
   const PointNumbering points = checked_numbering(file, nblocks, idim, jdim, kdim);
@@ -69,6 +70,8 @@ void writetecplotfile_p3d(const FileName& filename, integer nblocks,
     }
     unit.write_points(list, points.npts(b));
   }
+} catch (const std::bad_alloc&) {
+  recordio::fail_without_memory("write Tecplot file", filename);
 }
 
 }  // namespace mod_p3dgrid

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <new>
 #include <string>
 #include <utility>
 
@@ -18,24 +19,30 @@ void for_each_value(integer* value, const ColumnList& columns, integer nblocks, 
   }
 }
 
-/// A work array for the record, the columns' entries of one block next to each other. False if
-/// there is no memory, or if a column is too short.
 template <class ColumnList>
-bool allocate_table(allocatable<integer, 1>& table, integer nblocks, const ColumnList& columns) {
-  const auto long_enough = [&](const auto& column) { return column.extent(1) >= nblocks; };
-  return std::all_of(columns.begin(), columns.end(), long_enough) &&
-         table.allocate(std::int64_t{std::max(nblocks, 0)} * std::ssize(columns)) ==
-             allocation_done;
+bool long_enough(const ColumnList& columns, integer nblocks) {
+  return std::all_of(columns.begin(), columns.end(),
+                     [&](const auto& column) { return column.extent(1) >= nblocks; });
+}
+
+/// A work array for the record, the columns' entries of one block next to each other. The host
+/// knows nothing of it: without memory for it the operation cannot go on.
+template <class ColumnList>
+allocatable<integer, 1> table_for(const ColumnList& columns, integer nblocks) {
+  allocatable<integer, 1> table;
+  const std::int64_t values = std::int64_t{std::max(nblocks, 0)} * std::ssize(columns);
+  if (table.allocate(values) != allocation_done) throw std::bad_alloc();
+  return table;
 }
 
 }  // namespace
 
 bool read_dimension_record(const recordio::Unit& unit, integer nblocks, Columns columns) {
-  allocatable<integer, 1> table;
-  if (!allocate_table(table, nblocks, columns)) {
+  if (!long_enough(columns, nblocks)) {
     unit.fail("no array to read into", "the extents of " + std::to_string(nblocks) + " blocks");
     return false;
   }
+  allocatable<integer, 1> table = table_for(columns, nblocks);
   integer* const first = table.data();
   for_each_value(first, columns, nblocks, [](integer& value, integer& entry) { value = entry; });
   const bool complete = unit.read({recordio::values(first, table.size())});
@@ -44,11 +51,11 @@ bool read_dimension_record(const recordio::Unit& unit, integer nblocks, Columns 
 }
 
 void write_dimension_record(const recordio::Unit& unit, integer nblocks, ConstColumns columns) {
-  allocatable<integer, 1> table;
-  if (!allocate_table(table, nblocks, columns)) {
+  if (!long_enough(columns, nblocks)) {
     fail_run("cannot write the extents of " + std::to_string(nblocks) +
-             " blocks: the arrays are shorter, or memory has run out");
+             " blocks: the arrays are shorter");
   }
+  allocatable<integer, 1> table = table_for(columns, nblocks);
   for_each_value(table.data(), columns, nblocks,
                  [](integer& value, const integer& entry) { value = entry; });
   unit.write({recordio::values(std::as_const(table).data(), table.size())});

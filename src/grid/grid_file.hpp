@@ -1,7 +1,9 @@
 #pragma once
 
-#include "mod_gridvars.hpp"
+#include <optional>
+
 #include "recordio/record_list.hpp"
+#include "state/host.hpp"
 
 /// What reading and writing a grid file have in common.
 namespace mod_p3dgrid {
@@ -12,8 +14,8 @@ inline constexpr integer coordinates_per_point = 3;
 /// @param mode  `announce_read` or `announce_write`
 inline void announce_grid(integer mode, const FileName& filename, integer iformat, logical dblprec,
                           logical useiblank, logical multiblock) {
-  mod_gridvars::dispreadwrite(mode, 10, 200, filename, iformat, dblprec, {}, useiblank, multiblock,
-                              {}, {});
+  host::call(mod_gridvars::dispreadwrite, mode, 10, 200, filename, iformat, dblprec, std::nullopt,
+             useiblank, multiblock, std::nullopt, std::nullopt);
 }
 inline constexpr integer announce_read = 1;
 inline constexpr integer announce_write = 2;

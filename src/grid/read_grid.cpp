@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <new>
 #include <string>
 
 #include "MOD_P3DReader.hpp"
@@ -6,6 +7,7 @@
 #include "grid/grid_file.hpp"
 #include "recordio/unit.hpp"
 #include "state/allocation.hpp"
+#include "state/host.hpp"
 #include "state/messages.hpp"
 #include "state/point_numbering.hpp"
 #include "state/precision.hpp"
@@ -138,14 +140,16 @@ bool read_grid(const Unit& unit, const FileName& filename, logical multiblock, i
 void readp3dgrid(const FileName& filename, integer iformat, logical dblprec, integer& nblocks,
                  integer& ndim, allocatable<float, 2>& xyz, allocatable<integer, 1>& idim,
                  allocatable<integer, 1>& jdim, allocatable<integer, 1>& kdim,
-                 allocatable<integer, 1>& iblank, logical useiblank, logical multiblock) {
+                 allocatable<integer, 1>& iblank, logical useiblank, logical multiblock) try {
   announce_grid(announce_read, filename, iformat, dblprec, useiblank, multiblock);
   ndim = coordinates_per_point;
   GridBody grid{xyz, iblank, useiblank, dblprec, {}};
   if (!read_grid(Unit(unit_number::grid, iformat), filename, multiblock, nblocks, idim, jdim, kdim,
                  grid)) {
-    mod_gridvars::dispfilereaderror();
+    host::dispfilereaderror();
   }
+} catch (const std::bad_alloc&) {
+  recordio::fail_without_memory("read grid", filename);
 }
 
 }  // namespace mod_p3dgrid

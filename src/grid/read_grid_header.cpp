@@ -1,11 +1,13 @@
 #include <algorithm>
 #include <cstdint>
+#include <new>
 
 #include "MOD_P3DReader.hpp"
 #include "grid/dimension_record.hpp"
 #include "grid/grid_file.hpp"
 #include "recordio/unit.hpp"
 #include "state/allocation.hpp"
+#include "state/host.hpp"
 #include "state/unit_numbers.hpp"
 
 namespace mod_p3dgrid {
@@ -48,11 +50,11 @@ void read_grid_header(const FileName& filename, integer iformat, integer& nblock
   integer count = 1;
   unit.open(filename, OpenStatus::old);
   if (multiblock && !unit.read({recordio::scalar(count)})) {
-    return mod_gridvars::dispfilereaderror();
+    return host::dispfilereaderror();
   }
   nblocks = count;
   if (npoints != nullptr && !read_points(unit, count, *npoints)) {
-    return mod_gridvars::dispfilereaderror();
+    return host::dispfilereaderror();
   }
   unit.close();
 }
@@ -60,13 +62,17 @@ void read_grid_header(const FileName& filename, integer iformat, integer& nblock
 }  // namespace
 
 void readp3dgridheader(const FileName& filename, integer iformat, integer& nblocks, integer& ndim,
-                       logical multiblock) {
+                       logical multiblock) try {
   read_grid_header(filename, iformat, nblocks, ndim, multiblock, nullptr);
+} catch (const std::bad_alloc&) {
+  recordio::fail_without_memory("read grid", filename);
 }
 
 void readp3dgridheader(const FileName& filename, integer iformat, integer& nblocks, integer& ndim,
-                       logical multiblock, integer& npoints) {
+                       logical multiblock, integer& npoints) try {
   read_grid_header(filename, iformat, nblocks, ndim, multiblock, &npoints);
+} catch (const std::bad_alloc&) {
+  recordio::fail_without_memory("read grid", filename);
 }
 
 }  // namespace mod_p3dgrid

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <new>
 #include <string>
 #include <utility>
 
@@ -85,7 +86,7 @@ void write_blocks_widened(const Unit& unit, const FileName& filename, const Grid
 void writep3dgrid(const FileName& filename, integer iformat, logical dblprec, integer nblocks,
                   integer ndim, array_view<const float, 2> xyz, array_view<const integer, 1> idim,
                   array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
-                  array_view<const integer, 1> iblank, logical useiblank, logical multiblock) {
+                  array_view<const integer, 1> iblank, logical useiblank, logical multiblock) try {
   announce_grid(announce_write, filename, iformat, dblprec, useiblank, multiblock);
   const Unit unit(unit_number::grid, iformat);
   if (unit.known()) {
@@ -102,6 +103,8 @@ void writep3dgrid(const FileName& filename, integer iformat, logical dblprec, in
     }
   }
   unit.close();
+} catch (const std::bad_alloc&) {
+  recordio::fail_without_memory("write grid", filename);
 }
 
 }  // namespace mod_p3dgrid

@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <new>
 
 #include "MOD_P3DReader.hpp"
 
@@ -47,7 +48,12 @@ void checkallocationerror(const integer& status) {
 }
 
 void dispfilereaderror() {
-  std::fprintf(stderr, "mod_gridvars: %s\n", mod_p3dgrid::p3dlastfailure().describe().c_str());
+  const mod_p3dgrid::ReadFailure& failure = mod_p3dgrid::p3dlastfailure();
+  try {
+    std::fprintf(stderr, "mod_gridvars: %s\n", failure.describe().c_str());
+  } catch (const std::bad_alloc&) {
+    std::fprintf(stderr, "mod_gridvars: cannot read %s\n", failure.file.c_str());
+  }
 }
 
 }  // namespace mod_gridvars

@@ -8,11 +8,13 @@
 #include <cstdlib>
 #include <map>
 #include <memory>
+#include <new>
 #include <system_error>
 #include <utility>
 
 #include "mod_p3dgrid/run.hpp"
 #include "recordio/read_error.hpp"
+#include "state/host.hpp"
 #include "state/read_failure.hpp"
 #include "state/run_end.hpp"
 
@@ -26,24 +28,40 @@ using Connections = std::map<integer, std::unique_ptr<Connection>>;
 /// host left to ask: failures are told on standard error, and the last decides the status.
 void close_all();
 
+/// A failure of which standard error has been told.
+struct Told {
+  integer status;
+};
+
+/// What ends the run while it is ending. Made ahead of that, because memory may be what is missing.
+const RunEndHandler& last_words() {
+  static const auto& handler = *new const RunEndHandler(
+      std::make_shared<std::function<void(const RunEnd&)>>([](const RunEnd& end) {
+        std::fprintf(stderr, "mod_p3dgrid: %s\n", end.message.c_str());
+        throw Told{end.status};
+      }));
+  return handler;
+}
+
 /// All connected units. Never destroyed, so that it is there whenever the run ends.
 Connections& connections() {
-  static Connections* const all = [] {
+  static Connections& all = []() -> Connections& {
+    last_words();
+    auto& table = *new Connections;
     std::atexit(close_all);
-    return new Connections;
+    return table;
   }();
-  return *all;
+  return all;
 }
 
 void close_all() {
-  p3dsetrunend([](const RunEnd& end) { throw end; });
+  set_run_end_handler(last_words());
   integer status = 0;
   for (auto& [number, connection] : connections()) {
     try {
       connection->close();
-    } catch (const RunEnd& end) {
-      std::fprintf(stderr, "mod_p3dgrid: %s\n", end.message.c_str());
-      status = end.status;
+    } catch (const Told& told) {
+      status = told.status;
     }
   }
   connections().clear();
@@ -94,7 +112,7 @@ ReadFailure failure_at(integer number, const Connection& connection) {
 std::string path_of(const FileName& name) {
   // A copy, because the resolver may install another one.
   const auto resolver = path_resolver();
-  return resolver ? resolver(name.view()) : std::string(name.view());
+  return resolver ? host::call(resolver, name.view()) : std::string(name.view());
 }
 
 void Unit::open(const FileName& name, OpenStatus status) const {
@@ -158,7 +176,7 @@ void Unit::write_points(const WriteList& list, std::int64_t points) const {
 }
 
 void Unit::close() const {
-  p3dcloseunit(number_);
+  if (const auto connection = disconnect(number_)) connection->close();
 }
 
 std::string Unit::close_and_delete() const {
@@ -196,6 +214,17 @@ bool same_file(const FileName& one, const FileName& other) {
          first.st_ino == second.st_ino;
 }
 
+void fail_without_memory(const char* doing, const FileName& file) {
+  host::pass_on_bad_alloc();
+  std::string message = out_of_memory_message;
+  try {
+    message = std::string("cannot ") + doing + " " + path_of(file) + ": " + out_of_memory_message;
+  } catch (const std::bad_alloc&) {
+    host::threw_bad_alloc = false;
+  }
+  mod_p3dgrid::fail_without_memory(std::move(message));
+}
+
 bool file_exists(const FileName& name) {
   struct stat status;
   return ::lstat(path_of(name).c_str(), &status) == 0;
@@ -203,8 +232,10 @@ bool file_exists(const FileName& name) {
 
 }  // namespace recordio
 
-void p3dcloseunit(integer unit) {
+void p3dcloseunit(integer unit) try {
   if (const auto connection = recordio::disconnect(unit)) connection->close();
+} catch (const std::bad_alloc&) {
+  fail_without_memory(out_of_memory_message);
 }
 
 void p3dsetpaths(std::function<std::string(std::string_view name)> resolver) {

@@ -79,6 +79,10 @@ class Unit {
 /// Whether two names stand for one existing file.
 [[nodiscard]] bool same_file(const FileName& one, const FileName& other);
 
+/// Ends the run because memory has run out while `doing` with the file; called where a
+/// `std::bad_alloc` is handled, at the end of every operation. The host's own goes on as it is.
+[[noreturn]] void fail_without_memory(const char* doing, const FileName& file);
+
 /// Whether something of that name exists, be it a link that leads nowhere.
 [[nodiscard]] bool file_exists(const FileName& name);
 

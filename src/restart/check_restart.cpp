@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <new>
 #include <string>
 
 #include "MOD_P3DReader.hpp"
@@ -6,6 +7,7 @@
 #include "recordio/unit.hpp"
 #include "restart/restart_header.hpp"
 #include "state/allocation.hpp"
+#include "state/host.hpp"
 #include "state/messages.hpp"
 #include "state/run_end.hpp"
 #include "state/unit_numbers.hpp"
@@ -70,12 +72,13 @@ Extents extents_of(const HeaderExtents& all, integer block) {
 }  // namespace
 
 void checkp3drstrtheader(const FileName& gridfile, integer gridformat, const FileName& rstfile,
-                         integer rstformat, logical dblprec, integer rsttype, logical multiblock) {
+                         integer rstformat, logical dblprec, integer rsttype,
+                         logical multiblock) try {
   const Unit grid_unit(unit_number::grid_header, gridformat);
   integer ngrid = 1;
   grid_unit.open(gridfile, OpenStatus::old);
   if (multiblock && !grid_unit.read({recordio::scalar(ngrid)})) {
-    return mod_gridvars::dispfilereaderror();
+    return host::dispfilereaderror();
   }
   integer nrst = 1;
   HeaderExtents restart;
@@ -89,7 +92,7 @@ void checkp3drstrtheader(const FileName& gridfile, integer gridformat, const Fil
     halt();
   }
   HeaderExtents grid;
-  if (!read_grid_extents(grid_unit, ngrid, grid)) return mod_gridvars::dispfilereaderror();
+  if (!read_grid_extents(grid_unit, ngrid, grid)) return host::dispfilereaderror();
   bool differ = false;
   for (integer b = 1; b <= ngrid; ++b) {
     const Extents of_grid = extents_of(grid, b);
@@ -101,6 +104,8 @@ void checkp3drstrtheader(const FileName& gridfile, integer gridformat, const Fil
   p3dcloseunit(unit_number::grid_header);
   p3dcloseunit(unit_number::spare);
   if (differ) halt();
+} catch (const std::bad_alloc&) {
+  recordio::fail_without_memory("check restart file", rstfile);
 }
 
 }  // namespace mod_p3dgrid

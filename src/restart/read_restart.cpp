@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <limits>
+#include <new>
 #include <string>
 
 #include "MOD_P3DReader.hpp"
@@ -9,6 +10,7 @@
 #include "restart/restart_header.hpp"
 #include "restart/staging.hpp"
 #include "state/allocation.hpp"
+#include "state/host.hpp"
 #include "state/messages.hpp"
 #include "state/precision.hpp"
 #include "state/unit_numbers.hpp"
@@ -145,12 +147,12 @@ struct RestartRead {
     iflag.fill(0);
     integer status = auxvalues.allocate(triplet, points.total);
     if (path != BodyPath::double_records) {
-      mod_gridvars::checkallocationerror(status);
+      host::checkallocationerror(status);
       return covers(auxvalues, triplet, points.total) || fail("an unallocated array for triplets");
     }
     auto& DX = restart_staging().DX;
     if (status == allocation_done) status = DX.allocate(triplet, points.total);
-    mod_gridvars::checkallocationerror(status);
+    host::checkallocationerror(status);
     if (!covers(DX, triplet, points.total)) DX.deallocate();
     const bool staged = DX.allocated() || DX.allocate(triplet, points.total) == allocation_done;
     return (staged && covers(auxvalues, triplet, points.total)) ||
@@ -193,7 +195,7 @@ struct RestartRead {
     if (layout.extensions) {
       // The triplets' array exists since before the blocks were read, and the host is told so. For
       // layout 100 this step is missing: its triplets stay unset and `DX` stays allocated.
-      mod_gridvars::checkallocationerror(auxvalues.allocate(triplet, points.total));
+      host::checkallocationerror(auxvalues.allocate(triplet, points.total));
       if (!covers(auxvalues, triplet, points.total)) return fail("an array for the triplets");
       copy_rows(DX, auxvalues, triplet, points.total);
       DX.deallocate();
@@ -237,7 +239,7 @@ bool prepare_parameters(const Unit& unit, integer iformat, logical dblprec, inte
 /// With `readallvars` false the flow array is sized for one variable and left unset.
 void size_for_one_variable(array_view<const integer, 1> blockpoints,
                            allocatable<float, 2>& varvalues) {
-  mod_gridvars::checkallocationerror(varvalues.allocate(1, sum(blockpoints)));
+  host::checkallocationerror(varvalues.allocate(1, sum(blockpoints)));
 }
 
 bool read_whole_body(RestartRead& read, integer nblocks, const CallerExtents& extents) {
@@ -293,7 +295,7 @@ void readp3drestart(const FileName& filename, integer iformat, logical dblprec, 
                     array_view<const integer, 1> blockpoints, allocatable<float, 2>& varvalues,
                     allocatable<float, 2>& auxvalues, array_view<const integer, 1> idim,
                     array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
-                    integer rsttype, logical multiblock) {
+                    integer rsttype, logical multiblock) try {
   const Layout& layout = layout_of(rsttype);
   announce_restart(announce_restart_read, filename, iformat, dblprec, layout, multiblock);
   check_layout(filename, layout, rsttype);
@@ -312,7 +314,9 @@ void readp3drestart(const FileName& filename, integer iformat, logical dblprec, 
     release_staging(layout);
     throw;
   }
-  if (!complete) mod_gridvars::dispfilereaderror();
+  if (!complete) host::dispfilereaderror();
+} catch (const std::bad_alloc&) {
+  recordio::fail_without_memory("read restart file", filename);
 }
 
 }  // namespace mod_p3dgrid

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <new>
 #include <string>
 
 #include "grid/dimension_record.hpp"
@@ -7,6 +8,7 @@
 #include "restart/layout.hpp"
 #include "restart/restart_header.hpp"
 #include "state/allocation.hpp"
+#include "state/host.hpp"
 #include "state/messages.hpp"
 #include "state/point_numbering.hpp"
 #include "state/run_end.hpp"
@@ -154,20 +156,22 @@ bool read_restart_header(const FileName& filename, integer iformat, logical dblp
                         allocate_extents(unit, nblocks, extents) &&
                         read_extents(unit, layout.dimensions, nblocks, extents) &&
                         can_be_true(unit, nblocks, extents);
-  if (!complete) mod_gridvars::dispfilereaderror();
+  if (!complete) host::dispfilereaderror();
   return complete;
 }
 
 void readrestartheader(const FileName& filename, integer iformat, logical dblprec, integer& nblocks,
-                       integer rsttype, logical multiblock) {
+                       integer rsttype, logical multiblock) try {
   HeaderExtents dropped;
   static_cast<void>(
       read_restart_header(filename, iformat, dblprec, nblocks, rsttype, multiblock, dropped));
+} catch (const std::bad_alloc&) {
+  recordio::fail_without_memory("read restart file", filename);
 }
 
 void readrestartheader(const FileName& filename, integer iformat, logical dblprec, integer& nblocks,
                        integer rsttype, logical multiblock, allocatable<integer, 1>& idim,
-                       allocatable<integer, 1>& jdim, allocatable<integer, 1>& kdim) {
+                       allocatable<integer, 1>& jdim, allocatable<integer, 1>& kdim) try {
   HeaderExtents extents;
   if (!read_restart_header(filename, iformat, dblprec, nblocks, rsttype, multiblock, extents)) {
     return;
@@ -175,6 +179,8 @@ void readrestartheader(const FileName& filename, integer iformat, logical dblpre
   idim = std::move(extents.IENG);
   jdim = std::move(extents.JENG);
   kdim = std::move(extents.KENG);
+} catch (const std::bad_alloc&) {
+  recordio::fail_without_memory("read restart file", filename);
 }
 
 }  // namespace mod_p3dgrid

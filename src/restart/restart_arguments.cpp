@@ -1,17 +1,19 @@
 #include "restart/restart_arguments.hpp"
 
 #include <numeric>
+#include <optional>
 #include <string>
 
 #include "restart/body.hpp"
+#include "state/host.hpp"
 #include "state/run_end.hpp"
 
 namespace mod_p3dgrid {
 
 void announce_restart(integer mode, const FileName& filename, integer iformat, logical dblprec,
                       const Layout& layout, logical multiblock, std::optional<integer> variable) {
-  mod_gridvars::dispreadwrite(mode, layout.iparm1, layout.iparm2, filename, iformat, dblprec,
-                              variable, {}, multiblock, {}, {});
+  host::call(mod_gridvars::dispreadwrite, mode, layout.iparm1, layout.iparm2, filename, iformat,
+             dblprec, variable, std::nullopt, multiblock, std::nullopt, std::nullopt);
 }
 
 std::string restart_file(const FileName& filename) {

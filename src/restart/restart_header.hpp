@@ -16,4 +16,10 @@ struct HeaderExtents {
                                        integer& nblocks, integer rsttype, logical multiblock,
                                        HeaderExtents& extents);
 
+/// Does what `writerestartheader` says.
+void write_restart_header(const FileName& filename, integer iformat, logical dblprec,
+                          integer nblocks, array_view<const integer, 1> idim,
+                          array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
+                          integer rsttype, logical multiblock);
+
 }  // namespace mod_p3dgrid

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <new>
 #include <string>
 
 #include "MOD_P3DReader.hpp"
@@ -6,6 +7,7 @@
 #include "restart/body.hpp"
 #include "restart/flow_parameters.hpp"
 #include "restart/restart_arguments.hpp"
+#include "restart/restart_header.hpp"
 #include "state/allocation.hpp"
 #include "state/messages.hpp"
 #include "state/precision.hpp"
@@ -121,7 +123,7 @@ void writep3drestart(const FileName& filename, integer iformat, logical dblprec,
                      integer nblocks, array_view<const float, 2> varvalues,
                      array_view<const float, 2> auxvalues, array_view<const integer, 1> idim,
                      array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
-                     integer rsttype, logical multiblock) {
+                     integer rsttype, logical multiblock) try {
   const Layout& layout = layout_of(rsttype);
   announce_restart(announce_restart_write, filename, iformat, dblprec, layout, multiblock);
   check_layout(filename, layout, rsttype);
@@ -136,10 +138,12 @@ void writep3drestart(const FileName& filename, integer iformat, logical dblprec,
     write.points = checked_numbering(restart_file(filename), nblocks, idim, jdim, kdim);
     check_arguments(write);
   }
-  writerestartheader(filename, iformat, dblprec, nblocks, idim, jdim, kdim, rsttype, multiblock);
+  write_restart_header(filename, iformat, dblprec, nblocks, idim, jdim, kdim, rsttype, multiblock);
   set_variables_of_first_section(layout);
   if (writable) write_body(write);
   p3dcloseunit(unit_number::restart_read);
+} catch (const std::bad_alloc&) {
+  recordio::fail_without_memory("write restart file", filename);
 }
 
 }  // namespace mod_p3dgrid

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <new>
 #include <string>
 #include <utility>
 
@@ -7,6 +8,7 @@
 #include "recordio/unit.hpp"
 #include "restart/header_records.hpp"
 #include "restart/layout.hpp"
+#include "restart/restart_header.hpp"
 #include "state/allocation.hpp"
 #include "state/messages.hpp"
 #include "state/run_end.hpp"
@@ -85,9 +87,10 @@ void write_extents(const Unit& unit, DimensionKind dimensions, integer nblocks, 
 
 }  // namespace
 
-void writerestartheader(const FileName& filename, integer iformat, logical dblprec, integer nblocks,
-                        array_view<const integer, 1> idim, array_view<const integer, 1> jdim,
-                        array_view<const integer, 1> kdim, integer rsttype, logical multiblock) {
+void write_restart_header(const FileName& filename, integer iformat, logical dblprec,
+                          integer nblocks, array_view<const integer, 1> idim,
+                          array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
+                          integer rsttype, logical multiblock) {
   const Layout& layout = layout_of(rsttype);
   const Unit unit(unit_number::restart_write, iformat);
   if (unit.known()) check_extents(filename, layout, nblocks, {&idim, &jdim, &kdim});
@@ -95,6 +98,15 @@ void writerestartheader(const FileName& filename, integer iformat, logical dblpr
   if (!unit.known() && layout.header != HeaderKind::talven) return;
   write_lead(unit, layout.header, nblocks, dblprec, multiblock, idim, jdim, kdim);
   write_extents(unit, layout.dimensions, nblocks, idim, jdim, kdim);
+}
+
+void writerestartheader(const FileName& filename, integer iformat, logical dblprec, integer nblocks,
+                        array_view<const integer, 1> idim, array_view<const integer, 1> jdim,
+                        array_view<const integer, 1> kdim, integer rsttype,
+                        logical multiblock) try {
+  write_restart_header(filename, iformat, dblprec, nblocks, idim, jdim, kdim, rsttype, multiblock);
+} catch (const std::bad_alloc&) {
+  recordio::fail_without_memory("write restart file", filename);
 }
 
 }  // namespace mod_p3dgrid

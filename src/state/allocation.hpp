@@ -1,7 +1,7 @@
 #pragma once
 
-#include "mod_gridvars.hpp"
 #include "mod_p3dgrid/arrays.hpp"
+#include "state/host.hpp"
 
 namespace mod_p3dgrid {
 
@@ -18,7 +18,7 @@ template <class T, std::size_t Rank, class... Extent>
 /// is reported, and then made anew if it is too small. True when it can be used as asked.
 template <class T, std::size_t Rank, class... Extent>
 [[nodiscard]] bool allocate_staging(allocatable<T, Rank>& array, Extent... extent) {
-  mod_gridvars::checkallocationerror(array.allocate(extent...));
+  host::checkallocationerror(array.allocate(extent...));
   if (covers(array, extent...)) return true;
   array.deallocate();
   return array.allocate(extent...) == allocation_done;
@@ -27,7 +27,7 @@ template <class T, std::size_t Rank, class... Extent>
 /// Allocates the array and hands the status to the host. True when it can be used as asked.
 template <class T, std::size_t Rank, class... Extent>
 [[nodiscard]] bool allocate_checked(allocatable<T, Rank>& array, Extent... extent) {
-  mod_gridvars::checkallocationerror(array.allocate(extent...));
+  host::checkallocationerror(array.allocate(extent...));
   return covers(array, extent...);
 }
 
@@ -37,7 +37,7 @@ template <class... Array>
 [[nodiscard]] bool allocate_group_checked(std::int64_t extent, Array&... array) {
   integer status = allocation_done;
   ((status = status == allocation_done ? array.allocate(extent) : status), ...);
-  mod_gridvars::checkallocationerror(status);
+  host::checkallocationerror(status);
   return (covers(array, extent) && ...);
 }
 

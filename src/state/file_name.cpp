@@ -1,10 +1,12 @@
 #include "mod_p3dgrid/file_name.hpp"
 
+#include <new>
+
 #include "state/run_end.hpp"
 
 namespace mod_p3dgrid {
 
-FileName::FileName(std::string_view name) {
+FileName::FileName(std::string_view name) try {
   const std::size_t end = name.find_last_not_of(' ') + 1;  // 0 for a blank name
   if (end > length) {
     fail_run("file name of " + std::to_string(end) + " characters, at most " +
@@ -15,6 +17,8 @@ FileName::FileName(std::string_view name) {
   }
   characters_.fill(' ');
   std::copy_n(name.begin(), end, characters_.begin());
+} catch (const std::bad_alloc&) {
+  fail_without_memory(out_of_memory_message);
 }
 
 }  // namespace mod_p3dgrid

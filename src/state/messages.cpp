@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "mod_p3dgrid/run.hpp"
+#include "state/host.hpp"
 
 namespace mod_p3dgrid {
 namespace {
@@ -23,7 +24,7 @@ void p3dsetmessages(std::function<void(std::string_view line)> sink) {
 
 void write_line(std::string_view line) {
   // A copy, because the sink may install another one.
-  if (const auto sink = message_sink()) return sink(line);
+  if (const auto sink = message_sink()) return host::call(sink, line);
   std::fwrite(line.data(), 1, line.size(), stdout);
   std::fputc('\n', stdout);
 }

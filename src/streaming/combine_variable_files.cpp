@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <new>
 #include <string>
 
 #include "MOD_P3DReader.hpp"
@@ -6,7 +7,9 @@
 #include "restart/body.hpp"
 #include "restart/flow_parameters.hpp"
 #include "restart/restart_arguments.hpp"
+#include "restart/restart_header.hpp"
 #include "state/allocation.hpp"
+#include "state/host.hpp"
 #include "state/messages.hpp"
 #include "state/run_end.hpp"
 #include "state/unit_numbers.hpp"
@@ -224,7 +227,8 @@ void fail_if(const std::string& reason) {
 void combinep3dvarfiles(array_view<const float, 2> leadvalues, const FileName& filename,
                         integer iformat, logical dblprec, integer nparamrows, integer nblocks,
                         array_view<const integer, 1> idim, array_view<const integer, 1> jdim,
-                        array_view<const integer, 1> kdim, integer rsttype, logical multiblock) {
+                        array_view<const integer, 1> kdim, integer rsttype,
+                        logical multiblock) try {
   const Layout& layout = layout_of(rsttype);
   check_layout(filename, layout, rsttype);
   const Unit output(unit_number::restart_write, iformat);
@@ -248,7 +252,7 @@ void combinep3dvarfiles(array_view<const float, 2> leadvalues, const FileName& f
   message("Combining the Temporary Variable Files into ", left_adjusted(filename));
   const VariableFiles files(units);
   open_variable_files(files, units);
-  writerestartheader(filename, iformat, dblprec, nblocks, idim, jdim, kdim, rsttype, multiblock);
+  write_restart_header(filename, iformat, dblprec, nblocks, idim, jdim, kdim, rsttype, multiblock);
   if (writable) {
     if (layout.parameters) {
       create_parameters_to_write(filename, combination.path, nblocks, nparamrows);
@@ -259,13 +263,15 @@ void combinep3dvarfiles(array_view<const float, 2> leadvalues, const FileName& f
     if (!complete) {
       // By design the temporary data are gone before the failure is told.
       const std::string reason = files.close_and_delete();
-      mod_gridvars::dispfilereaderror();
+      host::dispfilereaderror();
       return fail_if(reason);
     }
   }
   // Some file systems tell only now that they are full. The temporary data are still there then.
   output.close();
   fail_if(files.close_and_delete());
+} catch (const std::bad_alloc&) {
+  recordio::fail_without_memory("write restart file", filename);
 }
 
 }  // namespace mod_p3dgrid

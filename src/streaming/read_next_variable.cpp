@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <new>
 #include <numeric>
 #include <string>
 #include <vector>
@@ -10,6 +11,7 @@
 #include "restart/restart_arguments.hpp"
 #include "restart/restart_header.hpp"
 #include "state/allocation.hpp"
+#include "state/host.hpp"
 #include "state/messages.hpp"
 #include "state/precision.hpp"
 #include "state/unit_numbers.hpp"
@@ -179,7 +181,7 @@ void readnextp3dvar(integer ivar, const FileName& filename, integer iformat, log
                     integer nblocks, array_view<const integer, 1> blockpoints,
                     array_view<float, 2> varvalues, array_view<const integer, 1> idim,
                     array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
-                    integer rsttype, logical multiblock) {
+                    integer rsttype, logical multiblock) try {
   const Layout& layout = layout_of(rsttype);
   announce_restart(announce_restart_read, filename, iformat, dblprec, layout, multiblock, ivar);
   check_layout(filename, layout, rsttype);
@@ -202,8 +204,10 @@ void readnextp3dvar(integer ivar, const FileName& filename, integer iformat, log
     one_variable_staging() = {};
     throw;
   }
-  if (!complete) return mod_gridvars::dispfilereaderror();
+  if (!complete) return host::dispfilereaderror();
   unit.close();
+} catch (const std::bad_alloc&) {
+  recordio::fail_without_memory("read restart file", filename);
 }
 
 }  // namespace mod_p3dgrid

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <new>
 #include <string>
 
 #include "MOD_P3DReader.hpp"
@@ -50,7 +51,7 @@ void write_widened(const Unit& unit, integer ivar, const FileName& name,
 void writenextp3dvar(integer ivar, const FileName& prefix, logical dblprec, integer nblocks,
                      array_view<const integer, 1> blockpoints, array_view<const float, 2> varvalues,
                      array_view<const integer, 1> idim, array_view<const integer, 1> jdim,
-                     array_view<const integer, 1> kdim) {
+                     array_view<const integer, 1> kdim) try {
   if (ivar < 1 || ivar > tmpfile.size()) {
     fail_run("variable " + std::to_string(ivar) + " cannot be streamed, only 1 to " +
              std::to_string(tmpfile.size()) + " can");
@@ -78,6 +79,8 @@ void writenextp3dvar(integer ivar, const FileName& prefix, logical dblprec, inte
     write_blocks(unit, ivar, points, nblocks, varvalues);
   }
   unit.close();
+} catch (const std::bad_alloc&) {
+  recordio::fail_without_memory("write variable file", prefix);
 }
 
 }  // namespace mod_p3dgrid
