@@ -11,6 +11,7 @@ std::vector<std::string> calls;
 std::vector<std::string> messages;
 std::function<void(int)> on_allocation;
 std::function<void()> on_read_error;
+int host_at_work = 0;
 
 namespace {
 
@@ -45,8 +46,14 @@ void begin_run() {
   on_allocation = nullptr;
   on_read_error = nullptr;
   for (integer unit = 0; unit < 1000; ++unit) p3dcloseunit(unit);
-  p3dsetrunend([](const RunEnd& end) { throw RunEnded(end); });
-  p3dsetmessages([](std::string_view line) { messages.emplace_back(line); });
+  p3dsetrunend([](const RunEnd& end) {
+    const HostWork work;
+    throw RunEnded(end);
+  });
+  p3dsetmessages([](std::string_view line) {
+    const HostWork work;
+    messages.emplace_back(line);
+  });
   p3dsetpaths({});
   p3dsetbyteorder({});
   p3dsethugepages(false);
@@ -68,6 +75,7 @@ void dispreadwrite(const integer& mode, const integer& iparm1, const integer& ip
                    const std::optional<logical>& opt9, const std::optional<logical>& opt10,
                    const std::optional<logical>& opt11) {
   using test_support::text_of;
+  const test_support::HostWork work;
   std::ostringstream call;
   call << "dispreadwrite(" << mode << ", " << iparm1 << ", " << iparm2 << ", " << filename.view()
        << ", " << iarg << ", " << text_of(larg) << ", " << text_of(opt7) << ", " << text_of(opt8)
@@ -76,11 +84,13 @@ void dispreadwrite(const integer& mode, const integer& iparm1, const integer& ip
 }
 
 void checkallocationerror(const integer& status) {
+  const test_support::HostWork work;
   test_support::calls.push_back("checkallocationerror(" + std::to_string(status) + ")");
   if (test_support::on_allocation) test_support::on_allocation(status);
 }
 
 void dispfilereaderror() {
+  const test_support::HostWork work;
   test_support::calls.push_back("dispfilereaderror()");
   if (test_support::on_read_error) test_support::on_read_error();
 }

@@ -29,6 +29,19 @@ extern std::function<void(int)> on_allocation;
 /// Called from `dispfilereaderror`.
 extern std::function<void()> on_read_error;
 
+/// How many calls into the host are under way. Tests that count or fail what the library asks of
+/// the system leave out what is asked meanwhile.
+extern int host_at_work;
+
+/// Work of the host's, or of the test in its place.
+class HostWork {
+ public:
+  HostWork() { ++host_at_work; }
+  HostWork(const HostWork&) = delete;
+  HostWork& operator=(const HostWork&) = delete;
+  ~HostWork() { --host_at_work; }
+};
+
 [[nodiscard]] int count_calls(const std::string& name);
 
 /// Sets the module, its host and its units to how a run begins.
