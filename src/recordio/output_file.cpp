@@ -35,7 +35,9 @@ OutputFile::OutputFile(std::string path, Creation creation)
       buffer_(std::make_unique_for_overwrite<char[]>(buffer_size)),
       descriptor_(create(path_, creation)) {
   struct stat status;
-  if (::fstat(descriptor_, &status) != 0 || !S_ISREG(status.st_mode)) return;
+  // Without its old size the file could not be cut to the new one.
+  if (::fstat(descriptor_, &status) != 0) fail("cannot create", errno);
+  if (!S_ISREG(status.st_mode)) return;
   has_size_ = true;
   old_size_ = status.st_size;
 }
@@ -112,7 +114,7 @@ void OutputFile::write_at(const char* source, std::size_t bytes, std::int64_t at
 void OutputFile::close() {
   if (descriptor_ == closed) return;
   flush();
-  if (!cut()) fail("cannot cut to its length", errno);
+  if (!cut()) fail("cannot shorten", errno);
   // The descriptor is gone whatever close says; after EINTR too.
   if (::close(std::exchange(descriptor_, closed)) != 0 && errno != EINTR) {
     fail_run("cannot close", path_, errno);
