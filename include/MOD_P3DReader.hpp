@@ -34,6 +34,10 @@
 ///   operation can be called again. `std::bad_alloc` leaves it only where the host has thrown that.
 /// - A file that cannot be opened or written, or an argument that cannot be meant, is an error of
 ///   the run: see `p3dsetrunend`.
+/// - An existing file is overwritten from its start and shortened when it is closed. After an error
+///   of the run it holds the beginning of the new data and nothing of the old. A process that is
+///   killed leaves new data at the front and old data behind: a host that cannot afford that writes
+///   under another name and renames the file once it is closed, as the command `p3dgrid` does.
 
 #include "mod_gridvars.hpp"
 #include "mod_p3dgrid/arrays.hpp"

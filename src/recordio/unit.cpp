@@ -93,7 +93,7 @@ std::function<std::endian(std::string_view)>& byte_order_chooser() {
 
 std::endian byte_order_of(const FileName& name) {
   const auto chooser = byte_order_chooser();
-  return chooser ? chooser(name.view()) : std::endian::native;
+  return chooser ? host::call(chooser, name.view()) : std::endian::native;
 }
 
 ReadFailure failure_at(integer number, const Connection& connection) {

@@ -21,7 +21,8 @@ void set_run_end_handler(RunEndHandler handler) noexcept;
 [[noreturn]] void fail_run(std::string message);
 
 /// `operation` on `path` failed with the system's error number `error`. Without memory for all of
-/// the message it is `operation` alone, a text short enough to need none.
+/// the message it is `operation` alone, a text of at most 15
+/// characters, which needs none.
 [[noreturn]] void fail_run(const char* operation, const std::string& path, int error);
 
 /// Says it without needing memory for the text.
