@@ -55,6 +55,14 @@ ssize_t write(int file, const void* from, size_t bytes) {
   return written;
 }
 
+ssize_t pwrite(int file, const void* from, size_t bytes, off_t at) {
+  static const auto real = next<ssize_t(int, const void*, size_t, off_t)>("pwrite");
+  if (!is_the_one()) return real(file, from, bytes, at);
+  const ssize_t written = real(file, from, bytes / 2, at);
+  end_process();
+  return written;
+}
+
 int rename(const char* from, const char* to) {
   if (is_the_one()) end_process();
   const int result = next<int(const char*, const char*)>("rename")(from, to);

@@ -43,8 +43,15 @@ class FailingWrites : public InScratchFolder, public ::testing::WithParamInterfa
     int calls;  ///< of the planned kind
   };
 
-  static Watched run(const Operation& operation, const CallPlan& plan) {
+  /// Puts a longer file in the place of the one that is written, where that replaces files.
+  static void place_files_and_old_output(const Operation& operation) {
+    constexpr std::size_t longer = 5000;
     place_files(operation);
+    if (GetParam().all != variable_writes) write_file(operation.output, std::string(longer, '#'));
+  }
+
+  static Watched run(const Operation& operation, const CallPlan& plan) {
+    place_files_and_old_output(operation);
     begin_run();
     const Started started = operation.start();
     const CallWatch watch(plan);
@@ -93,9 +100,14 @@ class FailingWrites : public InScratchFolder, public ::testing::WithParamInterfa
 
 TEST_P(FailingWrites, EveryFailingWriteIsAnErrorOfTheRun) {
   for (const Operation& operation : GetParam().all()) {
+    const std::string result = undisturbed(operation).result;
     for (const int error : {ENOSPC, EIO, EDQUOT}) {
-      for_each_call(operation, {.call = Call::write, .error = error, .most_bytes = few_bytes},
-                    [&](const Outcome& outcome) { expect_error(operation, outcome, error); });
+      for_each_call(operation, {.call = Call::pwrite, .error = error, .most_bytes = few_bytes},
+                    [&](const Outcome& outcome) {
+                      expect_error(operation, outcome, error);
+                      // Nothing of the old file is left behind what has been written.
+                      ASSERT_TRUE(result.starts_with(read_file(operation.output)));
+                    });
       if (HasFatalFailure()) return;
     }
   }
@@ -121,8 +133,12 @@ TEST_P(FailingWrites, AnErrorThatOnlyShowsOnCloseIsAnErrorOfTheRun) {
 
 TEST_P(FailingWrites, FilesThatCannotBeCutAreErrorsOfTheRun) {
   for (const Operation& operation : GetParam().all()) {
-    for_each_call(operation, {.call = Call::ftruncate, .error = EIO},
-                  [&](const Outcome& outcome) { expect_error(operation, outcome, EIO); });
+    int calls = 0;
+    for_each_call(operation, {.call = Call::ftruncate, .error = EIO}, [&](const Outcome& outcome) {
+      ++calls;
+      expect_error(operation, outcome, EIO);
+    });
+    ASSERT_EQ(calls, GetParam().all == variable_writes ? 0 : 1) << operation.name;
   }
 }
 
@@ -138,10 +154,26 @@ TEST_P(FailingWrites, FilesThatCannotBeOpenedAreErrorsOfTheRun) {
   }
 }
 
+TEST_P(FailingWrites, FilesThatCannotBeLookedAtAreErrorsOfTheRun) {
+  for (const Operation& operation : GetParam().all()) {
+    const std::string result = undisturbed(operation).result;
+    int failures = 0;
+    for_each_call(operation, {.call = Call::fstat, .error = EIO}, [&](const Outcome& outcome) {
+      failures += outcome.end == End::failed;
+      if (outcome.end == End::done) {  // it was a file that is read, whatever its size
+        ASSERT_EQ(outcome.result, result);
+      } else {
+        ASSERT_EQ(outcome.end, End::failed);
+      }
+    });
+    ASSERT_GE(failures, 1) << operation.name;
+  }
+}
+
 TEST_P(FailingWrites, InterruptedCallsChangeNothing) {
   for (const Operation& operation : GetParam().all()) {
     const std::string result = undisturbed(operation).result;
-    for (const Call call : {Call::open, Call::write, Call::close, Call::ftruncate}) {
+    for (const Call call : {Call::open, Call::pwrite, Call::close, Call::ftruncate}) {
       for_each_call(operation, {.call = call, .error = EINTR, .most_bytes = few_bytes},
                     [&](const Outcome& outcome) {
                       ASSERT_EQ(outcome.end, End::done);
@@ -166,10 +198,10 @@ TEST_P(FailingWrites, AHostWithoutHandlersEndsWithAMessageAndStatusTwo) {
   // Units that the operation leaves open are closed when the run ends, and fail there.
   units_stay_open = true;
   for (const Operation& operation : GetParam().all()) {
-    for (const auto& [call, error] : {std::pair{Call::write, ENOSPC}, {Call::close, EDQUOT}}) {
+    for (const auto& [call, error] : {std::pair{Call::pwrite, ENOSPC}, {Call::close, EDQUOT}}) {
       int failures = 0;
       for (int nth = 1;; ++nth) {
-        place_files(operation);
+        place_files_and_old_output(operation);
         begin_run();
         const Started started = operation.start();
         const ChildEnd end = run_in_child([&] {
@@ -182,10 +214,11 @@ TEST_P(FailingWrites, AHostWithoutHandlersEndsWithAMessageAndStatusTwo) {
         faults_injected += failed;
         if (failed) {
           ASSERT_EQ(end.status, 2) << operation.name << ", " << nth << ": " << end.error;
-          ASSERT_EQ(end.error, std::string("mod_p3dgrid: cannot ") + name_of(call) + " " +
+          const char* const doing = call == Call::close ? "close" : "write";
+          ASSERT_EQ(end.error, std::string("mod_p3dgrid: cannot ") + doing + " " +
                                    operation.output + ": " + text_of(error) + "\n");
         }
-        const bool after_the_last = call == Call::write ? !failed : nth > most_closes(operation);
+        const bool after_the_last = call == Call::pwrite ? !failed : nth > most_closes(operation);
         if (after_the_last) break;
       }
       ASSERT_GE(failures, 1) << operation.name << ", " << name_of(call);

@@ -123,7 +123,7 @@ TEST_F(FailuresWithoutMemory, AFullDiskAtTheEndOfTheRunIsStillTold) {
   const Started started = operation.start();
   const ChildEnd end = run_in_child([&] {
     started.call();
-    new CallWatch({.call = Call::write, .nth = 1, .error = ENOSPC});
+    new CallWatch({.call = Call::pwrite, .nth = 1, .error = ENOSPC});
     new Watch(FailingAllocations::all_from_there, 1);
   });
   EXPECT_EQ(end.status, 2);

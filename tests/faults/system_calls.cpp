@@ -16,7 +16,7 @@ namespace {
 
 bool watching = false;
 CallPlan plan;
-std::array<int, all_calls.size()> counts{};
+std::array<int, kinds_of_calls> counts{};
 
 int& count_of(Call call) {
   return counts[static_cast<std::size_t>(call)];
@@ -41,8 +41,9 @@ std::size_t piece(std::size_t bytes) {
 }  // namespace
 
 const char* name_of(Call call) {
-  static constexpr std::array names{"open", "read",  "pread", "write",  "close",    "fstat",
-                                    "stat", "lstat", "lseek", "unlink", "ftruncate"};
+  static constexpr std::array<const char*, kinds_of_calls> names{
+      "open",  "read", "pread", "write", "pwrite", "close",
+      "fstat", "stat", "lstat", "lseek", "unlink", "ftruncate"};
   return names[static_cast<std::size_t>(call)];
 }
 
@@ -71,6 +72,7 @@ int __real_open(const char*, int, ...);
 ssize_t __real_read(int, void*, size_t);
 ssize_t __real_pread(int, void*, size_t, off_t);
 ssize_t __real_write(int, const void*, size_t);
+ssize_t __real_pwrite(int, const void*, size_t, off_t);
 int __real_close(int);
 int __real_fstat(int, struct stat*);
 int __real_stat(const char*, struct stat*);
@@ -94,6 +96,9 @@ ssize_t __wrap_pread(int file, void* to, size_t bytes, off_t at) {
 }
 ssize_t __wrap_write(int file, const void* from, size_t bytes) {
   return is_to_fail(Call::write) ? -1 : __real_write(file, from, faults::piece(bytes));
+}
+ssize_t __wrap_pwrite(int file, const void* from, size_t bytes, off_t at) {
+  return is_to_fail(Call::pwrite) ? -1 : __real_pwrite(file, from, faults::piece(bytes), at);
 }
 /// Whatever it reports, the system has closed the file.
 int __wrap_close(int file) {

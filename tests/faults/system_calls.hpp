@@ -9,10 +9,21 @@
 /// writes take few bytes at a time.
 namespace faults {
 
-enum class Call { open, read, pread, write, close, fstat, stat, lstat, lseek, unlink, ftruncate };
-inline constexpr std::array all_calls{Call::open,  Call::read,   Call::pread,    Call::write,
-                                      Call::close, Call::fstat,  Call::stat,     Call::lstat,
-                                      Call::lseek, Call::unlink, Call::ftruncate};
+enum class Call {
+  open,
+  read,
+  pread,
+  write,
+  pwrite,
+  close,
+  fstat,
+  stat,
+  lstat,
+  lseek,
+  unlink,
+  ftruncate
+};
+inline constexpr std::size_t kinds_of_calls = 12;
 
 [[nodiscard]] const char* name_of(Call call);
 

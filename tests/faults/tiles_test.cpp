@@ -1,0 +1,117 @@
+/// Arrays so large that their lines are moved in tiles, ahead of the place where the file stands.
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <system_error>
+
+#include "faults/attempt.hpp"
+#include "faults/system_calls.hpp"
+#include "grid/grid_case.hpp"
+#include "support/recording_host.hpp"
+#include "support/scratch_folder.hpp"
+
+namespace faults {
+namespace {
+
+using namespace test_support;
+using mod_p3dgrid::p3dlastfailure;
+
+constexpr int points = 60'000;
+constexpr GridForm form{.iformat = 0, .dblprec = false, .multiblock = false, .iblank = false};
+
+std::string large_grid() {
+  Bytes coordinates;
+  for (int n = 0; n < 3 * points; ++n) coordinates.r4(static_cast<float>(n) / 7);
+  return Bytes().record(Bytes().i4s({points, 1, 1})).record(coordinates).str();
+}
+
+class Tiles : public InScratchFolder {
+ protected:
+  void SetUp() override {
+    write_file("grid", bytes);
+    ASSERT_EQ(read().end, End::done);
+  }
+
+  Outcome read(const CallPlan& plan = {}) {
+    grid = std::make_unique<Grid>();
+    begin_run();
+    const CallWatch watch(plan);
+    const Outcome outcome =
+        finish({[&] { grid->read("grid", form); },
+                [&] {
+                  return std::string(reinterpret_cast<const char*>(grid->xyz.data()),
+                                     static_cast<std::size_t>(grid->xyz.size()) * 4);
+                }});
+    calls = CallWatch::count(plan.call);
+    return outcome;
+  }
+  Outcome write(const CallPlan& plan = {}) {
+    begin_run();
+    write_file("written", std::string(bytes.size() + 1000, '#'));
+    const CallWatch watch(plan);
+    const Outcome outcome =
+        finish({[&] { grid->write("written", form); }, [] { return read_file("written"); }});
+    calls = CallWatch::count(plan.call);
+    return outcome;
+  }
+
+  const std::string bytes = large_grid();
+  std::unique_ptr<Grid> grid;
+  int calls = 0;
+};
+
+TEST_F(Tiles, EveryFailingReadIsReportedOnceWithItsReason) {
+  for (const Call call : {Call::read, Call::pread}) {
+    for (int nth = 1;; ++nth) {
+      const Outcome outcome = read({.call = call, .nth = nth, .error = EIO});
+      if (calls < nth) break;
+      ASSERT_EQ(outcome.end, End::reported) << name_of(call) << nth << outcome.message;
+      ASSERT_EQ(p3dlastfailure().found, std::generic_category().message(EIO));
+    }
+  }
+  read({.call = Call::pread});
+  EXPECT_GT(calls, 0) << "the grid is too small for tiles";
+}
+
+TEST_F(Tiles, InterruptedAndShortCallsChangeNothing) {
+  const std::string coordinates = read().result;
+  for (const Call call : {Call::read, Call::pread}) {
+    for (int nth = 1;; ++nth) {
+      ASSERT_EQ(read({.call = call, .nth = nth, .error = EINTR}).result, coordinates);
+      if (calls < nth) break;
+    }
+  }
+  ASSERT_EQ(read({.most_bytes = 1001}).result, coordinates);
+  for (int nth = 1;; ++nth) {
+    ASSERT_EQ(write({.call = Call::pwrite, .nth = nth, .error = EINTR}).result, bytes);
+    if (calls < nth) break;
+  }
+  ASSERT_EQ(write({.most_bytes = 1001}).result, bytes);
+}
+
+TEST_F(Tiles, EveryFailingWriteIsAnErrorOfTheRun) {
+  for (int nth = 1;; ++nth) {
+    const Outcome outcome =
+        write({.call = Call::pwrite, .nth = nth, .error = ENOSPC, .most_bytes = 50'000});
+    if (calls < nth) break;
+    ASSERT_EQ(outcome.end, End::failed) << nth;
+    ASSERT_EQ(outcome.message, "cannot write written: No space left on device");
+    // Nothing of the old file is taken for part of the new one.
+    ASSERT_LT(read_file("written").size(), bytes.size());
+    ASSERT_EQ(read_file("written").find('#'), std::string::npos);
+  }
+}
+
+TEST_F(Tiles, CutFilesAreReportedOnce) {
+  for (std::size_t length = bytes.size() - 1; length > 5000; length -= 4999) {
+    std::filesystem::resize_file("grid", length);
+    ASSERT_EQ(read().end, End::reported) << length;
+  }
+}
+
+}  // namespace
+}  // namespace faults
