@@ -269,6 +269,94 @@ void put_texts() {
   }
 }
 
+/// Takes pieces of nothing but zeros out of a file, for a target to put them in again.
+std::string without_zeros(std::string content, Options& options) {
+  const std::string piece(fuzz::stretch_unit, '\0');
+  const std::size_t at = content.find(piece);
+  int pieces = 0;
+  for (; content.compare(at, piece.size(), piece) == 0; ++pieces) content.erase(at, piece.size());
+  options.oddities |= fuzz::stretched;
+  options.other_format = static_cast<std::uint8_t>(pieces);
+  options.split[0] = static_cast<std::uint8_t>(at % 256);
+  options.split[1] = static_cast<std::uint8_t>(at / 256);
+  return content;
+}
+
+/// The extents of a block that is large enough for the ways that large blocks are moved in.
+constexpr integer large_extents[3]{32, 32, 24};
+constexpr integer large_points = 32 * 32 * 24;
+
+/// A block of zeros and a small one behind it.
+template <class Values>
+void allocate_zeros(Values& values, int rows) {
+  if (values.allocate(rows, large_points + 8) != 0) throw std::bad_alloc();
+  std::ranges::fill(values.span(), 0.F);
+}
+
+void put_large_grids() {
+  for (const GridForm& form : all_grid_forms()) {
+    if (form.iformat == 1) continue;
+    for (const bool turned : {false, true}) {
+      begin_run();
+      if (turned) turn_byte_order();
+      Grid grid;
+      allocate_zeros(grid.xyz, 3);
+      const std::vector<integer> idim{32, 2}, jdim{32, 2}, kdim{24, 2};
+      const std::vector<integer> iblank(large_points + 8, 0);
+      writep3dgrid("written", form.iformat, form.dblprec, form.multiblock ? 2 : 1, 3, grid.xyz,
+                   idim, jdim, kdim, iblank, form.iblank, form.multiblock);
+      Options options = options_of(form);
+      if (turned) options.oddities = fuzz::other_byte_order;
+      const std::string content = without_zeros(read_file("written"), options);
+      put_seed("readp3dgrid", name_of(form) + (turned ? "LargeTurned" : "Large"), options, content);
+    }
+  }
+}
+
+void put_large_restarts() {
+  for (const RestartForm& form : all_restart_forms()) {
+    const bool written_by_us = form.layout != 0 && form.iformat != 1;
+    if (!written_by_us || form.blocks > 1 || form.sections.size() > 1) continue;
+    // With triplets in double precision they are more zeros than a byte counts pieces of.
+    if (form.dblprec && (form.layout == 100 || form.layout == 101)) continue;
+    begin_run();
+    iflag(1) = 999;
+    allocate_parameters(1);
+    if (nfvar.allocate(1) != 0) throw std::bad_alloc();
+    nfvar(1) = 5;
+    Restart restart(1);
+    restart.idim = {large_extents[0]};
+    restart.jdim = {large_extents[1]};
+    restart.kdim = {large_extents[2]};
+    allocate_zeros(restart.varvalues, 5);
+    allocate_zeros(restart.auxvalues, 3);
+    restart.write("written", form);
+    p3dcloseunit(301);
+    Options options = options_of(form);
+    for (int d = 0; d < 3; ++d) {
+      options.extents[0][d] = static_cast<std::uint8_t>(large_extents[d] / fuzz::stretched_extents);
+    }
+    const std::string content = without_zeros(read_file("written"), options);
+    put_seed("readp3drestart", name_of(form) + "Large", options, content);
+    if (form.layout == 3) options.numrstrtvar[0] = 5;
+    options.variable = 3;
+    put_seed("readnextp3dvar", name_of(form) + "Large", options, content);
+  }
+}
+
+/// Text whose numbers stand where a buffer ends.
+void put_long_texts() {
+  constexpr int buffer = 256 * 1024;
+  for (const RestartForm& form : all_restart_forms()) {
+    if (form.iformat != 1 || form.sections.size() > 1) continue;
+    Options options = options_of(form);
+    const std::string content = written(form);
+    options.oddities |= fuzz::stretched;
+    options.other_format = static_cast<std::uint8_t>(buffer / fuzz::stretch_unit);
+    put_seed("readp3drestart", name_of(form) + "Long", options, content);
+  }
+}
+
 void put_all() {
   put_grids();
   put_restarts();
@@ -276,6 +364,9 @@ void put_all() {
   put_checks();
   put_combinations();
   put_texts();
+  put_large_grids();
+  put_large_restarts();
+  put_long_texts();
 }
 
 }  // namespace

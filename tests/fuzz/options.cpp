@@ -14,7 +14,7 @@ constexpr std::array<integer, 8> layouts{2, 3, 0, 1, 100, 101, 102, 7};
 constexpr std::array<integer, 7> section_counts{1, 2, 3, 0, 30, 31, -1};
 constexpr std::array<integer, 4> extension_flags{0, 1, 41, 999};
 
-constexpr std::int64_t most_points = 5000;
+constexpr std::int64_t most_points = 25000;
 constexpr std::int64_t most_counted = std::numeric_limits<integer>::max();
 
 /// Whatever the caller says, it has extents of so many blocks.
@@ -57,9 +57,11 @@ Blocks::Blocks(const Options& options) : nblocks(options.nblocks) {
       std::min(static_cast<std::size_t>(std::max(nblocks, 0)), most_blocks);
   for (std::size_t b = 0; b < described; ++b) {
     const auto& extents = options.extents[b % 3];
-    idim.push_back(extent_of(extents[0]));
-    jdim.push_back(extent_of(extents[1]));
-    kdim.push_back(extent_of(extents[2]));
+    const bool larger = b == 0 && has(options, stretched) && format_of(options.format) != 1;
+    const integer factor = larger ? stretched_extents : 1;
+    idim.push_back(extent_of(extents[0]) * factor);
+    jdim.push_back(extent_of(extents[1]) * factor);
+    kdim.push_back(extent_of(extents[2]) * factor);
     const std::int64_t layer = std::int64_t{idim.back()} * jdim.back();
     // A large block costs more time than it finds, unless nobody can count its points.
     if (layer * kdim.back() > most_points && layer <= most_counted) kdim.back() = 1;
@@ -70,6 +72,11 @@ Blocks::Blocks(const Options& options) : nblocks(options.nblocks) {
   }
   if (has(options, short_extents) && described > 0) kdim.pop_back();
   if (has(options, short_blockpoints) && described > 0) blockpoints.pop_back();
+}
+
+std::size_t split_length(const Options& options, std::span<const std::uint8_t> content) {
+  const std::size_t length = options.split[0] + std::size_t{256} * options.split[1];
+  return std::min(length, content.size());
 }
 
 bool take_apart(std::span<const std::uint8_t> input, Options& options,

@@ -20,13 +20,15 @@ struct Options {
   std::int8_t numrstrtvar[3] = {};  ///< their numbers of variables
   std::int8_t nblocks = 0;          ///< block count of the caller
   std::uint8_t extents[3][3] = {};  ///< i, j, k of its blocks 1 to 3, see `extent_of`
-  std::uint8_t oddities = 0;        ///< bits of `Arrays`: what is odd about the caller's arrays
+  std::uint8_t oddities = 0;        ///< bits of `Oddity`: what is unusual
   std::int8_t variable = 0;         ///< number of the variable that is wanted
   std::int8_t nparamrows = 0;       ///< rows of flow parameters in use
   std::uint8_t iflag = 0;           ///< two bits for each entry of `iflag`, see `flag_of`
   std::uint8_t allocated = 0;       ///< two bits each: rows of `sqvar`, `dqvar`, `nfvar` before
-  std::uint8_t other_format = 0;    ///< format of the grid that a restart file is checked against
-  std::uint8_t split[2] = {};       ///< length of the first file, or of each but the last
+  std::uint8_t other_format = 0;    ///< format of the grid that a restart file is checked against,
+                                    ///< or by how many pieces of 4096 bytes a file is stretched
+  std::uint8_t split[2] = {};       ///< length of the first file, or of each but the last, or where
+                                    ///< a file is stretched
   std::int8_t nfvar = 0;            ///< what `nfvar` holds before
 };
 static_assert(sizeof(Options) == 32 && alignof(Options) == 1);
@@ -48,8 +50,9 @@ enum Oddity : std::uint8_t {
   more_blockpoints = 4,    ///< a point more in each block
   short_values = 8,        ///< the flow array lacks a point
   results_allocated = 16,  ///< results are allocated already
-  other_byte_order = 64,   ///< files have the other byte order than the machine
   no_extents_wanted = 32,  ///< the operation's form without extents
+  other_byte_order = 64,   ///< files have the other byte order than the machine
+  stretched = 128,         ///< a file is stretched, and block 1 of the caller too unless it is text
 };
 
 /// 0 to 2 are the formats, as are the next three; the others are none.
@@ -61,6 +64,12 @@ enum Oddity : std::uint8_t {
 [[nodiscard]] std::uint8_t byte_of_layout(mod_p3dgrid::integer rsttype);
 /// 1, 2, 3, 0, 30, 31 and -1, in turn.
 [[nodiscard]] mod_p3dgrid::integer sections_in_use(const Options& options);
+/// Where a file is split or stretched.
+[[nodiscard]] std::size_t split_length(const Options& options,
+                                       std::span<const std::uint8_t> content);
+inline constexpr std::size_t stretch_unit = 4096;
+/// By what the extents of a stretched block 1 are multiplied.
+inline constexpr mod_p3dgrid::integer stretched_extents = 8;
 /// Lower half of the byte: 14 is -1, 15 is 70000 (two of them are more points than 32 bits count).
 [[nodiscard]] mod_p3dgrid::integer extent_of(std::uint8_t byte);
 /// 0, 1, 41 or 999.

@@ -21,8 +21,8 @@ bool all_untouched(const allocatable<float, 2>& values, integer row) {
 
 }  // namespace
 
-void place_files(const Options&, Content content) {
-  put_file("restart", content);
+void place_files(const Options& options, Content content) {
+  place_file(options, "restart", content);
 }
 
 void run_operation(const Options& options) {

@@ -31,8 +31,8 @@ void check(const Grid& grid, const Options& options) {
 
 }  // namespace
 
-void place_files(const Options&, Content content) {
-  put_file("grid", content);
+void place_files(const Options& options, Content content) {
+  place_file(options, "grid", content);
 }
 
 void run_operation(const Options& options) {

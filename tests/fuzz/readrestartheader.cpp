@@ -8,8 +8,8 @@ namespace fuzz {
 
 using namespace mod_p3dgrid;
 
-void place_files(const Options&, Content content) {
-  put_file("restart", content);
+void place_files(const Options& options, Content content) {
+  place_file(options, "restart", content);
 }
 
 void run_operation(const Options& options) {

@@ -1,12 +1,22 @@
 #include "target.hpp"
 
 #include <algorithm>
+#include <vector>
 
 namespace fuzz {
 
-std::size_t split_length(const Options& options, Content content) {
-  const std::size_t length = options.split[0] + std::size_t{256} * options.split[1];
-  return std::min(length, content.size());
+void place_file(const Options& options, std::string_view name, Content content) {
+  if (!has(options, stretched)) return put_file(name, content);
+  constexpr int text = 1;
+  constexpr std::size_t room_for_text = 500;  // so that numbers lie across the end of a buffer
+  const bool is_text = format_of(options.format) == text;
+  std::size_t length = stretch_unit * options.other_format;
+  if (is_text) length -= std::min(length, room_for_text);
+  const auto middle = content.begin() + static_cast<std::ptrdiff_t>(split_length(options, content));
+  std::vector<std::uint8_t> all(content.begin(), middle);
+  all.insert(all.end(), length, is_text ? ' ' : 0);
+  all.insert(all.end(), middle, content.end());
+  put_file(name, all);
 }
 
 namespace {

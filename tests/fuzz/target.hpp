@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string_view>
 
 #include "host.hpp"
 #include "options.hpp"
@@ -19,8 +20,9 @@ void place_files(const Options& options, Content content);
 void run_operation(const Options& options);
 /// @}
 
-/// Length of the first file, or of each but the last, where an input holds several.
-[[nodiscard]] std::size_t split_length(const Options& options, Content content);
+/// Writes the one file of an input. One that is to be stretched gets zeros, text gets blanks, so
+/// that a small input reaches what only large files do.
+void place_file(const Options& options, std::string_view name, Content content);
 
 /// Reads every value, so that an array that is shorter than it says shows.
 template <class Array>
