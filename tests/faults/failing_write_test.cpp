@@ -7,6 +7,7 @@
 #include <string>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 #include "faults/attempt.hpp"
 #include "faults/child.hpp"
@@ -198,7 +199,9 @@ TEST_P(FailingWrites, AHostWithoutHandlersEndsWithAMessageAndStatusTwo) {
   // Units that the operation leaves open are closed when the run ends, and fail there.
   units_stay_open = true;
   for (const Operation& operation : GetParam().all()) {
-    for (const auto& [call, error] : {std::pair{Call::pwrite, ENOSPC}, {Call::close, EDQUOT}}) {
+    for (const auto& fault : {std::pair{Call::pwrite, ENOSPC}, {Call::close, EDQUOT}}) {
+      const Call call = fault.first;
+      const int error = fault.second;
       int failures = 0;
       for (int nth = 1;; ++nth) {
         place_files_and_old_output(operation);
@@ -206,7 +209,9 @@ TEST_P(FailingWrites, AHostWithoutHandlersEndsWithAMessageAndStatusTwo) {
         const Started started = operation.start();
         const ChildEnd end = run_in_child([&] {
           // Never destroyed, because the run goes on while the process ends.
-          new CallWatch({.call = call, .nth = nth, .error = error, .most_bytes = few_bytes});
+          static std::vector<const CallWatch*>& kept = *new std::vector<const CallWatch*>;
+          kept.push_back(
+              new CallWatch({.call = call, .nth = nth, .error = error, .most_bytes = few_bytes}));
           started.call();
         });
         const bool failed = end.status != 0 || !end.error.empty();
