@@ -2,11 +2,9 @@
 
 #include "console.hpp"
 #include "failure.hpp"
-#include "form_guess.hpp"
 #include "grid_file.hpp"
 #include "paths.hpp"
 #include "process.hpp"
-#include "restart_guess.hpp"
 #include "restart_header.hpp"
 #include "table.hpp"
 
@@ -28,54 +26,34 @@ struct Pair {
   }
 };
 
-std::string with_advice(const std::string& message, const std::string& advice) {
-  return advice.empty() ? message : message + "; " + advice;
-}
-
-/// What is wrong may be no more than an option: a file stated wrongly can look like another one.
-std::string advice_for(const Pair& pair) {
-  const FormGuess guess = guess_form(pair.grid_path);
-  const std::string of_grid = guess.allows(pair.grid) ? "" : guess.advice(pair.grid);
-  if (!of_grid.empty()) return pair.grid_path + ": " + of_grid;
-  RestartForm form = pair.restart;  // whose precision does not matter to the extents
-  for (const Precision precision : {Precision::double_precision, Precision::single_precision}) {
-    form.precision = precision;
-    if (lengths_fit(pair.restart_path, form, std::nullopt)) return "";
-  }
-  const std::string of_restart = restart_advice(pair.restart_path, pair.restart, std::nullopt);
-  return of_restart.empty() ? "" : pair.restart_path + ": " + of_restart;
-}
-
-void compare_by_library(const Pair& pair) {
-  const LibraryMessages shown(print_line);
+/// Prints the library's report of how the two differ, and throws.
+void report_by_library(const Pair& pair) {
+  const LibraryMessages shown(print_result);
   try {
     // Counts of another file would be taken for this one's room.
     mod_p3dgrid::nfvar.deallocate();
     mod_p3dgrid::checkp3drstrtheader(
-        name_for(pair.grid_path), static_cast<integer>(pair.grid.encoding),
-        name_for(pair.restart_path), static_cast<integer>(pair.restart.encoding),
+        name_for(pair.grid_path, pair.grid.byte_order), static_cast<integer>(pair.grid.encoding),
+        name_for(pair.restart_path, pair.restart.byte_order),
+        static_cast<integer>(pair.restart.encoding),
         logical(pair.restart.precision == Precision::double_precision),
         static_cast<integer>(pair.restart.layout), logical(pair.grid.multiblock));
   } catch (const Halt&) {
-    throw Failure(ExitStatus::mismatch, with_advice(pair.disagreement(), advice_for(pair)));
-  } catch (const Unreadable& failure) {
-    throw Failure(failure.status(),
-                  with_advice(failure.what(), guess_form(pair.grid_path).advice(pair.grid)));
+    throw Failure(ExitStatus::mismatch, pair.disagreement());
   }
 }
 
-/// For files of which one begins with a block count and the other does not: the library is told of
-/// that for both at once.
-void compare_here(const Pair& pair, const RestartHeader& header) {
-  const Extents grid = extents_of(read_grid(pair.grid_path, pair.grid));
-  if (grid.blocks() != header.blocks) {
+/// For pairs of which the library cannot be told: one begins with a block count and the other does
+/// not, or the layout is one whose extents it does not hand over.
+void require_same_extents(const Pair& pair, const Extents& grid, const Extents& restart) {
+  if (grid.blocks() != restart.blocks()) {
     throw Failure(ExitStatus::mismatch, pair.disagreement() + ": it holds " +
-                                            counted(header.blocks, "block") + ", the grid " +
+                                            counted(restart.blocks(), "block") + ", the grid " +
                                             std::to_string(grid.blocks()));
   }
   for (std::size_t b = 0; b < grid.i.size(); ++b) {
     const std::string of_grid = grid.text_of(b);
-    const std::string of_restart = header.extents.text_of(b);
+    const std::string of_restart = restart.text_of(b);
     if (of_grid == of_restart) continue;
     throw Failure(ExitStatus::mismatch, pair.disagreement() + ": its block " +
                                             std::to_string(b + 1) + " is " + of_restart +
@@ -83,41 +61,47 @@ void compare_here(const Pair& pair, const RestartHeader& header) {
   }
 }
 
-// Without a block count in the grid the library compares the first block alone.
-void require_one_block(const Pair& pair, const RestartHeader& header) {
-  if (header.blocks == 1) return;
-  throw Failure(ExitStatus::mismatch, pair.disagreement() + ": it holds " +
-                                          counted(header.blocks, "block") + ", the grid 1");
+bool same(const Extents& a, const Extents& b) {
+  return a.i == b.i && a.j == b.j && a.k == b.k;
+}
+
+/// The library compares what begins with a block count in both files or in neither.
+bool library_can_compare(const Pair& pair) {
+  if (!holds_extents(pair.restart.layout)) return false;
+  return may_hold_count(pair.restart.layout) ? pair.restart.multiblock == pair.grid.multiblock
+                                             : pair.grid.multiblock;
+}
+
+Extents extents_of_grid(const std::string& path, const Found& grid) {
+  if (!grid.reading.extents.i.empty()) return grid.reading.extents;
+  return extents_of(read_grid(path, grid));
 }
 
 }  // namespace
 
-void require_agreement(const std::string& grid_path, const GridForm& grid,
-                       const std::string& restart_path, const RestartForm& restart) {
-  const Pair pair{grid_path, grid, restart_path, restart};
+Case find_case(const std::string& grid_path, const StatedGridForm& grid,
+               const std::string& restart_path, const StatedRestartForm& restart, Look look) {
   require_regular_file(restart_path);
-  // Read here first, because the library's own complaints about a header name no option.
-  const RestartHeader header = header_with_advice(restart_path, restart);
-  if (may_hold_count(restart.layout) && restart.multiblock != grid.multiblock) {
-    return compare_here(pair, header);
+  const bool all = look == Look::everywhere;
+  Case found{.grid = all ? prove_grid(grid_path, grid) : find_grid(grid_path, grid)};
+  found.extents = extents_of_grid(grid_path, found.grid);
+  found.restart = all ? prove_restart(restart_path, restart, found.extents)
+                      : find_restart(restart_path, restart, found.extents);
+  const Reading& reading = found.restart.reading;
+  const Pair pair{grid_path, found.grid.grid(), restart_path, found.restart.restart()};
+  if (reading.extents.i.empty()) {
+    // A layout without extents, or a header that is none, of which the library knows to say why.
+    static_cast<void>(header_with_advice(restart_path, found.restart.restart()));
+    return found;
   }
-  compare_by_library(pair);
-  if (!may_hold_count(restart.layout) && !grid.multiblock) require_one_block(pair, header);
+  if (same(reading.extents, found.extents)) return found;
+  if (library_can_compare(pair)) report_by_library(pair);
+  require_same_extents(pair, found.extents, reading.extents);
+  return found;
 }
 
-std::optional<Extents> extents_to_read_by(const std::string& grid_path, const GridForm& grid,
-                                          const std::string& restart_path,
-                                          const RestartForm& restart) {
-  require_regular_file(restart_path);
-  if (!holds_extents(restart.layout)) return extents_of(read_grid(grid_path, grid));
-  require_agreement(grid_path, grid, restart_path, restart);
-  return std::nullopt;
-}
-
-Restart read_restart_of_grid(const std::string& grid_path, const GridForm& grid,
-                             const std::string& restart_path, const RestartForm& restart) {
-  return read_restart(restart_path, restart,
-                      extents_to_read_by(grid_path, grid, restart_path, restart));
+Restart read_restart_of_grid(const std::string& restart_path, const Case& found) {
+  return read_restart(restart_path, found.restart, found.extents);
 }
 
 }  // namespace p3dgrid

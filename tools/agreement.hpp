@@ -1,31 +1,31 @@
 #pragma once
 
-#include <optional>
 #include <string>
 
-#include "grid_form.hpp"
+#include "detect/detect.hpp"
 #include "restart_file.hpp"
 
 namespace p3dgrid {
 
-/// Makes sure that a restart file of a layout with extents belongs to a grid: as many blocks, with
-/// the same extents. Reads only the headers. Where they differ, the library's report goes to
-/// standard output, and a Failure is thrown.
-void require_agreement(const std::string& grid_path, const GridForm& grid,
-                       const std::string& restart_path, const RestartForm& restart);
+/// A grid, and a restart file that belongs to it as far as their headers and lengths tell.
+struct Case {
+  Found grid;
+  Found restart = {};
+  Extents extents = {};  ///< of the grid
+};
 
-/// Makes sure that a restart file belongs to a grid, as far as its header tells. Returns the
-/// extents of the grid when the layout holds none, for its body to be read by.
-[[nodiscard]] std::optional<Extents> extents_to_read_by(const std::string& grid_path,
-                                                        const GridForm& grid,
-                                                        const std::string& restart_path,
-                                                        const RestartForm& restart);
+/// How far to look: at what has been stated too, or only at what has been left open.
+enum class Look { where_needed, everywhere };
 
-/// Reads a whole restart file that belongs to a grid: with extents of its own they must agree with
-/// the grid's, without them it is read with the grid's. Throws a Failure as `require_agreement` and
+/// Finds out the forms of a grid and of a restart file, and makes sure that the two belong
+/// together. Where they do not, the library's report of blocks and extents goes to standard output,
+/// and a Failure is thrown; Failures of `find_grid` and `find_restart` come as they are.
+[[nodiscard]] Case find_case(const std::string& grid_path, const StatedGridForm& grid,
+                             const std::string& restart_path, const StatedRestartForm& restart,
+                             Look look = Look::where_needed);
+
+/// Reads a whole restart file that belongs to a grid. Throws a Failure as `find_case` and
 /// `read_restart` do.
-[[nodiscard]] Restart read_restart_of_grid(const std::string& grid_path, const GridForm& grid,
-                                           const std::string& restart_path,
-                                           const RestartForm& restart);
+[[nodiscard]] Restart read_restart_of_grid(const std::string& restart_path, const Case& found);
 
 }  // namespace p3dgrid

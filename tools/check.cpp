@@ -2,50 +2,84 @@
 #include <string>
 
 #include "agreement.hpp"
+#include "any_file.hpp"
 #include "commands.hpp"
 #include "console.hpp"
 #include "failure.hpp"
 #include "options.hpp"
+#include "table.hpp"
 
 namespace p3dgrid {
 namespace {
 
 struct CheckOptions {
-  std::string grid_path;
+  AnyFile file;  // the grid, where there is a restart file besides
   std::string restart_path;
-  GridForm grid;
-  RestartForm restart;
 };
 
-void check(const CheckOptions& options) {
-  if (!holds_extents(options.restart.layout)) {
-    throw Failure(ExitStatus::unusable,
-                  std::string("layout ") + name_of(options.restart.layout) +
-                      " gives no extents to compare; 'p3dgrid info --layout " +
-                      name_of(options.restart.layout) +
-                      " RESTART --grid GRID' shows whether the lengths fit");
+/// Bytes that no reading asks for are damage here, though they can be left out.
+void require_end(const std::string& path, const Found& found) {
+  const Fit& fit = found.reading.fit;
+  if (fit.whole()) return;
+  throw Failure(ExitStatus::mismatch,
+                path + ": " + fit.what + "; taken as " + describe(found.reading));
+}
+
+std::string contents_of(const Reading& reading) {
+  const Extents& extents = reading.extents;
+  return describe(reading) + "; " + counted(extents.blocks(), "block") + ", " +
+         counted(extents.points(), "point");
+}
+
+void check_alone(const AnyFile& file) {
+  const Found found = prove_file(file);
+  if (!found.reading.checked) {
+    throw Failure(ExitStatus::unusable, file.path + ": is " + describe(found.reading) +
+                                            ", which holds no extents; 'p3dgrid check GRID " +
+                                            file.path + "' takes them from its grid");
   }
-  require_agreement(options.grid_path, options.grid, options.restart_path, options.restart);
-  print_line(options.grid_path + " and " + options.restart_path + " agree");
+  require_end(file.path, found);
+  print_line(file.path + ": no damage found; " + contents_of(found.reading));
+}
+
+void check_pair(const CheckOptions& options) {
+  const AnyFile& grid = options.file;
+  const Case found =
+      find_case(grid.path, grid.grid, options.restart_path, grid.restart, Look::everywhere);
+  require_end(grid.path, found.grid);
+  require_end(options.restart_path, found.restart);
+  print_line(grid.path + " and " + options.restart_path + " agree");
+}
+
+void check(const CheckOptions& options) {
+  return options.restart_path.empty() ? check_alone(options.file) : check_pair(options);
 }
 
 }  // namespace
 
 Command add_check(CLI::App& program) {
   CLI::App* line = program.add_subcommand(
-      "check", "Make sure that a restart file belongs to a grid: same blocks, same extents");
+      "check",
+      "Look for damage in a grid or restart file, or in both and whether they belong together");
   const auto options = std::make_shared<CheckOptions>();
-  add_path(*line, "GRID", options->grid_path, "Grid file");
-  add_path(*line, "RESTART", options->restart_path, "Restart (flow-solution) file");
-  add_grid_options(*line, options->grid);
-  add_restart_options(*line, options->restart);
+  add_path(*line, "FILE", options->file.path, "Grid file, or restart file alone");
+  add_path(*line, "RESTART", options->restart_path, "Restart (flow-solution) file of that grid")
+      ->required(false);
+  add_grid_options(*line, options->file.grid);
+  add_restart_options(*line, options->file.restart);
   line->footer(
-      "Exit status: 0 they agree, 1 they do not, or a header is damaged. Only the headers are\n"
-      "read.\n\n"
+      "Exit status: 0 all is well, 1 a file is damaged or the two do not belong together, 2 it\n"
+      "cannot be told.\n\n"
       "Examples:\n"
+      "  p3dgrid check grid.p3d\n"
+      "  p3dgrid check flow.q\n"
       "  p3dgrid check grid.p3d flow.q\n"
-      "  p3dgrid check grid.p3d flow.f --layout 3\n"
-      "  p3dgrid check grid.txt flow.q --grid-format formatted --restart-precision double");
+      "  p3dgrid check grid.txt flow.q --restart-precision single");
+  // The command line is gone when the work begins.
+  line->callback([options, line] {
+    options->file.grid_option = given_grid_option(*line);
+    options->file.restart_option = given_restart_option(*line);
+  });
   return {line, [options] { check(*options); }};
 }
 

@@ -16,6 +16,7 @@ namespace p3dgrid {
 namespace {
 
 bool quiet_wanted = false;
+bool output_kept_for_programs = false;
 int first_output_error = 0;
 
 constexpr const char* erase_line = "\r\x1b[K";
@@ -70,8 +71,16 @@ void print_line(std::string_view line) {
   write_line(stdout, std::string(line).append("\n"));
 }
 
+void print_result(std::string_view line) {
+  if (!output_kept_for_programs) print_line(line);
+}
+
+void keep_output_for_programs() {
+  output_kept_for_programs = true;
+}
+
 void print_progress(std::string_view line) {
-  if (!quiet_wanted) print_line(line);
+  if (!quiet_wanted) print_result(line);
 }
 
 void print_note(std::string_view text) {

@@ -11,6 +11,12 @@ void set_quiet(bool quiet);
 /// One line of a command's result, on standard output.
 void print_line(std::string_view line);
 
+/// The same, dropped where standard output is kept for programs.
+void print_result(std::string_view line);
+
+/// Keeps standard output for programs: of all lines, only those of `print_line` go there.
+void keep_output_for_programs();
+
 /// One line that says how far the work is, on standard output.
 void print_progress(std::string_view line);
 

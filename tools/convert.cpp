@@ -15,8 +15,8 @@ namespace {
 struct ConvertOptions {
   std::string input;
   std::string output;
-  GridForm form;
-  GridFormChange change;
+  StatedGridForm stated;
+  StatedGridForm change;
 };
 
 void require_writable_form(const ConvertOptions& options, const GridForm& form, const Grid& grid) {
@@ -41,11 +41,12 @@ void convert(const ConvertOptions& options) {
   require_different_files(options.input, options.output);
   // Reserved before the reading starts: a folder that takes no files shows at once.
   OutputFile output(options.output);
-  Grid grid = read_grid(options.input, options.form);
-  const GridForm form = options.change.applied_to(options.form);
+  const Found found = find_grid(options.input, options.stated);
+  Grid grid = read_grid(options.input, found);
+  const GridForm form = options.change.applied_to(found.grid());
   require_writable_form(options, form, grid);
   if (form.iblank && !grid.iblank.allocated()) allocate_blanking(grid);
-  if (loses_digits(options.form, form)) {
+  if (loses_digits(found.grid(), form)) {
     print_note("coordinates pass through single precision: " + options.output +
                " holds about 7 digits of each, whatever its own precision");
   }
@@ -62,13 +63,13 @@ Command add_convert(CLI::App& program) {
   const auto options = std::make_shared<ConvertOptions>();
   add_path(*line, "GRID", options->input, "Grid file to read");
   add_path(*line, "OUT", options->output, "Grid file to write; replaced whole or not at all");
-  add_grid_options(*line, options->form);
+  add_grid_options(*line, options->stated);
   add_target_options(*line, options->change);
   line->footer(
       "Coordinates pass through single precision, also from double to double.\n\n"
       "Examples:\n"
       "  p3dgrid convert grid.p3d grid.txt --to-format formatted\n"
-      "  p3dgrid convert grid.txt grid.p3d --grid-format formatted --to-format unformatted\n"
+      "  p3dgrid convert grid.txt grid.p3d --to-format unformatted --to-byte-order big\n"
       "  p3dgrid convert grid.p3d grid.bin --to-format binary --to-precision double");
   return {line, [options] { convert(*options); }};
 }

@@ -6,10 +6,11 @@ bool holds_doubles(Encoding encoding, Precision precision) {
   return encoding != Encoding::formatted && precision == Precision::double_precision;
 }
 
-std::string describe(Encoding encoding, Precision precision) {
+std::string describe(Encoding encoding, Precision precision, ByteOrder order) {
   std::string text = name_of(encoding);
   if (encoding != Encoding::formatted) {
-    text.append(", ").append(name_of(precision)).append(" precision");
+    text.append(", ").append(name_of(order)).append("-endian, ");
+    text.append(name_of(precision)).append(" precision");
   }
   return text;
 }
@@ -28,6 +29,10 @@ const char* name_of(Encoding encoding) {
 
 const char* name_of(Precision precision) {
   return precision == Precision::double_precision ? "double" : "single";
+}
+
+const char* name_of(ByteOrder order) {
+  return order == ByteOrder::big ? "big" : "little";
 }
 
 const char* name_of(bool choice) {

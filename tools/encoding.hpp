@@ -1,6 +1,7 @@
 #pragma once
 
 #include <MOD_P3DReader.hpp>
+#include <bit>
 #include <string>
 #include <string_view>
 
@@ -10,6 +11,9 @@ namespace p3dgrid {
 enum class Encoding : mod_p3dgrid::integer { unformatted = 0, formatted = 1, binary = 2 };
 
 enum class Precision { single_precision, double_precision };
+
+/// Of integers, reals and record markers; text has none.
+using ByteOrder = std::endian;
 
 /// True when files of this kind hold 64-bit reals; text holds digits, whatever the precision asked
 /// for.
@@ -25,19 +29,12 @@ template <class Form>
           holds_doubles(written.encoding, written.precision));
 }
 
-/// For people: "unformatted, single precision", "formatted".
-[[nodiscard]] std::string describe(Encoding encoding, Precision precision);
+/// For people: "unformatted, little-endian, single precision", "formatted".
+[[nodiscard]] std::string describe(Encoding encoding, Precision precision, ByteOrder order);
 
 [[nodiscard]] const char* name_of(Encoding encoding);
 [[nodiscard]] const char* name_of(Precision precision);
+[[nodiscard]] const char* name_of(ByteOrder order);
 [[nodiscard]] const char* name_of(bool choice);
-
-/// Adds "option actual" to a list of options as they are typed, where `stated` is not `actual`.
-template <class Choice>
-void append_option(std::string& options, std::string_view option, Choice stated, Choice actual) {
-  if (stated == actual) return;
-  if (!options.empty()) options += ' ';
-  options.append(option).append(" ").append(name_of(actual));
-}
 
 }  // namespace p3dgrid

@@ -5,7 +5,6 @@
 
 #include "console.hpp"
 #include "failure.hpp"
-#include "form_guess.hpp"
 #include "paths.hpp"
 #include "progress.hpp"
 
@@ -23,20 +22,27 @@ logical precision_flag(const GridForm& form) {
   return form.precision == Precision::double_precision;
 }
 
+std::string with_advice(const std::string& message, const std::string& advice) {
+  return advice.empty() ? message : message + "; " + advice;
+}
+
 // The library skips what is left of a record and never looks behind the last block, so a file of
-// another precision can be read without a complaint, into nonsense. Lengths give it away.
-void require_form(const std::string& path, const GridForm& form) {
-  const FormGuess guess = guess_form(path);
-  if (guess.allows(form)) return;
+// another form can be read without a complaint, into nonsense. Lengths give it away.
+void require_form(const std::string& path, const GridForm& form, const Extents& extents) {
+  const Fit fit = fit_of(path, form, extents);
+  if (fit.whole()) return;
+  if (fit.agreement == Fit::Agreement::longer && form.encoding == Encoding::unformatted) {
+    return print_note(path + ": " + fit.what + ", and are left out");
+  }
   GridForm with_blanking = form;
   with_blanking.iblank = true;
-  if (form.encoding == Encoding::unformatted && guess.allows(with_blanking)) {
+  if (form.encoding == Encoding::unformatted && fit_of(path, with_blanking, extents).whole()) {
     print_note(path + ": holds blanking values, which are left out; --grid-iblank yes reads them");
     return;
   }
-  const std::string advice = guess.advice(form);
-  if (advice.empty()) return;
-  throw Failure(ExitStatus::mismatch, path + ": is not " + describe(form) + "; " + advice);
+  throw Failure(ExitStatus::mismatch,
+                with_advice(path + ": is not " + describe(form) + ": " + fit.what,
+                            advice(path, stated_as(form))));
 }
 
 }  // namespace
@@ -74,22 +80,21 @@ Grid first_block(const Grid& grid) {
   return first;
 }
 
-Grid read_grid(const std::string& path, const GridForm& form) {
+Grid read_grid(const std::string& path, const Found& found) {
+  const GridForm& form = found.grid();
   Grid grid;
   try {
-    mod_p3dgrid::readp3dgrid(name_for(path), static_cast<integer>(form.encoding),
+    mod_p3dgrid::readp3dgrid(name_for(path, form.byte_order), static_cast<integer>(form.encoding),
                              precision_flag(form), grid.blocks, grid.ndim, grid.xyz, grid.idim,
                              grid.jdim, grid.kdim, grid.iblank, form.iblank, form.multiblock);
   } catch (const Unreadable& failure) {
-    const std::string advice = guess_form(path).advice(form);
-    if (advice.empty()) throw;
-    throw Failure(failure.status(), failure.what() + ("; " + advice));
+    throw Failure(failure.status(), with_advice(failure.what(), advice(path, stated_as(form))));
   }
   if (grid.blocks < 1) {
     throw Failure(ExitStatus::mismatch,
                   path + ": has a block count of " + std::to_string(grid.blocks));
   }
-  require_form(path, form);
+  if (!found.reading.fit.whole() || found.stated) require_form(path, form, extents_of(grid));
   return grid;
 }
 
@@ -103,7 +108,7 @@ void write_grid(const std::string& path, const GridForm& form, const Grid& grid)
   // How long text becomes shows only when it is there.
   const bool known = form.encoding != Encoding::formatted;
   expect_output(known ? grid.points() * (coordinates + blanking) : 0);
-  mod_p3dgrid::writep3dgrid(name_for(path), static_cast<integer>(form.encoding),
+  mod_p3dgrid::writep3dgrid(name_for(path, form.byte_order), static_cast<integer>(form.encoding),
                             precision_flag(form), grid.blocks, grid.ndim, grid.xyz, grid.idim,
                             grid.jdim, grid.kdim, grid.iblank, form.iblank, form.multiblock);
 }

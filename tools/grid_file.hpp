@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 
+#include "detect/detect.hpp"
 #include "extents.hpp"
 #include "grid_form.hpp"
 
@@ -40,9 +41,10 @@ void allocate_blanking(Grid& grid);
 /// A grid of the first block alone. Throws std::bad_alloc.
 [[nodiscard]] Grid first_block(const Grid& grid);
 
-/// Reads a grid file. Throws a Failure that names the file, with the option that would help where
-/// the file is evidently of another form than stated.
-[[nodiscard]] Grid read_grid(const std::string& path, const GridForm& form);
+/// Reads a grid file in the form that has been found. Throws a Failure that names the file; a form
+/// that was stated and not looked for is compared with the file, and the options that would help
+/// are named.
+[[nodiscard]] Grid read_grid(const std::string& path, const Found& found);
 
 /// Writes a grid file; what `path` names is complete only once this returns.
 void write_grid(const std::string& path, const GridForm& form, const Grid& grid);

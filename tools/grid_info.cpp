@@ -5,10 +5,12 @@
 #include <cmath>
 #include <vector>
 
+#include "blanking.hpp"
 #include "console.hpp"
 #include "grid_file.hpp"
 #include "range.hpp"
 #include "table.hpp"
+#include "variable_report.hpp"
 
 namespace p3dgrid {
 namespace {
@@ -20,13 +22,9 @@ struct Summary {
   std::int64_t points = 0;
   std::array<Range, 3> box;
   std::int64_t not_finite = 0;  ///< points with a coordinate that is infinite or no number
-  std::int64_t blanked = 0;     ///< blanking value 0
-  std::int64_t used = 0;        ///< 1
-  std::int64_t negative = 0;    ///< by custom: values come from the block of that number
-  std::int64_t other = 0;
+  BlankingCounts blanking;
 
   void add_point(const float* xyz);
-  void add_blanking(integer value);
   void add(const Summary& block);
 };
 
@@ -39,19 +37,11 @@ void Summary::add_point(const float* xyz) {
   for (std::size_t c = 0; c < 3; ++c) box[c].include(xyz[c]);
 }
 
-void Summary::add_blanking(integer value) {
-  std::int64_t& count = value == 0 ? blanked : value == 1 ? used : value < 0 ? negative : other;
-  ++count;
-}
-
 void Summary::add(const Summary& block) {
   points += block.points;
   for (std::size_t c = 0; c < 3; ++c) box[c].include(block.box[c]);
   not_finite += block.not_finite;
-  blanked += block.blanked;
-  used += block.used;
-  negative += block.negative;
-  other += block.other;
+  blanking.add(block.blanking);
 }
 
 /// A summary for each block, and one for all of them at the end.
@@ -59,13 +49,12 @@ std::vector<Summary> summarize(const Grid& grid) {
   std::vector<Summary> summaries;
   Summary total;
   const float* xyz = grid.xyz.data();
-  const integer* blanking = grid.iblank.data();
+  const std::vector<BlankingCounts> blanking = count_blanking(grid);
   for (integer b = 1; b <= grid.blocks; ++b) {
     Summary block;
     const std::int64_t points = grid.points_of(b);
     for (std::int64_t p = 0; p < points; ++p, xyz += 3) block.add_point(xyz);
-    for (std::int64_t p = 0; blanking != nullptr && p < points; ++p)
-      block.add_blanking(*blanking++);
+    if (!blanking.empty()) block.blanking = blanking[static_cast<std::size_t>(b) - 1];
     total.add(block);
     summaries.push_back(block);
   }
@@ -92,7 +81,8 @@ void print_extents(const Grid& grid, const std::vector<Summary>& summaries) {
     }
     entries.push_back(std::to_string(summary.points));
     if (blanking) {
-      for (const auto count : {summary.blanked, summary.used, summary.negative, summary.other}) {
+      const BlankingCounts& counts = summary.blanking;
+      for (const auto count : {counts.blanked, counts.used, counts.negative, counts.other}) {
         entries.push_back(std::to_string(count));
       }
     }
@@ -120,17 +110,18 @@ void print_box(const std::vector<Summary>& summaries) {
 
 }  // namespace
 
-void print_grid_info(const std::string& path, const GridForm& form) {
-  const Grid grid = read_grid(path, form);
+void print_grid_info(const std::string& path, const Found& found, const Grid& grid) {
   const std::vector<Summary> summaries = summarize(grid);
   print_line("file    " + path);
-  print_line("read as " + describe(form));
+  print_line("read as " + describe(found.grid()));
+  print_line("because " + found.reason);
   print_line("holds   " + counted(grid.blocks, "block") + ", " +
              counted(summaries.back().points, "point"));
   print_line("");
   print_extents(grid, summaries);
   print_line("");
   print_box(summaries);
+  print_variables(report_on_coordinates(grid.xyz, extents_of(grid)), "coordinate");
 }
 
 }  // namespace p3dgrid

@@ -2,11 +2,12 @@
 
 #include <string>
 
-#include "grid_form.hpp"
+#include "detect/detect.hpp"
+#include "grid_file.hpp"
 
 namespace p3dgrid {
 
 /// Shows a grid's blocks, extents, points, bounding box and blanking counts.
-void print_grid_info(const std::string& path, const GridForm& form);
+void print_grid_info(const std::string& path, const Found& found, const Grid& grid);
 
 }  // namespace p3dgrid

@@ -1,9 +1,13 @@
 #include <memory>
 #include <string>
 
+#include "agreement.hpp"
+#include "any_file.hpp"
 #include "commands.hpp"
+#include "console.hpp"
 #include "failure.hpp"
 #include "grid_info.hpp"
+#include "info_json.hpp"
 #include "options.hpp"
 #include "restart_info.hpp"
 
@@ -11,53 +15,56 @@ namespace p3dgrid {
 namespace {
 
 struct InfoOptions {
-  std::string path;
-  GridForm grid;
-  RestartForm restart;
+  AnyFile input;
   std::string grid_path;  // of a restart file
-  // The first option of each kind on the command line.
-  std::string grid_option;
-  std::string restart_option;
+  bool json = false;
 };
 
+void print_grid(const InfoOptions& options, const Found& found) {
+  const Grid grid = read_grid(options.input.path, found);
+  if (options.json) return print_line(json_of(options.input.path, found, grid));
+  print_grid_info(options.input.path, found, grid);
+}
+
+void print_restart(const InfoOptions& options, const RestartReport& report) {
+  if (options.json) return print_line(json_of(options.input.path, report));
+  print_restart_info(options.input.path, report);
+}
+
 void print_info(const InfoOptions& options) {
-  const bool with_grid = !options.grid_path.empty();
-  if (!with_grid && options.restart_option.empty()) {
-    return print_grid_info(options.path, options.grid);
+  if (options.json) keep_output_for_programs();
+  if (!options.grid_path.empty()) {
+    const Case found =
+        find_case(options.grid_path, options.input.grid, options.input.path, options.input.restart);
+    return print_restart(options, report_on_restart(options.input.path, found));
   }
-  if (with_grid) {
-    return print_restart_info(options.path, options.restart, options.grid_path, options.grid);
-  }
-  if (!options.grid_option.empty()) {
-    throw Failure(ExitStatus::unusable, options.grid_option + " describes a grid, and " +
-                                            options.path +
-                                            " is read as a restart file; --grid names its grid");
-  }
-  print_restart_info(options.path, options.restart);
+  const Found found = find_file(options.input);
+  if (found.reading.is_grid()) return print_grid(options, found);
+  require_regular_file(options.input.path);
+  print_restart(options, report_on_restart(options.input.path, found));
 }
 
 }  // namespace
 
 Command add_info(CLI::App& program) {
-  CLI::App* line = program.add_subcommand(
-      "info", "Show what is in a grid file or, with --layout, in a restart file");
+  CLI::App* line = program.add_subcommand("info", "Show what a file is and what is in it");
   const auto options = std::make_shared<InfoOptions>();
-  add_path(*line, "FILE", options->path,
-           "Grid file; restart file if any option of restart files is given");
-  add_grid_options(*line, options->grid);
-  add_restart_options(*line, options->restart);
+  add_path(*line, "FILE", options->input.path,
+           "Grid file or restart file; which of the two is found out, or follows from any option");
+  add_grid_options(*line, options->input.grid);
+  add_restart_options(*line, options->input.restart);
   add_grid_of_restart(*line, options->grid_path);
+  line->add_flag("--json", options->json, "Print the same for programs, and nothing else");
   line->footer(
       "Examples:\n"
       "  p3dgrid info grid.p3d\n"
-      "  p3dgrid info grid.txt --grid-format formatted\n"
-      "  p3dgrid info grid.bin --grid-format binary --grid-precision double --grid-iblank yes\n"
-      "  p3dgrid info flow.q --layout 2\n"
+      "  p3dgrid info flow.q --json\n"
+      "  p3dgrid info grid.bin --grid-format binary --grid-iblank yes\n"
       "  p3dgrid info flow.rst --layout 102 --grid grid.p3d");
   // The command line is gone when the work begins.
   line->callback([options, line] {
-    options->grid_option = given_grid_option(*line);
-    options->restart_option = given_restart_option(*line);
+    options->input.grid_option = given_grid_option(*line);
+    options->input.restart_option = given_restart_option(*line);
   });
   return {line, [options] { print_info(*options); }};
 }

@@ -49,7 +49,8 @@ void describe_program(CLI::App& program, CommonOptions& options) {
   program.require_subcommand(0, 1);  // none at all is told apart from one that does not exist
   program.footer(
       "Exit status: 0 done, 1 a file is damaged or not what it was said to be,\n"
-      "2 wrong usage or a file that cannot be opened or written.\n\n"
+      "2 wrong usage, a file that can be more than one thing, or one that cannot be opened or\n"
+      "written.\n\n"
       "Examples:\n"
       "  p3dgrid sample demo\n"
       "  p3dgrid info demo/grid.p3d\n"

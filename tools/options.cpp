@@ -11,26 +11,31 @@ const std::vector<Encoding> encodings = {Encoding::unformatted, Encoding::format
 const std::vector<Precision> precisions = {Precision::single_precision,
                                            Precision::double_precision};
 const std::vector<bool> yes_or_no = {true, false};
+const std::vector<ByteOrder> byte_orders = {ByteOrder::little, ByteOrder::big};
 const std::vector<Layout> layouts = {Layout::talven,   Layout::time_step, Layout::solution,
                                      Layout::function, Layout::triplets,  Layout::single_block,
                                      Layout::bare};
 
-const std::string grid_group = "The grid file read";
-const std::string restart_group = "The restart file read";
+const std::string grid_group = "The grid file read; auto, the default, finds it out";
+const std::string restart_group = "The restart file read; auto, the default, finds it out";
 const std::string target_group = "The file written; default as the file read";
 const std::string values_group = "Header values of the file written; default as read, or 0";
 
-/// An option that takes one of a few words. `Target` is the choice itself, or an optional of it.
-template <class Target, class Choice>
-CLI::Option* add_choice(CLI::App& command, const std::string& name, Target& target,
-                        const std::vector<Choice>& choices, const std::string& description) {
+/// What an input option says when the file is to say it itself.
+const std::string automatic = "auto";
+
+/// An option that takes one of a few words, `first` among them: a word for no choice, or none.
+template <class Choice>
+CLI::Option* add_choice(CLI::App& command, const std::string& name, std::optional<Choice>& target,
+                        const std::vector<Choice>& choices, const std::string& description,
+                        const std::string& first = "") {
   std::vector<std::string> words;
+  if (!first.empty()) words.push_back(first);
+  for (const Choice choice : choices) words.emplace_back(name_of(choice));
   std::string usage;
-  for (const Choice choice : choices) {
-    words.emplace_back(name_of(choice));
-    usage.append(usage.empty() ? "" : "|").append(words.back());
-  }
+  for (const std::string& word : words) usage.append(usage.empty() ? "" : "|").append(word);
   const auto take = [&target, choices](const std::string& word) {
+    target.reset();
     for (const Choice choice : choices) {
       if (word == name_of(choice)) target = choice;
     }
@@ -39,6 +44,23 @@ CLI::Option* add_choice(CLI::App& command, const std::string& name, Target& targ
       ->check(CLI::IsMember(words).description(""))
       ->type_name(usage);
 }
+
+/// Adds options that describe a file to be read, each of which may be left to the file.
+class InputOptions {
+ public:
+  InputOptions(CLI::App& command, std::string group)
+      : command_(command), group_(std::move(group)) {}
+
+  template <class Choice>
+  void add(const std::string& name, std::optional<Choice>& target,
+           const std::vector<Choice>& choices, const std::string& description) {
+    add_choice(command_, name, target, choices, description, automatic)->group(group_);
+  }
+
+ private:
+  CLI::App& command_;
+  std::string group_;
+};
 
 CLI::Validator not_empty() {
   const auto complaint = [](const std::string& text) {
@@ -49,18 +71,18 @@ CLI::Validator not_empty() {
 
 void add_sections(CLI::App& command, std::optional<Sections>& sections) {
   const auto readable = [](const std::string& text) {
-    return sections_in(text) ? std::string()
-                             : "'" + text +
-                                   "' is no list of sections such as 1-5,6-7, with each variable "
-                                   "from 1 on in one of at most 30";
+    return text == automatic || sections_in(text)
+               ? std::string()
+               : "'" + text +
+                     "' is no list of sections such as 1-5,6-7, with each variable "
+                     "from 1 on in one of at most 30";
   };
   const auto take = [&sections](const std::string& text) { sections = sections_in(text); };
   command
       .add_option_function<std::string>(
-          "--sections", take,
-          "variables that each record of a block holds; default 1-5, for layout 3 all functions")
+          "--sections", take, "variables that each record of a block holds, such as 1-5,6-7")
       ->check(CLI::Validator(readable, ""))
-      ->type_name("FIRST-LAST,...")
+      ->type_name("auto|FIRST-LAST,...")
       ->group(restart_group);
 }
 
@@ -78,26 +100,28 @@ CLI::Option* add_path(CLI::App& command, const std::string& name, std::string& p
   return command.add_option(name, path, description)->required()->check(not_empty())->type_name("");
 }
 
-void add_grid_options(CLI::App& command, GridForm& form) {
-  add_choice(command, "--grid-format", form.encoding, encodings,
-             "records with length markers (default), text, or plain bytes")
-      ->group(grid_group);
-  add_choice(command, "--grid-precision", form.precision, precisions,
-             "size of the coordinates, ignored for text; default single")
-      ->group(grid_group);
-  add_choice(command, "--grid-multiblock", form.multiblock, yes_or_no,
-             "the file begins with its number of blocks; default yes")
-      ->group(grid_group);
-  add_choice(command, "--grid-iblank", form.iblank, yes_or_no,
-             "each block ends with its blanking values; default no")
-      ->group(grid_group);
+void add_grid_options(CLI::App& command, StatedGridForm& stated) {
+  InputOptions options(command, grid_group);
+  options.add("--grid-format", stated.encoding, encodings,
+              "records with length markers, text, or plain bytes");
+  options.add("--grid-precision", stated.precision, precisions,
+              "size of the coordinates, ignored for text");
+  options.add("--grid-byte-order", stated.byte_order, byte_orders,
+              "order of the bytes of each number, ignored for text");
+  options.add("--grid-multiblock", stated.multiblock, yes_or_no,
+              "the file begins with its number of blocks");
+  options.add("--grid-iblank", stated.iblank, yes_or_no,
+              "each block ends with its blanking values");
 }
 
-void add_target_options(CLI::App& command, GridFormChange& change) {
+void add_target_options(CLI::App& command, StatedGridForm& change) {
   add_choice(command, "--to-format", change.encoding, encodings,
              "records with length markers, text, or plain bytes")
       ->group(target_group);
   add_choice(command, "--to-precision", change.precision, precisions, "size of the coordinates")
+      ->group(target_group);
+  add_choice(command, "--to-byte-order", change.byte_order, byte_orders,
+             "order of the bytes of each number")
       ->group(target_group);
   add_choice(command, "--to-multiblock", change.multiblock, yes_or_no,
              "begin with the number of blocks; it can be left out for one block")
@@ -107,24 +131,23 @@ void add_target_options(CLI::App& command, GridFormChange& change) {
       ->group(target_group);
 }
 
-void add_restart_options(CLI::App& command, RestartForm& form) {
-  add_choice(command, "--layout", form.layout, layouts,
-             "restart layout: 2 PLOT3D solution (default), 3 PLOT3D function, 0 TALVEN, 1 and 100 "
-             "to 102 time-step layouts")
-      ->group(restart_group);
-  add_choice(command, "--restart-format", form.encoding, encodings,
-             "records with length markers (default), text, or plain bytes")
-      ->group(restart_group);
-  add_choice(command, "--restart-precision", form.precision, precisions,
-             "size of the reals, ignored for text; default single")
-      ->group(restart_group);
-  add_choice(command, "--restart-multiblock", form.multiblock, yes_or_no,
-             "layouts 2 and 3: the file begins with its number of blocks; default yes")
-      ->group(restart_group);
-  add_sections(command, form.sections);
+void add_restart_options(CLI::App& command, StatedRestartForm& stated) {
+  InputOptions options(command, restart_group);
+  options.add("--layout", stated.layout, layouts,
+              "restart layout: 2 PLOT3D solution, 3 PLOT3D function, 0 TALVEN, 1 and 100 to 102 "
+              "time-step layouts");
+  options.add("--restart-format", stated.encoding, encodings,
+              "records with length markers, text, or plain bytes");
+  options.add("--restart-precision", stated.precision, precisions,
+              "size of the reals, ignored for text");
+  options.add("--restart-byte-order", stated.byte_order, byte_orders,
+              "order of the bytes of each number, ignored for text");
+  options.add("--restart-multiblock", stated.multiblock, yes_or_no,
+              "layouts 2 and 3: the file begins with its number of blocks");
+  add_sections(command, stated.sections);
 }
 
-void add_restart_target_options(CLI::App& command, RestartFormChange& change,
+void add_restart_target_options(CLI::App& command, StatedRestartForm& change,
                                 HeaderValues& values) {
   add_choice(command, "--to-layout", change.layout, layouts, "restart layout; not 0")
       ->group(target_group);
@@ -132,6 +155,9 @@ void add_restart_target_options(CLI::App& command, RestartFormChange& change,
              "records with length markers, text, or plain bytes")
       ->group(target_group);
   add_choice(command, "--to-precision", change.precision, precisions, "size of the reals")
+      ->group(target_group);
+  add_choice(command, "--to-byte-order", change.byte_order, byte_orders,
+             "order of the bytes of each number")
       ->group(target_group);
   add_choice(command, "--to-multiblock", change.multiblock, yes_or_no,
              "layouts 2 and 3: begin with the number of blocks; it can be left out for one block")

@@ -14,18 +14,18 @@ namespace p3dgrid {
 CLI::Option* add_path(CLI::App& command, const std::string& name, std::string& path,
                       const std::string& description);
 
-/// Options that describe the grid file to be read. `form` must outlive the parsing; it starts as
-/// the default and is changed by the options that are given.
-void add_grid_options(CLI::App& command, GridForm& form);
+/// Options that describe the grid file to be read; what none of them says is left open. `stated`
+/// must outlive the parsing.
+void add_grid_options(CLI::App& command, StatedGridForm& stated);
 
 /// Options that describe the grid file to be written.
-void add_target_options(CLI::App& command, GridFormChange& change);
+void add_target_options(CLI::App& command, StatedGridForm& change);
 
-/// Options that describe the restart file to be read; `form` as for `add_grid_options`.
-void add_restart_options(CLI::App& command, RestartForm& form);
+/// Options that describe the restart file to be read; `stated` as for `add_grid_options`.
+void add_restart_options(CLI::App& command, StatedRestartForm& stated);
 
 /// Options that describe the restart file to be written, and header values that go into it.
-void add_restart_target_options(CLI::App& command, RestartFormChange& change, HeaderValues& values);
+void add_restart_target_options(CLI::App& command, StatedRestartForm& change, HeaderValues& values);
 
 /// The option that names the grid of a restart file.
 void add_grid_of_restart(CLI::App& command, std::string& path);

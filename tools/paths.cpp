@@ -27,6 +27,16 @@ const std::pair<const std::string, std::string>* prefix_of(std::string_view name
   return nullptr;
 }
 
+std::map<std::string, ByteOrder, std::less<>>& orders_by_name() {
+  static std::map<std::string, ByteOrder, std::less<>> orders;
+  return orders;
+}
+
+ByteOrder order_of(std::string_view name) {
+  const auto found = orders_by_name().find(name);
+  return found == orders_by_name().end() ? ByteOrder::native : found->second;
+}
+
 bool begins_a_name(const std::string& prefix) {
   const auto next = paths_by_name().lower_bound(prefix);
   return next != paths_by_name().end() && next->first.starts_with(prefix);
@@ -51,6 +61,13 @@ FileName name_for(const std::string& path) {
     const std::string name = "file-" + std::to_string(number);
     if (claim(name, path)) return name;
   }
+}
+
+FileName name_for(const std::string& path, ByteOrder order) {
+  mod_p3dgrid::p3dsetbyteorder(order_of);
+  FileName name = name_for(path);
+  orders_by_name().insert_or_assign(std::string(name.view()), order);
+  return name;
 }
 
 FileName prefix_for(const std::string& path_stem) {

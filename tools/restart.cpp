@@ -19,9 +19,9 @@ struct RestartOptions {
   std::string grid_path;
   std::string input;
   std::string output;
-  GridForm grid;
-  RestartForm form;
-  RestartFormChange change;
+  StatedGridForm grid;
+  StatedRestartForm stated;
+  StatedRestartForm change;
   HeaderValues values;
   bool stream = false;
 };
@@ -45,13 +45,14 @@ void note(const RestartOptions& options, const std::string& text) {
   print_note(options.output + " " + text);
 }
 
-void note_what_is_lost(const RestartOptions& options, const RestartForm& written) {
-  if (loses_digits(options.form, written)) {
+void note_what_is_lost(const RestartOptions& options, const RestartForm& read,
+                       const RestartForm& written) {
+  if (loses_digits(read, written)) {
     print_note("flow variables pass through single precision: " + options.output +
                " holds about 7 digits of each, whatever its own precision");
   }
-  if (reads_triplets(options.form) && options.form.layout == Layout::triplets &&
-      holds_doubles(options.form.encoding, options.form.precision)) {
+  if (reads_triplets(read) && read.layout == Layout::triplets &&
+      holds_doubles(read.encoding, read.precision)) {
     print_note(options.input +
                ": the triplets of layout 100 are lost when double precision is "
                "read");
@@ -73,16 +74,17 @@ void write_whole(const RestartOptions& options, const RestartForm& form, const R
 }
 
 /// What can be seen to come out differently before anything is read.
-void require_streamable(const RestartOptions& options, const RestartForm& written) {
-  const std::string why = obstacle_to_streaming(options.form, written);
+void require_streamable(const RestartOptions& options, const RestartForm& read,
+                        const RestartForm& written) {
+  const std::string why = obstacle_to_streaming(read, written);
   if (!why.empty()) refuse(options, why);
 }
 
 void require_possible(const RestartOptions& options, const Restart& restart,
-                      const RestartForm& written) {
-  std::string why = obstacle(restart, options.form, written);
+                      const RestartForm& read, const RestartForm& written) {
+  std::string why = obstacle(restart, read, written);
   if (why.empty() && options.stream) {
-    why = obstacle_to_streaming(options.input, options.form, restart);
+    why = obstacle_to_streaming(options.input, read, restart);
   }
   if (!why.empty()) refuse(options, why);
 }
@@ -90,21 +92,21 @@ void require_possible(const RestartOptions& options, const Restart& restart,
 void convert_restart(const RestartOptions& options) {
   require_different_files(options.grid_path, options.output);
   require_different_files(options.input, options.output);
-  const RestartForm written = options.change.applied_to(options.form);
-  require_writable_layout(options, written.layout);
-  if (options.stream) require_streamable(options, written);
   // Reserved before the reading starts: a folder that takes no files shows at once.
   OutputFile output(options.output);
-  const auto extents =
-      extents_to_read_by(options.grid_path, options.grid, options.input, options.form);
-  RestartStream stream(options.input, options.form, extents);
-  Restart restart =
-      options.stream ? stream.begin() : read_restart(options.input, options.form, extents);
-  require_possible(options, restart, written);
-  for (const std::string& text : adapt(restart, options.form, written, options.values)) {
+  const Case found = find_case(options.grid_path, options.grid, options.input, options.stated);
+  const RestartForm& read = found.restart.restart();
+  const RestartForm written = options.change.applied_to(read);
+  require_writable_layout(options, written.layout);
+  if (options.stream) require_streamable(options, read, written);
+  const std::optional<Extents> extents = found.extents;
+  RestartStream stream(options.input, found.restart, extents);
+  Restart restart = options.stream ? stream.begin() : read_restart_of_grid(options.input, found);
+  require_possible(options, restart, read, written);
+  for (const std::string& text : adapt(restart, read, written, options.values)) {
     note(options, text);
   }
-  note_what_is_lost(options, written);
+  note_what_is_lost(options, read, written);
   if (options.stream) {
     stream.write(output.temporary_path(), options.output, written, restart);
   } else {
@@ -126,7 +128,7 @@ Command add_restart(CLI::App& program) {
   add_path(*line, "RESTART", options->input, "Restart file to read");
   add_path(*line, "OUT", options->output, "Restart file to write; replaced whole or not at all");
   add_grid_options(*line, options->grid);
-  add_restart_options(*line, options->form);
+  add_restart_options(*line, options->stated);
   add_restart_target_options(*line, options->change, options->values);
   line->add_flag("--stream", options->stream,
                  "Hold one variable at a time, the others in temporary files beside OUT; at most "
@@ -136,7 +138,7 @@ Command add_restart(CLI::App& program) {
       "Examples:\n"
       "  p3dgrid restart grid.p3d flow.q flow.txt --to-format formatted\n"
       "  p3dgrid restart grid.p3d flow.q flow.rst --to-layout 1 --step 400 --step-size 0.5\n"
-      "  p3dgrid restart grid.p3d flow.rst flow.q --layout 1 --to-layout 2 --mach 0.3\n"
+      "  p3dgrid restart grid.p3d flow.rst flow.q --to-layout 2 --mach 0.3\n"
       "  p3dgrid restart --stream grid.p3d flow.q flow.rst --to-layout 1");
   return {line, [options] { convert_restart(*options); }};
 }

@@ -8,7 +8,6 @@
 #include "failure.hpp"
 #include "paths.hpp"
 #include "progress.hpp"
-#include "restart_guess.hpp"
 #include "restart_plan.hpp"
 #include "restart_steps.hpp"
 #include "section_table.hpp"
@@ -22,7 +21,6 @@ using mod_p3dgrid::logical;
 
 constexpr integer write_unit = 301;
 constexpr int triplet = 3;
-constexpr int parameters_per_block = 4;
 
 void require_memory(integer allocation_status) {
   if (allocation_status != mod_p3dgrid::allocation_done) throw std::bad_alloc();
@@ -50,92 +48,28 @@ integer functions_of(const std::string& path, const RestartHeader& header) {
   return *most;
 }
 
-void take_parameters(Restart& restart) {
-  const auto take = [&](const auto& array) {
-    for (integer b = 1; b <= restart.extents.blocks(); ++b) {
-      restart.parameters.push_back(
-          {static_cast<double>(array(b, 1)), static_cast<double>(array(b, 2)),
-           static_cast<double>(array(b, 3)), static_cast<double>(array(b, 4))});
-    }
-  };
-  if (mod_p3dgrid::sqvar.allocated()) return take(mod_p3dgrid::sqvar);
-  take(mod_p3dgrid::dqvar);
-}
-
 }  // namespace
-
-void take_run_data(Restart& restart, Layout layout) {
-  if (holds_step(layout)) restart.step = TimeStep{mod_p3dgrid::nstep, mod_p3dgrid::dtau};
-  if (holds_parameters(layout)) take_parameters(restart);
-  if (layout == Layout::talven && talven_parameters_read()) {
-    const FlowParameters parameters{mod_p3dgrid::talxm1, mod_p3dgrid::talalfa, mod_p3dgrid::talre,
-                                    0.0};
-    restart.parameters.assign(restart.extents.i.size(), parameters);
-  }
-}
-
-namespace {
-
-/// Calls `take` for the variables that the extensions of layout 101 bring.
-template <class Take>
-void for_each_extension(const std::array<integer, 3>& flags, Take take) {
-  for (std::size_t m = 0; m < flags.size() && flags[m] != end_of_extensions; ++m) {
-    if (flags[m] == 1) take(Section{6, 10});
-    if (flags[m] == 41 && m == 0) take(Section{6, 8});
-    if (flags[m] == 41 && m == 1) take(Section{11, 13});
-  }
-}
-
-void clear_variables(Restart& restart, integer first, integer last) {
-  for (std::int64_t p = 1; p <= restart.flow.extent(2); ++p) {
-    for (integer v = first; v <= last; ++v) restart.flow(v, p) = 0;
-  }
-}
-
-}  // namespace
-
-// Variables that the chain of flags leaves out have no value in the file, and none in memory
-// either.
-void take_extensions(const std::string& path, Restart& restart) {
-  std::copy_n(mod_p3dgrid::iflag.data(), restart.flags.size(), restart.flags.begin());
-  integer held = restart.variables();
-  for_each_extension(restart.flags, [&](const Section& extension) {
-    if (restart.sections.size() > 1) {
-      refuse(path, "holds variable extensions besides the sections " + describe(restart.sections) +
-                       "; --sections 1-5 reads it, if those are not there");
-    }
-    if (extension.first > held + 1) restart.missing.push_back({held + 1, extension.first - 1});
-    held = std::max(held, extension.last);
-  });
-  for (const Section& gap : restart.missing) clear_variables(restart, gap.first, gap.last);
-  if (held > restart.variables()) restart.sections.push_back({solution_variables + 1, held});
-}
 
 void require_plan(const std::string& path, const RestartForm& form, const RestartShape& shape,
                   const std::optional<Extents>& grid) {
-  const Misfit misfit = misfit_of(path, form, plan_of(form, shape));
-  if (misfit.fits()) return;
-  if (misfit.longer) {
-    print_note(path +
-               ": goes on behind the last block, with records that are left out; "
-               "--sections may be longer than " +
+  const Fit fit = fit_of(path, form, shape);
+  if (fit.whole()) return;
+  if (fit.agreement == Fit::Agreement::longer && form.encoding == Encoding::unformatted) {
+    print_note(path + ": " + fit.what + ", and are left out; --sections may be longer than " +
                describe(shape.sections));
     return;
   }
-  std::string message = path + ": is not " + describe(form) + " with the sections " +
-                        describe(shape.sections) + ": " + misfit.what;
+  const std::string message = path + ": is not " + describe(form) + " with the sections " +
+                              describe(shape.sections) + ": " + fit.what;
   if (form.layout == Layout::triplets && !shape.triplets) {
     RestartShape with_triplets = shape;
     with_triplets.triplets = true;
-    if (misfit_of(path, form, plan_of(form, with_triplets)).fits()) {
-      throw Failure(ExitStatus::mismatch,
-                    path +
-                        ": begins its blocks with triplets, and single-precision files of "
-                        "layout 100 are read without; write it in double precision or as text");
+    if (fit_of(path, form, with_triplets).whole()) {
+      throw Failure(ExitStatus::mismatch, path + ": " + triplets_not_read);
     }
   }
-  const std::string advice = restart_advice(path, form, grid);
-  throw Failure(ExitStatus::mismatch, advice.empty() ? message : message + "; " + advice);
+  const std::string help = advice(path, stated_as(form), grid);
+  throw Failure(ExitStatus::mismatch, help.empty() ? message : message + "; " + help);
 }
 
 namespace {
@@ -159,7 +93,7 @@ void read_body(const std::string& path, const RestartForm& form, Restart& restar
   mod_gridvars::readallvars = true;
   fill_section_table(restart.sections, form.layout, restart.variables());
   mod_p3dgrid::readp3drestart(
-      name_for(path), static_cast<integer>(form.encoding), precision_flag(form),
+      name_for(path, form.byte_order), static_cast<integer>(form.encoding), precision_flag(form),
       restart.extents.blocks(), {}, restart.flow, restart.triplets, restart.extents.i,
       restart.extents.j, restart.extents.k, static_cast<integer>(form.layout), form.multiblock);
   take_run_data(restart, form.layout);
@@ -172,49 +106,7 @@ void read_body(const std::string& path, const RestartForm& form, Restart& restar
   if (!handed_over) restart.triplets.deallocate();
 }
 
-void set_parameters(const Restart& restart) {
-  mod_p3dgrid::sqvar.deallocate();
-  mod_p3dgrid::dqvar.deallocate();
-  require_memory(mod_p3dgrid::dqvar.allocate(restart.extents.blocks(), parameters_per_block));
-  for (std::size_t b = 0; b < restart.parameters.size(); ++b) {
-    const FlowParameters& parameters = restart.parameters[b];
-    mod_p3dgrid::dqvar(b + 1, 1) = parameters.mach;
-    mod_p3dgrid::dqvar(b + 1, 2) = parameters.alpha;
-    mod_p3dgrid::dqvar(b + 1, 3) = parameters.reynolds;
-    mod_p3dgrid::dqvar(b + 1, 4) = parameters.time;
-  }
-}
-
 }  // namespace
-
-void set_run_data(const Restart& restart, Layout layout) {
-  if (holds_step(layout)) {
-    mod_p3dgrid::nstep = restart.step.value().count;
-    mod_p3dgrid::dtau = restart.step.value().size;
-  }
-  if (holds_parameters(layout)) set_parameters(restart);
-  if (layout == Layout::function) {
-    mod_p3dgrid::nfvar.deallocate();
-    require_memory(mod_p3dgrid::nfvar.allocate(restart.extents.blocks()));
-    std::ranges::fill(mod_p3dgrid::nfvar.span(), restart.variables());
-  }
-  std::copy(restart.flags.begin(), restart.flags.end(), mod_p3dgrid::iflag.data());
-}
-
-namespace {
-
-bool extends(const std::array<integer, 3>& flags) {
-  bool any = false;
-  for_each_extension(flags, [&](const Section&) { any = true; });
-  return any;
-}
-
-}  // namespace
-
-Sections sections_in_blocks(const Restart& restart, Layout layout) {
-  if (layout != Layout::single_block || !extends(restart.flags)) return restart.sections;
-  return {restart.sections.front()};
-}
 
 void allocate_flow(Restart& restart) {
   require_memory(restart.flow.allocate(restart.variables(), restart.extents.points()));
@@ -249,28 +141,38 @@ void with_advice(const std::string& path, const RestartForm& form,
   try {
     read();
   } catch (const Unreadable& failure) {
-    const std::string advice = restart_advice(path, form, grid);
-    if (advice.empty()) throw;
-    throw Failure(failure.status(), failure.what() + ("; " + advice));
+    const std::string help = advice(path, stated_as(form), grid);
+    if (help.empty()) throw;
+    throw Failure(failure.status(), failure.what() + ("; " + help));
   }
 }
 
 Restart outline_of(const std::string& path, const RestartForm& form,
-                   const std::optional<Extents>& grid) {
+                   const std::optional<Extents>& extents) {
   Restart restart;
   const RestartHeader header = read_restart_header(path, form);
   restart.sections = sections_of(path, form, header);
-  restart.extents = extents_for(path, form, header, grid);
+  restart.extents = extents_for(path, form, header, extents);
   return restart;
 }
 
-Restart read_restart(const std::string& path, const RestartForm& form,
+std::optional<Extents> extents_to_read_by(const Found& found, const std::optional<Extents>& grid) {
+  return found.reading.extents.i.empty() ? grid : found.reading.extents;
+}
+
+bool is_proven(const Found& found) {
+  return !found.stated && found.reading.checked && found.reading.fit.whole();
+}
+
+Restart read_restart(const std::string& path, const Found& found,
                      const std::optional<Extents>& grid) {
+  const RestartForm& form = found.restart();
   Restart restart;
   with_advice(path, form, grid, [&] {
-    restart = outline_of(path, form, grid);
+    restart = outline_of(path, form, extents_to_read_by(found, grid));
     const Sections stated = restart.sections;
     read_body(path, form, restart);
+    if (is_proven(found)) return;
     RestartShape shape = shape_of(form, stated, restart.extents);
     shape.flags = restart.flags;
     require_plan(path, form, shape, grid);
@@ -286,7 +188,7 @@ void write_restart(const std::string& path, const RestartForm& form, const Resta
   expect_output(known ? restart.extents.points() * variables * real : 0);
   set_run_data(restart, form.layout);
   fill_section_table(sections_in_blocks(restart, form.layout), form.layout, restart.variables());
-  mod_p3dgrid::writep3drestart(name_for(path), static_cast<integer>(form.encoding),
+  mod_p3dgrid::writep3drestart(name_for(path, form.byte_order), static_cast<integer>(form.encoding),
                                precision_flag(form), restart.extents.blocks(),
                                restart.extents.blocks(), restart.flow, restart.triplets,
                                restart.extents.i, restart.extents.j, restart.extents.k,

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "detect/detect.hpp"
 #include "extents.hpp"
 #include "restart_form.hpp"
 #include "restart_header.hpp"
@@ -51,10 +52,11 @@ void allocate_triplets(Restart& restart);
 [[nodiscard]] Sections sections_of(const std::string& path, const RestartForm& form,
                                    const RestartHeader& header);
 
-/// Reads a whole restart file. Throws a Failure that names the file, with the option that would
-/// help where the file is evidently of another form than stated.
+/// Reads a whole restart file in the form that has been found. Throws a Failure that names the
+/// file; a form that was stated and not looked for is compared with the file, and the options that
+/// would help are named.
 /// @param grid  extents of the grid; needed for layouts that hold none
-[[nodiscard]] Restart read_restart(const std::string& path, const RestartForm& form,
+[[nodiscard]] Restart read_restart(const std::string& path, const Found& found,
                                    const std::optional<Extents>& grid);
 
 /// Writes a restart file; what `path` names is complete once this returns. The solution must hold

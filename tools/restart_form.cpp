@@ -52,29 +52,51 @@ bool reads_triplets(const RestartForm& form) {
   return form.encoding == Encoding::formatted || holds_doubles(form.encoding, form.precision);
 }
 
-RestartForm RestartFormChange::applied_to(const RestartForm& read) const {
+RestartForm StatedRestartForm::applied_to(const RestartForm& read) const {
   return {.layout = layout.value_or(read.layout),
           .encoding = encoding.value_or(read.encoding),
           .precision = precision.value_or(read.precision),
           .multiblock = multiblock.value_or(read.multiblock),
-          .sections = read.sections};
+          .byte_order = byte_order.value_or(read.byte_order),
+          .sections = sections ? sections : read.sections};
+}
+
+StatedRestartForm stated_as(const RestartForm& form) {
+  return {form.layout,     form.encoding,   form.precision,
+          form.multiblock, form.byte_order, form.sections};
 }
 
 std::string describe(const RestartForm& form) {
   std::string text = std::string("layout ") + name_of(form.layout) + ", " +
-                     describe(form.encoding, form.precision);
+                     describe(form.encoding, form.precision, form.byte_order);
   if (may_hold_count(form.layout)) {
     text += form.multiblock ? ", multi-block" : ", without block count";
   }
   return text;
 }
 
-std::string options_between(const RestartForm& stated, const RestartForm& actual) {
-  std::string options;
-  append_option(options, "--layout", stated.layout, actual.layout);
-  append_option(options, "--restart-format", stated.encoding, actual.encoding);
-  append_option(options, "--restart-precision", stated.precision, actual.precision);
-  append_option(options, "--restart-multiblock", stated.multiblock, actual.multiblock);
+std::vector<FormOption> options_of(const RestartForm& form) {
+  StatedRestartForm stated{
+      .layout = form.layout, .encoding = form.encoding, .sections = form.sections};
+  if (form.encoding != Encoding::formatted) {
+    stated.precision = form.precision;
+    stated.byte_order = form.byte_order;
+  }
+  if (may_hold_count(form.layout)) stated.multiblock = form.multiblock;
+  return options_of(stated);
+}
+
+std::vector<FormOption> options_of(const StatedRestartForm& stated) {
+  std::vector<FormOption> options;
+  const auto add = [&](const char* name, const auto& choice) {
+    if (choice) options.push_back({name, name_of(*choice)});
+  };
+  add("--layout", stated.layout);
+  add("--restart-format", stated.encoding);
+  add("--restart-precision", stated.precision);
+  add("--restart-multiblock", stated.multiblock);
+  add("--restart-byte-order", stated.byte_order);
+  if (stated.sections) options.push_back({"--sections", describe(*stated.sections)});
   return options;
 }
 

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "encoding.hpp"
+#include "grid_form.hpp"
 #include "sections.hpp"
 
 namespace p3dgrid {
@@ -42,6 +43,7 @@ struct RestartForm {
   Encoding encoding = Encoding::unformatted;
   Precision precision = Precision::single_precision;
   bool multiblock = true;
+  ByteOrder byte_order = ByteOrder::native;
   std::optional<Sections> sections = std::nullopt;  ///< where not stated: the five variables of a
   ///< solution, or all functions of a function file
 
@@ -52,20 +54,31 @@ struct RestartForm {
 /// without them from single-precision records, although it is never written so.
 [[nodiscard]] bool reads_triplets(const RestartForm& form);
 
-/// Where a file to be written shall differ from the one that was read.
-struct RestartFormChange {
-  std::optional<Layout> layout;
-  std::optional<Encoding> encoding;
-  std::optional<Precision> precision;
-  std::optional<bool> multiblock;
+/// What a user states of a restart file's form; the rest is left open. Of a file to be read, what
+/// is open is found out; of one to be written, it stays as in the file read.
+struct StatedRestartForm {
+  std::optional<Layout> layout = {};
+  std::optional<Encoding> encoding = {};
+  std::optional<Precision> precision = {};
+  std::optional<bool> multiblock = {};
+  std::optional<ByteOrder> byte_order = {};
+  std::optional<Sections> sections = {};
 
   [[nodiscard]] RestartForm applied_to(const RestartForm& read) const;
+
+  friend bool operator==(const StatedRestartForm&, const StatedRestartForm&) = default;
 };
 
-/// For people: "layout 2, unformatted, single precision, multi-block".
+/// Everything of a form, as if a user had stated it.
+[[nodiscard]] StatedRestartForm stated_as(const RestartForm& form);
+
+/// For people: "layout 2, unformatted, little-endian, single precision, multi-block".
 [[nodiscard]] std::string describe(const RestartForm& form);
 
-/// The options that turn `stated` into `actual`, as they are typed; empty when they are equal.
-[[nodiscard]] std::string options_between(const RestartForm& stated, const RestartForm& actual);
+/// Every option that says something of a file of this form.
+[[nodiscard]] std::vector<FormOption> options_of(const RestartForm& form);
+
+/// What has been stated, as options.
+[[nodiscard]] std::vector<FormOption> options_of(const StatedRestartForm& stated);
 
 }  // namespace p3dgrid

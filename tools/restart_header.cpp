@@ -2,8 +2,10 @@
 
 #include <filesystem>
 
+#include "detect/detect.hpp"
 #include "failure.hpp"
 #include "paths.hpp"
+#include "restart_plan.hpp"
 
 namespace p3dgrid {
 namespace {
@@ -31,9 +33,9 @@ RestartHeader read_restart_header(const std::string& path, const RestartForm& fo
   const logical dblprec = form.precision == Precision::double_precision;
   try {
     const UnitCloser closer;
-    mod_p3dgrid::readrestartheader(name_for(path), static_cast<integer>(form.encoding), dblprec,
-                                   header.blocks, static_cast<integer>(form.layout),
-                                   form.multiblock, idim, jdim, kdim);
+    mod_p3dgrid::readrestartheader(
+        name_for(path, form.byte_order), static_cast<integer>(form.encoding), dblprec,
+        header.blocks, static_cast<integer>(form.layout), form.multiblock, idim, jdim, kdim);
   } catch (const Halt&) {
     throw Unreadable(path + ": layout 0 with flow parameters cannot be read in single precision");
   }
@@ -48,8 +50,17 @@ RestartHeader read_restart_header(const std::string& path, const RestartForm& fo
   return header;
 }
 
+RestartHeader header_with_advice(const std::string& path, const RestartForm& form) {
+  try {
+    return read_restart_header(path, form);
+  } catch (const Unreadable& failure) {
+    const std::string help = advice(path, stated_as(form), std::nullopt);
+    if (help.empty()) throw;
+    throw Failure(failure.status(), failure.what() + ("; " + help));
+  }
+}
+
 bool talven_parameters_read() {
-  constexpr integer equations_with_parameters = 1;
   return mod_p3dgrid::eqid == equations_with_parameters;
 }
 

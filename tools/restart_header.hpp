@@ -20,6 +20,9 @@ struct RestartHeader {
 /// Reads a restart file's header. Throws a Failure that names the file.
 [[nodiscard]] RestartHeader read_restart_header(const std::string& path, const RestartForm& form);
 
+/// The same; a Failure comes with the options that would help, where there are some.
+[[nodiscard]] RestartHeader header_with_advice(const std::string& path, const RestartForm& form);
+
 /// True when a layout-0 header as read last holds the flow parameters.
 [[nodiscard]] bool talven_parameters_read();
 

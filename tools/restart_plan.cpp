@@ -1,14 +1,6 @@
 #include "restart_plan.hpp"
 
-#include <algorithm>
-#include <bit>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-
 #include "restart_header.hpp"
-#include "table.hpp"
-#include "text_values.hpp"
 
 namespace p3dgrid {
 namespace {
@@ -47,9 +39,14 @@ void plan_header(std::vector<RecordPlan>& plan, const RestartForm& form,
 }
 
 void plan_block(std::vector<RecordPlan>& plan, const RestartForm& form, const RestartShape& shape,
-                std::int64_t points) {
+                std::size_t block) {
+  const std::int64_t points = shape.extents.points_of(block);
   if (holds_parameters(form.layout)) plan.push_back({.reals = parameters_per_block});
   if (shape.triplets) plan.push_back({.reals = (triplet + solution_variables) * points});
+  if (!shape.functions.empty()) {
+    plan.push_back({.reals = shape.functions[block] * points});
+    return;
+  }
   for (std::size_t n = shape.triplets ? 1 : 0; n < shape.sections.size(); ++n) {
     plan.push_back({.reals = shape.sections[n].variables() * points});
   }
@@ -76,87 +73,17 @@ void plan_extensions(std::vector<RecordPlan>& plan, const RestartShape& shape) {
   }
 }
 
-/// Steps over the records of an unformatted file by their markers.
-class RecordWalk {
- public:
-  explicit RecordWalk(const std::string& path) : stream_(path, std::ios::binary) {}
-
-  /// Steps over the next record, which may be stored in pieces. Its length; none if its markers
-  /// are no pair.
-  std::optional<std::uint64_t> next_length() {
-    std::uint64_t total = 0;
-    for (;;) {
-      const auto head = marker();
-      if (!head) return std::nullopt;
-      const auto piece = static_cast<std::uint64_t>(std::abs(std::int64_t{*head}));
-      stream_.seekg(static_cast<std::streamoff>(piece), std::ios::cur);
-      const auto tail = marker();
-      if (!tail || std::abs(std::int64_t{*tail}) != std::abs(std::int64_t{*head})) {
-        return std::nullopt;
-      }
-      total += piece;
-      if (*head >= 0) return total;
-    }
-  }
-
-  [[nodiscard]] bool at_end() { return stream_.peek() == std::ifstream::traits_type::eof(); }
-
- private:
-  std::optional<std::int32_t> marker() {
-    std::array<char, 4> bytes{};
-    if (!stream_.read(bytes.data(), bytes.size())) return std::nullopt;
-    return std::bit_cast<std::int32_t>(bytes);
-  }
-
-  std::ifstream stream_;
-};
-
-Misfit misfit_of_records(const std::string& path, const std::vector<RecordPlan>& plan,
-                         std::uint64_t real_bytes) {
-  RecordWalk walk(path);
-  for (std::size_t n = 0; n < plan.size(); ++n) {
-    const auto length = walk.next_length();
-    const std::uint64_t expected = plan[n].bytes(real_bytes);
-    if (length == expected) continue;
-    const std::string found =
-        length ? "holds " + counted(static_cast<std::int64_t>(*length), "byte") : "is damaged";
-    return {"record " + std::to_string(n + 1) + " " + found + " where " + std::to_string(expected) +
-            " are expected"};
-  }
-  return {"", !walk.at_end()};
-}
-
-Misfit misfit_of_bytes(std::uint64_t length, const std::vector<RecordPlan>& plan,
-                       std::uint64_t real_bytes) {
-  std::uint64_t expected = 0;
-  for (const RecordPlan& record : plan) expected += record.bytes(real_bytes);
-  if (length == expected) return {};
-  return {"the file holds " + std::to_string(length) + " bytes where " + std::to_string(expected) +
-          " are expected"};
-}
-
-Misfit misfit_of_text(const std::string& path, const std::vector<RecordPlan>& plan) {
-  const auto found = count_values(path);
-  std::int64_t expected = 0;
-  for (const RecordPlan& record : plan) expected += record.values();
-  if (!found || *found == expected) return {};
-  return {"the file holds " + counted(*found, "value") + " where " + std::to_string(expected) +
-          " are expected"};
-}
-
 }  // namespace
 
-std::uint64_t RecordPlan::bytes(std::uint64_t real_bytes) const {
-  return static_cast<std::uint64_t>(integers) * 4 + static_cast<std::uint64_t>(reals) * real_bytes +
-         static_cast<std::uint64_t>(doubles) * 8;
+int older_levels(integer time_integration) {
+  return time_integration == 3 ? 2 : time_integration >= 2 ? 1 : 0;
 }
 
 RestartShape shape_of(const RestartForm& form, const Sections& sections, const Extents& extents) {
   RestartShape shape{.extents = extents, .sections = sections, .triplets = reads_triplets(form)};
   if (form.layout == Layout::talven) {
     shape.flow_parameters = talven_parameters_read();
-    const integer scheme = mod_p3dgrid::itimeint;
-    shape.older_levels = scheme == 3 ? 2 : scheme >= 2 ? 1 : 0;
+    shape.older_levels = older_levels(mod_p3dgrid::itimeint);
   }
   return shape;
 }
@@ -165,27 +92,10 @@ std::vector<RecordPlan> plan_of(const RestartForm& form, const RestartShape& sha
   std::vector<RecordPlan> plan;
   plan_header(plan, form, shape);
   for (std::size_t b = 0; b < shape.extents.i.size(); ++b) {
-    plan_block(plan, form, shape, shape.extents.points_of(b));
+    plan_block(plan, form, shape, b);
   }
   if (form.layout == Layout::single_block) plan_extensions(plan, shape);
   return plan;
-}
-
-Misfit misfit_of(const std::string& path, const RestartForm& form,
-                 const std::vector<RecordPlan>& plan) {
-  std::error_code error;
-  const std::uint64_t length = std::filesystem::file_size(path, error);
-  if (error) return {};
-  const std::uint64_t real_bytes = form.precision == Precision::double_precision ? 8 : 4;
-  switch (form.encoding) {
-    case Encoding::unformatted:
-      return misfit_of_records(path, plan, real_bytes);
-    case Encoding::binary:
-      return misfit_of_bytes(length, plan, real_bytes);
-    case Encoding::formatted:
-      break;
-  }
-  return misfit_of_text(path, plan);
 }
 
 }  // namespace p3dgrid

@@ -17,11 +17,21 @@ void with_advice(const std::string& path, const RestartForm& form,
 
 /// Extents and sections of a solution, from its header; nothing of its body.
 [[nodiscard]] Restart outline_of(const std::string& path, const RestartForm& form,
-                                 const std::optional<Extents>& grid);
+                                 const std::optional<Extents>& extents);
+
+/// The extents for a layout whose reader has none: those that have been found, or the grid's.
+[[nodiscard]] std::optional<Extents> extents_to_read_by(const Found& found,
+                                                        const std::optional<Extents>& grid);
+
+/// True when the form has been compared with the file to its last byte.
+[[nodiscard]] bool is_proven(const Found& found);
 
 /// Takes from the library's variables what the last read has put there of the run: step, flow
 /// parameters.
 void take_run_data(Restart& restart, Layout layout);
+
+/// Sets the variables `first` to `last` to 0 at all points.
+void clear_variables(Restart& restart, mod_p3dgrid::integer first, mod_p3dgrid::integer last);
 
 /// Takes the flags of layout 101 that have just been read. The variables they announce are one more
 /// section from here on; those that the chain leaves out are listed as missing, and 0 in memory.

@@ -79,16 +79,16 @@ std::string obstacle_to_streaming(const std::string& path, const RestartForm& re
 void RestartStream::read_variable(integer variable, integer variables) {
   mod_gridvars::readallvars = true;
   fill_section_table(in_blocks_, form_.layout, variables);
-  mod_p3dgrid::readnextp3dvar(variable, name_for(path_), static_cast<integer>(form_.encoding),
-                              precision_flag(form_), extents_.blocks(), points_, values_,
-                              extents_.i, extents_.j, extents_.k,
-                              static_cast<integer>(form_.layout), form_.multiblock);
+  mod_p3dgrid::readnextp3dvar(variable, name_for(path_, form_.byte_order),
+                              static_cast<integer>(form_.encoding), precision_flag(form_),
+                              extents_.blocks(), points_, values_, extents_.i, extents_.j,
+                              extents_.k, static_cast<integer>(form_.layout), form_.multiblock);
 }
 
 Restart RestartStream::begin() {
   Restart restart;
   with_advice(path_, form_, grid_, [&] {
-    restart = outline_of(path_, form_, grid_);
+    restart = outline_of(path_, form_, extents_to_read_by(found_, grid_));
     extents_ = restart.extents;
     in_blocks_ = restart.sections;
     for (std::size_t b = 0; b < extents_.i.size(); ++b) {
@@ -107,6 +107,7 @@ Restart RestartStream::begin() {
     take_run_data(restart, form_.layout);
     if (flags) take_extensions(path_, restart);
     variables_ = restart.variables();
+    if (is_proven(found_)) return;
     RestartShape shape = shape_of(form_, in_blocks_, extents_);
     shape.flags = restart.flags;
     require_plan(path_, form_, shape, grid_);
@@ -137,7 +138,7 @@ void RestartStream::write(const std::string& path, const std::string& shown,
   fill_section_table(sections_in_blocks(restart, written.layout), written.layout,
                      restart.variables());
   writing(shown, [&] {
-    mod_p3dgrid::combinep3dvarfiles(restart.triplets, name_for(path),
+    mod_p3dgrid::combinep3dvarfiles(restart.triplets, name_for(path, written.byte_order),
                                     static_cast<integer>(written.encoding), precision_flag(written),
                                     blocks, blocks, extents_.i, extents_.j, extents_.k,
                                     static_cast<integer>(written.layout), written.multiblock);

@@ -21,9 +21,8 @@ namespace p3dgrid {
 class RestartStream {
  public:
   /// @param grid  extents of the grid, for layouts that hold none; it must outlive the stream
-  RestartStream(const std::string& path, const RestartForm& form,
-                const std::optional<Extents>& grid)
-      : path_(path), form_(form), grid_(grid) {}
+  RestartStream(const std::string& path, const Found& found, const std::optional<Extents>& grid)
+      : path_(path), found_(found), form_(found.restart()), grid_(grid) {}
 
   /// The solution but for its flow variables and triplets, the whole file read once and found
   /// sound. Throws a Failure as `read_restart` does.
@@ -42,6 +41,7 @@ class RestartStream {
   void read_variable(mod_p3dgrid::integer variable, mod_p3dgrid::integer variables);
 
   const std::string& path_;
+  const Found& found_;
   const RestartForm& form_;
   const std::optional<Extents>& grid_;
   Extents extents_;

@@ -26,8 +26,8 @@ struct TecplotOptions {
   std::string grid_path;
   std::string restart_path;
   std::string output;
-  GridForm grid;
-  RestartForm restart;
+  StatedGridForm grid;
+  StatedRestartForm restart;
   bool iblank = false;
 };
 
@@ -50,9 +50,9 @@ void require_extents_with_four_digits(const TecplotOptions& options, const Grid&
 }
 
 // Text has the digits that it needs; it is the way through memory that may cost some.
-void note_lost_digits(const TecplotOptions& options) {
-  if (!loses_digits(options.grid, GridForm{.encoding = Encoding::formatted}) &&
-      !loses_digits(options.restart, RestartForm{.encoding = Encoding::formatted})) {
+void note_lost_digits(const TecplotOptions& options, const Case& found) {
+  if (!loses_digits(found.grid.grid(), GridForm{.encoding = Encoding::formatted}) &&
+      !loses_digits(found.restart.restart(), RestartForm{.encoding = Encoding::formatted})) {
     return;
   }
   print_note("values pass through single precision: " + options.output +
@@ -88,13 +88,14 @@ void export_tecplot(const TecplotOptions& options) {
   require_different_files(options.restart_path, options.output);
   // Reserved before the reading starts: a folder that takes no files shows at once.
   OutputFile output(options.output);
-  const Restart restart =
-      read_restart_of_grid(options.grid_path, options.grid, options.restart_path, options.restart);
+  const Case found =
+      find_case(options.grid_path, options.grid, options.restart_path, options.restart);
+  const Restart restart = read_restart_of_grid(options.restart_path, found);
   require_five_variables(options, restart);
-  Grid grid = read_grid(options.grid_path, options.grid);
+  Grid grid = read_grid(options.grid_path, found.grid);
   require_extents_with_four_digits(options, grid);
   if (options.iblank && !grid.iblank.allocated()) allocate_blanking(grid);
-  note_lost_digits(options);
+  note_lost_digits(options, found);
   write_tecplot(options, grid, restart, output);
   print_progress(options.output + ": " + counted(grid.blocks, "zone") + ", " +
                  counted(grid.points(), "point") + ", Tecplot text");
@@ -112,13 +113,13 @@ Command add_tecplot(CLI::App& program) {
   add_grid_options(*line, options->grid);
   add_restart_options(*line, options->restart);
   line->add_flag("--iblank", options->iblank,
-                 "Add the blanking values, those read with --grid-iblank yes or else 1");
+                 "Add the blanking values, those of the grid or else 1");
   line->footer(
       "The variables are named U, V, W, P, RHO in the order of the file, whatever they are; in a\n"
       "PLOT3D solution they are density, momentum in x, y and z, and energy.\n\n"
       "Examples:\n"
       "  p3dgrid tecplot grid.p3d flow.q flow.dat\n"
-      "  p3dgrid tecplot grid.p3d flow.q flow.dat --grid-iblank yes --iblank");
+      "  p3dgrid tecplot grid.p3d flow.q flow.dat --iblank");
   return {line, [options] { export_tecplot(*options); }};
 }
 

@@ -2,7 +2,7 @@
 
 import struct
 
-from support import record, single
+from support import NATIVE, SIGNS, record, single
 
 LAYOUTS = (1, 2, 3, 100, 101, 102)
 
@@ -10,7 +10,9 @@ LAYOUTS = (1, 2, 3, 100, 101, 102)
 class RestartForm:
     """What has to be known of a restart file to read it."""
 
-    def __init__(self, layout=2, encoding="unformatted", double=False, multiblock=True):
+    def __init__(self, layout=2, encoding="unformatted", double=False, multiblock=True,
+                 order=NATIVE):
+        self.order = order
         self.layout = layout
         self.encoding = encoding
         self.double = double
@@ -24,6 +26,9 @@ class RestartForm:
             f"--{name}-format", self.encoding,
             f"--{name}-precision", "double" if self.double else "single",
             f"--{name}-multiblock", "yes" if self.multiblock else "no",
+            # Nothing but reals, which are numbers in either order.
+            *(("--restart-byte-order", self.order)
+              if self.layout == 102 and self.encoding == "binary" and not target else ()),
         ]
 
     @property
@@ -122,8 +127,8 @@ def pack(records, form, rounded=False):
             code = {"i": "i", "d": "d", "r": "d" if form.double else "f"}[kind]
             if kind == "r" and rounded:
                 values = [single(value) for value in values]
-            payload += struct.pack(f"={len(values)}{code}", *values)
-        parts.append(record(payload, form.encoding))
+            payload += struct.pack(f"{SIGNS[form.order]}{len(values)}{code}", *values)
+        parts.append(record(payload, form.encoding, form.order))
     return b"".join(parts)
 
 

@@ -7,22 +7,28 @@ import os
 import pathlib
 import struct
 import subprocess
+import sys
 import tempfile
 import time
 import unittest
 
 COMMAND = os.environ.get("P3DGRID", "")
 NOBODY = 65534
+NATIVE = sys.byteorder
+OTHER = "big" if NATIVE == "little" else "little"
+SIGNS = {"little": "<", "big": ">"}  # of struct formats
 
 
 class Form:
     """What has to be known of a grid file to read it."""
 
-    def __init__(self, encoding="unformatted", double=False, multiblock=True, iblank=False):
+    def __init__(self, encoding="unformatted", double=False, multiblock=True, iblank=False,
+                 order=NATIVE):
         self.encoding = encoding
         self.double = double
         self.multiblock = multiblock
         self.iblank = iblank
+        self.order = order
 
     def options(self, prefix):
         """The options that state this form, all of them, for files read (grid) or written (to)."""
@@ -69,8 +75,8 @@ def single(value):
     return struct.unpack("=f", struct.pack("=f", value))[0]
 
 
-def record(payload, encoding="unformatted"):
-    marker = struct.pack("=i", len(payload)) if encoding == "unformatted" else b""
+def record(payload, encoding="unformatted", order=NATIVE):
+    marker = struct.pack(SIGNS[order] + "i", len(payload)) if encoding == "unformatted" else b""
     return marker + payload + marker
 
 
@@ -79,18 +85,20 @@ def grid_bytes(form, blocks, rounded=False):
     if form.encoding == "formatted":
         return text_bytes(form, blocks)
     parts = []
+    sign = SIGNS[form.order]
     if form.multiblock:
-        parts.append(record(struct.pack("=i", len(blocks)), form.encoding))
+        parts.append(record(struct.pack(sign + "i", len(blocks)), form.encoding, form.order))
     extents = [extent for block in blocks for extent in block.extents]
-    parts.append(record(struct.pack(f"={len(extents)}i", *extents), form.encoding))
+    parts.append(record(struct.pack(f"{sign}{len(extents)}i", *extents), form.encoding,
+                        form.order))
     for block in blocks:
         values = [value for component in block.xyz for value in component]
         if rounded:
             values = [single(value) for value in values]
-        payload = struct.pack(f"={len(values)}{'d' if form.double else 'f'}", *values)
+        payload = struct.pack(f"{sign}{len(values)}{'d' if form.double else 'f'}", *values)
         if form.iblank:
-            payload += struct.pack(f"={len(block.iblank)}i", *block.iblank)
-        parts.append(record(payload, form.encoding))
+            payload += struct.pack(f"{sign}{len(block.iblank)}i", *block.iblank)
+        parts.append(record(payload, form.encoding, form.order))
     return b"".join(parts)
 
 

@@ -2,11 +2,12 @@
 
 import os
 import pathlib
+import struct
 import unittest
 
 from restart_support import (RestartForm, encodings, pack, restart_bytes, sample_solution,
                              talven_records)
-from support import ONE_BLOCK, TWO_BLOCKS, Block, Form, ToolTest, all_forms, main
+from support import NATIVE, ONE_BLOCK, TWO_BLOCKS, Block, Form, ToolTest, all_forms, main
 
 ONE = [block.extents for block in ONE_BLOCK]
 TWO = [block.extents for block in TWO_BLOCKS]
@@ -78,8 +79,10 @@ class Headers(CheckTest):
     def test_layout_0(self):
         self.write("flow", pack(talven_records(sample_solution(TWO)), RestartForm(0, double=True)))
         self.agree("--layout", "0", "--restart-precision", "double")
-        self.fail_with(1, "check", "grid", "flow", "--layout", "0",
-                       says=("flow: ", "--restart-precision double"))
+        self.agree("--layout", "0")
+        self.agree()
+        self.fail_with(1, "check", "grid", "flow", "--layout", "0", "--restart-precision",
+                       "single", says=("flow: ", "--restart-precision double"))
 
     def test_block_counts_differ(self):
         for layout in (1, 2, 3):
@@ -92,9 +95,13 @@ class Headers(CheckTest):
             self.write_restart("flow", RestartForm(layout), [(2, 2, 2), (3, 1, 2)])
             self.differ(SECOND_BLOCK_DIFFERS, "--layout", str(layout))
 
-    def test_only_the_headers_are_read(self):
-        self.write("flow", restart_bytes(RestartForm(), sample_solution(TWO))[:60])
-        self.agree()
+    def test_the_whole_files_are_looked_at(self):
+        content = restart_bytes(RestartForm(), sample_solution(TWO))
+        self.write("flow", content[:60])
+        self.fail_with(1, "check", "grid", "flow", says=("flow: is cut short", "record 3 of 6"))
+        self.write("flow", content)
+        self.write("grid", self.path("grid").read_bytes()[:-1])
+        self.fail_with(1, "check", "grid", "flow", says=("grid: is cut short", "record 4 of 4"))
 
     def test_function_file_after_one_of_fewer_blocks(self):
         # The counts of variables are read twice in a run, into the same room.
@@ -128,12 +135,73 @@ class Headers(CheckTest):
         self.fail_with(1, "check", "grid", "flow", "--grid-multiblock", "no",
                        says="it holds 2 blocks, the grid 1")
 
-    def test_layouts_without_extents(self):
+    def test_layouts_without_extents_agree_by_their_lengths(self):
         for layout in (100, 101, 102):
-            form = RestartForm(layout, "formatted")
-            self.write_restart("flow", form, ONE)
-            self.fail_with(2, "check", "grid", "flow", *form.options(),
-                           says=(f"layout {layout} gives no extents", f"info --layout {layout}"))
+            for double in (False, True):
+                form = RestartForm(layout, double=double)
+                self.write_grid("grid", blocks=ONE_BLOCK)
+                self.write("flow", restart_bytes(form, sample_solution(ONE),
+                                                 leading=layout == 101 or layout == 100 and double))
+                if layout == 102 and double:
+                    self.fail_with(2, "check", "grid", "flow",
+                                   says=("--restart-precision single", "--sections 1-10",
+                                         "--restart-precision double", "--sections 1-5"))
+                    self.agree("--sections", "1-5")
+                else:
+                    self.agree()
+                self.write_grid("grid")
+                self.assertEqual(self.run_tool("check", "grid", "flow").returncode, 1)
+
+
+class Alone(CheckTest):
+    def test_sound_files(self):
+        for form in all_forms():
+            self.write_grid("grid", form, ONE_BLOCK)
+            self.assertRegex(self.succeed("check", "grid", "--grid-format", "auto"),
+                             r"\Agrid: no damage found; grid, [^\n]*; 1 block, 8 points\n\Z")
+        for layout in (1, 2, 3, 101):
+            for encoding, double in encodings():
+                self.write_restart("flow", RestartForm(layout, encoding, double), [(7, 3, 2)])
+                self.assertIn(f"no damage found; layout {layout}, {encoding}",
+                              self.succeed("check", "flow"))
+
+    def test_what_has_been_stated_is_compared(self):
+        stated = (*Form(double=True).options("grid"), "--grid-byte-order", NATIVE)
+        self.fail_with(1, "check", "grid", *stated, says=("grid: ", "--grid-precision single"))
+
+    def test_a_marker_that_is_wrong(self):
+        content = self.path("grid").read_bytes()
+        # Behind the record of block 1, and before that of block 2.
+        for offset, says in ((44 + 4 + 96, "record 3 of 4 at byte 44: its marker at byte 144 says "
+                                           "7 where 96 is expected"),
+                             (44 + 104, "record 4 of 4 at byte 148 holds 7 bytes by its marker "
+                                        "where 36 are expected")):
+            self.write("grid", content[:offset] + struct.pack("=i", 7) + content[offset + 4:])
+            self.fail_with(1, "check", "grid", says="grid: " + says)
+
+    def test_bytes_behind_the_last_record(self):
+        content = self.path("grid").read_bytes()
+        self.write("grid", content + bytes(8))
+        self.fail_with(1, "check", "grid", says=("grid: 8 bytes follow behind the last record",
+                                                 f"from byte {len(content)} on"))
+
+    def test_a_line_that_is_no_number(self):
+        self.write("grid", b"1\n1 1 2\n1 2\n3 x4\n5 6\n")
+        self.fail_with(1, "check", "grid", says=("grid: record 3 of 3: line 4 holds \"x4\"",
+                                                 "a number is expected"))
+
+    def test_text_that_goes_on(self):
+        self.write("grid", b"1\n1 1 2\n1 2 3 4 5 6\n7\n")
+        self.fail_with(1, "check", "grid", says=("grid: ", "line 4"))
+
+    def test_layouts_that_need_their_grid(self):
+        self.write_restart("flow", RestartForm(100, double=True), ONE)
+        self.fail_with(2, "check", "flow", "--layout", "100",
+                       says=("flow: is layout 100", "p3dgrid check GRID flow"))
+        self.fail_with(2, "check", "flow",
+                       says=("--grid GRID", "(--layout 100", "(--layout 102"))
+        self.write_restart("flow", RestartForm(102), ONE)
+        self.fail_with(2, "check", "flow", says=("flow: ", "GRID"))
 
 
 class Failures(CheckTest):
@@ -161,16 +229,19 @@ class Failures(CheckTest):
         self.fail_with(2, "check", "grid", "pipe", says="pipe: is not a regular file")
 
     def test_files_of_another_form(self):
+        stated = ("--restart-format", "unformatted", "--layout", "2")
         self.write_restart("flow", RestartForm(2, "formatted"), TWO)
-        self.fail_with(1, "check", "grid", "flow", says=("flow: ", "--restart-format formatted"))
+        self.fail_with(1, "check", "grid", "flow", *stated,
+                       says=("flow: ", "--restart-format formatted"))
         self.write_restart("flow", RestartForm(2, "binary"), TWO)
-        self.fail_with(1, "check", "grid", "flow", says=("flow: ", "--restart-format binary"))
+        self.fail_with(1, "check", "grid", "flow", *stated,
+                       says=("flow: ", "--restart-format binary"))
         self.write_restart("flow", RestartForm(3), TWO)
-        self.fail_with(1, "check", "grid", "flow",
-                       says=("flow: does not belong to grid", "--layout 3"))
+        self.fail_with(1, "check", "grid", "flow", *stated, says=("flow: ", "--layout 3"))
         self.write_restart("flow", RestartForm(), TWO)
         self.write_grid("grid", Form("formatted"))
-        self.fail_with(1, "check", "grid", "flow", says=("grid: ", "--grid-format formatted"))
+        self.fail_with(1, "check", "grid", "flow", "--grid-format", "binary",
+                       says=("grid: ", "--grid-format formatted"))
 
     def test_long_paths(self):
         self.path("d" * 100).mkdir()

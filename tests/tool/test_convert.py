@@ -2,8 +2,8 @@
 
 import struct
 
-from support import (ONE_BLOCK, TWO_BLOCKS, Block, Form, ToolTest, all_forms, grid_bytes, main,
-                     single, values_of)
+from support import (NATIVE, ONE_BLOCK, TWO_BLOCKS, Block, Form, ToolTest, all_forms, grid_bytes,
+                     main, single, values_of)
 
 # A file of one block of 2x1x1 points (1, 3, 5) and (2, 4, 6), both with blanking 1.
 LITTLE_ENDIAN_GOLDEN = bytes.fromhex(
@@ -116,8 +116,8 @@ class Convert(ToolTest):
         self.assertIn(" Number of grids is ", loud)
         self.assertEqual(loud.count("Writing grid point data for grid "), 2)
         self.assertTrue(loud.endswith(
-            "out: 2 blocks, 11 points, unformatted, single precision, multi-block, "
-            "without blanking\n"))
+            f"out: 2 blocks, 11 points, unformatted, {NATIVE}-endian, single precision, "
+            "multi-block, without blanking\n"))
         self.assertEqual(self.succeed("convert", "in", "out", "--quiet"), "")
 
     def test_long_paths(self):

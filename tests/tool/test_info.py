@@ -4,7 +4,12 @@ import os
 import re
 import struct
 
-from support import ONE_BLOCK, TWO_BLOCKS, Block, Form, ToolTest, all_forms, grid_bytes, main
+from support import NATIVE, ONE_BLOCK, TWO_BLOCKS, Block, Form, ToolTest, all_forms, grid_bytes, main
+
+
+# So many points that no length comes out even in several ways.
+LARGER_BLOCKS = [Block((7, 3, 2), *([n + 0.5 for n in range(42)],) * 3),
+                 Block((4, 1, 6), *([n - 0.5 for n in range(24)],) * 3)]
 
 
 def rows(output):
@@ -44,11 +49,14 @@ class Info(ToolTest):
                 self.assertIn("holds   2 blocks, 11 points" if form.multiblock
                               else "holds   1 block, 8 points", output)
 
-    def test_defaults_are_unformatted_single_with_block_count_without_blanking(self):
-        self.write_grid("grid")
-        stated = self.info("grid", "--grid-format", "unformatted", "--grid-precision", "single",
-                           "--grid-multiblock", "yes", "--grid-iblank", "no")
-        self.assertEqual(self.info("grid"), stated)
+    def test_what_is_stated_and_what_is_found_are_shown_alike(self):
+        for form in all_forms():
+            blocks = LARGER_BLOCKS if form.multiblock else LARGER_BLOCKS[:1]
+            self.write_grid("grid", form, blocks)
+            found = self.info("grid")
+            stated = self.info("grid", *form.options("grid"), "--grid-byte-order", NATIVE)
+            self.assertIn("\nbecause as stated\n", stated)
+            self.assertEqual(re.sub("because .*", "", found), re.sub("because .*", "", stated))
 
     def test_columns_are_aligned(self):
         self.write_grid("grid")
@@ -91,7 +99,7 @@ class Info(ToolTest):
 
     def test_blanking_of_an_unformatted_file_may_be_left_out_and_is_noted(self):
         self.write_grid("grid", Form(iblank=True))
-        result = self.run_tool("info", "grid")
+        result = self.run_tool("info", "grid", "--grid-iblank", "no")
         self.assertEqual(result.returncode, 0)
         self.assertIn("note: grid: holds blanking values", result.stderr_text)
         self.assertIn("--grid-iblank yes", result.stderr_text)
@@ -103,7 +111,9 @@ class Info(ToolTest):
 
     def test_grid_from_a_pipe(self):
         os.mkfifo(self.path("pipe"))
-        process = self.start("info", "--quiet", "pipe")
+        self.fail_with(2, "info", "pipe", says="pipe: is not a regular file")
+        process = self.start("info", "--quiet", "pipe", *Form().options("grid"),
+                             "--grid-byte-order", NATIVE)
         self.feed(process, "pipe", grid_bytes(Form(), TWO_BLOCKS))
         output, errors = process.communicate(timeout=60)
         self.assertEqual(process.returncode, 0, errors)

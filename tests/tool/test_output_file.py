@@ -168,7 +168,9 @@ class Interrupted(ToolTest):
     def start_blocked(self, **options):
         """A conversion that waits for its input, its temporary file in place."""
         os.mkfifo(self.path("pipe"))
-        process = self.start("convert", "pipe", "out", **options)
+        # What a pipe holds cannot be looked at before it is read.
+        process = self.start("convert", "pipe", "out", *Form().options("grid"),
+                             "--grid-byte-order", Form().order, **options)
         deadline = time.monotonic() + 30
         while not any(".tmp" in name for name in os.listdir(self.folder)):
             self.assertLess(time.monotonic(), deadline, "no temporary file appears")

@@ -132,7 +132,7 @@ class Mesh(PlotTest):
         self.write_grid("grid", Form(iblank=True), [plane(iblank=used)])
         first_line = (0.16, 0.05)  # between the first two points of the lowest line
         last_line = (0.84, 0.05)
-        for options, drawn in (((), True), (("--grid-iblank", "yes"), False)):
+        for options, drawn in ((("--grid-iblank", "no"), True), ((), False)):
             with self.subTest(options=options):
                 picture = self.plot("grid", "out.png", *options)[1]
                 self.assertEqual(self.has_ink(picture, *first_line), drawn)

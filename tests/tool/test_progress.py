@@ -22,11 +22,21 @@ class ProgressTest(ToolTest):
             for start in range(0, 3 * POINTS, 1000):
                 grid.write(" ".join(f"{n / 7:.7f}" for n in range(start, start + 1000)) + "\n")
 
+    def wait_until_read(self, process, count):
+        """Until the command has read so many bytes, a small part of its file."""
+        deadline = time.monotonic() + 60
+        text = "0"
+        while int(text) < count:
+            self.assertIsNone(process.poll(), "the command ends too early")
+            self.assertLess(time.monotonic(), deadline, "the command does not read")
+            with open(f"/proc/{process.pid}/io") as counts:
+                text = counts.readline().split()[1]
+
     def run_slowly(self, stderr, *more):
         """The command, held up for as long as it takes to be taken for long work."""
         process = self.start("info", "grid", "--grid-format", "formatted", "--grid-multiblock",
                              "yes", *more, stderr=stderr, stdout=subprocess.DEVNULL)
-        time.sleep(0.1)
+        self.wait_until_read(process, 1_000_000)
         process.send_signal(signal.SIGSTOP)
         time.sleep(1.2)
         process.send_signal(signal.SIGCONT)

@@ -32,15 +32,14 @@ class Commands(ToolTest):
             self.succeed(*arguments)
         rounded = grid_bytes(Form(), TWO_BLOCKS, rounded=True)
         self.assertEqual(self.path("wing.p3d").read_bytes(), rounded)
-        self.succeed("convert", "wing.txt", "again.p3d", "--grid-format", "formatted",
-                     "--to-format", "unformatted")
+        self.succeed("convert", "wing.txt", "again.p3d", "--to-format", "unformatted")
         self.assertEqual(self.path("again.p3d").read_bytes(), rounded)
         ones = [type(block)(block.extents, *block.xyz) for block in TWO_BLOCKS]
         self.assertEqual(self.path("wing.bin").read_bytes(),
-                         grid_bytes(Form("binary", iblank=True), ones))
+                         grid_bytes(Form("binary", iblank=True, order="big"), ones))
 
-        self.succeed("restart", "wing.p3d", "wing-q.txt", "again.q", "--restart-format",
-                     "formatted", "--to-format", "unformatted", "--to-precision", "double")
+        self.succeed("restart", "wing.p3d", "wing-q.txt", "again.q", "--to-format", "unformatted",
+                     "--to-precision", "double")
         self.assertEqual(self.path("again.q").read_bytes(),
                          restart_bytes(RestartForm(double=True), solution, rounded=True))
 

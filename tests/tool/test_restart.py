@@ -8,7 +8,7 @@ import struct
 from restart_support import (LAYOUTS, RestartForm, encodings, expected_values, pack,
                              restart_bytes, restart_records, sample_solution, talven_records,
                              values_in)
-from support import ONE_BLOCK, TWO_BLOCKS, Form, ToolTest, main, single
+from support import NATIVE, ONE_BLOCK, TWO_BLOCKS, Form, ToolTest, main, single
 
 ONE = [block.extents for block in ONE_BLOCK]
 TWO = [block.extents for block in TWO_BLOCKS]
@@ -208,9 +208,14 @@ class SectionsOfVariables(RestartTest):
     def test_sections_that_do_not_go_with_the_file(self):
         self.write_restart("in", RestartForm(3), sample_solution(ONE, 3))
         self.fail_with(1, "restart", "one", "in", "out", "--layout", "3", "--sections", "1-2",
-                       says=("in: holds 3 functions", "--sections names 2"))
+                       says=("in: is not what --layout 3 --sections 1-2 says",
+                             "--sections 1-3"))
         self.write_restart("in", RestartForm(101), sample_solution(ONE))
-        self.fail_with(2, "restart", "one", "in", "out", "--layout", "101", "--sections", "1-4",
+        self.fail_with(1, "restart", "one", "in", "out", "--layout", "101", "--sections", "1-4",
+                       says="in: is not what --layout 101 --sections 1-4 says")
+        # Everything stated is believed.
+        self.fail_with(2, "restart", "one", "in", "out", *RestartForm(101).options(),
+                       "--restart-byte-order", NATIVE, "--sections", "1-4",
                        says="--sections must begin with 1-5")
 
     def test_text_that_is_no_list_of_sections(self):
@@ -223,9 +228,10 @@ class SectionsOfVariables(RestartTest):
 
     def test_more_behind_the_last_block_is_noted(self):
         self.write_restart("in", RestartForm(1), sample_solution(ONE, 7, sections=[(1, 5), (6, 7)]))
-        result = self.run_tool("restart", "one", "in", "out", "--layout", "1")
+        result = self.run_tool("restart", "one", "in", "out", "--layout", "1",
+                               "--sections", "1-5")
         self.assertEqual(result.returncode, 0)
-        self.assertIn("note: in: goes on behind the last block", result.stderr_text)
+        self.assertIn("follow behind the last record", result.stderr_text)
         self.assertIn("--sections", result.stderr_text)
 
 
@@ -348,17 +354,19 @@ class Talven(RestartTest):
             self.write("in", pack(talven_records(sample_solution(TWO)), form))
             self.fail_with(1, "restart", "two", "in", "out", *form.options(), "--to-layout", "1",
                            says="layout 0 with flow parameters cannot be read in single precision")
-        # The usual reason is that the precision has not been stated.
+        # A wrong precision is told from one that cannot be read.
         self.write("in", pack(talven_records(sample_solution(TWO)), self.FORM))
         self.fail_with(1, "restart", "two", "in", "out", "--layout", "0", "--to-layout", "1",
-                       says="--restart-precision double")
+                       "--restart-precision", "single", says="--restart-precision double")
 
     def test_layout_0_is_never_written(self):
         self.write("in", pack(talven_records(sample_solution(TWO)), self.FORM))
         self.write("out", b"before")
-        for options in (self.FORM.options(), [*self.FORM.options(), "--to-layout", "0"],
-                        ["--layout", "2", "--to-layout", "0"]):
-            self.fail_with(2, "restart", "two", "in", "out", *options,
+        self.write_restart("solution", RestartForm(2), sample_solution(TWO))
+        for file, *options in (("in", *self.FORM.options()),
+                               ("in", *self.FORM.options(), "--to-layout", "0"),
+                               ("in",), ("solution", "--to-layout", "0")):
+            self.fail_with(2, "restart", "two", file, "out", *options,
                            says=("out: not written: ", "layout 0", "--to-layout 1"))
         self.assertEqual(self.path("out").read_bytes(), b"before")
         self.assert_no_leftovers()
@@ -375,7 +383,7 @@ class Triplets(RestartTest):
             self.assertIn("out cannot be read back", notes)
             self.write("again", content)
             self.fail_with(1, "restart", "two", "again", "out", *target.options(),
-                           says=("again: begins its blocks with triplets", "double precision"))
+                           "--sections", "1-5", says=("again: begins its blocks with triplets", "double precision"))
 
     def test_single_precision_layout_100_without_triplets_is_read(self):
         solution = sample_solution(TWO)
@@ -552,11 +560,13 @@ class Refused(RestartTest):
         for layout in (1, 2, 3, 100, 101, 102):
             for encoding, double in (("unformatted", True), ("binary", True)):
                 form = RestartForm(layout, encoding, double)
+                # Binary files can end where those of fewer variables would.
+                stated = ("--sections", "1-5") if encoding == "binary" else ()
                 content = restart_bytes(form, sample_solution(ONE))
                 for length in range(0, len(content), 7):
                     with self.subTest(form=form, length=length):
                         self.write("in", content[:length])
-                        self.refuse(1, "one", "in", "out", *form.options(), says="in: ")
+                        self.refuse(1, "one", "in", "out", *form.options(), *stated, says="in: ")
 
     def test_text_that_ends_early_or_goes_on(self):
         for layout in LAYOUTS:
@@ -571,7 +581,7 @@ class Refused(RestartTest):
 
     def test_headers_that_cannot_be_true(self):
         for words in ((0,), (-1,), (0x7FFFFFFF,), (1, -2, 3, 3), (1, 70000, 70000, 1)):
-            self.write("in", struct.pack(f"={len(words)}i", *words) + bytes(40))
+            self.write("in", struct.pack(f"={len(words)}i", *words) + bytes(41))
             with self.subTest(words=words):
                 for layout in (2, 3):
                     self.refuse(1, "one", "in", "out", "--layout", layout, "--restart-format",

@@ -56,9 +56,15 @@ std::vector<Surface> surfaces_wanted(const Request& request, const Extents& exte
   return surfaces;
 }
 
+/// What the files are; a solution that is none of the grid is refused.
+Case find_files(const Request& request) {
+  if (!request.shows_flow()) return {find_grid(request.grid_path, request.grid)};
+  return find_case(request.grid_path, request.grid, request.restart_path, request.restart);
+}
+
 /// Takes from the grid what is shown of it; the grid itself is not kept.
-void take_surfaces(const Request& request, Picture& picture) {
-  const Grid grid = read_grid(request.grid_path, request.grid);
+void take_surfaces(const Request& request, const Found& found, Picture& picture) {
+  const Grid grid = read_grid(request.grid_path, found);
   const Extents extents = extents_of(grid);
   require_block(request, extents);
   picture.surfaces = surfaces_wanted(request, extents);
@@ -68,12 +74,12 @@ void take_surfaces(const Request& request, Picture& picture) {
                             counted(extents.points(), "point"));
 }
 
-FlowVariable read_values(const Request& request, std::vector<Surface>& surfaces) {
-  const auto extents =
-      extents_to_read_by(request.grid_path, request.grid, request.restart_path, request.restart);
+FlowVariable read_values(const Request& request, const Case& found,
+                         std::vector<Surface>& surfaces) {
+  const std::optional<Extents> extents = found.extents;
   const std::string first = "1";
   return take_values(surfaces,
-                     {request.restart_path, request.restart, extents,
+                     {request.restart_path, found.restart, extents,
                       request.variable.empty() ? first : request.variable, request.gamma});
 }
 
@@ -142,7 +148,8 @@ View view_of(const Request& request, const Picture& picture) {
 Picture compose(const Request& request) {
   Picture picture;
   picture.width = request.width;
-  take_surfaces(request, picture);
+  const Case found = find_files(request);
+  take_surfaces(request, found.grid, picture);
   picture.box = box_to_show(request, picture.surfaces);
   picture.view = view_of(request, picture);
   if (!request.shows_flow()) {
@@ -150,7 +157,7 @@ Picture compose(const Request& request) {
     picture.summary = "mesh" + place_of(request);
     return picture;
   }
-  const FlowVariable variable = read_values(request, picture.surfaces);
+  const FlowVariable variable = read_values(request, found, picture.surfaces);
   picture.title = variable.title + place_of(request);
   picture.bar_label = variable.label;
   picture.remarks.push_back(short_name(request.restart_path) + " on " +

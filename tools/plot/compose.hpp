@@ -16,8 +16,8 @@ namespace p3dgrid::plot {
 struct Request {
   std::string grid_path;
   std::string restart_path;  ///< empty for mesh lines
-  GridForm grid;
-  RestartForm restart;
+  StatedGridForm grid;
+  StatedRestartForm restart;
   std::string variable;            ///< name or number; empty for the first
   mod_p3dgrid::integer block = 0;  ///< from 1; 0 for all
   std::optional<GridPlane> plane;  ///< the blocks' outer faces without

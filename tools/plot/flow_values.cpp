@@ -26,7 +26,7 @@ class FlowSource {
 class WholeFile : public FlowSource {
  public:
   explicit WholeFile(const FlowRequest& request)
-      : restart_(read_restart(request.path, request.form, request.grid)) {}
+      : restart_(read_restart(request.path, request.found, request.grid)) {}
   integer variables() const override { return restart_.variables(); }
   ValueAt values_of(integer variable) override {
     return [this, variable](std::int64_t point) { return restart_.flow(variable, point + 1); };
@@ -39,7 +39,7 @@ class WholeFile : public FlowSource {
 class OneAtATime : public FlowSource {
  public:
   explicit OneAtATime(const FlowRequest& request)
-      : stream_(request.path, request.form, request.grid),
+      : stream_(request.path, request.found, request.grid),
         variables_(stream_.begin().variables()) {}
   integer variables() const override { return variables_; }
   ValueAt values_of(integer variable) override {
@@ -55,7 +55,7 @@ class OneAtATime : public FlowSource {
 // Text is slow to read, so it is read once; single-precision files of layout 100 look different to
 // a reader of one variable.
 std::unique_ptr<FlowSource> source_of(const FlowRequest& request) {
-  const RestartForm& form = request.form;
+  const RestartForm& form = request.found.restart();
   const bool whole = form.encoding == Encoding::formatted ||
                      (form.layout == Layout::triplets && !reads_triplets(form));
   if (whole) return std::make_unique<WholeFile>(request);
@@ -66,8 +66,8 @@ std::unique_ptr<FlowSource> source_of(const FlowRequest& request) {
 
 FlowVariable take_values(std::vector<Surface>& surfaces, const FlowRequest& request) {
   const auto source = source_of(request);
-  const FlowVariable variable =
-      flow_variable(request.variable, request.path, request.form.layout, source->variables());
+  const FlowVariable variable = flow_variable(request.variable, request.path,
+                                              request.found.restart().layout, source->variables());
   std::vector<std::vector<float>> read(surfaces.size());  // of each point all that is needed
   const std::size_t needs = variable.needs.size();
   for (std::size_t n = 0; n < needs; ++n) {

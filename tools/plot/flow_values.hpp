@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "detect/detect.hpp"
 #include "extents.hpp"
 #include "plot/flow_variable.hpp"
 #include "plot/surface.hpp"
@@ -13,7 +14,7 @@ namespace p3dgrid::plot {
 /// What is to be shown of a restart file.
 struct FlowRequest {
   const std::string& path;
-  const RestartForm& form;
+  const Found& found;
   const std::optional<Extents>& grid;  ///< for layouts that hold no extents
   const std::string& variable;
   double gamma;

@@ -1,0 +1,188 @@
+#include "detect/fit.hpp"
+
+#include <algorithm>
+#include <array>
+
+#include "table.hpp"
+
+namespace p3dgrid {
+namespace {
+
+using Agreement = Fit::Agreement;
+
+constexpr std::uint64_t disk_block = 512;
+
+std::string bytes_text(std::uint64_t bytes) {
+  return counted(static_cast<std::int64_t>(bytes), "byte");
+}
+
+std::string record_text(std::size_t n) {
+  return "record " + std::to_string(n + 1);
+}
+
+/// Some systems have written files in full blocks.
+bool is_padding(ByteSource& source, std::uint64_t begin) {
+  if (source.size() <= begin || source.size() - begin >= disk_block) return false;
+  if (source.size() % disk_block != 0) return false;
+  std::array<char, disk_block> rest{};
+  const std::size_t count = source.read(begin, rest);
+  return std::all_of(rest.begin(), rest.begin() + count, [](char c) { return c == 0; });
+}
+
+std::string of_all(const std::vector<RecordPlan>& plan) {
+  return " of " + std::to_string(plan.size());
+}
+
+/// Goes through the lines of a text as a reader of records does.
+class LineWalk {
+ public:
+  explicit LineWalk(const TextLines& text) : text_(text) { settle(); }
+
+  [[nodiscard]] std::int64_t line() const { return line_; }
+
+  /// Takes a record; empty when it is there and ends with its line.
+  Fit take(std::int64_t values) {
+    std::int64_t left = values;
+    do {
+      if (run_ == text_.runs.size()) {
+        return {Agreement::cut, 0,
+                "the text ends at line " + std::to_string(last_line()) + ", " +
+                    counted(left, "value") + " short"};
+      }
+      const LineRun& run = text_.runs[run_];
+      if (left == 0 && run.values == 0) return step(1);  // a record of no values is a line
+      if (run.ending == LineRun::Ending::slash) return step(1);
+      if (run.ending == LineRun::Ending::odd && left > run.values) return odd();
+      const std::int64_t lines = run.values == 0 ? lines_left_ : std::min(lines_left_, full(left));
+      if (lines == 0) return too_long(run.values - left);
+      left -= lines * run.values;
+      step(lines);
+    } while (left > 0);
+    return {};
+  }
+
+  /// The next line that holds values; 0 for none.
+  std::int64_t next_values() {
+    while (run_ < text_.runs.size() && text_.runs[run_].values == 0) step(lines_left_);
+    return run_ == text_.runs.size() ? 0 : line_;
+  }
+
+ private:
+  /// Whole lines of this run that so many values fill.
+  [[nodiscard]] std::int64_t full(std::int64_t values) const {
+    return values / text_.runs[run_].values;
+  }
+
+  [[nodiscard]] std::int64_t last_line() const { return std::max<std::int64_t>(line_ - 1, 1); }
+
+  [[nodiscard]] Fit odd() const {
+    const bool first = line_ <= text_.odd_line && text_.odd_line < line_ + lines_left_;
+    return {Agreement::other, 0,
+            "line " + std::to_string(first ? text_.odd_line : line_) + " holds " +
+                (first ? "\"" + text_.odd_token + "\"" : "something else") +
+                " where a number is expected"};
+  }
+
+  [[nodiscard]] Fit too_long(std::int64_t values) const {
+    return {Agreement::other, 0,
+            "line " + std::to_string(line_) + " holds " + counted(values, "more value") +
+                " behind the last that is expected there"};
+  }
+
+  Fit step(std::int64_t lines) {
+    line_ += lines;
+    lines_left_ -= lines;
+    if (lines_left_ == 0) {
+      ++run_;
+      settle();
+    }
+    return {};
+  }
+
+  void settle() { lines_left_ = run_ < text_.runs.size() ? text_.runs[run_].lines : 0; }
+
+  const TextLines& text_;
+  std::size_t run_ = 0;
+  std::int64_t lines_left_ = 0;
+  std::int64_t line_ = 1;
+};
+
+}  // namespace
+
+Fit fit_of_records(RecordList& records, std::uint64_t file_size,
+                   const std::vector<RecordPlan>& plan, std::uint64_t real_bytes) {
+  for (std::size_t n = 0; n < plan.size(); ++n) {
+    const auto agreeing = static_cast<std::int64_t>(n);
+    const Record* record = records.at(n);
+    if (record == nullptr) {
+      return {Agreement::cut, agreeing,
+              "the file ends at byte " + std::to_string(file_size) + " behind " +
+                  counted(agreeing, "record") + of_all(plan)};
+    }
+    const std::uint64_t expected = plan[n].bytes(real_bytes);
+    const bool head = record->length > 0 || record->state == Record::State::sound;
+    const std::string where =
+        record_text(n) + of_all(plan) + " at byte " + std::to_string(record->offset);
+    if (head && record->length != expected) {
+      return {Agreement::other, agreeing,
+              where + " holds " + bytes_text(record->length) + " by its marker where " +
+                  std::to_string(expected) + " are expected"};
+    }
+    if (record->state == Record::State::sound) continue;
+    // A marker of the length expected counts as agreement: it is there, and what is behind is not.
+    return {record->state == Record::State::cut ? Agreement::cut : Agreement::other,
+            agreeing + (head ? 1 : 0), where + ": " + record->what};
+  }
+  const auto all = static_cast<std::int64_t>(plan.size());
+  const std::uint64_t end = plan.empty() ? 0 : records.at(plan.size() - 1)->end;
+  if (end == file_size) return {Agreement::whole, all, ""};
+  return {Agreement::longer, all,
+          bytes_text(file_size - end) + " follow behind the last record, from byte " +
+              std::to_string(end) + " on"};
+}
+
+Fit fit_of_length(ByteSource& source, const std::vector<RecordPlan>& plan,
+                  std::uint64_t real_bytes) {
+  const std::uint64_t file_size = source.size();
+  std::uint64_t expected = 0;
+  for (const RecordPlan& record : plan) expected += record.bytes(real_bytes);
+  const double share =
+      static_cast<double>(expected) / static_cast<double>(std::max<std::uint64_t>(file_size, 1));
+  if (file_size == expected) return {Agreement::whole, 0, "", share};
+  if (is_padding(source, expected)) {
+    return {Agreement::padded, 0,
+            bytes_text(file_size - expected) + " of zeros fill its last block of " +
+                std::to_string(disk_block),
+            share};
+  }
+  return {file_size < expected ? Agreement::cut : Agreement::longer, 0,
+          "the file holds " + bytes_text(file_size) + " where " + std::to_string(expected) +
+              " are expected",
+          share};
+}
+
+Fit fit_of_text(const TextLines& text, const std::vector<RecordPlan>& plan) {
+  LineWalk walk(text);
+  for (std::size_t n = 0; n < plan.size(); ++n) {
+    Fit fit = walk.take(plan[n].values());
+    if (fit.whole()) continue;
+    fit.records = static_cast<std::int64_t>(n);
+    fit.what = record_text(n) + of_all(plan) + ": " + fit.what;
+    return fit;
+  }
+  const auto all = static_cast<std::int64_t>(plan.size());
+  if (const std::int64_t line = walk.next_values(); line > 0) {
+    return {Agreement::longer, all,
+            "more values follow behind the last record, from line " + std::to_string(line) + " on"};
+  }
+  return {Agreement::whole, all, ""};
+}
+
+std::int64_t line_of_record(const TextLines& text, const std::vector<RecordPlan>& plan,
+                            std::size_t n) {
+  LineWalk walk(text);
+  for (std::size_t before = 0; before < n; ++before) walk.take(plan[before].values());
+  return plan[n].values() > 0 ? walk.next_values() : walk.line();
+}
+
+}  // namespace p3dgrid

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "detect/reading.hpp"
+
+namespace p3dgrid {
+
+/// What comes of all readings of a file.
+struct Verdict {
+  std::vector<Reading> fitting;  ///< those that the file bears out; of one the form is clear
+  std::vector<Reading> nearest;  ///< where none is: those that agree furthest
+};
+
+/// A file that some reading explains to its last byte is a file of that form. Else records may
+/// follow behind those of an unformatted file, whose markers prove the form; else headers alone
+/// decide, where extents are unknown.
+/// @param grid  extents of the grid, if it is at hand: readings with these extents go first
+[[nodiscard]] Verdict judge(std::vector<Reading> readings, const std::optional<Extents>& grid);
+
+/// The readings as a list for people, each with the options in which it differs from the others:
+/// "layout 102, ... (--restart-precision single); or layout 102, ... (--restart-precision double)".
+[[nodiscard]] std::string named(const std::vector<Reading>& readings);
+
+/// Where the file departs from the reading that agrees furthest, and from others as near, as part
+/// of a sentence.
+[[nodiscard]] std::string departure(const std::vector<Reading>& nearest);
+
+/// What shows that a reading is right, as part of a sentence.
+[[nodiscard]] std::string reason(const Reading& reading, std::uint64_t file_size);
+
+}  // namespace p3dgrid
