@@ -64,7 +64,7 @@ class BinaryHeader : public HeaderReader {
 
 class TextHeader : public HeaderReader {
  public:
-  explicit TextHeader(ByteSource& source) : source_(source), tokens_(source) {}
+  explicit TextHeader(ByteSource& source) : tokens_(source) {}
 
   void begin_record() override;
   std::optional<std::int32_t> integer() override;
@@ -74,7 +74,6 @@ class TextHeader : public HeaderReader {
  private:
   const TextToken* token();
 
-  ByteSource& source_;
   TextTokens tokens_;
   TextToken token_;
   std::int64_t left_ = 0;  ///< of the repeats of the token
