@@ -88,7 +88,7 @@ bool is_text(std::string_view start) {
 
 bool TextTokens::fill() {
   const std::size_t kept = buffer_.size() - at_;
-  std::memmove(buffer_.data(), buffer_.data() + at_, kept);
+  buffer_.erase(buffer_.begin(), buffer_.begin() + static_cast<std::ptrdiff_t>(at_));
   const std::size_t wanted = buffer_end_ == 0 ? first_chunk : chunk;
   buffer_.resize(kept + wanted);
   const std::size_t count = source_->read(buffer_end_, std::span(buffer_).subspan(kept));
