@@ -2,8 +2,11 @@
 
 #include <optional>
 
+#include "mod_p3dgrid/arrays.hpp"
 #include "recordio/record_list.hpp"
+#include "recordio/unit.hpp"
 #include "state/host.hpp"
+#include "state/point_numbering.hpp"
 
 /// What reading and writing a grid file have in common.
 namespace mod_p3dgrid {
@@ -20,17 +23,30 @@ inline void announce_grid(integer mode, const FileName& filename, integer iforma
 inline constexpr integer announce_read = 1;
 inline constexpr integer announce_write = 2;
 
+/// Kind of the coordinates in the file. Text is made of singles, whatever the precision flag says.
+[[nodiscard]] inline recordio::FileKind coordinate_kind(const recordio::Unit& unit,
+                                                        logical dblprec) {
+  return dblprec && unit.stores_kinds() ? recordio::FileKind::real8 : recordio::FileKind::real4;
+}
+
 /// The coordinate record of one block: all x, then all y, then all z of its points, then, where the
 /// grid has blanking, the blanking value of each point.
-/// @param xyz     x of the block's first point
-/// @param ndim    values from one point to the next in `xyz`
-/// @param iblank  blanking value of the block's first point; null for a grid without blanking
+/// @param xyz      (coordinate, point)
+/// @param staging  array that coordinates of a double-precision file pass through; else empty
+/// @param iblank   null for a grid without blanking
 template <class Real, class Integer>
-[[nodiscard]] auto coordinate_record(Real* xyz, std::int64_t ndim, Integer* iblank,
-                                     integer points) {
+[[nodiscard]] auto coordinate_record(array_view<Real, 2> xyz, array_view<double, 2> staging,
+                                     Integer* iblank, const PointNumbering& points, integer block) {
+  const std::int64_t first = points.before(block);
+  const integer count = points.npts(block);
+  const auto coordinates = [&](auto array) {
+    const std::int64_t stride = array.extent(1);
+    return recordio::lines(array.data() + first * stride, coordinates_per_point, stride, count);
+  };
   recordio::RecordList<recordio::MemoryOf<Real>> record{
-      recordio::lines(xyz, coordinates_per_point, ndim, points)};
-  if (iblank != nullptr) record.push_back(recordio::values(iblank, points));
+      staging.data() == nullptr ? coordinates(xyz)
+                                : recordio::by_way_of(coordinates(staging), coordinates(xyz))};
+  if (iblank != nullptr) record.push_back(recordio::values(iblank + first, count));
   return record;
 }
 

@@ -10,12 +10,12 @@
 #include "state/host.hpp"
 #include "state/messages.hpp"
 #include "state/point_numbering.hpp"
-#include "state/precision.hpp"
 #include "state/unit_numbers.hpp"
 
 namespace mod_p3dgrid {
 namespace {
 
+using recordio::FileKind;
 using recordio::OpenStatus;
 using recordio::Unit;
 
@@ -65,40 +65,23 @@ bool number_points(const Unit& unit, integer nblocks, const allocatable<integer,
   return false;
 }
 
-/// Reads the coordinate records of all blocks, the coordinates into `coordinates` of kind `Real`.
-template <class Real>
-bool read_blocks(const Unit& unit, GridBody& grid, allocatable<Real, 2>& coordinates) {
-  const PointNumbering& points = grid.numbering;
-  for (integer b = 1; b <= points.npts.size(); ++b) {
+/// Reads the coordinate records of all blocks.
+bool read_blocks(const Unit& unit, const GridBody& grid, array_view<double, 2> staging) {
+  for (integer b = 1; b <= grid.numbering.npts.size(); ++b) {
     if (debugprint) message("Reading grid point data for grid ", b);
-    const std::int64_t first = points.before(b);
-    const bool read = unit.read(
-        coordinate_record(coordinates.data() + first * coordinates.extent(1), coordinates.extent(1),
-                          grid.useiblank ? grid.iblank.data() + first : nullptr, points.npts(b)));
-    if (!read) return false;
+    integer* const iblank = grid.useiblank ? grid.iblank.data() : nullptr;
+    if (!unit.read(coordinate_record<float>(grid.xyz, staging, iblank, grid.numbering, b))) {
+      return false;
+    }
   }
-  return true;
-}
-
-/// Reads double-precision records through a staging array and rounds all of it at the end.
-bool read_blocks_staged(const Unit& unit, GridBody& grid) {
-  allocatable<double, 2> staging;
-  if (!allocate_checked(staging, coordinates_per_point, grid.numbering.total)) {
-    unit.fail("no memory", "a staging array for the coordinates");
-    return false;
-  }
-  if (!read_blocks(unit, grid, staging)) return false;
-  convert_rows(staging.data(), coordinates_per_point, grid.xyz.data(), coordinates_per_point,
-               coordinates_per_point, grid.numbering.total);
   return true;
 }
 
 bool read_body(const Unit& unit, GridBody& grid) {
   const std::int64_t total = grid.numbering.total;
-  const bool staged = grid.dblprec && unit.stores_kinds();
-  if (!unit.can_hold(total * coordinates_per_point,
-                     staged ? recordio::FileKind::real8 : recordio::FileKind::real4,
-                     recordio::Claim::as_far_as_it_goes, std::to_string(total) + " points")) {
+  const FileKind kind = coordinate_kind(unit, grid.dblprec);
+  if (!unit.can_hold(total * coordinates_per_point, kind, recordio::Claim::as_far_as_it_goes,
+                     std::to_string(total) + " points")) {
     return false;
   }
   bool usable = true;
@@ -113,10 +96,14 @@ bool read_body(const Unit& unit, GridBody& grid) {
     return false;
   }
   if (!unit.known()) return true;
-  if (staged) return read_blocks_staged(unit, grid);
+  allocatable<double, 2> staging;
+  if (kind == FileKind::real8 && !allocate_checked(staging, coordinates_per_point, total)) {
+    unit.fail("no memory", "a staging array for the coordinates");
+    return false;
+  }
   // A null value of text leaves a coordinate of 0, not one of chance.
   if (!unit.stores_kinds()) std::ranges::fill(grid.xyz.span(), 0.0F);
-  return read_blocks(unit, grid, grid.xyz);
+  return read_blocks(unit, grid, staging);
 }
 
 bool read_grid(const Unit& unit, const FileName& filename, logical multiblock, integer& nblocks,

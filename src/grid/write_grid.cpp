@@ -10,13 +10,13 @@
 #include "state/allocation.hpp"
 #include "state/messages.hpp"
 #include "state/point_numbering.hpp"
-#include "state/precision.hpp"
 #include "state/run_end.hpp"
 #include "state/unit_numbers.hpp"
 
 namespace mod_p3dgrid {
 namespace {
 
+using recordio::FileKind;
 using recordio::OpenStatus;
 using recordio::Unit;
 
@@ -56,29 +56,14 @@ void check_arrays(const FileName& filename, const GridToWrite& grid, const Point
   }
 }
 
-/// Writes one coordinate record per block from `coordinates` (`ndim`, points).
-template <class Real>
+/// Writes one coordinate record per block.
 void write_blocks(const Unit& unit, const GridToWrite& grid, const PointNumbering& points,
-                  const Real* coordinates, std::int64_t ndim) {
+                  array_view<double, 2> staging) {
   for (integer b = 1; b <= grid.nblocks; ++b) {
     message("Writing grid point data for grid ", b);
-    const std::int64_t first = points.before(b);
-    unit.write(coordinate_record(coordinates + first * ndim, ndim,
-                                 grid.useiblank ? grid.iblank.data() + first : nullptr,
-                                 points.npts(b)));
+    unit.write(coordinate_record(grid.xyz, staging, grid.useiblank ? grid.iblank.data() : nullptr,
+                                 points, b));
   }
-}
-
-/// Writes from a copy of all coordinates in double precision.
-void write_blocks_widened(const Unit& unit, const FileName& filename, const GridToWrite& grid,
-                          const PointNumbering& points) {
-  allocatable<double, 2> widened;
-  if (!allocate_checked(widened, grid.ndim, points.total)) {
-    refuse(filename, "out of memory for its coordinates in double precision");
-  }
-  convert_rows(grid.xyz.data(), grid.xyz.extent(1), widened.data(), grid.ndim, grid.ndim,
-               points.total);
-  write_blocks(unit, grid, points, widened.data(), grid.ndim);
 }
 
 }  // namespace
@@ -96,11 +81,12 @@ void writep3dgrid(const FileName& filename, integer iformat, logical dblprec, in
     unit.open(filename, OpenStatus::unknown);
     if (multiblock) unit.write({recordio::scalar(std::as_const(nblocks))});
     write_dimension_record(unit, nblocks, {idim, jdim, kdim});
-    if (dblprec && unit.stores_kinds()) {
-      write_blocks_widened(unit, filename, grid, points);
-    } else {
-      write_blocks(unit, grid, points, xyz.data(), xyz.extent(1));
+    allocatable<double, 2> staging;
+    if (coordinate_kind(unit, dblprec) == FileKind::real8 &&
+        !allocate_checked(staging, ndim, points.total)) {
+      refuse(filename, "out of memory for its coordinates in double precision");
     }
+    write_blocks(unit, grid, points, staging);
   }
   unit.close();
 } catch (const std::bad_alloc&) {

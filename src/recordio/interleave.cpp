@@ -11,19 +11,23 @@ namespace {
 /// unroll the inner loop and move several points at a time, three times as fast as line by line.
 constexpr std::int64_t most_lines = 8;
 
-template <int Lines, class T>
-void interleave_lines(const T* lines, std::int64_t distance, std::int64_t count, T* points,
+template <int Lines, class Line, class Point>
+void interleave_lines(const Line* lines, std::int64_t distance, std::int64_t count, Point* points,
                       std::int64_t stride) {
   for (std::int64_t i = 0; i < count; ++i) {
-    for (int r = 0; r < Lines; ++r) points[i * stride + r] = lines[r * distance + i];
+    for (int r = 0; r < Lines; ++r) {
+      points[i * stride + r] = static_cast<Point>(lines[r * distance + i]);
+    }
   }
 }
 
-template <int Lines, class T>
-void deinterleave_lines(const T* points, std::int64_t stride, T* lines, std::int64_t distance,
-                        std::int64_t count) {
+template <int Lines, class Point, class Line>
+void deinterleave_lines(const Point* points, std::int64_t stride, Line* lines,
+                        std::int64_t distance, std::int64_t count) {
   for (std::int64_t i = 0; i < count; ++i) {
-    for (int r = 0; r < Lines; ++r) lines[r * distance + i] = points[i * stride + r];
+    for (int r = 0; r < Lines; ++r) {
+      lines[r * distance + i] = static_cast<Line>(points[i * stride + r]);
+    }
   }
 }
 
@@ -38,9 +42,9 @@ void with_lines(std::int64_t lines, Visit visit) {
 
 }  // namespace
 
-template <class T>
-void interleave(const T* lines, std::int64_t distance, std::int64_t rows, std::int64_t count,
-                T* points, std::int64_t stride) {
+template <class Line, class Point>
+void interleave(const Line* lines, std::int64_t distance, std::int64_t rows, std::int64_t count,
+                Point* points, std::int64_t stride) {
   for (std::int64_t row = 0; row < rows; row += most_lines) {
     with_lines(std::min(most_lines, rows - row), [&]<int Lines>() {
       interleave_lines<Lines>(lines + row * distance, distance, count, points + row, stride);
@@ -48,8 +52,8 @@ void interleave(const T* lines, std::int64_t distance, std::int64_t rows, std::i
   }
 }
 
-template <class T>
-void deinterleave(const T* points, std::int64_t stride, T* lines, std::int64_t distance,
+template <class Point, class Line>
+void deinterleave(const Point* points, std::int64_t stride, Line* lines, std::int64_t distance,
                   std::int64_t rows, std::int64_t count) {
   for (std::int64_t row = 0; row < rows; row += most_lines) {
     with_lines(std::min(most_lines, rows - row), [&]<int Lines>() {
@@ -58,17 +62,16 @@ void deinterleave(const T* points, std::int64_t stride, T* lines, std::int64_t d
   }
 }
 
-template void interleave(const float*, std::int64_t, std::int64_t, std::int64_t, float*,
-                         std::int64_t);
-template void interleave(const double*, std::int64_t, std::int64_t, std::int64_t, double*,
-                         std::int64_t);
-template void interleave(const integer*, std::int64_t, std::int64_t, std::int64_t, integer*,
-                         std::int64_t);
-template void deinterleave(const float*, std::int64_t, float*, std::int64_t, std::int64_t,
-                           std::int64_t);
-template void deinterleave(const double*, std::int64_t, double*, std::int64_t, std::int64_t,
-                           std::int64_t);
-template void deinterleave(const integer*, std::int64_t, integer*, std::int64_t, std::int64_t,
-                           std::int64_t);
+#define P3D_INSTANTIATE(Line, Point)                                                        \
+  template void interleave(const Line*, std::int64_t, std::int64_t, std::int64_t, Point*,   \
+                           std::int64_t);                                                   \
+  template void deinterleave(const Point*, std::int64_t, Line*, std::int64_t, std::int64_t, \
+                             std::int64_t);
+P3D_INSTANTIATE(integer, integer)
+P3D_INSTANTIATE(float, float)
+P3D_INSTANTIATE(double, double)
+P3D_INSTANTIATE(float, double)
+P3D_INSTANTIATE(double, float)
+#undef P3D_INSTANTIATE
 
 }  // namespace mod_p3dgrid::recordio

@@ -35,6 +35,10 @@ template <class T>
 /// The values in memory have the kind `memory_kind`; in an unformatted or binary file they have
 /// `file_kind`. Text is read into the kind in memory; written, a double that is to be `real4` and
 /// that single precision can hold stands there as that single.
+///
+/// Values may pass through a staging array of kind `file_kind` on their way between an unformatted
+/// or binary file and memory, where they then lie in both. It is laid out like `memory`, with a
+/// stride of its own.
 /// @tparam Memory  `void` for a list to read into, `const void` for a list to write from.
 template <class Memory>
 struct Values {
@@ -45,6 +49,8 @@ struct Values {
   std::int64_t stride;
   std::int64_t count;
   bool drop = false;
+  void* staging = nullptr;  ///< null for none
+  std::int64_t staging_stride = 0;
 
   [[nodiscard]] std::int64_t bytes() const { return rows * count * bytes_of(file_kind); }
 };
@@ -84,6 +90,15 @@ template <class T>
 template <class Memory>
 [[nodiscard]] Values<Memory> stored_as(FileKind file_kind, Values<Memory> entry) {
   entry.file_kind = file_kind;
+  return entry;
+}
+
+/// The same values, which pass through those of `staging` and are stored as these are kept.
+template <class Memory>
+[[nodiscard]] Values<Memory> by_way_of(const Values<void>& staging, Values<Memory> entry) {
+  entry.file_kind = staging.memory_kind;
+  entry.staging = staging.memory;
+  entry.staging_stride = staging.stride;
   return entry;
 }
 

@@ -10,6 +10,7 @@
 #include "recordio/byte_order.hpp"
 #include "recordio/interleave.hpp"
 #include "recordio/record_list.hpp"
+#include "state/precision.hpp"
 
 /// Moves the values of list entries between memory and the payload of an unformatted or binary
 /// record.
@@ -53,6 +54,36 @@ bool fills_tiles(const Values<Memory>& entry) {
   return entry.rows > 1 && entry.bytes() >= tile_bytes;
 }
 
+/// Puts pieces of `rows` lines, from `first_row` on, to their points, from `first` on; `lines`
+/// begins with a piece of `count` values, the next begins `distance` values behind it.
+template <class Stored, class Kept>
+void place(const Values<void>& entry, std::int64_t first_row, std::int64_t rows, std::int64_t first,
+           const Stored* lines, std::int64_t distance, std::int64_t count) {
+  Kept* const to = static_cast<Kept*>(entry.memory) + first * entry.stride + first_row;
+  if (entry.staging == nullptr) {
+    return interleave(lines, distance, rows, count, to, entry.stride);
+  }
+  Stored* const staged =
+      static_cast<Stored*>(entry.staging) + first * entry.staging_stride + first_row;
+  interleave(lines, distance, rows, count, staged, entry.staging_stride);
+  convert_rows(staged, entry.staging_stride, to, entry.stride, rows, count);
+}
+
+/// The other way round.
+template <class Stored, class Kept>
+void collect(const Values<const void>& entry, std::int64_t first_row, std::int64_t rows,
+             std::int64_t first, Stored* lines, std::int64_t distance, std::int64_t count) {
+  const Kept* const from =
+      static_cast<const Kept*>(entry.memory) + first * entry.stride + first_row;
+  if (entry.staging == nullptr) {
+    return deinterleave(from, entry.stride, lines, distance, rows, count);
+  }
+  Stored* const staged =
+      static_cast<Stored*>(entry.staging) + first * entry.staging_stride + first_row;
+  convert_rows(from, entry.stride, staged, entry.staging_stride, rows, count);
+  deinterleave(staged, entry.staging_stride, lines, distance, rows, count);
+}
+
 /// Values next to each other.
 template <class T, class Payload>
 void read_run(Payload& payload, bool foreign, T* to, std::int64_t count) {
@@ -67,10 +98,9 @@ void read_run(Payload& payload, bool foreign, T* to, std::int64_t count) {
 template <class Stored, class Kept, class Payload>
 void read_lines(Payload& payload, bool foreign, const Values<void>& entry) {
   for (std::int64_t row = 0; row < entry.rows; ++row) {
-    Kept* const to = static_cast<Kept*>(entry.memory) + row;
     if constexpr (std::is_same_v<Stored, Kept>) {
-      if (entry.stride == 1) {
-        read_run(payload, foreign, to, entry.count);
+      if (entry.stride == 1 && entry.staging == nullptr) {
+        read_run(payload, foreign, static_cast<Kept*>(entry.memory) + row, entry.count);
         continue;
       }
     }
@@ -78,25 +108,22 @@ void read_lines(Payload& payload, bool foreign, const Values<void>& entry) {
     for (std::int64_t done = 0; done < entry.count; done += piece_values) {
       const std::int64_t n = std::min(piece_values, entry.count - done);
       read_run(payload, foreign, piece.data(), n);
-      for (std::int64_t i = 0; i < n; ++i) {
-        to[(done + i) * entry.stride] = static_cast<Kept>(piece[static_cast<std::size_t>(i)]);
-      }
+      place<Stored, Kept>(entry, row, 1, done, piece.data(), n, n);
     }
   }
 }
 
-template <class T, class Payload>
+template <class Stored, class Kept, class Payload>
 void read_tiles(Payload& payload, bool foreign, const Values<void>& entry) {
-  const Tile<T> tile(entry.rows);
+  const Tile<Stored> tile(entry.rows);
   for (std::int64_t done = 0; done < entry.count; done += tile.values) {
     const std::int64_t n = std::min(tile.values, entry.count - done);
     for (std::int64_t row = 0; row < entry.rows; ++row) {
-      T* const line = tile.memory.get() + row * tile.values;
-      payload.read_ahead(bytes_for<T>(row * entry.count + done), line, bytes_for<T>(n));
+      Stored* const line = tile.memory.get() + row * tile.values;
+      payload.read_ahead(bytes_for<Stored>(row * entry.count + done), line, bytes_for<Stored>(n));
       if (foreign) reverse_bytes(line, n);
     }
-    interleave(tile.memory.get(), tile.values, entry.rows, n,
-               static_cast<T*>(entry.memory) + done * entry.stride, entry.stride);
+    place<Stored, Kept>(entry, 0, entry.rows, done, tile.memory.get(), tile.values, n);
   }
   payload.skip(entry.bytes());
 }
@@ -116,36 +143,32 @@ void write_run(Payload& payload, bool foreign, const T* from, std::int64_t count
 template <class Stored, class Kept, class Payload>
 void write_lines(Payload& payload, bool foreign, const Values<const void>& entry) {
   for (std::int64_t row = 0; row < entry.rows; ++row) {
-    const Kept* const from = static_cast<const Kept*>(entry.memory) + row;
     if constexpr (std::is_same_v<Stored, Kept>) {
-      if (entry.stride == 1) {
-        write_run(payload, foreign, from, entry.count);
+      if (entry.stride == 1 && entry.staging == nullptr) {
+        write_run(payload, foreign, static_cast<const Kept*>(entry.memory) + row, entry.count);
         continue;
       }
     }
     std::array<Stored, piece_values> piece;
     for (std::int64_t done = 0; done < entry.count; done += piece_values) {
       const std::int64_t n = std::min(piece_values, entry.count - done);
-      for (std::int64_t i = 0; i < n; ++i) {
-        piece[static_cast<std::size_t>(i)] = static_cast<Stored>(from[(done + i) * entry.stride]);
-      }
+      collect<Stored, Kept>(entry, row, 1, done, piece.data(), n, n);
       if (foreign) reverse_bytes(piece.data(), n);
       payload.write(piece.data(), bytes_for<Stored>(n));
     }
   }
 }
 
-template <class T, class Payload>
+template <class Stored, class Kept, class Payload>
 void write_tiles(Payload& payload, bool foreign, const Values<const void>& entry) {
-  const Tile<T> tile(entry.rows);
+  const Tile<Stored> tile(entry.rows);
   for (std::int64_t done = 0; done < entry.count; done += tile.values) {
     const std::int64_t n = std::min(tile.values, entry.count - done);
-    deinterleave(static_cast<const T*>(entry.memory) + done * entry.stride, entry.stride,
-                 tile.memory.get(), tile.values, entry.rows, n);
+    collect<Stored, Kept>(entry, 0, entry.rows, done, tile.memory.get(), tile.values, n);
     for (std::int64_t row = 0; row < entry.rows; ++row) {
-      T* const line = tile.memory.get() + row * tile.values;
+      Stored* const line = tile.memory.get() + row * tile.values;
       if (foreign) reverse_bytes(line, n);
-      payload.write_ahead(bytes_for<T>(row * entry.count + done), line, bytes_for<T>(n));
+      payload.write_ahead(bytes_for<Stored>(row * entry.count + done), line, bytes_for<Stored>(n));
     }
   }
   payload.skip(entry.bytes());
@@ -169,14 +192,11 @@ void read_values(Payload& payload, std::endian order, const Values<void>& entry)
   if (entry.count == 0) return;
   if (entry.drop) return payload.discard(entry.bytes());
   const bool foreign = is_foreign(order);
+  const bool tiles = detail::fills_tiles(entry) && payload.lies_ahead(entry.bytes());
   detail::with_types(entry.file_kind, entry.memory_kind,
                      [&]<class Stored, class Kept>(Stored, Kept) {
-                       if constexpr (std::is_same_v<Stored, Kept>) {
-                         if (detail::fills_tiles(entry) && payload.lies_ahead(entry.bytes())) {
-                           return detail::read_tiles<Kept>(payload, foreign, entry);
-                         }
-                       }
-                       detail::read_lines<Stored, Kept>(payload, foreign, entry);
+                       tiles ? detail::read_tiles<Stored, Kept>(payload, foreign, entry)
+                             : detail::read_lines<Stored, Kept>(payload, foreign, entry);
                      });
 }
 
@@ -185,14 +205,11 @@ template <class Payload>
 void write_values(Payload& payload, std::endian order, const Values<const void>& entry) {
   if (entry.count == 0) return;
   const bool foreign = is_foreign(order);
+  const bool tiles = detail::fills_tiles(entry) && payload.lies_ahead(entry.bytes());
   detail::with_types(entry.file_kind, entry.memory_kind,
                      [&]<class Stored, class Kept>(Stored, Kept) {
-                       if constexpr (std::is_same_v<Stored, Kept>) {
-                         if (detail::fills_tiles(entry) && payload.lies_ahead(entry.bytes())) {
-                           return detail::write_tiles<Kept>(payload, foreign, entry);
-                         }
-                       }
-                       detail::write_lines<Stored, Kept>(payload, foreign, entry);
+                       tiles ? detail::write_tiles<Stored, Kept>(payload, foreign, entry)
+                             : detail::write_lines<Stored, Kept>(payload, foreign, entry);
                      });
 }
 

@@ -224,6 +224,13 @@ template <class Memory>
   return parameters_are_double(path) ? entry(dqvar) : entry(sqvar);
 }
 
+/// Arrays in double precision that the values of a file pass through, of the same shapes as those
+/// that they come from or go to; empty where none do.
+struct StagingArrays {
+  array_view<double, 2> flow;
+  array_view<double, 2> triplets;
+};
+
 /// Arrays that hold all variables of all points: what a whole body is read into or written from.
 /// `Real` is const for writing.
 template <class Real>
@@ -233,6 +240,7 @@ struct WholeArrays {
   array_view<Real, 2> flow;      ///< (variable, point)
   array_view<Real, 2> triplets;  ///< (3, point)
   integer last_parameter_row;    ///< row that serves all further blocks
+  StagingArrays staging = {};
 
   template <class List>
   void add_parameters(List& list, integer block) const {
@@ -241,11 +249,20 @@ struct WholeArrays {
   }
   template <class List>
   void add_triplets(List& list, integer block) const {
-    list.push_back(variable_lines(triplets, points, block, 1, triplet));
+    list.push_back(entry(triplets, staging.triplets, block, 1, triplet));
   }
   template <class List>
   void add_variables(List& list, integer block, integer first, integer last) const {
-    list.push_back(variable_lines(flow, points, block, first, last));
+    list.push_back(entry(flow, staging.flow, block, first, last));
+  }
+
+ private:
+  [[nodiscard]] auto entry(array_view<Real, 2> array, array_view<double, 2> through, integer block,
+                           integer first, integer last) const {
+    const auto values = variable_lines(array, points, block, first, last);
+    return through.data() == nullptr
+               ? values
+               : recordio::by_way_of(variable_lines(through, points, block, first, last), values);
   }
 };
 

@@ -2,6 +2,8 @@
 #include <limits>
 #include <new>
 #include <string>
+#include <type_traits>
+#include <utility>
 
 #include "MOD_P3DReader.hpp"
 #include "recordio/unit.hpp"
@@ -161,13 +163,14 @@ struct RestartRead {
 
   /// Reads the body into arrays that the caller has allocated.
   template <class Real>
-  [[nodiscard]] bool read_into(allocatable<Real, 2>& flow, allocatable<Real, 2>& triplets) {
+  [[nodiscard]] bool read_into(allocatable<Real, 2>& flow, allocatable<Real, 2>& triplets,
+                               const StagingArrays& staging = {}) {
     if (!prepare_triplets()) return false;
     if (path == BodyPath::text) {  // a null value leaves 0, not a value of chance
       std::ranges::fill(flow.span(), Real{0});
       if (layout.triplets) std::ranges::fill(triplets.span(), Real{0});
     }
-    WholeReader<Real> reader(unit, layout, {path, points, flow, triplets, ngrid}, flow);
+    WholeReader<Real> reader(unit, layout, {path, points, flow, triplets, ngrid, staging}, flow);
     return walk_body(layout, records(), ngrid, reader);
   }
 
@@ -187,11 +190,16 @@ struct RestartRead {
                : fail("an unallocated array for the flow variables");
   }
 
-  /// Reads through the staging arrays and rounds all of it at the end.
+  /// Reads through the staging arrays. Values are rounded while they are in the cache; the result
+  /// is to be allocated at the end, so until then its memory belongs to an array of this read. Flow
+  /// that may be enlarged, or for which there is no memory yet, is rounded as a whole at the end.
   [[nodiscard]] bool read_staged() {
     auto& DW = restart_staging().DW;
     auto& DX = restart_staging().DX;
-    if (!read_into(DW, DX)) return false;
+    allocatable<float, 2> rounded;
+    const bool at_once = !layout.triplets &&
+                         rounded.allocate(variables_per_point(), points.total) == allocation_done;
+    if (!(at_once ? read_into(rounded, auxvalues, {DW, {}}) : read_into(DW, DX))) return false;
     if (layout.extensions) {
       // The triplets' array exists since before the blocks were read, and the host is told so. For
       // layout 100 this step is missing: its triplets stay unset and `DX` stays allocated.
@@ -202,12 +210,27 @@ struct RestartRead {
     }
     // The last block's count may not be the largest; all that was read is handed over.
     if (layout.counted_variables) mod_gridvars::numrstrtvar(1) = most_variables();
+    if (!(at_once ? hand_over(rounded) : hand_over(DW))) return false;
+    DW.deallocate();
+    return true;
+  }
+
+  /// Allocates the result for a copy of what was read, or with the memory of that if it has the
+  /// kind and the shape.
+  template <class Real>
+  [[nodiscard]] bool hand_over(allocatable<Real, 2>& flow) {
     const std::int64_t variables = variables_per_point();
+    if constexpr (std::is_same_v<Real, float>) {
+      if (!varvalues.allocated() && flow.extent(1) == variables) {
+        varvalues = std::move(flow);
+        host::checkallocationerror(allocation_done);
+        return true;
+      }
+    }
     if (!allocate_checked(varvalues, variables, points.total)) {
       return fail("an unallocated array for the flow variables");
     }
-    copy_rows(DW, varvalues, variables, points.total);
-    DW.deallocate();
+    copy_rows(flow, varvalues, variables, points.total);
     return true;
   }
 };

@@ -10,7 +10,6 @@
 #include "restart/restart_header.hpp"
 #include "state/allocation.hpp"
 #include "state/messages.hpp"
-#include "state/precision.hpp"
 #include "state/run_end.hpp"
 #include "state/unit_numbers.hpp"
 
@@ -19,11 +18,10 @@ namespace {
 
 using recordio::Unit;
 
-/// Writes a whole body from arrays of kind `Real`.
-template <class Real>
+/// Writes a whole body.
 class WholeWriter : public WritingVisitor {
  public:
-  WholeWriter(const Unit& unit, const Layout& layout, WholeArrays<const Real> arrays)
+  WholeWriter(const Unit& unit, const Layout& layout, WholeArrays<const float> arrays)
       : WritingVisitor(unit), layout_(layout), arrays_(arrays) {}
 
   bool begin_block(integer block) const {
@@ -39,7 +37,7 @@ class WholeWriter : public WritingVisitor {
 
  private:
   const Layout& layout_;
-  WholeArrays<const Real> arrays_;
+  WholeArrays<const float> arrays_;
 };
 
 /// The arguments that a body is written with.
@@ -77,38 +75,32 @@ void check_arguments(const RestartWrite& write) {
   }
 }
 
-/// A copy of the first `rows` rows in double precision.
-allocatable<double, 2> widened(const RestartWrite& write, array_view<const float, 2> array,
-                               std::int64_t rows) {
-  allocatable<double, 2> copy;
-  if (!allocate_checked(copy, rows, write.points.total)) {
+/// Allocates the arrays that values pass through into a double-precision file.
+void allocate_staging(const RestartWrite& write, allocatable<double, 2>& flow,
+                      allocatable<double, 2>& triplets) {
+  if (write.path != BodyPath::double_records) return;
+  if (!allocate_checked(flow, variables_per_point(), write.points.total) ||
+      (write.layout.triplets && !allocate_checked(triplets, triplet, write.points.total))) {
     refuse_restart(write.filename, "out of memory for a copy in double precision");
   }
-  convert_rows(array.data(), array.extent(1), copy.data(), copy.extent(1),
-               std::min(copy.extent(1), array.extent(1)), write.points.total);
-  return copy;
-}
-
-template <class Real>
-void write_records(const RestartWrite& write, array_view<const Real, 2> flow,
-                   array_view<const Real, 2> triplets) {
-  WholeWriter<Real> writer(write.unit, write.layout,
-                           {write.path, write.points, flow, triplets, write.nparamrows});
-  static_cast<void>(
-      walk_body(write.layout, block_records_with_leading(write.layout), write.nblocks, writer));
 }
 
 void write_body(const RestartWrite& write) {
   if (write.layout.parameters) {
     create_parameters_to_write(write.filename, write.path, write.nblocks, write.nparamrows);
   }
-  if (write.path != BodyPath::double_records) {
-    return write_records(write, write.varvalues, write.auxvalues);
-  }
-  const auto flow = widened(write, write.varvalues, variables_per_point());
-  const auto triplets =
-      write.layout.triplets ? widened(write, write.auxvalues, triplet) : allocatable<double, 2>{};
-  write_records<double>(write, flow, triplets);
+  allocatable<double, 2> flow;
+  allocatable<double, 2> triplets;
+  allocate_staging(write, flow, triplets);
+  WholeWriter writer(write.unit, write.layout,
+                     {write.path,
+                      write.points,
+                      write.varvalues,
+                      write.auxvalues,
+                      write.nparamrows,
+                      {flow, triplets}});
+  static_cast<void>(
+      walk_body(write.layout, block_records_with_leading(write.layout), write.nblocks, writer));
 }
 
 /// Layout 3 counts its variables per block, layout 101 has five; the others keep what is set.

@@ -4,10 +4,10 @@
 
 #include "MOD_P3DReader.hpp"
 #include "recordio/unit.hpp"
+#include "restart/body.hpp"
 #include "restart/restart_arguments.hpp"
 #include "state/allocation.hpp"
 #include "state/messages.hpp"
-#include "state/precision.hpp"
 #include "state/run_end.hpp"
 #include "state/unit_numbers.hpp"
 #include "streaming/staging.hpp"
@@ -22,18 +22,18 @@ using recordio::Unit;
 constexpr integer unformatted = 0;
 
 /// Writes a record per block from row 1 of an array.
-template <class Real>
 void write_blocks(const Unit& unit, integer ivar, const PointNumbering& points, integer nblocks,
-                  array_view<const Real, 2> values) {
+                  array_view<const float, 2> values, array_view<double, 2> staging = {}) {
   for (integer b = 1; b <= nblocks; ++b) {
     message("Writing flow variable ", ivar, " for grid ", b);
-    const std::int64_t stride = values.extent(1);
-    unit.write(
-        {recordio::lines(values.data() + points.before(b) * stride, 1, stride, points.npts(b))});
+    const auto entry = variable_lines(values, points, b, 1, 1);
+    unit.write({staging.data() == nullptr
+                    ? entry
+                    : recordio::by_way_of(variable_lines(staging, points, b, 1, 1), entry)});
   }
 }
 
-/// Writes from a copy of the variable in double precision.
+/// Writes in double precision, through a staging array.
 void write_widened(const Unit& unit, integer ivar, const FileName& name,
                    const PointNumbering& points, integer nblocks, std::int64_t allpoints,
                    array_view<const float, 2> values) {
@@ -41,8 +41,7 @@ void write_widened(const Unit& unit, integer ivar, const FileName& name,
   if (!allocate_staging(DW, 1, allpoints) || DW.extent(1) != 1) {
     refuse_restart(name, "no array for the variable in double precision");
   }
-  convert_rows(values.data(), values.extent(1), DW.data(), 1, 1, points.total);
-  write_blocks<double>(unit, ivar, points, nblocks, std::as_const(DW));
+  write_blocks(unit, ivar, points, nblocks, values, DW);
   DW.deallocate();
 }
 

@@ -8,6 +8,7 @@
 #include <ostream>
 #include <thread>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 #include "recordio/record_markers.hpp"
@@ -112,6 +113,54 @@ void expect_written_and_read(const Unit& unit, const Shape& shape) {
   expect_read<T>(unit, shape);
 }
 
+/// A file of doubles, written from singles and read into them.
+void expect_widened_and_rounded(const Unit& unit, const Shape& shape) {
+  const std::vector<float> array = array_of<float>(shape);
+  unit.open("file", OpenStatus::unknown);
+  unit.write(
+      {stored_as(FileKind::real8, lines(array.data(), shape.rows, shape.stride, shape.count))});
+  unit.close();
+  EXPECT_TRUE(read_file("file") == file_of<double>(shape)) << shape;
+  std::vector<float> again(array.size(), untouched);
+  unit.open("file", OpenStatus::old);
+  ASSERT_TRUE(unit.read(
+      {stored_as(FileKind::real8, lines(again.data(), shape.rows, shape.stride, shape.count))}))
+      << p3dlastfailure().describe();
+  EXPECT_TRUE(unit.expect_end());
+  unit.close();
+  EXPECT_TRUE(again == array) << shape;
+}
+
+/// The same by way of a staging array, which is laid out with one line more.
+void expect_passed_through_staging(const Unit& unit, const Shape& shape) {
+  const std::vector<float> array = array_of<float>(shape);
+  const std::int64_t stride = shape.rows + 1;
+  const auto size = static_cast<std::size_t>(stride * shape.count);
+  std::vector<double> written(size, untouched);
+  unit.open("file", OpenStatus::unknown);
+  unit.write({by_way_of(lines(written.data(), shape.rows, stride, shape.count),
+                        lines(array.data(), shape.rows, shape.stride, shape.count))});
+  unit.close();
+  EXPECT_TRUE(read_file("file") == file_of<double>(shape)) << shape;
+  std::vector<float> again(array.size(), untouched);
+  std::vector<double> read(size, untouched);
+  unit.open("file", OpenStatus::old);
+  ASSERT_TRUE(unit.read({by_way_of(lines(read.data(), shape.rows, stride, shape.count),
+                                   lines(again.data(), shape.rows, shape.stride, shape.count))}))
+      << p3dlastfailure().describe();
+  EXPECT_TRUE(unit.expect_end());
+  unit.close();
+  EXPECT_TRUE(again == array) << shape;
+  std::vector<double> staged(size, untouched);
+  for (std::int64_t i = 0; i < shape.count; ++i) {
+    for (std::int64_t row = 0; row < shape.rows; ++row) {
+      staged[static_cast<std::size_t>(i * stride + row)] = value_at(row, i);
+    }
+  }
+  EXPECT_TRUE(written == staged) << shape;
+  EXPECT_TRUE(read == staged) << shape;
+}
+
 using FormAndOrder = std::tuple<integer, std::endian>;
 
 class LinesOfArrays : public test_support::InScratchFolder,
@@ -126,6 +175,8 @@ TEST_P(LinesOfArrays, ArePutTogetherInTheFile) {
     expect_written_and_read<float>(unit, shape);
     expect_written_and_read<double>(unit, shape);
     expect_written_and_read<integer>(unit, shape);
+    expect_widened_and_rounded(unit, shape);
+    expect_passed_through_staging(unit, shape);
   }
 }
 
@@ -151,6 +202,25 @@ class LargeLines : public test_support::InScratchFolder {
     return unit.read({lines(array.data(), shape.rows, shape.stride, shape.count)});
   }
 };
+
+TEST_F(LargeLines, AreRoundedToNearest) {
+  std::vector<double> doubles(static_cast<std::size_t>(shape.rows * shape.count));
+  for (std::size_t i = 0; i < doubles.size(); ++i) doubles[i] = static_cast<double>(i) / 3 - 1000;
+  unit.open("file", OpenStatus::unknown);
+  unit.write({values(std::as_const(doubles).data(), std::ssize(doubles))});
+  unit.close();
+  std::vector<float> array(doubles.size());
+  unit.open("file", OpenStatus::old);
+  ASSERT_TRUE(unit.read(
+      {stored_as(FileKind::real8, lines(array.data(), shape.rows, shape.rows, shape.count))}));
+  std::vector<float> expected(doubles.size());
+  for (std::size_t i = 0; i < doubles.size(); ++i) {
+    const auto line = i / static_cast<std::size_t>(shape.count);
+    const auto place = i % static_cast<std::size_t>(shape.count);
+    expected[place * static_cast<std::size_t>(shape.rows) + line] = static_cast<float>(doubles[i]);
+  }
+  EXPECT_TRUE(array == expected);
+}
 
 TEST_F(LargeLines, ComeThroughAPipe) {
   ASSERT_EQ(::mkfifo("file", 0600), 0);

@@ -612,14 +612,33 @@ TEST_F(ReadRestart, AllocatedFlowIsReportedAndNeverOverrun) {
     read(restart, HandMadeRestart({.layout = 1, .iformat = 2, .dblprec = dblprec}));
     expect_failed("expected an unallocated array for the flow variables");
   }
-  restart_staging() = {};
-  Restart wide(2);
-  calls.clear();
-  ASSERT_EQ(wide.varvalues.allocate(6, 9), allocation_done);
-  HandMadeRestart made({.layout = 1, .iformat = 2});
-  read(wide, made);
-  EXPECT_EQ(count_calls("dispfilereaderror"), 0);
-  EXPECT_EQ(wide.varvalues(5, 7), static_cast<float>(HandMadeRestart::flow(5, 6)));
+}
+
+TEST_F(ReadRestart, AllocatedFlowIsReportedAndUsedIfLargeEnough) {
+  for (const bool dblprec : {false, true}) {
+    Restart wide(2);
+    calls.clear();
+    ASSERT_EQ(wide.varvalues.allocate(6, 9), allocation_done);
+    const float* const storage = wide.varvalues.data();
+    read(wide, HandMadeRestart({.layout = 1, .iformat = 2, .dblprec = dblprec}));
+    EXPECT_EQ(calls.back(), "checkallocationerror(1)");
+    EXPECT_EQ(count_calls("dispfilereaderror"), 0);
+    EXPECT_EQ(wide.varvalues.data(), storage);
+    EXPECT_EQ(wide.varvalues(5, 7), static_cast<float>(HandMadeRestart::flow(5, 6)));
+    EXPECT_FALSE(restart_staging().DW.allocated());
+  }
+}
+
+TEST_F(ReadRestart, AFlowArrayThatTheHostRecountsMeanwhileIsAllocatedByItsCount) {
+  const HandMadeRestart made({.layout = 1, .iformat = 2, .dblprec = true});
+  set_sections(made.form.sections);
+  p3dsetmessages([](std::string_view line) {
+    if (line == " Reading flow variables for grid 2") mod_gridvars::numrstrtvar(1) = 4;
+  });
+  Restart restart(2);
+  read_with_table_as_it_is(restart, made);
+  EXPECT_EQ(restart.varvalues.extent(1), 4);
+  EXPECT_EQ(restart.varvalues(4, 7), static_cast<float>(HandMadeRestart::flow(4, 6)));
 }
 
 TEST_F(ReadRestart, SectionNumbersOutsideTheFlowArrayAreErrorsOfTheRun) {
