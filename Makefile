@@ -18,7 +18,7 @@ PREFIX ?= /usr/local
 DESTDIR ?=
 CONFIGURE = cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo
 
-.PHONY: help build demo install package test bench clean
+.PHONY: help build demo install package docs test bench clean
 
 help:
 	@echo "make demo   build the command p3dgrid and run it on a sample case, in $(DEMO)/"
@@ -27,6 +27,7 @@ help:
 	@echo "            build command and library and install them"
 	@echo "make package"
 	@echo "            build a Debian package, in $(BUILD)/"
+	@echo "make docs   write the reference pages of the headers, in $(BUILD)/reference/"
 	@echo "make bench  measure speed and memory beside plain Fortran; POINTS=8M, ONLY=NAMES with * and ?,"
 	@echo "            REPETITIONS=5, DATA=FOLDER for the files, RESULTS=FILE for JSON"
 	@echo "make clean  remove $(BUILD)/, $(BENCH)/ and $(DEMO)/"
@@ -45,6 +46,11 @@ package: build
 
 demo: build
 	scripts/demo $(BUILD)/tools/p3dgrid $(DEMO)
+
+docs:
+	scripts/install-packages docs
+	$(CONFIGURE) -DBUILD_TESTING=OFF $(CMAKE_FLAGS)
+	cmake --build $(BUILD) --target docs
 
 test:
 	scripts/install-packages test

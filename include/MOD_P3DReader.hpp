@@ -45,6 +45,7 @@
 #include "mod_p3dgrid/logical.hpp"
 #include "mod_p3dgrid/run.hpp"
 
+/// The operations, the variables that they share, and the types of their arguments.
 namespace mod_p3dgrid {
 
 /// @name Module variables
@@ -91,7 +92,7 @@ extern allocatable<float, 2> sqvar;
 extern allocatable<double, 2> dqvar;
 
 /// Name of the temporary file of variable n in entry n. (A host that says `using namespace
-/// mod_p3dgrid` and includes <cstdio> must qualify it: C has a function of that name.)
+/// mod_p3dgrid` and includes `<cstdio>` must qualify it: C has a function of that name.)
 extern fixed_array<FileName, 15> tmpfile;
 
 /// @}
@@ -138,6 +139,7 @@ void readp3dgridheader(const FileName& filename, integer iformat, integer& nbloc
                        logical multiblock);
 
 /// As above, and reads the dimension record too.
+/// @param filename,iformat,nblocks,ndim,multiblock  as above
 /// @param npoints  number of points of all blocks, summed in 32 bits: more points wrap around.
 ///                 Untouched when a read fails.
 void readp3dgridheader(const FileName& filename, integer iformat, integer& nblocks, integer& ndim,
@@ -190,6 +192,10 @@ void writep3dgrid(const FileName& filename, integer iformat, logical dblprec, in
 /// Opens a restart file on unit 201, reads its header into the module variables and leaves the file
 /// open behind it. Called by the operations that read restart files; a host needs it only to look
 /// at a header, and closes unit 201 then.
+/// @param filename    restart file
+/// @param iformat     file-format code
+/// @param dblprec     reals are 64-bit in the file
+/// @param rsttype     restart layout code
 /// @param nblocks     number of blocks; 1 for layouts that do not tell
 /// @param multiblock  a block-count record stands first (layouts 2 and 3)
 ///
@@ -205,6 +211,7 @@ void readrestartheader(const FileName& filename, integer iformat, logical dblpre
                        integer rsttype, logical multiblock);
 
 /// As above, and hands over the extents of the blocks.
+/// @param filename,iformat,dblprec,nblocks,rsttype,multiblock  as above
 /// @param idim,jdim,kdim  take over new storage, one entry per block, whatever they held; 0 where
 ///        the layout has no extents (100, 101 and 102). Left alone by a failed read.
 void readrestartheader(const FileName& filename, integer iformat, logical dblprec, integer& nblocks,
@@ -213,7 +220,11 @@ void readrestartheader(const FileName& filename, integer iformat, logical dblpre
 
 /// Creates a restart file on unit 301 and writes its header from `nstep`, `dtau`, `nfvar` and the
 /// arguments. Leaves the unit open behind it, for a body to follow.
+/// @param filename    restart file
+/// @param iformat     file-format code
+/// @param dblprec     write 64-bit reals
 /// @param nblocks     number of blocks
+/// @param rsttype     restart layout code
 /// @param idim,jdim,kdim  extents, at least as many as the layout writes
 /// @param multiblock  write the block-count record (layouts 2 and 3)
 ///
@@ -226,8 +237,10 @@ void writerestartheader(const FileName& filename, integer iformat, logical dblpr
 /// Makes sure that a restart file belongs to a grid: reads both headers, compares the block counts
 /// (with `multiblock`) and the extents of each block, reports every difference on standard output
 /// and halts the run if there is one. Returns normally only if the two agree, both files closed.
+/// @param gridfile,rstfile      grid and restart file
 /// @param gridformat,rstformat  file-format codes
 /// @param dblprec     precision of the restart file
+/// @param rsttype     restart layout code
 /// @param multiblock  both files begin with a block count (the restart file in layouts 2 and 3)
 ///
 /// Extents that the restart layout does not hold count as 0. After a failed read nothing is
@@ -236,6 +249,9 @@ void checkp3drstrtheader(const FileName& gridfile, integer gridformat, const Fil
                          integer rstformat, logical dblprec, integer rsttype, logical multiblock);
 
 /// Reads a whole restart file.
+/// @param filename     restart file
+/// @param iformat      file-format code
+/// @param dblprec      reals are 64-bit in the file; they are rounded to nearest
 /// @param nblocks      number of blocks that the caller has extents for; a header with more is a
 ///                     failed read
 /// @param blockpoints  points of each block, used only when `readallvars` is false
@@ -275,6 +291,9 @@ void readp3drestart(const FileName& filename, integer iformat, logical dblprec, 
 
 /// Writes a whole restart file. Leaves unit 301 open, and with it the file unfinished: close the
 /// unit with `p3dcloseunit(301)`, or let the run end. Unit 201 is closed.
+/// @param filename    restart file
+/// @param iformat     file-format code
+/// @param dblprec     write 64-bit reals, widened exactly
 /// @param nparamrows  rows of `sqvar` or `dqvar` in use (layout 2): block n is written with row
 ///                    min(n, nparamrows). If the array that the file needs is not allocated it is
 ///                    created from the other one.
@@ -306,6 +325,9 @@ void writep3drestart(const FileName& filename, integer iformat, logical dblprec,
 /// Reads one variable of a restart file, for all points of all blocks. Every call reads the file
 /// from its start; besides the result it holds one variable and a fixed buffer.
 /// @param ivar         number of the variable, 1 to the sum of `numrstrtvar`
+/// @param filename     restart file
+/// @param iformat      file-format code
+/// @param dblprec      reals are 64-bit in the file; they are rounded to nearest
 /// @param nblocks      number of blocks
 /// @param blockpoints  points of each block; their sum is what is read
 /// @param varvalues    row 1 receives the variable, block after block; other rows stay as they are.
@@ -351,6 +373,7 @@ void writenextp3dvar(integer ivar, const FileName& prefix, logical dblprec, inte
 /// `numrstrtvar`, and deletes them. Holds one block of all variables.
 /// @param leadvalues  triplets (3, point) of layouts 100 and 101
 /// @param filename    restart file to write
+/// @param iformat     file-format code
 /// @param dblprec     precision of the temporary files and of the output; for text output the
 ///                    temporary files must be in double precision
 /// @param nparamrows  rows of `sqvar` or `dqvar` in use (layout 2), as for `writep3drestart`

@@ -11,6 +11,7 @@
 #include "mod_p3dgrid/file_name.hpp"
 #include "mod_p3dgrid/logical.hpp"
 
+/// The host's part: every name in it is the host's to define.
 namespace mod_gridvars {
 
 using mod_p3dgrid::FileName;

@@ -18,6 +18,8 @@ namespace mod_p3dgrid {
 /// What `allocate` and `deallocate` return, and what the module hands to
 /// `mod_gridvars::checkallocationerror`.
 /// @{
+
+/// It has been done.
 inline constexpr integer allocation_done = 0;
 /// The array is allocated already; it is left as it was.
 inline constexpr integer already_allocated = 1;
@@ -60,10 +62,13 @@ class allocatable {
   static_assert(std::is_trivially_copyable_v<T> && (Rank == 1 || Rank == 2));
 
  public:
+  /// An array that is not allocated.
   allocatable() noexcept = default;
+  /// Takes over the storage; `other` is not allocated afterwards.
   allocatable(allocatable&& other) noexcept
       : storage_(std::exchange(other.storage_, nullptr)),
         extents_(std::exchange(other.extents_, {})) {}
+  /// Releases what it has and takes over the other's storage.
   allocatable& operator=(allocatable&& other) noexcept {
     if (this != &other) {
       detail::release_storage(storage_);
@@ -72,6 +77,7 @@ class allocatable {
     }
     return *this;
   }
+  /// Releases the storage.
   ~allocatable() { detail::release_storage(storage_); }
 
   /// Allocates with the given extents, one for each dimension; an extent below 0 counts as 0.
@@ -101,6 +107,7 @@ class allocatable {
     return allocation_done;
   }
 
+  /// Whether it has storage, be it for no elements.
   [[nodiscard]] bool allocated() const noexcept { return storage_ != nullptr; }
 
   /// Extent of dimension 1 or 2, as last asked for.
@@ -117,11 +124,15 @@ class allocatable {
     return elements;
   }
 
+  /// The first element; null while not allocated.
   [[nodiscard]] T* data() noexcept { return storage_; }
+  /// @copydoc data()
   [[nodiscard]] const T* data() const noexcept { return storage_; }
+  /// All elements in Fortran order.
   [[nodiscard]] std::span<T> span() noexcept {
     return {storage_, static_cast<std::size_t>(size())};
   }
+  /// @copydoc span()
   [[nodiscard]] std::span<const T> span() const noexcept {
     return {storage_, static_cast<std::size_t>(size())};
   }
@@ -132,6 +143,7 @@ class allocatable {
     assert(allocated());
     return storage_[detail::fortran_offset(extents_, index...)];
   }
+  /// @copydoc operator()()
   template <class... Index>
   [[nodiscard]] const T& operator()(Index... index) const noexcept {
     assert(allocated());
@@ -147,28 +159,39 @@ class allocatable {
 template <class T, std::int64_t... Extent>
 class fixed_array {
  public:
+  /// Number of dimensions.
   static constexpr std::size_t rank = sizeof...(Extent);
 
+  /// Extent of dimension 1, 2, ...
   [[nodiscard]] static constexpr std::int64_t extent(std::size_t dimension) noexcept {
     return extents[dimension - 1];
   }
+  /// Number of elements.
   [[nodiscard]] static constexpr std::int64_t size() noexcept { return (Extent * ... * 1); }
 
+  /// The first element.
   [[nodiscard]] T* data() noexcept { return values_.data(); }
+  /// @copydoc data()
   [[nodiscard]] const T* data() const noexcept { return values_.data(); }
+  /// All elements in Fortran order.
   [[nodiscard]] std::span<T> span() noexcept { return values_; }
+  /// @copydoc span()
   [[nodiscard]] std::span<const T> span() const noexcept { return values_; }
+  /// Sets every element to `value`.
   void fill(const T& value) { values_.fill(value); }
 
+  /// Element at 1-based indices; the indices are checked where `assert` is.
   template <class... Index>
   [[nodiscard]] T& operator()(Index... index) noexcept {
     return values_[detail::fortran_offset(extents, index...)];
   }
+  /// @copydoc operator()()
   template <class... Index>
   [[nodiscard]] const T& operator()(Index... index) const noexcept {
     return values_[detail::fortran_offset(extents, index...)];
   }
 
+  /// Whether all elements are equal.
   friend bool operator==(const fixed_array&, const fixed_array&) = default;
 
  private:
@@ -194,29 +217,39 @@ class array_view {
                                                                      Extent... extent) noexcept
       : data_(data), extents_{static_cast<std::int64_t>(extent)...} {}
 
+  /// The whole array; nothing of one that is not allocated.
   array_view(allocatable<Value, Rank>& array) noexcept { take(array); }
+  /// The same, for reading.
   array_view(const allocatable<Value, Rank>& array) noexcept requires std::is_const_v<T> {
     take(array);
   }
+  /// A view for reading of what another may change.
   template <std::same_as<Value> U>
   array_view(const array_view<U, Rank>& other) noexcept requires std::is_const_v<T>
       : data_(other.data()), extents_(other.extents()) {}
+  /// The elements of a span (rank 1).
   constexpr array_view(std::span<T> values) noexcept requires(Rank == 1)
       : data_(values.data()), extents_{static_cast<std::int64_t>(values.size())} {}
+  /// The elements of a vector, until the vector grows (rank 1).
   array_view(std::vector<Value>& values) noexcept requires(Rank == 1)
       : array_view(std::span<T>(values)) {}
+  /// The same, for reading.
   array_view(const std::vector<Value>& values) noexcept requires(Rank == 1 && std::is_const_v<T>)
       : array_view(std::span<T>(values)) {}
 
+  /// The first element; null for a view of nothing.
   [[nodiscard]] constexpr T* data() const noexcept { return data_; }
+  /// All extents.
   [[nodiscard]] constexpr const std::array<std::int64_t, Rank>& extents() const noexcept {
     return extents_;
   }
+  /// Extent of dimension 1 or 2.
   [[nodiscard]] constexpr std::int64_t extent(std::size_t dimension) const noexcept {
     assert(dimension >= 1 && dimension <= Rank);
     return extents_[dimension - 1];
   }
 
+  /// Element at 1-based indices; the indices are checked where `assert` is.
   template <class... Index>
   [[nodiscard]] constexpr T& operator()(Index... index) const noexcept {
     return data_[detail::fortran_offset(extents_, index...)];

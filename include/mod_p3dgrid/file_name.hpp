@@ -15,13 +15,17 @@ namespace mod_p3dgrid {
 /// Hosts with longer paths give short names and let `p3dsetpaths` turn them into paths.
 class FileName {
  public:
+  /// Characters that a name has.
   static constexpr std::size_t length = 40;
 
   /// The blank name.
   FileName() noexcept { characters_.fill(' '); }
 
+  /// The name, padded; one that does not fit is an error of the run.
   FileName(std::string_view name);
+  /// The same of a text that ends with a NUL character.
   FileName(const char* name) : FileName(std::string_view(name)) {}
+  /// The same of a string.
   FileName(const std::string& name) : FileName(std::string_view(name)) {}
 
   /// The first 40 characters of `name`, the rest dropped.
@@ -39,6 +43,7 @@ class FileName {
   /// All 40 characters, blanks included; valid as long as this object.
   [[nodiscard]] std::string_view padded() const noexcept { return {characters_.data(), length}; }
 
+  /// Whether all 40 characters are equal.
   friend bool operator==(const FileName&, const FileName&) = default;
 
  private:

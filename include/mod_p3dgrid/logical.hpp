@@ -14,8 +14,10 @@ using integer = std::int32_t;
 /// does not compile. Reads as a condition (`if (flag)`), never as a number.
 class logical {
  public:
+  /// False.
   constexpr logical() noexcept = default;
 
+  /// What the `bool` says.
   template <std::same_as<bool> Bool>
   constexpr logical(Bool value) noexcept : bits_(value ? -1 : 0) {}
 
@@ -29,6 +31,7 @@ class logical {
   /// The 32 bits as stored.
   [[nodiscard]] constexpr std::int32_t bits() const noexcept { return bits_; }
 
+  /// True when the lowest bit is set.
   constexpr explicit operator bool() const noexcept { return (bits_ & 1) != 0; }
 
   /// Two logicals are equal when they mean the same, whatever their upper bits hold.

@@ -84,6 +84,8 @@ class InstallPackages(ToolTest):
             self.assertIn(package, missing)
         self.assertNotIn("clang", missing)
         self.assertIn("clang", self.install("ci"))
+        for purpose in ("docs", "ci"):
+            self.assertIn("doxygen", self.install(purpose).splitlines()[0].split())
 
     def test_sudo_where_it_is_needed(self):
         self.debian([], user=1000)
