@@ -1,0 +1,73 @@
+"""The pages of the documentation as pages: their links lead somewhere, their lines are short."""
+
+import pathlib
+import re
+import tempfile
+import unittest
+
+from support import FENCED, SOURCE, main, pages
+
+LONGEST_LINE = 100
+OLDER = {"README.md", "info-json.md", "performance.md", "reliability.md"}  # have longer lines
+
+
+def anchors(page):
+    """What links to headings of the page may say behind the number sign."""
+    headings = re.findall(r"^#+ (.*)$", FENCED.sub("", page.read_text()), re.MULTILINE)
+    return {re.sub(r"[^\w -]", "", heading.lower()).replace(" ", "-") for heading in headings}
+
+
+def broken_links(page):
+    text = FENCED.sub("", page.read_text())
+    broken = []
+    for target in re.findall(r"\]\(([^)]+)\)", text):
+        path, _, anchor = target.partition("#")
+        if "://" in target:
+            continue
+        file = page.parent / path if path else page
+        if not file.exists() or (anchor and anchor not in anchors(file)):
+            broken.append(target)
+    return broken
+
+
+def long_lines(page):
+    return [number for number, line in enumerate(page.read_text().splitlines(), 1)
+            if len(line) > LONGEST_LINE and not line.startswith("|")]
+
+
+class Pages(unittest.TestCase):
+    def test_links_lead_somewhere(self):
+        for page in pages():
+            self.assertEqual(broken_links(page), [], page)
+
+    def test_lines_are_short(self):
+        for page in pages():
+            if page.name not in OLDER:
+                self.assertEqual(long_lines(page), [], page)
+
+    def test_code_blocks_end(self):
+        for page in pages():
+            self.assertNotIn("```", FENCED.sub("", page.read_text()), page)
+
+    def test_every_page_can_be_reached(self):
+        """From the README, over links from page to page."""
+        seen, ahead = set(), [(SOURCE / "README.md").resolve()]
+        while ahead:
+            page = ahead.pop()
+            if page in seen:
+                continue
+            seen.add(page)
+            for target in re.findall(r"\]\(([^)#]+\.md)[^)]*\)", page.read_text()):
+                ahead.append((page.parent / target).resolve())
+        self.assertEqual([page.name for page in pages() if page.resolve() not in seen], [])
+
+    def test_what_is_broken_shows(self):
+        with tempfile.TemporaryDirectory() as folder:
+            page = pathlib.Path(folder) / "page.md"
+            page.write_text("# One heading\n[a](#one-heading) [b](#two) [c](none.md)\n" + "x" * 101)
+            self.assertEqual(broken_links(page), ["#two", "none.md"])
+            self.assertEqual(long_lines(page), [3])
+
+
+if __name__ == "__main__":
+    main()
