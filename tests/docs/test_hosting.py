@@ -1,0 +1,65 @@
+"""docs/hosting.md: the code on the page is that of the files that it names, and the calls are those
+that a host gets. `--update` puts both into the page."""
+
+import os
+import re
+import subprocess
+import sys
+import tempfile
+import unittest
+
+from support import FENCED, SOURCE, blocks, main, pages
+
+PAGE = SOURCE / "docs" / "hosting.md"
+
+
+def calls():
+    with tempfile.TemporaryDirectory() as folder:
+        return subprocess.run([os.environ["HOST_CALLS"]], cwd=folder, capture_output=True, text=True,
+                              timeout=60, check=True).stdout
+
+
+class Hosting(unittest.TestCase):
+    maxDiff = None
+
+    def test_code_is_that_of_the_files(self):
+        """On this page and on all others that show a file."""
+        shown = [block for page in pages() for language in ("cpp", "cmake", "f90", "python")
+                 for block in blocks(page, language) if block.title]
+        for block in shown:
+            self.assertEqual(block.text, (SOURCE / block.title).read_text(), block.place)
+        self.assertIn("examples/host.cpp", [block.title for block in shown])
+
+    def test_calls_come_as_shown(self):
+        shown, = (block for block in blocks(PAGE, "text") if block.title == "calls")
+        self.assertEqual(shown.text, calls())
+
+    def test_nothing_of_the_contract_is_left_out(self):
+        """Nor of what else a host can call besides the operations."""
+        text = PAGE.read_text()
+        for header in ("mod_gridvars.hpp", "mod_p3dgrid/run.hpp"):
+            declared = (SOURCE / "include" / header).read_text()
+            names = re.findall(r"^(?:void|extern .+?|.*ReadFailure&) (\w+)[(;]", declared,
+                               re.MULTILINE)
+            self.assertGreater(len(names), 6)
+            for name in names:
+                self.assertRegex(text, rf"`{name}\b")
+
+
+def update():
+    def block(match):
+        language, title, text = match.groups()
+        if title == "calls":
+            text = calls()
+        elif title:
+            text = (SOURCE / title).read_text()
+        return f"```{language}{' ' if title else ''}{title}\n{text}```"
+
+    PAGE.write_text(FENCED.sub(block, PAGE.read_text()))
+
+
+if __name__ == "__main__":
+    if sys.argv[1:] == ["--update"]:
+        update()
+    else:
+        main()
