@@ -69,4 +69,4 @@ bench:
 	  --benchmark_out=$(BENCH)/pieces.json --benchmark_out_format=json
 
 clean:
-	rm -rf $(BUILD) $(BENCH) build-instructions $(DEMO)
+	rm -rf $(BUILD) $(BENCH) build-instructions build-static build-coverage $(DEMO)

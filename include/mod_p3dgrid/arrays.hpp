@@ -64,6 +64,9 @@ class allocatable {
  public:
   /// An array that is not allocated.
   allocatable() noexcept = default;
+  /// There are no copies by accident.
+  allocatable(const allocatable&) = delete;
+  allocatable& operator=(const allocatable&) = delete;
   /// Takes over the storage; `other` is not allocated afterwards.
   allocatable(allocatable&& other) noexcept
       : storage_(std::exchange(other.storage_, nullptr)),

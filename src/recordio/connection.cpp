@@ -11,8 +11,8 @@
 namespace mod_p3dgrid::recordio {
 namespace {
 
-constexpr std::size_t text_buffer_size = 256 * 1024;
-constexpr std::size_t byte_buffer_size = 64 * 1024;
+constexpr std::size_t text_buffer_size = std::size_t{256} * 1024;
+constexpr std::size_t byte_buffer_size = std::size_t{64} * 1024;
 
 /// Values of this size in all are read without asking whether the file can hold them. What must be
 /// there whole is trusted less: its arrays are many, and are gone through before the read finds

@@ -21,7 +21,7 @@ namespace {
 constexpr std::size_t bytes_behind = 16;
 
 /// Reads of at least this size go straight to their destination.
-constexpr std::int64_t direct_read_size = 16 * 1024;
+constexpr std::int64_t direct_read_size = std::int64_t{16} * 1024;
 
 constexpr int not_open = -1;
 
@@ -177,7 +177,7 @@ std::optional<std::int64_t> InputFile::remaining() const {
 
 std::int64_t InputFile::count_values_ahead() const {
   // Every separator may end a value; a repeat count stands for as many as it says.
-  constexpr std::size_t piece_size = 64 * 1024;
+  constexpr std::size_t piece_size = std::size_t{64} * 1024;
   const auto piece = std::make_unique_for_overwrite<char[]>(piece_size);
   std::int64_t values = 1;
   std::int64_t count = 0;

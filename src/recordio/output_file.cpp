@@ -14,7 +14,7 @@ namespace mod_p3dgrid::recordio {
 namespace {
 
 /// Writes of 1 MiB cost 40 % less on a new file than writes of 64 KiB.
-constexpr std::size_t buffer_size = 1024 * 1024;
+constexpr std::size_t buffer_size = std::size_t{1024} * 1024;
 constexpr int closed = -1;
 constexpr mode_t permissions = 0666;  // less the umask
 

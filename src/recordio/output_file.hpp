@@ -28,7 +28,7 @@ class OutputFile {
   void write(const void* source, std::int64_t bytes);
 
   /// Room for `bytes` bytes, at most `reserve_limit`, to be filled and then taken with `commit`.
-  static constexpr std::size_t reserve_limit = 64 * 1024;
+  static constexpr std::size_t reserve_limit = std::size_t{64} * 1024;
   [[nodiscard]] char* reserve(std::size_t bytes);
   void commit(std::size_t bytes) { used_ += bytes; }
 

@@ -29,7 +29,7 @@ inline constexpr std::int64_t piece_values = 4096;
 /// Several lines are moved point by point in tiles, a piece of each line in turn, so that memory is
 /// gone through once rather than once for each line. A tile stays in the second-level cache, and
 /// its pieces are long enough for the system calls not to count.
-inline constexpr std::int64_t tile_bytes = 384 * 1024;
+inline constexpr std::int64_t tile_bytes = std::int64_t{384} * 1024;
 inline constexpr std::int64_t least_values_in_tile = 4096;
 
 template <class T>

@@ -192,13 +192,15 @@ struct RestartRead {
 
   /// Reads through the staging arrays. Values are rounded while they are in the cache; the result
   /// is to be allocated at the end, so until then its memory belongs to an array of this read. Flow
-  /// that may be enlarged, or for which there is no memory yet, is rounded as a whole at the end.
+  /// that may be enlarged is rounded as a whole at the end. If there is no memory for the result,
+  /// the body is read all the same: the host is told when the result's turn comes.
   [[nodiscard]] bool read_staged() {
     auto& DW = restart_staging().DW;
     auto& DX = restart_staging().DX;
     allocatable<float, 2> rounded;
-    const bool at_once = !layout.triplets &&
-                         rounded.allocate(variables_per_point(), points.total) == allocation_done;
+    const integer status =
+        layout.triplets ? allocation_done : rounded.allocate(variables_per_point(), points.total);
+    const bool at_once = rounded.allocated();
     if (!(at_once ? read_into(rounded, auxvalues, {DW, {}}) : read_into(DW, DX))) return false;
     if (layout.extensions) {
       // The triplets' array exists since before the blocks were read, and the host is told so. For
@@ -210,6 +212,10 @@ struct RestartRead {
     }
     // The last block's count may not be the largest; all that was read is handed over.
     if (layout.counted_variables) mod_gridvars::numrstrtvar(1) = most_variables();
+    if (status != allocation_done && !varvalues.allocated()) {
+      host::checkallocationerror(status);
+      return fail("an unallocated array for the flow variables");
+    }
     if (!(at_once ? hand_over(rounded) : hand_over(DW))) return false;
     DW.deallocate();
     return true;

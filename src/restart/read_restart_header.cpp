@@ -17,7 +17,6 @@
 namespace mod_p3dgrid {
 namespace {
 
-using recordio::FileKind;
 using recordio::OpenStatus;
 using recordio::scalar;
 using recordio::Unit;

@@ -23,7 +23,8 @@ void advise_huge_pages(void* storage, std::uint64_t bytes) {
   const auto begin = reinterpret_cast<std::uintptr_t>(storage);
   const std::uintptr_t first = (begin + huge_page - 1) / huge_page * huge_page;
   const std::uintptr_t last = (begin + bytes) / huge_page * huge_page;
-  if (first < last) ::madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
+  if (first >= last) return;
+  ::madvise(static_cast<char*>(storage) + (first - begin), last - first, MADV_HUGEPAGE);
 }
 
 }  // namespace

@@ -99,15 +99,18 @@ std::int64_t records_agreeing(const Verdict& verdict) {
 std::string advice_from(const std::vector<FormOption>& stated, const Verdict& verdict,
                         const Verdict& open) {
   if (stated.empty() || !verdict.fitting.empty()) return "";
-  if (!open.fitting.empty() && !open.fitting.front().checked) return "";
+  const auto corrected = [&](const char* words, const Reading& reading) {
+    const std::string options = texts_of(corrections(stated, reading));
+    return options.empty() ? "" : words + options;
+  };
+  if (open.fitting.empty()) {
+    if (records_agreeing(open) <= records_agreeing(verdict)) return "";
+    return corrected("it begins like that of a file read with ", open.nearest.front());
+  }
+  const Reading& first = open.fitting.front();
+  if (!first.checked) return "";
   if (open.fitting.size() > 1) return "it can be " + named(open.fitting);
-  const bool fits = !open.fitting.empty();
-  if (!fits && records_agreeing(open) <= records_agreeing(verdict)) return "";
-  const std::string options =
-      texts_of(corrections(stated, fits ? open.fitting.front() : open.nearest.front()));
-  if (options.empty()) return "";
-  return (fits ? "it is that of a file read with " : "it begins like that of a file read with ") +
-         options;
+  return corrected("it is that of a file read with ", first);
 }
 
 [[noreturn]] void refuse_to_guess(const std::string& path, const Verdict& verdict) {
