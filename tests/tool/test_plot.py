@@ -170,6 +170,24 @@ class Mesh(PlotTest):
             with self.subTest(view=view):
                 self.plot("grid", "out.png", "--view", *view)
 
+    def test_far_from_the_origin(self):
+        """Lines stay whole on their surfaces, and long labels stay on the page."""
+        def block(*origin):
+            points = [(k, j, i) for k in range(5) for j in range(9) for i in range(9)]
+            return Block((9, 9, 5), *([first + 8 * point[2 - c] for point in points]
+                                      for c, first in enumerate(origin)))
+        drawn = []
+        for origin in ((0, 0, 0), (8e6, 1e7, -4e6)):
+            self.write_grid("grid", blocks=[block(*origin)])
+            _, picture = self.plot("grid", "out.png")
+            edges = [picture.pixel(x, y) for y in range(picture.height)
+                     for x in (*range(5), *range(picture.width - 5, picture.width))]
+            self.assertEqual(set(edges), {WHITE})
+            blue = sum(picture.pixel(x, y)[2] > picture.pixel(x, y)[0] + 40
+                       for y in range(picture.height) for x in range(picture.width))
+            drawn.append(blue / picture.width)
+        self.assertGreater(drawn[1], 0.7 * drawn[0])
+
     def test_odd_places(self):
         """Grids that no scale fits, and what is not finite."""
         nan, inf = math.nan, math.inf

@@ -17,6 +17,12 @@ struct Area {
   int height = 0;
 };
 
+/// How far labels go across the page, in pixels.
+struct Reach {
+  double left = 0;
+  double right = 0;
+};
+
 /// Width of the lines of axes and frames; `text` is the size of the labels.
 [[nodiscard]] inline double thin_line(double text) {
   return std::max(1.0, text / 16);
@@ -37,7 +43,7 @@ void draw_box_behind(Canvas& canvas, const Projection& projection, const Area& a
                      double text);
 
 /// Draws ticks, labels and names along three edges of the box.
-void draw_box_axes(Canvas& canvas, const Projection& projection, const Area& area, const Box& box,
-                   double text);
+Reach draw_box_axes(Canvas& canvas, const Projection& projection, const Area& area, const Box& box,
+                    double text);
 
 }  // namespace p3dgrid::plot

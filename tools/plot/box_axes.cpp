@@ -54,6 +54,8 @@ class BoxAxes {
     draw_edge(coordinate, box_.corner(chosen));
   }
 
+  [[nodiscard]] Reach reach() const { return reach_; }
+
  private:
   [[nodiscard]] Place on_page(const Vector& place) const {
     return {area_.x + projection_.x(place), area_.y + projection_.y(place)};
@@ -106,6 +108,8 @@ class BoxAxes {
         return;
       }
     }
+    reach_.left = std::min(reach_.left, centre.x - half);
+    reach_.right = std::max(reach_.right, centre.x + half);
     taken_.push_back(centre);
     half_of_.push_back(half);
     canvas_.text(centre.x, centre.y, label, font, {0.5, 0.5});
@@ -118,6 +122,7 @@ class BoxAxes {
   double text_;
   std::vector<Place> taken_;  ///< middles of the labels drawn
   std::vector<double> half_of_;
+  Reach reach_{INFINITY, 0};
 };
 
 }  // namespace
@@ -142,10 +147,11 @@ void draw_box_behind(Canvas& canvas, const Projection& projection, const Area& a
   }
 }
 
-void draw_box_axes(Canvas& canvas, const Projection& projection, const Area& area, const Box& box,
-                   double text) {
+Reach draw_box_axes(Canvas& canvas, const Projection& projection, const Area& area, const Box& box,
+                    double text) {
   BoxAxes axes(canvas, projection, area, box, text);
   for (std::size_t coordinate = 0; coordinate < 3; ++coordinate) axes.draw_axis(coordinate);
+  return axes.reach();
 }
 
 }  // namespace p3dgrid::plot

@@ -77,6 +77,9 @@ void fit(Page& page, const Picture& picture, double beside) {
                               tall > 0 ? (tallest * picture.width - 2 * pad) / tall : INFINITY);
   projection.left = span.left - pad / projection.scale;
   projection.top = span.top + pad / projection.scale;
+  projection.middle = (dot(picture.view.toward, picture.box.corner(0)) +
+                       dot(picture.view.toward, picture.box.corner(7))) /
+                      2;
   page.area.width = static_cast<int>(std::ceil(wide * projection.scale + 2 * pad));
   page.area.height = static_cast<int>(std::ceil(tall * projection.scale + 2 * pad));
 }
@@ -87,14 +90,20 @@ void place_across(Page& page, const Picture& picture, Canvas& scratch) {
   const bool flat = picture.view.plane.has_value();
   const double panel = page.panel.width(scratch, text);
   double left = (margin + box_left) * text;
-  const double right =
+  double right =
       (flat ? 0 : box_right * text) + (panel > 0 ? side_gap * text + panel : 0) + margin * text;
   fit(page, picture, left + right);
-  if (flat) {  // once more, with the room that the labels turn out to need
+  // Once more, with the room that the labels turn out to need.
+  if (flat) {
     const Ticks ticks = ticks_up(page.projection, page.area, text);
     left = (margin + name_beside) * text + widest_label(scratch, ticks, text);
-    fit(page, picture, left + right);
+  } else {
+    page.area.x = 0;
+    const Reach reach = draw_box_axes(scratch, page.projection, page.area, picture.box, text);
+    left = std::max(left, margin * text - reach.left);
+    right += std::max(0.0, reach.right - page.area.width - box_right * text);
   }
+  fit(page, picture, left + right);
   const double needed = left + page.area.width + right;
   const double title = scratch.text_width(picture.title, page.title_font) + 2 * page.margin;
   const double least = std::clamp<double>(title, narrowest * picture.width, picture.width);

@@ -45,7 +45,7 @@ class SurfaceRenderer {
     const Vector place = {point[0], point[1], point[2]};
     constexpr double fineness = Raster::fineness;
     return {fineness * projection.x(place), fineness * projection.y(place),
-            fineness * projection.scale * dot(view_.toward, place),
+            fineness * projection.depth(place),
             surface_.values.empty() ? 0 : double{surface_.values[p]}};
   }
 

@@ -16,11 +16,17 @@ struct Projection {
   double scale = 1;  ///< page pixels per unit of length
   double left = 0;   ///< what stands at the left and the top edge of the picture, in grid units
   double top = 0;    ///< along the view's right and up
+  double middle =
+      0;  ///< of the box, toward the eye: far from 0, depths would lose their last digits
 
   [[nodiscard]] double x(const Vector& place) const {
     return scale * (dot(view.right, place) - left);
   }
   [[nodiscard]] double y(const Vector& place) const { return scale * (top - dot(view.up, place)); }
+  /// In pixels too, larger where it is nearer to the eye.
+  [[nodiscard]] double depth(const Vector& place) const {
+    return scale * (dot(view.toward, place) - middle);
+  }
 };
 
 /// How the surfaces are drawn.
