@@ -31,7 +31,7 @@ std::string with_advice(const std::string& message, const std::string& advice) {
 void require_form(const std::string& path, const GridForm& form, const Extents& extents) {
   const Fit fit = fit_of(path, form, extents);
   if (fit.whole()) return;
-  if (fit.agreement == Fit::Agreement::longer && form.encoding == Encoding::unformatted) {
+  if (only_followed(fit, form.encoding)) {
     return print_note(path + ": " + fit.what + ", and are left out");
   }
   GridForm with_blanking = form;

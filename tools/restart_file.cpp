@@ -54,10 +54,11 @@ void require_plan(const std::string& path, const RestartForm& form, const Restar
                   const std::optional<Extents>& grid) {
   const Fit fit = fit_of(path, form, shape);
   if (fit.whole()) return;
-  if (fit.agreement == Fit::Agreement::longer && form.encoding == Encoding::unformatted) {
-    print_note(path + ": " + fit.what + ", and are left out; --sections may be longer than " +
-               describe(shape.sections));
-    return;
+  if (only_followed(fit, form.encoding)) {
+    const bool records = fit.agreement == Fit::Agreement::longer;
+    return print_note(
+        path + ": " + fit.what + ", and are left out" +
+        (records ? "; --sections may be longer than " + describe(shape.sections) : ""));
   }
   const std::string message = path + ": is not " + describe(form) + " with the sections " +
                               describe(shape.sections) + ": " + fit.what;

@@ -7,7 +7,8 @@ import unittest
 
 from restart_support import (RestartForm, encodings, pack, restart_bytes, sample_solution,
                              talven_records)
-from support import NATIVE, ONE_BLOCK, TWO_BLOCKS, Block, Form, ToolTest, all_forms, main
+from support import (NATIVE, ONE_BLOCK, TWO_BLOCKS, Block, Form, ToolTest, all_forms, grid_bytes,
+                     main)
 
 ONE = [block.extents for block in ONE_BLOCK]
 TWO = [block.extents for block in TWO_BLOCKS]
@@ -191,8 +192,42 @@ class Alone(CheckTest):
                                                  "a number is expected"))
 
     def test_text_that_goes_on(self):
-        self.write("grid", b"1\n1 1 2\n1 2 3 4 5 6\n7\n")
+        self.write("grid", b"1\n1 1 3\n1 2 3 4 5 6 7 8 9\n10\n")
         self.fail_with(1, "check", "grid", says=("grid: ", "line 4"))
+
+    def test_words_behind_the_last_value(self):
+        for end, says in ((b"end of grid\n", '"end" on line 4'), (b"\n\n* \n", '"*" on line 6'),
+                          (b"a\nb\n", '"a" on line 4')):
+            self.write("text", b"1\n1 1 2\n1 2 3 4 5 6\n" + end)
+            self.fail_with(1, "check", "text", says=("text: ", says, "behind the last record"))
+        self.write("text", b"1\n1 1 2\n1 2 3 4 5 6\nend of grid\n")
+        result = self.run_tool("info", "text")
+        self.assertEqual(result.returncode, 0)
+        self.assertIn("note: text: words follow behind the last record, \"end\" on line 4, and are "
+                      "left out", result.stderr_text)
+
+    def test_the_nearest_reading_is_named(self):
+        """Damage is told by the form whose lengths are off by the least."""
+        content = grid_bytes(Form(double=True, iblank=True), TWO_BLOCKS)
+        self.write("grid", content[:44] + struct.pack("=i", 225) + content[48:])
+        message = self.fail_with(1, "check", "grid", says=(
+            "record 3 of 4 at byte 44 holds 225 bytes by its marker where 224 are expected",
+            "double precision, multi-block, with blanking"))
+        self.assertNotIn("; or as", message)
+        self.write("grid", grid_bytes(Form("binary"), TWO_BLOCKS) + b"12345")
+        self.fail_with(1, "check", "grid", says=("holds 165 bytes where 160 are expected",
+                                                 "grid, binary, "))
+
+    def test_text_of_one_value_a_line(self):
+        """A solution takes more records of such a grid, but no more lines."""
+        values = [f"{n}.5" for n in range(81)]
+        values[40] = "****"
+        self.write("grid", ("1\n3 3 3\n" + "\n".join(values) + "\n").encode())
+        self.fail_with(1, "check", "grid", says=(
+            'record 3 of 3: line 43 holds "****" where a number is expected; taken as grid'))
+        self.write("grid", ("1\n3 3 3\n" + "\n".join(values[41:]) + "\n").encode())
+        self.fail_with(1, "check", "grid", says=(
+            "is cut short: record 3 of 3: the text ends at line 42, 41 values short; taken as grid"))
 
     def test_layouts_that_need_their_grid(self):
         self.write_restart("flow", RestartForm(100, double=True), ONE)

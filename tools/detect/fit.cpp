@@ -12,6 +12,13 @@ using Agreement = Fit::Agreement;
 
 constexpr std::uint64_t disk_block = 512;
 
+// Text that holds so much of what is expected, and then more, has had something added to it.
+constexpr double most_of_a_text = 0.9;
+
+double share_of(std::uint64_t expected, std::uint64_t found) {
+  return static_cast<double>(expected) / static_cast<double>(std::max<std::uint64_t>(found, 1));
+}
+
 std::string bytes_text(std::uint64_t bytes) {
   return counted(static_cast<std::int64_t>(bytes), "byte");
 }
@@ -44,7 +51,7 @@ class LineWalk {
   Fit take(std::int64_t values) {
     std::int64_t left = values;
     do {
-      if (run_ == text_.runs.size()) {
+      if (at_end()) {
         return {Agreement::cut, 0,
                 "the text ends at line " + std::to_string(last_line()) + ", " +
                     counted(left, "value") + " short"};
@@ -52,7 +59,7 @@ class LineWalk {
       const LineRun& run = text_.runs[run_];
       if (left == 0 && run.values == 0) return step(1);  // a record of no values is a line
       if (run.ending == LineRun::Ending::slash) return step(1);
-      if (run.ending == LineRun::Ending::odd && left > run.values) return odd();
+      if (is_odd() && left > run.values) return odd();
       const std::int64_t lines = run.values == 0 ? lines_left_ : std::min(lines_left_, full(left));
       if (lines == 0) return too_long(run.values - left);
       left -= lines * run.values;
@@ -61,19 +68,39 @@ class LineWalk {
     return {};
   }
 
+  /// The line behind the last one.
+  std::int64_t end() {
+    while (!at_end()) step(lines_left_);
+    return line_;
+  }
+
   /// The next line that holds values; 0 for none.
   std::int64_t next_values() {
-    while (run_ < text_.runs.size() && text_.runs[run_].values == 0) step(lines_left_);
-    return run_ == text_.runs.size() ? 0 : line_;
+    while (!at_end() && text_.runs[run_].values == 0) step(lines_left_);
+    return at_end() ? 0 : line_;
+  }
+
+  /// The next line, if it begins with what is no number; 0 else. Lines of nothing are left out.
+  std::int64_t next_words() {
+    while (!at_end() && text_.runs[run_].values == 0 && !is_odd()) step(lines_left_);
+    return !at_end() && text_.runs[run_].values == 0 ? line_ : 0;
   }
 
  private:
+  [[nodiscard]] bool at_end() const { return run_ == text_.runs.size(); }
+  [[nodiscard]] bool is_odd() const { return text_.runs[run_].ending == LineRun::Ending::odd; }
+
   /// Whole lines of this run that so many values fill.
   [[nodiscard]] std::int64_t full(std::int64_t values) const {
     return values / text_.runs[run_].values;
   }
 
-  [[nodiscard]] std::int64_t last_line() const { return std::max<std::int64_t>(line_ - 1, 1); }
+  /// What is behind the line end of the last line counts as a line of nothing, and is none.
+  [[nodiscard]] std::int64_t last_line() const {
+    const LineRun& last = text_.runs.back();
+    const bool ended = last.values == 0 && last.ending == LineRun::Ending::plain;
+    return std::max<std::int64_t>(line_ - (ended ? 2 : 1), 1);
+  }
 
   [[nodiscard]] Fit odd() const {
     const bool first = line_ <= text_.odd_line && text_.odd_line < line_ + lines_left_;
@@ -107,7 +134,18 @@ class LineWalk {
   std::int64_t line_ = 1;
 };
 
+double share_of_values(const TextLines& text, const std::vector<RecordPlan>& plan) {
+  std::uint64_t expected = 0;
+  for (const RecordPlan& record : plan) expected += static_cast<std::uint64_t>(record.values());
+  return share_of(expected, static_cast<std::uint64_t>(text.values));
+}
+
 }  // namespace
+
+bool only_followed(const Fit& fit, Encoding encoding) {
+  return fit.agreement == Agreement::remark ||
+         (fit.agreement == Agreement::longer && encoding == Encoding::unformatted);
+}
 
 Fit fit_of_records(RecordList& records, std::uint64_t file_size,
                    const std::vector<RecordPlan>& plan, std::uint64_t real_bytes) {
@@ -124,9 +162,11 @@ Fit fit_of_records(RecordList& records, std::uint64_t file_size,
     const std::string where =
         record_text(n) + of_all(plan) + " at byte " + std::to_string(record->offset);
     if (head && record->length != expected) {
-      return {Agreement::other, agreeing,
-              where + " holds " + bytes_text(record->length) + " by its marker where " +
-                  std::to_string(expected) + " are expected"};
+      return {.agreement = Agreement::other,
+              .records = agreeing,
+              .what = where + " holds " + bytes_text(record->length) + " by its marker where " +
+                      std::to_string(expected) + " are expected",
+              .share = share_of(expected, record->length)};
     }
     if (record->state == Record::State::sound) continue;
     // A marker of the length expected counts as agreement: it is there, and what is behind is not.
@@ -146,34 +186,47 @@ Fit fit_of_length(ByteSource& source, const std::vector<RecordPlan>& plan,
   const std::uint64_t file_size = source.size();
   std::uint64_t expected = 0;
   for (const RecordPlan& record : plan) expected += record.bytes(real_bytes);
-  const double share =
-      static_cast<double>(expected) / static_cast<double>(std::max<std::uint64_t>(file_size, 1));
-  if (file_size == expected) return {Agreement::whole, 0, "", share};
+  const double share = share_of(expected, file_size);
+  if (file_size == expected) return {.share = share};
   if (is_padding(source, expected)) {
-    return {Agreement::padded, 0,
-            bytes_text(file_size - expected) + " of zeros fill its last block of " +
-                std::to_string(disk_block),
-            share};
+    return {.agreement = Agreement::padded,
+            .what = bytes_text(file_size - expected) + " of zeros fill its last block of " +
+                    std::to_string(disk_block),
+            .share = share};
   }
-  return {file_size < expected ? Agreement::cut : Agreement::longer, 0,
-          "the file holds " + bytes_text(file_size) + " where " + std::to_string(expected) +
-              " are expected",
-          share};
+  return {.agreement = file_size < expected ? Agreement::cut : Agreement::longer,
+          .what = "the file holds " + bytes_text(file_size) + " where " + std::to_string(expected) +
+                  " are expected",
+          .share = share};
 }
 
 Fit fit_of_text(const TextLines& text, const std::vector<RecordPlan>& plan) {
+  const double share = share_of_values(text, plan);
   LineWalk walk(text);
   for (std::size_t n = 0; n < plan.size(); ++n) {
     Fit fit = walk.take(plan[n].values());
     if (fit.whole()) continue;
     fit.records = static_cast<std::int64_t>(n);
     fit.what = record_text(n) + of_all(plan) + ": " + fit.what;
+    fit.line = walk.line();
+    fit.share = share;
     return fit;
   }
   const auto all = static_cast<std::int64_t>(plan.size());
+  const std::int64_t words = walk.next_words();
   if (const std::int64_t line = walk.next_values(); line > 0) {
-    return {Agreement::longer, all,
-            "more values follow behind the last record, from line " + std::to_string(line) + " on"};
+    return {.agreement = Agreement::longer,
+            .records = all,
+            .what = "more values follow behind the last record, from line " + std::to_string(line) +
+                    " on",
+            .line = share > most_of_a_text ? walk.end() : line,
+            .share = share};
+  }
+  if (words > 0) {
+    return {Agreement::remark, all,
+            "words follow behind the last record, " +
+                (words == text.odd_line ? "\"" + text.odd_token + "\" on line " : "from line ") +
+                std::to_string(words) + (words == text.odd_line ? "" : " on")};
   }
   return {Agreement::whole, all, ""};
 }

@@ -13,9 +13,12 @@ using Agreement = Fit::Agreement;
 
 constexpr std::size_t most_named = 4;
 
+Encoding encoding_of(const Reading& reading) {
+  return std::visit([](const auto& form) { return form.encoding; }, reading.form);
+}
+
 bool is_unformatted(const Reading& reading) {
-  return std::visit([](const auto& form) { return form.encoding == Encoding::unformatted; },
-                    reading.form);
+  return encoding_of(reading) == Encoding::unformatted;
 }
 
 bool is_of(const Extents& extents, const Reading& reading) {
@@ -25,7 +28,7 @@ bool is_of(const Extents& extents, const Reading& reading) {
 
 bool explains(const Reading& reading) {
   if (!reading.checked || reading.fit.whole()) return true;
-  return reading.fit.agreement == Agreement::longer && is_unformatted(reading);
+  return only_followed(reading.fit, encoding_of(reading));
 }
 
 /// How much speaks for a reading that explains its file: what would have to come out right by
@@ -91,12 +94,16 @@ bool usual_sections(const Reading& reading) {
   return !sections || (sections->size() == 1 && sections->front().last == solution_variables);
 }
 
-/// How far a reading agrees with a file that it does not explain.
+/// How far a reading agrees with a file that it does not explain: in text up to a line, since
+/// readings with more records would seem to go further, else by its records. Of those that come to
+/// the same place the one goes first whose lengths are off by the least, and of binary files
+/// nothing else is known.
 auto nearness(const Reading& reading) {
-  const bool cut = reading.fit.agreement == Agreement::cut;
-  // Of binary files nothing but the length is known: the one that is off by the least.
-  const double off = reading.fit.share > 0 ? -std::abs(std::log(reading.fit.share)) : 0;
-  return std::tuple(reading.fit.records, cut, off);
+  constexpr std::int64_t header = 2;  // records of block count and extents
+  const Fit& fit = reading.fit;
+  const std::int64_t records = fit.line > 0 ? std::min(fit.records, header) : fit.records;
+  const double off = fit.share > 0 ? -std::abs(std::log(fit.share)) : 0;
+  return std::tuple(fit.line, records, off, fit.agreement == Agreement::cut);
 }
 
 std::string joined(const std::vector<std::string>& parts, const char* between) {
@@ -176,12 +183,10 @@ std::string departure(const std::vector<Reading>& nearest) {
 
 std::string reason(const Reading& reading, std::uint64_t file_size) {
   if (!reading.checked) return "its header; without extents nothing else can be compared";
-  const Encoding encoding =
-      std::visit([](const auto& form) { return form.encoding; }, reading.form);
   const std::string records = counted(static_cast<std::int64_t>(reading.records), "record");
   const std::string extents = reading.own_extents ? "its extents" : "the extents of the grid";
   const std::string more = reading.fit.what.empty() ? "" : "; " + reading.fit.what;
-  switch (encoding) {
+  switch (encoding_of(reading)) {
     case Encoding::unformatted:
       return "the markers of its " + records + " are the lengths that " + extents + " ask for" +
              more;
