@@ -43,8 +43,6 @@ AMBIGUOUS_GRIDS = {
     "point binary double no count blanking, or restart",
     "point binary double no count no blanking, or restart",
     "point binary single count blanking, or restart",
-    "point binary single count no blanking",
-    "point binary single count no blanking, or restart",
     "two binary single count blanking",
     "two binary single count blanking, or restart",
 }
@@ -156,6 +154,17 @@ class Grids(DetectTest):
         text += ", multi-block" if form.multiblock else ", without block count"
         text += ", with blanking" if form.iblank else ", without blanking"
         self.assertIn(text, message)
+
+    def test_reals_are_no_blanking_values(self):
+        """A file of another kind, as long as a block of single precision with blanking values."""
+        content = struct.pack("=3i", 1, 9, 7) + struct.pack("=126d", *range(126))
+        self.write("grid", content)
+        self.fail_with(1, "info", "grid", says="grid: ")
+        report, _ = self.found("grid", "--grid-iblank", "yes", "--grid-format", "binary",
+                               "--grid-multiblock", "no")
+        self.assertEqual(report["blocks"][0]["extents"], [1, 9, 7])
+        self.write("grid", content[:-252] + struct.pack("=63i", *range(-1000, 62000, 1000)))
+        self.assertTrue(self.found("grid", "--grid-format", "auto")[0]["form"]["iblank"])
 
     def test_stated_options_narrow(self):
         for form in self.forms():
