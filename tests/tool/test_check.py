@@ -229,6 +229,35 @@ class Alone(CheckTest):
         self.fail_with(1, "check", "grid", says=(
             "is cut short: record 3 of 3: the text ends at line 42, 41 values short; taken as grid"))
 
+    def test_damage_in_the_header(self):
+        content = self.path("grid").read_bytes()
+        for damaged, says in (
+                (content[:12], "is cut short: the file ends at byte 12 behind record 1, where 24 "
+                               "bytes are expected for the extents of 2 blocks"),
+                (content[:30], "is cut short: record 2 at byte 12: its marker at byte 12 announces "
+                               "24 bytes, and the file ends at byte 30"),
+                (struct.pack("=i", 5) + content[4:], "record 1 at byte 0: its marker at byte 0 says "
+                                                     "5 where 4 is expected, as at byte 8"),
+                (content[:8] + struct.pack("=i", 5) + content[12:],
+                 "record 1 at byte 0: its marker at byte 8 says 5 where 4 is expected, as at byte 0"),
+                (content[:4] + struct.pack("=i", 1) + content[8:],
+                 "record 2 at byte 12 holds 24 bytes by its marker where 12 are expected for the "
+                 "extents of 1 block"),
+                (content[:28] + struct.pack("=i", -3) + content[32:],
+                 "record 2 at byte 12 gives block 2 the extents -3 1 1, which a file of 192 bytes "
+                 "cannot hold")):
+            self.write("damaged", damaged)
+            self.fail_with(1, "check", "damaged", says=("damaged: " + says,
+                                                        f"taken as unformatted, {NATIVE}-endian"))
+
+    def test_files_without_a_header_are_told_by_their_beginning(self):
+        for content, says in ((b"# a wing\n1\n", 'line 1 is "# a wing"'),
+                              (b"\x1f\x8b\x08" + bytes(99), "gunzip"),
+                              (b"\xef\xbb\xbf1\n", "first bytes are ef bb bf 31 0a"),
+                              (bytes(4096), "first bytes are 00 00 00 00 00 00 00 00")):
+            self.write("file", content)
+            self.fail_with(1, "check", "file", says=("its beginning is no header", says))
+
     def test_layouts_that_need_their_grid(self):
         self.write_restart("flow", RestartForm(100, double=True), ONE)
         self.fail_with(2, "check", "flow", "--layout", "100",
@@ -237,6 +266,42 @@ class Alone(CheckTest):
                        says=("--grid GRID", "(--layout 100", "(--layout 102"))
         self.write_restart("flow", RestartForm(102), ONE)
         self.fail_with(2, "check", "flow", says=("flow: ", "GRID"))
+
+
+class Foreign(CheckTest):
+    """Forms of other programs, which are named instead of taken for something else."""
+
+    def records(self, *contents, marker="i"):
+        return b"".join(struct.pack("=" + marker, len(content)) + content +
+                        struct.pack("=" + marker, len(content)) for content in contents)
+
+    def test_two_dimensions(self):
+        count, extents = struct.pack("=i", 1), struct.pack("=2i", 9, 7)
+        for real, size in (("f", 4), ("d", 8)):
+            xy = struct.pack(f"=126{real}", *range(126))
+            iblank, flow = struct.pack("=63i", *[1] * 63), (bytes(4 * size), bytes(4 * 63 * size))
+            for content, says in ((self.records(count, extents, xy), "grid"),
+                                  (self.records(extents, xy), "grid"),
+                                  (self.records(count, extents, xy + iblank), "grid"),
+                                  (self.records(count, extents, *flow), "solution")):
+                self.write("file", content)
+                self.fail_with(1, "check", "file", says=f"file: is a {says} in two dimensions")
+            # In double precision it is as long as a block of 1x9x7 with blanking values.
+            self.write("file", count + extents + xy)
+            self.fail_with(1, "info", "file", says="its length is that of a grid in two dimensions")
+        self.write("file", b"9 7\n" + b"0.5 1.5\n" * 63)
+        self.fail_with(1, "info", "file", says="file: is a grid in two dimensions")
+
+    def test_other_records(self):
+        header = struct.pack("=i", 1), struct.pack("=3i", 5, 4, 2)
+        for pieces, size in ((2, 4 * 60), (3, 4 * 40), (3, 8 * 40)):
+            self.write("file", self.records(*header, *[bytes(size)] * pieces))
+            self.fail_with(1, "info", "file", says="file: has the values of a block in several")
+        self.write("file", self.records(*header, bytes(4 * 120), marker="q"))
+        self.fail_with(1, "info", "file", says="file: has record markers of 64 bits")
+        self.write("file", self.records(struct.pack("=q", 1), struct.pack("=3q", 5, 4, 2),
+                                        bytes(8 * 120)))
+        self.fail_with(1, "info", "file", says="file: has integers of 64 bits")
 
 
 class Failures(CheckTest):

@@ -4,6 +4,8 @@
 #include <filesystem>
 #include <functional>
 
+#include "detect/foreign.hpp"
+#include "detect/header_damage.hpp"
 #include "detect/outline.hpp"
 #include "detect/verdict.hpp"
 #include "failure.hpp"
@@ -123,10 +125,29 @@ std::string advice_from(const std::vector<FormOption>& stated, const Verdict& ve
                     named(verdict.fitting));
 }
 
+/// A reading has found something in the file to agree with: all of its header at least.
+bool is_supported(const Verdict& verdict) {
+  const auto checked = [](const Reading& reading) { return reading.checked; };
+  const auto agrees = [](const Reading& reading) { return reading.fit.records > 0; };
+  return std::ranges::any_of(verdict.fitting, checked) ||
+         std::ranges::any_of(verdict.nearest, agrees);
+}
+
+/// Files whose header no reading takes are often of a known form all the same, or damaged there.
+void refuse_unusual(const std::string& path, Evidence& file, const Verdict& verdict) {
+  const bool proven = std::ranges::any_of(verdict.fitting, &Reading::checked);
+  if (proven || file.size() == 0) return;
+  const std::string foreign = foreign_form(file);
+  if (!foreign.empty()) throw Unreadable(path + ": " + foreign);
+  const std::string damage = is_supported(verdict) ? "" : header_damage(file);
+  if (!damage.empty()) throw Unreadable(path + ": " + damage);
+}
+
 /// Takes what has been found to be the only reading, or says why there is none.
 /// @param open  the verdict with nothing stated, for advice
 Found settle(const std::string& path, Evidence& file, const Verdict& verdict,
              const std::vector<FormOption>& stated, const std::function<Verdict()>& open) {
+  if (stated.empty()) refuse_unusual(path, file, verdict);
   if (verdict.fitting.size() == 1) {
     const Reading& reading = verdict.fitting.front();
     if (!reading.unreadable.empty()) throw Unreadable(path + ": " + reading.unreadable);
@@ -140,11 +161,15 @@ Found settle(const std::string& path, Evidence& file, const Verdict& verdict,
   if (!advice.empty()) {
     throw Unreadable(path + ": is not what " + texts_of(stated) + " says; " + advice);
   }
+  const std::string length = stated.empty() ? foreign_length(file) : "";
+  const std::string other =
+      length.empty() ? "" : "; its length is that of " + length + ", which cannot be read";
   const std::string what = departure(verdict.nearest);
-  if (!what.empty()) throw Unreadable(path + ": " + what);
+  if (!what.empty()) throw Unreadable(path + ": " + what + other);
   throw Unreadable(path + ": its beginning is no header" +
                    (stated.empty() ? " of a grid or restart file in any form"
-                                   : " of what " + texts_of(stated) + " says"));
+                                   : " of what " + texts_of(stated) + " says") +
+                   ": " + beginning_of(file) + other);
 }
 
 }  // namespace

@@ -144,6 +144,10 @@ Verdict judge(std::vector<Reading> readings, const std::optional<Extents>& grid)
     if (longer) keep_best(fitting, [](const Reading& r) { return r.fit.records; });
     return verdict;
   }
+  // What is no header can be taken for one of no points, and then says nothing.
+  std::erase_if(readings, [](const Reading& reading) {
+    return reading.own_extents && reading.extents.points() == 0 && reading.fit.records == 0;
+  });
   keep_best(readings, nearness);
   keep_best(readings, usual_sections);
   verdict.nearest = std::move(readings);
