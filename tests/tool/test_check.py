@@ -218,6 +218,15 @@ class Alone(CheckTest):
         self.fail_with(1, "check", "grid", says=("holds 165 bytes where 160 are expected",
                                                  "grid, binary, "))
 
+    def test_a_short_solution_beside_its_grid(self):
+        self.write_grid("grid", Form(), ONE_BLOCK)
+        form = RestartForm(2, "binary", True)
+        content = restart_bytes(form, sample_solution(ONE))
+        self.write("flow", content[:-1])
+        self.fail_with(1, "check", "grid", "flow", says=(
+            f"flow: is cut short: the file holds {len(content) - 1} bytes where {len(content)} are "
+            "expected; taken as layout 2, binary"))
+
     def test_text_of_one_value_a_line(self):
         """A solution takes more records of such a grid, but no more lines."""
         values = [f"{n}.5" for n in range(81)]

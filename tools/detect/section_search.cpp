@@ -7,6 +7,10 @@ namespace {
 
 using mod_p3dgrid::integer;
 
+// What stands where a marker would be can be any number; one that no second marker bears out is
+// taken for a length only where it asks for as many variables as solutions have.
+constexpr std::uint64_t most_of_unproven_record = 1000;
+
 /// The table of sections with so many variables, one after another.
 Sections in_order(const std::vector<std::int64_t>& counts) {
   Sections sections;
@@ -53,7 +57,9 @@ std::optional<Sections> sections_shown(const RecordSearch& search, std::size_t c
     if (record == nullptr) return std::nullopt;
     const auto variable = static_cast<std::uint64_t>(search.points) * search.real_bytes;
     std::uint64_t variables = record->length / variable;
-    if (record->length % variable != 0 || variables < 1 || variables > most_variables) {
+    const bool sound = record->state == Record::State::sound;
+    const std::uint64_t most = sound ? most_variables : most_of_unproven_record;
+    if (record->length % variable != 0 || variables < 1 || variables > most) {
       return std::nullopt;
     }
     if (n == 0 && search.triplets) {

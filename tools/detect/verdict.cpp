@@ -102,8 +102,9 @@ auto nearness(const Reading& reading) {
   constexpr std::int64_t header = 2;  // records of block count and extents
   const Fit& fit = reading.fit;
   const std::int64_t records = fit.line > 0 ? std::min(fit.records, header) : fit.records;
-  const double off = fit.share > 0 ? -std::abs(std::log(fit.share)) : 0;
-  return std::tuple(fit.line, records, off, fit.agreement == Agreement::cut);
+  const bool cut = fit.agreement == Agreement::cut;
+  const double off = fit.share > 0 ? -std::abs(std::log(fit.share)) : cut ? 0 : -INFINITY;
+  return std::tuple(fit.line, records, off, cut);
 }
 
 std::string joined(const std::vector<std::string>& parts, const char* between) {
