@@ -3,8 +3,11 @@
 
 #include <benchmark/benchmark.h>
 
+#include <bit>
+#include <string_view>
 #include <utility>
 
+#include "mod_p3dgrid/run.hpp"
 #include "pieces/scratch.hpp"
 
 namespace {
@@ -48,6 +51,19 @@ void read_coordinates(benchmark::State& state) {
   }
   state.SetItemsProcessed(state.iterations() * rows * points);
 }
+
+/// The same of a file in the byte order that is not the machine's.
+template <class Real>
+void read_foreign_coordinates(benchmark::State& state) {
+  constexpr bool little = std::endian::native == std::endian::little;
+  mod_p3dgrid::p3dsetbyteorder(
+      [](std::string_view) { return little ? std::endian::big : std::endian::little; });
+  read_coordinates<Real, pieces::unformatted>(state);
+  mod_p3dgrid::p3dsetbyteorder({});
+}
+
+BENCHMARK(read_foreign_coordinates<float>);
+BENCHMARK(read_foreign_coordinates<double>);
 BENCHMARK(read_coordinates<float, pieces::unformatted>);
 BENCHMARK(read_coordinates<double, pieces::unformatted>);
 BENCHMARK(read_coordinates<float, pieces::binary>);
