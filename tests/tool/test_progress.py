@@ -10,7 +10,9 @@ import time
 
 from support import ToolTest, main
 
-POINTS = 1_500_000
+POINTS = 2_500_000
+LAYER = 10_000
+LONG = 2.5  # seconds, more than the command waits before it shows anything
 LINE = re.compile(r"reading grid: [0-9.]+ [kM]?B of [0-9.]+ MB \(\d{1,2}%\)")
 
 
@@ -19,8 +21,9 @@ class ProgressTest(ToolTest):
         super().setUp()
         with open(self.path("grid"), "w") as grid:
             grid.write(f"1\n{POINTS} 1 1\n")
-            for start in range(0, 3 * POINTS, 1000):
-                grid.write(" ".join(f"{n / 7:.7f}" for n in range(start, start + 1000)) + "\n")
+            layer = "".join(f"{n / 7:.7f}\n" for n in range(LAYER))
+            for _ in range(3 * POINTS // LAYER):
+                grid.write(layer)
 
     def wait_until_read(self, process, count):
         """Until the command has read so many bytes, a small part of its file."""
@@ -32,40 +35,53 @@ class ProgressTest(ToolTest):
             with open(f"/proc/{process.pid}/io") as counts:
                 text = counts.readline().split()[1]
 
-    def run_slowly(self, stderr, *more):
+    def hold_up(self, process, enough, seconds):
+        """Lets the command go on for moments only, so many seconds or until `enough` holds."""
+        deadline = time.monotonic() + seconds
+        while time.monotonic() < deadline and not enough():
+            process.send_signal(signal.SIGSTOP)
+            time.sleep(0.25)
+            process.send_signal(signal.SIGCONT)
+            time.sleep(0.002)
+        self.assertIsNone(process.poll(), "the command ends before it is long work")
+
+    def run_slowly(self, stderr, *more, enough=lambda: False, seconds=LONG):
         """The command, held up for as long as it takes to be taken for long work."""
         process = self.start("info", "grid", "--grid-format", "formatted", "--grid-multiblock",
                              "yes", *more, stderr=stderr, stdout=subprocess.DEVNULL)
         self.wait_until_read(process, 1_000_000)
-        process.send_signal(signal.SIGSTOP)
-        time.sleep(1.2)
-        process.send_signal(signal.SIGCONT)
+        self.hold_up(process, enough, seconds)
         return process
 
-    def on_terminal(self, *more):
-        """What a terminal gets to see on standard error."""
+    def on_terminal(self, *more, until=None):
+        """What a terminal gets to see on standard error, with the command held up no longer than
+        until there is what was waited for."""
         terminal, stderr = pty.openpty()
-        process = self.run_slowly(stderr, *more)
-        os.close(stderr)
         seen = b""
+
+        def look():
+            nonlocal seen
+            while select.select([terminal], [], [], 0)[0]:
+                seen += os.read(terminal, 65536)
+            return until is not None and until in seen
+
+        process = self.run_slowly(stderr, *more, enough=look, seconds=10 * LONG if until else LONG)
+        os.close(stderr)
         while True:
             ready = select.select([terminal], [], [], 60)[0]
             self.assertTrue(ready, "the command does not end")
             try:
-                piece = os.read(terminal, 65536)
+                seen += os.read(terminal, 65536)
             except OSError:  # the other end is closed
                 break
-            if not piece:
-                break
-            seen += piece
         os.close(terminal)
         self.assertEqual(process.wait(timeout=60), 0)
         return seen.decode()
 
     def test_terminal_sees_it_and_finds_it_gone(self):
-        seen = self.on_terminal()
+        seen = self.on_terminal(until=b" left")
         self.assertRegex(seen, LINE)
-        self.assertRegex(seen, r"MB/s, \d+ s left")
+        self.assertRegex(seen, r"\d [kM]B/s, [0-9:]+ (s|min) left")
         self.assertNotIn("\n", seen)
         self.assertTrue(seen.endswith("\r\x1b[K"), seen[-80:])
 
