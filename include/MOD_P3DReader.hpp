@@ -116,9 +116,12 @@ void p3dsetdebug(logical flag);
 ///
 /// Works on unit 13 and closes it. After a failed read unit 13 stays open and the arguments hold
 /// what was set, allocated and read until then: `nblocks` once the block count is known, `xyz`
-/// filled as far as the file went (from double-precision records nothing reaches it before the last
-/// block), `iblank` 1 for the points not reached. A header that cannot be true fails before the
-/// arrays that it would size are allocated.
+/// filled as far as the file went, `iblank` 1 for the points not reached. A header that cannot be
+/// true fails before the arrays that it would size are allocated.
+///
+/// From double-precision records the coordinates pass through a staging array (3, points), which is
+/// allocated after `xyz` and released. Only its beginning is ever touched, so that it takes address
+/// space rather than memory.
 ///
 /// Prints the block count always, and with `debugprint` two lines per block.
 /// With an unknown `iformat` there is one block with extents of 0.

@@ -32,20 +32,16 @@ inline constexpr integer announce_write = 2;
 /// The coordinate record of one block: all x, then all y, then all z of its points, then, where the
 /// grid has blanking, the blanking value of each point.
 /// @param xyz      (coordinate, point)
-/// @param staging  array that coordinates of a double-precision file pass through; else empty
+/// @param staging  array that coordinates of a double-precision file pass through; else null
 /// @param iblank   null for a grid without blanking
 template <class Real, class Integer>
-[[nodiscard]] auto coordinate_record(array_view<Real, 2> xyz, array_view<double, 2> staging,
-                                     Integer* iblank, const PointNumbering& points, integer block) {
+[[nodiscard]] auto coordinate_record(array_view<Real, 2> xyz, double* staging, Integer* iblank,
+                                     const PointNumbering& points, integer block) {
   const std::int64_t first = points.before(block);
   const integer count = points.npts(block);
-  const auto coordinates = [&](auto array) {
-    const std::int64_t stride = array.extent(1);
-    return recordio::lines(array.data() + first * stride, coordinates_per_point, stride, count);
-  };
-  recordio::RecordList<recordio::MemoryOf<Real>> record{
-      staging.data() == nullptr ? coordinates(xyz)
-                                : recordio::by_way_of(coordinates(staging), coordinates(xyz))};
+  const std::int64_t stride = xyz.extent(1);
+  recordio::RecordList<recordio::MemoryOf<Real>> record{recordio::by_way_of(
+      staging, recordio::lines(xyz.data() + first * stride, coordinates_per_point, stride, count))};
   if (iblank != nullptr) record.push_back(recordio::values(iblank + first, count));
   return record;
 }

@@ -37,8 +37,8 @@ template <class T>
 /// that single precision can hold stands there as that single.
 ///
 /// Values may pass through a staging array of kind `file_kind` on their way between an unformatted
-/// or binary file and memory, where they then lie in both. It is laid out like `memory`, with a
-/// stride of its own.
+/// or binary file and memory. It has room for all of them; they pass through its beginning, piece
+/// after piece, so that the rest of it is never touched and costs nothing.
 /// @tparam Memory  `void` for a list to read into, `const void` for a list to write from.
 template <class Memory>
 struct Values {
@@ -50,7 +50,6 @@ struct Values {
   std::int64_t count;
   bool drop = false;
   void* staging = nullptr;  ///< null for none
-  std::int64_t staging_stride = 0;
 
   [[nodiscard]] std::int64_t bytes() const { return rows * count * bytes_of(file_kind); }
 };
@@ -93,12 +92,13 @@ template <class Memory>
   return entry;
 }
 
-/// The same values, which pass through those of `staging` and are stored as these are kept.
-template <class Memory>
-[[nodiscard]] Values<Memory> by_way_of(const Values<void>& staging, Values<Memory> entry) {
-  entry.file_kind = staging.memory_kind;
-  entry.staging = staging.memory;
-  entry.staging_stride = staging.stride;
+/// The same values, which pass through the array `staging` and are stored as it keeps them; null
+/// changes nothing.
+template <class Memory, class Staging>
+[[nodiscard]] Values<Memory> by_way_of(Staging* staging, Values<Memory> entry) {
+  if (staging == nullptr) return entry;
+  entry.file_kind = kind_of<Staging>();
+  entry.staging = staging;
   return entry;
 }
 

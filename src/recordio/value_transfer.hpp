@@ -10,7 +10,6 @@
 #include "recordio/byte_order.hpp"
 #include "recordio/interleave.hpp"
 #include "recordio/record_list.hpp"
-#include "state/precision.hpp"
 
 /// Moves the values of list entries between memory and the payload of an unformatted or binary
 /// record.
@@ -32,15 +31,28 @@ inline constexpr std::int64_t piece_values = 4096;
 inline constexpr std::int64_t tile_bytes = std::int64_t{384} * 1024;
 inline constexpr std::int64_t least_values_in_tile = 4096;
 
-template <class T>
+/// Where values of an entry stand between file and memory: at the beginning of its staging array,
+/// or else in `own`.
+template <class Stored, class Memory>
+Stored* passage(const Values<Memory>& entry, Stored* own) {
+  return entry.staging == nullptr ? own : static_cast<Stored*>(entry.staging);
+}
+
+template <class Stored>
 struct Tile {
-  explicit Tile(std::int64_t lines)
-      : values(std::max(least_values_in_tile,
-                        tile_bytes / (lines * static_cast<std::int64_t>(sizeof(T))))),
-        memory(std::make_unique_for_overwrite<T[]>(static_cast<std::size_t>(lines * values))) {}
+  template <class Memory>
+  explicit Tile(const Values<Memory>& entry)
+      : values(std::min(
+            entry.count,
+            std::max(least_values_in_tile, tile_bytes / (entry.rows * bytes_of(entry.file_kind))))),
+        own(entry.staging != nullptr ? nullptr
+                                     : std::make_unique_for_overwrite<Stored[]>(
+                                           static_cast<std::size_t>(entry.rows * values))),
+        lines(passage(entry, own.get())) {}
 
   std::int64_t values;  ///< of one line
-  std::unique_ptr<T[]> memory;
+  std::unique_ptr<Stored[]> own;
+  Stored* lines;
 };
 
 template <class T>
@@ -54,34 +66,11 @@ bool fills_tiles(const Values<Memory>& entry) {
   return entry.rows > 1 && entry.bytes() >= tile_bytes;
 }
 
-/// Puts pieces of `rows` lines, from `first_row` on, to their points, from `first` on; `lines`
-/// begins with a piece of `count` values, the next begins `distance` values behind it.
-template <class Stored, class Kept>
-void place(const Values<void>& entry, std::int64_t first_row, std::int64_t rows, std::int64_t first,
-           const Stored* lines, std::int64_t distance, std::int64_t count) {
-  Kept* const to = static_cast<Kept*>(entry.memory) + first * entry.stride + first_row;
-  if (entry.staging == nullptr) {
-    return interleave(lines, distance, rows, count, to, entry.stride);
-  }
-  Stored* const staged =
-      static_cast<Stored*>(entry.staging) + first * entry.staging_stride + first_row;
-  interleave(lines, distance, rows, count, staged, entry.staging_stride);
-  convert_rows(staged, entry.staging_stride, to, entry.stride, rows, count);
-}
-
-/// The other way round.
-template <class Stored, class Kept>
-void collect(const Values<const void>& entry, std::int64_t first_row, std::int64_t rows,
-             std::int64_t first, Stored* lines, std::int64_t distance, std::int64_t count) {
-  const Kept* const from =
-      static_cast<const Kept*>(entry.memory) + first * entry.stride + first_row;
-  if (entry.staging == nullptr) {
-    return deinterleave(from, entry.stride, lines, distance, rows, count);
-  }
-  Stored* const staged =
-      static_cast<Stored*>(entry.staging) + first * entry.staging_stride + first_row;
-  convert_rows(from, entry.stride, staged, entry.staging_stride, rows, count);
-  deinterleave(staged, entry.staging_stride, lines, distance, rows, count);
+/// The place in memory of value `index` of row `row`.
+template <class Kept, class Memory>
+auto* place_of(const Values<Memory>& entry, std::int64_t row, std::int64_t index) {
+  using Place = std::conditional_t<std::is_const_v<Memory>, const Kept, Kept>;
+  return static_cast<Place*>(entry.memory) + index * entry.stride + row;
 }
 
 /// Values next to each other.
@@ -104,26 +93,28 @@ void read_lines(Payload& payload, bool foreign, const Values<void>& entry) {
         continue;
       }
     }
-    std::array<Stored, piece_values> piece;
+    std::array<Stored, piece_values> own;
+    Stored* const piece = passage(entry, own.data());
     for (std::int64_t done = 0; done < entry.count; done += piece_values) {
       const std::int64_t n = std::min(piece_values, entry.count - done);
-      read_run(payload, foreign, piece.data(), n);
-      place<Stored, Kept>(entry, row, 1, done, piece.data(), n, n);
+      read_run(payload, foreign, piece, n);
+      interleave(piece, n, 1, n, place_of<Kept>(entry, row, done), entry.stride);
     }
   }
 }
 
 template <class Stored, class Kept, class Payload>
 void read_tiles(Payload& payload, bool foreign, const Values<void>& entry) {
-  const Tile<Stored> tile(entry.rows);
+  const Tile<Stored> tile(entry);
   for (std::int64_t done = 0; done < entry.count; done += tile.values) {
     const std::int64_t n = std::min(tile.values, entry.count - done);
     for (std::int64_t row = 0; row < entry.rows; ++row) {
-      Stored* const line = tile.memory.get() + row * tile.values;
+      Stored* const line = tile.lines + row * tile.values;
       payload.read_ahead(bytes_for<Stored>(row * entry.count + done), line, bytes_for<Stored>(n));
       if (foreign) reverse_bytes(line, n);
     }
-    place<Stored, Kept>(entry, 0, entry.rows, done, tile.memory.get(), tile.values, n);
+    interleave(tile.lines, tile.values, entry.rows, n, place_of<Kept>(entry, 0, done),
+               entry.stride);
   }
   payload.skip(entry.bytes());
 }
@@ -149,24 +140,26 @@ void write_lines(Payload& payload, bool foreign, const Values<const void>& entry
         continue;
       }
     }
-    std::array<Stored, piece_values> piece;
+    std::array<Stored, piece_values> own;
+    Stored* const piece = passage(entry, own.data());
     for (std::int64_t done = 0; done < entry.count; done += piece_values) {
       const std::int64_t n = std::min(piece_values, entry.count - done);
-      collect<Stored, Kept>(entry, row, 1, done, piece.data(), n, n);
-      if (foreign) reverse_bytes(piece.data(), n);
-      payload.write(piece.data(), bytes_for<Stored>(n));
+      deinterleave(place_of<Kept>(entry, row, done), entry.stride, piece, n, 1, n);
+      if (foreign) reverse_bytes(piece, n);
+      payload.write(piece, bytes_for<Stored>(n));
     }
   }
 }
 
 template <class Stored, class Kept, class Payload>
 void write_tiles(Payload& payload, bool foreign, const Values<const void>& entry) {
-  const Tile<Stored> tile(entry.rows);
+  const Tile<Stored> tile(entry);
   for (std::int64_t done = 0; done < entry.count; done += tile.values) {
     const std::int64_t n = std::min(tile.values, entry.count - done);
-    collect<Stored, Kept>(entry, 0, entry.rows, done, tile.memory.get(), tile.values, n);
+    deinterleave(place_of<Kept>(entry, 0, done), entry.stride, tile.lines, tile.values, entry.rows,
+                 n);
     for (std::int64_t row = 0; row < entry.rows; ++row) {
-      Stored* const line = tile.memory.get() + row * tile.values;
+      Stored* const line = tile.lines + row * tile.values;
       if (foreign) reverse_bytes(line, n);
       payload.write_ahead(bytes_for<Stored>(row * entry.count + done), line, bytes_for<Stored>(n));
     }

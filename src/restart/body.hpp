@@ -224,11 +224,11 @@ template <class Memory>
   return parameters_are_double(path) ? entry(dqvar) : entry(sqvar);
 }
 
-/// Arrays in double precision that the values of a file pass through, of the same shapes as those
-/// that they come from or go to; empty where none do.
+/// Arrays in double precision that the values of a file pass through, as large as those that they
+/// come from or go to; null where none do.
 struct StagingArrays {
-  array_view<double, 2> flow;
-  array_view<double, 2> triplets;
+  double* flow = nullptr;
+  double* triplets = nullptr;
 };
 
 /// Arrays that hold all variables of all points: what a whole body is read into or written from.
@@ -249,20 +249,13 @@ struct WholeArrays {
   }
   template <class List>
   void add_triplets(List& list, integer block) const {
-    list.push_back(entry(triplets, staging.triplets, block, 1, triplet));
+    list.push_back(
+        recordio::by_way_of(staging.triplets, variable_lines(triplets, points, block, 1, triplet)));
   }
   template <class List>
   void add_variables(List& list, integer block, integer first, integer last) const {
-    list.push_back(entry(flow, staging.flow, block, first, last));
-  }
-
- private:
-  [[nodiscard]] auto entry(array_view<Real, 2> array, array_view<double, 2> through, integer block,
-                           integer first, integer last) const {
-    const auto values = variable_lines(array, points, block, first, last);
-    return through.data() == nullptr
-               ? values
-               : recordio::by_way_of(variable_lines(through, points, block, first, last), values);
+    list.push_back(
+        recordio::by_way_of(staging.flow, variable_lines(flow, points, block, first, last)));
   }
 };
 

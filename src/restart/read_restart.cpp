@@ -201,7 +201,8 @@ struct RestartRead {
     const integer status =
         layout.triplets ? allocation_done : rounded.allocate(variables_per_point(), points.total);
     const bool at_once = rounded.allocated();
-    if (!(at_once ? read_into(rounded, auxvalues, {DW, {}}) : read_into(DW, DX))) return false;
+    if (!(at_once ? read_into(rounded, auxvalues, {.flow = DW.data()}) : read_into(DW, DX)))
+      return false;
     if (layout.extensions) {
       // The triplets' array exists since before the blocks were read, and the host is told so. For
       // layout 100 this step is missing: its triplets stay unset and `DX` stays allocated.
