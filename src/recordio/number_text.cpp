@@ -141,24 +141,57 @@ std::uint64_t eight_digits(std::uint32_t number) {
   return tens | (parts - tens * 10) << 8;
 }
 
+constexpr std::uint64_t zeros = 0x30303030'30303030;  ///< as text
+
 void store(char* to, std::uint64_t digits) {
-  digits |= 0x30303030'30303030;
   if constexpr (std::endian::native == std::endian::big) digits = __builtin_bswap64(digits);
   std::memcpy(to, &digits, sizeof digits);
 }
 
-/// The digits of a number as text, without zeros at the end. Whether singles have eight digits or
-/// nine is anybody's guess, so nothing here jumps on it.
-class Digits {
+/// The digits of a single as text, without zeros at the end: one and a word of eight.
+class DigitsOfSingle {
  public:
-  explicit Digits(Decimal number) : exponent(number.exponent) {
+  explicit DigitsOfSingle(Decimal number) : exponent(number.exponent) {
+    auto digits = static_cast<std::uint32_t>(number.digits);
+    while (digits < eight) {
+      digits *= 10;
+      --exponent;
+    }
+    first_ = digits / eight;
+    const std::uint64_t others = eight_digits(digits % eight);
+    others_ = others | zeros;
+    const int zeros_at_end = std::countl_zero(others) / 8;
+    count = 9 - zeros_at_end;
+    exponent += zeros_at_end;
+  }
+
+  /// Writes the digits from `first` on, and something behind them so as not to loop.
+  void copy(char* to, int first) const {
+    if (first > 0) return store(to, others_ >> 8 * (first - 1));
+    *to = static_cast<char>('0' + first_);
+    store(to + 1, others_);
+  }
+
+  int count;
+  int exponent;  ///< power of ten that the last digit counts
+
+ private:
+  static constexpr std::uint32_t eight = 100'000'000;
+  std::uint32_t first_;
+  std::uint64_t others_;
+};
+
+/// The same for a double, of up to 17 digits.
+class DigitsOfDouble {
+ public:
+  explicit DigitsOfDouble(Decimal number) : exponent(number.exponent) {
     std::uint64_t rest = number.digits;
     while (rest % 100'000'000 == 0) {
       rest /= 100'000'000;
       exponent += 8;
     }
     const std::uint64_t low = eight_digits(static_cast<std::uint32_t>(rest % 100'000'000));
-    store(end() - 8, low);
+    store(end() - 8, low | zeros);
     rest /= 100'000'000;
     if (rest < 10) {
       *(end() - 9) = static_cast<char>('0' + rest);
@@ -166,7 +199,7 @@ class Digits {
       count = rest != 0 ? 9 : without_first;
     } else {
       const std::uint64_t high = eight_digits(static_cast<std::uint32_t>(rest % 100'000'000));
-      store(end() - 16, high);
+      store(end() - 16, high | zeros);
       rest /= 100'000'000;
       *(end() - 17) = static_cast<char>('0' + rest);  // no double has more than 17
       const int without_first = 16 - std::countr_zero(high) / 8;
@@ -178,7 +211,6 @@ class Digits {
     exponent += zeros_at_end;
   }
 
-  /// Copies from digit `first` on. Writes `most` bytes, whatever the count, so as not to loop.
   void copy(char* to, int first) const { std::memcpy(to, text_.data() + begin_ + first, most); }
 
   static constexpr int most = 17;
@@ -204,8 +236,8 @@ char* write_exponent(char* to, int exponent) {
 
 /// Writes the number with a point in it or with an exponent, whichever is shorter. Null for a whole
 /// number that is to be written with more digits than it is given with.
-char* write_decimal(char* to, Decimal number) {
-  const Digits digits(number);
+template <class Digits>
+char* write_decimal(char* to, const Digits& digits) {
   const int count = digits.count;
   const int exponent = digits.exponent;
   const int before_point = count + exponent;
@@ -246,14 +278,17 @@ char* write_nan(char* to, Real value) {
 
 template <class Real>
 char* write_real(char* to, Real value) {
+  using Digits = std::conditional_t<sizeof(Real) == 4, DigitsOfSingle, DigitsOfDouble>;
+  using Bits = BitsOf<Real>;
+  constexpr Bits fraction = (Bits{1} << (std::numeric_limits<Real>::digits - 1)) - 1;
   if (std::isnan(value)) return write_nan(to, value);
   *to = '-';
   to += std::signbit(value);
   const Real magnitude = std::fabs(value);
-  if (magnitude > 0 && magnitude <= std::numeric_limits<Real>::max()) {
-    if (char* const end = write_decimal(to, shortest_decimal(magnitude))) return end;
+  if ((std::bit_cast<Bits>(value) & fraction) != 0) {
+    if (char* const end = write_decimal(to, Digits(shortest_decimal(magnitude)))) return end;
   }
-  // Zero, infinity, and whole numbers whose shortest digits are not all they have.
+  // Zero, infinity, powers of two, and whole numbers whose shortest digits are not all they have.
   return std::to_chars(to, to + number_room, magnitude).ptr;
 }
 

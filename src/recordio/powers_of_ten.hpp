@@ -16,7 +16,7 @@ struct PowerOfTen {
 
 /// Exponents that doubles need.
 inline constexpr int least_power = -292;
-inline constexpr int greatest_power = 324;
+inline constexpr int greatest_power = 326;
 
 namespace detail {
 

@@ -2,7 +2,6 @@
 
 #include <bit>
 #include <limits>
-#include <type_traits>
 
 #include "recordio/powers_of_ten.hpp"
 
@@ -11,39 +10,88 @@ namespace {
 
 __extension__ using Wide = unsigned __int128;
 
-[[nodiscard]] const PowerOfTen& power_of_ten(int exponent) {
-  return powers_of_ten[static_cast<std::size_t>(exponent - least_power)];
-}
-
-/// floor(log2(10^e)), floor(log10(2^e)) and floor(log10(3/4 * 2^e)), for all exponents of doubles.
+/// floor(log2(10^e)) and floor(log10(2^e)), for all exponents of doubles.
 constexpr int log2_of_power_of_ten(int e) {
   return (e * 1741647) >> 19;
 }
 constexpr int log10_of_power_of_two(int e) {
   return (e * 1262611) >> 22;
 }
-constexpr int log10_of_three_quarters(int e) {
-  return (e * 1262611 - 524031) >> 22;
-}
 
-/// The integer part of `factor` times a power of ten, with its lowest bit set if the fraction is
-/// not (nearly) zero: enough to compare it with integers.
-std::uint32_t scaled(const PowerOfTen& power, std::uint32_t factor) {
-  // 64 bits of the power suffice here, rounded up like all of it.
-  const Wide product = Wide{power.high + (power.low != 0)} * factor;
-  const auto fraction = static_cast<std::uint32_t>(product >> 32);
-  return static_cast<std::uint32_t>(product >> 64) | (fraction > 1);
-}
-std::uint64_t scaled(const PowerOfTen& power, std::uint64_t factor) {
-  const Wide product = Wide{power.high} * factor + (Wide{power.low} * factor >> 64);
-  return static_cast<std::uint64_t>(product >> 64) | (static_cast<std::uint64_t>(product) > 1);
-}
+/// A number times a power of ten: its integer part, and whether there is nothing behind it.
+template <class Word>
+struct Scaled {
+  Word integer;
+  bool whole;
+};
 
-template <class Real>
+/// The lowest bit of an integer part, and whether there is nothing behind it.
+struct Parity {
+  bool odd;
+  bool whole;
+};
+
+/// A power of ten times 2^(`beta` - 63) for singles, which need no more bits of it.
+class PowerForSingles {
+ public:
+  using Word = std::uint32_t;
+  static constexpr int kappa = 1;
+
+  PowerForSingles(const PowerOfTen& power, int beta)
+      : power_(power.high + (power.low != 0)), beta_(beta) {}
+
+  /// Times 1.
+  [[nodiscard]] Word unit() const { return static_cast<Word>(power_ >> (63 - beta_)); }
+  /// Times half of `factor`.
+  [[nodiscard]] Scaled<Word> times(Word factor) const {
+    const auto product = static_cast<std::uint64_t>(Wide{power_} * (factor << beta_) >> 32);
+    return {static_cast<Word>(product >> 32), static_cast<Word>(product) == 0};
+  }
+  [[nodiscard]] Parity parity(Word factor) const {
+    const std::uint64_t low = power_ * factor;
+    return {(low >> (64 - beta_) & 1) != 0, static_cast<Word>(low >> (32 - beta_)) == 0};
+  }
+  /// A tenth, for at most 100.
+  [[nodiscard]] static Word small_quotient(Word number) { return number * 6554 >> 16; }
+
+ private:
+  std::uint64_t power_;
+  int beta_;
+};
+
+/// The same for doubles.
+class PowerForDoubles {
+ public:
+  using Word = std::uint64_t;
+  static constexpr int kappa = 2;
+
+  PowerForDoubles(const PowerOfTen& power, int beta) : power_(power), beta_(beta) {}
+
+  [[nodiscard]] Word unit() const { return power_.high >> (63 - beta_); }
+  [[nodiscard]] Scaled<Word> times(Word factor) const {
+    factor <<= beta_;
+    const Wide product = Wide{power_.high} * factor + (Wide{power_.low} * factor >> 64);
+    return {static_cast<Word>(product >> 64), static_cast<Word>(product) == 0};
+  }
+  [[nodiscard]] Parity parity(Word factor) const {
+    const Wide low = (Wide{power_.high * factor} << 64) + Wide{power_.low} * factor;
+    return {(low >> (128 - beta_) & 1) != 0, static_cast<Word>(low >> (64 - beta_)) == 0};
+  }
+  /// A hundredth, for at most 1000.
+  [[nodiscard]] static Word small_quotient(Word number) { return number * 656 >> 16; }
+
+ private:
+  PowerOfTen power_;
+  int beta_;
+};
+
+template <class Real, class Power>
 Decimal shortest(Real value) {
-  using Word = std::conditional_t<sizeof(Real) == 4, std::uint32_t, std::uint64_t>;
+  using Word = typename Power::Word;
   constexpr int fraction_bits = std::numeric_limits<Real>::digits - 1;
   constexpr int bias = std::numeric_limits<Real>::max_exponent - 1 + fraction_bits;
+  constexpr Word small = Power::kappa == 1 ? 10 : 100;
+  constexpr Word large = 10 * small;
 
   // The value is c * 2^q.
   const auto bits = std::bit_cast<Word>(value);
@@ -51,47 +99,54 @@ Decimal shortest(Real value) {
   const int biased = static_cast<int>(bits >> fraction_bits);
   const Word c = biased == 0 ? fraction : fraction | Word{1} << fraction_bits;
   const int q = (biased == 0 ? 1 : biased) - bias;
-  if (q <= 0 && q > -std::numeric_limits<Real>::digits && c % (Word{1} << -q) == 0) {
-    return {c >> -q, 0};
+  // Few values are whole; which of them are below 1 is anybody's guess, and not asked first.
+  const int behind_point = -q & (std::numeric_limits<Word>::digits - 1);
+  const bool fraction_is_zero = (c & ((Word{1} << behind_point) - 1)) == 0;
+  if (fraction_is_zero & (q <= 0) & (q >= -fraction_bits)) return {c >> -q, 0};
+
+  // From here on in units of 10^k, of which the interval that rounds to the value holds `length`,
+  // between `small` and `large`. Its ends belong to it if c is even.
+  const int k = log10_of_power_of_two(q) - Power::kappa;
+  const Power power(powers_of_ten[static_cast<std::size_t>(-k - least_power)],
+                    q + log2_of_power_of_ten(-k));
+  const Word length = power.unit();
+  const bool with_ends = c % 2 == 0;
+  const Scaled<Word> upper = power.times(2 * c + 1);
+
+  // The multiple of `large` below the upper end, and whether it lies inside.
+  Word multiple = upper.integer / large;
+  Word below = upper.integer - multiple * large;
+  bool inside = below < length;
+  if (below == length) {
+    const Parity lower = power.parity(2 * c - 1);
+    inside = lower.odd || (lower.whole && with_ends);
+  } else if (below == 0 && upper.whole && !with_ends) {
+    --multiple;
+    below = large;
+    inside = false;
   }
 
-  // In quarters of the last place: the value, and the ends of what rounds to it. Below a power of
-  // two numbers lie closer to each other. The ends themselves round to even.
-  const bool near_below = fraction == 0 && biased > 1;
-  const Word open = c & 1;
-  const int k = near_below ? log10_of_three_quarters(q) : log10_of_power_of_two(q);
-  const int shift = q + log2_of_power_of_ten(-k) + 1;
-  const PowerOfTen& power = power_of_ten(-k);
-  const Word middle = scaled(power, Word{4 * c} << shift);
-  const Word lower = scaled(power, Word{4 * c - 2 + near_below} << shift) + open;
-  const Word upper = scaled(power, Word{4 * c + 2} << shift) - open;
-
-  // The two neighbours with as many digits as may be needed: the one inside, or if both or neither
-  // are, the nearer, of two as near the even one. Which it is, is anybody's guess: all of it is
-  // worked out without a jump.
-  const Word s = middle / 4;
-  const Word half = 4 * s + 2;
-  const bool next_inside = 4 * s + 4 <= upper;
-  const bool one_inside = (lower <= 4 * s) != next_inside;
-  const bool next_nearer = (middle > half) | ((middle == half) & (s % 2 != 0));
-  const Word nearest = s + ((one_inside & next_inside) | (!one_inside & next_nearer));
-
-  // One digit less, if one of the two neighbours with that many lies inside.
-  const Word tens = s / 10;
-  const bool tens_inside = lower <= 40 * tens;
-  const bool next_tens_inside = 40 * tens + 40 <= upper;
-  const Word shorter = (tens > 0) & (tens_inside != next_tens_inside);
-  const Word difference = tens + next_tens_inside - nearest;
-  return {nearest + (difference & -shorter), k + static_cast<int>(shorter)};
+  // Otherwise the multiple of `small` nearest to the value. Whether it is needed is anybody's
+  // guess, so it is worked out in any case, and without a jump.
+  const Word distance = below - length / 2 + small / 2;
+  const Word steps = Power::small_quotient(distance);
+  Word digits = 10 * multiple + (steps & -static_cast<Word>(!inside));
+  if (distance - steps * small + inside == 0) {
+    // The value lies about in the middle of two.
+    const Parity middle = power.parity(2 * c);
+    const bool expected_odd = ((distance ^ (small / 2)) & 1) != 0;
+    digits -= (middle.odd != expected_odd) | (middle.whole & (digits % 2 != 0));
+  }
+  return {digits, k + Power::kappa};
 }
 
 }  // namespace
 
 Decimal shortest_decimal(float value) {
-  return shortest(value);
+  return shortest<float, PowerForSingles>(value);
 }
 Decimal shortest_decimal(double value) {
-  return shortest(value);
+  return shortest<double, PowerForDoubles>(value);
 }
 
 }  // namespace mod_p3dgrid::recordio

@@ -12,12 +12,14 @@ struct Decimal {
 };
 
 /// The decimal number with the fewest digits that lies nearer to `value` than to any other number
-/// of its type; of several the one nearest to `value`. The digits may end in zeros.
+/// of its type; of several the one nearest to `value`. The digits may end in zeros; those of a
+/// single are below 10^9.
 ///
-/// Follows R. Giulietti, "The Schubfach way to render doubles" (2020): the ends of the interval
-/// that rounds to `value` are scaled by a tabulated power of ten to integers of one digit more than
-/// needed, which a multiplication does exactly enough.
-/// @param value  finite and above 0
+/// Follows J. Jeon, "Dragonbox: a new floating-point binary-to-decimal conversion algorithm"
+/// (2020): of the interval that rounds to `value` one end is scaled by a tabulated power of ten;
+/// its integer part tells all but the rare cases, in which the other end or the middle is looked
+/// at.
+/// @param value  finite, above 0 and no power of two, whose neighbours lie at two distances
 [[nodiscard]] Decimal shortest_decimal(float value);
 [[nodiscard]] Decimal shortest_decimal(double value);
 

@@ -127,6 +127,16 @@ TEST(NumberText, RandomDoublesRoundTrip) {
   }
 }
 
+/// Decimals of few digits lie nearest to the middles and ends that have to be told apart.
+TEST(NumberText, DoublesOfFewDigitsRoundTrip) {
+  std::mt19937_64 random(19);
+  for (int n = 0; n < 1'000'000; ++n) {
+    const auto digits = static_cast<double>(random() >> (11 + random() % 53));
+    const double value = digits * std::pow(10.0, static_cast<int>(random() % 60) - 30);
+    ASSERT_NO_FATAL_FAILURE(expect_round_trip<double>(std::bit_cast<std::uint64_t>(value)));
+  }
+}
+
 TEST(NumberText, IntegersRoundTrip) {
   std::mt19937 random(11);
   for (int n = 0; n < 1'000'000; ++n) {
