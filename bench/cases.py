@@ -44,6 +44,7 @@ class Case:
     output: str = ""  # existing or new, for writes
     values: int = 3  # per point: those read or written, for the time per value
     array_bytes: int = 0  # per point: results, arrays to write, staging that is filled
+    unfilled_bytes: int = 0  # per point: staging that is allocated, and filled by the peer alone
     text: bool = False
 
 
@@ -53,10 +54,12 @@ def binary_reads():
             for precision in ("single", "double"):
                 if (kind, form, precision) == ("restart", "binary", "double"):
                     continue
+                unfilled = values * DOUBLE if precision == "double" else 0
                 for memory in ("fresh", "huge", "warm"):
                     yield Case(f"{kind}-read/{form}/{precision}/{memory}", f"{kind}-read", form,
                                precision, f"{kind}.{form}.{precision}", memory=memory,
-                               values=values, array_bytes=values * SINGLE)
+                               values=values, array_bytes=values * SINGLE,
+                               unfilled_bytes=unfilled)
 
 
 def variable_reads():
@@ -72,12 +75,14 @@ def variable_reads():
 def binary_writes():
     for values, kind in ((3, "grid"), (5, "restart")):
         for precision in ("single", "double"):
+            unfilled = values * DOUBLE if precision == "double" else 0
             for output in ("existing", "new"):
                 for memory in ("fresh", "warm"):
                     yield Case(f"{kind}-write/unformatted/{precision}/{output}/{memory}",
                                f"{kind}-write", "unformatted", precision, memory=memory,
                                output=output, values=values,
-                               array_bytes=SINGLE * (3 if kind == "grid" else 8))
+                               array_bytes=SINGLE * (3 if kind == "grid" else 8),
+                               unfilled_bytes=unfilled)
 
 
 def text():

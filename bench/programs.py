@@ -54,7 +54,8 @@ class Programs:
     def measure(self, program, case, operation, points, paths):
         """One process of one side."""
         warm = case.memory == "warm"
-        memory = case.array_bytes * points // 2**20 * 5 // 4 + 64 if warm else 0
+        bytes_per_point = case.array_bytes + case.unfilled_bytes
+        memory = bytes_per_point * points // 2**20 * 5 // 4 + 64 if warm else 0
         if case.memory == "huge" and program == self.ours:
             memory = "huge"
         return outcome_of(run_program(
