@@ -3,6 +3,7 @@
 import os
 import pathlib
 import re
+import sys
 import unittest
 
 SOURCE = pathlib.Path(os.environ.get("P3DGRID_SOURCE", pathlib.Path(__file__).parents[2]))
@@ -32,5 +33,19 @@ def blocks(page, language):
     return [block for block in found if block.language == language]
 
 
-def main():
-    unittest.main(verbosity=2)
+def update(page, text_of):
+    """Puts `text_of(language, title)` into each of the page's code blocks; None leaves one as it is."""
+    def renewed(match):
+        language, title, old = match.groups()
+        new = text_of(language, title)
+        return f"```{language}{' ' if title else ''}{title}\n{old if new is None else new}```"
+
+    page.write_text(FENCED.sub(renewed, page.read_text()))
+
+
+def main(update_page=None):
+    """Runs the tests or, with the argument `--update`, what puts their page up to date."""
+    if update_page and sys.argv[1:] == ["--update"]:
+        update_page()
+    else:
+        unittest.main(verbosity=2)

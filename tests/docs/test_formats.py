@@ -6,12 +6,11 @@ import pathlib
 import re
 import shutil
 import subprocess
-import sys
 import tempfile
 import unittest
 
 from format_examples import EXAMPLES, TEXTS, bytes_of, hex_block, text_rows
-from support import FENCED, SOURCE, blocks, main
+from support import SOURCE, blocks, main, update
 
 PAGE = SOURCE / "docs" / "formats.md"
 PAGE_FILES = os.environ.get("PAGE_FILES", "")
@@ -163,26 +162,15 @@ class Fortran(FormatsTest):
         self.assert_written([split])
 
 
-def update():
+def update_page():
     """Puts the examples as they are into the page."""
     with tempfile.TemporaryDirectory() as folder:
         texts = {example.name: write(example, pathlib.Path(folder)) for example in TEXTS}
-    shown = {example.name: hex_block(example.rows()) for example in EXAMPLES}
-    shown |= {name: hex_block(text_rows(text)) for name, text in texts.items()}
-
-    def block(match):
-        language, title, text = match.groups()
-        if language == "hex":
-            text = shown[title]
-        elif language == "text" and title in texts:
-            text = texts[title].decode()
-        return f"```{language}{' ' if title else ''}{title}\n{text}```"
-
-    PAGE.write_text(FENCED.sub(block, PAGE.read_text()))
+    shown = {("hex", example.name): hex_block(example.rows()) for example in EXAMPLES}
+    shown |= {("hex", name): hex_block(text_rows(text)) for name, text in texts.items()}
+    shown |= {("text", name): text.decode() for name, text in texts.items()}
+    update(PAGE, lambda *block: shown.get(block))
 
 
 if __name__ == "__main__":
-    if sys.argv[1:] == ["--update"]:
-        update()
-    else:
-        main()
+    main(update_page)

@@ -4,11 +4,10 @@ that a host gets. `--update` puts both into the page."""
 import os
 import re
 import subprocess
-import sys
 import tempfile
 import unittest
 
-from support import FENCED, SOURCE, blocks, main, pages
+from support import SOURCE, blocks, main, pages, update
 
 PAGE = SOURCE / "docs" / "hosting.md"
 
@@ -46,20 +45,14 @@ class Hosting(unittest.TestCase):
                 self.assertRegex(text, rf"`{name}\b")
 
 
-def update():
-    def block(match):
-        language, title, text = match.groups()
+def update_page():
+    def text_of(_, title):
         if title == "calls":
-            text = calls()
-        elif title:
-            text = (SOURCE / title).read_text()
-        return f"```{language}{' ' if title else ''}{title}\n{text}```"
+            return calls()
+        return (SOURCE / title).read_text() if title else None
 
-    PAGE.write_text(FENCED.sub(block, PAGE.read_text()))
+    update(PAGE, text_of)
 
 
 if __name__ == "__main__":
-    if sys.argv[1:] == ["--update"]:
-        update()
-    else:
-        main()
+    main(update_page)
