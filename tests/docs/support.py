@@ -8,8 +8,14 @@ import unittest
 
 SOURCE = pathlib.Path(os.environ.get("P3DGRID_SOURCE", pathlib.Path(__file__).parents[2]))
 BUILD = pathlib.Path(os.environ.get("P3DGRID_BUILD", ""))
+FOLDERS = ("bench", "cmake", "docs", "examples", "include", "scripts", "src", "tests", "tools")
 
 FENCED = re.compile(r"^```(\S*) ?(.*)\n((?:.*\n)*?)```$", re.MULTILINE)
+
+
+def name_of(page):
+    """The page's path in the tree."""
+    return str(page.relative_to(SOURCE) if page.is_relative_to(SOURCE) else page)
 
 
 class Block:
@@ -18,19 +24,23 @@ class Block:
     def __init__(self, page, match):
         language, self.title, self.text = match.groups()
         self.language = language
-        self.place = f"{page.name}:{match.string.count(chr(10), 0, match.start()) + 1}"
+        self.place = f"{name_of(page)}:{match.string.count(chr(10), 0, match.start()) + 1}"
 
 
 def pages():
-    """Every page of the documentation."""
-    return [SOURCE / name for name in ("README.md", "CONTRIBUTING.md", "CHANGELOG.md")
-            if (SOURCE / name).exists()] + sorted((SOURCE / "docs").glob("*.md"))
+    """Every page of the tree; what was built or installed in it does not count."""
+    found = [page for folder in FOLDERS for page in (SOURCE / folder).rglob("*.md")]
+    return sorted([*SOURCE.glob("*.md"), *found])
+
+
+def all_blocks(page):
+    """The page's code blocks."""
+    return [Block(page, match) for match in FENCED.finditer(page.read_text())]
 
 
 def blocks(page, language):
-    """The page's code blocks in that language."""
-    found = [Block(page, match) for match in FENCED.finditer(page.read_text())]
-    return [block for block in found if block.language == language]
+    """Those in that language."""
+    return [block for block in all_blocks(page) if block.language == language]
 
 
 def update(page, text_of):

@@ -1,11 +1,14 @@
-"""The pages of the documentation as pages: their links lead somewhere, their lines are short."""
+"""The pages of the documentation as pages: their links lead somewhere, in the tree and where they
+are installed; their lines are short."""
 
+import os
 import pathlib
 import re
+import subprocess
 import tempfile
 import unittest
 
-from support import FENCED, SOURCE, main, pages
+from support import BUILD, FENCED, SOURCE, main, pages
 
 LONGEST_LINE = 100
 OLDER = {"README.md", "info-json.md", "performance.md", "reliability.md"}  # have longer lines
@@ -67,6 +70,21 @@ class Pages(unittest.TestCase):
             page.write_text("# One heading\n[a](#one-heading) [b](#two) [c](none.md)\n" + "x" * 101)
             self.assertEqual(broken_links(page), ["#two", "none.md"])
             self.assertEqual(long_lines(page), [3])
+
+
+class Installed(unittest.TestCase):
+    def test_links_lead_somewhere(self):
+        """Within what is installed: nothing stands around it that they could lead to."""
+        with tempfile.TemporaryDirectory() as folder:
+            result = subprocess.run(
+                ["cmake", "--install", BUILD, "--prefix", "/usr"], capture_output=True, text=True,
+                timeout=240, env={**os.environ, "DESTDIR": folder})
+            self.assertEqual(result.returncode, 0, result.stderr)
+            installed = list(pathlib.Path(folder).rglob("*.md"))
+            self.assertEqual(sorted(page.name for page in installed),
+                             sorted(page.name for page in pages()))
+            for page in installed:
+                self.assertEqual(broken_links(page), [], page)
 
 
 if __name__ == "__main__":
