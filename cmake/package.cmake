@@ -2,11 +2,13 @@
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME p3dgrid)
 set(CPACK_PACKAGE_VENDOR "mod_p3dgrid developers")
-set(CPACK_PACKAGE_CONTACT "mod_p3dgrid developers <developers>")
+# Whoever hands packages on states an address: -DCPACK_PACKAGE_CONTACT='NAME <ADDRESS>'.
+set(CPACK_PACKAGE_CONTACT "mod_p3dgrid developers <developers>" CACHE STRING
+    "Maintainer of the Debian package")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "PLOT3D grids and flow solutions: convert, check, draw")
 set(CPACK_PACKAGE_DESCRIPTION
-    "Command and C++ library that read and write multi-block structured grids in the PLOT3D layout
-and the restart files (flow solutions) that belong to them.")
+    "Command and C++ library that read and write multi-block structured grids in
+the PLOT3D layout and the restart files (flow solutions) that belong to them.")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
@@ -14,4 +16,5 @@ set(CPACK_DEBIAN_PACKAGE_SECTION science)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # Text in the pictures needs some font.
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS fonts-dejavu-core)
+set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/debian_files.cmake)
 include(CPack)

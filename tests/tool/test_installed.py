@@ -1,6 +1,7 @@
 """What comes with the command when it is installed: manual page, completions, help whose examples
 run, the Debian package."""
 
+import gzip
 import os
 import pathlib
 import pty
@@ -238,13 +239,27 @@ class DebianPackage(InstalledTest):
         self.assertNotRegex(fields, r"\nMaintainer: .*@")
         root = self.path("root")
         self.run_checked("dpkg-deb", "--extract", package, root)
-        for name in ("usr/bin/p3dgrid", "usr/share/man/man1/p3dgrid.1",
+        for name in ("usr/bin/p3dgrid", "usr/share/man/man1/p3dgrid.1.gz",
                      "usr/share/bash-completion/completions/p3dgrid",
-                     "usr/include/mod_p3dgrid/MOD_P3DReader.hpp"):
+                     "usr/include/mod_p3dgrid/MOD_P3DReader.hpp",
+                     "usr/share/doc/p3dgrid/copyright"):
             self.assertTrue((root / name).is_file(), name)
         self.assertEqual(self.succeed("--version", command=str(root / "usr/bin/p3dgrid")),
                          f"p3dgrid {version}\n")
         self.assertEqual([entry.name for entry in root.iterdir()], ["usr"])
+        description = re.findall(r"^ .*", fields, re.MULTILINE)
+        self.assertLessEqual(max(map(len, description)), 80)
+        self.assert_changelog(root / "usr/share/doc/p3dgrid/changelog.gz", version)
+
+    def assert_changelog(self, packed, version):
+        """As dpkg wants it, and leading to the one that people read."""
+        plain = self.path("changelog")
+        plain.write_bytes(gzip.decompress(packed.read_bytes()))
+        read = self.run_checked("dpkg-parsechangelog", "--file", plain)
+        self.assertIn("Source: p3dgrid\n", read)
+        self.assertIn(f"Version: {version}\n", read)
+        (named,) = re.findall(r"/(\S+CHANGELOG.md)", read)
+        self.assertTrue((packed.parents[4] / named).is_file(), named)
 
 
 if __name__ == "__main__":
