@@ -1,11 +1,11 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """Draws a Tecplot file of a PLOT3D solution: the speed of the flow in the first k plane.
 
     plot_tecplot.py FILE.dat OUT.png
 
-Needs VTK for Python (Debian: python3-vtk9). On a machine without a screen run it under xvfb-run.
-The five values of a solution file are density, momentum in x, y and z, and energy; the Tecplot file
-has them under the names U, V, W, P, RHO, so the speed is |(V, W, P)| / U.
+Needs VTK for the Python that is named above (Debian: python3-vtk9). On a machine without a screen
+run it under xvfb-run. The five values of a solution file are density, momentum in x, y and z, and
+energy; the Tecplot file has them under the names U, V, W, P, RHO, so the speed is |(V, W, P)| / U.
 """
 
 import sys

@@ -1,10 +1,8 @@
-"""Every command in the documentation is run, or looked up where that would take long.
+"""Every session in the documentation is run.
 
 `console` blocks are sessions: lines that begin with `$ ` are run in order, those of one page in one
 folder that is empty at first. What stands below a command is its output; a line `...` stands for
-any lines, and nothing for whatever comes. A command must succeed. `sh` blocks hold commands that
-take long: the targets, scripts, tests and build options that they name must be there. Those of the
-README are run by tests/tool/test_readme.py."""
+any lines, and nothing for whatever comes. A command must succeed."""
 
 import itertools
 import os
@@ -15,7 +13,7 @@ import subprocess
 import tempfile
 import unittest
 
-from support import BUILD, SOURCE, Block, blocks, main, pages
+from support import Block, blocks, main, pages
 
 COMMAND = os.environ.get("P3DGRID", "")
 PROGRAMS = {"p3dgrid", "cat", "cmp", "echo", "head", "ls", "od", "tail"}
@@ -119,50 +117,6 @@ class Runner(ScratchTest):
         self.assert_refused("$ p3dgrid info missing.p3d\n", "exit status 2")
         self.assert_refused("$ echo one | rm -r page\n", "not to be run")
         self.assert_refused("echo one\n", "does not begin with a command")
-
-
-class LongCommands(unittest.TestCase):
-    def test_what_they_name_is_there(self):
-        for page in pages():
-            if page.name == "README.md":
-                continue
-            for block in blocks(page, "sh"):
-                for line in block.text.replace("\\\n", " ").splitlines():
-                    with self.subTest(place=block.place, line=line):
-                        self.look_up(shlex.split(line, comments=True))
-
-    def look_up(self, words):
-        while words and re.match(r"[A-Z_]+=", words[0]):
-            words = words[1:]
-        if not words or words[0] in ("cd", "git"):
-            return
-        look_up = {"make": self.look_up_targets, "ctest": self.look_up_tests,
-                   "cmake": self.look_up_options}.get(words[0])
-        if look_up:
-            look_up(words[1:])
-        else:
-            self.assertTrue(os.access(SOURCE / words[0], os.X_OK), words[0])
-
-    def look_up_targets(self, words):
-        result = subprocess.run(["make", "-n", *words], cwd=SOURCE, capture_output=True, text=True)
-        self.assertEqual(result.returncode, 0, result.stderr)
-
-    def look_up_tests(self, words):
-        """Of the test program itself no more is asked than that it finds tests."""
-        chosen = [word for n, word in enumerate(words)
-                  if word in ("-L", "-R") or (n and words[n - 1] in ("-L", "-R"))]
-        result = subprocess.run(["ctest", "-N", *chosen], cwd=BUILD, capture_output=True, text=True)
-        self.assertRegex(result.stdout, r"Total Tests: [1-9]", result.stderr)
-
-    def look_up_options(self, words):
-        declared = (SOURCE / "CMakeLists.txt").read_text()
-        for name in re.findall(r"-D((?:MOD_)?P3DGRID_\w+)", " ".join(words)):
-            self.assertRegex(declared, rf"(option|set)\({name}\b")
-        for name in (word for word in words if (SOURCE / "CMakeLists.txt").exists() and
-                     words[words.index(word) - 1] == "--target"):
-            result = subprocess.run(["cmake", "--build", BUILD, "--target", "help"],
-                                    capture_output=True, text=True)
-            self.assertRegex(result.stdout, rf"(?m)^(\.\.\. )?{re.escape(name)}\b")
 
 
 if __name__ == "__main__":

@@ -4,6 +4,7 @@ import os
 import pathlib
 import re
 import shlex
+import shutil
 import subprocess
 
 from restart_support import RestartForm, restart_bytes, sample_solution
@@ -11,6 +12,9 @@ from support import ONE_BLOCK, TWO_BLOCKS, Form, ToolTest, grid_bytes, main
 
 SOURCE = pathlib.Path(os.environ.get("P3DGRID_SOURCE", ""))
 BUILD = os.environ.get("P3DGRID_BUILD", "")
+
+
+THIS = "sh tests/tool/test_readme.py"  # blocks of command lines that are run here
 
 
 def fenced(language):
@@ -24,9 +28,9 @@ class Commands(ToolTest):
         self.write_grid("wing.xyz", Form("binary", double=True))
         solution = sample_solution([block.extents for block in TWO_BLOCKS])
         self.write("wing.q", restart_bytes(RestartForm(double=True), solution))
-        lines = "".join(fenced("sh")).splitlines()
-        self.assertEqual(len(lines), 9)
-        for line in lines:
+        *blocks, _ = fenced(THIS)
+        self.assertGreater(len(blocks), 3)
+        for line in "".join(blocks).splitlines():
             program, *arguments = shlex.split(line)
             self.assertEqual(program, "build/tools/p3dgrid")
             self.succeed(*arguments)
@@ -72,6 +76,21 @@ class Host(ToolTest):
         self.run_checked("cmake", "-S", ".", "-B", "build", f"-DCMAKE_PREFIX_PATH={self.prefix}")
         self.run_checked("cmake", "--build", "build")
         self.assertIn("first point: 0.1 -1e-30 10\n", self.run_checked("build/host"))
+
+    def test_example_without_cmake(self):
+        """With the compiler of the build in the place of c++."""
+        if not shutil.which("pkg-config"):
+            self.skipTest("no pkg-config")
+        *_, command = fenced(THIS)
+        compiler = self.path("bin") / "c++"
+        compiler.parent.mkdir()
+        compiler.write_text('#!/bin/sh\nexec ${CXX:-g++} $CXXFLAGS "$@"\n')
+        compiler.chmod(0o755)
+        (module,) = self.prefix.rglob("mod_p3dgrid.pc")
+        self.run_checked("sh", "-ec", command, env={
+            **os.environ, "PATH": f"{compiler.parent}:{os.environ['PATH']}",
+            "PKG_CONFIG_PATH": str(module.parent)})
+        self.assertIn("first point: 0.1 -1e-30 10\n", self.run_checked("./a.out"))
 
     def test_installed_command(self):
         self.assertTrue(self.succeed("--version", command=str(self.prefix / "bin" / "p3dgrid")))
