@@ -141,34 +141,49 @@ std::uint64_t eight_digits(std::uint32_t number) {
   return tens | (parts - tens * 10) << 8;
 }
 
-constexpr std::uint64_t zeros = 0x30303030'30303030;  ///< as text
+__extension__ using Wide = unsigned __int128;
 
+/// Digits as text, as many as the word has bytes; the first in its lowest byte.
 void store(char* to, std::uint64_t digits) {
+  digits |= 0x30303030'30303030;
   if constexpr (std::endian::native == std::endian::big) digits = __builtin_bswap64(digits);
   std::memcpy(to, &digits, sizeof digits);
 }
+void store(char* to, Wide digits) {
+  store(to, static_cast<std::uint64_t>(digits));
+  store(to + 8, static_cast<std::uint64_t>(digits >> 64));
+}
 
-/// The digits of a single as text, without zeros at the end: one and a word of eight.
-class DigitsOfSingle {
+int zeros_at_end(std::uint64_t digits) {
+  return std::countl_zero(digits) / 8;
+}
+int zeros_at_end(Wide digits) {
+  const auto last = static_cast<std::uint64_t>(digits >> 64);
+  return last != 0 ? zeros_at_end(last) : 8 + zeros_at_end(static_cast<std::uint64_t>(digits));
+}
+
+/// The digits of a real as text, without zeros at the end: one digit, and a word of as many as
+/// there may be behind it. How many there are is anybody's guess, so nothing here jumps on it.
+template <class Real>
+class Digits {
  public:
-  explicit DigitsOfSingle(Decimal number) : exponent(number.exponent) {
-    auto digits = static_cast<std::uint32_t>(number.digits);
-    while (digits < eight) {
-      digits *= 10;
-      --exponent;
-    }
-    first_ = digits / eight;
-    const std::uint64_t others = eight_digits(digits % eight);
-    others_ = others | zeros;
-    const int zeros_at_end = std::countl_zero(others) / 8;
-    count = 9 - zeros_at_end;
-    exponent += zeros_at_end;
+  explicit Digits(Decimal number) : exponent(number.exponent) {
+    auto digits = static_cast<Number>(number.digits);
+    const Number one_missing = digits < least;
+    digits += 9 * digits * one_missing;
+    exponent -= static_cast<int>(one_missing);
+    for (; digits < least; digits *= 10) --exponent;  // a few numbers have even less
+    first_ = static_cast<char>('0' + digits / least);
+    others_ = text_of(digits % least);
+    const int zeros = zeros_at_end(others_);
+    count = 1 + behind_first - zeros;
+    exponent += zeros;
   }
 
   /// Writes the digits from `first` on, and something behind them so as not to loop.
   void copy(char* to, int first) const {
     if (first > 0) return store(to, others_ >> 8 * (first - 1));
-    *to = static_cast<char>('0' + first_);
+    *to = first_;
     store(to + 1, others_);
   }
 
@@ -176,52 +191,20 @@ class DigitsOfSingle {
   int exponent;  ///< power of ten that the last digit counts
 
  private:
-  static constexpr std::uint32_t eight = 100'000'000;
-  std::uint32_t first_;
-  std::uint64_t others_;
-};
+  static constexpr bool single = sizeof(Real) == 4;
+  using Number = std::conditional_t<single, std::uint32_t, std::uint64_t>;
+  using Word = std::conditional_t<single, std::uint64_t, Wide>;
+  static constexpr int behind_first = single ? 8 : 16;
+  static constexpr auto least = static_cast<Number>(single ? 100'000'000 : 10'000'000'000'000'000);
 
-/// The same for a double, of up to 17 digits.
-class DigitsOfDouble {
- public:
-  explicit DigitsOfDouble(Decimal number) : exponent(number.exponent) {
-    std::uint64_t rest = number.digits;
-    while (rest % 100'000'000 == 0) {
-      rest /= 100'000'000;
-      exponent += 8;
-    }
-    const std::uint64_t low = eight_digits(static_cast<std::uint32_t>(rest % 100'000'000));
-    store(end() - 8, low | zeros);
-    rest /= 100'000'000;
-    if (rest < 10) {
-      *(end() - 9) = static_cast<char>('0' + rest);
-      const int without_first = 8 - std::countr_zero(low) / 8;
-      count = rest != 0 ? 9 : without_first;
-    } else {
-      const std::uint64_t high = eight_digits(static_cast<std::uint32_t>(rest % 100'000'000));
-      store(end() - 16, high | zeros);
-      rest /= 100'000'000;
-      *(end() - 17) = static_cast<char>('0' + rest);  // no double has more than 17
-      const int without_first = 16 - std::countr_zero(high) / 8;
-      count = rest != 0 ? 17 : without_first;
-    }
-    begin_ = most - count;
-    const int zeros_at_end = std::countl_zero(low) / 8;
-    count -= zeros_at_end;
-    exponent += zeros_at_end;
+  static std::uint64_t text_of(std::uint32_t digits) { return eight_digits(digits); }
+  static Wide text_of(std::uint64_t digits) {
+    return Wide{eight_digits(static_cast<std::uint32_t>(digits % 100'000'000))} << 64 |
+           eight_digits(static_cast<std::uint32_t>(digits / 100'000'000));
   }
 
-  void copy(char* to, int first) const { std::memcpy(to, text_.data() + begin_ + first, most); }
-
-  static constexpr int most = 17;
-  int count;
-  int exponent;  ///< power of ten that the last digit counts
-
- private:
-  char* end() { return text_.data() + most; }
-
-  std::array<char, most + most> text_;
-  int begin_;
+  char first_;
+  Word others_;
 };
 
 char* write_exponent(char* to, int exponent) {
@@ -236,8 +219,8 @@ char* write_exponent(char* to, int exponent) {
 
 /// Writes the number with a point in it or with an exponent, whichever is shorter. Null for a whole
 /// number that is to be written with more digits than it is given with.
-template <class Digits>
-char* write_decimal(char* to, const Digits& digits) {
+template <class Real>
+char* write_decimal(char* to, const Digits<Real>& digits) {
   const int count = digits.count;
   const int exponent = digits.exponent;
   const int before_point = count + exponent;
@@ -278,7 +261,6 @@ char* write_nan(char* to, Real value) {
 
 template <class Real>
 char* write_real(char* to, Real value) {
-  using Digits = std::conditional_t<sizeof(Real) == 4, DigitsOfSingle, DigitsOfDouble>;
   using Bits = BitsOf<Real>;
   constexpr Bits fraction = (Bits{1} << (std::numeric_limits<Real>::digits - 1)) - 1;
   if (std::isnan(value)) return write_nan(to, value);
@@ -286,7 +268,7 @@ char* write_real(char* to, Real value) {
   to += std::signbit(value);
   const Real magnitude = std::fabs(value);
   if ((std::bit_cast<Bits>(value) & fraction) != 0) {
-    if (char* const end = write_decimal(to, Digits(shortest_decimal(magnitude)))) return end;
+    if (char* const end = write_decimal(to, Digits<Real>(shortest_decimal(magnitude)))) return end;
   }
   // Zero, infinity, powers of two, and whole numbers whose shortest digits are not all they have.
   return std::to_chars(to, to + number_room, magnitude).ptr;
