@@ -1,5 +1,7 @@
 """p3dgrid check: what it says of grids and restart files packed by hand, and of real ones."""
 
+import itertools
+import math
 import os
 import pathlib
 import struct
@@ -7,8 +9,8 @@ import unittest
 
 from restart_support import (RestartForm, encodings, pack, restart_bytes, sample_solution,
                              talven_records)
-from support import (NATIVE, ONE_BLOCK, TWO_BLOCKS, Block, Form, ToolTest, all_forms, grid_bytes,
-                     main)
+from support import (NATIVE, ONE_BLOCK, OTHER, SIGNS, TWO_BLOCKS, Block, Form, ToolTest, all_forms,
+                     grid_bytes, main)
 
 ONE = [block.extents for block in ONE_BLOCK]
 TWO = [block.extents for block in TWO_BLOCKS]
@@ -300,6 +302,61 @@ class Foreign(CheckTest):
             self.fail_with(1, "info", "file", says="its length is that of a grid in two dimensions")
         self.write("file", b"9 7\n" + b"0.5 1.5\n" * 63)
         self.fail_with(1, "info", "file", says="file: is a grid in two dimensions")
+
+    def planar_with_blanking(self, order, third, extents=(9, 7)):
+        """One block of single precision behind its block count: x, y, and 32 bits more a point."""
+        sign, points = SIGNS[order], extents[0] * extents[1]
+        xy = struct.pack(f"{sign}{2 * points}f", *(n / 4 for n in range(2 * points)))
+        return struct.pack(sign + "3i", 1, *extents) + xy + third
+
+    def test_two_dimensions_as_long_as_three(self):
+        """With blanking values they are as long as a block 1 x ni x nj of three coordinates."""
+        for order, blanking in itertools.product((NATIVE, OTHER), ([0, 1, -2], [0] * 62 + [1])):
+            third = struct.pack(SIGNS[order] + "63i", *(blanking * 63)[:63])
+            self.write("file", self.planar_with_blanking(order, third))
+            full = [*Form("binary", multiblock=False).options("grid"), "--grid-byte-order", order]
+            for options in ([], full[:2], full[4:6], ["--grid-format", "unformatted"], full):
+                self.fail_with(1, "info", "file", *options,
+                               says=("a grid in two dimensions, binary", "cannot be read"))
+
+    def test_planes_of_three_dimensions(self):
+        for order in (NATIVE, OTHER):
+            for z in ([0.5] * 63, [0.0] * 62 + [1.0], [0.0] * 63, [math.nan] * 63, [-math.nan] * 63):
+                third = struct.pack(SIGNS[order] + "63f", *z)
+                self.write("file", self.planar_with_blanking(order, third))
+                self.assertIn("without block count", self.succeed("check", "file"))
+
+    def test_zeros_may_be_coordinates_or_blanking_values(self):
+        content = self.planar_with_blanking(NATIVE, bytes(4 * 6300), (90, 70))
+        self.write("file", content)
+        self.fail_with(2, "info", "file", says=(
+            "without blanking (--grid-multiblock no --grid-iblank no)",
+            "grid in two dimensions, binary", "which cannot be read"))
+        for option in ("--grid-multiblock", "--grid-iblank"):
+            self.assertIn("1 block", self.succeed("info", "file", option, "no"))
+        self.write("file", content[:-4 * 2000] + struct.pack("=2000i", *[1] * 2000))
+        self.fail_with(1, "info", "file", says="is a grid in two dimensions")
+
+    def test_named_whatever_is_stated(self):
+        header = struct.pack("=i", 1), struct.pack("=3i", 5, 4, 2)
+        planar = self.records(header[0], struct.pack("=2i", 9, 7), struct.pack("=126f", *range(126)))
+        full = [*Form().options("grid"), "--grid-byte-order", NATIVE]
+        for content, says in (
+                (planar, "is a grid in two dimensions"),
+                (self.records(*header, *[bytes(4 * 40)] * 3), "has the values of a block in several"),
+                (self.records(*header, bytes(4 * 120), marker="q"), "has record markers of 64 bits")):
+            self.write("file", content)
+            for options in (full[:2], full[2:4], ["--grid-format", "binary"]):
+                self.fail_with(1, "info", "file", *options, says="file: " + says)
+            self.fail_with(1, "info", "file", *full, says="; it " + says)
+        solution = self.records(header[0], struct.pack("=2i", 9, 7), bytes(16), bytes(16 * 63))
+        self.write("file", solution)
+        self.fail_with(1, "info", "file", "--layout", "2", says="is a solution in two dimensions")
+        self.fail_with(1, "check", "grid", "file", "--restart-format", "unformatted",
+                       says="file: is a solution in two dimensions")
+        # What has been stated of another file is mended first.
+        self.fail_with(1, "info", "grid", "--grid-format", "binary",
+                       says="it is that of a file read with --grid-format unformatted")
 
     def test_other_records(self):
         header = struct.pack("=i", 1), struct.pack("=3i", 5, 4, 2)

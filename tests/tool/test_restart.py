@@ -383,7 +383,7 @@ class Triplets(RestartTest):
             self.assertIn("out cannot be read back", notes)
             self.write("again", content)
             self.fail_with(1, "restart", "two", "again", "out", *target.options(),
-                           "--sections", "1-5", says=("again: begins its blocks with triplets", "double precision"))
+                           "--sections", "1-5", says=("which begins its blocks with triplets", "double precision"))
 
     def test_single_precision_layout_100_without_triplets_is_read(self):
         solution = sample_solution(TWO)

@@ -3,21 +3,10 @@
 #include <optional>
 #include <string>
 
-#include "detect/reading.hpp"
+#include "detect/found.hpp"
 #include "restart_plan.hpp"
 
 namespace p3dgrid {
-
-/// What has been found out of a file.
-struct Found {
-  Reading reading;
-  std::string reason = {};       ///< what shows it, as part of a sentence
-  std::uint64_t bytes_read = 0;  ///< that it took to see that
-  bool stated = false;           ///< the user has said it all, and nothing has been compared yet
-
-  [[nodiscard]] const GridForm& grid() const { return reading.grid(); }
-  [[nodiscard]] const RestartForm& restart() const { return reading.restart(); }
-};
 
 /// Finds out what of a grid file's form has not been stated; where all of it has, without looking
 /// at the file. Throws a Failure that names the file: an Unreadable where it is damaged or is not

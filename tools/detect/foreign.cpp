@@ -5,78 +5,18 @@
 #include <vector>
 
 #include "detect/outline.hpp"
-#include "detect/reading.hpp"
+#include "detect/planar.hpp"
 #include "grid_plan.hpp"
-#include "sections.hpp"
 
 namespace p3dgrid {
 namespace {
 
 using Plan = std::vector<RecordPlan>;
 
-constexpr std::int32_t most_points_across = 1 << 20;
-
-/// The blocks of a header with two extents for each; none where it cannot be one.
-std::optional<std::vector<std::int64_t>> planar_points(HeaderReader& header, bool multiblock) {
-  std::int32_t blocks = 1;
-  header.begin_record();
-  if (multiblock) {
-    blocks = header.integer().value_or(0);
-    header.begin_record();
-  }
-  if (blocks < 1 || static_cast<std::uint64_t>(blocks) > header.most_blocks()) return std::nullopt;
-  std::vector<std::int64_t> points;
-  for (std::int32_t b = 0; b < blocks; ++b) {
-    const std::int32_t i = header.integer().value_or(0);
-    const std::int32_t j = header.integer().value_or(0);
-    if (i < 1 || j < 1 || i > most_points_across || j > most_points_across) return std::nullopt;
-    points.push_back(std::int64_t{i} * j);
-  }
-  return points;
-}
-
-Plan header_of(bool multiblock, std::size_t blocks, std::int64_t numbers) {
-  Plan plan;
-  if (multiblock) plan.push_back({.integers = 1});
-  plan.push_back({.integers = numbers * static_cast<std::int64_t>(blocks)});
-  return plan;
-}
-
-Plan planar_grid(bool multiblock, const std::vector<std::int64_t>& points, bool iblank) {
-  Plan plan = header_of(multiblock, points.size(), 2);
-  for (const std::int64_t n : points) plan.push_back({.integers = iblank ? n : 0, .reals = 2 * n});
-  return plan;
-}
-
-Plan planar_solution(bool multiblock, const std::vector<std::int64_t>& points) {
-  Plan plan = header_of(multiblock, points.size(), 2);
-  for (const std::int64_t n : points) {
-    plan.push_back({.reals = 4});
-    plan.push_back({.reals = (solution_variables - 1) * n});
-  }
-  return plan;
-}
-
-std::string planar_form(Evidence& file, const Coding& coding, bool multiblock) {
-  const auto points = planar_points(*file.header(coding), multiblock);
-  if (!points) return "";
-  for (const bool iblank : {false, true}) {
-    if (file.fit(coding, planar_grid(multiblock, *points, iblank)).whole()) {
-      return "a grid in two dimensions";
-    }
-  }
-  const bool solution = file.fit(coding, planar_solution(multiblock, *points)).whole();
-  return solution ? "a solution in two dimensions" : "";
-}
-
-std::string planar_form(Evidence& file, const Coding& coding) {
-  const std::string form = planar_form(file, coding, true);
-  return form.empty() ? planar_form(file, coding, false) : form;
-}
-
 /// The grid with its blocks in pieces: k planes, or one for each coordinate.
 Plan in_pieces(const Extents& extents, bool multiblock, bool planes) {
-  Plan plan = header_of(multiblock, extents.i.size(), 3);
+  Plan plan = plan_of(GridForm{.multiblock = multiblock}, extents);
+  plan.resize(plan.size() - extents.i.size());
   for (std::size_t b = 0; b < extents.i.size(); ++b) {
     const std::int64_t plane = std::int64_t{extents.i[b]} * extents.j[b];
     const RecordPlan piece{.reals = planes ? 3 * plane : extents.points_of(b)};
@@ -143,9 +83,7 @@ std::string foreign_form(Evidence& file) {
   for (const Coding& coding : codings_of(file, std::nullopt, std::nullopt, std::nullopt)) {
     if (coding.encoding == Encoding::binary) continue;
     const std::string planar = planar_form(file, coding);
-    if (!planar.empty()) {
-      return "is " + planar + "; only three, with k extents of 1, can be read";
-    }
+    if (!planar.empty()) return "is " + planar + ", which " + planar_not_read;
     if (coding.encoding != Encoding::unformatted) continue;
     if (std::string what = other_records(file, coding); !what.empty()) return what;
     if (has_wide_markers(file, coding.order)) {
@@ -158,7 +96,9 @@ std::string foreign_form(Evidence& file) {
 std::string foreign_length(Evidence& file) {
   if (file.begins_with_text()) return "";
   for (const Coding& coding : codings_of(file, Encoding::binary, std::nullopt, std::nullopt)) {
-    if (std::string planar = planar_form(file, coding); !planar.empty()) return planar;
+    if (const std::string planar = planar_form(file, coding); !planar.empty()) {
+      return planar + ", " + describe(coding.encoding, coding.precision, coding.order);
+    }
   }
   return "";
 }

@@ -1,33 +1,24 @@
 #include "detect/reading.hpp"
 
-#include <cstdlib>
+#include <algorithm>
+#include <iterator>
 
 #include "detect/outline.hpp"
+#include "detect/planar.hpp"
+#include "detect/words.hpp"
 #include "grid_plan.hpp"
 
 namespace p3dgrid {
 namespace {
 
-// Blanking values are flags and numbers of blocks; reals taken for integers are nearly always more.
-constexpr std::int32_t largest_blanking = 1 << 24;
-
 /// Whether what a binary file has in the place of blanking values, at the end of its last block,
-/// can be such, by a few stretches of it. Of binary files nothing but the length shows the rest.
+/// can be such. Of binary files nothing but the length shows the rest.
 bool blanking_is_one(Evidence& file, ByteOrder order, const std::vector<RecordPlan>& plan,
                      std::uint64_t real_bytes) {
-  constexpr std::uint64_t stretches = 4;
-  constexpr std::uint64_t in_a_row = 16;
-  constexpr std::uint64_t size = 4;
   std::uint64_t end = 0;
   for (const RecordPlan& record : plan) end += record.bytes(real_bytes);
   const auto count = static_cast<std::uint64_t>(plan.back().integers);
-  for (std::uint64_t n = 0; n < stretches * in_a_row; ++n) {
-    const std::uint64_t value = count / stretches * (n / in_a_row) + n % in_a_row;
-    if (value >= count) break;
-    const auto blanking = file.source().integer(end - size * (count - value), order);
-    if (blanking && std::abs(std::int64_t{*blanking}) > largest_blanking) return false;
-  }
-  return true;
+  return look_at_words(file.source(), end - sizeof(std::int32_t) * count, count, order).small;
 }
 
 template <class Choice>
@@ -38,7 +29,9 @@ std::vector<Choice> choices(const std::optional<Choice>& stated, std::vector<Cho
 }  // namespace
 
 std::string describe(const Reading& reading) {
-  if (reading.is_grid()) return "grid, " + describe(reading.grid());
+  if (reading.is_grid()) {
+    return (reading.planar ? "grid in two dimensions, " : "grid, ") + describe(reading.grid());
+  }
   std::string text = describe(reading.restart());
   if (reading.restart().sections) text += ", sections " + describe(*reading.restart().sections);
   return text;
@@ -89,11 +82,14 @@ std::vector<Reading> grid_readings(Evidence& file, const StatedGridForm& stated)
                         .records = plan.size(),
                         .fit = file.fit(coding, plan)};
         const bool by_length = coding.encoding == Encoding::binary && reading.fit.whole();
-        if (by_length && iblank && !stated.iblank &&
-            !blanking_is_one(file, coding.order, plan, coding.real_bytes())) {
-          continue;
+        if (!by_length) {
+          readings.push_back(std::move(reading));
+        } else if (!iblank) {
+          std::ranges::move(with_planar_twin(file, reading, stated), std::back_inserter(readings));
+        } else if (stated.iblank ||
+                   blanking_is_one(file, coding.order, plan, coding.real_bytes())) {
+          readings.push_back(std::move(reading));
         }
-        readings.push_back(std::move(reading));
       }
     }
   }

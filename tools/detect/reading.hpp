@@ -22,7 +22,8 @@ struct Reading {
   bool free_count = false;      ///< its variables are as many as fill the file, not a usual number
   bool unknown_flag = false;    ///< of layout 101, in a place where without markers data could be
   bool checked = true;          ///< false where only the header could be compared
-  std::string unreadable = {};  ///< why a file like this cannot be read, as part of a sentence
+  bool planar = false;          ///< a grid in two dimensions
+  std::string unreadable = {};  ///< why a file like this cannot be read: "layout ..., which ..."
 
   [[nodiscard]] bool is_grid() const { return std::holds_alternative<GridForm>(form); }
   [[nodiscard]] const GridForm& grid() const { return std::get<GridForm>(form); }

@@ -170,6 +170,10 @@ std::string named(const std::vector<Reading>& readings) {
   return joined(texts, "; or ");
 }
 
+std::string unreadable_form(const Reading& reading) {
+  return (reading.is_grid() ? "a " : "") + describe(reading) + ", which " + reading.unreadable;
+}
+
 std::string departure(const std::vector<Reading>& nearest) {
   if (nearest.empty()) return "";
   std::vector<std::string> forms;

@@ -23,6 +23,9 @@ struct Verdict {
 /// "layout 102, ... (--restart-precision single); or layout 102, ... (--restart-precision double)".
 [[nodiscard]] std::string named(const std::vector<Reading>& readings);
 
+/// "a grid in two dimensions, ..., which cannot be read; ...": a reading and why it is of no use.
+[[nodiscard]] std::string unreadable_form(const Reading& reading);
+
 /// Where the file departs from the reading that agrees furthest, and from others as near, as part
 /// of a sentence.
 [[nodiscard]] std::string departure(const std::vector<Reading>& nearest);
