@@ -310,6 +310,34 @@ class Text(DetectTest):
         report, _ = self.found("grid", "--grid-iblank", "no")
         self.assertEqual(report["blocks"][0]["extents"], [2, 1, 1])
 
+    def test_records_that_begin_with_a_comma(self):
+        """A null value stands before it; within a record it ends the value before."""
+        for content in (b"1\n2 1 1\n,2,3,4,5,6\n", b"1\n2,1,1,\n,2,3\n,4,5,6\n",
+                        b"1\n2 1 1\n,2,3,\n,5,6\n", b"1\n2 1 1\n,\n2,3\n4,5\n,6\n",
+                        b"1\n2\n,1\n, 1\n,,3*4\n,\n6\n", b"1\n2 1 1\n,1 /\n"):
+            with self.subTest(content=content):
+                self.write("grid", content)
+                report, _ = self.found("grid", "--grid-iblank", "no")
+                self.assertEqual(report["blocks"][0]["extents"], [2, 1, 1])
+        for content, says in ((b"1\n2 1 1\n,2,3,4,5\n", "1 value short"),
+                              (b"1\n2 1 1\n,2,3,4,5,6,7\n", "1 more value behind the last")):
+            self.write("grid", content)
+            self.fail_with(1, "info", "grid", "--grid-iblank", "no", says=says)
+        for variables in (5, 7):
+            flow = ",".join(map(str, range(2 * variables - 1)))
+            self.write("flow", f"1\n2 1 1\n,0,0,0\n,{flow}\n".encode())
+            report, _ = self.found("flow")
+            self.assertEqual(report["form"]["sections"], [[1, variables]])
+
+    def test_carriage_returns_alone(self):
+        self.write("grid", b"1\r2 1 1\r1 2 3 4 5 6\r")
+        full = Form("formatted").options("grid")
+        for options in ((), full[:2], full, ("--grid-format", "unformatted")):
+            self.fail_with(1, "info", "grid", *options,
+                           says=("has carriage returns alone for line ends", r"tr '\r' '\n'"))
+        self.write("grid", self.path("grid").read_bytes().replace(b"\r", b"\n"))
+        self.succeed("info", "grid")
+
     def test_reals_are_no_extents(self):
         self.write("grid", b"1\n2. 1 1\n1 2 3 4 5 6\n")
         self.fail_with(1, "info", "grid", says="grid: ")

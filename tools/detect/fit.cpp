@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "detect/line_walk.hpp"
 #include "table.hpp"
 
 namespace p3dgrid {
@@ -39,100 +40,6 @@ bool is_padding(ByteSource& source, std::uint64_t begin) {
 std::string of_all(const std::vector<RecordPlan>& plan) {
   return " of " + std::to_string(plan.size());
 }
-
-/// Goes through the lines of a text as a reader of records does.
-class LineWalk {
- public:
-  explicit LineWalk(const TextLines& text) : text_(text) { settle(); }
-
-  [[nodiscard]] std::int64_t line() const { return line_; }
-
-  /// Takes a record; empty when it is there and ends with its line.
-  Fit take(std::int64_t values) {
-    std::int64_t left = values;
-    do {
-      if (at_end()) {
-        return {Agreement::cut, 0,
-                "the text ends at line " + std::to_string(last_line()) + ", " +
-                    counted(left, "value") + " short"};
-      }
-      const LineRun& run = text_.runs[run_];
-      if (left == 0 && run.values == 0) return step(1);  // a record of no values is a line
-      if (run.ending == LineRun::Ending::slash) return step(1);
-      if (is_odd() && left > run.values) return odd();
-      const std::int64_t lines = run.values == 0 ? lines_left_ : std::min(lines_left_, full(left));
-      if (lines == 0) return too_long(run.values - left);
-      left -= lines * run.values;
-      step(lines);
-    } while (left > 0);
-    return {};
-  }
-
-  /// The line behind the last one.
-  std::int64_t end() {
-    while (!at_end()) step(lines_left_);
-    return line_;
-  }
-
-  /// The next line that holds values; 0 for none.
-  std::int64_t next_values() {
-    while (!at_end() && text_.runs[run_].values == 0) step(lines_left_);
-    return at_end() ? 0 : line_;
-  }
-
-  /// The next line, if it begins with what is no number; 0 else. Lines of nothing are left out.
-  std::int64_t next_words() {
-    while (!at_end() && text_.runs[run_].values == 0 && !is_odd()) step(lines_left_);
-    return !at_end() && text_.runs[run_].values == 0 ? line_ : 0;
-  }
-
- private:
-  [[nodiscard]] bool at_end() const { return run_ == text_.runs.size(); }
-  [[nodiscard]] bool is_odd() const { return text_.runs[run_].ending == LineRun::Ending::odd; }
-
-  /// Whole lines of this run that so many values fill.
-  [[nodiscard]] std::int64_t full(std::int64_t values) const {
-    return values / text_.runs[run_].values;
-  }
-
-  /// What is behind the line end of the last line counts as a line of nothing, and is none.
-  [[nodiscard]] std::int64_t last_line() const {
-    const LineRun& last = text_.runs.back();
-    const bool ended = last.values == 0 && last.ending == LineRun::Ending::plain;
-    return std::max<std::int64_t>(line_ - (ended ? 2 : 1), 1);
-  }
-
-  [[nodiscard]] Fit odd() const {
-    const bool first = line_ <= text_.odd_line && text_.odd_line < line_ + lines_left_;
-    return {Agreement::other, 0,
-            "line " + std::to_string(first ? text_.odd_line : line_) + " holds " +
-                (first ? "\"" + text_.odd_token + "\"" : "something else") +
-                " where a number is expected"};
-  }
-
-  [[nodiscard]] Fit too_long(std::int64_t values) const {
-    return {Agreement::other, 0,
-            "line " + std::to_string(line_) + " holds " + counted(values, "more value") +
-                " behind the last that is expected there"};
-  }
-
-  Fit step(std::int64_t lines) {
-    line_ += lines;
-    lines_left_ -= lines;
-    if (lines_left_ == 0) {
-      ++run_;
-      settle();
-    }
-    return {};
-  }
-
-  void settle() { lines_left_ = run_ < text_.runs.size() ? text_.runs[run_].lines : 0; }
-
-  const TextLines& text_;
-  std::size_t run_ = 0;
-  std::int64_t lines_left_ = 0;
-  std::int64_t line_ = 1;
-};
 
 double share_of_values(const TextLines& text, const std::vector<RecordPlan>& plan) {
   std::uint64_t expected = 0;

@@ -77,9 +77,22 @@ std::string other_records(Evidence& file, const Coding& coding) {
   return "";
 }
 
+/// Carriage returns alone end no line for any Fortran program, and all of the text is one.
+bool has_bare_returns(Evidence& file) {
+  if (!file.begins_with_text()) return false;
+  std::vector<char> start(1 << 16);
+  start.resize(file.source().read(0, start));
+  return std::ranges::find(start, '\r') != start.end() &&
+         std::ranges::find(start, '\n') == start.end();
+}
+
 }  // namespace
 
 std::string foreign_form(Evidence& file) {
+  if (has_bare_returns(file)) {
+    return "has carriage returns alone for line ends, which readers of text do not take for such; "
+           "tr '\\r' '\\n' <FILE >NEW makes a file NEW that can be read";
+  }
   for (const Coding& coding : codings_of(file, std::nullopt, std::nullopt, std::nullopt)) {
     if (coding.encoding == Encoding::binary) continue;
     const std::string planar = planar_form(file, coding);

@@ -7,8 +7,9 @@
 namespace p3dgrid {
 
 /// Forms that other programs write and nothing here reads, known by the same arithmetic: grids and
-/// solutions in two dimensions, and unformatted files that spread header or blocks over other
-/// records or write wider integers. As part of a sentence; empty where the file is none of them.
+/// solutions in two dimensions, unformatted files that spread header or blocks over other records
+/// or write wider integers, and text with other line ends. As part of a sentence; empty where the
+/// file is none of them.
 [[nodiscard]] std::string foreign_form(Evidence& file);
 
 /// Such a form whose length that of the file is, taken without markers, which it may be by chance:

@@ -94,8 +94,11 @@ std::optional<Sections> shown_by_size(Evidence& file, const Coding& coding, cons
   }
   const std::int64_t variable =
       shape.extents.points() * (text ? 1 : static_cast<std::int64_t>(coding.real_bytes())) * copies;
-  if (variable == 0 || rest < 0 || rest % variable != 0) return std::nullopt;
-  const std::int64_t variables = rest / variable;
+  // Of text each line that begins with a comma may hold a value more than has been counted.
+  const std::int64_t most = rest + (text ? file.lines().commas : 0);
+  if (variable == 0 || most < 0) return std::nullopt;
+  const std::int64_t variables = most / variable;
+  if (variables * variable < rest) return std::nullopt;
   if (variables > most_variables) return std::nullopt;
   if (!shape.triplets) return variables < 1 ? std::nullopt : std::optional(in_order({variables}));
   return variables < 1 ? in_order({solution_variables}) : in_order({solution_variables, variables});

@@ -31,16 +31,23 @@ class LineCollector {
     if (ending_ == LineRun::Ending::plain) ending_ = ending;
   }
 
-  void finish() { push({values_, 1, ending_}); }
+  void begin_with_comma(std::int64_t line) {
+    go_to(line);
+    comma_ = true;
+    ++lines_.commas;
+  }
+
+  void finish() { push({values_, 1, ending_, comma_}); }
 
  private:
   void go_to(std::int64_t line) {
     if (line == line_) return;
-    push({values_, 1, ending_});
-    if (line > line_ + 1) push({0, line - line_ - 1, LineRun::Ending::plain});
+    finish();
+    if (line > line_ + 1) push({.lines = line - line_ - 1});
     line_ = line;
     values_ = 0;
     ending_ = LineRun::Ending::plain;
+    comma_ = false;
   }
 
   void push(const LineRun& run) {
@@ -48,7 +55,7 @@ class LineCollector {
       lines_.values = INT64_MAX / 2;
     }
     auto& runs = lines_.runs;
-    if (!runs.empty() && runs.back().values == run.values && runs.back().ending == run.ending) {
+    if (!runs.empty() && runs.back().is_like(run)) {
       runs.back().lines += run.lines;
     } else {
       runs.push_back(run);
@@ -59,6 +66,7 @@ class LineCollector {
   std::int64_t line_ = 1;
   std::int64_t values_ = 0;
   LineRun::Ending ending_ = LineRun::Ending::plain;
+  bool comma_ = false;
 };
 
 std::optional<std::uint64_t> offset_of_line(ByteSource& source, std::int64_t line) {
@@ -90,6 +98,7 @@ TextLines count_lines(ByteSource& source) {
   TextTokens tokens(source);
   for (;;) {
     const TextToken token = tokens.next();
+    if (token.comma_line > 0) collector.begin_with_comma(token.comma_line);
     if (token.kind == TextToken::Kind::end) {
       collector.take(token.line, 0);  // blank lines at the end are records of no values
       break;

@@ -100,11 +100,13 @@ bool TextTokens::fill() {
 
 /// Up to the next token, null value or slash; false when a null value comes next.
 bool TextTokens::skip_separators() {
+  comma_line_ = 0;
   while (!at_end()) {
     const char c = buffer_[at_];
     if (c == ',') {
       if (!comma_may_end_) return false;
       comma_may_end_ = false;
+      if (line_ > last_line_) comma_line_ = line_;
     } else if (!is_blank(c)) {
       return true;
     } else if (c == '\n') {
@@ -134,6 +136,8 @@ TextToken TextTokens::next() {
   TextToken token;
   const bool null = !skip_separators();
   token.line = line_;
+  token.comma_line = comma_line_;
+  last_line_ = line_;
   if (null) {
     ++at_;
     token.kind = TextToken::Kind::null;

@@ -14,10 +14,11 @@ struct TextToken {
   enum class Kind { value, null, slash, end };
 
   Kind kind = Kind::end;
-  std::int64_t repeats = 1;  ///< for values and nulls; 0 when the repeat count is none
-  std::string_view value;    ///< without its repeat count; valid until the next token
-  std::int64_t line = 1;     ///< from 1
-  std::uint64_t bytes = 0;   ///< offset of the byte behind it
+  std::int64_t repeats = 1;     ///< for values and nulls; 0 when the repeat count is none
+  std::string_view value;       ///< without its repeat count; valid until the next token
+  std::int64_t line = 1;        ///< from 1
+  std::uint64_t bytes = 0;      ///< offset of the byte behind it
+  std::int64_t comma_line = 0;  ///< begins with the comma that ended the value before; 0 for none
 };
 
 /// The tokens of list-directed text: values separated by blanks, one comma or line ends.
@@ -46,6 +47,8 @@ class TextTokens {
   std::uint64_t buffer_end_ = 0;  ///< offset in the file
   std::int64_t line_ = 1;
   bool comma_may_end_ = false;
+  std::int64_t last_line_ = 0;   ///< of the last token
+  std::int64_t comma_line_ = 0;  ///< begins with the comma that was left out last
 };
 
 /// True when a token is a number as list-directed reading takes it: decimal, with an exponent
