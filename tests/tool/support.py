@@ -187,11 +187,14 @@ class ToolTest(unittest.TestCase):
         return result.stdout_text
 
     def fail_with(self, status, *arguments, says=(), **options):
-        """Runs the command, which must fail with this status and one line of explanation."""
+        """Runs the command, which must fail with this status and one line of explanation.
+
+        What a file can be follows it, one line for each; nothing else does.
+        """
         result = self.run_tool(*arguments, **options)
         message = result.stderr_text
         self.assertEqual(result.returncode, status, message)
-        self.assertRegex(message, r"\Ap3dgrid: [^\n]+\n\Z")
+        self.assertRegex(message, r"\Ap3dgrid: ([^\n]+[^\n:]\n|[^\n]+:\n(  [^\n]+\n){2,})\Z")
         for text in (says,) if isinstance(says, str) else says:
             self.assertIn(text, message)
         return message

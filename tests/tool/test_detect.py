@@ -166,6 +166,17 @@ class Grids(DetectTest):
         self.write("grid", content[:-252] + struct.pack("=63i", *range(-1000, 62000, 1000)))
         self.assertTrue(self.found("grid", "--grid-format", "auto")[0]["form"]["iblank"])
 
+    def test_readings_that_fit_stand_on_lines_of_their_own(self):
+        self.write("file", struct.pack("=3i", 1, 1, 1) + bytes(28))
+        grid = f"grid, binary, {NATIVE}-endian, double precision, without block count, with blanking"
+        flow = f"layout 2, binary, {NATIVE}-endian, single precision, without block count"
+        self.assertEqual(self.fail_with(2, "info", "file"),
+                         "p3dgrid: file: can be more than one thing, say which by the options "
+                         f"behind it:\n  {grid} (--grid-format binary)\n"
+                         f"  {flow}, sections 1-3 (--layout 2)\n")
+        self.assertEqual(self.found("file", "--grid-format", "binary")[0]["kind"], "grid")
+        self.assertEqual(self.found("file", "--layout", "2")[0]["kind"], "restart")
+
     def test_stated_options_narrow(self):
         for form in self.forms():
             self.write_grid("grid", form, ONE_BLOCK)

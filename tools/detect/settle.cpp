@@ -48,7 +48,7 @@ std::string advice_from(const std::vector<FormOption>& stated, const Verdict& ve
   }
   const Reading& first = open.fitting.front();
   if (!first.checked) return "";
-  if (open.fitting.size() > 1) return "it can be " + named(open.fitting);
+  if (open.fitting.size() > 1) return "it can be one of these:" + named(open.fitting);
   return corrected("it is that of a file read with ", first);
 }
 
@@ -56,9 +56,9 @@ std::string advice_from(const std::vector<FormOption>& stated, const Verdict& ve
   const bool checked = verdict.fitting.front().checked;
   throw Failure(ExitStatus::unusable,
                 path +
-                    (checked ? ": can be more than one thing, say which: "
+                    (checked ? ": can be more than one thing, say which by the options behind it:"
                              : ": holds no extents, and --grid GRID would tell by those of its "
-                               "grid which it is: ") +
+                               "grid which it is:") +
                     named(verdict.fitting));
 }
 

@@ -113,18 +113,25 @@ std::string joined(const std::vector<std::string>& parts, const char* between) {
   return text;
 }
 
-/// Options of a reading that not all of the others share.
+/// Options of a reading that not all of its kind share; where it is alone of its kind, the first of
+/// its options tells that.
 std::vector<FormOption> telling_options(const Reading& reading,
                                         const std::vector<Reading>& readings) {
+  const std::vector<FormOption> all = options_of(reading);
+  const auto is_told = [&](const Reading& other, const FormOption& option) {
+    const auto options = options_of(other);
+    return other.is_grid() == reading.is_grid() &&
+           std::ranges::none_of(options, [&](const FormOption& of_other) {
+             return of_other.text() == option.text();
+           });
+  };
   std::vector<FormOption> telling;
-  for (const FormOption& option : options_of(reading)) {
-    const bool shared = std::ranges::all_of(readings, [&](const Reading& other) {
-      const auto options = options_of(other);
-      return std::ranges::any_of(
-          options, [&](const FormOption& of_other) { return of_other.text() == option.text(); });
-    });
-    if (!shared) telling.push_back(option);
+  for (const FormOption& option : all) {
+    const bool tells =
+        std::ranges::any_of(readings, [&](const Reading& other) { return is_told(other, option); });
+    if (tells) telling.push_back(option);
   }
+  if (telling.empty()) telling.push_back(all.front());
   return telling;
 }
 
@@ -156,18 +163,17 @@ Verdict judge(std::vector<Reading> readings, const std::optional<Extents>& grid)
 }
 
 std::string named(const std::vector<Reading>& readings) {
-  std::vector<std::string> texts;
+  std::string lines;
   for (const Reading& reading : readings) {
     std::vector<std::string> options;
     for (const FormOption& option : telling_options(reading, readings)) {
       options.push_back(option.text());
     }
-    std::string text = describe(reading);
-    if (!options.empty()) text += " (" + joined(options, " ") + ")";
+    std::string text = "\n  " + describe(reading) + " (" + joined(options, " ") + ")";
     if (!reading.unreadable.empty()) text += ", which " + reading.unreadable;
-    texts.push_back(text);
+    lines += text;
   }
-  return joined(texts, "; or ");
+  return lines;
 }
 
 std::string unreadable_form(const Reading& reading) {

@@ -19,8 +19,9 @@ struct Verdict {
 /// @param grid  extents of the grid, if it is at hand: readings with these extents go first
 [[nodiscard]] Verdict judge(std::vector<Reading> readings, const std::optional<Extents>& grid);
 
-/// The readings as a list for people, each with the options in which it differs from the others:
-/// "layout 102, ... (--restart-precision single); or layout 102, ... (--restart-precision double)".
+/// The readings as a list for people, each on a line of its own behind a line end, with the options
+/// in which it differs from the others:
+/// "  layout 102, ... (--restart-precision single)".
 [[nodiscard]] std::string named(const std::vector<Reading>& readings);
 
 /// "a grid in two dimensions, ..., which cannot be read; ...": a reading and why it is of no use.
