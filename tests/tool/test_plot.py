@@ -188,6 +188,21 @@ class Mesh(PlotTest):
             drawn.append(blue / picture.width)
         self.assertGreater(drawn[1], 0.7 * drawn[0])
 
+    def test_points_that_are_nowhere(self):
+        """What is left out for them is said; at blanked points nothing is missed."""
+        block = plane(at=lambda i, j: (math.nan if (i, j) == (2, 2) else i, j, 0))
+        says = ", cells left out where a point is infinite or no number"
+        self.write_grid("grid", blocks=[block])
+        said, picture = self.plot("grid", "out.png")
+        self.assertEqual(said, "mesh" + says)
+        self.write_flow([block], *[range(1, 26)] * 5)
+        self.assertEqual(self.plot("grid", "flow", "out.png")[0], "variable 1, from 1 to 25" + says)
+        block.iblank[12] = 0
+        self.write_grid("grid", Form(iblank=True), blocks=[block])
+        said, without = self.plot("grid", "out.png")
+        self.assertEqual(said, "mesh")
+        self.assertNotEqual(picture.rows[20:60], without.rows[20:60])  # the words below the title
+
     def test_odd_places(self):
         """Grids that no scale fits, and what is not finite."""
         nan, inf = math.nan, math.inf

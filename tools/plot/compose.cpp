@@ -1,5 +1,6 @@
 #include "plot/compose.hpp"
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <optional>
@@ -74,6 +75,12 @@ void take_surfaces(const Request& request, const Found& found, Picture& picture)
                             counted(extents.points(), "point"));
 }
 
+/// Says of what is shown that it is not all there is.
+void add_remark(Picture& picture, const std::string& remark) {
+  picture.remarks.push_back(remark);
+  picture.summary += ", " + remark;
+}
+
 FlowVariable read_values(const Request& request, const Case& found,
                          std::vector<Surface>& surfaces) {
   const std::optional<Extents> extents = found.extents;
@@ -129,6 +136,12 @@ void describe_values(const Request& request, const FlowVariable& variable, Pictu
                     (lacking ? ", infinite or no number in places" : "");
 }
 
+void describe_surfaces(Picture& picture) {
+  if (std::ranges::any_of(picture.surfaces, &Surface::has_lost)) {
+    add_remark(picture, "cells left out where a point is infinite or no number");
+  }
+}
+
 Box box_to_show(const Request& request, const std::vector<Surface>& surfaces) {
   const auto box = box_of(surfaces);
   if (box && box->diagonal() > 0) return *box;
@@ -155,6 +168,7 @@ Picture compose(const Request& request) {
   if (!request.shows_flow()) {
     picture.title = "Grid " + short_name(request.grid_path) + place_of(request);
     picture.summary = "mesh" + place_of(request);
+    describe_surfaces(picture);
     return picture;
   }
   const FlowVariable variable = read_values(request, found, picture.surfaces);
@@ -163,6 +177,7 @@ Picture compose(const Request& request) {
   picture.remarks.push_back(short_name(request.restart_path) + " on " +
                             short_name(request.grid_path));
   describe_values(request, variable, picture);
+  describe_surfaces(picture);
   return picture;
 }
 

@@ -92,6 +92,7 @@ void take_points(Surface& surface, const Grid& grid) {
         std::all_of(place, place + 3, [](float value) { return std::isfinite(value); });
     const bool blanked = blanking != nullptr && blanking[number] == 0;
     surface.absent.push_back(blanked || !finite ? 1 : 0);
+    surface.has_lost = surface.has_lost || (!blanked && !finite);
   });
 }
 

@@ -37,6 +37,7 @@ struct Surface {
   // Of each point, row after row.
   std::vector<Point> points;
   std::vector<char> absent;   ///< blanked, or without a finite place
+  bool has_lost = false;      ///< points in use without a finite place
   std::vector<float> values;  ///< what is shown by colour, if anything is
 
   [[nodiscard]] std::size_t at(std::size_t column, std::size_t row) const {
