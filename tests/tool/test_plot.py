@@ -188,6 +188,27 @@ class Mesh(PlotTest):
             drawn.append(blue / picture.width)
         self.assertGreater(drawn[1], 0.7 * drawn[0])
 
+    def test_blocks_that_are_lines_and_points(self):
+        for extents in ((5, 1, 1), (1, 5, 1), (1, 1, 5)):
+            line = Block(extents, range(5), [0, 0, math.nan, 0, 0], [0] * 5)
+            point = Block((1, 1, 1), [2], [1], [0])
+            self.write_grid("grid", blocks=[line, plane(2, 2, at=lambda i, j: (i, 3 + j, 0)), point])
+            said, picture = self.plot("grid", "out.png")
+            self.assertTrue(said.startswith("mesh, cells left out"))
+            for across, up, drawn in ((0.15, 0.05, True), (0.5, 0.05, False), (0.85, 0.05, True),
+                                      (0.5, 0.27, True), (0.85, 0.5, False)):
+                self.assertEqual(self.has_ink(picture, across, up), drawn, (across, up))
+        self.fail_with(2, "plot", "grid", "out.png", "--plane", "k=1", "--block", "1",
+                       says="there is no surface k=1")
+        line = Block((5, 1, 1), range(5), [0, 1, 1, 1, 0], [0] * 5)
+        self.write_grid("grid", blocks=[line])
+        self.write_flow([line], *[[0, 2, 2, 2, 4]] * 5)
+        said, picture = self.plot("grid", "flow", "out.png")
+        self.assertEqual(said, "variable 1, from 0 to 4")
+        colours = {picture.pixel(x, y) for x in range(*picture.inner()[::2]) for y in
+                   range(*picture.inner()[1::2])}
+        self.assertGreater(len(colours), 4)  # paper, and more than one for the values
+
     def test_points_that_are_nowhere(self):
         """What is left out for them is said; at blanked points nothing is missed."""
         block = plane(at=lambda i, j: (math.nan if (i, j) == (2, 2) else i, j, 0))

@@ -9,6 +9,11 @@ namespace {
 // A surface seen edge-on is this much of the brightness of one that faces the eye.
 constexpr double least_light = 0.78;
 
+// Of rows that are no surfaces, in widths of mesh lines.
+constexpr double row_line = 5;
+constexpr double row_mark = 9;
+constexpr double lone_mark = 16;
+
 /// One surface on its way into the raster.
 class SurfaceRenderer {
  public:
@@ -32,13 +37,35 @@ class SurfaceRenderer {
   /// Every so many-th line of each family, and the last; the width is in fine pixels.
   void draw_lines(std::size_t every, Colour colour, double least_width) {
     // A whole number, so that lines at different places come out equally dark.
-    const double width = std::max(least_width, std::round(style_.line_width * Raster::fineness));
+    const double width = std::max(least_width, std::round(fine_line_width()));
     for_each_segment(every, [&](std::size_t from, std::size_t to) {
       raster_.line(vertices_[from], vertices_[to], width, colour);
     });
   }
 
+  /// The points of a single row and the lines between them, in the colour of their values or in
+  /// that of the block.
+  void draw_row(Colour block) {
+    const double mark = (vertices_.size() == 1 ? lone_mark : row_mark) * fine_line_width();
+    for (std::size_t p = 0; p < vertices_.size(); ++p) {
+      if (surface_.absent[p] != 0) continue;
+      const Vertex& from = vertices_[p];
+      raster_.line(from, from, mark, row_colour(from.value, block));
+      if (p + 1 == vertices_.size() || surface_.absent[p + 1] != 0) continue;
+      const Vertex& to = vertices_[p + 1];
+      raster_.line(from, to, row_line * fine_line_width(),
+                   row_colour((from.value + to.value) / 2, block));
+    }
+  }
+
  private:
+  [[nodiscard]] double fine_line_width() const { return style_.line_width * Raster::fineness; }
+
+  [[nodiscard]] Colour row_colour(double value, Colour without) const {
+    if (!style_.levels) return without;
+    return std::isfinite(value) ? style_.levels->colour_of(value) : no_number;
+  }
+
   [[nodiscard]] Vertex vertex(const Projection& projection, std::size_t p) const {
     if (surface_.absent[p] != 0) return {};
     const Point& point = surface_.points[p];
@@ -156,6 +183,10 @@ void render(const std::vector<Surface>& surfaces, const Projection& projection, 
             Raster& raster) {
   for (const Surface& surface : surfaces) {
     SurfaceRenderer renderer(surface, projection, style, raster);
+    if (surface.rows == 1) {
+      renderer.draw_row(block_colour(surface.block));
+      continue;
+    }
     renderer.fill_cells();
     const std::size_t outline_only = std::max(surface.columns, surface.rows);
     if (style.levels) {

@@ -20,6 +20,17 @@ std::int64_t points_before(const Extents& extents, std::size_t block) {
   return sum;
 }
 
+/// A block that is a line or a point, as a sheet of one row.
+Surface row_of(const Extents& extents, std::size_t block) {
+  Surface row;
+  row.block = block;
+  row.columns = static_cast<std::size_t>(extents.points_of(block));
+  row.rows = 1;
+  row.first = points_before(extents, block);
+  row.column_step = 1;
+  return row;
+}
+
 }  // namespace
 
 std::optional<GridPlane> plane_in(const std::string& text) {
@@ -67,8 +78,10 @@ std::optional<Surface> plane_of(const Extents& extents, std::size_t block, GridP
 }
 
 std::vector<Surface> faces_of(const Extents& extents, std::size_t block) {
-  std::vector<Surface> faces;
   const auto counts = counts_of(extents, block);
+  if (extents.points_of(block) == 0) return {};
+  if (std::ranges::count(counts, 1) >= 2) return {row_of(extents, block)};
+  std::vector<Surface> faces;
   for (std::size_t direction = 0; direction < 3; ++direction) {
     const auto add = [&](mod_p3dgrid::integer index) {
       auto face = plane_of(extents, block, {direction, index});

@@ -25,7 +25,7 @@ struct GridPlane {
 /// The text that `plane_in` reads back.
 [[nodiscard]] std::string describe(const GridPlane& plane);
 
-/// A sheet of points in rows and columns, cut out of a block.
+/// A sheet of points in rows and columns, cut out of a block; a line of them where there is one row.
 struct Surface {
   std::size_t block = 0;  ///< from 0
   std::size_t columns = 0;
@@ -64,7 +64,7 @@ struct Surface {
 [[nodiscard]] std::optional<Surface> plane_of(const Extents& extents, std::size_t block,
                                               GridPlane plane);
 
-/// The outer faces of a block, without their points; none for a block that is a line.
+/// The outer faces of a block, without their points; of a line or a point, that itself.
 [[nodiscard]] std::vector<Surface> faces_of(const Extents& extents, std::size_t block);
 
 /// Takes the coordinates and the blanking of the surface out of the grid.
