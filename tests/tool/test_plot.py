@@ -126,6 +126,34 @@ class Mesh(PlotTest):
         padding = 2 * 0.8 * 600 / 62
         self.assertAlmostEqual((right - left - padding) / (bottom - top - padding), 4, delta=0.15)
 
+    def test_what_is_too_thin_to_see_is_enlarged(self):
+        for name, at in (("y", lambda i, j: (1000 * i, 7 + 1e-3 * j, 0)),
+                         ("z", lambda i, j: (1000 * i, 0, 1e-3 * j))):
+            with self.subTest(name):
+                self.write_grid("grid", blocks=[plane(at=at)])
+                said, picture = self.plot("grid", "out.png")
+                self.assertEqual(said, f"mesh, {name} enlarged 200000 times")
+                left, top, right, bottom = picture.inner()
+                padding = 2 * 0.8 * 600 / 62
+                self.assertAlmostEqual((right - left - padding) / (bottom - top - padding), 5,
+                                       delta=0.5)
+                self.assertEqual(picture.share(0.6, 0.6), WHITE)
+        self.write_grid("grid", blocks=[plane(at=lambda i, j: (1e-3 * j, i, 3))])
+        self.assertEqual(self.plot("grid", "out.png")[0], "mesh, x enlarged 200 times")
+        # A hundredth is seen as it is, and so is a plate of no thickness.
+        self.write_grid("grid", blocks=[plane(at=lambda i, j: (100 * i, 1.01 * j, 0))])
+        self.assertEqual(self.plot("grid", "out.png")[0], "mesh")
+        points = [(i, j, k / 1000) for k in range(2) for j in range(3) for i in range(3)]
+        self.write_grid("grid", blocks=[Block((3, 3, 2), *zip(*points))])
+        self.assertEqual(self.plot("grid", "out.png")[0], "mesh")
+        points = [(i, j / 1000, k / 2000) for k in range(2) for j in range(3) for i in range(3)]
+        self.write_grid("grid", blocks=[Block((3, 3, 2), *zip(*points))])
+        said, picture = self.plot("grid", "out.png")
+        self.assertEqual(said, "mesh, y and z enlarged 200 times")
+        blue = sum(picture.pixel(x, y)[2] > picture.pixel(x, y)[0] + 20
+                   for y in range(picture.height) for x in range(picture.width))
+        self.assertGreater(blue, 1000)
+
     def test_blanked_points_are_left_out(self):
         used = [1] * 25
         used[0] = 0  # a corner

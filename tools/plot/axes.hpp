@@ -29,14 +29,17 @@ struct Reach {
 }
 
 /// Ticks of the two axes of a view along a coordinate axis; `text` is the size of the labels.
-[[nodiscard]] Ticks ticks_across(const Projection& projection, const Area& area, double text);
-[[nodiscard]] Ticks ticks_up(const Projection& projection, const Area& area, double text);
+[[nodiscard]] Ticks ticks_across(const Projection& projection, const Area& area, const Box& box,
+                                 double text);
+[[nodiscard]] Ticks ticks_up(const Projection& projection, const Area& area, const Box& box,
+                             double text);
 
 /// The longest label's width.
 [[nodiscard]] double widest_label(Canvas& canvas, const Ticks& ticks, double text);
 
 /// Draws frame, ticks and names of the two axes.
-void draw_flat_axes(Canvas& canvas, const Projection& projection, const Area& area, double text);
+void draw_flat_axes(Canvas& canvas, const Projection& projection, const Area& area, const Box& box,
+                    double text);
 
 /// Draws those edges of the box that are behind what is in it.
 void draw_box_behind(Canvas& canvas, const Projection& projection, const Area& area, const Box& box,

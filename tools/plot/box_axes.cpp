@@ -83,11 +83,11 @@ class BoxAxes {
     const Place out = outward(from, to);
     const double thin = thin_line(text_);
     canvas_.line(from.x, from.y, to.x, to.y, thin, ink);
-    const Ticks ticks = ticks_between(low, high, length / (room * text_));
+    const Ticks ticks = ticks_between(low, box_.value(coordinate, high), length / (room * text_));
     const double widest = widest_label(canvas_, ticks, text_);
     const double reach = label_distance * text_ + std::abs(out.x) * widest / 2;
     for (const double value : ticks.values) {
-      place[coordinate] = value;
+      place[coordinate] = box_.drawn(coordinate, value);
       const Place tick = on_page(place);
       const Place end = tick + tick_length * text_ * out;
       canvas_.line(tick.x, tick.y, end.x, end.y, thin, ink);

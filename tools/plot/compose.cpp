@@ -136,7 +136,23 @@ void describe_values(const Request& request, const FlowVariable& variable, Pictu
                     (lacking ? ", infinite or no number in places" : "");
 }
 
+/// "y and z enlarged 500 times"; empty where proportions are true.
+std::string enlargement_of(const Box& box) {
+  std::string names;
+  double times = 1;
+  for (std::size_t c = 0; c < 3; ++c) {
+    const double extent = box.high[c] - box.low[c];
+    if (box.enlarged[c] == 1 || extent == 0) continue;
+    names += std::string(names.empty() ? "" : " and ") + "xyz"[c];
+    times = box.enlarged[c];
+  }
+  constexpr int plenty = 6;  // the factor is round
+  return names.empty() ? "" : names + " enlarged " + rounded(times, plenty) + " times";
+}
+
 void describe_surfaces(Picture& picture) {
+  const std::string enlargement = enlargement_of(picture.box);
+  if (!enlargement.empty()) add_remark(picture, enlargement);
   if (std::ranges::any_of(picture.surfaces, &Surface::has_lost)) {
     add_remark(picture, "cells left out where a point is infinite or no number");
   }
@@ -165,6 +181,7 @@ Picture compose(const Request& request) {
   take_surfaces(request, found.grid, picture);
   picture.box = box_to_show(request, picture.surfaces);
   picture.view = view_of(request, picture);
+  enlarge_thin(picture.surfaces, picture.box);
   if (!request.shows_flow()) {
     picture.title = "Grid " + short_name(request.grid_path) + place_of(request);
     picture.summary = "mesh" + place_of(request);

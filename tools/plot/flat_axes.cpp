@@ -16,14 +16,18 @@ constexpr double room_up = 3.0;
 
 }  // namespace
 
-Ticks ticks_across(const Projection& projection, const Area& area, double text) {
+Ticks ticks_across(const Projection& projection, const Area& area, const Box& box, double text) {
+  const std::size_t c = projection.view.plane.value()[0];
   const double low = projection.left;
-  return ticks_between(low, low + area.width / projection.scale, area.width / (room_across * text));
+  const double high = low + area.width / projection.scale;
+  return ticks_between(box.value(c, low), box.value(c, high), area.width / (room_across * text));
 }
 
-Ticks ticks_up(const Projection& projection, const Area& area, double text) {
+Ticks ticks_up(const Projection& projection, const Area& area, const Box& box, double text) {
+  const std::size_t c = projection.view.plane.value()[1];
   const double high = projection.top;
-  return ticks_between(high - area.height / projection.scale, high, area.height / (room_up * text));
+  const double low = high - area.height / projection.scale;
+  return ticks_between(box.value(c, low), box.value(c, high), area.height / (room_up * text));
 }
 
 double widest_label(Canvas& canvas, const Ticks& ticks, double text) {
@@ -34,22 +38,25 @@ double widest_label(Canvas& canvas, const Ticks& ticks, double text) {
   return widest;
 }
 
-void draw_flat_axes(Canvas& canvas, const Projection& projection, const Area& area, double text) {
+void draw_flat_axes(Canvas& canvas, const Projection& projection, const Area& area, const Box& box,
+                    double text) {
   const double bottom = area.y + area.height;
   const double thin = thin_line(text);
   const auto [right_name, up_name] = projection.view.plane.value();
   // On whole pixels, so that the lines come out sharp.
   const auto sharp = [](double place) { return std::floor(place) + 0.5; };
 
-  const Ticks across = ticks_across(projection, area, text);
+  const Ticks across = ticks_across(projection, area, box, text);
   for (const double value : across.values) {
-    const double x = sharp(area.x + (value - projection.left) * projection.scale);
+    const double x =
+        sharp(area.x + (box.drawn(right_name, value) - projection.left) * projection.scale);
     canvas.line(x, bottom, x, bottom + tick_length * text, thin, ink);
     canvas.text(x, bottom + label_gap * text, across.label(value), {text}, {0.5, 1});
   }
-  const Ticks up = ticks_up(projection, area, text);
+  const Ticks up = ticks_up(projection, area, box, text);
   for (const double value : up.values) {
-    const double y = sharp(area.y + (projection.top - value) * projection.scale);
+    const double y =
+        sharp(area.y + (projection.top - box.drawn(up_name, value)) * projection.scale);
     canvas.line(area.x - tick_length * text, y, area.x, y, thin, ink);
     canvas.text(area.x - label_gap * text, y, up.label(value), {text}, {1, 0.5});
   }

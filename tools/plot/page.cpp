@@ -95,7 +95,7 @@ void place_across(Page& page, const Picture& picture, Canvas& scratch) {
   fit(page, picture, left + right);
   // Once more, with the room that the labels turn out to need.
   if (flat) {
-    const Ticks ticks = ticks_up(page.projection, page.area, text);
+    const Ticks ticks = ticks_up(page.projection, page.area, picture.box, text);
     left = (margin + name_beside) * text + widest_label(scratch, ticks, text);
   } else {
     page.area.x = 0;

@@ -26,7 +26,7 @@ void draw_surfaces(Canvas& canvas, const Picture& picture, const Page& page) {
   if (!flat) draw_box_behind(canvas, page.projection, area, picture.box, page.text);
   canvas.image(area.x, area.y, area.width, area.height, raster.reduced());
   if (flat) {
-    draw_flat_axes(canvas, page.projection, area, page.text);
+    draw_flat_axes(canvas, page.projection, area, picture.box, page.text);
   } else {
     draw_box_axes(canvas, page.projection, area, picture.box, page.text);
   }

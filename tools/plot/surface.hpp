@@ -25,7 +25,8 @@ struct GridPlane {
 /// The text that `plane_in` reads back.
 [[nodiscard]] std::string describe(const GridPlane& plane);
 
-/// A sheet of points in rows and columns, cut out of a block; a line of them where there is one row.
+/// A sheet of points in rows and columns, cut out of a block; a line of them where there is one
+/// row.
 struct Surface {
   std::size_t block = 0;  ///< from 0
   std::size_t columns = 0;

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <numbers>
 
+#include "plot/ticks.hpp"
 #include "range.hpp"
 
 namespace p3dgrid::plot {
@@ -11,6 +12,11 @@ namespace {
 
 // Coordinates in single precision that are meant to be the same may differ by a few last digits.
 constexpr double flatness = 1e-5;
+constexpr double noise = 1e-6;
+
+// Of the width of a box, in its length: what is thinner is enlarged, to no more than this.
+constexpr double thinnest = 0.01;
+constexpr double shown_width = 0.25;
 
 /// Range of one coordinate over a surface.
 Range range_of(const Surface& surface, std::size_t coordinate) {
@@ -70,14 +76,43 @@ View view_from(double azimuth, double elevation) {
 }
 
 std::optional<View> flat_view_of(const std::vector<Surface>& surfaces, const Box& box) {
+  std::optional<std::size_t> flattest;
+  double least = flatness * box.diagonal();
   for (const std::size_t coordinate : {std::size_t{2}, std::size_t{1}, std::size_t{0}}) {
-    const auto flat = [&](const Surface& surface) {
+    double most = 0;
+    for (const Surface& surface : surfaces) {
       const Range range = range_of(surface, coordinate);
-      return range.empty() || double{range.high} - double{range.low} <= flatness * box.diagonal();
-    };
-    if (std::ranges::all_of(surfaces, flat)) return view_along(coordinate);
+      if (!range.empty()) most = std::max(most, double{range.high} - double{range.low});
+    }
+    if (most > least || (flattest && most == least)) continue;
+    flattest = coordinate;
+    least = most;
   }
-  return std::nullopt;
+  return flattest ? std::optional(view_along(*flattest)) : std::nullopt;
+}
+
+void enlarge_thin(std::vector<Surface>& surfaces, Box& box) {
+  const auto extent = [&](std::size_t c) { return box.high[c] - box.low[c]; };
+  std::array<std::size_t, 3> order = {0, 1, 2};
+  std::ranges::sort(order, [&](std::size_t a, std::size_t b) { return extent(a) > extent(b); });
+  const auto [longest, second, third] = order;
+  const double size = std::max(std::abs(box.low[second]), std::abs(box.high[second]));
+  if (extent(second) <= noise * size) return;
+  if (extent(second) >= thinnest * extent(longest)) return;
+  // A round factor, and no more than is wanted.
+  const double wanted = shown_width * extent(longest) / extent(second);
+  const double factor = 1 / round_step(1 / wanted);
+  for (const std::size_t c : {second, third}) box.enlarged[c] = factor;
+  for (Surface& surface : surfaces) {
+    for (std::size_t p = 0; p < surface.points.size(); ++p) {
+      if (surface.absent[p] != 0) continue;
+      Point& point = surface.points[p];
+      for (const std::size_t c : {second, third}) {
+        point[c] = static_cast<float>(box.drawn(c, point[c]));
+      }
+    }
+  }
+  for (const std::size_t c : {second, third}) box.high[c] = box.drawn(c, box.high[c]);
 }
 
 }  // namespace p3dgrid::plot
