@@ -45,21 +45,33 @@ CLI::Option* add_choice(CLI::App& command, const std::string& name, std::optiona
       ->type_name(usage);
 }
 
-/// Adds options that describe a file to be read, each of which may be left to the file.
-class InputOptions {
+/// Adds options that describe one file.
+class FileOptions {
  public:
-  InputOptions(CLI::App& command, std::string group)
-      : command_(command), group_(std::move(group)) {}
+  /// @param first  a word for no choice, or none
+  FileOptions(CLI::App& command, std::string group, std::string first = "")
+      : command_(command), group_(std::move(group)), first_(std::move(first)) {}
 
   template <class Choice>
   void add(const std::string& name, std::optional<Choice>& target,
            const std::vector<Choice>& choices, const std::string& description) {
-    add_choice(command_, name, target, choices, description, automatic)->group(group_);
+    add_choice(command_, name, target, choices, description, first_)->group(group_);
+  }
+
+  /// What grids and restart files have in common.
+  void add_coding(const std::string& prefix, auto& form, const std::string& reals) {
+    add(prefix + "-format", form.encoding, encodings,
+        "records with length markers, text, or plain bytes");
+    add(prefix + "-precision", form.precision, precisions,
+        "size of the " + reals + ", ignored for text");
+    add(prefix + "-byte-order", form.byte_order, byte_orders,
+        "order of the bytes of each number, ignored for text");
   }
 
  private:
   CLI::App& command_;
   std::string group_;
+  std::string first_;
 };
 
 CLI::Validator not_empty() {
@@ -101,13 +113,8 @@ CLI::Option* add_path(CLI::App& command, const std::string& name, std::string& p
 }
 
 void add_grid_options(CLI::App& command, StatedGridForm& stated) {
-  InputOptions options(command, grid_group);
-  options.add("--grid-format", stated.encoding, encodings,
-              "records with length markers, text, or plain bytes");
-  options.add("--grid-precision", stated.precision, precisions,
-              "size of the coordinates, ignored for text");
-  options.add("--grid-byte-order", stated.byte_order, byte_orders,
-              "order of the bytes of each number, ignored for text");
+  FileOptions options(command, grid_group, automatic);
+  options.add_coding("--grid", stated, "coordinates");
   options.add("--grid-multiblock", stated.multiblock, yes_or_no,
               "the file begins with its number of blocks");
   options.add("--grid-iblank", stated.iblank, yes_or_no,
@@ -115,33 +122,20 @@ void add_grid_options(CLI::App& command, StatedGridForm& stated) {
 }
 
 void add_target_options(CLI::App& command, StatedGridForm& change) {
-  add_choice(command, "--to-format", change.encoding, encodings,
-             "records with length markers, text, or plain bytes")
-      ->group(target_group);
-  add_choice(command, "--to-precision", change.precision, precisions, "size of the coordinates")
-      ->group(target_group);
-  add_choice(command, "--to-byte-order", change.byte_order, byte_orders,
-             "order of the bytes of each number")
-      ->group(target_group);
-  add_choice(command, "--to-multiblock", change.multiblock, yes_or_no,
-             "begin with the number of blocks; it can be left out for one block")
-      ->group(target_group);
-  add_choice(command, "--to-iblank", change.iblank, yes_or_no,
-             "write blanking values: those read, or else 1 everywhere")
-      ->group(target_group);
+  FileOptions options(command, target_group);
+  options.add_coding("--to", change, "coordinates");
+  options.add("--to-multiblock", change.multiblock, yes_or_no,
+              "begin with the number of blocks; it can be left out for one block");
+  options.add("--to-iblank", change.iblank, yes_or_no,
+              "write blanking values: those read, or else 1 everywhere");
 }
 
 void add_restart_options(CLI::App& command, StatedRestartForm& stated) {
-  InputOptions options(command, restart_group);
+  FileOptions options(command, restart_group, automatic);
   options.add("--layout", stated.layout, layouts,
               "restart layout: 2 PLOT3D solution, 3 PLOT3D function, 0 TALVEN, 1 and 100 to 102 "
               "time-step layouts");
-  options.add("--restart-format", stated.encoding, encodings,
-              "records with length markers, text, or plain bytes");
-  options.add("--restart-precision", stated.precision, precisions,
-              "size of the reals, ignored for text");
-  options.add("--restart-byte-order", stated.byte_order, byte_orders,
-              "order of the bytes of each number, ignored for text");
+  options.add_coding("--restart", stated, "reals");
   options.add("--restart-multiblock", stated.multiblock, yes_or_no,
               "layouts 2 and 3: the file begins with its number of blocks");
   add_sections(command, stated.sections);
@@ -149,19 +143,11 @@ void add_restart_options(CLI::App& command, StatedRestartForm& stated) {
 
 void add_restart_target_options(CLI::App& command, StatedRestartForm& change,
                                 HeaderValues& values) {
-  add_choice(command, "--to-layout", change.layout, layouts, "restart layout; not 0")
-      ->group(target_group);
-  add_choice(command, "--to-format", change.encoding, encodings,
-             "records with length markers, text, or plain bytes")
-      ->group(target_group);
-  add_choice(command, "--to-precision", change.precision, precisions, "size of the reals")
-      ->group(target_group);
-  add_choice(command, "--to-byte-order", change.byte_order, byte_orders,
-             "order of the bytes of each number")
-      ->group(target_group);
-  add_choice(command, "--to-multiblock", change.multiblock, yes_or_no,
-             "layouts 2 and 3: begin with the number of blocks; it can be left out for one block")
-      ->group(target_group);
+  FileOptions options(command, target_group);
+  options.add("--to-layout", change.layout, layouts, "restart layout; not 0");
+  options.add_coding("--to", change, "reals");
+  options.add("--to-multiblock", change.multiblock, yes_or_no,
+              "layouts 2 and 3: begin with the number of blocks; it can be left out for one block");
   const auto add_value = [&](const char* name, auto& value, const char* description) {
     command.add_option(name, value, description)->group(values_group);
   };
