@@ -26,6 +26,9 @@ struct Reading {
   std::string unreadable = {};  ///< why a file like this cannot be read: "layout ..., which ..."
 
   [[nodiscard]] bool is_grid() const { return std::holds_alternative<GridForm>(form); }
+  [[nodiscard]] Encoding encoding() const {
+    return std::visit([](const auto& any) { return any.encoding; }, form);
+  }
   [[nodiscard]] const GridForm& grid() const { return std::get<GridForm>(form); }
   [[nodiscard]] const RestartForm& restart() const { return std::get<RestartForm>(form); }
 };

@@ -4,6 +4,7 @@
 
 #include "detect/foreign.hpp"
 #include "detect/header_damage.hpp"
+#include "detect/wording.hpp"
 #include "failure.hpp"
 
 namespace p3dgrid {
