@@ -32,11 +32,11 @@ inline constexpr integer announce_write = 2;
 /// The coordinate record of one block: all x, then all y, then all z of its points, then, where the
 /// grid has blanking, the blanking value of each point.
 /// @param xyz      (coordinate, point)
-/// @param staging  array that coordinates of a double-precision file pass through; else null
+/// @param staging  array that coordinates of a double-precision file pass through; else empty
 /// @param iblank   null for a grid without blanking
 template <class Real, class Integer>
-[[nodiscard]] auto coordinate_record(array_view<Real, 2> xyz, double* staging, Integer* iblank,
-                                     const PointNumbering& points, integer block) {
+[[nodiscard]] auto coordinate_record(array_view<Real, 2> xyz, array_view<double, 2> staging,
+                                     Integer* iblank, const PointNumbering& points, integer block) {
   const std::int64_t first = points.before(block);
   const integer count = points.npts(block);
   const std::int64_t stride = xyz.extent(1);

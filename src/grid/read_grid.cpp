@@ -66,7 +66,7 @@ bool number_points(const Unit& unit, integer nblocks, const allocatable<integer,
 }
 
 /// Reads the coordinate records of all blocks.
-bool read_blocks(const Unit& unit, const GridBody& grid, double* staging) {
+bool read_blocks(const Unit& unit, const GridBody& grid, array_view<double, 2> staging) {
   for (integer b = 1; b <= grid.numbering.npts.size(); ++b) {
     if (debugprint) message("Reading grid point data for grid ", b);
     integer* const iblank = grid.useiblank ? grid.iblank.data() : nullptr;
@@ -103,7 +103,7 @@ bool read_body(const Unit& unit, GridBody& grid) {
   }
   // A null value of text leaves a coordinate of 0, not one of chance.
   if (!unit.stores_kinds()) std::ranges::fill(grid.xyz.span(), 0.0F);
-  return read_blocks(unit, grid, staging.data());
+  return read_blocks(unit, grid, staging);
 }
 
 bool read_grid(const Unit& unit, const FileName& filename, logical multiblock, integer& nblocks,

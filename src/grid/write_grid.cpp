@@ -58,7 +58,7 @@ void check_arrays(const FileName& filename, const GridToWrite& grid, const Point
 
 /// Writes one coordinate record per block.
 void write_blocks(const Unit& unit, const GridToWrite& grid, const PointNumbering& points,
-                  double* staging) {
+                  array_view<double, 2> staging) {
   for (integer b = 1; b <= grid.nblocks; ++b) {
     message("Writing grid point data for grid ", b);
     unit.write(coordinate_record(grid.xyz, staging, grid.useiblank ? grid.iblank.data() : nullptr,
@@ -86,7 +86,7 @@ void writep3dgrid(const FileName& filename, integer iformat, logical dblprec, in
         !allocate_checked(staging, ndim, points.total)) {
       refuse(filename, "out of memory for its coordinates in double precision");
     }
-    write_blocks(unit, grid, points, staging.data());
+    write_blocks(unit, grid, points, staging);
   }
   unit.close();
 } catch (const std::bad_alloc&) {

@@ -6,6 +6,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "mod_p3dgrid/arrays.hpp"
 #include "mod_p3dgrid/logical.hpp"
 
 namespace mod_p3dgrid::recordio {
@@ -92,13 +93,14 @@ template <class Memory>
   return entry;
 }
 
-/// The same values, which pass through the array `staging` and are stored as it keeps them; null
-/// changes nothing.
+/// The same values, which pass through the array `staging` and are stored as it keeps them; an
+/// empty one changes nothing. Without room for all of them they pass through other memory.
 template <class Memory, class Staging>
-[[nodiscard]] Values<Memory> by_way_of(Staging* staging, Values<Memory> entry) {
-  if (staging == nullptr) return entry;
+[[nodiscard]] Values<Memory> by_way_of(array_view<Staging, 2> staging, Values<Memory> entry) {
+  if (staging.data() == nullptr) return entry;
   entry.file_kind = kind_of<Staging>();
-  entry.staging = staging;
+  const bool has_room = entry.rows * entry.count <= staging.extent(1) * staging.extent(2);
+  entry.staging = has_room ? staging.data() : nullptr;
   return entry;
 }
 

@@ -110,6 +110,12 @@ integer highest_extension_variable() {
   return highest;
 }
 
+void check_still_held(std::int64_t first, std::int64_t last, std::int64_t held) {
+  if (first >= 1 && last <= held) return;
+  fail_run("the section table was changed while it was in use: variables " + std::to_string(first) +
+           " to " + std::to_string(last) + " of " + std::to_string(held));
+}
+
 bool skip_older_level(const recordio::Unit& unit, BodyPath path, integer points,
                       const BodyRecord& record) {
   if (path != BodyPath::text) {

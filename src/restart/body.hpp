@@ -201,6 +201,11 @@ inline constexpr std::int64_t triplet = 3;
 
 inline constexpr integer parameters_per_block = 4;
 
+/// Ends the run if the records ask for variables beyond the `held` ones. They were looked at before
+/// the first was read or written; but a host that is told of something may change the section
+/// table.
+void check_still_held(std::int64_t first, std::int64_t last, std::int64_t held);
+
 /// The list entry for variables `first` to `last` of a block, in an array (variable, point).
 template <class Real>
 [[nodiscard]] auto variable_lines(array_view<Real, 2> array, const PointNumbering& points,
@@ -208,6 +213,7 @@ template <class Real>
   const std::int64_t variables = last < first ? 0 : std::int64_t{last} - first + 1;
   // Without values there is no place to begin at, whatever variable the record names.
   const bool empty = variables == 0 || points.npts(block) == 0;
+  if (!empty) check_still_held(first, last, array.extent(1));
   const std::int64_t stride = array.extent(1);
   Real* const begin = empty ? nullptr : array.data() + points.before(block) * stride + (first - 1);
   return recordio::lines(begin, variables, stride, empty ? 0 : points.npts(block));
@@ -225,10 +231,10 @@ template <class Memory>
 }
 
 /// Arrays in double precision that the values of a file pass through, as large as those that they
-/// come from or go to; null where none do.
+/// come from or go to; empty where none do.
 struct StagingArrays {
-  double* flow = nullptr;
-  double* triplets = nullptr;
+  array_view<double, 2> flow;
+  array_view<double, 2> triplets;
 };
 
 /// Arrays that hold all variables of all points: what a whole body is read into or written from.

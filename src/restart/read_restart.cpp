@@ -61,8 +61,13 @@ class WholeReader : public ReadingVisitor {
   }
 
   bool extend(const Extension& extension) {
+    if (flow_.extent(1) < extension.last && !enlarge(extension)) return false;
     mod_gridvars::numrstrtvar(2) = extension.numrstrtvar;
-    if (flow_.extent(1) >= extension.last) return true;
+    return true;
+  }
+
+ private:
+  bool enlarge(const Extension& extension) {
     const std::int64_t points = arrays_.points.total;
     allocatable<Real, 2>& larger = enlarged(flow_);
     if (!allocate_staging(larger, extension.last, points)) {
@@ -77,7 +82,6 @@ class WholeReader : public ReadingVisitor {
     return true;
   }
 
- private:
   /// Makes the module's copies those of the block just read. They follow files of records only;
   /// text leaves them as they were.
   void copy_parameters(integer block) const {
@@ -201,8 +205,7 @@ struct RestartRead {
     const integer status =
         layout.triplets ? allocation_done : rounded.allocate(variables_per_point(), points.total);
     const bool at_once = rounded.allocated();
-    if (!(at_once ? read_into(rounded, auxvalues, {.flow = DW.data()}) : read_into(DW, DX)))
-      return false;
+    if (!(at_once ? read_into(rounded, auxvalues, {DW, {}}) : read_into(DW, DX))) return false;
     if (layout.extensions) {
       // The triplets' array exists since before the blocks were read, and the host is told so. For
       // layout 100 this step is missing: its triplets stay unset and `DX` stays allocated.
@@ -214,6 +217,7 @@ struct RestartRead {
     // The last block's count may not be the largest; all that was read is handed over.
     if (layout.counted_variables) mod_gridvars::numrstrtvar(1) = most_variables();
     if (status != allocation_done && !varvalues.allocated()) {
+      varvalues = std::move(rounded);  // its extents are known all the same
       host::checkallocationerror(status);
       return fail("an unallocated array for the flow variables");
     }

@@ -98,7 +98,7 @@ void write_body(const RestartWrite& write) {
                       write.varvalues,
                       write.auxvalues,
                       write.nparamrows,
-                      {flow.data(), triplets.data()}});
+                      {flow, triplets}});
   static_cast<void>(
       walk_body(write.layout, block_records_with_leading(write.layout), write.nblocks, writer));
 }

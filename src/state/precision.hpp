@@ -6,7 +6,8 @@
 namespace mod_p3dgrid {
 
 /// Copies the first `rows` values of each of `points` points, rounding where `To` is the narrower
-/// kind. A point's values lie `from_stride` and `to_stride` values behind those of the point before.
+/// kind. A point's values lie `from_stride` and `to_stride` values behind those of the point
+/// before.
 template <class From, class To>
 void convert_rows(const From* from, std::int64_t from_stride, To* to, std::int64_t to_stride,
                   std::int64_t rows, std::int64_t points) {

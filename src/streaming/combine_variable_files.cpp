@@ -76,6 +76,7 @@ struct BlockSlots {
   }
   template <class List>
   void add_variables(List& list, integer block, integer first, integer last) const {
+    if (first <= last) check_still_held(first, last, combination.variables);
     for (integer m = first; m <= last; ++m) {
       // Text is made of single-precision values, which the temporary files hold widened.
       const Real* const slot = slot_of(m);
@@ -144,6 +145,7 @@ class Combiner : public WritingVisitor {
  private:
   /// Reads the block of each variable whose slot does not hold it yet.
   bool read_variables(integer block, integer first, integer last) {
+    if (first <= last) check_still_held(first, last, combination_.variables);
     for (integer m = first; m <= last; ++m) {
       if (block_in_slot_(m) == block) continue;
       message("Reading flow variable ", m, " for grid ", block);

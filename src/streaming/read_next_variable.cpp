@@ -100,17 +100,21 @@ class VariableReader : public ReadingVisitor {
   PickedVariable<Real> arrays_;
 };
 
+/// Refuses a variable that is none.
+void check_variable(const VariableRead& read, std::int64_t variables) {
+  if (read.ivar >= 1 && read.ivar <= variables) return;
+  refuse_restart(read.filename, "there is no variable " + std::to_string(read.ivar) +
+                                    ", numrstrtvar counts " + std::to_string(variables));
+}
+
 void check_arguments(const VariableRead& read) {
-  const std::int64_t variables = variables_per_point();
-  if (read.ivar < 1 || read.ivar > variables) {
-    refuse_restart(read.filename, "there is no variable " + std::to_string(read.ivar) +
-                                      ", numrstrtvar counts " + std::to_string(variables));
-  }
+  check_variable(read, variables_per_point());
   check_points(read.filename, "blockpoints", read.allpoints, read.points);
-  check_points(read.filename, "varvalues",
-               read.varvalues.extent(1) > 0 ? read.varvalues.extent(2) : 0, read.points);
-  if (read.varvalues.extent(2) < read.allpoints) {
-    refuse_restart(read.filename, "varvalues holds " + std::to_string(read.varvalues.extent(2)) +
+  // An array without a variable has a place for no point.
+  const std::int64_t held = read.varvalues.extent(1) > 0 ? read.varvalues.extent(2) : 0;
+  check_points(read.filename, "varvalues", held, read.points);
+  if (held < read.allpoints) {
+    refuse_restart(read.filename, "varvalues holds " + std::to_string(held) +
                                       " points, blockpoints sum up to " +
                                       std::to_string(read.allpoints));
   }
@@ -132,6 +136,7 @@ bool prepare(const VariableRead& read, const std::vector<BodyRecord>& records,
              allocatable<Real, 2>& staging, allocatable<Real*, 1>& targets,
              allocatable<integer, 1>& steps) {
   const std::int64_t variables = variables_per_point();
+  check_variable(read, variables);  // once more, since a host may count them anew meanwhile
   bool usable = allocate_staging(staging, 1, read.allpoints);
   usable = allocate_staging(targets, variables) && usable;
   usable = allocate_staging(steps, variables) && usable;

@@ -23,7 +23,7 @@ constexpr integer unformatted = 0;
 
 /// Writes a record per block from row 1 of an array.
 void write_blocks(const Unit& unit, integer ivar, const PointNumbering& points, integer nblocks,
-                  array_view<const float, 2> values, double* staging = nullptr) {
+                  array_view<const float, 2> values, array_view<double, 2> staging = {}) {
   for (integer b = 1; b <= nblocks; ++b) {
     message("Writing flow variable ", ivar, " for grid ", b);
     unit.write({recordio::by_way_of(staging, variable_lines(values, points, b, 1, 1))});
@@ -38,7 +38,7 @@ void write_widened(const Unit& unit, integer ivar, const FileName& name,
   if (!allocate_staging(DW, 1, allpoints) || DW.extent(1) != 1) {
     refuse_restart(name, "no array for the variable in double precision");
   }
-  write_blocks(unit, ivar, points, nblocks, values, DW.data());
+  write_blocks(unit, ivar, points, nblocks, values, DW);
   DW.deallocate();
 }
 

@@ -13,6 +13,7 @@
 #include "faults/attempt.hpp"
 #include "faults/child.hpp"
 #include "faults/memory.hpp"
+#include "faults/restart_forms.hpp"
 #include "faults/system_calls.hpp"
 #include "support/recording_host.hpp"
 #include "support/scratch_folder.hpp"
@@ -116,6 +117,33 @@ INSTANTIATE_TEST_SUITE_P(All, OutOfMemory, ::testing::ValuesIn(all_groups()),
                          [](const auto& group) { return group.param.name; });
 
 class FailuresWithoutMemory : public InScratchFolder {};
+
+TEST_F(FailuresWithoutMemory, FlowThatCannotBeHadHasItsExtentsWhenTheHostIsTold) {
+  for (const bool dblprec : {false, true}) {
+    const HandMadeRestart made({.layout = 1, .iformat = 2, .dblprec = dblprec});
+    write_file("restart", made.bytes());
+    int told = 0;
+    for (std::int64_t nth = 1, reached = nth; reached >= nth; ++nth) {
+      begin_run();
+      set_sections(made.form.sections);
+      Restart restart(2);
+      on_allocation = [&](int status) {
+        if (status != mod_p3dgrid::out_of_memory || restart.varvalues.extent(1) == 0) return;
+        ++told;
+        EXPECT_FALSE(restart.varvalues.allocated());
+        EXPECT_EQ(restart.varvalues.extent(1), 5);
+        EXPECT_EQ(restart.varvalues.extent(2), 7);
+      };
+      const Watch watch(FailingAllocations::one, nth);
+      try {
+        restart.read("restart", made.form);
+      } catch (const RunEnded&) {  // some allocations are not the host's to know
+      }
+      reached = Watch::allocations();
+    }
+    EXPECT_EQ(told, 1) << dblprec;
+  }
+}
 
 TEST_F(FailuresWithoutMemory, AFullDiskAtTheEndOfTheRunIsStillTold) {
   units_stay_open = true;

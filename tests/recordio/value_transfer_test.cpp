@@ -141,6 +141,11 @@ void expect_beginning_used(const std::vector<double>& staging, const Shape& shap
   })) << shape;
 }
 
+/// The values in an array of one column.
+array_view<double, 2> view_of(std::vector<double>& values) {
+  return {values.data(), std::ssize(values), 1};
+}
+
 /// The same by way of a staging array.
 void expect_passed_through_staging(const Unit& unit, const Shape& shape) {
   const std::vector<float> array = array_of<float>(shape);
@@ -148,7 +153,7 @@ void expect_passed_through_staging(const Unit& unit, const Shape& shape) {
   std::vector<double> staging = fresh;
   unit.open("file", OpenStatus::unknown);
   unit.write(
-      {by_way_of(staging.data(), lines(array.data(), shape.rows, shape.stride, shape.count))});
+      {by_way_of(view_of(staging), lines(array.data(), shape.rows, shape.stride, shape.count))});
   unit.close();
   EXPECT_TRUE(read_file("file") == file_of<double>(shape)) << shape;
   expect_beginning_used(staging, shape);
@@ -156,7 +161,7 @@ void expect_passed_through_staging(const Unit& unit, const Shape& shape) {
   std::vector<float> again(array.size(), untouched);
   unit.open("file", OpenStatus::old);
   ASSERT_TRUE(unit.read(
-      {by_way_of(staging.data(), lines(again.data(), shape.rows, shape.stride, shape.count))}))
+      {by_way_of(view_of(staging), lines(again.data(), shape.rows, shape.stride, shape.count))}))
       << p3dlastfailure().describe();
   EXPECT_TRUE(unit.expect_end());
   unit.close();
@@ -193,6 +198,22 @@ INSTANTIATE_TEST_SUITE_P(Forms, LinesOfArrays,
                                             ::testing::Values(std::endian::little,
                                                               std::endian::big)),
                          [](const auto& form) { return name_of(form.param); });
+
+/// Values pass by an array that has no room for them.
+TEST_P(LinesOfArrays, LeaveAStagingArrayAloneThatIsTooSmall) {
+  const Unit unit(13, std::get<0>(GetParam()));
+  const std::vector<float> array{1, 2, 3, 4, 5, 6};
+  std::vector<double> staging(5, untouched);
+  unit.open("file", OpenStatus::unknown);
+  unit.write({by_way_of(view_of(staging), lines(array.data(), 2, 2, 3))});
+  unit.close();
+  std::vector<float> again(array.size());
+  unit.open("file", OpenStatus::old);
+  ASSERT_TRUE(unit.read({by_way_of(view_of(staging), lines(again.data(), 2, 2, 3))}));
+  unit.close();
+  EXPECT_EQ(again, array);
+  EXPECT_EQ(staging, std::vector<double>(5, untouched));
+}
 
 class LargeLines : public test_support::InScratchFolder {
  protected:

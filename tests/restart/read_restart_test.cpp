@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "grid/grid_case.hpp"
 #include "restart/restart_case.hpp"
 #include "restart/staging.hpp"
@@ -639,6 +641,51 @@ TEST_F(ReadRestart, AFlowArrayThatTheHostRecountsMeanwhileIsAllocatedByItsCount)
   read_with_table_as_it_is(restart, made);
   EXPECT_EQ(restart.varvalues.extent(1), 4);
   EXPECT_EQ(restart.varvalues(4, 7), static_cast<float>(HandMadeRestart::flow(4, 6)));
+}
+
+TEST_F(ReadRestart, SectionsThatTheHostChangesMeanwhileDoNotOverrunTheFlowArray) {
+  for (const bool dblprec : {false, true}) {
+    for (const integer last : {-3, 9}) {
+      const HandMadeRestart made({.layout = 1, .iformat = 2, .dblprec = dblprec});
+      set_sections(made.form.sections);
+      on_allocation = [last](int) {
+        mod_gridvars::rstrtvarsct(1, 1) = std::min(last, 1);
+        mod_gridvars::rstrtvarsct(1, 2) = std::max(last, 5);
+      };
+      Restart restart(2);
+      // From the header's allocations on they are as wrong as if they had always been so.
+      expect_refused(restart, made, last < 0 ? "count from 1" : "names variable 9");
+      set_sections(made.form.sections);
+      int allocations = 0;
+      on_allocation = [&, change = on_allocation](int status) {
+        if (++allocations == 2) change(status);
+      };
+      Restart later(2);
+      expect_refused(later, made,
+                     "the section table was changed while it was in use: variables " +
+                         std::to_string(std::min(last, 1)) + " to " +
+                         std::to_string(std::max(last, 5)) + " of 5");
+    }
+  }
+}
+
+TEST_F(ReadRestart, ExtensionsAreCountedWhenTheFlowArrayHasBeenEnlarged) {
+  for (const bool dblprec : {false, true}) {
+    HandMadeRestart made({.layout = 101, .iformat = 2, .dblprec = dblprec, .blocks = 1});
+    made.flags = {1, 41, 999};
+    set_sections({{1, 5}});
+    mod_gridvars::numrstrtvar(2) = 0;
+    std::vector<integer> counted;
+    on_allocation = [&](int) {
+      const integer count = mod_gridvars::numrstrtvar(2);
+      if (counted.empty() || counted.back() != count || count == 5) counted.push_back(count);
+    };
+    Restart restart(1);
+    read_with_table_as_it_is(restart, made);
+    // Told of 10 variables with none counted, of 13 with the first five.
+    EXPECT_THAT(counted, dblprec ? std::vector<integer>({0, 5, 8}) : std::vector<integer>({0, 5}));
+    EXPECT_EQ(mod_gridvars::numrstrtvar(2), 8);
+  }
 }
 
 TEST_F(ReadRestart, SectionNumbersOutsideTheFlowArrayAreErrorsOfTheRun) {

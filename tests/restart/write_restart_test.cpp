@@ -296,6 +296,27 @@ TEST_F(WriteRestart, UnknownFormatsWriteNothing) {
   EXPECT_TRUE(messages.empty());
 }
 
+TEST_F(WriteRestart, TablesThatTheHostChangesMeanwhileDoNotOverrunTheFlowArray) {
+  const auto expect_ended = [](const RestartForm& form, const std::string& words) {
+    const Restart restart = filled(2, 5);
+    try {
+      restart.write("restart", form, 99);
+      FAIL() << "written";
+    } catch (const RunEnded& end) {
+      EXPECT_THAT(end.what(), HasSubstr("changed while it was in use: variables " + words));
+    }
+  };
+  set_sections({{1, 5}});
+  on_allocation = [](int) { mod_gridvars::rstrtvarsct(1, 2) = 9; };
+  expect_ended({.layout = 1, .dblprec = true}, "1 to 9 of 5");
+  on_allocation = nullptr;
+  set_sections({{1, 5}});
+  p3dsetmessages([](std::string_view line) {
+    if (line == " Writing flow variables for grid 2") iflag(1) = 1;
+  });
+  expect_ended({.layout = 101, .iformat = 2}, "6 to 10 of 5");
+}
+
 TEST_F(WriteRestart, ArgumentsThatCannotBeMeantEndTheRunBeforeTheFileIsTouched) {
   set_sections({{1, 6}});
   expect_refused(filled(2, 5), {.layout = 1}, "names variable 6, the flow array has 5");

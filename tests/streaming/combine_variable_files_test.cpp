@@ -57,6 +57,12 @@ class CombineVariableFiles : public InScratchFolder {
   }
 };
 
+TEST_F(CombineVariableFiles, VariablesThatTheHostCountsAnewMeanwhileAreNotOverrun) {
+  given(3, single);
+  on_allocation = [](int) { mod_gridvars::numrstrtvar(1) = 9; };
+  expect_refused(0, 1, "changed while it was in use: variables 1 to 9 of 3");
+}
+
 TEST_F(CombineVariableFiles, WritesHeaderAndSectionsAndDeletesTheFiles) {
   given(3, single);
   combine(0, false, 1);

@@ -154,6 +154,27 @@ TEST_F(ReadNextVariable, ArraysTooSmallAreErrorsOfTheRun) {
   expect_refused({.layout = 1}, 1, "extents of block 1 are below 0");
 }
 
+TEST_F(ReadNextVariable, AnArrayWithoutAVariableHasPlaceForNoPoint) {
+  set_sections({{1, 5}});
+  const std::vector<integer> none{0};
+  const std::vector<integer> five{5};
+  try {
+    readnextp3dvar(1, "restart", 2, false, 1, five, array_view<float, 2>(values.data(), 0, 5), none,
+                   none, none, 1, true);
+    FAIL() << "read";
+  } catch (const RunEnded& end) {
+    EXPECT_THAT(end.what(), HasSubstr("varvalues holds 0 points, blockpoints sum up to 5"));
+  }
+  EXPECT_THAT(values, Each(-77.F));
+}
+
+TEST_F(ReadNextVariable, VariablesThatTheHostCountsAnewMeanwhileAreNotOverrun) {
+  set_sections({{1, 1}});
+  mod_gridvars::numrstrtvar(1) = 500;
+  on_allocation = [](int) { mod_gridvars::numrstrtvar(1) = 1; };
+  expect_refused({.layout = 1}, 400, "there is no variable 400, numrstrtvar counts 1");
+}
+
 TEST_F(ReadNextVariable, AnUnknownLayoutIsAnErrorOfTheRun) {
   set_sections({{1, 5}});
   expect_refused({.layout = 7, .iformat = 2}, 1, "7 is no restart layout");
