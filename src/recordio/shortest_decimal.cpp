@@ -74,7 +74,8 @@ class PowerForDoubles {
     return {static_cast<Word>(product >> 64), static_cast<Word>(product) == 0};
   }
   [[nodiscard]] Parity parity(Word factor) const {
-    const Wide low = (Wide{power_.high * factor} << 64) + Wide{power_.low} * factor;
+    const Word high = power_.high * factor;
+    const Wide low = (Wide{high} << 64) + Wide{power_.low} * factor;
     return {(low >> (128 - beta_) & 1) != 0, static_cast<Word>(low >> (64 - beta_)) == 0};
   }
   /// A hundredth, for at most 1000.
@@ -85,20 +86,32 @@ class PowerForDoubles {
   int beta_;
 };
 
+/// The number c * 2^q.
+template <class Word>
+struct Binary {
+  Word c;
+  int q;
+};
+
+template <class Word, class Real>
+Binary<Word> parts_of(Real value) {
+  constexpr int fraction_bits = std::numeric_limits<Real>::digits - 1;
+  constexpr int bias = std::numeric_limits<Real>::max_exponent - 1 + fraction_bits;
+  constexpr Word leading = Word{1} << fraction_bits;
+  const auto bits = std::bit_cast<Word>(value);
+  const Word fraction = bits & (leading - 1);
+  const int biased = static_cast<int>(bits >> fraction_bits);
+  return {biased == 0 ? fraction : fraction | leading, (biased == 0 ? 1 : biased) - bias};
+}
+
 template <class Real, class Power>
 Decimal shortest(Real value) {
   using Word = typename Power::Word;
   constexpr int fraction_bits = std::numeric_limits<Real>::digits - 1;
-  constexpr int bias = std::numeric_limits<Real>::max_exponent - 1 + fraction_bits;
   constexpr Word small = Power::kappa == 1 ? 10 : 100;
   constexpr Word large = 10 * small;
+  const auto [c, q] = parts_of<Word>(value);
 
-  // The value is c * 2^q.
-  const auto bits = std::bit_cast<Word>(value);
-  const Word fraction = bits & ((Word{1} << fraction_bits) - 1);
-  const int biased = static_cast<int>(bits >> fraction_bits);
-  const Word c = biased == 0 ? fraction : fraction | Word{1} << fraction_bits;
-  const int q = (biased == 0 ? 1 : biased) - bias;
   // Few values are whole; which of them are below 1 is anybody's guess, and not asked first.
   const int behind_point = -q & (std::numeric_limits<Word>::digits - 1);
   const bool fraction_is_zero = (c & ((Word{1} << behind_point) - 1)) == 0;

@@ -82,11 +82,9 @@ std::vector<Reading> grid_readings(Evidence& file, const StatedGridForm& stated)
                         .records = plan.size(),
                         .fit = file.fit(coding, plan)};
         const bool by_length = coding.encoding == Encoding::binary && reading.fit.whole();
-        if (!by_length) {
-          readings.push_back(std::move(reading));
-        } else if (!iblank) {
+        if (by_length && !iblank) {
           std::ranges::move(with_planar_twin(file, reading, stated), std::back_inserter(readings));
-        } else if (stated.iblank ||
+        } else if (!by_length || stated.iblank ||
                    blanking_is_one(file, coding.order, plan, coding.real_bytes())) {
           readings.push_back(std::move(reading));
         }
