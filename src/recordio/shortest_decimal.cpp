@@ -31,7 +31,8 @@ struct Parity {
   bool whole;
 };
 
-/// A power of ten times 2^(`beta` - 63) for singles, which need no more bits of it.
+/// A power of ten times 2^(`beta` - 63) for singles, which need no more bits of it. It is chosen so
+/// that the interval that rounds to a number holds between 10^kappa and 10^(kappa + 1) units.
 class PowerForSingles {
  public:
   using Word = std::uint32_t;
@@ -47,6 +48,7 @@ class PowerForSingles {
     const auto product = static_cast<std::uint64_t>(Wide{power_} * (factor << beta_) >> 32);
     return {static_cast<Word>(product >> 32), static_cast<Word>(product) == 0};
   }
+  /// The same, where no more than the lowest bit and what is behind it is asked for.
   [[nodiscard]] Parity parity(Word factor) const {
     const std::uint64_t low = power_ * factor;
     return {(low >> (64 - beta_) & 1) != 0, static_cast<Word>(low >> (32 - beta_)) == 0};
