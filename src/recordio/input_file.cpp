@@ -17,8 +17,8 @@
 namespace mod_p3dgrid::recordio {
 namespace {
 
-/// Zero bytes that stand behind the bytes at hand.
-constexpr std::size_t bytes_behind = 16;
+/// Bytes in front of the bytes at hand and behind them that may be looked at.
+constexpr std::size_t room = 32;
 
 /// Reads of at least this size go straight to their destination.
 constexpr std::int64_t direct_read_size = std::int64_t{16} * 1024;
@@ -41,7 +41,7 @@ int open_existing(const std::string& path) {
 
 InputFile::InputFile(std::string path, std::size_t buffer_size)
     : path_(std::move(path)),
-      buffer_(std::make_unique_for_overwrite<char[]>(buffer_size + bytes_behind)),
+      buffer_(std::make_unique_for_overwrite<char[]>(room + buffer_size + room)),
       buffer_size_(buffer_size),
       descriptor_(open_existing(path_)),
       nowhere_(not_open) {
@@ -54,13 +54,18 @@ InputFile::InputFile(std::string path, std::size_t buffer_size)
     fail_run("cannot open", path_, error);
   }
   has_size_ = S_ISREG(status.st_mode);
-  begin_ = end_ = buffer_.get();
-  std::memset(buffer_.get(), 0, bytes_behind);
+  begin_ = end_ = front();
+  std::memset(buffer_.get(), 0, room + room);
 }
 
 InputFile::~InputFile() {
   ::close(descriptor_);
   if (nowhere_ != not_open) ::close(nowhere_);
+}
+
+/// Where the buffer begins.
+char* InputFile::front() const {
+  return buffer_.get() + room;
 }
 
 /// What a read at byte `at` returns in the end, however often it is interrupted. Throws `ReadError`
@@ -85,12 +90,12 @@ std::size_t InputFile::read_some(void* destination, std::size_t bytes) {
 
 bool InputFile::more() {
   const std::size_t kept = static_cast<std::size_t>(end_ - begin_);
-  std::memmove(buffer_.get(), begin_, kept);
-  begin_ = buffer_.get();
+  std::memmove(front(), begin_, kept);
+  begin_ = front();
   end_ = begin_ + kept;
-  const std::size_t got = read_some(buffer_.get() + kept, buffer_size_ - kept);
+  const std::size_t got = read_some(front() + kept, buffer_size_ - kept);
   end_ += got;
-  std::memset(buffer_.get() + kept + got, 0, bytes_behind);
+  std::memset(front() + kept + got, 0, room);
   return got != 0;
 }
 
@@ -149,7 +154,7 @@ void InputFile::skip(std::int64_t bytes) {
   const std::int64_t target = offset() + bytes;
   if (::lseek(descriptor_, target, SEEK_SET) < 0) return discard(bytes);
   file_offset_ = target;
-  begin_ = end_ = buffer_.get();
+  begin_ = end_ = front();
 }
 
 bool InputFile::lies_ahead(std::int64_t bytes) const {

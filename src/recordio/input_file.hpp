@@ -49,8 +49,8 @@ class InputFile {
 
   /// @name The bytes at hand
   /// For scanners: the bytes that are read already and wait in the buffer. A zero byte stands
-  /// behind them, and bytes that may be looked at behind that, so that scanners need not ask at
-  /// every step.
+  /// behind them. It and 31 bytes more may be looked at, and so may 32 in front of them, so that
+  /// scanners need not ask at every step.
   /// @{
   [[nodiscard]] const char* begin() const { return begin_; }
   [[nodiscard]] const char* end() const { return end_; }
@@ -62,6 +62,7 @@ class InputFile {
   /// @}
 
  private:
+  [[nodiscard]] char* front() const;
   template <class Read>
   [[nodiscard]] static std::size_t completed(std::int64_t at, Read read);
   std::size_t read_some(void* destination, std::size_t bytes);

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cstring>
 #include <system_error>
+#include <utility>
 
 #include "recordio/number_text.hpp"
 #include "recordio/plain_number.hpp"
@@ -66,8 +67,10 @@ template <class Number>
 void ListReader::take_line(Number* to, std::int64_t stride, std::int64_t count) {
   std::int64_t taken = 0;
   while (taken < count && !ended_) {
-    if (repeats_ == 0)
-      taken += take_plain(to == nullptr ? to : to + taken * stride, stride, count - taken);
+    if (repeats_ == 0) {
+      taken += to == nullptr ? take_plain<false>(to, stride, count - taken)
+                             : take_plain<true>(to + taken * stride, stride, count - taken);
+    }
     if (taken == count) return;
     if (repeats_ == 0) next_item();
     if (ended_) return;
@@ -90,42 +93,45 @@ const char* skip_separators_at_hand(const char* from, bool comma, std::int64_t& 
   return from;
 }
 
+/// Has a whole number in the buffer, oddities aside. False near the end of the file.
+bool ListReader::number_at_hand() {
+  const auto enough = [&] { return file_.end() - file_.begin() >= bytes_at_hand; };
+  return enough() || (file_.more() && enough());
+}
+
 /// Takes plain numbers one after another, without a copy of their text, up to the first that is
 /// anything else; returns how many.
-template <class Number>
+template <bool keep, class Number>
 std::int64_t ListReader::take_plain(Number* to, std::int64_t stride, std::int64_t count) {
-  std::int64_t taken = 0;
+  std::int64_t left = count;
   std::int64_t lines = 0;
   bool comma = comma_may_end_;
-  const char* at = file_.begin();
-  const char* end = file_.end();
-  for (; taken < count; ++taken) {
-    if (end - at < bytes_at_hand) {
-      file_.use_up_to(at);
-      const bool grown = file_.more();
-      at = file_.begin();  // moved in either case
-      end = file_.end();
-      if (!grown) break;
-    }
-    std::int64_t line_ends = 0;
-    const char* from = at;
-    while (*from == ' ') ++from;
-    if (*from <= ',') from = skip_separators_at_hand(from, comma, line_ends);
-    Number value;
-    const char* const stop =
-        to == nullptr ? skip_plain<Number>(from, end) : parse_plain(from, end, value);
-    if (stop == nullptr || stop >= end || !ends_token(*stop)) break;
-    if (stop - from > longest_token) break;
-    if (to != nullptr) to[taken * stride] = value;
-    lines += line_ends;
-    at = stop;
-    comma = true;
+  bool plain = true;
+  while (plain && left > 0 && number_at_hand()) {
+    const char* at = file_.begin();
+    const char* const end = file_.end();
+    do {
+      std::int64_t line_ends = 0;
+      const char* from = at;
+      while (*from == ' ') ++from;
+      if (*from <= ',') from = skip_separators_at_hand(from, comma, line_ends);
+      Number value;
+      const char* const stop = keep ? parse_plain(from, end, value) : skip_plain<Number>(from, end);
+      // The byte at `end` ends no number.
+      plain = stop != nullptr && ends_token(*stop);
+      if (!plain) break;
+      if constexpr (keep) *std::exchange(to, to + stride) = value;
+      lines += line_ends;
+      comma = true;
+      at = stop;
+      --left;
+    } while (left > 0 && end - at >= bytes_at_hand);
+    file_.use_up_to(at);
   }
-  file_.use_up_to(at);
   line_ += lines;
   comma_may_end_ = comma;
-  any_taken_ = any_taken_ || taken > 0;
-  return taken;
+  any_taken_ = any_taken_ || left < count;
+  return count - left;
 }
 
 template <class Number>

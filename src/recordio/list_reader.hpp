@@ -31,7 +31,8 @@ class ListReader {
 
   template <class Number>
   void take_line(Number* to, std::int64_t stride, std::int64_t count);
-  template <class Number>
+  [[nodiscard]] bool number_at_hand();
+  template <bool keep, class Number>
   std::int64_t take_plain(Number* to, std::int64_t stride, std::int64_t count);
   template <class Number>
   [[nodiscard]] Number parsed(std::string_view token);

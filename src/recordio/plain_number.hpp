@@ -1,20 +1,23 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <charconv>
 #include <cstdint>
-#include <cstring>
+#include <optional>
+#include <string_view>
 #include <system_error>
 #include <type_traits>
 
 #include "mod_p3dgrid/logical.hpp"
+#include "recordio/characters.hpp"
 
 /// The fast path for numbers in their usual forms, straight from a file's buffer. What it does not
 /// take is read by `parse_number`; what it takes has the same value.
 ///
-/// The text must go on behind the number: eight bytes behind any byte looked at must be readable,
-/// and a byte that is no digit must follow before the end of what is valid.
+/// The text must go on behind the number: with a zero byte behind what is valid, and with 16 bytes
+/// in front of it and 32 behind it that may be looked at.
 namespace mod_p3dgrid::recordio {
 namespace detail {
 
@@ -22,77 +25,101 @@ namespace detail {
 struct ScannedDecimal {
   std::uint64_t digits = 0;
   std::int64_t exponent = 0;
-  bool negative = false;
+  std::uint64_t negative = 0;  ///< 1 if it is
 };
 
 /// More digits might not fit.
-inline constexpr std::int64_t most_digits = 18;
+inline constexpr std::uint64_t most_digits = 18;
 
-/// Takes digits one by one: the quicker way for the one or two before a point or in an exponent.
-inline const char* take_few_digits(const char* from, std::uint64_t& digits) {
-  for (;; ++from) {
-    const auto digit = static_cast<unsigned char>(*from - '0');
-    if (digit > 9) return from;
-    digits = digits * 10 + digit;
-  }
+inline bool is_digit(char c) {
+  return static_cast<unsigned char>(c - '0') <= 9;
 }
 
-/// Takes digits, up to eight at a time and without a jump on how many there are.
-inline const char* take_digits(const char* from, std::uint64_t& digits) {
-  static constexpr std::array<std::uint64_t, 9> powers{1,      10,      100,      1000,     10000,
-                                                       100000, 1000000, 10000000, 100000000};
-  for (;;) {
-    std::uint64_t text;
-    std::memcpy(&text, from, sizeof text);
-    if constexpr (std::endian::native == std::endian::big) text = __builtin_bswap64(text);
-    // A digit's byte becomes its value, any other at least 10; the first of those ends the digits.
-    std::uint64_t values = text ^ 0x30303030'30303030;
-    const std::uint64_t others = ((values + 0x76767676'76767676) | values) & 0x80808080'80808080;
-    const int count = std::countr_zero(others) / 8;
-    if (count == 0) return from;
-    // Zeros in front, then pairs, fours and eights of digits are put together side by side.
-    values <<= 64 - 8 * count;
-    values = values * 10 + (values >> 8);
-    values = ((values & 0x000000FF'000000FF) * 0x000F4240'00000064 +
-              (values >> 16 & 0x000000FF'000000FF) * 0x00002710'00000001) >>
-             32;
-    digits = digits * powers[static_cast<std::size_t>(count)] + values;
-    from += count;
-    if (static_cast<unsigned char>(*from - '0') > 9) return from;
-  }
+inline void append_digit(std::uint64_t& digits, char digit) {
+  digits = digits * 10 + static_cast<std::uint64_t>(digit - '0');
 }
 
-/// Takes what follows the letter of an exponent. Null if that is none.
-inline const char* scan_exponent(const char* from, std::int64_t& exponent) {
-  constexpr std::int64_t most = 4;
-  const bool negative = *from == '-';
-  from += negative || *from == '+';
-  std::uint64_t magnitude = 0;
-  const char* const end = take_few_digits(from, magnitude);
-  if (end == from || end - from > most) return nullptr;
-  exponent +=
-      negative ? -static_cast<std::int64_t>(magnitude) : static_cast<std::int64_t>(magnitude);
-  return end;
+constexpr std::array<std::uint64_t, characters_at_once + 1> make_whole_powers() {
+  std::array<std::uint64_t, characters_at_once + 1> powers{1};
+  for (std::size_t i = 1; i < powers.size(); ++i) powers[i] = powers[i - 1] * 10;
+  return powers;
 }
 
-/// Takes sign, digits with or without a point, and an exponent with a letter. Null if there is no
-/// digit, or more than can be told.
-inline const char* scan_decimal(const char* from, ScannedDecimal& number) {
+/// Powers of ten up to that of as many digits as are taken at once.
+inline constexpr auto whole_powers = make_whole_powers();
+
+/// Takes a sign and digits with or without a point, up to `end`. False if they look otherwise.
+inline bool take_digits(const char* from, const char* end, ScannedDecimal& number) {
   number.negative = *from == '-';
-  from += number.negative || *from == '+';
-  const char* const first = from;
-  from = take_few_digits(from, number.digits);
-  std::int64_t count = from - first;
-  if (*from == '.') {
-    const char* const fraction = ++from;
-    from = take_digits(from, number.digits);
-    number.exponent = fraction - from;
-    count -= number.exponent;
+  from += number.negative | static_cast<std::uint64_t>(*from == '+');
+  const char* point = from;
+  for (; is_digit(*point); ++point) append_digit(number.digits, *point);
+  const char* fraction = point + (*point == '.');
+  std::int64_t places = end - fraction;
+  const std::int64_t count = point - from + places;
+  if (places < 0 || static_cast<std::uint64_t>(count - 1) >= most_digits) return false;
+  number.exponent -= places;
+  for (; places > characters_at_once; --places, ++fraction) {
+    if (!is_digit(*fraction)) return false;
+    append_digit(number.digits, *fraction);
   }
-  if (count == 0 || count > most_digits) return nullptr;
-  const int letter = *from | 0x20;
-  const bool has_exponent = letter == 'e' || letter == 'd' || letter == 'q';
-  return has_exponent ? scan_exponent(from + 1, number.exponent) : from;
+  std::uint64_t last;
+  if (!take_last_digits(end, places, last)) return false;
+  number.digits = number.digits * whole_powers[static_cast<std::size_t>(places)] + last;
+  return true;
+}
+
+/// Takes the exponent that ends at `end` if there is one of a letter, a sign and two digits, and
+/// moves `end` in front of it. False if it looks otherwise.
+inline bool take_usual_exponent(const char*& end, std::int64_t& exponent) {
+  constexpr int but_case_and_last_bit = 0xDE;
+  if ((end[-4] & but_case_and_last_bit) != ('D' & 'E')) return true;
+  const char sign = end[-3];
+  if ((sign != '-' && sign != '+') || !is_digit(end[-2]) || !is_digit(end[-1])) return false;
+  const int magnitude = (end[-2] - '0') * 10 + (end[-1] - '0');
+  exponent = sign == '-' ? -magnitude : magnitude;
+  end -= 4;
+  return true;
+}
+
+/// The same for up to four digits with or without a sign, in a number that begins at `from`.
+inline bool take_exponent(const char* from, const char*& end, std::int64_t& exponent) {
+  constexpr std::uint64_t most = 4;
+  constexpr std::string_view letters = "eEdDqQ";
+  const char* const letter = std::find_first_of(from, end, letters.begin(), letters.end());
+  if (letter == end) return false;
+  const bool has_sign = letter[1] == '-' || letter[1] == '+';
+  const char* const first = letter + 1 + has_sign;
+  std::uint64_t magnitude = 0;
+  if (static_cast<std::uint64_t>(end - first - 1) >= most) return false;
+  if (!take_last_digits(end, end - first, magnitude)) return false;
+  exponent = static_cast<std::int64_t>(magnitude) * (letter[1] == '-' ? -1 : 1);
+  end = letter;
+  return true;
+}
+
+/// What `scan_decimal` does not see in most files. Returned by value, so that the usual number can
+/// stay in registers.
+[[gnu::noinline]] inline std::optional<ScannedDecimal> scan_with_other_exponent(const char* from,
+                                                                                const char* end) {
+  ScannedDecimal number;
+  if (!take_exponent(from, end, number.exponent) || !take_digits(from, end, number)) return {};
+  return number;
+}
+
+/// Takes a number of digits with or without a point, and an exponent with a letter. Where it ends
+/// is found first, so that what follows need not wait for its digits. Null if it looks otherwise.
+inline const char* scan_decimal(const char* from, ScannedDecimal& number) {
+  const char* const end = end_of_word(from);
+  if (end == nullptr) return nullptr;
+  const char* digits_end = end;
+  if (take_usual_exponent(digits_end, number.exponent) && take_digits(from, digits_end, number)) {
+    return end;
+  }
+  const std::optional<ScannedDecimal> other = scan_with_other_exponent(from, end);
+  if (!other) return nullptr;
+  number = *other;
+  return end;
 }
 
 /// Powers of ten that doubles hold exactly.
@@ -100,29 +127,67 @@ inline constexpr std::array<double, 23> exact_powers{1e0,  1e1,  1e2,  1e3,  1e4
                                                      1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
                                                      1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 
-/// Rounds as IEEE arithmetic does. False where that is not certain to be right.
+inline constexpr std::int64_t greatest_power = exact_powers.size() - 1;
+
+constexpr std::array<double, 2 * greatest_power + 1> make_near_powers() {
+  std::array<double, 2 * greatest_power + 1> powers{};
+  for (std::size_t i = 0; i < exact_powers.size(); ++i) {
+    powers[greatest_power + i] = exact_powers[i];
+    powers[greatest_power - i] = 1 / exact_powers[i];
+  }
+  return powers;
+}
+
+/// The same and their reciprocals, as near as doubles come: `near_powers[greatest_power + e]` is
+/// the one of e.
+inline constexpr auto near_powers = make_near_powers();
+
+/// With the number's sign.
 template <class Real>
-bool round_decimal(const ScannedDecimal& number, Real& value) {
+Real signed_value(const ScannedDecimal& number, double magnitude) {
+  const auto bits = std::bit_cast<std::uint64_t>(magnitude) | number.negative << 63;
+  return static_cast<Real>(std::bit_cast<double>(bits));
+}
+
+/// Rounds as IEEE arithmetic does. False where that is not certain to be right.
+inline bool round_decimal(const ScannedDecimal& number, float& value) {
+  const auto power = static_cast<std::uint64_t>(number.exponent + greatest_power);
+  if (power >= near_powers.size()) return false;
+  const double magnitude =
+      static_cast<double>(static_cast<std::int64_t>(number.digits)) * near_powers[power];
+  // At most three roundings, which put the double off by less than four of its last places.
+  // Rounding once more is right unless the border between two singles lies as near.
+  constexpr std::uint64_t below_single = (std::uint64_t{1} << 29) - 1;
+  constexpr std::uint64_t border = std::uint64_t{1} << 28;
+  constexpr std::uint64_t doubt = 4;
+  const std::uint64_t place = std::bit_cast<std::uint64_t>(magnitude) & below_single;
+  if (place - (border - doubt) <= 2 * doubt) return false;
+  value = signed_value<float>(number, magnitude);
+  return true;
+}
+
+inline bool round_decimal(const ScannedDecimal& number, double& value) {
   const auto power =
       static_cast<std::uint64_t>(number.exponent < 0 ? -number.exponent : number.exponent);
-  if (power >= exact_powers.size()) return false;
+  // Where both operands are exact, the one rounding is right.
+  if (power >= exact_powers.size() || number.digits > std::uint64_t{1} << 53) return false;
   const auto digits = static_cast<double>(static_cast<std::int64_t>(number.digits));
-  const double magnitude =
-      number.exponent < 0 ? digits / exact_powers[power] : digits * exact_powers[power];
-  if constexpr (std::is_same_v<Real, double>) {
-    // Both operands are exact, so the one rounding is right.
-    if (number.digits > std::uint64_t{1} << 53) return false;
-  } else {
-    // At most two roundings, which put the double off by less than two of its last places. Rounding
-    // once more is right unless the border between two singles lies as near.
-    constexpr std::uint64_t below_single = (std::uint64_t{1} << 29) - 1;
-    constexpr std::uint64_t border = std::uint64_t{1} << 28;
-    constexpr std::uint64_t doubt = 4;
-    const std::uint64_t place = std::bit_cast<std::uint64_t>(magnitude) & below_single;
-    if (place - (border - doubt) <= 2 * doubt) return false;
-  }
-  value = static_cast<Real>(number.negative ? -magnitude : magnitude);
+  value = signed_value<double>(
+      number, number.exponent < 0 ? digits / exact_powers[power] : digits * exact_powers[power]);
   return true;
+}
+
+/// What is longer may be longer than numbers are allowed to be.
+inline constexpr std::ptrdiff_t most_characters = 64;
+
+/// Takes what else is a number. Separate, since it is rarely wanted.
+template <class Real>
+[[gnu::noinline]] const char* parse_unusual(const char* from, const char* end, Real& value) {
+  // Letters, behind a sign too, are infinities and NaNs.
+  const char* const first = *from == '-' && from + 1 != end ? from + 1 : from;
+  if (*first > '9') return nullptr;
+  const auto [last, error] = std::from_chars(from, std::min(end, from + most_characters), value);
+  return error == std::errc{} ? last : nullptr;
 }
 
 }  // namespace detail
@@ -134,11 +199,7 @@ const char* parse_plain(const char* from, const char* end, Real& value) {
   detail::ScannedDecimal number;
   const char* const stop = detail::scan_decimal(from, number);
   if (stop != nullptr && detail::round_decimal(number, value)) return stop;
-  // Letters, behind a sign too, are infinities and NaNs.
-  const char* const first = *from == '-' && from + 1 != end ? from + 1 : from;
-  if (*first > '9') return nullptr;
-  const auto [last, error] = std::from_chars(from, end, value);
-  return error == std::errc{} ? last : nullptr;
+  return detail::parse_unusual(from, end, value);
 }
 
 /// The same for an integer.
@@ -147,7 +208,7 @@ inline const char* parse_plain(const char* from, const char* end, integer& value
   return error == std::errc{} ? stop : nullptr;
 }
 
-/// Goes over a number that is not kept.
+/// Goes over a number that is not kept: checks it, and makes no value.
 template <class Number>
 const char* skip_plain(const char* from, const char* end) {
   if constexpr (std::is_same_v<Number, integer>) {

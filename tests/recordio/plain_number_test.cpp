@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <limits>
 #include <random>
+#include <sstream>
 #include <string>
 
 #include "recordio/number_text.hpp"
@@ -14,14 +15,14 @@
 namespace mod_p3dgrid::recordio {
 namespace {
 
-/// Text with room behind it, as in a file's buffer.
+/// Text with room around it, as in a file's buffer.
 struct Text {
-  explicit Text(const std::string& token) : content(token + " ") {
-    length = content.size();
-    content.append(16, '\0');
-  }
-  [[nodiscard]] const char* begin() const { return content.data(); }
-  [[nodiscard]] const char* end() const { return content.data() + length; }
+  static constexpr std::size_t room = 32;
+  explicit Text(const std::string& token)
+      : content(std::string(room, '9') + token + " " + std::string(room, '\0')),
+        length(token.size() + 1) {}
+  [[nodiscard]] const char* begin() const { return content.data() + room; }
+  [[nodiscard]] const char* end() const { return begin() + length; }
   std::string content;
   std::size_t length;
 };
@@ -43,19 +44,41 @@ bool agrees_with_slow_path(const std::string& token) {
 }
 
 TEST(PlainNumber, UsualFormsAreTaken) {
-  for (const char* token :
-       {"0", "-0.0", "1", "+1", "-1.", ".5", "-.5e1", "0.12345678E+00", "-1.2345678D-05", "1.5q3",
-        "123456789", "0.000001", "12345678.12345678", "1e-10", "9.99999999e+9", "007"}) {
+  std::istringstream tokens(
+      "0 -0.0 1 +1 -1. .5 -.5e1 0.12345678E+00 -1.2345678D-05 1.5q3 123456789 0.000001 007 1.e1 "
+      "12345678.12345678 1e-10 9.99999999e+9 0.1234567890123456 0.12345678901234567 "
+      "123456.789012345678 -12345678901234567.8 1.5D-05 1.5d+05 1.5D5 0.5E-003 +0.25Q+0010");
+  for (std::string token; tokens >> token;) {
     EXPECT_TRUE(agrees_with_slow_path<float>(token)) << token;
     EXPECT_TRUE(agrees_with_slow_path<double>(token)) << token;
   }
 }
 
 TEST(PlainNumber, OtherFormsAreLeftAlone) {
-  for (const char* token : {"", "-", "+", ".", "e5", "1e", "1e+", "1.5+3", "1*2", "2*", "nan",
-                            "-inf", "x", "1x", "1.2.3", "--1", "0x10", "1e99999", "1d400"}) {
+  for (const char* token : {"",          "-",
+                            "+",         ".",
+                            "e5",        "1e",
+                            "1e+",       "1.5+3",
+                            "1*2",       "2*",
+                            "nan",       "-inf",
+                            "x",         "1x",
+                            "1.2.3",     "--1",
+                            "0x10",      "1e99999",
+                            "1d400",     "1.5e+-3",
+                            "1.5e3e3",   "1.5e3.0",
+                            "1:5",       "1.2:3",
+                            "1.2/3e+05", "0.123456789012345678901234567890123456789d0"}) {
     EXPECT_FALSE(agrees_with_slow_path<float>(token)) << token;
     EXPECT_FALSE(agrees_with_slow_path<double>(token)) << token;
+  }
+}
+
+TEST(PlainNumber, NumbersEndAtBlanksControlCharactersAndCommas) {
+  for (const char behind : {' ', '\t', '\r', '\n', ',', '\0', '\v'}) {
+    const Text text(std::string("-0.25E+01") + behind + "5");
+    float value = 0;
+    EXPECT_EQ(parse_plain(text.begin(), text.end(), value), text.begin() + 9) << behind;
+    EXPECT_EQ(value, -2.5F) << behind;
   }
 }
 
@@ -81,10 +104,11 @@ std::string random_token(std::mt19937_64& random) {
   };
   digits(random() % 9);
   if (random() % 8 != 0) token += '.';
-  digits(1 + random() % 11);
+  digits(1 + random() % (random() % 4 == 0 ? 20 : 11));
   if (random() % 2 == 0) return token;
   token += "eEdDqQ"[random() % 6];
   if (random() % 2 == 0) token += "+-"[random() % 2];
+  if (random() % 4 == 0) token += '0';
   token += std::to_string(random() % 48);
   return token;
 }
