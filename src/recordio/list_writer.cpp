@@ -1,6 +1,7 @@
 #include "recordio/list_writer.hpp"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstdint>
 
@@ -12,34 +13,60 @@ namespace {
 constexpr std::int64_t line_width = 80;
 
 /// Values formatted between two looks at the room in the file's buffer.
-constexpr std::int64_t values_at_a_time = 1024;
+constexpr std::int64_t values_at_a_time = 64;
 static_assert(values_at_a_time * (number_room + 2) <= std::int64_t{OutputFile::reserve_limit});
 
-/// A double as the single that it is, if single precision can hold it to the bit.
-char* write_as_single(char* to, double value) {
+/// A double that is written as a single if single precision can hold it to the bit.
+struct ShortenedNumber {
+  double value;
+  Decimal digits;
+  bool is_single;
+};
+
+ShortenedNumber shortened(double value) {
   const auto single = static_cast<float>(value);
   const bool same = std::bit_cast<std::uint64_t>(static_cast<double>(single)) ==
                     std::bit_cast<std::uint64_t>(value);
-  return same ? write_number(to, single) : write_number(to, value);
+  return {value, same ? with_digits(single).digits : with_digits(value).digits, same};
 }
 
-/// Calls `visit` with the entry's memory in its kind and with what writes one of its values.
+using recordio::write_number;
+
+char* write_number(char* to, const ShortenedNumber& number) {
+  const auto& [value, digits, is_single] = number;
+  if (!is_single) return write_number(to, NumberWithDigits<double>{value, digits});
+  return write_number(to, NumberWithDigits<float>{static_cast<float>(value), digits});
+}
+
+/// Calls `visit` with the entry's memory in its kind and with what makes of a value that which is
+/// written.
 template <class Visit>
 void with_format(const Values<const void>& entry, Visit visit) {
   switch (entry.memory_kind) {
     case FileKind::integer4:
-      return visit(static_cast<const integer*>(entry.memory),
-                   [](char* to, integer value) { return write_number(to, value); });
+      return visit(static_cast<const integer*>(entry.memory), [](integer value) { return value; });
     case FileKind::real4:
       return visit(static_cast<const float*>(entry.memory),
-                   [](char* to, float value) { return write_number(to, value); });
+                   [](float value) { return with_digits(value); });
     case FileKind::real8:
       if (entry.file_kind == FileKind::real4) {
-        return visit(static_cast<const double*>(entry.memory), write_as_single);
+        return visit(static_cast<const double*>(entry.memory), shortened);
       }
       return visit(static_cast<const double*>(entry.memory),
-                   [](char* to, double value) { return write_number(to, value); });
+                   [](double value) { return with_digits(value); });
   }
+}
+
+/// Calls `put` with what is to be written for each of at most `values_at_a_time` values. All of
+/// them are worked out before.
+template <class Number, class Format, class Put>
+void put_values(const Number* from, std::int64_t stride, std::int64_t count, Format format,
+                Put put) {
+  std::array<decltype(format(*from)), values_at_a_time> numbers;
+  for (std::int64_t i = 0; i < count; ++i) {
+    numbers[static_cast<std::size_t>(i)] = format(from[i * stride]);
+  }
+  for (std::int64_t i = 0; i < count; ++i) put(numbers[static_cast<std::size_t>(i)]);
 }
 
 }  // namespace
@@ -60,19 +87,19 @@ void ListWriter::put_line(const Number* from, std::int64_t stride, std::int64_t 
     const std::int64_t n = std::min(values_at_a_time, count - done);
     char* const start = file_.reserve(OutputFile::reserve_limit);
     char* to = start;
-    for (std::int64_t i = 0; i < n; ++i) {
+    put_values(from + done * stride, stride, n, format, [&](const auto& number) {
       char* const separator = to;
-      char* const end = format(separator + 1, from[(done + i) * stride]);
+      char* const end = write_number(separator + 1, number);
       *separator = ' ';
       to = end;
       used_columns_ += end - separator;
-      if (used_columns_ <= line_width) continue;
+      if (used_columns_ <= line_width) return;
       // It does not fit any more: it begins the next line, behind that line's own blank.
       used_columns_ = end - separator;
       std::copy_backward(separator, end, end + 1);
       *separator = '\n';
       ++to;
-    }
+    });
     file_.commit(static_cast<std::size_t>(to - start));
   }
 }
@@ -88,25 +115,23 @@ namespace {
 char* put_point(char* to, const Values<const void>& entry, std::int64_t point) {
   with_format(entry, [&](const auto* memory, auto format) {
     const auto* const values = memory + point * entry.stride;
-    for (std::int64_t row = 0; row < entry.rows; ++row) {
+    put_values(values, 1, entry.rows, format, [&](const auto& number) {
       *to++ = ' ';
-      to = format(to, values[row]);
-    }
+      to = write_number(to, number);
+    });
   });
   return to;
 }
 
-/// The list with entries of so many rows that each fits the file's buffer.
+/// The list with entries of no more rows than are formatted at a time.
 WriteList in_parts(const WriteList& list) {
-  constexpr auto most_rows =
-      static_cast<std::int64_t>(OutputFile::reserve_limit) / (number_room + 1) - 1;
   WriteList parts;
   for (const auto& entry : list) {
-    for (std::int64_t row = 0; row < entry.rows; row += most_rows) {
+    for (std::int64_t row = 0; row < entry.rows; row += values_at_a_time) {
       parts.push_back(entry);
       parts.back().memory =
           static_cast<const char*>(entry.memory) + row * bytes_of(entry.memory_kind);
-      parts.back().rows = std::min(most_rows, entry.rows - row);
+      parts.back().rows = std::min(values_at_a_time, entry.rows - row);
     }
   }
   return parts;

@@ -260,7 +260,8 @@ char* write_nan(char* to, Real value) {
 }
 
 template <class Real>
-char* write_real(char* to, Real value) {
+char* write_real(char* to, const NumberWithDigits<Real>& number) {
+  const Real value = number.value;
   using Bits = BitsOf<Real>;
   constexpr Bits fraction = (Bits{1} << (std::numeric_limits<Real>::digits - 1)) - 1;
   if (std::isnan(value)) return write_nan(to, value);
@@ -268,7 +269,7 @@ char* write_real(char* to, Real value) {
   to += std::signbit(value);
   const Real magnitude = std::fabs(value);
   if ((std::bit_cast<Bits>(value) & fraction) != 0) {
-    if (char* const end = write_decimal(to, Digits<Real>(shortest_decimal(magnitude)))) return end;
+    if (char* const end = write_decimal(to, Digits<Real>(number.digits))) return end;
   }
   // Zero, infinity, powers of two, and whole numbers whose shortest digits are not all they have.
   return std::to_chars(to, to + number_room, magnitude).ptr;
@@ -295,11 +296,18 @@ bool parse_number(std::string_view token, double& value) {
 char* write_number(char* to, integer value) {
   return std::to_chars(to, to + number_room, value).ptr;
 }
-char* write_number(char* to, float value) {
-  return write_real(to, value);
+NumberWithDigits<float> with_digits(float value) {
+  return {value, shortest_decimal(std::fabs(value))};
 }
-char* write_number(char* to, double value) {
-  return write_real(to, value);
+NumberWithDigits<double> with_digits(double value) {
+  return {value, shortest_decimal(std::fabs(value))};
+}
+
+char* write_number(char* to, const NumberWithDigits<float>& number) {
+  return write_real(to, number);
+}
+char* write_number(char* to, const NumberWithDigits<double>& number) {
+  return write_real(to, number);
 }
 
 }  // namespace mod_p3dgrid::recordio

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "mod_p3dgrid/logical.hpp"
+#include "recordio/shortest_decimal.hpp"
 
 /// Numbers as text: one token to one value and back.
 namespace mod_p3dgrid::recordio {
@@ -20,13 +21,32 @@ namespace mod_p3dgrid::recordio {
 [[nodiscard]] bool parse_number(std::string_view token, float& value);
 [[nodiscard]] bool parse_number(std::string_view token, double& value);
 
+/// A number and its shortest digits, which say nothing if `shortest_decimal` has none for it.
+template <class Real>
+struct NumberWithDigits {
+  Real value;
+  Decimal digits;
+};
+
+/// Finds the digits that a number is written with. Many numbers take less time if the digits of
+/// several are found before the first is written, since a processor works at more than one then.
+[[nodiscard]] NumberWithDigits<float> with_digits(float value);
+[[nodiscard]] NumberWithDigits<double> with_digits(double value);
+
 /// Room that `write_number` needs: more than the text, which it writes in pieces of fixed length.
 inline constexpr std::int64_t number_room = 48;
 
 /// Writes the shortest text that `parse_number` turns back into the same bits; returns its end.
 /// Finite numbers look as `std::to_chars` writes them.
 char* write_number(char* to, integer value);
-char* write_number(char* to, float value);
-char* write_number(char* to, double value);
+char* write_number(char* to, const NumberWithDigits<float>& number);
+char* write_number(char* to, const NumberWithDigits<double>& number);
+
+inline char* write_number(char* to, float value) {
+  return write_number(to, with_digits(value));
+}
+inline char* write_number(char* to, double value) {
+  return write_number(to, with_digits(value));
+}
 
 }  // namespace mod_p3dgrid::recordio

@@ -19,7 +19,8 @@ struct Decimal {
 /// (2020): of the interval that rounds to `value` one end is scaled by a tabulated power of ten;
 /// its integer part tells all but the rare cases, in which the other end or the middle is looked
 /// at.
-/// @param value  finite, above 0 and no power of two, whose neighbours lie at two distances
+/// @param value  finite, above 0 and no power of two, whose neighbours lie at two distances; of any
+///               other the digits say nothing
 [[nodiscard]] Decimal shortest_decimal(float value);
 [[nodiscard]] Decimal shortest_decimal(double value);
 
