@@ -26,9 +26,11 @@ namespace detail {
 inline constexpr std::int64_t piece_values = 4096;
 
 /// Several lines are moved point by point in tiles, a piece of each line in turn, so that memory is
-/// gone through once rather than once for each line. A tile stays in the second-level cache, and
-/// its pieces are long enough for the system calls not to count.
-inline constexpr std::int64_t tile_bytes = std::int64_t{384} * 1024;
+/// gone through once rather than once for each line. A tile is small enough for a cache, and its
+/// pieces are long enough for the system to move many pages at a time. Fewer bytes are moved line
+/// by line.
+inline constexpr std::int64_t tile_bytes = std::int64_t{1536} * 1024;
+inline constexpr std::int64_t least_bytes_for_tiles = std::int64_t{384} * 1024;
 inline constexpr std::int64_t least_values_in_tile = 4096;
 
 /// Where values of an entry stand between file and memory: at the beginning of its staging array,
@@ -60,10 +62,10 @@ constexpr std::int64_t bytes_for(std::int64_t values) {
   return values * static_cast<std::int64_t>(sizeof(T));
 }
 
-/// Whether tiles pay: more than one line, and more values than tiles are made for.
+/// Whether tiles pay: more than one line, and many values.
 template <class Memory>
-bool fills_tiles(const Values<Memory>& entry) {
-  return entry.rows > 1 && entry.bytes() >= tile_bytes;
+bool pays_in_tiles(const Values<Memory>& entry) {
+  return entry.rows > 1 && entry.bytes() >= least_bytes_for_tiles;
 }
 
 /// The place in memory of value `index` of row `row`.
@@ -185,7 +187,7 @@ void read_values(Payload& payload, std::endian order, const Values<void>& entry)
   if (entry.count == 0) return;
   if (entry.drop) return payload.discard(entry.bytes());
   const bool foreign = is_foreign(order);
-  const bool tiles = detail::fills_tiles(entry) && payload.lies_ahead(entry.bytes());
+  const bool tiles = detail::pays_in_tiles(entry) && payload.lies_ahead(entry.bytes());
   detail::with_types(entry.file_kind, entry.memory_kind,
                      [&]<class Stored, class Kept>(Stored, Kept) {
                        tiles ? detail::read_tiles<Stored, Kept>(payload, foreign, entry)
@@ -198,7 +200,7 @@ template <class Payload>
 void write_values(Payload& payload, std::endian order, const Values<const void>& entry) {
   if (entry.count == 0) return;
   const bool foreign = is_foreign(order);
-  const bool tiles = detail::fills_tiles(entry) && payload.lies_ahead(entry.bytes());
+  const bool tiles = detail::pays_in_tiles(entry) && payload.lies_ahead(entry.bytes());
   detail::with_types(entry.file_kind, entry.memory_kind,
                      [&]<class Stored, class Kept>(Stored, Kept) {
                        tiles ? detail::write_tiles<Stored, Kept>(payload, foreign, entry)

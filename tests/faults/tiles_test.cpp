@@ -20,7 +20,7 @@ namespace {
 using namespace test_support;
 using mod_p3dgrid::p3dlastfailure;
 
-constexpr int points = 60'000;
+constexpr int points = 150'000;
 constexpr GridForm form{.iformat = 0, .dblprec = false, .multiblock = false, .iblank = false};
 
 std::string large_grid() {

@@ -133,7 +133,7 @@ void expect_widened_and_rounded(const Unit& unit, const Shape& shape) {
 
 /// Whether values have been at the beginning of a staging array and nowhere behind that.
 void expect_beginning_used(const std::vector<double>& staging, const Shape& shape) {
-  constexpr std::int64_t tile = std::int64_t{384} * 1024 / sizeof(double);
+  constexpr std::int64_t tile = std::int64_t{1536} * 1024 / sizeof(double);
   const auto beginning = std::min(std::ssize(staging), std::max(tile, shape.rows * 4096));
   EXPECT_TRUE(staging.front() != untouched) << shape;
   EXPECT_TRUE(std::all_of(staging.begin() + beginning, staging.end(), [](double value) {
