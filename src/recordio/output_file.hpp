@@ -49,16 +49,17 @@ class OutputFile {
  private:
   void write_through(const char* source, std::size_t bytes);
   void write_at(const char* source, std::size_t bytes, std::int64_t at);
+  void ask_for_space(std::int64_t bytes);
   [[nodiscard]] bool cut();
   [[noreturn]] void fail(const char* operation, int error);
 
   std::string path_;
   std::unique_ptr<char[]> buffer_;
   int descriptor_;
-  bool has_size_ = false;      ///< a regular file, which is written at places of our choice
-  std::int64_t old_size_ = 0;  ///< of the file that is overwritten
-  std::int64_t written_ = 0;   ///< bytes handed to the system, all from the start
-  std::size_t used_ = 0;       ///< bytes in the buffer, behind those
+  bool has_size_ = false;     ///< a regular file, which is written at places of our choice
+  std::int64_t space_ = 0;    ///< bytes that the file had or that were asked for, from the start
+  std::int64_t written_ = 0;  ///< bytes handed to the system, all from the start
+  std::size_t used_ = 0;      ///< bytes in the buffer, behind those
 };
 
 }  // namespace mod_p3dgrid::recordio

@@ -42,8 +42,8 @@ std::size_t piece(std::size_t bytes) {
 
 const char* name_of(Call call) {
   static constexpr std::array<const char*, kinds_of_calls> names{
-      "open",  "read", "pread", "write", "pwrite", "close",
-      "fstat", "stat", "lstat", "lseek", "unlink", "ftruncate"};
+      "open", "read",  "pread", "write",  "pwrite",    "close",    "fstat",
+      "stat", "lstat", "lseek", "unlink", "ftruncate", "fallocate"};
   return names[static_cast<std::size_t>(call)];
 }
 
@@ -80,6 +80,7 @@ int __real_lstat(const char*, struct stat*);
 off_t __real_lseek(int, off_t, int);
 int __real_unlink(const char*);
 int __real_ftruncate(int, off_t);
+int __real_fallocate(int, int, off_t, off_t);
 
 int __wrap_open(const char* path, int flags, ...) {
   va_list rest;
@@ -125,5 +126,8 @@ int __wrap_unlink(const char* path) {
 }
 int __wrap_ftruncate(int file, off_t length) {
   return is_to_fail(Call::ftruncate) ? -1 : __real_ftruncate(file, length);
+}
+int __wrap_fallocate(int file, int how, off_t from, off_t bytes) {
+  return is_to_fail(Call::fallocate) ? -1 : __real_fallocate(file, how, from, bytes);
 }
 }

@@ -21,9 +21,10 @@ enum class Call {
   lstat,
   lseek,
   unlink,
-  ftruncate
+  ftruncate,
+  fallocate
 };
-inline constexpr std::size_t kinds_of_calls = 12;
+inline constexpr std::size_t kinds_of_calls = 13;
 
 [[nodiscard]] const char* name_of(Call call);
 

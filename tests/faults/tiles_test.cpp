@@ -1,6 +1,7 @@
 /// Arrays so large that their lines are moved in tiles, ahead of the place where the file stands.
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <cerrno>
 #include <cstring>
@@ -49,9 +50,17 @@ class Tiles : public InScratchFolder {
     calls = CallWatch::count(plan.call);
     return outcome;
   }
+  /// Overwrites a longer file.
   Outcome write(const CallPlan& plan = {}) {
-    begin_run();
     write_file("written", std::string(bytes.size() + 1000, '#'));
+    return write_over_it(plan);
+  }
+  Outcome write_new_file(const CallPlan& plan) {
+    std::filesystem::remove("written");
+    return write_over_it(plan);
+  }
+  Outcome write_over_it(const CallPlan& plan) {
+    begin_run();
     const CallWatch watch(plan);
     const Outcome outcome =
         finish({[&] { grid->write("written", form); }, [] { return read_file("written"); }});
@@ -106,6 +115,37 @@ TEST_F(Tiles, EveryFailingWriteIsAnErrorOfTheRun) {
     for (std::size_t i = 0; i < left.size(); ++i) {
       ASSERT_TRUE(left[i] == bytes[i] || left[i] == '\0') << "write " << nth << ", byte " << i;
     }
+  }
+}
+
+/// Bytes that the file takes on the disk.
+std::int64_t space_of(const char* name) {
+  struct stat status;
+  return ::stat(name, &status) == 0 ? status.st_blocks * 512 : -1;
+}
+
+TEST_F(Tiles, SystemsThatReserveNoSpaceChangeNothing) {
+  ASSERT_EQ(write_new_file({.call = Call::fallocate}).result, bytes);
+  ASSERT_GT(calls, 0) << "no space was asked for";
+  for (const int error : {EOPNOTSUPP, ENOSPC, EINTR}) {
+    const Outcome outcome = write_new_file({.call = Call::fallocate, .nth = 1, .error = error});
+    EXPECT_EQ(outcome.result, bytes) << error;
+    EXPECT_EQ(outcome.end, End::done) << error;
+  }
+}
+
+TEST_F(Tiles, FilesThatStayAsLongAreNotGivenSpace) {
+  ASSERT_EQ(write({.call = Call::fallocate}).result, bytes);
+  EXPECT_EQ(calls, 0);
+}
+
+TEST_F(Tiles, AFailedWriteKeepsNoSpace) {
+  for (int nth = 1;; ++nth) {
+    const Outcome outcome = write_new_file({.call = Call::pwrite, .nth = nth, .error = EIO});
+    if (calls < nth) break;
+    ASSERT_EQ(outcome.end, End::failed) << nth;
+    const auto kept = static_cast<std::int64_t>(read_file("written").size());
+    EXPECT_LE(space_of("written"), kept + 64 * 1024) << nth;
   }
 }
 
