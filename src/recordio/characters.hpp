@@ -93,4 +93,48 @@ inline bool take_last_digits(const char* end, std::int64_t count, std::uint64_t&
   return true;
 }
 
+/// Eight digits, the first in the lowest byte, each 0 to 9: halves, quarters and single digits are
+/// divided apart side by side.
+[[nodiscard]] inline std::uint64_t eight_digits(std::uint32_t number) {
+  std::uint64_t parts = number / 10000 | std::uint64_t{number % 10000} << 32;
+  const std::uint64_t hundreds = parts * 10486 >> 20 & 0x0000007F'0000007F;
+  parts = hundreds | (parts - hundreds * 100) << 16;
+  const std::uint64_t tens = parts * 103 >> 10 & 0x000F000F'000F000F;
+  return tens | (parts - tens * 10) << 8;
+}
+
+/// The first eight of sixteen digits and the others.
+using SixteenDigits = std::array<std::uint64_t, 2>;
+
+namespace detail {
+
+[[nodiscard]] inline SixteenDigits digits_eight_by_eight(std::uint64_t number) {
+  return {eight_digits(static_cast<std::uint32_t>(number / 100'000'000)),
+          eight_digits(static_cast<std::uint32_t>(number % 100'000'000))};
+}
+
+}  // namespace detail
+
+/// The digits of a number below 10^16.
+[[nodiscard]] inline SixteenDigits sixteen_digits(std::uint64_t number) {
+#ifdef __SSE2__
+  // The same as in `eight_digits`, for both halves at a time.
+  const auto first = static_cast<std::int64_t>(number / 100'000'000);
+  const auto others = static_cast<std::int64_t>(number % 100'000'000);
+  const __m128i halves = _mm_set_epi64x(others, first);
+  const __m128i fours =
+      _mm_srli_epi64(_mm_mul_epu32(halves, _mm_set1_epi32(static_cast<int>(3518437209U))), 45);
+  const __m128i rests = _mm_sub_epi32(halves, _mm_mul_epu32(fours, _mm_set1_epi32(10000)));
+  const __m128i quarters = _mm_or_si128(fours, _mm_slli_epi64(rests, 32));
+  const __m128i hundreds = _mm_srli_epi16(_mm_mulhi_epu16(quarters, _mm_set1_epi16(5243)), 3);
+  const __m128i below = _mm_sub_epi16(quarters, _mm_mullo_epi16(hundreds, _mm_set1_epi16(100)));
+  const __m128i pairs = _mm_or_si128(hundreds, _mm_slli_epi32(below, 16));
+  const __m128i tens = _mm_srli_epi16(_mm_mullo_epi16(pairs, _mm_set1_epi16(103)), 10);
+  const __m128i ones = _mm_sub_epi16(pairs, _mm_mullo_epi16(tens, _mm_set1_epi16(10)));
+  return std::bit_cast<SixteenDigits>(_mm_or_si128(tens, _mm_slli_epi16(ones, 8)));
+#else
+  return detail::digits_eight_by_eight(number);
+#endif
+}
+
 }  // namespace mod_p3dgrid::recordio

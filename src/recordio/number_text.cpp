@@ -13,6 +13,7 @@
 #include <system_error>
 #include <type_traits>
 
+#include "recordio/characters.hpp"
 #include "recordio/shortest_decimal.hpp"
 
 namespace mod_p3dgrid::recordio {
@@ -131,16 +132,6 @@ bool parse_real(std::string_view token, Real& value) {
   return true;
 }
 
-/// Eight decimal digits as text, the first in the lowest byte of a little-endian word, each 0 to 9:
-/// halves, quarters and single digits are divided apart side by side.
-std::uint64_t eight_digits(std::uint32_t number) {
-  std::uint64_t parts = number / 10000 | std::uint64_t{number % 10000} << 32;
-  const std::uint64_t hundreds = parts * 10486 >> 20 & 0x0000007F'0000007F;
-  parts = hundreds | (parts - hundreds * 100) << 16;
-  const std::uint64_t tens = parts * 103 >> 10 & 0x000F000F'000F000F;
-  return tens | (parts - tens * 10) << 8;
-}
-
 __extension__ using Wide = unsigned __int128;
 
 /// Digits as text, as many as the word has bytes; the first in its lowest byte.
@@ -199,8 +190,8 @@ class Digits {
 
   static std::uint64_t text_of(std::uint32_t digits) { return eight_digits(digits); }
   static Wide text_of(std::uint64_t digits) {
-    return Wide{eight_digits(static_cast<std::uint32_t>(digits % 100'000'000))} << 64 |
-           eight_digits(static_cast<std::uint32_t>(digits / 100'000'000));
+    const auto [front, back] = sixteen_digits(digits);
+    return Wide{back} << 64 | front;
   }
 
   char first_;

@@ -4,6 +4,7 @@
 
 #include <random>
 #include <string>
+#include <vector>
 
 namespace mod_p3dgrid::recordio {
 namespace {
@@ -52,6 +53,34 @@ TEST(Characters, OnlyDigitsMakeANumberAndWhatIsInFrontDoesNotMatter) {
         EXPECT_EQ(number, counts ? 5 : power_of_ten(count) / 9 * 7);
       }
     }
+  }
+}
+
+std::string text_of(const SixteenDigits& digits) {
+  std::string text;
+  for (const std::uint64_t eight : digits) {
+    for (int i = 0; i < 8; ++i) text += static_cast<char>('0' + (eight >> 8 * i & 0xFF));
+  }
+  return text;
+}
+
+TEST(Characters, NumbersHaveTheirDigits) {
+  std::mt19937_64 random(7);
+  std::vector<std::uint64_t> numbers;
+  for (std::int64_t exponent = 0; exponent <= 16; ++exponent) {
+    const std::uint64_t power = power_of_ten(exponent);
+    numbers.push_back(power - 1);
+    if (exponent < 16) numbers.push_back(power);
+  }
+  for (std::uint64_t n = 0; n < 10'000; ++n) {
+    numbers.push_back(n * 100'010'001 % power_of_ten(12) * 10'000 + n);
+    numbers.push_back(random() % power_of_ten(16));
+  }
+  for (const std::uint64_t number : numbers) {
+    const std::string digits = std::to_string(number);
+    const std::string expected = std::string(16 - digits.size(), '0') + digits;
+    ASSERT_EQ(text_of(sixteen_digits(number)), expected);
+    ASSERT_EQ(text_of(detail::digits_eight_by_eight(number)), expected);
   }
 }
 
