@@ -6,7 +6,6 @@
 #include <charconv>
 #include <cstdint>
 #include <optional>
-#include <string_view>
 #include <system_error>
 #include <type_traits>
 
@@ -82,18 +81,20 @@ inline bool take_usual_exponent(const char*& end, std::int64_t& exponent) {
   return true;
 }
 
-/// The same for up to four digits with or without a sign, in a number that begins at `from`.
-inline bool take_exponent(const char* from, const char*& end, std::int64_t& exponent) {
-  constexpr std::uint64_t most = 4;
-  constexpr std::string_view letters = "eEdDqQ";
-  const char* const letter = std::find_first_of(from, end, letters.begin(), letters.end());
-  if (letter == end) return false;
-  const bool has_sign = letter[1] == '-' || letter[1] == '+';
-  const char* const first = letter + 1 + has_sign;
+/// Takes an exponent of a letter, a sign or none, and one to four digits. False if there is none.
+/// Looks backwards from the end, no further than an exponent is long. `take_digits` refuses what
+/// has its exponent in front of where it begins.
+inline bool take_exponent(const char*& end, std::int64_t& exponent) {
+  constexpr std::ptrdiff_t most = 4;
+  const char* first = end;
+  while (end - first < most && is_digit(first[-1])) --first;
+  const bool negative = first[-1] == '-';
+  const char* const letter = first - 1 - (negative || first[-1] == '+');
+  const int lower = *letter | 0x20;
+  if (first == end || (lower != 'e' && lower != 'd' && lower != 'q')) return false;
   std::uint64_t magnitude = 0;
-  if (static_cast<std::uint64_t>(end - first - 1) >= most) return false;
-  if (!take_last_digits(end, end - first, magnitude)) return false;
-  exponent = static_cast<std::int64_t>(magnitude) * (letter[1] == '-' ? -1 : 1);
+  for (; first != end; ++first) append_digit(magnitude, *first);
+  exponent = static_cast<std::int64_t>(magnitude) * (negative ? -1 : 1);
   end = letter;
   return true;
 }
@@ -103,7 +104,7 @@ inline bool take_exponent(const char* from, const char*& end, std::int64_t& expo
 [[gnu::noinline]] inline std::optional<ScannedDecimal> scan_with_other_exponent(const char* from,
                                                                                 const char* end) {
   ScannedDecimal number;
-  if (!take_exponent(from, end, number.exponent) || !take_digits(from, end, number)) return {};
+  if (!take_exponent(end, number.exponent) || !take_digits(from, end, number)) return {};
   return number;
 }
 

@@ -82,6 +82,29 @@ TEST(PlainNumber, NumbersEndAtBlanksControlCharactersAndCommas) {
   }
 }
 
+/// What looks like an exponent, or like its beginning, but stands in front of the number.
+TEST(PlainNumber, NothingInFrontBelongsToTheNumber) {
+  for (const char* front : {"1E", "1.5D+", "2q-", "1E+0", "1.5d-00", "E", "7."}) {
+    for (const char* token : {"5", "05", "+05", "-5", "005", "1.5", "2E5"}) {
+      const Text text(std::string(front) + token);
+      const char* const begin = text.begin() + std::string(front).size();
+      double value = 0;
+      double expected = 0;
+      ASSERT_TRUE(parse_number(token, expected));
+      const char* const stop = parse_plain(begin, text.end(), value);
+      if (stop == nullptr) continue;  // left to `parse_number`
+      EXPECT_EQ(stop, text.end() - 1) << front << token;
+      EXPECT_EQ(value, expected) << front << token;
+      EXPECT_TRUE(skip_plain<double>(begin, text.end()) == nullptr ||
+                  skip_plain<double>(begin, text.end()) == stop);
+    }
+    const Text nothing(front);
+    double value = 0;
+    EXPECT_EQ(parse_plain(nothing.end() - 1, nothing.end(), value), nullptr) << front;
+    EXPECT_EQ(skip_plain<double>(nothing.end() - 1, nothing.end()), nullptr) << front;
+  }
+}
+
 TEST(PlainNumber, DroppedNumbersEndWhereReadOnesDo) {
   for (const char* token : {"0", "-1.", "+.5", "0.12345678E+00", "-1.2345678D-05", "1e9999"}) {
     const Text text(token);
