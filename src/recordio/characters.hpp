@@ -26,7 +26,7 @@ using Characters [[gnu::vector_size(characters_at_once)]] = unsigned char;
 
 namespace detail {
 
-/// What the two functions below do without a processor's help.
+/// What `bits_of` and `number_of` do without a processor's help.
 template <class Flags>
 [[nodiscard]] std::uint32_t bits_one_by_one(Flags flags) {
   std::uint32_t bits = 0;

@@ -93,7 +93,8 @@ const char* skip_separators_at_hand(const char* from, bool comma, std::int64_t& 
   return from;
 }
 
-/// Has a whole number in the buffer, oddities aside. False near the end of the file.
+/// Has a whole number in the buffer, oddities aside. False near the end of the file, and where a
+/// pipe hands over less at a time.
 bool ListReader::number_at_hand() {
   const auto enough = [&] { return file_.end() - file_.begin() >= bytes_at_hand; };
   return enough() || (file_.more() && enough());

@@ -178,7 +178,8 @@ inline bool round_decimal(const ScannedDecimal& number, double& value) {
   return true;
 }
 
-/// What is longer may be longer than numbers are allowed to be.
+/// Longer ones are left to the caller, who knows how long a number may be. One that is cut off here
+/// ends at a character that ends no number.
 inline constexpr std::ptrdiff_t most_characters = 64;
 
 /// Takes what else is a number. Separate, since it is rarely wanted.

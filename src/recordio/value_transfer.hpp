@@ -27,8 +27,8 @@ inline constexpr std::int64_t piece_values = 4096;
 
 /// Several lines are moved point by point in tiles, a piece of each line in turn, so that memory is
 /// gone through once rather than once for each line. A tile is small enough for a cache, and its
-/// pieces are long enough for the system to move many pages at a time. Fewer bytes are moved line
-/// by line.
+/// pieces are long enough for the system to move many pages at a time. Arrays of
+/// fewer than `least_bytes_for_tiles` are moved line by line.
 inline constexpr std::int64_t tile_bytes = std::int64_t{1536} * 1024;
 inline constexpr std::int64_t least_bytes_for_tiles = std::int64_t{384} * 1024;
 inline constexpr std::int64_t least_values_in_tile = 4096;

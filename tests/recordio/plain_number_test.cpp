@@ -105,6 +105,22 @@ TEST(PlainNumber, NothingInFrontBelongsToTheNumber) {
   }
 }
 
+TEST(PlainNumber, NumbersOfAnyLengthAreReadWholeOrLeftAlone) {
+  for (std::size_t length = 1; length < 80; ++length) {
+    for (const char* behind : {"", "5", ".5", "e1", "e-1", "d1"}) {
+      const std::string token = std::string(length, '0') + "7" + behind;
+      const Text text(token);
+      double value = 0;
+      double expected = 0;
+      ASSERT_TRUE(parse_number(token, expected));
+      const char* const stop = parse_plain(text.begin(), text.end(), value);
+      if (stop == nullptr || *stop != ' ') continue;
+      EXPECT_EQ(stop, text.end() - 1) << token;
+      EXPECT_EQ(value, expected) << token;
+    }
+  }
+}
+
 TEST(PlainNumber, DroppedNumbersEndWhereReadOnesDo) {
   for (const char* token : {"0", "-1.", "+.5", "0.12345678E+00", "-1.2345678D-05", "1e9999"}) {
     const Text text(token);
