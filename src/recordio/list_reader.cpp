@@ -4,7 +4,6 @@
 #include <charconv>
 #include <cstring>
 #include <system_error>
-#include <utility>
 
 #include "recordio/number_text.hpp"
 #include "recordio/plain_number.hpp"
@@ -121,7 +120,7 @@ std::int64_t ListReader::take_plain(Number* to, std::int64_t stride, std::int64_
       // The byte at `end` ends no number.
       plain = stop != nullptr && ends_token(*stop);
       if (!plain) break;
-      if constexpr (keep) *std::exchange(to, to + stride) = value;
+      if constexpr (keep) to[(count - left) * stride] = value;
       lines += line_ends;
       comma = true;
       at = stop;

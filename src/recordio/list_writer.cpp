@@ -12,9 +12,12 @@ namespace {
 
 constexpr std::int64_t line_width = 80;
 
-/// Values formatted between two looks at the room in the file's buffer.
+/// Values written between two looks at the room in the file's buffer.
 constexpr std::int64_t values_at_a_time = 64;
-static_assert(values_at_a_time * (number_room + 2) <= std::int64_t{OutputFile::reserve_limit});
+
+/// A value, the blank in front of it and a line end.
+constexpr std::int64_t room_for_value = number_room + 2;
+static_assert(values_at_a_time * room_for_value <= std::int64_t{OutputFile::reserve_limit});
 
 /// A double that is written as a single if single precision can hold it to the bit.
 struct ShortenedNumber {
@@ -38,10 +41,10 @@ char* write_number(char* to, const ShortenedNumber& number) {
   return write_number(to, NumberWithDigits<float>{static_cast<float>(value), digits});
 }
 
-/// Calls `visit` with the entry's memory in its kind and with what makes of a value that which is
-/// written.
+/// Calls `visit` with the entry's memory in its kind, and with what prepares one of its values for
+/// `write_number`.
 template <class Visit>
-void with_format(const Values<const void>& entry, Visit visit) {
+void with_kind(const Values<const void>& entry, Visit visit) {
   switch (entry.memory_kind) {
     case FileKind::integer4:
       return visit(static_cast<const integer*>(entry.memory), [](integer value) { return value; });
@@ -57,14 +60,13 @@ void with_format(const Values<const void>& entry, Visit visit) {
   }
 }
 
-/// Calls `put` with what is to be written for each of at most `values_at_a_time` values. All of
-/// them are worked out before.
-template <class Number, class Format, class Put>
-void put_values(const Number* from, std::int64_t stride, std::int64_t count, Format format,
+/// Prepares at most `values_at_a_time` values, and then calls `put` with each of them.
+template <class Number, class Prepare, class Put>
+void put_values(const Number* from, std::int64_t stride, std::int64_t count, Prepare prepare,
                 Put put) {
-  std::array<decltype(format(*from)), values_at_a_time> numbers;
+  std::array<decltype(prepare(*from)), values_at_a_time> numbers;
   for (std::int64_t i = 0; i < count; ++i) {
-    numbers[static_cast<std::size_t>(i)] = format(from[i * stride]);
+    numbers[static_cast<std::size_t>(i)] = prepare(from[i * stride]);
   }
   for (std::int64_t i = 0; i < count; ++i) put(numbers[static_cast<std::size_t>(i)]);
 }
@@ -73,21 +75,21 @@ void put_values(const Number* from, std::int64_t stride, std::int64_t count, For
 
 void ListWriter::write_values(const Values<const void>& entry) {
   if (entry.count == 0) return;
-  with_format(entry, [&](const auto* memory, auto format) {
+  with_kind(entry, [&](const auto* memory, auto prepare) {
     for (std::int64_t row = 0; row < entry.rows; ++row) {
-      put_line(memory + row, entry.stride, entry.count, format);
+      put_line(memory + row, entry.stride, entry.count, prepare);
     }
   });
 }
 
-template <class Number, class Format>
+template <class Number, class Prepare>
 void ListWriter::put_line(const Number* from, std::int64_t stride, std::int64_t count,
-                          Format format) {
+                          Prepare prepare) {
   for (std::int64_t done = 0; done < count; done += values_at_a_time) {
     const std::int64_t n = std::min(values_at_a_time, count - done);
-    char* const start = file_.reserve(OutputFile::reserve_limit);
+    char* const start = file_.reserve(static_cast<std::size_t>(n * room_for_value));
     char* to = start;
-    put_values(from + done * stride, stride, n, format, [&](const auto& number) {
+    put_values(from + done * stride, stride, n, prepare, [&](const auto& number) {
       char* const separator = to;
       char* const end = write_number(separator + 1, number);
       *separator = ' ';
@@ -113,9 +115,9 @@ namespace {
 
 /// Appends the values of one entry at one point.
 char* put_point(char* to, const Values<const void>& entry, std::int64_t point) {
-  with_format(entry, [&](const auto* memory, auto format) {
+  with_kind(entry, [&](const auto* memory, auto prepare) {
     const auto* const values = memory + point * entry.stride;
-    put_values(values, 1, entry.rows, format, [&](const auto& number) {
+    put_values(values, 1, entry.rows, prepare, [&](const auto& number) {
       *to++ = ' ';
       to = write_number(to, number);
     });
@@ -123,7 +125,7 @@ char* put_point(char* to, const Values<const void>& entry, std::int64_t point) {
   return to;
 }
 
-/// The list with entries of no more rows than are formatted at a time.
+/// The list with entries of no more rows than are written at a time.
 WriteList in_parts(const WriteList& list) {
   WriteList parts;
   for (const auto& entry : list) {

@@ -17,8 +17,8 @@ class ListWriter {
   void finish();
 
  private:
-  template <class Number, class Format>
-  void put_line(const Number* from, std::int64_t stride, std::int64_t count, Format format);
+  template <class Number, class Prepare>
+  void put_line(const Number* from, std::int64_t stride, std::int64_t count, Prepare prepare);
 
   OutputFile& file_;
   std::int64_t used_columns_ = 0;
