@@ -155,6 +155,7 @@ void InputFile::skip(std::int64_t bytes) {
   if (::lseek(descriptor_, target, SEEK_SET) < 0) return discard(bytes);
   file_offset_ = target;
   begin_ = end_ = front();
+  *front() = '\0';
 }
 
 bool InputFile::lies_ahead(std::int64_t bytes) const {

@@ -128,19 +128,19 @@ inline constexpr std::array<double, 23> exact_powers{1e0,  1e1,  1e2,  1e3,  1e4
                                                      1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
                                                      1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 
-inline constexpr std::int64_t greatest_power = exact_powers.size() - 1;
+inline constexpr std::int64_t greatest_exact_power = exact_powers.size() - 1;
 
-constexpr std::array<double, 2 * greatest_power + 1> make_near_powers() {
-  std::array<double, 2 * greatest_power + 1> powers{};
+constexpr std::array<double, 2 * greatest_exact_power + 1> make_near_powers() {
+  std::array<double, 2 * greatest_exact_power + 1> powers{};
   for (std::size_t i = 0; i < exact_powers.size(); ++i) {
-    powers[greatest_power + i] = exact_powers[i];
-    powers[greatest_power - i] = 1 / exact_powers[i];
+    powers[greatest_exact_power + i] = exact_powers[i];
+    powers[greatest_exact_power - i] = 1 / exact_powers[i];
   }
   return powers;
 }
 
-/// The same and their reciprocals, as near as doubles come: `near_powers[greatest_power + e]` is
-/// the one of e.
+/// The same and their reciprocals, as near as doubles come: `near_powers[greatest_exact_power + e]`
+/// is the one of e.
 inline constexpr auto near_powers = make_near_powers();
 
 /// With the number's sign.
@@ -152,7 +152,7 @@ Real signed_value(const ScannedDecimal& number, double magnitude) {
 
 /// Rounds as IEEE arithmetic does. False where that is not certain to be right.
 inline bool round_decimal(const ScannedDecimal& number, float& value) {
-  const auto power = static_cast<std::uint64_t>(number.exponent + greatest_power);
+  const auto power = static_cast<std::uint64_t>(number.exponent + greatest_exact_power);
   if (power >= near_powers.size()) return false;
   const double magnitude =
       static_cast<double>(static_cast<std::int64_t>(number.digits)) * near_powers[power];
