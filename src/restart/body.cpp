@@ -116,6 +116,17 @@ void check_still_held(std::int64_t first, std::int64_t last, std::int64_t held) 
            " to " + std::to_string(last) + " of " + std::to_string(held));
 }
 
+void check_still_held(const char* array, std::int64_t row, std::int64_t held) {
+  if (row >= 1 && row <= held) return;
+  fail_run(std::string(array) + " was changed while it was in use: row " + std::to_string(row) +
+           " of " + std::to_string(held));
+}
+
+integer variables_of_block(integer block) {
+  check_still_held("nfvar", block, nfvar.size());
+  return nfvar(block);
+}
+
 bool skip_older_level(const recordio::Unit& unit, BodyPath path, integer points,
                       const BodyRecord& record) {
   if (path != BodyPath::text) {

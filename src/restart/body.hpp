@@ -206,6 +206,12 @@ inline constexpr integer parameters_per_block = 4;
 /// table.
 void check_still_held(std::int64_t first, std::int64_t last, std::int64_t held);
 
+/// The same for the rows of a module array of a value or more for each block.
+void check_still_held(const char* array, std::int64_t row, std::int64_t held);
+
+/// Variables of a block, of those layouts that count them for each block.
+[[nodiscard]] integer variables_of_block(integer block);
+
 /// The list entry for variables `first` to `last` of a block, in an array (variable, point).
 template <class Real>
 [[nodiscard]] auto variable_lines(array_view<Real, 2> array, const PointNumbering& points,
@@ -222,12 +228,14 @@ template <class Real>
 /// The list entry for the flow parameters in a row of `sqvar` or `dqvar`, as the path has it.
 template <class Memory>
 [[nodiscard]] recordio::Values<Memory> parameter_row(BodyPath path, integer row) {
-  const auto entry = [row](auto& parameters) -> recordio::Values<Memory> {
+  const auto entry = [row](const char* name, auto& parameters) -> recordio::Values<Memory> {
+    check_still_held(name, row,
+                     parameters.extent(2) < parameters_per_block ? 0 : parameters.extent(1));
     const auto kind = recordio::kind_of<std::remove_reference_t<decltype(*parameters.data())>>();
     return {
         kind, kind, parameters.data() + (row - 1), 1, parameters.extent(1), parameters_per_block};
   };
-  return parameters_are_double(path) ? entry(dqvar) : entry(sqvar);
+  return parameters_are_double(path) ? entry("dqvar", dqvar) : entry("sqvar", sqvar);
 }
 
 /// Arrays in double precision that the values of a file pass through, as large as those that they

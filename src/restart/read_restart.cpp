@@ -47,7 +47,7 @@ class WholeReader : public ReadingVisitor {
 
   bool begin_block(integer block) const {
     if (debugprint) message("Reading flow variables for grid ", block);
-    if (layout_.counted_variables) mod_gridvars::numrstrtvar(1) = nfvar(block);
+    if (layout_.counted_variables) mod_gridvars::numrstrtvar(1) = variables_of_block(block);
     return true;
   }
 
@@ -130,12 +130,13 @@ struct RestartRead {
     // The largest count sizes the flow of all blocks.
     std::int64_t counted = 0;
     for (integer b = 1; layout.counted_variables && b <= ngrid; ++b) {
-      if (nfvar(b) < 0) {
-        unit.fail(std::to_string(nfvar(b)) + " variables in block " + std::to_string(b),
+      const integer variables = variables_of_block(b);
+      if (variables < 0) {
+        unit.fail(std::to_string(variables) + " variables in block " + std::to_string(b),
                   "a count from 0 on");
         return false;
       }
-      counted = std::max(counted, nfvar(b) * points.total);
+      counted = std::max(counted, variables * points.total);
     }
     std::int64_t asked_for = 0;
     if (__builtin_mul_overflow(per_point, points.total, &asked_for)) {

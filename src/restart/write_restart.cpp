@@ -26,7 +26,7 @@ class WholeWriter : public WritingVisitor {
 
   bool begin_block(integer block) const {
     message("Writing flow variables for grid ", block);
-    if (layout_.counted_variables) mod_gridvars::numrstrtvar(1) = nfvar(block);
+    if (layout_.counted_variables) mod_gridvars::numrstrtvar(1) = variables_of_block(block);
     return true;
   }
   bool move(integer block, const BodyRecord& record) const {

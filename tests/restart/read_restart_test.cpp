@@ -669,6 +669,19 @@ TEST_F(ReadRestart, SectionsThatTheHostChangesMeanwhileDoNotOverrunTheFlowArray)
   }
 }
 
+TEST_F(ReadRestart, ModuleArraysThatTheHostReleasesMeanwhileAreErrorsOfTheRun) {
+  debugprint = true;
+  for (const auto& [form, release, error] : released_arrays()) {
+    const HandMadeRestart made(form);
+    set_sections(made.form.sections);
+    p3dsetmessages([release = release](std::string_view line) {
+      if (line == " Reading flow variables for grid 2") release();
+    });
+    Restart restart(2);
+    expect_refused(restart, made, error);
+  }
+}
+
 TEST_F(ReadRestart, ExtensionsAreCountedWhenTheFlowArrayHasBeenEnlarged) {
   for (const bool dblprec : {false, true}) {
     HandMadeRestart made({.layout = 101, .iformat = 2, .dblprec = dblprec, .blocks = 1});

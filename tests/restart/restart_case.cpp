@@ -283,6 +283,18 @@ void Restart::fill(int variables) {
   std::ranges::copy(made.auxvalues(), auxvalues.data());
 }
 
+std::vector<ReleasedArray> released_arrays() {
+  return {{{.layout = 2, .iformat = 2},
+           [] { mod_p3dgrid::sqvar.deallocate(); },
+           "sqvar was changed while it was in use: row 2 of 0"},
+          {{.layout = 2, .iformat = 2, .dblprec = true},
+           [] { mod_p3dgrid::dqvar.deallocate(); },
+           "dqvar was changed while it was in use: row 2 of 0"},
+          {{.layout = 3, .iformat = 2},
+           [] { mod_p3dgrid::nfvar.deallocate(); },
+           "nfvar was changed while it was in use: row 2 of 0"}};
+}
+
 void set_sections(const std::vector<std::pair<int, int>>& sections) {
   mod_gridvars::nfilesect = static_cast<integer>(sections.size());
   mod_gridvars::rstrtvarsct.fill(0);

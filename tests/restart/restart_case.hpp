@@ -88,6 +88,15 @@ struct Restart {
   void fill(int variables);
 };
 
+/// A module array that a host releases while a solution of that form is read or written.
+struct ReleasedArray {
+  RestartForm form;
+  void (*release)();
+  const char* error;  ///< if it does so when it is told of block 2
+};
+
+[[nodiscard]] std::vector<ReleasedArray> released_arrays();
+
 /// Sets the section table of the host.
 void set_sections(const std::vector<std::pair<int, int>>& sections);
 

@@ -372,5 +372,21 @@ TEST_F(WriteRestart, FewerVariableCountsThanBlocksEndTheRun) {
   expect_refused(filled(2, 5), {.layout = 3}, "nfvar holds 1 blocks, 2 are to be written");
 }
 
+TEST_F(WriteRestart, ModuleArraysThatTheHostReleasesMeanwhileAreErrorsOfTheRun) {
+  for (const auto& [form, release, error] : released_arrays()) {
+    const HandMadeRestart made(form);
+    set_sections(form.sections);
+    write_file("read", made.bytes());
+    Restart restart(2);
+    restart.read("read", form);
+    p3dsetmessages([release = release](std::string_view line) {
+      if (line == " Writing flow variables for grid 2") release();
+    });
+    EXPECT_THAT([&] { restart.write("restart", form); },
+                ::testing::ThrowsMessage<RunEnded>(HasSubstr(error)));
+    p3dsetmessages({});
+  }
+}
+
 }  // namespace
 }  // namespace mod_p3dgrid
