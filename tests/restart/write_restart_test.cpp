@@ -382,8 +382,8 @@ TEST_F(WriteRestart, ModuleArraysThatTheHostReleasesMeanwhileAreErrorsOfTheRun) 
     p3dsetmessages([release = release](std::string_view line) {
       if (line == " Writing flow variables for grid 2") release();
     });
-    EXPECT_THAT([&] { restart.write("restart", form); },
-                ::testing::ThrowsMessage<RunEnded>(HasSubstr(error)));
+    const auto write = [&restart, &form = form] { restart.write("restart", form); };
+    EXPECT_THAT(write, ::testing::ThrowsMessage<RunEnded>(HasSubstr(error)));
     p3dsetmessages({});
   }
 }
