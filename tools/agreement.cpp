@@ -8,7 +8,7 @@
 #include "restart_header.hpp"
 #include "table.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 namespace {
 
 using mod_p3dgrid::integer;
@@ -33,10 +33,11 @@ void report_by_library(const Pair& pair) {
     // Counts of another file would be taken for this one's room.
     mod_p3dgrid::nfvar.deallocate();
     mod_p3dgrid::checkp3drstrtheader(
-        name_for(pair.grid_path, pair.grid.byte_order), static_cast<integer>(pair.grid.encoding),
-        name_for(pair.restart_path, pair.restart.byte_order),
-        static_cast<integer>(pair.restart.encoding),
-        logical(pair.restart.precision == Precision::double_precision),
+        name_for(pair.grid_path, pair.grid.coding.byte_order),
+        static_cast<integer>(pair.grid.coding.encoding),
+        name_for(pair.restart_path, pair.restart.coding.byte_order),
+        static_cast<integer>(pair.restart.coding.encoding),
+        logical(pair.restart.coding.precision == Precision::double_precision),
         static_cast<integer>(pair.restart.layout), logical(pair.grid.multiblock));
   } catch (const Halt&) {
     throw Failure(ExitStatus::mismatch, pair.disagreement());
@@ -61,19 +62,16 @@ void require_same_extents(const Pair& pair, const Extents& grid, const Extents& 
   }
 }
 
-bool same(const Extents& a, const Extents& b) {
-  return a.i == b.i && a.j == b.j && a.k == b.k;
-}
-
 /// The library compares what begins with a block count in both files or in neither.
 bool library_can_compare(const Pair& pair) {
-  if (!holds_extents(pair.restart.layout)) return false;
-  return may_hold_count(pair.restart.layout) ? pair.restart.multiblock == pair.grid.multiblock
-                                             : pair.grid.multiblock;
+  if (!traits_of(pair.restart.layout).holds_extents()) return false;
+  return traits_of(pair.restart.layout).may_hold_count()
+             ? pair.restart.multiblock == pair.grid.multiblock
+             : pair.grid.multiblock;
 }
 
 Extents extents_of_grid(const std::string& path, const Found& grid) {
-  if (!grid.reading.extents.i.empty()) return grid.reading.extents;
+  if (grid.reading.extents != nullptr) return *grid.reading.extents;
   return extents_of(read_grid(path, grid));
 }
 
@@ -89,14 +87,14 @@ Case find_case(const std::string& grid_path, const StatedGridForm& grid,
                       : find_restart(restart_path, restart, found.extents);
   const Reading& reading = found.restart.reading;
   const Pair pair{grid_path, found.grid.grid(), restart_path, found.restart.restart()};
-  if (reading.extents.i.empty()) {
+  if (reading.extents == nullptr) {
     // A layout without extents, or a header that is none, of which the library knows to say why.
     static_cast<void>(header_with_advice(restart_path, found.restart.restart()));
     return found;
   }
-  if (same(reading.extents, found.extents)) return found;
+  if (*reading.extents == found.extents) return found;
   if (library_can_compare(pair)) report_by_library(pair);
-  require_same_extents(pair, found.extents, reading.extents);
+  require_same_extents(pair, found.extents, *reading.extents);
   return found;
 }
 
@@ -104,4 +102,4 @@ Restart read_restart_of_grid(const std::string& restart_path, const Case& found)
   return read_restart(restart_path, found.restart, found.extents);
 }
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

@@ -2,10 +2,10 @@
 
 #include <string>
 
-#include "detect/detect.hpp"
+#include "find.hpp"
 #include "restart_file.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 
 /// A grid, and a restart file that belongs to it as far as their headers and lengths tell.
 struct Case {
@@ -28,4 +28,4 @@ enum class Look { where_needed, everywhere };
 /// `read_restart` do.
 [[nodiscard]] Restart read_restart_of_grid(const std::string& restart_path, const Case& found);
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

@@ -2,7 +2,7 @@
 
 #include "failure.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 namespace {
 
 void require_one_kind(const AnyFile& file) {
@@ -28,4 +28,4 @@ Found prove_file(const AnyFile& file) {
   return find_any(file.path);
 }
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

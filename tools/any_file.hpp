@@ -2,9 +2,9 @@
 
 #include <string>
 
-#include "detect/detect.hpp"
+#include "find.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 
 /// A file that may be a grid or a restart file, and what the options say of it.
 struct AnyFile {
@@ -23,4 +23,4 @@ struct AnyFile {
 /// The same, and what the options say is compared with the file.
 [[nodiscard]] Found prove_file(const AnyFile& file);
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

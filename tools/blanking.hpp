@@ -5,7 +5,7 @@
 
 #include "grid_file.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 
 /// How often each kind of blanking value occurs.
 struct BlankingCounts {
@@ -36,4 +36,4 @@ struct BlankingCounts {
   return blocks;
 }
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

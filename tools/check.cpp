@@ -9,7 +9,7 @@
 #include "options.hpp"
 #include "table.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 namespace {
 
 struct CheckOptions {
@@ -26,7 +26,7 @@ void require_end(const std::string& path, const Found& found) {
 }
 
 std::string contents_of(const Reading& reading) {
-  const Extents& extents = reading.extents;
+  const Extents& extents = *reading.extents;
   return describe(reading) + "; " + counted(extents.blocks(), "block") + ", " +
          counted(extents.points(), "point");
 }
@@ -83,4 +83,4 @@ Command add_check(CLI::App& program) {
   return {line, [options] { check(*options); }};
 }
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

@@ -3,7 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <functional>
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 
 /// A command of the program: its place on the command line, and the work to do once the line has
 /// been read. The work throws a Failure when it cannot be done.
@@ -21,4 +21,4 @@ struct Command {
 [[nodiscard]] Command add_tecplot(CLI::App& program);
 [[nodiscard]] Command add_plot(CLI::App& program);
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

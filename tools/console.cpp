@@ -12,7 +12,7 @@
 
 #include "failure.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 namespace {
 
 bool quiet_wanted = false;
@@ -107,4 +107,4 @@ void finish_output() {
                 "standard output: " + std::generic_category().message(first_output_error));
 }
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 
 /// With `quiet`, progress lines and notes are dropped; results and failures are not.
 void set_quiet(bool quiet);
@@ -34,4 +34,4 @@ void show_status(const std::string& line);
 /// start, so that a full disk or a closed pipe does not look like success.
 void finish_output();
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

@@ -9,7 +9,7 @@
 #include "output_file.hpp"
 #include "table.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 namespace {
 
 struct ConvertOptions {
@@ -43,10 +43,10 @@ void convert(const ConvertOptions& options) {
   OutputFile output(options.output);
   const Found found = find_grid(options.input, options.stated);
   Grid grid = read_grid(options.input, found);
-  const GridForm form = options.change.applied_to(found.grid());
+  const GridForm form = applied_to(found.grid(), options.change);
   require_writable_form(options, form, grid);
   if (form.iblank && !grid.iblank.allocated()) allocate_blanking(grid);
-  if (loses_digits(found.grid(), form)) {
+  if (loses_digits(found.grid().coding, form.coding)) {
     print_note("coordinates pass through single precision: " + options.output +
                " holds about 7 digits of each, whatever its own precision");
   }
@@ -74,4 +74,4 @@ Command add_convert(CLI::App& program) {
   return {line, [options] { convert(*options); }};
 }
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

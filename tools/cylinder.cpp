@@ -5,7 +5,7 @@
 #include <functional>
 #include <numbers>
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 namespace {
 
 using mod_p3dgrid::integer;
@@ -107,4 +107,4 @@ Grid cylinder_grid() {
   return grid;
 }
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

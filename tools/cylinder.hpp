@@ -5,7 +5,7 @@
 
 #include "grid_file.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 
 /// Grid around a circular cylinder in cross flow, the sample case. The cylinder has radius 1 and
 /// its axis is z; the stream comes along x.
@@ -18,4 +18,4 @@ namespace p3dgrid {
 /// 2 are the finer grid. Its outermost overlapping points stay in use.
 [[nodiscard]] Grid cylinder_grid();
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

@@ -3,7 +3,7 @@
 #include <array>
 #include <cmath>
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 namespace {
 
 constexpr double gamma = 1.4;  // ratio of specific heats
@@ -86,4 +86,4 @@ Restart cylinder_functions(const Grid& grid) {
   return restart;
 }
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

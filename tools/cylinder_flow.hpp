@@ -3,7 +3,7 @@
 #include "grid_file.hpp"
 #include "restart_file.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 
 /// The flow around the sample's cylinder: potential flow, inviscid and without circulation, its
 /// velocities those of the incompressible case, its thermodynamic state the isentropic one that
@@ -17,4 +17,4 @@ namespace p3dgrid {
 /// Three functions: pressure coefficient, local Mach number, stream function.
 [[nodiscard]] Restart cylinder_functions(const Grid& grid);
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

@@ -3,7 +3,7 @@
 #include <stdexcept>
 #include <string>
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 
 /// What the process tells its caller.
 enum class ExitStatus {
@@ -36,4 +36,4 @@ class Halt : public Failure {
   Halt() : Failure(ExitStatus::mismatch, "halted, for the reason given on standard output") {}
 };
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

@@ -4,11 +4,12 @@
 #include <new>
 
 #include "console.hpp"
+#include "extents.hpp"
 #include "failure.hpp"
 #include "paths.hpp"
 #include "progress.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 namespace {
 
 using mod_p3dgrid::integer;
@@ -19,7 +20,7 @@ void require_memory(integer allocation_status) {
 }
 
 logical precision_flag(const GridForm& form) {
-  return form.precision == Precision::double_precision;
+  return form.coding.precision == Precision::double_precision;
 }
 
 std::string with_advice(const std::string& message, const std::string& advice) {
@@ -28,15 +29,15 @@ std::string with_advice(const std::string& message, const std::string& advice) {
 
 // The library skips what is left of a record and never looks behind the last block, so a file of
 // another form can be read without a complaint, into nonsense. Lengths give it away.
-void require_form(const std::string& path, const GridForm& form, const Extents& extents) {
-  const Fit fit = fit_of(path, form, extents);
+void require_form(const std::string& path, const GridForm& form) {
+  const Fit fit = fit_of(path, form);
   if (fit.whole()) return;
-  if (only_followed(fit, form.encoding)) {
+  if (only_followed(fit, form.coding.encoding)) {
     return print_note(path + ": " + fit.what + ", and are left out");
   }
   GridForm with_blanking = form;
   with_blanking.iblank = true;
-  if (form.encoding == Encoding::unformatted && fit_of(path, with_blanking, extents).whole()) {
+  if (form.coding.encoding == Encoding::unformatted && fit_of(path, with_blanking).whole()) {
     print_note(path + ": holds blanking values, which are left out; --grid-iblank yes reads them");
     return;
   }
@@ -84,9 +85,10 @@ Grid read_grid(const std::string& path, const Found& found) {
   const GridForm& form = found.grid();
   Grid grid;
   try {
-    mod_p3dgrid::readp3dgrid(name_for(path, form.byte_order), static_cast<integer>(form.encoding),
-                             precision_flag(form), grid.blocks, grid.ndim, grid.xyz, grid.idim,
-                             grid.jdim, grid.kdim, grid.iblank, form.iblank, form.multiblock);
+    mod_p3dgrid::readp3dgrid(name_for(path, form.coding.byte_order),
+                             static_cast<integer>(form.coding.encoding), precision_flag(form),
+                             grid.blocks, grid.ndim, grid.xyz, grid.idim, grid.jdim, grid.kdim,
+                             grid.iblank, form.iblank, form.multiblock);
   } catch (const Unreadable& failure) {
     throw Failure(failure.status(), with_advice(failure.what(), advice(path, stated_as(form))));
   }
@@ -94,23 +96,24 @@ Grid read_grid(const std::string& path, const Found& found) {
     throw Failure(ExitStatus::mismatch,
                   path + ": has a block count of " + std::to_string(grid.blocks));
   }
-  if (!found.reading.fit.whole() || found.stated) require_form(path, form, extents_of(grid));
+  if (!found.reading.fit.whole() || found.stated) require_form(path, form);
   return grid;
 }
 
 Extents extents_of(const Grid& grid) {
-  return Extents::of(grid.idim, grid.jdim, grid.kdim);
+  return extents_from(grid.idim, grid.jdim, grid.kdim);
 }
 
 void write_grid(const std::string& path, const GridForm& form, const Grid& grid) {
-  const std::int64_t coordinates = holds_doubles(form.encoding, form.precision) ? 24 : 12;
+  const std::int64_t coordinates = holds_doubles(form.coding) ? 24 : 12;
   const std::int64_t blanking = form.iblank ? 4 : 0;
   // How long text becomes shows only when it is there.
-  const bool known = form.encoding != Encoding::formatted;
+  const bool known = form.coding.encoding != Encoding::formatted;
   expect_output(known ? grid.points() * (coordinates + blanking) : 0);
-  mod_p3dgrid::writep3dgrid(name_for(path, form.byte_order), static_cast<integer>(form.encoding),
-                            precision_flag(form), grid.blocks, grid.ndim, grid.xyz, grid.idim,
-                            grid.jdim, grid.kdim, grid.iblank, form.iblank, form.multiblock);
+  mod_p3dgrid::writep3dgrid(name_for(path, form.coding.byte_order),
+                            static_cast<integer>(form.coding.encoding), precision_flag(form),
+                            grid.blocks, grid.ndim, grid.xyz, grid.idim, grid.jdim, grid.kdim,
+                            grid.iblank, form.iblank, form.multiblock);
 }
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

@@ -4,11 +4,10 @@
 #include <cstdint>
 #include <string>
 
-#include "detect/detect.hpp"
-#include "extents.hpp"
-#include "grid_form.hpp"
+#include "find.hpp"
+#include "form_options.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 
 /// A grid in memory, as the library reads and writes it.
 struct Grid {
@@ -49,4 +48,4 @@ void allocate_blanking(Grid& grid);
 /// Writes a grid file; what `path` names is complete only once this returns.
 void write_grid(const std::string& path, const GridForm& form, const Grid& grid);
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

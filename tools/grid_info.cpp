@@ -12,7 +12,7 @@
 #include "table.hpp"
 #include "variable_report.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 namespace {
 
 using mod_p3dgrid::integer;
@@ -124,4 +124,4 @@ void print_grid_info(const std::string& path, const Found& found, const Grid& gr
   print_variables(report_on_coordinates(grid.xyz, extents_of(grid)), "coordinate");
 }
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

@@ -9,8 +9,8 @@
 namespace mod_gridvars {
 namespace {
 
-using p3dgrid::ExitStatus;
-using p3dgrid::Failure;
+using p3dgrid::tool::ExitStatus;
+using p3dgrid::tool::Failure;
 
 // An allocation that fails is reported without a file; the announcement before it names one.
 std::string& file_at_work() {
@@ -29,7 +29,7 @@ void dispreadwrite(const integer&, const integer&, const integer&, const FileNam
                    const integer&, const logical&, const std::optional<integer>&,
                    const std::optional<logical>&, const std::optional<logical>&,
                    const std::optional<logical>&, const std::optional<logical>&) {
-  file_at_work() = p3dgrid::path_behind(filename.view());
+  file_at_work() = p3dgrid::tool::path_behind(filename.view());
 }
 
 void checkallocationerror(const integer& status) {
@@ -39,7 +39,7 @@ void checkallocationerror(const integer& status) {
 }
 
 void dispfilereaderror() {
-  throw p3dgrid::Unreadable(mod_p3dgrid::p3dlastfailure().describe());
+  throw p3dgrid::tool::Unreadable(mod_p3dgrid::p3dlastfailure().describe());
 }
 
 }  // namespace mod_gridvars

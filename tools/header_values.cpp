@@ -3,13 +3,13 @@
 #include "restart_header.hpp"
 #include "table.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 
 using mod_p3dgrid::integer;
 
 std::string digits_in(const RestartForm& form, double value) {
-  const bool rounded =
-      form.encoding != Encoding::formatted && form.precision == Precision::single_precision;
+  const bool rounded = form.coding.encoding != Encoding::formatted &&
+                       form.coding.precision == Precision::single_precision;
   return rounded ? digits(static_cast<float>(value)) : digits(value);
 }
 
@@ -19,7 +19,7 @@ std::string HeaderValue::text(const RestartForm& form) const {
 }
 
 std::vector<HeaderValue> header_values(const RestartForm& form) {
-  if (!holds_step(form.layout)) return {};
+  if (!traits_of(form.layout).holds_step()) return {};
   const bool talven = form.layout == Layout::talven;
   std::vector<HeaderValue> values;
   if (talven) {
@@ -46,4 +46,4 @@ std::vector<HeaderValue> header_values(const RestartForm& form) {
   return values;
 }
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

@@ -5,9 +5,9 @@
 #include <variant>
 #include <vector>
 
-#include "restart_form.hpp"
+#include "form_options.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 
 /// A value of a restart file's header that goes for all of its blocks.
 struct HeaderValue {
@@ -26,4 +26,4 @@ struct HeaderValue {
 /// A real of the header with the digits that the file has of it.
 [[nodiscard]] std::string digits_in(const RestartForm& form, double value);
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

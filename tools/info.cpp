@@ -11,7 +11,7 @@
 #include "options.hpp"
 #include "restart_info.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 namespace {
 
 struct InfoOptions {
@@ -69,4 +69,4 @@ Command add_info(CLI::App& program) {
   return {line, [options] { print_info(*options); }};
 }
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

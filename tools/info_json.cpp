@@ -1,5 +1,6 @@
 #include "info_json.hpp"
 
+#include <algorithm>
 #include <cmath>
 #include <nlohmann/json.hpp>
 
@@ -8,7 +9,7 @@
 #include "table.hpp"
 #include "variable_report.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 namespace {
 
 using mod_p3dgrid::integer;
@@ -33,27 +34,29 @@ Json number_in(const RestartForm& form, double value) {
   return std::isfinite(value) ? Json(std::stod(digits_in(form, value))) : number(value);
 }
 
-template <class Form>
-Json coding(const Form& form) {
+Json json_of(const Coding& coding) {
   Json json;
-  const bool text = form.encoding == Encoding::formatted;
-  json["format"] = name_of(form.encoding);
-  json["precision"] = text ? Json() : Json(name_of(form.precision));
-  json["byte_order"] = text ? Json() : Json(name_of(form.byte_order));
+  Coding::for_each_member(
+      [&](const auto& member, const auto& value) {
+        std::string key = member.name;
+        std::ranges::replace(key, '-', '_');
+        json[key] = member.only_in_records && is_text(coding) ? Json() : Json(name_of(value));
+      },
+      coding);
   return json;
 }
 
 Json form_of(const GridForm& form) {
-  Json json = coding(form);
+  Json json = json_of(form.coding);
   json["multiblock"] = form.multiblock;
   json["iblank"] = form.iblank;
   return json;
 }
 
 Json form_of(const RestartForm& form, const Sections* sections) {
-  Json json = coding(form);
+  Json json = json_of(form.coding);
   json["layout"] = static_cast<integer>(form.layout);
-  json["multiblock"] = may_hold_count(form.layout) ? Json(form.multiblock) : Json();
+  json["multiblock"] = traits_of(form.layout).may_hold_count() ? Json(form.multiblock) : Json();
   json["sections"] = nullptr;
   if (sections == nullptr) return json;
   json["sections"] = Json::array();
@@ -135,7 +138,7 @@ Json blocks(const RestartReport& report) {
   for (std::size_t b = 0; b < extents.i.size(); ++b) {
     json.push_back(block(extents, b));
     if (!report.header.functions.empty()) json.back()["functions"] = report.header.functions[b];
-    if (report.body && holds_parameters(form.layout)) {
+    if (report.body && traits_of(form.layout).parameters) {
       json.back()["parameters"] = parameters(form, report.body->parameters[b]);
     }
   }
@@ -178,4 +181,4 @@ std::string json_of(const std::string& path, const RestartReport& report) {
   return text_of(json);
 }
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

@@ -12,7 +12,7 @@
 #include "process.hpp"
 #include "progress.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 namespace {
 
 constexpr std::array commands = {add_sample,  add_info,    add_convert, add_check,
@@ -124,12 +124,12 @@ ExitStatus attempt(const Step& step) {
 }
 
 }  // namespace
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool
 
 int main(int argc, char** argv) {
-  using p3dgrid::ExitStatus;
-  p3dgrid::prepare_process();
-  const ExitStatus work = p3dgrid::attempt([&] { p3dgrid::run(argc, argv); });
-  const ExitStatus output = p3dgrid::attempt(p3dgrid::finish_output);
+  using p3dgrid::tool::ExitStatus;
+  p3dgrid::tool::prepare_process();
+  const ExitStatus work = p3dgrid::tool::attempt([&] { p3dgrid::tool::run(argc, argv); });
+  const ExitStatus output = p3dgrid::tool::attempt(p3dgrid::tool::finish_output);
   return static_cast<int>(work == ExitStatus::done ? output : work);
 }

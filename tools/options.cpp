@@ -3,18 +3,8 @@
 #include <string>
 #include <vector>
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 namespace {
-
-const std::vector<Encoding> encodings = {Encoding::unformatted, Encoding::formatted,
-                                         Encoding::binary};
-const std::vector<Precision> precisions = {Precision::single_precision,
-                                           Precision::double_precision};
-const std::vector<bool> yes_or_no = {true, false};
-const std::vector<ByteOrder> byte_orders = {ByteOrder::little, ByteOrder::big};
-const std::vector<Layout> layouts = {Layout::talven,   Layout::time_step, Layout::solution,
-                                     Layout::function, Layout::triplets,  Layout::single_block,
-                                     Layout::bare};
 
 const std::string grid_group = "The grid file read; auto, the default, finds it out";
 const std::string restart_group = "The restart file read; auto, the default, finds it out";
@@ -24,52 +14,56 @@ const std::string values_group = "Header values of the file written; default as 
 /// What an input option says when the file is to say it itself.
 const std::string automatic = "auto";
 
-/// An option that takes one of a few words, `first` among them: a word for no choice, or none.
-template <class Choice>
-CLI::Option* add_choice(CLI::App& command, const std::string& name, std::optional<Choice>& target,
-                        const std::vector<Choice>& choices, const std::string& description,
-                        const std::string& first = "") {
-  std::vector<std::string> words;
-  if (!first.empty()) words.push_back(first);
-  for (const Choice choice : choices) words.emplace_back(name_of(choice));
-  std::string usage;
-  for (const std::string& word : words) usage.append(usage.empty() ? "" : "|").append(word);
-  const auto take = [&target, choices](const std::string& word) {
-    target.reset();
-    for (const Choice choice : choices) {
-      if (word == name_of(choice)) target = choice;
-    }
-  };
-  return command.add_option_function<std::string>(name, take, description)
-      ->check(CLI::IsMember(words).description(""))
-      ->type_name(usage);
-}
-
-/// Adds options that describe one file.
+/// Adds an option for each member of the form of one file.
 class FileOptions {
  public:
   /// @param first  a word for no choice, or none
-  FileOptions(CLI::App& command, std::string group, std::string first = "")
-      : command_(command), group_(std::move(group)), first_(std::move(first)) {}
+  FileOptions(CLI::App& command, std::string prefix, std::string group, std::string first = "")
+      : command_(command),
+        prefix_(std::move(prefix)),
+        group_(std::move(group)),
+        first_(std::move(first)) {}
 
-  template <class Choice>
-  void add(const std::string& name, std::optional<Choice>& target,
-           const std::vector<Choice>& choices, const std::string& description) {
-    add_choice(command_, name, target, choices, description, first_)->group(group_);
+  template <class Value>
+  void operator()(const Member<Value>& member, std::optional<Value>& choice) const {
+    std::vector<std::string> all;
+    if (!first_.empty()) all.push_back(first_);
+    for (const Value value : member.choices) all.emplace_back(name_of(value));
+    const auto take = [&choice, &member](const std::string& word) {
+      choice.reset();
+      for (const Value value : member.choices) {
+        if (word == name_of(value)) choice = value;
+      }
+    };
+    add(member, take, CLI::IsMember(all).description(""), CLI::detail::join(all, "|"));
   }
 
-  /// What grids and restart files have in common.
-  void add_coding(const std::string& prefix, auto& form, const std::string& reals) {
-    add(prefix + "-format", form.encoding, encodings,
-        "records with length markers, text, or plain bytes");
-    add(prefix + "-precision", form.precision, precisions,
-        "size of the " + reals + ", ignored for text");
-    add(prefix + "-byte-order", form.byte_order, byte_orders,
-        "order of the bytes of each number, ignored for text");
+  void operator()(const Member<std::optional<Sections>>& member,
+                  std::optional<Sections>& sections) const {
+    if (first_.empty()) return;  // a file that is written has those of the file read
+    const auto readable = [](const std::string& text) {
+      return text == automatic || sections_in(text)
+                 ? std::string()
+                 : "'" + text +
+                       "' is no list of sections such as 1-5,6-7, with each variable "
+                       "from 1 on in one of at most 30";
+    };
+    const auto take = [&sections](const std::string& text) { sections = sections_in(text); };
+    add(member, take, CLI::Validator(readable, ""), first_ + "|FIRST-LAST,...");
   }
 
  private:
+  template <class Value, class Take>
+  void add(const Member<Value>& member, const Take& take, const CLI::Validator& valid,
+           const std::string& usage) const {
+    command_.add_option_function<std::string>(option_name(prefix_, member), take, member.meaning)
+        ->check(valid)
+        ->type_name(usage)
+        ->group(group_);
+  }
+
   CLI::App& command_;
+  std::string prefix_;
   std::string group_;
   std::string first_;
 };
@@ -79,23 +73,6 @@ CLI::Validator not_empty() {
     return text.empty() ? std::string("the name is empty") : std::string();
   };
   return {complaint, ""};
-}
-
-void add_sections(CLI::App& command, std::optional<Sections>& sections) {
-  const auto readable = [](const std::string& text) {
-    return text == automatic || sections_in(text)
-               ? std::string()
-               : "'" + text +
-                     "' is no list of sections such as 1-5,6-7, with each variable "
-                     "from 1 on in one of at most 30";
-  };
-  const auto take = [&sections](const std::string& text) { sections = sections_in(text); };
-  command
-      .add_option_function<std::string>(
-          "--sections", take, "variables that each record of a block holds, such as 1-5,6-7")
-      ->check(CLI::Validator(readable, ""))
-      ->type_name("auto|FIRST-LAST,...")
-      ->group(restart_group);
 }
 
 std::string given_option(const CLI::App& command, const std::string& group) {
@@ -113,41 +90,21 @@ CLI::Option* add_path(CLI::App& command, const std::string& name, std::string& p
 }
 
 void add_grid_options(CLI::App& command, StatedGridForm& stated) {
-  FileOptions options(command, grid_group, automatic);
-  options.add_coding("--grid", stated, "coordinates");
-  options.add("--grid-multiblock", stated.multiblock, yes_or_no,
-              "the file begins with its number of blocks");
-  options.add("--grid-iblank", stated.iblank, yes_or_no,
-              "each block ends with its blanking values");
+  StatedGridForm::for_each_member(FileOptions(command, "--grid", grid_group, automatic), stated);
 }
 
 void add_target_options(CLI::App& command, StatedGridForm& change) {
-  FileOptions options(command, target_group);
-  options.add_coding("--to", change, "coordinates");
-  options.add("--to-multiblock", change.multiblock, yes_or_no,
-              "begin with the number of blocks; it can be left out for one block");
-  options.add("--to-iblank", change.iblank, yes_or_no,
-              "write blanking values: those read, or else 1 everywhere");
+  StatedGridForm::for_each_member(FileOptions(command, "--to", target_group), change);
 }
 
 void add_restart_options(CLI::App& command, StatedRestartForm& stated) {
-  FileOptions options(command, restart_group, automatic);
-  options.add("--layout", stated.layout, layouts,
-              "restart layout: 2 PLOT3D solution, 3 PLOT3D function, 0 TALVEN, 1 and 100 to 102 "
-              "time-step layouts");
-  options.add_coding("--restart", stated, "reals");
-  options.add("--restart-multiblock", stated.multiblock, yes_or_no,
-              "layouts 2 and 3: the file begins with its number of blocks");
-  add_sections(command, stated.sections);
+  StatedRestartForm::for_each_member(FileOptions(command, "--restart", restart_group, automatic),
+                                     stated);
 }
 
 void add_restart_target_options(CLI::App& command, StatedRestartForm& change,
                                 HeaderValues& values) {
-  FileOptions options(command, target_group);
-  options.add("--to-layout", change.layout, layouts, "restart layout; not 0");
-  options.add_coding("--to", change, "reals");
-  options.add("--to-multiblock", change.multiblock, yes_or_no,
-              "layouts 2 and 3: begin with the number of blocks; it can be left out for one block");
+  StatedRestartForm::for_each_member(FileOptions(command, "--to", target_group), change);
   const auto add_value = [&](const char* name, auto& value, const char* description) {
     command.add_option(name, value, description)->group(values_group);
   };
@@ -174,4 +131,4 @@ std::string given_restart_option(const CLI::App& command) {
   return given_option(command, restart_group);
 }
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

@@ -3,11 +3,10 @@
 #include <CLI/CLI.hpp>
 #include <string>
 
-#include "grid_form.hpp"
+#include "form_options.hpp"
 #include "restart_conversion.hpp"
-#include "restart_form.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 
 /// A file or folder that the command works on, as a required argument. `path` must outlive the
 /// parsing.
@@ -35,4 +34,4 @@ void add_grid_of_restart(CLI::App& command, std::string& path);
 [[nodiscard]] std::string given_grid_option(const CLI::App& command);
 [[nodiscard]] std::string given_restart_option(const CLI::App& command);
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

@@ -12,7 +12,7 @@
 
 #include "failure.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 namespace {
 
 class Descriptor {
@@ -149,4 +149,4 @@ void require_different_files(const std::string& input, const std::string& output
   }
 }
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

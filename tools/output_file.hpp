@@ -7,7 +7,7 @@
 
 #include "unfinished_file.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 
 /// What the names of temporary files begin with.
 inline constexpr const char* temporary_prefix = ".p3dgrid-";
@@ -46,4 +46,4 @@ class OutputFile {
 /// Throws a Failure when writing `output` would destroy `input`, however the two are spelt.
 void require_different_files(const std::string& input, const std::string& output);
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

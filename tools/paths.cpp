@@ -3,7 +3,7 @@
 #include <map>
 #include <utility>
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 namespace {
 
 using mod_p3dgrid::FileName;
@@ -88,4 +88,4 @@ std::string path_behind(std::string_view name) {
   return prefix->second + std::string(name.substr(prefix->first.size()));
 }
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

@@ -4,9 +4,9 @@
 #include <string>
 #include <string_view>
 
-#include "encoding.hpp"
+#include "form_options.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 
 /// The name by which the library is told of a file. Paths that fit are their own names; for the
 /// others a short name is made up, which the library turns back into the path. The name stays
@@ -24,4 +24,4 @@ namespace p3dgrid {
 /// The path behind a name; a name that is not from here is its own path.
 [[nodiscard]] std::string path_behind(std::string_view name);
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

@@ -13,7 +13,7 @@
 #include "plot/flow_variable.hpp"
 #include "plot/picture.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 namespace {
 
 using mod_p3dgrid::integer;
@@ -155,4 +155,4 @@ Command add_plot(CLI::App& program) {
   return {line, [options] { plot_files(*options); }};
 }
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

@@ -11,7 +11,7 @@
 #include "console.hpp"
 #include "failure.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 namespace {
 
 // A stream that was closed by the caller is opened the wrong way round: using it still fails, as
@@ -49,4 +49,4 @@ LibraryMessages::~LibraryMessages() {
   mod_p3dgrid::p3dsetmessages(print_progress);
 }
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

@@ -3,7 +3,7 @@
 #include <functional>
 #include <string_view>
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 
 /// Puts the process into a state in which failures come back as failures: a closed pipe and a
 /// file-size limit as errors of the write instead of signals, and the three standard streams
@@ -23,4 +23,4 @@ class LibraryMessages {
   ~LibraryMessages();
 };
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

@@ -17,7 +17,7 @@
 #include "console.hpp"
 #include "output_file.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 namespace {
 
 using namespace std::chrono_literals;
@@ -164,4 +164,4 @@ std::string Progress::look() {
                   std::chrono::duration<double>(now - work_->since).count());
 }
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

@@ -10,7 +10,7 @@
 #include <string>
 #include <thread>
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 
 /// Says how much the file will hold that is written next, for the time left to be known.
 void expect_output(std::int64_t bytes);
@@ -70,4 +70,4 @@ class Progress {
   std::thread thread_;
 };
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

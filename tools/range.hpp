@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <limits>
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 
 /// Smallest and largest of the values that have been included.
 struct Range {
@@ -21,4 +21,4 @@ struct Range {
   [[nodiscard]] bool empty() const { return low > high; }
 };
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

@@ -12,7 +12,7 @@
 #include "restart_stream.hpp"
 #include "table.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 namespace {
 
 struct RestartOptions {
@@ -47,17 +47,18 @@ void note(const RestartOptions& options, const std::string& text) {
 
 void note_what_is_lost(const RestartOptions& options, const RestartForm& read,
                        const RestartForm& written) {
-  if (loses_digits(read, written)) {
+  if (loses_digits(read.coding, written.coding)) {
     print_note("flow variables pass through single precision: " + options.output +
                " holds about 7 digits of each, whatever its own precision");
   }
-  if (reads_triplets(read) && read.layout == Layout::triplets &&
-      holds_doubles(read.encoding, read.precision)) {
+  if (reads_triplets(traits_of(read.layout), read.coding) && read.layout == Layout::triplets &&
+      holds_doubles(read.coding)) {
     print_note(options.input +
                ": the triplets of layout 100 are lost when double precision is "
                "read");
   }
-  if (written.layout == Layout::triplets && !reads_triplets(written)) {
+  if (written.layout == Layout::triplets &&
+      !reads_triplets(traits_of(written.layout), written.coding)) {
     note(options,
          "cannot be read back: single-precision files of layout 100 are written with "
          "triplets but read without; --to-precision double or --to-format formatted can");
@@ -96,7 +97,7 @@ void convert_restart(const RestartOptions& options) {
   OutputFile output(options.output);
   const Case found = find_case(options.grid_path, options.grid, options.input, options.stated);
   const RestartForm& read = found.restart.restart();
-  const RestartForm written = options.change.applied_to(read);
+  const RestartForm written = applied_to(read, options.change);
   require_writable_layout(options, written.layout);
   if (options.stream) require_streamable(options, read, written);
   const std::optional<Extents> extents = found.extents;
@@ -143,4 +144,4 @@ Command add_restart(CLI::App& program) {
   return {line, [options] { convert_restart(*options); }};
 }
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

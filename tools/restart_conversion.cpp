@@ -2,7 +2,7 @@
 
 #include "table.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 namespace {
 
 using mod_p3dgrid::integer;
@@ -44,7 +44,7 @@ void settle_step(Restart& restart, const HeaderValues& values, Missing& missing)
 void settle_parameters(Restart& restart, const RestartForm& form, const HeaderValues& values,
                        Missing& missing) {
   const bool read = !restart.parameters.empty();
-  const bool with_time = holds_parameters(form.layout);
+  const bool with_time = traits_of(form.layout).parameters;
   restart.parameters.resize(restart.extents.i.size());
   for (FlowParameters& block : restart.parameters) {
     missing = {};
@@ -62,7 +62,7 @@ bool begins_with_solution(const Sections& sections) {
 void settle_sections(Restart& restart, Layout written, Layout read) {
   const integer variables = restart.variables();
   if (written == Layout::function && read != written) restart.sections = {{1, variables}};
-  if (!holds_triplets(written) || begins_with_solution(restart.sections)) return;
+  if (!traits_of(written).triplets || begins_with_solution(restart.sections)) return;
   restart.sections = {{1, solution_variables}};
   if (variables > solution_variables) {
     restart.sections.push_back({solution_variables + 1, variables});
@@ -88,14 +88,14 @@ void settle_triplets(Restart& restart, std::vector<std::string>& notes) {
 std::string obstacle(const Restart& restart, const RestartForm& read, const RestartForm& written) {
   const integer blocks = restart.extents.blocks();
   const std::string layout = layout_text(written.layout);
-  if (blocks > 1 && holds_one_block(written.layout)) {
+  if (blocks > 1 && traits_of(written.layout).one_block) {
     return layout + " holds one block, and there are " + std::to_string(blocks);
   }
-  if (blocks > 1 && may_hold_count(written.layout) && !written.multiblock) {
+  if (blocks > 1 && traits_of(written.layout).may_hold_count() && !written.multiblock) {
     return "a file without a block count (--to-multiblock no) holds one block, and there are " +
            std::to_string(blocks);
   }
-  const bool five = holds_parameters(written.layout) || holds_triplets(written.layout);
+  const bool five = traits_of(written.layout).parameters || traits_of(written.layout).triplets;
   if (five && written.layout != read.layout && restart.variables() < solution_variables) {
     return layout + " holds five variables, and there " +
            (restart.variables() == 1 ? "is one" : "are " + std::to_string(restart.variables()));
@@ -107,10 +107,11 @@ std::string obstacle(const HeaderValues& values, Layout layout) {
   const bool parameters = values.mach || values.alpha || values.reynolds || values.time;
   const bool step = values.step || values.step_size;
   const std::string text = layout_text(layout);
-  if (parameters && !holds_parameters(layout)) {
+  if (parameters && !traits_of(layout).parameters) {
     return text + " has no place for --mach, --alpha, --reynolds and --time";
   }
-  if (step && !holds_step(layout)) return text + " has no place for --step and --step-size";
+  if (step && !traits_of(layout).holds_step())
+    return text + " has no place for --step and --step-size";
   return "";
 }
 
@@ -118,8 +119,8 @@ std::vector<std::string> adapt(Restart& restart, const RestartForm& read,
                                const RestartForm& written, const HeaderValues& values) {
   std::vector<std::string> notes;
   Missing missing;
-  if (holds_step(written.layout)) settle_step(restart, values, missing);
-  if (holds_parameters(written.layout)) settle_parameters(restart, read, values, missing);
+  if (traits_of(written.layout).holds_step()) settle_step(restart, values, missing);
+  if (traits_of(written.layout).parameters) settle_parameters(restart, read, values, missing);
   if (!missing.names.empty()) {
     notes.push_back("holds 0 for what the file read does not give: " + missing.names + " (" +
                     missing.options + ")");
@@ -136,8 +137,8 @@ std::vector<std::string> adapt(Restart& restart, const RestartForm& read,
     const std::string note = sections_note(restart.sections, written.layout);
     if (!note.empty()) notes.push_back(note);
   }
-  if (holds_triplets(written.layout)) settle_triplets(restart, notes);
+  if (traits_of(written.layout).triplets) settle_triplets(restart, notes);
   return notes;
 }
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

@@ -6,7 +6,7 @@
 
 #include "restart_file.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 
 /// Header values that the user states, in place of those read.
 struct HeaderValues {
@@ -33,4 +33,4 @@ struct HeaderValues {
                                              const RestartForm& written,
                                              const HeaderValues& values);
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

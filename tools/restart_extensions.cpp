@@ -5,7 +5,7 @@
 #include "failure.hpp"
 #include "restart_steps.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 namespace {
 
 using mod_p3dgrid::integer;
@@ -14,9 +14,8 @@ using mod_p3dgrid::integer;
 template <class Take>
 void for_each_extension(const std::array<integer, 3>& flags, Take take) {
   for (std::size_t m = 0; m < flags.size() && flags[m] != end_of_extensions; ++m) {
-    if (flags[m] == 1) take(Section{6, 10});
-    if (flags[m] == 41 && m == 0) take(Section{6, 8});
-    if (flags[m] == 41 && m == 1) take(Section{11, 13});
+    const Extension* const extension = extension_of(flags[m], static_cast<integer>(m + 1));
+    if (extension != nullptr) take(extension->variables);
   }
 }
 
@@ -57,4 +56,4 @@ Sections sections_in_blocks(const Restart& restart, Layout layout) {
   return {restart.sections.front()};
 }
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

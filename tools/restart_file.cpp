@@ -6,21 +6,20 @@
 
 #include "console.hpp"
 #include "failure.hpp"
+#include "form_options.hpp"
 #include "paths.hpp"
 #include "progress.hpp"
-#include "restart_plan.hpp"
 #include "restart_steps.hpp"
 #include "section_table.hpp"
 #include "table.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 namespace {
 
 using mod_p3dgrid::integer;
 using mod_p3dgrid::logical;
 
 constexpr integer write_unit = 301;
-constexpr int triplet = 3;
 
 void require_memory(integer allocation_status) {
   if (allocation_status != mod_p3dgrid::allocation_done) throw std::bad_alloc();
@@ -31,7 +30,7 @@ void require_memory(integer allocation_status) {
 }
 
 logical precision_flag(const RestartForm& form) {
-  return form.precision == Precision::double_precision;
+  return form.coding.precision == Precision::double_precision;
 }
 
 /// The functions of a file that has as many in every block; others cannot be read whole, because
@@ -50,24 +49,21 @@ integer functions_of(const std::string& path, const RestartHeader& header) {
 
 }  // namespace
 
-void require_plan(const std::string& path, const RestartForm& form, const RestartShape& shape,
-                  const std::optional<Extents>& grid) {
-  const Fit fit = fit_of(path, form, shape);
+void require_plan(const std::string& path, RestartForm form, const Sections& sections,
+                  const Extents& extents, const std::optional<Extents>& grid) {
+  form.sections = sections;
+  const bool triplets = reads_triplets(traits_of(form.layout), form.coding);
+  const Fit fit = fit_of(path, form, extents, triplets);
   if (fit.whole()) return;
-  if (only_followed(fit, form.encoding)) {
+  if (only_followed(fit, form.coding.encoding)) {
     const bool records = fit.agreement == Fit::Agreement::longer;
-    return print_note(
-        path + ": " + fit.what + ", and are left out" +
-        (records ? "; --sections may be longer than " + describe(shape.sections) : ""));
+    return print_note(path + ": " + fit.what + ", and are left out" +
+                      (records ? "; --sections may be longer than " + describe(sections) : ""));
   }
   const std::string message = path + ": is not " + describe(form) + " with the sections " +
-                              describe(shape.sections) + ": " + fit.what;
-  if (form.layout == Layout::triplets && !shape.triplets) {
-    RestartShape with_triplets = shape;
-    with_triplets.triplets = true;
-    if (fit_of(path, form, with_triplets).whole()) {
-      throw Failure(ExitStatus::mismatch, path + ": " + triplets_not_read);
-    }
+                              describe(sections) + ": " + fit.what;
+  if (traits_of(form.layout).triplets && !triplets && fit_of(path, form, extents, true).whole()) {
+    throw Failure(ExitStatus::mismatch, path + ": " + triplets_not_read);
   }
   const std::string help = advice(path, stated_as(form), grid);
   throw Failure(ExitStatus::mismatch, help.empty() ? message : message + "; " + help);
@@ -78,7 +74,7 @@ namespace {
 /// The extents by which the body is read: the header's own, or the grid's.
 Extents extents_for(const std::string& path, const RestartForm& form, const RestartHeader& header,
                     const std::optional<Extents>& grid) {
-  if (holds_extents(form.layout)) return header.extents;
+  if (traits_of(form.layout).holds_extents()) return header.extents;
   if (!grid) refuse(path, "holds no extents; they come from its grid");
   if (header.blocks != grid->blocks()) {
     refuse(path, "holds " + counted(header.blocks, "block") + ", the grid " +
@@ -93,17 +89,19 @@ void read_body(const std::string& path, const RestartForm& form, Restart& restar
   mod_p3dgrid::dqvar.deallocate();
   mod_gridvars::readallvars = true;
   fill_section_table(restart.sections, form.layout, restart.variables());
-  mod_p3dgrid::readp3drestart(
-      name_for(path, form.byte_order), static_cast<integer>(form.encoding), precision_flag(form),
-      restart.extents.blocks(), {}, restart.flow, restart.triplets, restart.extents.i,
-      restart.extents.j, restart.extents.k, static_cast<integer>(form.layout), form.multiblock);
+  mod_p3dgrid::readp3drestart(name_for(path, form.coding.byte_order),
+                              static_cast<integer>(form.coding.encoding), precision_flag(form),
+                              restart.extents.blocks(), {}, restart.flow, restart.triplets,
+                              restart.extents.i, restart.extents.j, restart.extents.k,
+                              static_cast<integer>(form.layout), form.multiblock);
   take_run_data(restart, form.layout);
   const integer highest = static_cast<integer>(restart.flow.extent(1));
   if (form.layout == Layout::single_block) return take_extensions(path, restart);
   // Solution files have rows for five variables, however few the sections name.
   clear_variables(restart, restart.variables() + 1, highest);
   // In double precision the library reads the triplets of layout 100 but does not hand them over.
-  const bool handed_over = reads_triplets(form) && !holds_doubles(form.encoding, form.precision);
+  const bool handed_over =
+      reads_triplets(traits_of(form.layout), form.coding) && !holds_doubles(form.coding);
   if (!handed_over) restart.triplets.deallocate();
 }
 
@@ -129,7 +127,8 @@ Sections sections_of(const std::string& path, const RestartForm& form,
     return form.sections.value_or(Sections{{1, functions}});
   }
   const Sections sections = form.sections.value_or(Sections{{1, solution_variables}});
-  if (reads_triplets(form) && sections.front() != Section{1, solution_variables}) {
+  if (reads_triplets(traits_of(form.layout), form.coding) &&
+      sections.front() != Section{1, solution_variables}) {
     throw Failure(ExitStatus::unusable, std::string("layout ") + name_of(form.layout) +
                                             " begins with five variables: --sections must begin "
                                             "with 1-5");
@@ -158,7 +157,7 @@ Restart outline_of(const std::string& path, const RestartForm& form,
 }
 
 std::optional<Extents> extents_to_read_by(const Found& found, const std::optional<Extents>& grid) {
-  return found.reading.extents.i.empty() ? grid : found.reading.extents;
+  return found.reading.extents == nullptr ? grid : std::optional(*found.reading.extents);
 }
 
 bool is_proven(const Found& found) {
@@ -174,27 +173,26 @@ Restart read_restart(const std::string& path, const Found& found,
     const Sections stated = restart.sections;
     read_body(path, form, restart);
     if (is_proven(found)) return;
-    RestartShape shape = shape_of(form, stated, restart.extents);
-    shape.flags = restart.flags;
-    require_plan(path, form, shape, grid);
+    require_plan(path, form, stated, restart.extents, grid);
   });
   return restart;
 }
 
 void write_restart(const std::string& path, const RestartForm& form, const Restart& restart) {
-  const std::int64_t real = holds_doubles(form.encoding, form.precision) ? 8 : 4;
-  const std::int64_t variables = restart.variables() + (holds_triplets(form.layout) ? triplet : 0);
+  const std::int64_t real = holds_doubles(form.coding) ? 8 : 4;
+  const std::int64_t variables =
+      restart.variables() + (traits_of(form.layout).triplets ? triplet : 0);
   // How long text becomes shows only when it is there.
-  const bool known = form.encoding != Encoding::formatted;
+  const bool known = form.coding.encoding != Encoding::formatted;
   expect_output(known ? restart.extents.points() * variables * real : 0);
   set_run_data(restart, form.layout);
   fill_section_table(sections_in_blocks(restart, form.layout), form.layout, restart.variables());
-  mod_p3dgrid::writep3drestart(name_for(path, form.byte_order), static_cast<integer>(form.encoding),
-                               precision_flag(form), restart.extents.blocks(),
-                               restart.extents.blocks(), restart.flow, restart.triplets,
-                               restart.extents.i, restart.extents.j, restart.extents.k,
-                               static_cast<integer>(form.layout), form.multiblock);
+  mod_p3dgrid::writep3drestart(
+      name_for(path, form.coding.byte_order), static_cast<integer>(form.coding.encoding),
+      precision_flag(form), restart.extents.blocks(), restart.extents.blocks(), restart.flow,
+      restart.triplets, restart.extents.i, restart.extents.j, restart.extents.k,
+      static_cast<integer>(form.layout), form.multiblock);
   mod_p3dgrid::p3dcloseunit(write_unit);
 }
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

@@ -6,12 +6,11 @@
 #include <string>
 #include <vector>
 
-#include "detect/detect.hpp"
-#include "extents.hpp"
-#include "restart_form.hpp"
+#include "find.hpp"
+#include "form_options.hpp"
 #include "restart_header.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 
 /// How far a computation has gone.
 struct TimeStep {
@@ -64,4 +63,4 @@ void allocate_triplets(Restart& restart);
 /// variables of a leading record.
 void write_restart(const std::string& path, const RestartForm& form, const Restart& restart);
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

@@ -2,12 +2,13 @@
 
 #include <filesystem>
 
-#include "detect/detect.hpp"
+#include "extents.hpp"
 #include "failure.hpp"
+#include "find.hpp"
+#include "form_options.hpp"
 #include "paths.hpp"
-#include "restart_plan.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 namespace {
 
 using mod_p3dgrid::integer;
@@ -30,11 +31,11 @@ RestartHeader read_restart_header(const std::string& path, const RestartForm& fo
   mod_p3dgrid::nfvar.deallocate();
   RestartHeader header;
   mod_p3dgrid::allocatable<integer, 1> idim, jdim, kdim;
-  const logical dblprec = form.precision == Precision::double_precision;
+  const logical dblprec = form.coding.precision == Precision::double_precision;
   try {
     const UnitCloser closer;
     mod_p3dgrid::readrestartheader(
-        name_for(path, form.byte_order), static_cast<integer>(form.encoding), dblprec,
+        name_for(path, form.coding.byte_order), static_cast<integer>(form.coding.encoding), dblprec,
         header.blocks, static_cast<integer>(form.layout), form.multiblock, idim, jdim, kdim);
   } catch (const Halt&) {
     throw Unreadable(path + ": layout 0 with flow parameters cannot be read in single precision");
@@ -42,7 +43,7 @@ RestartHeader read_restart_header(const std::string& path, const RestartForm& fo
   if (header.blocks < 1) {
     throw Unreadable(path + ": has a block count of " + std::to_string(header.blocks));
   }
-  if (holds_extents(form.layout)) header.extents = Extents::of(idim, jdim, kdim);
+  if (traits_of(form.layout).holds_extents()) header.extents = extents_from(idim, jdim, kdim);
   if (form.layout == Layout::function) {
     const auto counts = mod_p3dgrid::nfvar.span();
     header.functions.assign(counts.begin(), counts.end());
@@ -75,4 +76,4 @@ void require_regular_file(const std::string& path) {
                 path + ": is not a regular file; restart files are read more than once");
 }
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

@@ -4,10 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "extents.hpp"
-#include "restart_form.hpp"
+#include "form_options.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 
 /// What a restart file's header says of its blocks. The run data in it (step count, flow
 /// parameters) are the library's module variables.
@@ -29,4 +28,4 @@ struct RestartHeader {
 /// Refuses what cannot be read more than once, as a pipe; the header is read before the body.
 void require_regular_file(const std::string& path);
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

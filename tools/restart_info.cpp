@@ -9,30 +9,10 @@
 #include "table.hpp"
 #include "variable_report.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 namespace {
 
 using mod_p3dgrid::integer;
-
-const char* meaning_of(Layout layout) {
-  switch (layout) {
-    case Layout::talven:
-      return "TALVEN restart";
-    case Layout::solution:
-      return "PLOT3D solution";
-    case Layout::function:
-      return "PLOT3D function";
-    case Layout::bare:
-      return "no header, one block";
-    case Layout::single_block:
-      return "time step, one block, triplets";
-    case Layout::triplets:
-      return "time step, triplets";
-    case Layout::time_step:
-      break;
-  }
-  return "time step";
-}
 
 /// "name  value", the values below each other.
 void print_value(std::string name, const std::string& value) {
@@ -78,7 +58,7 @@ void print_extents(const Extents& extents, const std::vector<integer>& functions
 void print_contents(const std::string& path, const Found& found, const std::string& held) {
   const RestartForm& form = found.restart();
   print_line("file    " + path);
-  print_line("read as " + describe(form) + " (" + meaning_of(form.layout) + ")");
+  print_line("read as " + describe(form) + " (" + traits_of(form.layout).meaning + ")");
   print_line("because " + found.reason);
   print_line("holds   " + held);
 }
@@ -116,7 +96,7 @@ void print_restart_info(const std::string& path, const RestartReport& report) {
     }
   }
   print_header_values(form);
-  if (report.body && holds_parameters(form.layout)) {
+  if (report.body && traits_of(form.layout).parameters) {
     print_flow_parameters(form, report.body->parameters);
   }
   const Extents& extents = report.body ? report.body->extents : report.header.extents;
@@ -124,4 +104,4 @@ void print_restart_info(const std::string& path, const RestartReport& report) {
   if (report.body) print_variables(report_on_variables(*report.body, form.layout), "variable");
 }
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

@@ -4,7 +4,7 @@
 
 #include "console.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 namespace {
 
 bool counts_differ(const RestartHeader& header) {
@@ -20,7 +20,7 @@ RestartReport report_on_restart(const std::string& path, const Found& found) {
     print_note(path +
                ": its values are not shown; only files with as many functions in every "
                "block can be read whole");
-  } else if (!found.reading.extents.i.empty()) {
+  } else if (found.reading.extents != nullptr) {
     report.body = read_restart(path, found, std::nullopt);
   }
   return report;
@@ -32,4 +32,4 @@ RestartReport report_on_restart(const std::string& path, const Case& found) {
           .body = read_restart_of_grid(path, found)};
 }
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

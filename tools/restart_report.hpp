@@ -5,7 +5,7 @@
 
 #include "agreement.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 
 /// What is known of a restart file. Its other header values are the library's module variables.
 struct RestartReport {
@@ -28,4 +28,4 @@ struct RestartReport {
 /// The same of a file that belongs to a grid.
 [[nodiscard]] RestartReport report_on_restart(const std::string& path, const Case& found);
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

@@ -4,12 +4,10 @@
 
 #include "restart_steps.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 namespace {
 
 using mod_p3dgrid::integer;
-
-constexpr int parameters_per_block = 4;
 
 void require_memory(integer allocation_status) {
   if (allocation_status != mod_p3dgrid::allocation_done) throw std::bad_alloc();
@@ -43,8 +41,9 @@ void set_parameters(const Restart& restart) {
 }  // namespace
 
 void take_run_data(Restart& restart, Layout layout) {
-  if (holds_step(layout)) restart.step = TimeStep{mod_p3dgrid::nstep, mod_p3dgrid::dtau};
-  if (holds_parameters(layout)) take_parameters(restart);
+  if (traits_of(layout).holds_step())
+    restart.step = TimeStep{mod_p3dgrid::nstep, mod_p3dgrid::dtau};
+  if (traits_of(layout).parameters) take_parameters(restart);
   if (layout == Layout::talven && talven_parameters_read()) {
     const FlowParameters parameters{mod_p3dgrid::talxm1, mod_p3dgrid::talalfa, mod_p3dgrid::talre,
                                     0.0};
@@ -53,11 +52,11 @@ void take_run_data(Restart& restart, Layout layout) {
 }
 
 void set_run_data(const Restart& restart, Layout layout) {
-  if (holds_step(layout)) {
+  if (traits_of(layout).holds_step()) {
     mod_p3dgrid::nstep = restart.step.value().count;
     mod_p3dgrid::dtau = restart.step.value().size;
   }
-  if (holds_parameters(layout)) set_parameters(restart);
+  if (traits_of(layout).parameters) set_parameters(restart);
   if (layout == Layout::function) {
     mod_p3dgrid::nfvar.deallocate();
     require_memory(mod_p3dgrid::nfvar.allocate(restart.extents.blocks()));
@@ -66,4 +65,4 @@ void set_run_data(const Restart& restart, Layout layout) {
   std::copy(restart.flags.begin(), restart.flags.end(), mod_p3dgrid::iflag.data());
 }
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

@@ -4,11 +4,11 @@
 #include <optional>
 #include <string>
 
+#include "form_options.hpp"
 #include "restart_file.hpp"
-#include "restart_plan.hpp"
 
 /// The steps that a restart file is read and written in, for those who do not want it whole.
-namespace p3dgrid {
+namespace p3dgrid::tool {
 
 /// Runs `read`. What it finds unreadable becomes a Failure with the option that would help, where
 /// there is one.
@@ -37,9 +37,10 @@ void clear_variables(Restart& restart, mod_p3dgrid::integer first, mod_p3dgrid::
 /// section from here on; those that the chain leaves out are listed as missing, and 0 in memory.
 void take_extensions(const std::string& path, Restart& restart);
 
-/// Throws a Failure when the lengths in the file are not those of its form and shape.
-void require_plan(const std::string& path, const RestartForm& form, const RestartShape& shape,
-                  const std::optional<Extents>& grid);
+/// Throws a Failure when the lengths in the file are not those of its form, its sections and the
+/// extents by which it is read.
+void require_plan(const std::string& path, RestartForm form, const Sections& sections,
+                  const Extents& extents, const std::optional<Extents>& grid);
 
 /// Puts into the library's variables what the header takes from them.
 void set_run_data(const Restart& restart, Layout layout);
@@ -48,4 +49,4 @@ void set_run_data(const Restart& restart, Layout layout);
 /// behind the blocks, not in a section.
 [[nodiscard]] Sections sections_in_blocks(const Restart& restart, Layout layout);
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

@@ -8,29 +8,28 @@
 #include "paths.hpp"
 #include "restart_steps.hpp"
 #include "section_table.hpp"
-#include "text_values.hpp"
 #include "variable_files.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 namespace {
 
 using mod_p3dgrid::integer;
 using mod_p3dgrid::logical;
 
 logical precision_flag(const RestartForm& form) {
-  return form.precision == Precision::double_precision;
+  return form.coding.precision == Precision::double_precision;
 }
 
 // Text is made of temporary files in double precision.
 logical temporary_precision(const RestartForm& written) {
-  return written.encoding == Encoding::formatted || precision_flag(written);
+  return written.coding.encoding == Encoding::formatted || precision_flag(written);
 }
 
 // A whole read in double precision loses the triplets of layout 100, so that there is nothing to
 // miss.
 bool gives_triplets(const RestartForm& form) {
   if (form.layout == Layout::single_block) return true;
-  return form.layout == Layout::triplets && form.encoding == Encoding::formatted;
+  return form.layout == Layout::triplets && form.coding.encoding == Encoding::formatted;
 }
 
 // OUT's own temporary file is there already, which makes these names as unique as its name.
@@ -51,11 +50,11 @@ void writing(const std::string& shown, const Step& step) {
 }  // namespace
 
 std::string obstacle_to_streaming(const RestartForm& read, const RestartForm& written) {
-  if (read.layout == Layout::triplets && !reads_triplets(read)) {
+  if (read.layout == Layout::triplets && !reads_triplets(traits_of(read.layout), read.coding)) {
     return "--stream takes the blocks of layout 100 to begin with triplets, and single-precision "
            "files of it are read without; leave --stream out";
   }
-  if (gives_triplets(read) && holds_triplets(written.layout)) {
+  if (gives_triplets(read) && traits_of(written.layout).triplets) {
     return "--stream does not carry the triplets of layout " + std::string(name_of(read.layout)) +
            " over to layout " + name_of(written.layout) + "; leave --stream out";
   }
@@ -68,7 +67,7 @@ std::string obstacle_to_streaming(const std::string& path, const RestartForm& re
     return "--stream takes at most " + std::to_string(most_streamed_variables) +
            " variables, and there are " + std::to_string(restart.variables());
   }
-  if (read.encoding == Encoding::formatted && !survives_double_precision(path)) {
+  if (read.coding.encoding == Encoding::formatted && !survives_double_precision(path)) {
     return "--stream reads text by way of double precision, and " + path +
            " holds numbers that this would round otherwise, or more than plain numbers; leave "
            "--stream out";
@@ -79,8 +78,8 @@ std::string obstacle_to_streaming(const std::string& path, const RestartForm& re
 void RestartStream::read_variable(integer variable, integer variables) {
   mod_gridvars::readallvars = true;
   fill_section_table(in_blocks_, form_.layout, variables);
-  mod_p3dgrid::readnextp3dvar(variable, name_for(path_, form_.byte_order),
-                              static_cast<integer>(form_.encoding), precision_flag(form_),
+  mod_p3dgrid::readnextp3dvar(variable, name_for(path_, form_.coding.byte_order),
+                              static_cast<integer>(form_.coding.encoding), precision_flag(form_),
                               extents_.blocks(), points_, values_, extents_.i, extents_.j,
                               extents_.k, static_cast<integer>(form_.layout), form_.multiblock);
 }
@@ -108,9 +107,7 @@ Restart RestartStream::begin() {
     if (flags) take_extensions(path_, restart);
     variables_ = restart.variables();
     if (is_proven(found_)) return;
-    RestartShape shape = shape_of(form_, in_blocks_, extents_);
-    shape.flags = restart.flags;
-    require_plan(path_, form_, shape, grid_);
+    require_plan(path_, form_, in_blocks_, extents_, grid_);
   });
   return restart;
 }
@@ -138,11 +135,12 @@ void RestartStream::write(const std::string& path, const std::string& shown,
   fill_section_table(sections_in_blocks(restart, written.layout), written.layout,
                      restart.variables());
   writing(shown, [&] {
-    mod_p3dgrid::combinep3dvarfiles(restart.triplets, name_for(path, written.byte_order),
-                                    static_cast<integer>(written.encoding), precision_flag(written),
-                                    blocks, blocks, extents_.i, extents_.j, extents_.k,
-                                    static_cast<integer>(written.layout), written.multiblock);
+    mod_p3dgrid::combinep3dvarfiles(restart.triplets, name_for(path, written.coding.byte_order),
+                                    static_cast<integer>(written.coding.encoding),
+                                    precision_flag(written), blocks, blocks, extents_.i, extents_.j,
+                                    extents_.k, static_cast<integer>(written.layout),
+                                    written.multiblock);
   });
 }
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

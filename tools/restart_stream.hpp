@@ -6,7 +6,7 @@
 
 #include "restart_file.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 
 /// Why a file of one form cannot be streamed into one of the other with the result of a whole read
 /// and write, as part of a sentence; empty when it can.
@@ -51,4 +51,4 @@ class RestartStream {
   mod_p3dgrid::allocatable<float, 2> values_;  ///< (1, point)
 };
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

@@ -14,7 +14,7 @@
 #include "output_file.hpp"
 #include "table.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 namespace {
 
 struct GridFile {
@@ -30,14 +30,15 @@ struct RestartFile {
 const std::array grid_files = {
     GridFile{"grid.p3d", {}},
     GridFile{"grid-iblank.p3d", {.iblank = true}},
-    GridFile{"grid.txt", {.encoding = Encoding::formatted}},
+    GridFile{"grid.txt", {.coding = {.encoding = Encoding::formatted}}},
 };
 
 // Text, because layout 100 is read without its triplets from other files.
 const std::array solution_files = {
     RestartFile{"flow.q", {.layout = Layout::solution}},
     RestartFile{"flow-1.rst", {.layout = Layout::time_step}},
-    RestartFile{"flow-100.txt", {.layout = Layout::triplets, .encoding = Encoding::formatted}},
+    RestartFile{"flow-100.txt",
+                {.layout = Layout::triplets, .coding = {.encoding = Encoding::formatted}}},
 };
 
 const RestartFile function_file{"flow.f", {.layout = Layout::function}};
@@ -135,4 +136,4 @@ Command add_sample(CLI::App& program) {
   return {line, [options] { write_sample(*options); }};
 }
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

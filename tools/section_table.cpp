@@ -3,13 +3,13 @@
 #include <MOD_P3DReader.hpp>
 #include <algorithm>
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 namespace {
 
 using mod_p3dgrid::integer;
 
 bool first_entry_is_set_by_library(Layout layout) {
-  return holds_parameters(layout) || holds_triplets(layout);
+  return traits_of(layout).parameters || traits_of(layout).triplets;
 }
 
 }  // namespace
@@ -36,4 +36,4 @@ integer counted_variables(Layout layout, integer variables) {
                                                : variables;
 }
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 namespace {
 
 using mod_p3dgrid::integer;
@@ -64,4 +64,4 @@ std::vector<Survey> survey(const mod_p3dgrid::allocatable<float, 2>& values,
   return surveys;
 }
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

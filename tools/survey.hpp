@@ -5,9 +5,9 @@
 #include <optional>
 #include <vector>
 
-#include "extents.hpp"
+#include "form_options.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 
 /// Where a point is, all counted from 1.
 struct Place {
@@ -35,4 +35,4 @@ struct Survey {
 [[nodiscard]] std::vector<Survey> survey(const mod_p3dgrid::allocatable<float, 2>& values,
                                          const Extents& extents);
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

@@ -6,7 +6,7 @@
 
 #include "console.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 namespace {
 
 template <class Real>
@@ -46,4 +46,4 @@ std::string counted(std::int64_t count, const std::string& noun) {
   return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 
 /// Rows of text in right-aligned columns, each as wide as its widest entry.
 class Table {
@@ -28,4 +28,4 @@ class Table {
 /// "1 block", "3 blocks".
 [[nodiscard]] std::string counted(std::int64_t count, const std::string& noun);
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

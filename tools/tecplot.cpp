@@ -13,7 +13,7 @@
 #include "paths.hpp"
 #include "table.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 namespace {
 
 using mod_p3dgrid::allocatable;
@@ -51,8 +51,7 @@ void require_extents_with_four_digits(const TecplotOptions& options, const Grid&
 
 // Text has the digits that it needs; it is the way through memory that may cost some.
 void note_lost_digits(const TecplotOptions& options, const Case& found) {
-  if (!loses_digits(found.grid.grid(), GridForm{.encoding = Encoding::formatted}) &&
-      !loses_digits(found.restart.restart(), RestartForm{.encoding = Encoding::formatted})) {
+  if (!holds_doubles(found.grid.grid().coding) && !holds_doubles(found.restart.restart().coding)) {
     return;
   }
   print_note("values pass through single precision: " + options.output +
@@ -123,4 +122,4 @@ Command add_tecplot(CLI::App& program) {
   return {line, [options] { export_tecplot(*options); }};
 }
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

@@ -7,7 +7,7 @@
 
 #include "failure.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 namespace {
 
 constexpr std::array ending_signals = {SIGHUP, SIGINT, SIGTERM};
@@ -80,4 +80,4 @@ SignalsHeld::~SignalsHeld() {
   ::sigprocmask(SIG_SETMASK, &before_, nullptr);
 }
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

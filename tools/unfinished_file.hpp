@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <string>
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 
 /// A file that does not outlive the work on it: it is removed when this object goes, and also when
 /// a signal (HUP, INT, TERM) ends the process before that. The file need not exist.
@@ -39,4 +39,4 @@ class SignalsHeld {
   sigset_t before_{};
 };
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

@@ -9,7 +9,7 @@
 #include "failure.hpp"
 #include "paths.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 namespace {
 
 using mod_p3dgrid::integer;
@@ -43,4 +43,4 @@ void VariableFiles::require_own(integer variable) const {
   throw Failure(ExitStatus::unusable, expected + ": is there already");
 }
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

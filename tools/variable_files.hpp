@@ -8,7 +8,7 @@
 
 #include "unfinished_file.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 
 /// Most variables that the library keeps in temporary files.
 inline constexpr mod_p3dgrid::integer most_streamed_variables = 15;
@@ -36,4 +36,4 @@ class VariableFiles {
   mode_t mask_before_;
 };
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

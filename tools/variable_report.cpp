@@ -5,13 +5,13 @@
 #include "console.hpp"
 #include "table.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 namespace {
 
 std::string name_of_variable(Layout layout, std::size_t number) {
   static constexpr std::array names = {"density", "x-momentum", "y-momentum", "z-momentum",
                                        "energy"};
-  if (!holds_parameters(layout) || number > names.size()) return "";
+  if (!traits_of(layout).parameters || number > names.size()) return "";
   return names.at(number - 1);
 }
 
@@ -74,4 +74,4 @@ void print_variables(const std::vector<VariableReport>& reports, const std::stri
   places.print();
 }
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

@@ -6,7 +6,7 @@
 #include "restart_file.hpp"
 #include "survey.hpp"
 
-namespace p3dgrid {
+namespace p3dgrid::tool {
 
 /// What is reported of one variable, and what it is called.
 struct VariableReport {
@@ -26,4 +26,4 @@ struct VariableReport {
 /// are.
 void print_variables(const std::vector<VariableReport>& reports, const std::string& what);
 
-}  // namespace p3dgrid
+}  // namespace p3dgrid::tool

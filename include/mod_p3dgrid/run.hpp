@@ -50,11 +50,11 @@ void p3dsetpaths(std::function<std::string(std::string_view name)> resolver);
 ///     p3dsetbyteorder([](std::string_view) { return std::endian::big; });
 void p3dsetbyteorder(std::function<std::endian(std::string_view name)> chooser);
 
-/// Asks the system for huge pages (2 MiB) for all arrays allocated from now on that hold whole ones;
-/// off at the start of a run. The first touch of new memory then costs a fraction of what it costs
-/// page by page, and that is most of the time of reading a file once. It stays the host's choice: on
-/// a machine whose memory nobody has used yet, a virtual one most of all, the first huge pages can
-/// cost several times as much as they save. Advice only; no result depends on it.
+/// Asks the system for huge pages (2 MiB) for all arrays allocated from now on that hold whole
+/// ones; off at the start of a run. The first touch of new memory then costs a fraction of what it
+/// costs page by page, and that is most of the time of reading a file once. It stays the host's
+/// choice: on a machine whose memory nobody has used yet, a virtual one most of all, the first huge
+/// pages can cost several times as much as they save. Advice only; no result depends on it.
 void p3dsethugepages(bool wanted);
 
 /// Closes the unit: flushes what was written and disconnects the file. Harmless when nothing is

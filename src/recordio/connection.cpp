@@ -26,6 +26,28 @@ constexpr std::int64_t least_part_left = 16;
 
 }  // namespace
 
+void read_record(InputFile& file, Form form, std::endian order, const ReadList& list,
+                 RestOfRecord rest, std::int64_t& lines) {
+  switch (form) {
+    case Form::unformatted: {
+      UnformattedRecordReader record(file, order);
+      for (const auto& entry : list) read_values(record, order, entry);
+      if (rest == RestOfRecord::refused) record.expect_end();
+      return record.finish();
+    }
+    case Form::binary:
+      for (const auto& entry : list) read_values(file, order, entry);
+      return;
+    case Form::formatted: {
+      ListReader reader(file, lines);
+      for (const auto& entry : list) reader.read_values(entry);
+      return reader.finish();
+    }
+    case Form::none:
+      return;
+  }
+}
+
 Connection::Connection(std::string path, Form form, OpenStatus status, std::endian order)
     : path_(std::move(path)), form_(form), order_(order) {
   if (status == OpenStatus::old) {
@@ -49,24 +71,7 @@ OutputFile& Connection::output_or_end_run() {
 void Connection::read(const ReadList& list, RestOfRecord rest) {
   InputFile& file = input_or_error();
   ++record_;
-  switch (form_) {
-    case Form::unformatted: {
-      UnformattedRecordReader record(file, order_);
-      for (const auto& entry : list) read_values(record, order_, entry);
-      if (rest == RestOfRecord::refused) record.expect_end();
-      return record.finish();
-    }
-    case Form::binary:
-      for (const auto& entry : list) read_values(file, order_, entry);
-      return;
-    case Form::formatted: {
-      ListReader reader(file, lines_);
-      for (const auto& entry : list) reader.read_values(entry);
-      return reader.finish();
-    }
-    case Form::none:
-      return;
-  }
+  read_record(file, form_, order_, list, rest, lines_);
 }
 
 void Connection::expect_end() {

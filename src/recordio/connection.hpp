@@ -32,6 +32,12 @@ enum class Claim : std::uint8_t {
 /// What becomes of values that a record of an unformatted file holds beyond its list.
 enum class RestOfRecord : std::uint8_t { skipped, refused };
 
+/// Reads one record of a file. Throws `ReadError`.
+/// @param order  byte order of the values and markers in the file; text has none
+/// @param lines  of text: line ends that lie before; counted on
+void read_record(InputFile& file, Form form, std::endian order, const ReadList& list,
+                 RestOfRecord rest, std::int64_t& lines);
+
 /// A file connected to a unit: carries out record lists in the form of the file.
 class Connection {
  public:

@@ -9,10 +9,8 @@
 #include <cerrno>
 #include <cstring>
 #include <system_error>
-#include <utility>
 
 #include "recordio/read_error.hpp"
-#include "state/run_end.hpp"
 
 namespace mod_p3dgrid::recordio {
 namespace {
@@ -33,17 +31,16 @@ int open_existing(const std::string& path) {
   do {
     descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
   } while (descriptor < 0 && errno == EINTR);
-  if (descriptor < 0) fail_run("cannot open", path, errno);
+  if (descriptor < 0) throw SystemError{"cannot open", errno};
   return descriptor;
 }
 
 }  // namespace
 
-InputFile::InputFile(std::string path, std::size_t buffer_size)
-    : path_(std::move(path)),
-      buffer_(std::make_unique_for_overwrite<char[]>(room + buffer_size + room)),
+InputFile::InputFile(const std::string& path, std::size_t buffer_size)
+    : buffer_(std::make_unique_for_overwrite<char[]>(room + buffer_size + room)),
       buffer_size_(buffer_size),
-      descriptor_(open_existing(path_)),
+      descriptor_(open_existing(path)),
       nowhere_(not_open) {
   struct stat status;
   const int error = ::fstat(descriptor_, &status) != 0 ? errno
@@ -51,7 +48,7 @@ InputFile::InputFile(std::string path, std::size_t buffer_size)
                                                        : 0;
   if (error != 0) {
     ::close(descriptor_);
-    fail_run("cannot open", path_, error);
+    throw SystemError{"cannot open", error};
   }
   has_size_ = S_ISREG(status.st_mode);
   begin_ = end_ = front();
@@ -85,7 +82,13 @@ std::size_t InputFile::read_some(void* destination, std::size_t bytes) {
   const std::size_t got =
       completed(file_offset_, [&] { return ::read(descriptor_, destination, bytes); });
   file_offset_ += static_cast<std::int64_t>(got);
+  bytes_read_ += static_cast<std::int64_t>(got);
   return got;
+}
+
+void InputFile::drop_buffer() {
+  begin_ = end_ = front();
+  *front() = '\0';
 }
 
 bool InputFile::more() {
@@ -109,6 +112,7 @@ void InputFile::read(void* destination, std::int64_t bytes) {
       to += piece;
       bytes -= piece;
     } else if (bytes >= direct_read_size) {
+      drop_buffer();
       const std::size_t got = read_some(to, static_cast<std::size_t>(bytes));
       if (got == 0) ends_before(bytes, offset());
       to += got;
@@ -127,6 +131,7 @@ std::int64_t InputFile::read_to_nowhere(std::int64_t bytes) {
   if (nowhere_ == not_open) return 0;
   const ssize_t got = ::sendfile(nowhere_, descriptor_, nullptr, static_cast<std::size_t>(bytes));
   if (got <= 0) return 0;
+  drop_buffer();
   file_offset_ += got;
   return got;
 }
@@ -154,8 +159,20 @@ void InputFile::skip(std::int64_t bytes) {
   const std::int64_t target = offset() + bytes;
   if (::lseek(descriptor_, target, SEEK_SET) < 0) return discard(bytes);
   file_offset_ = target;
-  begin_ = end_ = front();
-  *front() = '\0';
+  drop_buffer();
+}
+
+void InputFile::go_to(std::int64_t offset) {
+  if (offset <= file_offset_ && offset >= file_offset_ - (end_ - front())) {
+    begin_ = end_ - (file_offset_ - offset);
+    return;
+  }
+  if (::lseek(descriptor_, offset, SEEK_SET) < 0) {
+    const int error = errno;
+    throw ReadError{error, offset, std::generic_category().message(error), "a file to go to"};
+  }
+  file_offset_ = offset;
+  drop_buffer();
 }
 
 bool InputFile::lies_ahead(std::int64_t bytes) const {

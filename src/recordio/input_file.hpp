@@ -11,8 +11,8 @@ namespace mod_p3dgrid::recordio {
 /// An existing file read from its start to its end through one buffer.
 class InputFile {
  public:
-  /// Opens the file; one that cannot be opened, or a directory, is an error of the run.
-  InputFile(std::string path, std::size_t buffer_size);
+  /// Opens the file. Throws `SystemError` for one that cannot be opened, and for a directory.
+  InputFile(const std::string& path, std::size_t buffer_size);
   InputFile(const InputFile&) = delete;
   InputFile& operator=(const InputFile&) = delete;
   ~InputFile();
@@ -26,6 +26,12 @@ class InputFile {
   /// Goes on `bytes` bytes further without looking at what lies between, where the file allows
   /// that. Throws `ReadError` if the file ends before.
   void skip(std::int64_t bytes);
+
+  /// Goes to byte `offset` of a file that allows that. Bytes that are at hand are not read again.
+  void go_to(std::int64_t offset);
+
+  /// Bytes that have been taken from the system.
+  [[nodiscard]] std::int64_t bytes_read() const { return bytes_read_; }
 
   /// Whether `bytes` more bytes are there and can be read in any order.
   [[nodiscard]] bool lies_ahead(std::int64_t bytes) const;
@@ -66,10 +72,10 @@ class InputFile {
   template <class Read>
   [[nodiscard]] static std::size_t completed(std::int64_t at, Read read);
   std::size_t read_some(void* destination, std::size_t bytes);
+  void drop_buffer();
   [[nodiscard]] std::int64_t read_to_nowhere(std::int64_t bytes);
   [[noreturn]] static void ends_before(std::int64_t missing, std::int64_t at);
 
-  std::string path_;
   std::unique_ptr<char[]> buffer_;
   std::size_t buffer_size_;
   int descriptor_;
@@ -77,7 +83,8 @@ class InputFile {
   bool has_size_ = false;
   const char* begin_ = nullptr;
   const char* end_ = nullptr;
-  std::int64_t file_offset_ = 0;  ///< bytes taken from the system so far
+  std::int64_t file_offset_ = 0;  ///< byte behind those at hand
+  std::int64_t bytes_read_ = 0;
 };
 
 }  // namespace mod_p3dgrid::recordio

@@ -1,29 +1,14 @@
 #include "recordio/list_reader.hpp"
 
 #include <algorithm>
-#include <charconv>
-#include <cstring>
-#include <system_error>
 
 #include "recordio/number_text.hpp"
 #include "recordio/plain_number.hpp"
 #include "recordio/read_error.hpp"
+#include "recordio/token_characters.hpp"
 
 namespace mod_p3dgrid::recordio {
 namespace {
-
-/// No number is longer than this; a file without separators is not text.
-constexpr std::ptrdiff_t longest_token = 4096;
-
-/// The fast path wants a whole number in the buffer, which this many bytes hold but for oddities.
-constexpr std::ptrdiff_t bytes_at_hand = 64;
-
-bool is_blank(char c) {
-  return c == ' ' || c == '\n' || c == '\t' || c == '\r';
-}
-bool ends_token(char c) {
-  return is_blank(c) || c == ',' || c == '/';
-}
 
 const char* expected_kind(integer) {
   return "an integer of 32 bits";
@@ -33,12 +18,6 @@ const char* expected_kind(float) {
 }
 const char* expected_kind(double) {
   return "a real number";
-}
-
-std::string printable(std::string_view token) {
-  std::string text;
-  for (const char c : token.substr(0, 40)) text += c >= ' ' && c <= '~' ? c : '?';
-  return token.size() > 40 ? text + "..." : text;
 }
 
 }  // namespace
@@ -92,13 +71,6 @@ const char* skip_separators_at_hand(const char* from, bool comma, std::int64_t& 
   return from;
 }
 
-/// Has a whole number in the buffer, oddities aside. False near the end of the file, and where a
-/// pipe hands over less at a time.
-bool ListReader::number_at_hand() {
-  const auto enough = [&] { return file_.end() - file_.begin() >= bytes_at_hand; };
-  return enough() || (file_.more() && enough());
-}
-
 /// Takes plain numbers one after another, without a copy of their text, up to the first that is
 /// anything else; returns how many.
 template <bool keep, class Number>
@@ -143,33 +115,12 @@ Number ListReader::parsed(std::string_view token) {
 
 /// Sets `token_` and `repeats_` to what comes next, or `ended_` at a slash.
 void ListReader::next_item() {
-  token_.clear();
-  repeats_ = 1;
-  const Item item = skip_separators();
-  any_taken_ = true;
-  ended_ = item == Item::end_of_list;
-  comma_may_end_ = true;
-  if (item != Item::token) return;
-  take_token();
-  const std::size_t star = token_.find('*');
-  if (star == token_.npos) return;
-  const char* const first = token_.data();
-  const auto [end, error] = std::from_chars(first, first + star, repeats_);
-  if (error != std::errc{} || end != first + star || repeats_ < 1) {
-    not_a_number(token_, "a repeat count before the asterisk");
-  }
-  token_.erase(0, star + 1);
-}
-
-ListReader::Item ListReader::skip_separators() {
   skip_blanks();
-  if (comma_may_end_ && *file_.begin() == ',') {
-    file_.use_up_to(file_.begin() + 1);
-    comma_may_end_ = false;
-    skip_blanks();
-  }
-  const char next = *file_.begin();
-  return next == ',' ? Item::null : next == '/' ? Item::end_of_list : Item::token;
+  if (take_comma()) skip_blanks();
+  any_taken_ = true;
+  const Item item = take_item();
+  ended_ = item == Item::end_of_list;
+  if (repeats_ == 0) not_a_number(token_, "a repeat count before the asterisk");
 }
 
 /// Skips blanks and line ends; throws at the end of the file.
@@ -178,42 +129,14 @@ void ListReader::skip_blanks() {
     if (file_.at_end()) {
       throw ReadError{status_end_of_file, file_.offset(), "the end of the file", "more values"};
     }
-  } while (blank_at_hand());
-}
-
-/// Uses the blanks in the buffer; true if there was nothing else in it.
-bool ListReader::blank_at_hand() {
-  const char* const end = file_.end();
-  const char* at = file_.begin();
-  for (; at != end && is_blank(*at); ++at) line_ += *at == '\n';
-  file_.use_up_to(at);
-  return at == end;
-}
-
-void ListReader::take_token() {
-  do {
-    const char* const begin = file_.begin();
-    const char* const end = std::find_if(begin, file_.end(), ends_token);
-    token_.append(begin, end);
-    file_.use_up_to(end);
-    if (std::ssize(token_) > longest_token) not_a_number(token_, "a number");
-  } while (!file_.at_end() && !ends_token(*file_.begin()));
+  } while (skip_blanks_at_hand(true));
 }
 
 void ListReader::finish() {
   if (!any_taken_ && file_.at_end()) {
     throw ReadError{status_end_of_file, file_.offset(), "the end of the file", "a line"};
   }
-  while (!file_.at_end()) {
-    const char* const begin = file_.begin();
-    const void* found = std::memchr(begin, '\n', static_cast<std::size_t>(file_.end() - begin));
-    if (found != nullptr) {
-      file_.use_up_to(static_cast<const char*>(found) + 1);
-      ++line_;
-      return;
-    }
-    file_.use_up_to(file_.end());
-  }
+  if (skip_to_next_line()) ++line_;
 }
 
 void ListReader::not_a_number(std::string_view token, const char* expected) {

@@ -10,7 +10,14 @@ namespace mod_p3dgrid::recordio {
 inline constexpr integer status_end_of_file = -1;
 inline constexpr integer status_error = 1;
 
-/// Thrown inside the record layer when a read cannot go on; it never leaves `Unit::read`.
+/// Thrown where a file cannot be opened, written or closed: what was tried, and the system's error
+/// number. The file is known to those who catch it.
+struct SystemError {
+  const char* operation;
+  int error;
+};
+
+/// Thrown where a read cannot go on.
 struct ReadError {
   integer status;
   std::int64_t offset;  ///< byte of the file, from 0

@@ -118,8 +118,13 @@ std::string path_of(const FileName& name) {
 void Unit::open(const FileName& name, OpenStatus status) const {
   if (!known()) return;
   close();
-  connections()[number_] =
-      std::make_unique<Connection>(path_of(name), form_, status, byte_order_of(name));
+  const std::string path = path_of(name);
+  const std::endian order = byte_order_of(name);
+  try {
+    connections()[number_] = std::make_unique<Connection>(path, form_, status, order);
+  } catch (const SystemError& failure) {
+    fail_run(failure.operation, path, failure.error);
+  }
 }
 
 /// Runs what reads from the connection; keeps the reason if that fails.

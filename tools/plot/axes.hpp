@@ -7,7 +7,7 @@
 #include "plot/ticks.hpp"
 #include "plot/view.hpp"
 
-namespace p3dgrid::plot {
+namespace p3dgrid::tool::plot {
 
 /// The part of the page that shows the surfaces, in pixels.
 struct Area {
@@ -49,4 +49,4 @@ void draw_box_behind(Canvas& canvas, const Projection& projection, const Area& a
 Reach draw_box_axes(Canvas& canvas, const Projection& projection, const Area& area, const Box& box,
                     double text);
 
-}  // namespace p3dgrid::plot
+}  // namespace p3dgrid::tool::plot

@@ -3,7 +3,7 @@
 
 #include "plot/axes.hpp"
 
-namespace p3dgrid::plot {
+namespace p3dgrid::tool::plot {
 namespace {
 
 constexpr const char* names[] = {"x", "y", "z"};
@@ -154,4 +154,4 @@ Reach draw_box_axes(Canvas& canvas, const Projection& projection, const Area& ar
   return axes.reach();
 }
 
-}  // namespace p3dgrid::plot
+}  // namespace p3dgrid::tool::plot

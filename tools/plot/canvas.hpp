@@ -7,7 +7,7 @@
 
 #include "plot/colours.hpp"
 
-namespace p3dgrid::plot {
+namespace p3dgrid::tool::plot {
 
 struct Font {
   double size = 16;
@@ -50,4 +50,4 @@ class Canvas {
 /// Throws a Failure when the program was built without the library that draws.
 void require_drawing();
 
-}  // namespace p3dgrid::plot
+}  // namespace p3dgrid::tool::plot

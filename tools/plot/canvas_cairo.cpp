@@ -7,7 +7,7 @@
 #include "failure.hpp"
 #include "plot/canvas.hpp"
 
-namespace p3dgrid::plot {
+namespace p3dgrid::tool::plot {
 namespace {
 
 constexpr const char* font_family = "sans-serif";
@@ -114,4 +114,4 @@ void Canvas::write(const std::string& path) {
 
 void require_drawing() {}
 
-}  // namespace p3dgrid::plot
+}  // namespace p3dgrid::tool::plot

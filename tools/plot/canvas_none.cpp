@@ -2,7 +2,7 @@
 #include "failure.hpp"
 #include "plot/canvas.hpp"
 
-namespace p3dgrid::plot {
+namespace p3dgrid::tool::plot {
 
 struct Canvas::Page {};
 
@@ -30,4 +30,4 @@ void require_drawing() {
                 "libcairo2-dev); 'p3dgrid tecplot' writes files that other programs draw");
 }
 
-}  // namespace p3dgrid::plot
+}  // namespace p3dgrid::tool::plot

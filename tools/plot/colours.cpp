@@ -5,7 +5,7 @@
 #include <cmath>
 #include <numbers>
 
-namespace p3dgrid::plot {
+namespace p3dgrid::tool::plot {
 namespace {
 
 using Rgb = std::array<double, 3>;
@@ -62,4 +62,4 @@ Colour dimmed(Colour colour, double light) {
   return result;
 }
 
-}  // namespace p3dgrid::plot
+}  // namespace p3dgrid::tool::plot

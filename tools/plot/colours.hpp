@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace p3dgrid::plot {
+namespace p3dgrid::tool::plot {
 
 /// Red, green and blue, 8 bits each, red highest.
 using Colour = std::uint32_t;
@@ -25,4 +25,4 @@ inline constexpr Colour block_edge = 0x747474;  ///< outlines of blocks on a col
 /// The colour darkened: 1 leaves it, 0 makes it black.
 [[nodiscard]] Colour dimmed(Colour colour, double light);
 
-}  // namespace p3dgrid::plot
+}  // namespace p3dgrid::tool::plot

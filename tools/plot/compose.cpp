@@ -17,7 +17,7 @@
 #include "plot/words.hpp"
 #include "table.hpp"
 
-namespace p3dgrid::plot {
+namespace p3dgrid::tool::plot {
 namespace {
 
 using mod_p3dgrid::integer;
@@ -198,4 +198,4 @@ Picture compose(const Request& request) {
   return picture;
 }
 
-}  // namespace p3dgrid::plot
+}  // namespace p3dgrid::tool::plot

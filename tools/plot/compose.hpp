@@ -5,12 +5,11 @@
 #include <string>
 #include <vector>
 
-#include "grid_form.hpp"
+#include "form_options.hpp"
 #include "plot/picture.hpp"
 #include "plot/surface.hpp"
-#include "restart_form.hpp"
 
-namespace p3dgrid::plot {
+namespace p3dgrid::tool::plot {
 
 /// What is wanted of which files.
 struct Request {
@@ -32,4 +31,4 @@ struct Request {
 /// file which does not hold it.
 [[nodiscard]] Picture compose(const Request& request);
 
-}  // namespace p3dgrid::plot
+}  // namespace p3dgrid::tool::plot

@@ -3,7 +3,7 @@
 
 #include "plot/axes.hpp"
 
-namespace p3dgrid::plot {
+namespace p3dgrid::tool::plot {
 namespace {
 
 constexpr const char* names[] = {"x", "y", "z"};
@@ -67,4 +67,4 @@ void draw_flat_axes(Canvas& canvas, const Projection& projection, const Area& ar
   canvas.text(area.x - beside, area.y + area.height / 2.0, names[up_name], {text}, {0.5, 0.5});
 }
 
-}  // namespace p3dgrid::plot
+}  // namespace p3dgrid::tool::plot

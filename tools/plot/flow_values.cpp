@@ -6,7 +6,7 @@
 #include "restart_file.hpp"
 #include "restart_stream.hpp"
 
-namespace p3dgrid::plot {
+namespace p3dgrid::tool::plot {
 namespace {
 
 using mod_p3dgrid::integer;
@@ -56,8 +56,9 @@ class OneAtATime : public FlowSource {
 // a reader of one variable.
 std::unique_ptr<FlowSource> source_of(const FlowRequest& request) {
   const RestartForm& form = request.found.restart();
-  const bool whole = form.encoding == Encoding::formatted ||
-                     (form.layout == Layout::triplets && !reads_triplets(form));
+  const bool whole =
+      form.coding.encoding == Encoding::formatted ||
+      (form.layout == Layout::triplets && !reads_triplets(traits_of(form.layout), form.coding));
   if (whole) return std::make_unique<WholeFile>(request);
   return std::make_unique<OneAtATime>(request);
 }
@@ -90,4 +91,4 @@ FlowVariable take_values(std::vector<Surface>& surfaces, const FlowRequest& requ
   return variable;
 }
 
-}  // namespace p3dgrid::plot
+}  // namespace p3dgrid::tool::plot

@@ -4,12 +4,12 @@
 #include <string>
 #include <vector>
 
-#include "detect/detect.hpp"
-#include "extents.hpp"
+#include "find.hpp"
+#include "form_options.hpp"
 #include "plot/flow_variable.hpp"
 #include "plot/surface.hpp"
 
-namespace p3dgrid::plot {
+namespace p3dgrid::tool::plot {
 
 /// What is to be shown of a restart file.
 struct FlowRequest {
@@ -24,4 +24,4 @@ struct FlowRequest {
 /// where the file can be read so. Throws a Failure as `read_restart` does.
 FlowVariable take_values(std::vector<Surface>& surfaces, const FlowRequest& request);
 
-}  // namespace p3dgrid::plot
+}  // namespace p3dgrid::tool::plot

@@ -6,7 +6,7 @@
 #include "failure.hpp"
 #include "table.hpp"
 
-namespace p3dgrid::plot {
+namespace p3dgrid::tool::plot {
 namespace {
 
 using mod_p3dgrid::integer;
@@ -111,4 +111,4 @@ FlowVariable flow_variable(const std::string& text, const std::string& path, Lay
   return numbered(number, layout);
 }
 
-}  // namespace p3dgrid::plot
+}  // namespace p3dgrid::tool::plot

@@ -1,14 +1,15 @@
 #pragma once
 
 #include <array>
+#include <mod_p3dgrid/logical.hpp>
 #include <optional>
 #include <span>
 #include <string>
 #include <vector>
 
-#include "restart_form.hpp"
+#include "form_options.hpp"
 
-namespace p3dgrid::plot {
+namespace p3dgrid::tool::plot {
 
 /// What of a solution is shown by colour.
 struct FlowVariable {
@@ -34,4 +35,4 @@ struct FlowVariable {
 [[nodiscard]] FlowVariable flow_variable(const std::string& text, const std::string& path,
                                          Layout layout, mod_p3dgrid::integer variables);
 
-}  // namespace p3dgrid::plot
+}  // namespace p3dgrid::tool::plot

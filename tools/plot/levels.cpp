@@ -5,7 +5,7 @@
 
 #include "range.hpp"
 
-namespace p3dgrid::plot {
+namespace p3dgrid::tool::plot {
 namespace {
 
 constexpr double most_ticks = 8;
@@ -80,4 +80,4 @@ bool lacks_values(const std::vector<Surface>& surfaces) {
   return lacking;
 }
 
-}  // namespace p3dgrid::plot
+}  // namespace p3dgrid::tool::plot

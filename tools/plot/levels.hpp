@@ -6,7 +6,7 @@
 #include "plot/surface.hpp"
 #include "plot/ticks.hpp"
 
-namespace p3dgrid::plot {
+namespace p3dgrid::tool::plot {
 
 /// The bands of values that a filled contour shows, each in one colour.
 struct Levels {
@@ -27,4 +27,4 @@ struct Levels {
 /// True when a point of the surfaces has a value that is infinite or no number.
 [[nodiscard]] bool lacks_values(const std::vector<Surface>& surfaces);
 
-}  // namespace p3dgrid::plot
+}  // namespace p3dgrid::tool::plot

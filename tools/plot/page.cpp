@@ -6,7 +6,7 @@
 #include "plot/canvas.hpp"
 #include "plot/words.hpp"
 
-namespace p3dgrid::plot {
+namespace p3dgrid::tool::plot {
 namespace {
 
 constexpr double text_per_width = 1.0 / 62;
@@ -156,4 +156,4 @@ Page lay_out(const Picture& picture) {
   return page;
 }
 
-}  // namespace p3dgrid::plot
+}  // namespace p3dgrid::tool::plot

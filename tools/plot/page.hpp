@@ -8,7 +8,7 @@
 #include "plot/render.hpp"
 #include "plot/side_panel.hpp"
 
-namespace p3dgrid::plot {
+namespace p3dgrid::tool::plot {
 
 /// Where everything of a picture is on its page, in pixels.
 struct Page {
@@ -33,4 +33,4 @@ struct Page {
 /// than that takes.
 [[nodiscard]] Page lay_out(const Picture& picture);
 
-}  // namespace p3dgrid::plot
+}  // namespace p3dgrid::tool::plot

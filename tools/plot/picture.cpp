@@ -5,7 +5,7 @@
 #include "plot/page.hpp"
 #include "plot/raster.hpp"
 
-namespace p3dgrid::plot {
+namespace p3dgrid::tool::plot {
 namespace {
 
 void draw_words(Canvas& canvas, const Page& page) {
@@ -43,4 +43,4 @@ void draw(const Picture& picture, const std::string& path) {
   canvas.write(path);
 }
 
-}  // namespace p3dgrid::plot
+}  // namespace p3dgrid::tool::plot

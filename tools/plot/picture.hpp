@@ -6,7 +6,7 @@
 #include "plot/surface.hpp"
 #include "plot/view.hpp"
 
-namespace p3dgrid::plot {
+namespace p3dgrid::tool::plot {
 
 /// What is to be seen, and what is said about it.
 struct Picture {
@@ -24,4 +24,4 @@ struct Picture {
 /// cannot be written.
 void draw(const Picture& picture, const std::string& path);
 
-}  // namespace p3dgrid::plot
+}  // namespace p3dgrid::tool::plot

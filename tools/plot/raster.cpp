@@ -5,7 +5,7 @@
 #include <cmath>
 #include <limits>
 
-namespace p3dgrid::plot {
+namespace p3dgrid::tool::plot {
 namespace {
 
 // Triangles that share an edge must leave no gap along it, however their sums are rounded.
@@ -127,4 +127,4 @@ std::vector<std::uint32_t> Raster::reduced() const {
   return picture;
 }
 
-}  // namespace p3dgrid::plot
+}  // namespace p3dgrid::tool::plot

@@ -5,7 +5,7 @@
 
 #include "plot/colours.hpp"
 
-namespace p3dgrid::plot {
+namespace p3dgrid::tool::plot {
 
 /// A corner of something to draw. Places are in fine pixels, down from the top left corner; what
 /// is nearer to the eye has the greater depth, in the same measure.
@@ -97,4 +97,4 @@ class Raster {
   std::vector<std::uint32_t> colours_;
 };
 
-}  // namespace p3dgrid::plot
+}  // namespace p3dgrid::tool::plot

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace p3dgrid::plot {
+namespace p3dgrid::tool::plot {
 namespace {
 
 // A surface seen edge-on is this much of the brightness of one that faces the eye.
@@ -197,4 +197,4 @@ void render(const std::vector<Surface>& surfaces, const Projection& projection, 
   }
 }
 
-}  // namespace p3dgrid::plot
+}  // namespace p3dgrid::tool::plot

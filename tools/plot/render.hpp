@@ -8,7 +8,7 @@
 #include "plot/surface.hpp"
 #include "plot/view.hpp"
 
-namespace p3dgrid::plot {
+namespace p3dgrid::tool::plot {
 
 /// Where places of the grid are on the page.
 struct Projection {
@@ -44,4 +44,4 @@ struct Style {
 void render(const std::vector<Surface>& surfaces, const Projection& projection, const Style& style,
             Raster& raster);
 
-}  // namespace p3dgrid::plot
+}  // namespace p3dgrid::tool::plot

@@ -5,7 +5,7 @@
 
 #include "plot/axes.hpp"
 
-namespace p3dgrid::plot {
+namespace p3dgrid::tool::plot {
 namespace {
 
 // In sizes of the text.
@@ -78,4 +78,4 @@ void SidePanel::draw_blocks(Canvas& canvas, double x, double y, double text) con
   }
 }
 
-}  // namespace p3dgrid::plot
+}  // namespace p3dgrid::tool::plot

@@ -7,7 +7,7 @@
 #include "plot/canvas.hpp"
 #include "plot/levels.hpp"
 
-namespace p3dgrid::plot {
+namespace p3dgrid::tool::plot {
 
 /// What explains the colours, to the right of the surfaces: a colour bar, or a list of the blocks,
 /// or nothing.
@@ -27,4 +27,4 @@ struct SidePanel {
   void draw_blocks(Canvas& canvas, double x, double y, double text) const;
 };
 
-}  // namespace p3dgrid::plot
+}  // namespace p3dgrid::tool::plot

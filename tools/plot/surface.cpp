@@ -4,7 +4,7 @@
 #include <charconv>
 #include <cmath>
 
-namespace p3dgrid::plot {
+namespace p3dgrid::tool::plot {
 namespace {
 
 constexpr const char* last_word = "last";
@@ -109,4 +109,4 @@ void take_points(Surface& surface, const Grid& grid) {
   });
 }
 
-}  // namespace p3dgrid::plot
+}  // namespace p3dgrid::tool::plot

@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "extents.hpp"
+#include "form_options.hpp"
 #include "grid_file.hpp"
 
-namespace p3dgrid::plot {
+namespace p3dgrid::tool::plot {
 
 using Point = std::array<float, 3>;
 
@@ -71,4 +71,4 @@ struct Surface {
 /// Takes the coordinates and the blanking of the surface out of the grid.
 void take_points(Surface& surface, const Grid& grid);
 
-}  // namespace p3dgrid::plot
+}  // namespace p3dgrid::tool::plot

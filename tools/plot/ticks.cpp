@@ -4,7 +4,7 @@
 #include <cmath>
 #include <cstdio>
 
-namespace p3dgrid::plot {
+namespace p3dgrid::tool::plot {
 namespace {
 
 // Beyond these powers of ten digits become unreadable without an exponent.
@@ -78,4 +78,4 @@ Ticks ticks_between(double low, double high, double most) {
   return multiples_between(low, high, round_step((high - low) / std::max(1.0, most)));
 }
 
-}  // namespace p3dgrid::plot
+}  // namespace p3dgrid::tool::plot

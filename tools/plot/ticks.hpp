@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-namespace p3dgrid::plot {
+namespace p3dgrid::tool::plot {
 
 /// The text of a number with a minus sign as long as a digit in place of each hyphen.
 [[nodiscard]] std::string with_minus_sign(std::string text);
@@ -26,4 +26,4 @@ struct Ticks {
 /// At most about `most` ticks between `low` and `high`, which differ.
 [[nodiscard]] Ticks ticks_between(double low, double high, double most);
 
-}  // namespace p3dgrid::plot
+}  // namespace p3dgrid::tool::plot

@@ -7,7 +7,7 @@
 #include "plot/ticks.hpp"
 #include "range.hpp"
 
-namespace p3dgrid::plot {
+namespace p3dgrid::tool::plot {
 namespace {
 
 // Coordinates in single precision that are meant to be the same may differ by a few last digits.
@@ -115,4 +115,4 @@ void enlarge_thin(std::vector<Surface>& surfaces, Box& box) {
   for (const std::size_t c : {second, third}) box.high[c] = box.drawn(c, box.high[c]);
 }
 
-}  // namespace p3dgrid::plot
+}  // namespace p3dgrid::tool::plot

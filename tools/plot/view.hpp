@@ -6,7 +6,7 @@
 
 #include "plot/surface.hpp"
 
-namespace p3dgrid::plot {
+namespace p3dgrid::tool::plot {
 
 using Vector = std::array<double, 3>;
 
@@ -62,4 +62,4 @@ struct View {
 [[nodiscard]] std::optional<View> flat_view_of(const std::vector<Surface>& surfaces,
                                                const Box& box);
 
-}  // namespace p3dgrid::plot
+}  // namespace p3dgrid::tool::plot

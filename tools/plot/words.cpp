@@ -1,6 +1,6 @@
 #include "plot/words.hpp"
 
-namespace p3dgrid::plot {
+namespace p3dgrid::tool::plot {
 namespace {
 
 constexpr const char* between_remarks = "   \u00b7   ";
@@ -72,4 +72,4 @@ std::vector<std::string> wrapped(Canvas& canvas, const std::vector<std::string>&
   return lines;
 }
 
-}  // namespace p3dgrid::plot
+}  // namespace p3dgrid::tool::plot

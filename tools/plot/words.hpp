@@ -5,7 +5,7 @@
 
 #include "plot/canvas.hpp"
 
-namespace p3dgrid::plot {
+namespace p3dgrid::tool::plot {
 
 /// The text without what cannot be drawn: control characters, bytes that are no UTF-8.
 [[nodiscard]] std::string drawable(const std::string& text);
@@ -19,4 +19,4 @@ namespace p3dgrid::plot {
                                                const std::vector<std::string>& remarks,
                                                const Font& font, double room);
 
-}  // namespace p3dgrid::plot
+}  // namespace p3dgrid::tool::plot

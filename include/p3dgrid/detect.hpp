@@ -1,0 +1,127 @@
+#pragma once
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "p3dgrid/form.hpp"
+
+/// Finds out which form a grid or restart file has.
+namespace p3dgrid {
+
+/// How a file and the records that a reading of it asks for go together.
+struct Fit {
+  enum class Agreement {
+    whole,   ///< record by record to the end
+    padded,  ///< the same, and zero bytes up to a full block of the disk
+    longer,  ///< all records are there, and more follows
+    remark,  ///< all values of text are there, and words follow, which readers leave out
+    cut,     ///< as far as the file goes, which ends too early
+    other,   ///< a record is another, or damaged
+  };
+
+  Agreement agreement = Agreement::whole;
+  std::int64_t records = 0;  ///< records that agree, from the first on
+  std::string what = {};     ///< unless whole: where and how, as part of a sentence
+  std::int64_t line = 0;     ///< of text: up to where it may be so
+  /// What is asked for in what there is: bytes of a binary file or of the record that departs,
+  /// values of text; 0 where that is unknown.
+  double share = 0;
+  std::int64_t end = 0;  ///< of a binary file: byte behind the last record asked for
+
+  [[nodiscard]] bool whole() const {
+    return agreement == Agreement::whole || agreement == Agreement::padded;
+  }
+};
+
+/// True when all records are there, and what follows them can be left out.
+[[nodiscard]] bool only_followed(const Fit& fit, Encoding encoding);
+
+/// One way to take a file, and how the file bears it out.
+struct Reading {
+  std::variant<GridForm, RestartForm> form;
+  /// Extents of its blocks, of the file itself or of its grid; null if none are known.
+  std::shared_ptr<const Extents> extents = {};
+  bool own_extents = true;   ///< they stand in the file
+  std::int64_t records = 0;  ///< that it asks for
+  Fit fit = {};
+  bool free_count = false;      ///< its variables are as many as fill the file, not a usual number
+  bool unknown_flag = false;    ///< of layout 101: a flag that announces nothing
+  bool checked = true;          ///< false where only the header could be compared
+  bool planar = false;          ///< a grid in two dimensions
+  std::string unreadable = {};  ///< why a file like this cannot be read: "layout ..., which ..."
+
+  [[nodiscard]] bool is_grid() const { return std::holds_alternative<GridForm>(form); }
+  [[nodiscard]] const Coding& coding() const {
+    return std::visit([](const auto& any) -> const Coding& { return any.coding; }, form);
+  }
+  [[nodiscard]] const GridForm& grid() const { return std::get<GridForm>(form); }
+  [[nodiscard]] const RestartForm& restart() const { return std::get<RestartForm>(form); }
+};
+
+/// "grid, binary, ..." or "layout 2, unformatted, ..., sections 1-5".
+[[nodiscard]] std::string describe(const Reading& reading);
+
+/// What has been found out of a file.
+struct Detection {
+  /// Readings that the file bears out. Of one, the form is clear; of several, the file leaves it
+  /// open which is meant.
+  std::vector<Reading> fitting = {};
+  std::vector<Reading> nearest = {};  ///< where none fits: those that agree furthest
+  /// @name Where no reading is proven, as part of a sentence each; empty where nothing is known
+  /// @{
+  std::string foreign = {};    ///< a form that cannot be read: "is a grid in two dimensions, ..."
+  std::string damage = {};     ///< where the header is damaged
+  std::string beginning = {};  ///< what the file begins with
+  std::string planar = {};     ///< a form in two dimensions that is as long: "a grid in ..."
+  /// @}
+  std::int64_t size = 0;        ///< bytes of the file
+  std::int64_t bytes_read = 0;  ///< that it took
+
+  /// A reading has been compared with the file to its end.
+  [[nodiscard]] bool proven() const;
+};
+
+/// Thrown for a file that cannot be looked into: one that cannot be opened or read, or that is not
+/// a regular file. `what()` is the path and the reason.
+class FileError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// Finds out what of a file's form has not been stated. Memory is bounded by the file's own tables
+/// of extents and 64 MiB besides. Throws `FileError`.
+[[nodiscard]] Detection detect_grid(const std::string& path, const StatedGridForm& stated = {});
+/// @param grid  extents of its grid, for layouts that hold none
+[[nodiscard]] Detection detect_restart(const std::string& path,
+                                       const StatedRestartForm& stated = {},
+                                       const std::shared_ptr<const Extents>& grid = {});
+/// The same of a file of which nothing is known.
+[[nodiscard]] Detection detect_any(const std::string& path);
+
+/// What the records of a file have against a form, as far as its header allows to say. The header
+/// is read from the file. Throws `FileError`.
+[[nodiscard]] Fit compare(const std::string& path, const GridForm& form);
+/// @param grid  extents for layouts that hold none
+[[nodiscard]] Fit compare(const std::string& path, const RestartForm& form,
+                          const std::shared_ptr<const Extents>& grid, bool leading_record);
+
+/// The extents that the header of a file of this form holds; null where there is none.
+[[nodiscard]] std::shared_ptr<const Extents> extents_in(const std::string& path,
+                                                        const GridForm& form);
+[[nodiscard]] std::shared_ptr<const Extents> extents_in(const std::string& path,
+                                                        const RestartForm& form);
+
+/// True when every number of a text file becomes the same single-precision value directly and by
+/// way of double precision; false also for text that holds more than finite numbers. Throws
+/// `FileError`.
+[[nodiscard]] bool survives_double_precision(const std::string& path);
+
+/// Why single-precision records of layout 100 cannot be read as they are written.
+inline constexpr const char* triplets_not_read =
+    "begins its blocks with triplets, and single-precision files of layout 100 are read without; "
+    "write it in double precision or as text";
+
+}  // namespace p3dgrid

@@ -1,0 +1,226 @@
+#pragma once
+
+#include <bit>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+/// What has to be known of a grid or restart file to read it; the files themselves do not say.
+namespace p3dgrid {
+
+/// How a file holds its records. The values are the module's file-format codes.
+enum class Encoding : std::int32_t {
+  unformatted = 0,  ///< each framed by length markers, as Fortran programs write them
+  formatted = 1,    ///< list-directed text
+  binary = 2,       ///< the bytes of unformatted records without markers
+};
+
+/// Size of the reals of an unformatted or binary file.
+enum class Precision : std::uint8_t { single_precision, double_precision };
+
+/// Of integers, reals and record markers.
+using ByteOrder = std::endian;
+
+/// Layouts of restart files. The values are the module's restart layout codes.
+enum class Layout : std::int32_t {
+  talven = 0,
+  time_step = 1,
+  solution = 2,  ///< PLOT3D solution
+  function = 3,  ///< PLOT3D function
+  triplets = 100,
+  single_block = 101,
+  bare = 102,
+};
+
+/// The variables `first` to `last` of a restart file, counted from 1, that one record holds; none
+/// if the last is below the first.
+struct Section {
+  std::int32_t first = 1;
+  std::int32_t last = 0;
+
+  [[nodiscard]] constexpr std::int64_t variables() const {
+    return last < first ? 0 : std::int64_t{last} - first + 1;
+  }
+  friend bool operator==(const Section&, const Section&) = default;
+};
+
+/// How the variables of a block are spread over records, in file order.
+using Sections = std::vector<Section>;
+
+/// Number of variables in all sections.
+[[nodiscard]] std::int32_t variables_in(const Sections& sections);
+
+/// Variables of every solution file, and of the leading record of layouts 100 and 101.
+inline constexpr std::int32_t solution_variables = 5;
+
+/// One member of a form: its name, which ends the options of the command that state it, its
+/// possible values, and what it means.
+template <class Value>
+struct Member {
+  const char* name;
+  std::span<const Value> choices;
+  const char* meaning;
+  bool only_in_records = false;  ///< text has none
+  bool only_in_restarts = false;
+};
+
+extern const Member<Encoding> encoding_member;
+extern const Member<Precision> precision_member;
+extern const Member<ByteOrder> byte_order_member;
+extern const Member<bool> grid_multiblock_member;
+extern const Member<bool> restart_multiblock_member;
+extern const Member<bool> iblank_member;
+extern const Member<Layout> layout_member;
+extern const Member<std::optional<Sections>> sections_member;
+
+/// The word for a value in options, messages and JSON.
+[[nodiscard]] const char* name_of(Encoding encoding);
+[[nodiscard]] const char* name_of(Precision precision);
+[[nodiscard]] const char* name_of(ByteOrder order);
+[[nodiscard]] const char* name_of(Layout layout);
+[[nodiscard]] const char* name_of(bool choice);
+
+template <class T>
+using Known = T;
+
+/// The value that a member has unless something else is stated; none where it is to be stated.
+template <class Held, class Value>
+constexpr Held unless_stated(Value value) {
+  if constexpr (std::is_same_v<Held, Value>) {
+    return value;
+  } else {
+    return {};
+  }
+}
+
+/// How the numbers of a file are coded. Every member stands in `for_each_member` too, which all
+/// that goes through them member by member uses.
+template <template <class> class Holder>
+struct BasicCoding {
+  Holder<Encoding> encoding = {};
+  Holder<Precision> precision = {};
+  Holder<ByteOrder> byte_order = unless_stated<Holder<ByteOrder>>(ByteOrder::native);
+
+  /// Calls `visit(member, its value in each coding...)` for every member.
+  template <class Visit, class... Codings>
+  static void for_each_member(Visit&& visit, Codings&... codings) {
+    visit(encoding_member, codings.encoding...);
+    visit(precision_member, codings.precision...);
+    visit(byte_order_member, codings.byte_order...);
+  }
+
+  friend bool operator==(const BasicCoding&, const BasicCoding&) = default;
+};
+using Coding = BasicCoding<Known>;
+using StatedCoding = BasicCoding<std::optional>;
+
+[[nodiscard]] constexpr bool is_text(const Coding& coding) {
+  return coding.encoding == Encoding::formatted;
+}
+/// Whether the file holds 64-bit reals. Text holds digits, whatever the precision.
+[[nodiscard]] constexpr bool holds_doubles(const Coding& coding) {
+  return !is_text(coding) && coding.precision == Precision::double_precision;
+}
+[[nodiscard]] constexpr std::int64_t real_bytes(const Coding& coding) {
+  return coding.precision == Precision::double_precision ? 8 : 4;
+}
+
+/// The form of a grid file.
+template <template <class> class Holder>
+struct BasicGridForm {
+  BasicCoding<Holder> coding = {};
+  /// The file begins with its block count.
+  Holder<bool> multiblock = unless_stated<Holder<bool>>(true);
+  Holder<bool> iblank = {};  ///< each block ends with its blanking values
+
+  template <class Visit, class... Forms>
+  static void for_each_member(Visit&& visit, Forms&... forms) {
+    BasicCoding<Holder>::for_each_member(visit, forms.coding...);
+    visit(grid_multiblock_member, forms.multiblock...);
+    visit(iblank_member, forms.iblank...);
+  }
+
+  friend bool operator==(const BasicGridForm&, const BasicGridForm&) = default;
+};
+using GridForm = BasicGridForm<Known>;
+
+/// What is known of a grid file's form beforehand; the rest is to be found out.
+using StatedGridForm = BasicGridForm<std::optional>;
+
+/// The form of a restart file.
+template <template <class> class Holder>
+struct BasicRestartForm {
+  Holder<Layout> layout = unless_stated<Holder<Layout>>(Layout::solution);
+  BasicCoding<Holder> coding = {};
+  /// Layouts 2 and 3: the file begins with its block count.
+  Holder<bool> multiblock = unless_stated<Holder<bool>>(true);
+  /// Where none are stated, the usual ones: variables 1 to 5, or all of a function file.
+  std::optional<Sections> sections = {};
+
+  template <class Visit, class... Forms>
+  static void for_each_member(Visit&& visit, Forms&... forms) {
+    visit(layout_member, forms.layout...);
+    BasicCoding<Holder>::for_each_member(visit, forms.coding...);
+    visit(restart_multiblock_member, forms.multiblock...);
+    visit(sections_member, forms.sections...);
+  }
+
+  friend bool operator==(const BasicRestartForm&, const BasicRestartForm&) = default;
+};
+using RestartForm = BasicRestartForm<Known>;
+using StatedRestartForm = BasicRestartForm<std::optional>;
+
+/// The form with every member that is stated in the place of its own.
+[[nodiscard]] GridForm applied_to(GridForm form, const StatedGridForm& stated);
+[[nodiscard]] RestartForm applied_to(RestartForm form, const StatedRestartForm& stated);
+
+/// Everything of a form, as if it had been stated.
+[[nodiscard]] StatedGridForm stated_as(const GridForm& form);
+[[nodiscard]] StatedRestartForm stated_as(const RestartForm& form);
+
+/// Whether nothing is left to be found out.
+[[nodiscard]] bool says_all(const StatedGridForm& stated);
+[[nodiscard]] bool says_all(const StatedRestartForm& stated);
+
+/// For people: "unformatted, little-endian, single precision", "formatted".
+[[nodiscard]] std::string describe(const Coding& coding);
+/// "binary, little-endian, double precision, multi-block, with blanking".
+[[nodiscard]] std::string describe(const GridForm& form);
+/// "layout 2, unformatted, little-endian, single precision, multi-block".
+[[nodiscard]] std::string describe(const RestartForm& form);
+/// "1-5,6-7".
+[[nodiscard]] std::string describe(const Sections& sections);
+
+/// Points of each block in the three directions.
+struct Extents {
+  std::vector<std::int32_t> i;
+  std::vector<std::int32_t> j;
+  std::vector<std::int32_t> k;
+
+  [[nodiscard]] std::int32_t blocks() const { return static_cast<std::int32_t>(i.size()); }
+
+  /// Points of a block, counted from 0.
+  [[nodiscard]] std::int64_t points_of(std::size_t block) const {
+    return std::int64_t{i[block]} * j[block] * k[block];
+  }
+
+  /// Points of all blocks.
+  [[nodiscard]] std::int64_t points() const {
+    std::int64_t sum = 0;
+    for (std::size_t block = 0; block < i.size(); ++block) sum += points_of(block);
+    return sum;
+  }
+
+  /// "49x25x5", the block counted from 0.
+  [[nodiscard]] std::string text_of(std::size_t block) const {
+    return std::to_string(i[block]) + "x" + std::to_string(j[block]) + "x" +
+           std::to_string(k[block]);
+  }
+
+  friend bool operator==(const Extents&, const Extents&) = default;
+};
+
+}  // namespace p3dgrid

@@ -1,0 +1,104 @@
+#include "detect/candidates.hpp"
+
+#include <algorithm>
+#include <iterator>
+
+#include "detect/planar.hpp"
+#include "detect/words.hpp"
+
+namespace p3dgrid {
+namespace {
+
+/// Whether what a binary file has in the place of blanking values, at the end of its last block,
+/// can be such. Of binary files nothing but the length shows the rest.
+bool blanking_is_one(Evidence& file, const Reading& reading) {
+  const std::int64_t points = reading.extents->points_of(reading.extents->i.size() - 1);
+  return look_at_words(file, reading.fit.end - 4 * points, points, reading.coding().byte_order)
+      .small;
+}
+
+}  // namespace
+
+// Digits do not tell of a precision, nor of an order of bytes; text is taken in one of each.
+std::vector<Coding> codings_of(Evidence& file, const StatedCoding& stated) {
+  constexpr auto other =
+      ByteOrder::native == ByteOrder::little ? ByteOrder::big : ByteOrder::little;
+  const bool text =
+      stated.encoding ? *stated.encoding == Encoding::formatted : file.begins_with_text();
+  if (text) {
+    return {{Encoding::formatted, stated.precision.value_or(Precision::single_precision),
+             stated.byte_order.value_or(ByteOrder::native)}};
+  }
+  const bool markers = !stated.encoding && (file.all_records_sound(ByteOrder::little) ||
+                                            file.all_records_sound(ByteOrder::big));
+  std::vector<Coding> codings;
+  for (const Encoding e : choices(stated.encoding, {Encoding::unformatted, Encoding::binary})) {
+    // Values do not by chance look like markers all through a file.
+    if (markers && e == Encoding::binary) continue;
+    for (const ByteOrder o : choices(stated.byte_order, {ByteOrder::native, other})) {
+      for (const Precision p :
+           choices(stated.precision, {Precision::single_precision, Precision::double_precision})) {
+        codings.push_back({e, p, o});
+      }
+    }
+  }
+  return codings;
+}
+
+std::vector<Candidate> grid_candidates(Evidence& file, const StatedGridForm& stated,
+                                       EmptyBlocks empty) {
+  std::vector<Candidate> candidates;
+  for (const Coding& coding : codings_of(file, stated.coding)) {
+    for (const bool multiblock : choices(stated.multiblock, {true, false})) {
+      const auto outline = file.grid_outline(coding, multiblock, empty);
+      if (!outline) continue;
+      for (const bool iblank : choices(stated.iblank, {false, true})) {
+        Reading reading;
+        reading.form = GridForm{coding, multiblock, iblank};
+        reading.extents = outline->extents;
+        candidates.push_back(
+            {std::move(reading), FilePlan(outline->sizes, outline->extents, iblank)});
+      }
+    }
+  }
+  return candidates;
+}
+
+std::vector<Reading> fitted(Evidence& file, std::vector<Candidate> candidates) {
+  std::vector<Reading> readings;
+  for (auto begin = candidates.begin(); begin != candidates.end();) {
+    const Coding coding = begin->reading.coding();
+    const auto end = std::find_if(begin, candidates.end(), [&](const Candidate& candidate) {
+      return candidate.reading.coding() != coding;
+    });
+    std::vector<FilePlan> plans;
+    std::transform(begin, end, std::back_inserter(plans),
+                   [](Candidate& candidate) { return std::move(candidate.plan); });
+    std::vector<Fit> fits = file.fit(coding, plans);
+    for (std::size_t n = 0; begin != end; ++begin, ++n) {
+      Reading& reading = begin->reading;
+      reading.fit = std::move(fits[n]);
+      reading.records = plans[n].records();
+      reading.unknown_flag = plans[n].unknown_flag();
+      readings.push_back(std::move(reading));
+    }
+  }
+  return readings;
+}
+
+std::vector<Reading> grid_readings(Evidence& file, const StatedGridForm& stated,
+                                   std::vector<Reading> readings) {
+  std::vector<Reading> possible;
+  for (Reading& reading : readings) {
+    const bool by_length =
+        reading.coding().encoding == Encoding::binary && reading.fit.whole() && reading.is_grid();
+    if (by_length && !reading.grid().iblank) {
+      std::ranges::move(with_planar_twin(file, reading, stated), std::back_inserter(possible));
+    } else if (!by_length || stated.iblank || blanking_is_one(file, reading)) {
+      possible.push_back(std::move(reading));
+    }
+  }
+  return possible;
+}
+
+}  // namespace p3dgrid

@@ -1,0 +1,134 @@
+#include "p3dgrid/detect.hpp"
+
+#include <algorithm>
+#include <system_error>
+
+#include "detect/candidates.hpp"
+#include "detect/foreign.hpp"
+#include "detect/header_damage.hpp"
+#include "detect/planar.hpp"
+#include "detect/section_search.hpp"
+#include "detect/verdict.hpp"
+#include "recordio/read_error.hpp"
+
+namespace p3dgrid {
+namespace {
+
+/// Runs what looks into a file.
+template <class Look>
+auto looking_into(const std::string& path, Look look) {
+  try {
+    Evidence file(path);
+    return look(file);
+  } catch (const recordio::SystemError& failure) {
+    throw FileError(path + ": " + std::generic_category().message(failure.error));
+  } catch (const recordio::ReadError& failure) {
+    throw FileError(path + ": " + failure.found);
+  }
+}
+
+/// A reading has found something in the file to agree with: all of its header at least.
+bool is_supported(const Detection& found) {
+  return found.proven() || std::ranges::any_of(found.nearest, [](const Reading& reading) {
+           return reading.fit.records > 0;
+         });
+}
+
+/// Judges the readings, and says of a file that no reading is proven for what else it may be.
+/// Readings that have blocks without points come last.
+/// @param readings  takes `EmptyBlocks`
+template <class Readings>
+Detection detect(Evidence& file, const std::shared_ptr<const Extents>& grid, Readings readings) {
+  Detection found = judge(readings(EmptyBlocks::refused), grid);
+  if (!found.proven() && file.size() > 0) {
+    std::string foreign = foreign_form(file);
+    if (foreign.empty()) found = judge(readings(EmptyBlocks::taken), grid);
+    found.foreign = std::move(foreign);
+    if (!is_supported(found)) found.damage = header_damage(file);
+    found.beginning = beginning_of(file);
+    found.planar = foreign_length(file);
+  }
+  found.size = file.size();
+  found.bytes_read = file.bytes_read();
+  return found;
+}
+
+}  // namespace
+
+bool Detection::proven() const {
+  return std::ranges::any_of(fitting, &Reading::checked);
+}
+
+std::string describe(const Reading& reading) {
+  if (reading.is_grid()) {
+    return (reading.planar ? "grid in two dimensions, " : "grid, ") + describe(reading.grid());
+  }
+  std::string text = describe(reading.restart());
+  if (reading.restart().sections) text += ", sections " + describe(*reading.restart().sections);
+  return text;
+}
+
+Detection detect_grid(const std::string& path, const StatedGridForm& stated) {
+  return looking_into(path, [&](Evidence& file) {
+    return detect(file, nullptr, [&](EmptyBlocks empty) {
+      return grid_readings(file, stated, fitted(file, grid_candidates(file, stated, empty)));
+    });
+  });
+}
+
+Detection detect_restart(const std::string& path, const StatedRestartForm& stated,
+                         const std::shared_ptr<const Extents>& grid) {
+  return looking_into(path, [&](Evidence& file) {
+    return detect(file, grid,
+                  [&](EmptyBlocks empty) { return restart_readings(file, stated, grid, empty); });
+  });
+}
+
+Detection detect_any(const std::string& path) {
+  return looking_into(path, [&](Evidence& file) {
+    return detect(file, nullptr, [&](EmptyBlocks empty) {
+      return grid_readings(
+          file, {}, restart_readings(file, {}, nullptr, empty, grid_candidates(file, {}, empty)));
+    });
+  });
+}
+
+Fit compare(const std::string& path, const GridForm& form) {
+  return looking_into(path, [&](Evidence& file) {
+    const auto outline = file.grid_outline(form.coding, form.multiblock, EmptyBlocks::taken);
+    if (!outline) return Fit{};
+    Fit fit = file.fit(form.coding, FilePlan(outline->sizes, outline->extents, form.iblank));
+    if (fit.whole() && is_planar_twin(file, form, *outline->extents)) {
+      fit.agreement = Fit::Agreement::other;
+      fit.what = "the file holds integers in the place of its third coordinates";
+    }
+    return fit;
+  });
+}
+
+Fit compare(const std::string& path, const RestartForm& form,
+            const std::shared_ptr<const Extents>& grid, bool leading_record) {
+  return looking_into(path, [&](Evidence& file) {
+    const auto outline = file.restart_outline(form, EmptyBlocks::taken);
+    if (!outline) return Fit{};
+    const SectionSearch search{file, form, *outline, outline->extents ? outline->extents : grid,
+                               leading_record};
+    return file.fit(form.coding, search.plan(form.sections.value_or(usual_sections(search))));
+  });
+}
+
+std::shared_ptr<const Extents> extents_in(const std::string& path, const GridForm& form) {
+  return looking_into(path, [&](Evidence& file) {
+    const auto outline = file.grid_outline(form.coding, form.multiblock, EmptyBlocks::taken);
+    return outline ? outline->extents : nullptr;
+  });
+}
+
+std::shared_ptr<const Extents> extents_in(const std::string& path, const RestartForm& form) {
+  return looking_into(path, [&](Evidence& file) {
+    const auto outline = file.restart_outline(form, EmptyBlocks::taken);
+    return outline ? outline->extents : nullptr;
+  });
+}
+
+}  // namespace p3dgrid

@@ -1,0 +1,88 @@
+#include "detect/evidence.hpp"
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <system_error>
+
+#include "detect/fit.hpp"
+#include "recordio/read_error.hpp"
+
+namespace p3dgrid {
+namespace {
+
+/// Markers stand far apart; that behind a record stands beside that of the next.
+constexpr std::size_t marker_buffer = 128;
+constexpr std::size_t text_buffer = std::size_t{256} * 1024;
+
+const std::string& checked(const std::string& path) {
+  std::error_code error;
+  const auto status = std::filesystem::status(path, error);
+  const bool other = std::filesystem::exists(status) && !std::filesystem::is_regular_file(status) &&
+                     !std::filesystem::is_directory(status);
+  // What else is wrong with it shows when it is opened. A named pipe would be waited for.
+  if (!other) return path;
+  throw FileError(path + ": is not a regular file, and cannot be looked into before it is read");
+}
+
+}  // namespace
+
+Evidence::Evidence(const std::string& path)
+    : path_(path), size_(0), file_(checked(path), marker_buffer) {
+  size_ = file_.remaining().value_or(0);
+}
+
+std::string Evidence::beginning(std::int64_t count) {
+  std::string bytes(static_cast<std::size_t>(std::min(count, size_)), '\0');
+  file_.go_to(0);
+  file_.read(bytes.data(), std::ssize(bytes));
+  return bytes;
+}
+
+// The integers that files without text begin with are small, so that a zero byte comes early.
+bool Evidence::begins_with_text() {
+  if (text_) return *text_;
+  const std::string start = beginning(512);
+  text_ = !start.empty() && std::ranges::all_of(start, [](char c) {
+    const auto code = static_cast<unsigned char>(c);
+    return std::isprint(code) != 0 || std::isspace(code) != 0;
+  });
+  return *text_;
+}
+
+bool Evidence::all_records_sound(ByteOrder order) {
+  const auto known = sound_.find(order);
+  if (known != sound_.end()) return known->second;
+  const auto look = [&] {
+    constexpr int proof = 1000;
+    recordio::RecordScanner scanner = records(order);
+    auto record = scanner.next();
+    // Zeros would be empty records without end.
+    if (!record || record->length == 0) return false;
+    for (int n = 0; n < proof && record; ++n, record = scanner.next()) {
+      if (!record->sound()) return false;
+    }
+    return true;
+  };
+  return sound_[order] = look();
+}
+
+std::vector<Fit> Evidence::fit(const Coding& coding, std::span<FilePlan> plans) {
+  if (is_text(coding)) {
+    recordio::InputFile text(path_, text_buffer);
+    TextCount count;
+    std::vector<Fit> fits = fit_of_text(text, plans, count);
+    text_bytes_ += text.bytes_read();
+    text_values_ = count.values;
+    text_commas_ = count.commas;
+    return fits;
+  }
+  std::vector<Fit> fits;
+  for (FilePlan& plan : plans) {
+    fits.push_back(coding.encoding == Encoding::binary ? fit_of_length(*this, coding, plan)
+                                                       : fit_of_records(*this, coding, plan));
+  }
+  return fits;
+}
+
+}  // namespace p3dgrid

@@ -1,0 +1,82 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "format/file_plan.hpp"
+#include "p3dgrid/detect.hpp"
+#include "recordio/input_file.hpp"
+#include "recordio/record_scanner.hpp"
+
+namespace p3dgrid {
+
+/// Whether readings may have blocks without points. They are looked at only where no other reading
+/// explains a file, and of few blocks, since zeros can be taken for any number of such blocks.
+enum class EmptyBlocks : bool { refused, taken };
+
+/// What a header says of the records that follow, and the sizes of its own.
+struct Outline {
+  std::int32_t blocks = 1;
+  std::shared_ptr<const Extents> extents;  ///< null where the header has none
+  std::vector<std::int32_t> functions;     ///< variables of each block, layout 3 only
+  std::int32_t older_levels = 0;           ///< layout 0: records behind each block
+  HeaderSizes sizes;
+};
+
+/// A file that is looked into. It is opened once, and what has been read stays in a small buffer.
+class Evidence {
+ public:
+  /// Throws `FileError`.
+  explicit Evidence(const std::string& path);
+
+  [[nodiscard]] std::int64_t size() const { return size_; }
+  [[nodiscard]] std::int64_t bytes_read() const { return file_.bytes_read() + text_bytes_; }
+  /// The file, to be read from wherever `go_to` goes.
+  recordio::InputFile& file() { return file_; }
+
+  /// The first bytes of the file, at most `count`.
+  [[nodiscard]] std::string beginning(std::int64_t count);
+  [[nodiscard]] bool begins_with_text();
+
+  /// True when the file is nothing but records with sound markers, the first one not empty. Of very
+  /// many records, those that are looked at are proof enough.
+  [[nodiscard]] bool all_records_sound(ByteOrder order);
+
+  [[nodiscard]] recordio::RecordScanner records(ByteOrder order) { return {file_, order, size_}; }
+  /// The integer at a byte; none behind the end of the file.
+  [[nodiscard]] std::optional<std::int32_t> integer(std::int64_t offset, ByteOrder order) {
+    return recordio::integer_at(file_, offset, order);
+  }
+
+  /// The header of a grid; none where it cannot be one: a block count below 1 or beyond what the
+  /// file has room for, negative extents, more points than any machine holds.
+  [[nodiscard]] std::optional<Outline> grid_outline(const Coding& coding, bool multiblock,
+                                                    EmptyBlocks empty);
+  /// The header of a restart file likewise.
+  [[nodiscard]] std::optional<Outline> restart_outline(const RestartForm& form, EmptyBlocks empty);
+
+  /// How the file goes together with plans of one coding, which are gone through by that.
+  [[nodiscard]] std::vector<Fit> fit(const Coding& coding, std::span<FilePlan> plans);
+  [[nodiscard]] Fit fit(const Coding& coding, FilePlan plan) {
+    return fit(coding, std::span(&plan, 1)).front();
+  }
+
+  /// Of text: all values, counted by the last `fit`.
+  [[nodiscard]] std::int64_t text_values() const { return text_values_; }
+  /// Of text: lines that hold a value more where a record begins with them.
+  [[nodiscard]] std::int64_t text_commas() const { return text_commas_; }
+
+ private:
+  std::string path_;
+  std::int64_t size_;
+  recordio::InputFile file_;
+  std::optional<bool> text_;
+  std::map<ByteOrder, bool> sound_;
+  std::int64_t text_bytes_ = 0;
+  std::int64_t text_values_ = 0;
+  std::int64_t text_commas_ = 0;
+};
+
+}  // namespace p3dgrid

@@ -1,0 +1,146 @@
+#include "detect/foreign.hpp"
+
+#include <algorithm>
+
+#include "detect/candidates.hpp"
+#include "detect/fit.hpp"
+#include "detect/planar.hpp"
+
+namespace p3dgrid {
+namespace {
+
+using recordio::ScannedRecord;
+
+constexpr std::int64_t marker_bytes = 4;
+
+/// The grid with its blocks in pieces: k planes, or one for each coordinate.
+FilePlan in_pieces(const Outline& outline, bool planes) {
+  HeaderSizes sizes = outline.sizes;
+  const Extents& extents = *outline.extents;
+  for (std::size_t b = 0; b < extents.i.size(); ++b) {
+    const std::int64_t plane = std::int64_t{extents.i[b]} * extents.j[b];
+    sizes.add({.reals = planes ? 3 * plane : extents.points_of(b)}, planes ? extents.k[b] : 3);
+  }
+  return {std::move(sizes), std::make_shared<const Extents>(), false};
+}
+
+bool is_in_pieces(Evidence& file, const Coding& coding, bool multiblock) {
+  const auto outline = file.grid_outline(coding, multiblock, EmptyBlocks::refused);
+  return outline && (file.fit(coding, in_pieces(*outline, true)).whole() ||
+                     file.fit(coding, in_pieces(*outline, false)).whole());
+}
+
+/// A 64-bit integer that 32 bits would do for; 0 where there is none.
+std::int32_t wide_integer(Evidence& file, std::int64_t offset, ByteOrder order) {
+  const bool big = order == ByteOrder::big;
+  const auto low = file.integer(offset + (big ? 4 : 0), order);
+  const auto high = file.integer(offset + (big ? 0 : 4), order);
+  return low && high && *high == 0 ? std::max(*low, 0) : 0;
+}
+
+/// A count in a record, and behind it a record of as many extents.
+bool has_wide_integers(Evidence& file, ByteOrder order) {
+  constexpr std::int64_t bytes = 8;
+  recordio::RecordScanner records = file.records(order);
+  const auto first = records.next();
+  const auto second = records.next();
+  if (!first || !second || first->length != bytes) return false;
+  const std::int64_t blocks = wide_integer(file, marker_bytes, order);
+  return blocks > 0 && second->length == 3 * bytes * blocks;
+}
+
+bool has_wide_markers(Evidence& file, ByteOrder order) {
+  constexpr std::int64_t bytes = 8;
+  const std::int32_t length = wide_integer(file, 0, order);
+  if (length != 4 && length != 12) return false;
+  const std::int64_t behind = bytes + length;
+  return wide_integer(file, behind, order) == length &&
+         wide_integer(file, behind + bytes, order) > 0;
+}
+
+/// A solution whose record of extents goes on with two integers, the number of variables and that
+/// of species among them, and whose blocks begin with more than four parameters.
+std::string overflow_solution(Evidence& file, const Coding& coding) {
+  recordio::RecordScanner records = file.records(coding.byte_order);
+  auto record = records.next();
+  std::int64_t blocks = 1;
+  if (record && record->sound() && record->length == 4) {
+    blocks = file.integer(record->offset + marker_bytes, coding.byte_order).value_or(0);
+    record = records.next();
+  }
+  if (!record || !record->sound() || blocks < 1 || record->length != 12 * blocks + 8) return "";
+  const std::int64_t numbers = record->end - marker_bytes - 8;
+  const std::int64_t begin = record->offset + marker_bytes;
+  const auto at = [&](std::int64_t offset) -> std::int64_t {
+    return file.integer(offset, coding.byte_order).value_or(-1);
+  };
+  const std::int64_t variables = at(numbers);
+  const std::int64_t species = at(numbers + 4);
+  const auto parameters = records.next();
+  const auto flow = records.next();
+  if (variables < solution_variables || species < 0 || species > variables || !parameters ||
+      !flow || parameters->length <= parameters_per_block * real_bytes(coding)) {
+    return "";
+  }
+  std::int64_t values = variables;
+  for (int n = 0; n < 3; ++n) {
+    const bool too_many = __builtin_mul_overflow(values, at(begin + 4 * n), &values);
+    if (too_many || values < 1) return "";
+  }
+  if (flow->length / real_bytes(coding) != values) return "";
+  return "is an OVERFLOW solution of " + counted(blocks, "block") + " and " +
+         counted(variables, "variable") +
+         ", which cannot be read; only solutions of five variables "
+         "with four flow parameters can";
+}
+
+/// Of unformatted files.
+std::string other_records(Evidence& file, const Coding& coding) {
+  if (std::string what = overflow_solution(file, coding); !what.empty()) return what;
+  if (is_in_pieces(file, coding, true) || is_in_pieces(file, coding, false)) {
+    return "has the values of a block in several records, by k planes or by coordinates; only one "
+           "record for each block can be read";
+  }
+  if (has_wide_integers(file, coding.byte_order)) {
+    return "has integers of 64 bits; only those of 32 can be read";
+  }
+  if (has_wide_markers(file, coding.byte_order)) {
+    return "has record markers of 64 bits; only those of 32 can be read";
+  }
+  return "";
+}
+
+/// Carriage returns alone end no line for any Fortran program, and all of the text is one.
+bool has_bare_returns(Evidence& file) {
+  if (!file.begins_with_text()) return false;
+  const std::string start = file.beginning(1 << 16);
+  return start.find('\r') != start.npos && start.find('\n') == start.npos;
+}
+
+}  // namespace
+
+std::string foreign_form(Evidence& file) {
+  if (has_bare_returns(file)) {
+    return "has carriage returns alone for line ends, which readers of text do not take for such; "
+           "tr '\\r' '\\n' <FILE >NEW makes a file NEW that can be read";
+  }
+  for (const Coding& coding : codings_of(file, {})) {
+    if (coding.encoding == Encoding::binary) continue;
+    const std::string planar = planar_form(file, coding);
+    if (!planar.empty()) return "is " + planar + ", which " + planar_not_read;
+    if (coding.encoding != Encoding::unformatted) continue;
+    if (std::string what = other_records(file, coding); !what.empty()) return what;
+  }
+  return "";
+}
+
+std::string foreign_length(Evidence& file) {
+  if (file.begins_with_text()) return "";
+  for (const Coding& coding : codings_of(file, {.encoding = Encoding::binary})) {
+    const std::string planar = planar_form(file, coding);
+    if (!planar.empty()) return planar + ", " + describe(coding);
+  }
+  return "";
+}
+
+}  // namespace p3dgrid

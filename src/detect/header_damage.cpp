@@ -1,0 +1,131 @@
+#include "detect/header_damage.hpp"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdio>
+#include <string_view>
+
+#include "detect/fit.hpp"
+
+namespace p3dgrid {
+namespace {
+
+constexpr std::int64_t marker_bytes = 4;
+constexpr std::int64_t integer_bytes = 4;
+constexpr std::int64_t extents_bytes = 3 * integer_bytes;
+
+std::string text_of(std::int64_t number) {
+  return std::to_string(number);
+}
+
+/// A record stands at that byte whose markers agree; 0 for none, else its length.
+std::int64_t length_at(Evidence& file, std::int64_t offset, ByteOrder order) {
+  const auto head = file.integer(offset, order);
+  if (!head || *head <= 0) return 0;
+  return file.integer(offset + marker_bytes + *head, order) == *head ? *head : 0;
+}
+
+/// The first record is there, but for one of its two markers.
+std::string first_marker(Evidence& file, ByteOrder order, std::int64_t length) {
+  const auto head = file.integer(0, order);
+  const auto tail = file.integer(marker_bytes + length, order);
+  if (!head || !tail || (*head == length) == (*tail == length)) return "";
+  if (length_at(file, length + 2 * marker_bytes, order) == 0) return "";
+  const bool first = *head != length;
+  return "record 1 at byte 0: its marker at byte " + text_of(first ? 0 : marker_bytes + length) +
+         " says " + std::to_string(first ? *head : *tail) + " where " + text_of(length) +
+         " is expected, as at byte " + text_of(first ? marker_bytes + length : 0);
+}
+
+/// Extents that are none, or more than the file holds; `record` has those of all blocks.
+std::string impossible_extents(Evidence& file, const recordio::ScannedRecord& record,
+                               ByteOrder order, std::int32_t blocks) {
+  for (std::int32_t b = 0; b < blocks; ++b) {
+    std::array<std::int32_t, 3> extents{};
+    double bytes = extents_bytes;
+    for (std::size_t n = 0; n < extents.size(); ++n) {
+      const std::int64_t at = b * extents_bytes + static_cast<std::int64_t>(n) * integer_bytes;
+      extents[n] = file.integer(record.offset + marker_bytes + at, order).value_or(0);
+      bytes *= extents[n];
+    }
+    const bool negative = std::ranges::any_of(extents, [](std::int32_t e) { return e < 0; });
+    if (!negative && bytes <= static_cast<double>(file.size())) continue;
+    return "record 2 at byte " + text_of(record.offset) + " gives block " + std::to_string(b + 1) +
+           " the extents " + std::to_string(extents[0]) + " " + std::to_string(extents[1]) + " " +
+           std::to_string(extents[2]) + ", which a file of " + text_of(file.size()) +
+           " bytes cannot hold";
+  }
+  return "";
+}
+
+/// What follows behind a record of nothing but the number of blocks.
+std::string behind_count(Evidence& file, ByteOrder order) {
+  constexpr const char* asked = " are expected for the extents of ";
+  recordio::RecordScanner records = file.records(order);
+  static_cast<void>(records.next());
+  const auto blocks = file.integer(marker_bytes, order).value_or(0);
+  if (blocks < 1 || blocks > file.size()) return "";
+  const std::int64_t expected = blocks * extents_bytes;
+  const auto record = records.next();
+  if (!record) {
+    return "is cut short: the file ends at byte " + text_of(file.size()) +
+           " behind record 1, where " + text_of(expected) + " bytes" + asked +
+           counted(blocks, "block");
+  }
+  const std::string where = "record 2 at byte " + text_of(record->offset);
+  if (!record->sound()) {
+    const bool cut = record->state == recordio::ScannedRecord::State::cut;
+    return (cut ? "is cut short: " : "") + where + ": " + record->what;
+  }
+  if (record->length == expected) {
+    return impossible_extents(file, *record, order, blocks);
+  }
+  return where + " holds " + text_of(record->length) + " bytes by its marker where " +
+         text_of(expected) + asked + counted(blocks, "block");
+}
+
+/// A block count that the text has no lines for: each block takes one at least.
+std::string missing_lines(Evidence& file) {
+  const std::string start = file.beginning(80);
+  const std::size_t begin = std::min(start.find_first_not_of(' '), start.size());
+  const std::size_t end = std::min(start.find_first_of("\r\n"), start.size());
+  std::int64_t blocks = 0;
+  const auto [stop, error] = std::from_chars(start.data() + begin, start.data() + end, blocks);
+  if (error != std::errc() || stop != start.data() + end || blocks <= file.size()) return "";
+  return "line 1 announces " + text_of(blocks) + " blocks, and a text of " + text_of(file.size()) +
+         " bytes has no lines for them";
+}
+
+}  // namespace
+
+std::string header_damage(Evidence& file) {
+  if (file.begins_with_text()) return missing_lines(file);
+  for (const ByteOrder order : {ByteOrder::little, ByteOrder::big}) {
+    const bool count = length_at(file, 0, order) == integer_bytes;
+    std::string what = count ? behind_count(file, order) : first_marker(file, order, integer_bytes);
+    if (what.empty() && !count) what = first_marker(file, order, extents_bytes);
+    if (!what.empty()) return what + "; taken as unformatted, " + name_of(order) + "-endian";
+  }
+  return "";
+}
+
+std::string beginning_of(Evidence& file) {
+  constexpr std::size_t enough = 40;
+  const std::string bytes = file.beginning(enough);
+  if (file.begins_with_text()) {
+    const std::size_t end = std::min(bytes.find_first_of("\r\n"), bytes.size());
+    return "line 1 is \"" + bytes.substr(0, end) + (end == enough ? "...\"" : "\"");
+  }
+  constexpr std::string_view gzip = "\x1f\x8b";
+  if (bytes.starts_with(gzip)) return "it is compressed, and gunzip would unpack it";
+  std::string text = "its first bytes are";
+  for (const char c : bytes.substr(0, 8)) {
+    std::array<char, 4> hex{};
+    std::snprintf(hex.data(), hex.size(), " %02x", static_cast<unsigned>(c) & 0xffU);
+    text += hex.data();
+  }
+  return text;
+}
+
+}  // namespace p3dgrid

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "detect/evidence.hpp"
+#include "recordio/connection.hpp"
+#include "recordio/read_error.hpp"
+
+namespace p3dgrid {
+
+/// Reads header records from the beginning of a file, and keeps their sizes.
+class HeaderReader {
+ public:
+  HeaderReader(Evidence& evidence, const Coding& coding) : file_(evidence.file()), coding_(coding) {
+    file_.go_to(0);
+  }
+
+  bool operator()(const recordio::ReadList& list) {
+    sizes.add(list, real_kind(coding_));
+    recordio::read_record(file_, recordio::form_of(static_cast<std::int32_t>(coding_.encoding)),
+                          coding_.byte_order, list, recordio::RestOfRecord::skipped, lines_);
+    return true;
+  }
+
+  /// Runs what reads; false where the file does not hold it.
+  template <class Walk>
+  static bool succeeds(Walk walk) {
+    try {
+      return walk();
+    } catch (const recordio::ReadError& error) {
+      // A file that the system cannot read is no evidence.
+      if (error.status > recordio::status_error) throw;
+      return false;
+    }
+  }
+
+  /// Goes back to where this reader stands, or stood.
+  class Place {
+   public:
+    explicit Place(HeaderReader& reader)
+        : reader_(reader), offset_(reader.file_.offset()), lines_(reader.lines_) {}
+    void go_back() const {
+      reader_.file_.go_to(offset_);
+      reader_.lines_ = lines_;
+    }
+
+   private:
+    HeaderReader& reader_;
+    std::int64_t offset_;
+    std::int64_t lines_;
+  };
+
+  HeaderSizes sizes;
+
+ private:
+  recordio::InputFile& file_;
+  const Coding& coding_;
+  std::int64_t lines_ = 0;
+};
+
+/// Blocks that the file has room for: their extents, and a record or a line each.
+/// @param extents  of each block in the header
+[[nodiscard]] std::int64_t most_blocks(std::int64_t size, Encoding encoding, std::int64_t extents);
+
+}  // namespace p3dgrid

@@ -1,0 +1,129 @@
+#include <array>
+
+#include "detect/header_reader.hpp"
+
+namespace p3dgrid {
+namespace {
+
+/// More points than any machine holds; sums and products of them stay far from the limits of 64
+/// bits.
+constexpr std::int64_t most_points = std::int64_t{1} << 36;
+
+constexpr std::int32_t most_functions = 1'000'000;
+constexpr std::int32_t most_blocks_with_empty = 1 << 20;
+
+/// Blocks whose extents are looked at before memory is taken for those of all.
+constexpr std::int32_t sample_blocks = 1024;
+
+/// The values of a restart header, under the names of the module's variables.
+struct HeaderValues {
+  std::int32_t fileversion = 0, eqid = 0, nblocks = 1, talnvar = 0, itimeint = 0, ibeta = 0;
+  std::int32_t nstep = 0, isgsmodel = 0, i = 0, j = 0, k = 0;
+  double dtau = 0, talre = 0, talxm1 = 0, talalfa = 0, talbeta = 0, talgam = 0, tals1 = 0;
+  double talpr = 0, talprt = 0;
+};
+
+/// Extents that can be those of a block, and their points.
+bool add_points(std::int64_t& points, std::int32_t i, std::int32_t j, std::int32_t k,
+                EmptyBlocks empty) {
+  if (i < 0 || j < 0 || k < 0) return false;
+  const std::int64_t plane = std::int64_t{i} * j;  // 31 bits times 31 bits
+  if (plane > most_points || (plane > 0 && k > most_points / plane)) return false;
+  points += plane * k;
+  return points <= most_points && (plane * k > 0 || empty == EmptyBlocks::taken);
+}
+
+/// Block dimensions as they are read.
+struct Dimensions {
+  Extents extents;
+  std::vector<std::int32_t> functions;
+
+  Dimensions(DimensionKind kind, std::int32_t blocks) {
+    const auto count = static_cast<std::size_t>(blocks);
+    for (auto* column : {&extents.i, &extents.j, &extents.k}) column->resize(count);
+    if (kind == DimensionKind::one_record_with_variables) functions.resize(count);
+  }
+
+  template <class Visit>
+  bool walk(DimensionKind kind, std::int32_t blocks, Visit& visit) {
+    std::vector<std::int32_t*> columns = {extents.i.data(), extents.j.data(), extents.k.data()};
+    if (!functions.empty()) columns.push_back(functions.data());
+    return walk_dimensions<std::int32_t>(kind, blocks, columns, visit);
+  }
+
+  [[nodiscard]] bool plausible(EmptyBlocks empty) const {
+    if (extents.blocks() > most_blocks_with_empty) empty = EmptyBlocks::refused;
+    std::int64_t points = 0;
+    for (std::size_t b = 0; b < extents.i.size(); ++b) {
+      if (!add_points(points, extents.i[b], extents.j[b], extents.k[b], empty)) return false;
+    }
+    return std::ranges::all_of(
+        functions, [](std::int32_t count) { return count >= 0 && count <= most_functions; });
+  }
+};
+
+/// Reads the block dimensions, the first of many before memory is taken for all.
+bool read_dimensions(Evidence& evidence, HeaderReader& reader, const Coding& coding,
+                     DimensionKind kind, EmptyBlocks empty, Outline& outline) {
+  if (outline.blocks < 1 || outline.blocks > most_blocks(evidence.size(), coding.encoding,
+                                                         kind == DimensionKind::none ? 0 : 3)) {
+    return false;
+  }
+  if (kind == DimensionKind::none) return true;
+  if (outline.blocks > sample_blocks) {
+    const HeaderReader::Place begin(reader);
+    const HeaderSizes sizes = reader.sizes;
+    Dimensions sample(kind, sample_blocks);
+    if (!sample.walk(kind, sample_blocks, reader) || !sample.plausible(empty)) return false;
+    reader.sizes = sizes;
+    begin.go_back();
+  }
+  Dimensions all(kind, outline.blocks);
+  if (!all.walk(kind, outline.blocks, reader) || !all.plausible(empty)) return false;
+  outline.functions = std::move(all.functions);
+  outline.extents = std::make_shared<const Extents>(std::move(all.extents));
+  return true;
+}
+
+}  // namespace
+
+std::int64_t most_blocks(std::int64_t size, Encoding encoding, std::int64_t extents) {
+  if (encoding == Encoding::formatted) return size;
+  const std::int64_t markers = encoding == Encoding::unformatted ? 8 : 0;
+  return size / std::max<std::int64_t>(1, 4 * extents + markers);
+}
+
+std::optional<Outline> Evidence::grid_outline(const Coding& coding, bool multiblock,
+                                              EmptyBlocks empty) {
+  Outline outline;
+  HeaderReader reader(*this, coding);
+  const bool taken = HeaderReader::succeeds([&] {
+    if (multiblock) reader({recordio::scalar(outline.blocks)});
+    return read_dimensions(*this, reader, coding, DimensionKind::one_record, empty, outline);
+  });
+  outline.sizes = std::move(reader.sizes);
+  return taken ? std::optional(std::move(outline)) : std::nullopt;
+}
+
+std::optional<Outline> Evidence::restart_outline(const RestartForm& form, EmptyBlocks empty) {
+  Outline outline;
+  HeaderReader reader(*this, form.coding);
+  HeaderValues header;
+  const LayoutTraits& layout = traits_of(form.layout);
+  const bool taken = HeaderReader::succeeds([&] {
+    walk_lead(layout, form.coding, form.multiblock, header, reader);
+    outline.blocks = header.nblocks;
+    if (layout.header == HeaderKind::single_block) {
+      std::int64_t points = 0;
+      if (!add_points(points, header.i, header.j, header.k, empty)) return false;
+      outline.extents =
+          std::make_shared<const Extents>(Extents{{header.i}, {header.j}, {header.k}});
+    }
+    return read_dimensions(*this, reader, form.coding, layout.dimensions, empty, outline);
+  });
+  outline.older_levels = older_levels(header.itimeint);
+  outline.sizes = std::move(reader.sizes);
+  return taken ? std::optional(std::move(outline)) : std::nullopt;
+}
+
+}  // namespace p3dgrid

@@ -1,0 +1,101 @@
+#include "detect/planar.hpp"
+
+#include <algorithm>
+
+#include "detect/header_reader.hpp"
+#include "detect/words.hpp"
+
+namespace p3dgrid {
+namespace {
+
+constexpr std::int32_t most_points_across = 1 << 20;
+constexpr std::int32_t variables = solution_variables - 1;
+
+/// A header with two extents for each block; none where it cannot be one.
+std::optional<Outline> planar_outline(Evidence& file, const Coding& coding, bool multiblock) {
+  Outline outline;
+  Extents extents;
+  HeaderReader reader(file, coding);
+  const auto read = [&] {
+    if (multiblock) reader({recordio::scalar(outline.blocks)});
+    const std::int32_t blocks = outline.blocks;
+    if (blocks < 1 || blocks > most_blocks(file.size(), coding.encoding, 2)) return false;
+    for (auto* column : {&extents.i, &extents.j}) column->resize(static_cast<std::size_t>(blocks));
+    const std::array columns = {extents.i.data(), extents.j.data()};
+    walk_dimensions<std::int32_t>(DimensionKind::one_record, blocks, columns, reader);
+    const auto possible = [](std::int32_t n) { return n >= 1 && n <= most_points_across; };
+    return std::ranges::all_of(extents.i, possible) && std::ranges::all_of(extents.j, possible);
+  };
+  if (!HeaderReader::succeeds(read)) return std::nullopt;
+  extents.k.assign(extents.i.size(), 1);
+  outline.extents = std::make_shared<const Extents>(std::move(extents));
+  outline.sizes = std::move(reader.sizes);
+  return outline;
+}
+
+std::string planar_form(Evidence& file, const Coding& coding, bool multiblock) {
+  const auto outline = planar_outline(file, coding, multiblock);
+  if (!outline) return "";
+  std::vector<FilePlan> plans;
+  for (const bool iblank : {false, true}) {
+    plans.emplace_back(outline->sizes, outline->extents, iblank, 2);
+  }
+  plans.emplace_back(outline->sizes, outline->extents, traits_of(Layout::solution),
+                     BodyPlan{.shape = {.sections = {{1, variables}}}});
+  const std::vector<Fit> fits = file.fit(coding, plans);
+  if (fits[0].whole() || fits[1].whole()) return "a grid in two dimensions";
+  return fits[2].whole() ? "a solution in two dimensions" : "";
+}
+
+/// In a binary file, the words that are the third coordinates of a block 1 x ni x nj, or the
+/// blanking values of ni x nj.
+Words third_words(Evidence& file, const GridForm& form, const Extents& extents) {
+  constexpr std::int64_t header = 3 * 4;
+  const std::int64_t points = extents.points();
+  return look_at_words(file, header + 2 * 4 * points, points, form.coding.byte_order);
+}
+
+bool has_planar_twin(const GridForm& form, const Extents& extents) {
+  return form.coding.encoding == Encoding::binary &&
+         form.coding.precision == Precision::single_precision && !form.multiblock && !form.iblank &&
+         extents.i.front() == 1 && extents.points() > 0;
+}
+
+Reading planar_twin(const Reading& reading) {
+  Reading twin = reading;
+  auto& form = std::get<GridForm>(twin.form);
+  form.multiblock = true;
+  form.iblank = true;
+  const Extents& extents = *reading.extents;
+  twin.extents = std::make_shared<const Extents>(Extents{extents.j, extents.k, extents.i});
+  twin.planar = true;
+  twin.unreadable = planar_not_read;
+  return twin;
+}
+
+}  // namespace
+
+std::string planar_form(Evidence& file, const Coding& coding) {
+  const std::string form = planar_form(file, coding, true);
+  return form.empty() ? planar_form(file, coding, false) : form;
+}
+
+bool is_planar_twin(Evidence& file, const GridForm& form, const Extents& extents) {
+  if (!has_planar_twin(form, extents)) return false;
+  const Words words = third_words(file, form, extents);
+  return words.small && !words.zero;
+}
+
+std::vector<Reading> with_planar_twin(Evidence& file, const Reading& reading,
+                                      const StatedGridForm& stated) {
+  const GridForm& form = reading.grid();
+  if (!has_planar_twin(form, *reading.extents)) return {reading};
+  const Words words = third_words(file, form, *reading.extents);
+  if (words.small && !words.zero) return {planar_twin(reading)};
+  // Blanking values that are 0 everywhere would leave no point in use, but few of many are seen.
+  const bool excluded = stated.multiblock == false || stated.iblank == false;
+  if (!words.zero || words.all || excluded) return {reading};
+  return {reading, planar_twin(reading)};
+}
+
+}  // namespace p3dgrid

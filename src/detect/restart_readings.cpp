@@ -1,0 +1,159 @@
+#include <algorithm>
+#include <iterator>
+
+#include "detect/candidates.hpp"
+#include "detect/fit.hpp"
+#include "detect/section_search.hpp"
+
+namespace p3dgrid {
+namespace {
+
+/// The forms that a layout takes of a coding, apart from its sections.
+std::vector<RestartForm> forms_of(const LayoutTraits& layout, const Coding& coding,
+                                  const StatedRestartForm& stated) {
+  // The block count says nothing of layouts that have none.
+  if (!layout.may_hold_count()) {
+    return {{layout.layout, coding, stated.multiblock.value_or(true), stated.sections}};
+  }
+  std::vector<RestartForm> forms;
+  for (const bool multiblock : choices(stated.multiblock, {true, false})) {
+    forms.push_back({layout.layout, coding, multiblock, stated.sections});
+  }
+  return forms;
+}
+
+/// What a header alone lets be said, where no grid gives the extents. Without markers anything
+/// could be such a file, so that its layout has to be stated.
+bool may_go_unchecked(Evidence& file, const RestartForm& form, bool stated) {
+  if (form.coding.encoding != Encoding::unformatted) return stated;
+  return file.all_records_sound(form.coding.byte_order);
+}
+
+/// Whether blocks are taken to begin with a leading record. Layout 100 in single-precision records
+/// is written with it and read without.
+std::vector<bool> possible_leading(const RestartForm& form) {
+  const LayoutTraits& layout = traits_of(form.layout);
+  if (!layout.triplets) return {false};
+  if (reads_triplets(layout, form.coding)) return {true};
+  return {true, false};
+}
+
+/// Finds the ways to take a file as a restart file.
+class RestartSearch {
+ public:
+  RestartSearch(Evidence& file, const StatedRestartForm& stated,
+                const std::shared_ptr<const Extents>& grid, EmptyBlocks empty,
+                std::vector<Candidate> others)
+      : file_(file), stated_(stated), grid_(grid), empty_(empty), candidates_(std::move(others)) {}
+
+  std::vector<Reading> readings() {
+    for (const Coding& coding : codings_of(file_, stated_.coding)) {
+      for (const LayoutTraits& layout : all_layouts()) {
+        if (stated_.layout.value_or(layout.layout) != layout.layout) continue;
+        for (const RestartForm& form : forms_of(layout, coding, stated_)) look_at(form);
+      }
+    }
+    take_fits();
+    // How many variables a text has shows only when its values have been counted.
+    for (const Open& open : std::exchange(open_, {})) add_by_size(open);
+    take_fits();
+    return std::move(readings_);
+  }
+
+ private:
+  /// A text whose sections are not known yet.
+  struct Open {
+    RestartForm form;
+    Outline outline;
+    std::shared_ptr<const Extents> extents;
+    bool leading;
+  };
+
+  void look_at(const RestartForm& form) {
+    const auto outline = file_.restart_outline(form, empty_);
+    if (!outline) return;
+    const bool own = outline->extents != nullptr;
+    if (!own && !grid_) {
+      if (!may_go_unchecked(file_, form, stated_.layout.has_value())) return;
+      readings_.push_back({.form = form, .own_extents = false, .checked = false});
+    } else if (!own && grid_->blocks() != outline->blocks) {
+      Fit other{Fit::Agreement::other, 0,
+                "holds " + counted(outline->blocks, "block") + ", the grid " +
+                    std::to_string(grid_->blocks())};
+      readings_.push_back({.form = form, .own_extents = false, .fit = std::move(other)});
+    } else {
+      for (const bool leading : possible_leading(form)) {
+        add(Open{form, *outline, own ? outline->extents : grid_, leading});
+      }
+    }
+  }
+
+  void add(const Open& open) {
+    const SectionSearch search{file_, open.form, open.outline, open.extents, open.leading};
+    if (open.form.sections) {
+      if (can_have_stated_sections(search)) add(search, *open.form.sections);
+      return;
+    }
+    std::vector<Sections> tables;
+    const Encoding encoding = open.form.coding.encoding;
+    const bool counted = open.form.layout == Layout::function;
+    if (encoding == Encoding::unformatted) tables = sections_in_records(search);
+    if (encoding == Encoding::binary && !counted) tables = sections_by_size(search);
+    if (encoding == Encoding::formatted && !counted) open_.push_back(open);
+    tables.push_back(usual_sections(search));
+    add(search, std::move(tables));
+  }
+
+  void add_by_size(const Open& open) {
+    const SectionSearch search{file_, open.form, open.outline, open.extents, open.leading};
+    std::vector<Sections> tables = sections_by_size(search);
+    std::erase(tables, usual_sections(search));
+    add(search, std::move(tables));
+  }
+
+  void add(const SectionSearch& search, std::vector<Sections> tables) {
+    for (auto table = tables.begin(); table != tables.end(); ++table) {
+      if (std::find(tables.begin(), table, *table) == table) add(search, *table);
+    }
+  }
+
+  void add(const SectionSearch& search, const Sections& sections) {
+    Reading reading{.form = search.form,
+                    .extents = search.extents,
+                    .own_extents = search.outline.extents != nullptr};
+    std::get<RestartForm>(reading.form).sections = sections;
+    reading.free_count = search.form.coding.encoding != Encoding::unformatted &&
+                         !search.form.sections && search.form.layout != Layout::function &&
+                         variables_in(sections) != solution_variables;
+    if (search.leading && !reads_triplets(traits_of(search.form.layout), search.form.coding)) {
+      reading.unreadable = triplets_not_read;
+    }
+    candidates_.push_back({std::move(reading), search.plan(sections)});
+  }
+
+  void take_fits() {
+    for (Reading& reading : fitted(file_, std::exchange(candidates_, {}))) {
+      // Any number of variables, and any value for a flag, would say nothing.
+      if (reading.free_count && reading.unknown_flag) continue;
+      readings_.push_back(std::move(reading));
+    }
+  }
+
+  Evidence& file_;
+  const StatedRestartForm& stated_;
+  const std::shared_ptr<const Extents>& grid_;
+  EmptyBlocks empty_;
+  std::vector<Candidate> candidates_;
+  std::vector<Open> open_;
+  std::vector<Reading> readings_;
+};
+
+}  // namespace
+
+std::vector<Reading> restart_readings(Evidence& file, const StatedRestartForm& stated,
+                                      const std::shared_ptr<const Extents>& grid, EmptyBlocks empty,
+                                      std::vector<Candidate> others) {
+  return RestartSearch(file, stated, grid, empty, std::move(others)).readings();
+}
+
+}  // namespace p3dgrid

@@ -1,0 +1,150 @@
+#include "detect/section_search.hpp"
+
+#include <algorithm>
+#include <array>
+
+namespace p3dgrid {
+namespace {
+
+/// What stands where a marker would be can be any number; one that no second marker bears out is
+/// taken for a length only where it asks for as many variables as solutions have.
+constexpr std::int64_t most_of_unproven_record = 1000;
+
+/// Records that are looked at in search of a block with points.
+constexpr std::size_t most_records = 4096;
+
+/// The table of sections with so many variables, one after another.
+Sections in_order(const std::vector<std::int64_t>& counts) {
+  Sections sections;
+  std::int32_t last = 0;
+  for (const std::int64_t count : counts) {
+    sections.push_back({last + 1, last + static_cast<std::int32_t>(count)});
+    last += static_cast<std::int32_t>(count);
+  }
+  return sections;
+}
+
+bool differ(const std::vector<std::int32_t>& counts) {
+  return std::ranges::adjacent_find(counts, std::ranges::not_equal_to()) != counts.end();
+}
+
+/// The table of `count` sections that the records of one block show, if they can hold it.
+std::optional<Sections> sections_shown(const SectionSearch& search,
+                                       std::span<const recordio::ScannedRecord> records,
+                                       std::int64_t points) {
+  const std::int64_t variable = points * real_bytes(search.form.coding);
+  std::vector<std::int64_t> counts;
+  for (const recordio::ScannedRecord& record : records) {
+    std::int64_t variables = record.length / variable;
+    const std::int64_t most = record.sound() ? most_variables : most_of_unproven_record;
+    if (record.length % variable != 0 || variables < 1 || variables > most) return std::nullopt;
+    if (counts.empty() && search.leading) {
+      if (variables != triplet + solution_variables) return std::nullopt;
+      variables = solution_variables;
+    }
+    counts.push_back(variables);
+  }
+  return in_order(counts);
+}
+
+/// Bytes of records, or values of text, that a plan asks for if its flags are these.
+std::int64_t amount(FilePlan plan, const Coding& coding, std::span<const std::int32_t> flags) {
+  std::int64_t sum = 0;
+  for (std::size_t flag = 0; const auto size = plan.next();) {
+    sum += is_text(coding) ? size->values() : size->bytes(coding);
+    if (size->kind == BodyRecordKind::flag) plan.take_flag(flags[flag++]);
+  }
+  return sum;
+}
+
+/// Chains of flags that announce different records; 0 stands for a flag that announces none.
+std::vector<std::array<std::int32_t, most_flags>> possible_flags(const LayoutTraits& layout) {
+  std::vector<std::array<std::int32_t, most_flags>> chains = {{end_of_extensions}};
+  if (!layout.extensions) return chains;
+  for (const std::int32_t first : {1, 41, 0}) {
+    chains.push_back({first, end_of_extensions});
+    for (const std::int32_t second : {1, 41, 0}) {
+      chains.push_back({first, second, end_of_extensions});
+    }
+  }
+  return chains;
+}
+
+}  // namespace
+
+FilePlan SectionSearch::plan(const Sections& sections) const {
+  BodyPlan body{.shape = {.sections = sections,
+                          .older_levels = outline.older_levels,
+                          .older = sections.empty() ? Section{} : sections.front()}};
+  if (leading) body.shape.leading = solution_variables;
+  if (differ(outline.functions)) body.functions = outline.functions;
+  return {outline.sizes, extents, traits_of(form.layout), std::move(body)};
+}
+
+Sections usual_sections(const SectionSearch& search) {
+  const auto& functions = search.outline.functions;
+  if (functions.empty()) return {{1, solution_variables}};
+  return {{1, std::max(1, std::ranges::max(functions))}};
+}
+
+bool can_have_stated_sections(const SectionSearch& search) {
+  const Sections& sections = *search.form.sections;
+  if (search.leading && sections.front() != Section{1, solution_variables}) return false;
+  const auto& functions = search.outline.functions;
+  return functions.empty() || (!differ(functions) && variables_in(sections) == functions.front());
+}
+
+std::vector<Sections> sections_in_records(const SectionSearch& search) {
+  const Extents& extents = *search.extents;
+  std::size_t block = 0;
+  while (block < extents.i.size() && extents.points_of(block) == 0) ++block;
+  const auto& functions = search.outline.functions;
+  if (block == extents.i.size() || differ(functions)) return {};
+  std::vector<recordio::ScannedRecord> records;
+  recordio::RecordScanner scanner = search.file.records(search.form.coding.byte_order);
+  std::vector<Sections> tables;
+  for (std::size_t count = 1; count <= most_sections; ++count) {
+    const std::size_t leading = traits_of(search.form.layout).parameters ? 1 : 0;
+    const std::size_t per_block =
+        leading + count + static_cast<std::size_t>(search.outline.older_levels);
+    const std::size_t first =
+        static_cast<std::size_t>(search.outline.sizes.records()) + block * per_block + leading;
+    while (records.size() < std::min(first + count, most_records)) {
+      auto record = scanner.next();
+      if (!record) return tables;
+      records.push_back(std::move(*record));
+    }
+    if (records.size() < first + count) return tables;
+    auto sections =
+        sections_shown(search, std::span(records).subspan(first, count), extents.points_of(block));
+    if (!sections) return tables;
+    if (functions.empty() || variables_in(*sections) == functions.front()) {
+      tables.push_back(std::move(*sections));
+    }
+  }
+  return tables;
+}
+
+std::vector<Sections> sections_by_size(const SectionSearch& search) {
+  const Coding& coding = search.form.coding;
+  const bool text = is_text(coding);
+  const std::int64_t found = text ? search.file.text_values() : search.file.size();
+  const std::int64_t copies = 1 + search.outline.older_levels;
+  const std::int64_t variable = search.extents->points() * (text ? 1 : real_bytes(coding)) * copies;
+  if (variable == 0) return {};
+  std::vector<Sections> tables;
+  for (const auto& flags : possible_flags(traits_of(search.form.layout))) {
+    const std::int64_t rest = found - amount(search.plan({}), coding, flags);
+    // Of text each line that begins with a comma may hold a value more than has been counted.
+    const std::int64_t most = rest + (text ? search.file.text_commas() : 0);
+    const std::int64_t variables = most / variable;
+    if (most < 0 || variables * variable < rest || variables > most_variables) continue;
+    if (search.leading && variables < 1) tables.push_back(in_order({solution_variables}));
+    if (variables < 1) continue;
+    tables.push_back(search.leading ? in_order({solution_variables, variables})
+                                    : in_order({variables}));
+  }
+  return tables;
+}
+
+}  // namespace p3dgrid

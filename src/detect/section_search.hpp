@@ -1,0 +1,38 @@
+#pragma once
+
+#include <vector>
+
+#include "detect/evidence.hpp"
+
+namespace p3dgrid {
+
+/// Most sections that the module has room for, and most variables that are taken for meant.
+inline constexpr std::size_t most_sections = 30;
+inline constexpr std::int32_t most_variables = 1'000'000;
+
+/// A restart file whose sections are to be found out: its form, its header, and the extents by
+/// which its body is taken.
+struct SectionSearch {
+  Evidence& file;
+  const RestartForm& form;
+  const Outline& outline;
+  std::shared_ptr<const Extents> extents;
+  bool leading;  ///< blocks begin with a leading record
+
+  [[nodiscard]] FilePlan plan(const Sections& sections) const;
+};
+
+/// The sections that a layout has as a rule.
+[[nodiscard]] Sections usual_sections(const SectionSearch& search);
+
+/// Whether the body can have the sections that the form states.
+[[nodiscard]] bool can_have_stated_sections(const SectionSearch& search);
+
+/// The tables that agree with the lengths of the records in the first block of an unformatted file.
+[[nodiscard]] std::vector<Sections> sections_in_records(const SectionSearch& search);
+
+/// The tables, of one section or of one behind a leading record, that fill a file without markers.
+/// Text has been counted before.
+[[nodiscard]] std::vector<Sections> sections_by_size(const SectionSearch& search);
+
+}  // namespace p3dgrid

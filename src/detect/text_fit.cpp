@@ -1,0 +1,228 @@
+#include <algorithm>
+#include <limits>
+
+#include "detect/fit.hpp"
+#include "recordio/list_scanner.hpp"
+
+namespace p3dgrid {
+namespace {
+
+using Agreement = Fit::Agreement;
+using recordio::ListScanner;
+using Stop = ListScanner::Stop;
+
+constexpr std::int64_t no_limit = std::numeric_limits<std::int64_t>::max();
+
+/// Text that holds so much of what is expected, and then more, has had something added to it.
+constexpr double most_of_a_text = 0.9;
+
+/// A line as far as it has been gone through.
+struct Line {
+  std::int64_t number;
+  std::int64_t values = 0;
+  Stop stop = Stop::enough;
+  std::string word = {};  ///< behind the values, if they are followed by what is no number
+};
+
+/// One plan on its way through the text.
+class TextCursor {
+ public:
+  explicit TextCursor(FilePlan& plan) : plan_(plan), begin_(plan) { next_record(); }
+
+  /// Values that may be taken before this cursor has to be asked again.
+  [[nodiscard]] std::int64_t wanted() const { return reals_ > 0 ? reals_ : integers_; }
+  [[nodiscard]] bool in_record() const { return reals_ + integers_ > 0; }
+  [[nodiscard]] bool wants_integers() const { return reals_ == 0 && integers_ > 0; }
+
+  void begin_with_comma() {
+    if (at_record_ && in_record()) --(reals_ > 0 ? reals_ : integers_);
+  }
+
+  void take(std::int64_t values, const Line& line, const ListScanner& scanner) {
+    if (values == 0 || !in_record()) return;
+    (reals_ > 0 ? reals_ : integers_) -= values;
+    at_record_ = false;
+    if (in_record()) return;
+    ended_at_ = line.values;
+    if (size_.kind == BodyRecordKind::flag) plan_.take_flag(scanner.last_integer());
+  }
+
+  void refuse_real(const Line& line) {
+    if (!wants_integers()) return;
+    fail(Agreement::other, line.number,
+         "line " + std::to_string(line.number) + " holds \"" + line.word +
+             "\" where an integer is expected");
+  }
+
+  void end_line(const Line& line) {
+    if (state_ == State::failed) return;
+    if (state_ == State::done) return look_behind_end(line);
+    if (in_record() && line.stop == Stop::not_number) {
+      return fail(Agreement::other, line.number,
+                  "line " + std::to_string(line.number) + " holds \"" + line.word +
+                      "\" where a number is expected");
+    }
+    // What a slash leaves out counts as taken.
+    if (in_record() && line.stop != Stop::slash) return;
+    // A record without values is a line all the same, which must have ended.
+    const bool empty = at_record_ && size_.values() == 0;
+    if (empty && line.values == 0 && line.stop == Stop::end) return;
+    const std::int64_t more = in_record() ? 0 : line.values - ended_at_;
+    if (more > 0) {
+      return fail(Agreement::other, line.number,
+                  "line " + std::to_string(line.number) + " holds " + counted(more, "more value") +
+                      " behind the last that is expected there");
+    }
+    ++records_;
+    next_record();
+  }
+
+  void end_text(std::int64_t last_line) {
+    if (state_ != State::in_records) return;
+    const bool empty = size_.values() == 0;
+    fail(Agreement::cut, last_line + 1,
+         "the text ends at line " + std::to_string(last_line) + ", " +
+             (empty ? std::string("a line for a record without values is missing")
+                    : counted(reals_ + integers_, "value") + " short"));
+  }
+
+  /// @param values  of all the text
+  /// @param end     the line behind its last
+  [[nodiscard]] Fit fit(std::int64_t values, std::int64_t end) {
+    if (state_ == State::failed || longer_line_ > 0) fit_.share = share_of(expected(), values);
+    if (state_ == State::failed) return fit_;
+    fit_.records = records_;
+    if (plan_.chain_without_end()) {
+      fit_.agreement = Agreement::other;
+      fit_.what = chain_text;
+    } else if (longer_line_ > 0) {
+      fit_.agreement = Agreement::longer;
+      fit_.what = "more values follow behind the last record, from line " +
+                  std::to_string(longer_line_) + " on";
+      fit_.line = fit_.share > most_of_a_text ? end : longer_line_;
+    } else if (words_line_ > 0) {
+      fit_.agreement = Agreement::remark;
+      fit_.what = "words follow behind the last record, \"" + words_ + "\" on line " +
+                  std::to_string(words_line_);
+    }
+    return fit_;
+  }
+
+ private:
+  enum class State : std::uint8_t { in_records, done, failed };
+
+  void next_record() {
+    const auto size = plan_.next();
+    if (!size) {
+      state_ = State::done;
+      reals_ = integers_ = 0;
+      return;
+    }
+    size_ = *size;
+    // The kinds of a header have been looked at when it was read.
+    reals_ = size_.in_header ? size_.values() : size_.reals + size_.doubles;
+    integers_ = size_.in_header ? 0 : size_.integers;
+    at_record_ = true;
+    ended_at_ = 0;
+  }
+
+  void fail(Agreement agreement, std::int64_t line, const std::string& what) {
+    fit_.agreement = agreement;
+    fit_.records = records_;
+    fit_.what = record_text(records_, plan_) + ": " + what;
+    fit_.line = line;
+    state_ = State::failed;
+    reals_ = integers_ = 0;
+  }
+
+  void look_behind_end(const Line& line) {
+    if (longer_line_ > 0) return;
+    if (line.values > 0) longer_line_ = line.number;
+    if (line.values == 0 && line.stop == Stop::not_number && words_line_ == 0) {
+      words_line_ = line.number;
+      words_ = line.word;
+    }
+  }
+
+  /// Values that the plan asks for, as far as its flags are known.
+  [[nodiscard]] std::int64_t expected() const {
+    FilePlan plan = begin_;
+    std::int64_t values = 0;
+    while (const auto size = plan.next()) {
+      values += size->values();
+      if (size->kind == BodyRecordKind::flag) plan.take_flag(end_of_extensions);
+    }
+    return values;
+  }
+
+  FilePlan& plan_;
+  FilePlan begin_;  ///< the plan before it has been gone through
+  Fit fit_;
+  State state_ = State::in_records;
+  RecordSize size_;
+  std::int64_t records_ = 0;
+  std::int64_t reals_ = 0;     ///< values of the record that are still to be taken
+  std::int64_t integers_ = 0;  ///< and those behind them that are integers
+  bool at_record_ = true;      ///< nothing of the record has been taken
+  std::int64_t ended_at_ = 0;  ///< values of the line that the record has ended on, up to its end
+  std::int64_t longer_line_ = 0;
+  std::int64_t words_line_ = 0;
+  std::string words_;
+};
+
+/// Takes values of the line for all cursors.
+void take_line(ListScanner& scanner, std::vector<TextCursor>& cursors, Line& line) {
+  for (;;) {
+    std::int64_t wanted = no_limit;
+    bool integers = false;
+    for (const TextCursor& cursor : cursors) {
+      if (!cursor.in_record()) continue;
+      wanted = std::min(wanted, cursor.wanted());
+      integers = integers || cursor.wants_integers();
+    }
+    const ListScanner::Taken taken = scanner.take(wanted, integers);
+    if (__builtin_add_overflow(line.values, taken.values, &line.values)) line.values = no_limit / 2;
+    for (TextCursor& cursor : cursors) cursor.take(taken.values, line, scanner);
+    line.stop = taken.stop;
+    if (taken.stop == Stop::not_integer) {
+      line.word = scanner.next_word();
+      for (TextCursor& cursor : cursors) cursor.refuse_real(line);
+    } else if (taken.stop != Stop::enough) {
+      return;
+    }
+  }
+}
+
+}  // namespace
+
+std::vector<Fit> fit_of_text(recordio::InputFile& file, std::span<FilePlan> plans,
+                             TextCount& count) {
+  count = {};
+  ListScanner scanner(file);
+  std::vector<TextCursor> cursors;
+  cursors.reserve(plans.size());
+  for (FilePlan& plan : plans) cursors.emplace_back(plan);
+  std::int64_t last_line = 0;  // that holds anything or has an end
+  for (;;) {
+    Line line{scanner.line()};
+    if (scanner.begin_line()) {
+      ++count.commas;
+      for (TextCursor& cursor : cursors) cursor.begin_with_comma();
+    }
+    take_line(scanner, cursors, line);
+    if (line.stop == Stop::not_number) line.word = scanner.next_word();
+    if (line.stop == Stop::not_number || line.stop == Stop::slash) scanner.skip_line();
+    if (__builtin_add_overflow(count.values, line.values, &count.values)) {
+      count.values = no_limit / 2;
+    }
+    if (line.values > 0 || line.stop != Stop::end) last_line = line.number;
+    for (TextCursor& cursor : cursors) cursor.end_line(line);
+    if (line.stop == Stop::end) break;
+  }
+  for (TextCursor& cursor : cursors) cursor.end_text(last_line);
+  std::vector<Fit> fits;
+  for (TextCursor& cursor : cursors) fits.push_back(cursor.fit(count.values, last_line + 1));
+  return fits;
+}
+
+}  // namespace p3dgrid

@@ -1,0 +1,49 @@
+#include <cmath>
+#include <optional>
+#include <string_view>
+
+#include "p3dgrid/detect.hpp"
+#include "recordio/list_tokens.hpp"
+#include "recordio/number_text.hpp"
+
+namespace p3dgrid {
+
+namespace recordio = mod_p3dgrid::recordio;
+
+namespace {
+
+/// The words of a text that holds nothing but words.
+class Words : private recordio::ListTokens {
+ public:
+  explicit Words(recordio::InputFile& file) : ListTokens(file, lines_) {}
+
+  /// The next word; empty for anything else. Nothing at the end.
+  std::optional<std::string_view> next() {
+    do {
+      if (file_.at_end()) return std::nullopt;
+    } while (skip_blanks_at_hand(true) || take_comma());
+    return take_item() == Item::token && repeats_ > 0 ? token_ : std::string_view();
+  }
+
+ private:
+  std::int64_t lines_ = 0;
+};
+
+}  // namespace
+
+bool survives_double_precision(const std::string& path) {
+  recordio::InputFile file(path, std::size_t{256} * 1024);
+  Words words(file);
+  while (const auto word = words.next()) {
+    float direct = 0;
+    double by_way = 0;
+    // A NaN is not equal to itself.
+    if (!recordio::parse_number(*word, direct) || !recordio::parse_number(*word, by_way) ||
+        !std::isfinite(direct) || direct != static_cast<float>(by_way)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+}  // namespace p3dgrid

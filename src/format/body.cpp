@@ -1,0 +1,43 @@
+#include "format/body.hpp"
+
+namespace p3dgrid {
+
+std::vector<BodyRecord> block_records(const LayoutTraits& layout, const BlockShape& shape) {
+  using Kind = BodyRecordKind;
+  std::vector<BodyRecord> records;
+  if (layout.parameters) records.push_back({Kind::parameters});
+  if (shape.leading) records.push_back({Kind::leading, {1, *shape.leading}});
+  for (std::size_t n = shape.leading ? 1 : 0; n < shape.sections.size(); ++n) {
+    records.push_back({Kind::section, shape.sections[n]});
+  }
+  for (std::int32_t level = 0; !shape.leading && level < shape.older_levels; ++level) {
+    records.push_back({Kind::older_level, shape.older});
+  }
+  return records;
+}
+
+std::optional<BodyRecord> BodyWalk::next() {
+  if (announced_ != nullptr && block_ <= nblocks_) {
+    return BodyRecord{BodyRecordKind::extension, announced_->variables, block_++, flag_};
+  }
+  if (flag_ == 0 && block_ <= nblocks_) {
+    BodyRecord record{BodyRecordKind::block};
+    if (next_ > 0) record = records_[next_ - 1];
+    record.block = block_;
+    if (++next_ > records_.size()) {
+      next_ = 0;
+      ++block_;
+    }
+    return record;
+  }
+  if (!extensions_ || ++flag_ > most_flags) return std::nullopt;
+  return BodyRecord{.kind = BodyRecordKind::flag, .flag = flag_};
+}
+
+void BodyWalk::take_flag(std::int32_t flag) {
+  extensions_ = flag != end_of_extensions;
+  announced_ = extensions_ ? extension_of(flag, flag_) : nullptr;
+  block_ = 1;
+}
+
+}  // namespace p3dgrid

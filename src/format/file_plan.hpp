@@ -1,0 +1,104 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "format/body.hpp"
+#include "format/header.hpp"
+
+namespace p3dgrid {
+
+/// How many values one record holds: reals, then integers, but for headers, which mix them.
+struct RecordSize {
+  std::int64_t reals = 0;    ///< of the file's precision
+  std::int64_t doubles = 0;  ///< 64-bit whatever the file's precision
+  std::int64_t integers = 0;
+  BodyRecordKind kind = BodyRecordKind::section;
+  bool in_header = false;
+
+  [[nodiscard]] std::int64_t values() const { return reals + doubles + integers; }
+  [[nodiscard]] std::int64_t bytes(const Coding& coding) const {
+    return reals * real_bytes(coding) + doubles * 8 + integers * 4;
+  }
+  friend bool operator==(const RecordSize&, const RecordSize&) = default;
+};
+
+/// The sizes of a header's records in file order, those of like records next to each other as one.
+class HeaderSizes {
+ public:
+  /// @param kind  of the reals in the file's precision
+  template <class Memory>
+  void add(const recordio::RecordList<Memory>& list, recordio::FileKind kind) {
+    RecordSize size{.in_header = true};
+    for (const auto& entry : list) {
+      const std::int64_t values = entry.rows * entry.count;
+      if (entry.file_kind == recordio::FileKind::integer4) {
+        size.integers += values;
+      } else {
+        (entry.file_kind == kind ? size.reals : size.doubles) += values;
+      }
+    }
+    add(size, 1);
+  }
+  void add(const RecordSize& size, std::int64_t records) {
+    if (runs_.empty() || runs_.back().first != size) runs_.emplace_back(size, 0);
+    runs_.back().second += records;
+    records_ += records;
+  }
+
+  [[nodiscard]] std::int64_t records() const { return records_; }
+  [[nodiscard]] const auto& runs() const { return runs_; }
+
+ private:
+  std::vector<std::pair<RecordSize, std::int64_t>> runs_;
+  std::int64_t records_ = 0;
+};
+
+/// What decides about the records of a restart file's body.
+struct BodyPlan {
+  BlockShape shape;
+  std::vector<std::int32_t> functions = {};  ///< variables of each block, if they differ
+};
+
+/// Goes through the sizes of all records of a file in order, one at a time.
+class FilePlan {
+ public:
+  /// Of a grid.
+  FilePlan(HeaderSizes header, std::shared_ptr<const Extents> extents, bool iblank,
+           std::int64_t coordinates = 3);
+  /// Of a restart file.
+  FilePlan(HeaderSizes header, std::shared_ptr<const Extents> extents, const LayoutTraits& layout,
+           BodyPlan body);
+
+  /// The next record; none at the end. Behind a flag, `take_flag` comes first.
+  [[nodiscard]] std::optional<RecordSize> next();
+  void take_flag(std::int32_t flag);
+
+  /// Records of the file, as far as the flags have been taken.
+  [[nodiscard]] std::int64_t records() const { return records_; }
+  /// Whether a flag has been taken that announces nothing.
+  [[nodiscard]] bool unknown_flag() const { return unknown_flag_; }
+  /// Whether flags have used up their room without an end.
+  [[nodiscard]] bool chain_without_end() const { return body_ && body_->chain_without_end(); }
+
+ private:
+  [[nodiscard]] std::optional<RecordSize> next_of_body();
+
+  HeaderSizes header_;
+  std::shared_ptr<const Extents> extents_;
+  bool iblank_ = false;
+  std::int64_t coordinates_ = 3;
+  std::optional<BodyWalk> body_;  ///< none for a grid
+  std::vector<std::int32_t> functions_;
+  std::int64_t records_ = 0;
+  std::size_t run_ = 0;         ///< of the header
+  std::int64_t in_run_ = 0;     ///< records of it handed out
+  std::size_t grid_block_ = 0;  ///< blocks of a grid handed out
+  std::int32_t flag_ = 0;       ///< position of the last flag
+  bool unknown_flag_ = false;
+};
+
+}  // namespace p3dgrid

@@ -1,0 +1,156 @@
+#include "p3dgrid/form.hpp"
+
+#include <array>
+#include <type_traits>
+
+#include "p3dgrid/layout.hpp"
+
+namespace p3dgrid {
+namespace {
+
+constexpr std::array encodings = {Encoding::unformatted, Encoding::formatted, Encoding::binary};
+constexpr std::array precisions = {Precision::single_precision, Precision::double_precision};
+constexpr std::array byte_orders = {ByteOrder::little, ByteOrder::big};
+constexpr std::array yes_or_no = {true, false};
+
+template <class Form, class Stated>
+Form with(Form form, const Stated& stated) {
+  const auto apply = [](const auto&, auto& value, const auto& choice) {
+    if (!choice) return;
+    if constexpr (std::is_same_v<std::remove_const_t<std::remove_reference_t<decltype(choice)>>,
+                                 std::remove_reference_t<decltype(value)>>) {
+      value = choice;
+    } else {
+      value = *choice;
+    }
+  };
+  Form::for_each_member(apply, form, stated);
+  return form;
+}
+
+template <class Stated, class Form>
+Stated all_of(const Form& form) {
+  Stated stated;
+  Stated::for_each_member([](const auto&, auto& choice, const auto& value) { choice = value; },
+                          stated, form);
+  return stated;
+}
+
+template <class Stated>
+bool all_stated(const Stated& stated) {
+  bool all = stated.coding.encoding.has_value();
+  const bool text = stated.coding.encoding == Encoding::formatted;
+  Stated::for_each_member(
+      [&](const auto& member, const auto& choice) {
+        all = all && (choice.has_value() || (text && member.only_in_records));
+      },
+      stated);
+  return all;
+}
+
+}  // namespace
+
+const Member<Encoding> encoding_member{"format", encodings,
+                                       "records with length markers, text, or plain bytes"};
+const Member<Precision> precision_member{"precision", precisions,
+                                         "size of the reals, ignored for text", true};
+const Member<ByteOrder> byte_order_member{
+    "byte-order", byte_orders, "order of the bytes of each number, ignored for text", true};
+const Member<bool> grid_multiblock_member{"multiblock", yes_or_no,
+                                          "the file begins with its number of blocks"};
+const Member<bool> restart_multiblock_member{
+    "multiblock", yes_or_no, "layouts 2 and 3: the file begins with its number of blocks"};
+const Member<bool> iblank_member{"iblank", yes_or_no, "each block ends with its blanking values"};
+const Member<std::optional<Sections>> sections_member{
+    "sections", {}, "variables that each record of a block holds, such as 1-5,6-7", false, true};
+
+const char* name_of(Encoding encoding) {
+  switch (encoding) {
+    case Encoding::formatted:
+      return "formatted";
+    case Encoding::binary:
+      return "binary";
+    case Encoding::unformatted:
+      break;
+  }
+  return "unformatted";
+}
+
+const char* name_of(Precision precision) {
+  return precision == Precision::double_precision ? "double" : "single";
+}
+
+const char* name_of(ByteOrder order) {
+  return order == ByteOrder::big ? "big" : "little";
+}
+
+const char* name_of(Layout layout) {
+  return traits_of(layout).name;
+}
+
+const char* name_of(bool choice) {
+  return choice ? "yes" : "no";
+}
+
+GridForm applied_to(GridForm form, const StatedGridForm& stated) {
+  return with(std::move(form), stated);
+}
+
+RestartForm applied_to(RestartForm form, const StatedRestartForm& stated) {
+  return with(std::move(form), stated);
+}
+
+StatedGridForm stated_as(const GridForm& form) {
+  return all_of<StatedGridForm>(form);
+}
+
+StatedRestartForm stated_as(const RestartForm& form) {
+  return all_of<StatedRestartForm>(form);
+}
+
+bool says_all(const StatedGridForm& stated) {
+  return all_stated(stated);
+}
+
+bool says_all(const StatedRestartForm& stated) {
+  StatedRestartForm needed = stated;
+  if (stated.layout && !traits_of(*stated.layout).may_hold_count()) needed.multiblock = false;
+  return all_stated(needed);
+}
+
+std::int32_t variables_in(const Sections& sections) {
+  std::int64_t variables = 0;
+  for (const Section& section : sections) variables += section.variables();
+  return static_cast<std::int32_t>(variables);
+}
+
+std::string describe(const Coding& coding) {
+  std::string text = name_of(coding.encoding);
+  if (is_text(coding)) return text;
+  return text + ", " + name_of(coding.byte_order) + "-endian, " + name_of(coding.precision) +
+         " precision";
+}
+
+std::string describe(const GridForm& form) {
+  return describe(form.coding) + (form.multiblock ? ", multi-block" : ", without block count") +
+         (form.iblank ? ", with blanking" : ", without blanking");
+}
+
+std::string describe(const RestartForm& form) {
+  std::string text = std::string("layout ") + name_of(form.layout) + ", " + describe(form.coding);
+  if (traits_of(form.layout).may_hold_count()) {
+    text += form.multiblock ? ", multi-block" : ", without block count";
+  }
+  return text;
+}
+
+std::string describe(const Sections& sections) {
+  std::string text;
+  for (const Section& section : sections) {
+    if (!text.empty()) text += ',';
+    text += std::to_string(section.first) + "-" + std::to_string(section.last);
+  }
+  return text;
+}
+
+}  // namespace p3dgrid

@@ -1,0 +1,108 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "p3dgrid/layout.hpp"
+#include "recordio/record_list.hpp"
+
+/// The header records of grid and restart files, each stated once. Readers, writers and those who
+/// only measure walk them with a visitor: `visit(list)` reads, writes or measures one record and
+/// returns whether to go on. A walk ends at the first visit that returns false, and returns that.
+namespace p3dgrid {
+
+namespace recordio = mod_p3dgrid::recordio;
+
+/// Kind of the reals of a body, and of coordinates. Text is made of singles.
+[[nodiscard]] constexpr recordio::FileKind real_kind(const Coding& coding) {
+  return holds_doubles(coding) ? recordio::FileKind::real8 : recordio::FileKind::real4;
+}
+
+/// Kind of a header's time-step size. Text carries it in double precision.
+[[nodiscard]] constexpr recordio::FileKind step_kind(const Coding& coding) {
+  return is_text(coding) ? recordio::FileKind::real8 : real_kind(coding);
+}
+
+/// Records of older time levels per block that go with a time integration of layout 0.
+[[nodiscard]] constexpr std::int32_t older_levels(std::int32_t itimeint) {
+  return itimeint == 3 ? 2 : itimeint >= 2 ? 1 : 0;
+}
+
+/// The records in front of the block dimensions of a restart file.
+/// @param header  has the members named here, integers and doubles or references to them; const
+///                for a writer
+template <class Header, class Visit>
+bool walk_lead(const LayoutTraits& layout, const Coding& coding, bool multiblock, Header& header,
+               Visit&& visit) {
+  using recordio::scalar;
+  const auto record = [&](auto... values) {
+    using Memory = std::remove_pointer_t<std::common_type_t<decltype(values.memory)...>>;
+    return visit(recordio::RecordList<Memory>{values...});
+  };
+  const auto step = [&] { return recordio::real_scalar(header.dtau, step_kind(coding)); };
+  switch (layout.header) {
+    case HeaderKind::none:
+      return true;
+    case HeaderKind::talven:
+      if (!record(scalar(header.fileversion), scalar(header.eqid)) ||
+          !record(scalar(header.nblocks), scalar(header.talnvar), scalar(header.itimeint),
+                  scalar(header.ibeta), scalar(header.nstep), step())) {
+        return false;
+      }
+      return header.eqid != equations_with_parameters ||
+             record(scalar(header.isgsmodel), scalar(header.talre), scalar(header.talxm1),
+                    scalar(header.talalfa), scalar(header.talbeta), scalar(header.talgam),
+                    scalar(header.tals1), scalar(header.talpr), scalar(header.talprt));
+    case HeaderKind::time_step:
+      return record(scalar(header.nstep), step(), scalar(header.nblocks));
+    case HeaderKind::single_block:
+      return record(scalar(header.i), scalar(header.j), scalar(header.k), scalar(header.nstep),
+                    step());
+    case HeaderKind::plot3d:
+      return !multiblock || record(scalar(header.nblocks));
+  }
+  return true;
+}
+
+/// The block dimensions of a restart file; those of a grid are `DimensionKind::one_record`.
+/// @param columns  i, j and k extents and, where the file has them, variable counts, an entry per
+///                 block each; const for a writer. What a failed or short read leaves out keeps
+///                 its value.
+template <class Int, class Visit>
+bool walk_dimensions(DimensionKind kind, std::int32_t nblocks, std::span<Int* const> columns,
+                     Visit&& visit) {
+  using recordio::scalar;
+  if (kind == DimensionKind::none) return true;
+  if (kind == DimensionKind::record_per_block) {
+    for (std::int32_t b = 0; b < nblocks; ++b) {
+      if (!visit(recordio::RecordList<recordio::MemoryOf<Int>>{
+              scalar(columns[0][b]), scalar(columns[1][b]), scalar(columns[2][b])})) {
+        return false;
+      }
+    }
+    return true;
+  }
+  // The file has the entries of one block next to each other.
+  std::vector<std::int32_t> table(columns.size() * static_cast<std::size_t>(std::max(nblocks, 0)));
+  const auto for_each_entry = [&](auto move) {
+    auto value = table.begin();
+    for (std::int32_t b = 0; b < nblocks; ++b) {
+      for (Int* const column : columns) move(*value++, column[b]);
+    }
+  };
+  for_each_entry([](std::int32_t& value, Int& entry) { value = entry; });
+  using Memory = std::conditional_t<std::is_const_v<Int>, const std::int32_t, std::int32_t>;
+  const bool complete = visit(recordio::RecordList<recordio::MemoryOf<Int>>{
+      recordio::values(static_cast<Memory*>(table.data()), std::ssize(table))});
+  if constexpr (!std::is_const_v<Int>) {
+    for_each_entry([](std::int32_t& value, Int& entry) { entry = value; });
+  }
+  return complete;
+}
+
+}  // namespace p3dgrid

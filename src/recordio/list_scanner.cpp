@@ -1,0 +1,106 @@
+#include "recordio/list_scanner.hpp"
+
+#include <algorithm>
+#include <cstring>
+
+#include "recordio/number_text.hpp"
+#include "recordio/plain_number.hpp"
+#include "recordio/token_characters.hpp"
+
+namespace mod_p3dgrid::recordio {
+
+bool ListScanner::begin_line() {
+  while (skip_blanks_at_hand(false)) {
+    if (file_.at_end()) return false;
+  }
+  return take_comma();
+}
+
+ListScanner::Taken ListScanner::take(std::int64_t most, bool integers) {
+  std::int64_t values = 0;
+  while (values < most) {
+    if (repeats_ == 0) {
+      // The value of a single integer is kept, for `last_integer`.
+      if (!integers) values += take_plain<double>(most - values);
+      if (integers && most > 1) values += take_plain<integer>(most - values);
+      if (values == most) break;
+      if (const auto stop = next_item()) return {values, *stop};
+    }
+    integer value;
+    if (integers && !token_.empty() && !parse_number(token_, value)) {
+      return {values, Stop::not_integer};
+    }
+    const std::int64_t run = std::min(repeats_, most - values);
+    repeats_ -= run;
+    values += run;
+  }
+  return {values, Stop::enough};
+}
+
+/// Takes plain numbers of the line up to the first that is anything else; returns how many.
+template <class Number>
+std::int64_t ListScanner::take_plain(std::int64_t most) {
+  std::int64_t left = most;
+  bool plain = true;
+  while (plain && left > 0 && number_at_hand()) {
+    const char* at = file_.begin();
+    const char* const end = file_.end();
+    do {
+      const char* from = at;
+      for (bool comma = comma_may_end_;; ++from) {
+        if (*from == ',' && comma) {
+          comma = false;
+        } else if (*from != ' ' && *from != '\t' && *from != '\r') {
+          break;
+        }
+      }
+      const char* const stop = *from == '\n' ? nullptr : skip_plain<Number>(from, end);
+      // The byte at `end` ends no number.
+      plain = stop != nullptr && ends_token(*stop);
+      if (!plain) break;
+      comma_may_end_ = true;
+      at = stop;
+      --left;
+    } while (left > 0 && end - at >= bytes_at_hand);
+    file_.use_up_to(at);
+  }
+  return most - left;
+}
+
+/// Takes the next item of the line, or says why there is none.
+std::optional<ListScanner::Stop> ListScanner::next_item() {
+  do {
+    while (skip_blanks_at_hand(false)) {
+      if (file_.at_end()) return Stop::end;
+    }
+    if (*file_.begin() == '\n') {
+      file_.use_up_to(file_.begin() + 1);
+      ++lines_;
+      return Stop::line_end;
+    }
+  } while (take_comma());
+  const Item item = take_item();
+  if (item == Item::end_of_list) {
+    repeats_ = 0;
+    return Stop::slash;
+  }
+  double value;
+  if (item == Item::token && (repeats_ == 0 || !(token_.empty() || parse_number(token_, value)))) {
+    repeats_ = 0;
+    return Stop::not_number;
+  }
+  return std::nullopt;
+}
+
+integer ListScanner::last_integer() const {
+  integer value = 0;
+  return parse_number(token_, value) ? value : 0;
+}
+
+void ListScanner::skip_line() {
+  repeats_ = 0;
+  comma_may_end_ = false;
+  if (skip_to_next_line()) ++lines_;
+}
+
+}  // namespace mod_p3dgrid::recordio

@@ -1,0 +1,71 @@
+#include "recordio/record_scanner.hpp"
+
+#include <cstdlib>
+
+#include "recordio/byte_order.hpp"
+#include "recordio/read_error.hpp"
+#include "recordio/record_markers.hpp"
+
+namespace mod_p3dgrid::recordio {
+namespace {
+
+constexpr std::int64_t marker_bytes = sizeof(Marker);
+
+}  // namespace
+
+std::optional<std::int32_t> integer_at(InputFile& file, std::int64_t offset, std::endian order) {
+  std::int32_t value;
+  try {
+    file.go_to(offset);
+    file.read(&value, sizeof value);
+  } catch (const ReadError& error) {
+    if (error.status == status_end_of_file) return std::nullopt;
+    throw;
+  }
+  if (is_foreign(order)) reverse_bytes(&value, 1);
+  return value;
+}
+
+std::optional<ScannedRecord> RecordScanner::next() {
+  if (at_ >= size_) return std::nullopt;
+  ScannedRecord record{.offset = at_, .end = at_};
+  bool first = true;
+  while (take_subrecord(record, first)) first = false;
+  at_ = record.sound() ? record.end : size_;
+  return record;
+}
+
+/// Takes one sub-record with its two markers; true when another follows.
+bool RecordScanner::take_subrecord(ScannedRecord& record, bool first) {
+  const std::int64_t begin = record.end;
+  const auto head = integer_at(file_, begin, order_);
+  if (!head) {
+    record.state = ScannedRecord::State::cut;
+    record.what = "the file ends inside the marker at byte " + std::to_string(begin);
+    return false;
+  }
+  const std::int64_t length = std::abs(std::int64_t{*head});
+  record.length += length;
+  const std::int64_t behind = begin + marker_bytes + length;
+  const auto tail = integer_at(file_, behind, order_);
+  if (!tail) {
+    record.state = ScannedRecord::State::cut;
+    record.what = "its marker at byte " + std::to_string(begin) + " announces " +
+                  std::to_string(length) + (length == 1 ? " byte" : " bytes") +
+                  ", and the file ends at byte " + std::to_string(size_);
+    return false;
+  }
+  // Behind a sub-record that follows another the marker is negative.
+  const std::int64_t expected = first ? length : -length;
+  if (*tail != expected) {
+    record.state = ScannedRecord::State::broken;
+    record.what = "its marker at byte " + std::to_string(behind) + " says " +
+                  std::to_string(*tail) + " where " + std::to_string(expected) +
+                  " is expected, as at byte " + std::to_string(begin);
+    return false;
+  }
+  record.end = behind + marker_bytes;
+  return *head < 0;
+}
+
+}  // namespace mod_p3dgrid::recordio
