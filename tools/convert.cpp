@@ -51,8 +51,8 @@ void convert(const ConvertOptions& options) {
                " holds about 7 digits of each, whatever its own precision");
   }
   write_converted(options, form, grid, output);
-  print_progress(options.output + ": " + counted(grid.blocks, "block") + ", " +
-                 counted(grid.points(), "point") + ", " + describe(form));
+  print_summary(options.output + ": " + counted(grid.blocks, "block") + ", " +
+                counted(grid.points(), "point") + ", " + describe(form));
 }
 
 }  // namespace

@@ -59,7 +59,7 @@ void plot_files(const PlotOptions& options) {
     throw Failure(failure.status(), options.output + ": not written: " + failure.what());
   }
   output.commit();
-  print_progress(options.output + ": " + picture.summary);
+  print_summary(options.output + ": " + picture.summary);
 }
 
 /// The usage line shows that of the three files the one in the middle can be left out.

@@ -113,9 +113,9 @@ void convert_restart(const RestartOptions& options) {
     write_whole(options, written, restart, output);
   }
   output.commit();
-  print_progress(options.output + ": " + counted(restart.extents.blocks(), "block") + ", " +
-                 counted(restart.extents.points(), "point") + ", " +
-                 counted(restart.variables(), "variable") + ", " + describe(written));
+  print_summary(options.output + ": " + counted(restart.extents.blocks(), "block") + ", " +
+                counted(restart.extents.points(), "point") + ", " +
+                counted(restart.variables(), "variable") + ", " + describe(written));
 }
 
 }  // namespace

@@ -97,8 +97,8 @@ void export_tecplot(const TecplotOptions& options) {
   if (options.iblank && !grid.iblank.allocated()) allocate_blanking(grid);
   note_lost_digits(options, found);
   write_tecplot(options, grid, restart, output);
-  print_progress(options.output + ": " + counted(grid.blocks, "zone") + ", " +
-                 counted(grid.points(), "point") + ", Tecplot text");
+  print_summary(options.output + ": " + counted(grid.blocks, "zone") + ", " +
+                counted(grid.points(), "point") + ", Tecplot text");
 }
 
 }  // namespace
