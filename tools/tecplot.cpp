@@ -35,6 +35,13 @@ struct TecplotOptions {
   double gamma = gamma_of_air;
 };
 
+constexpr Usage usage = {
+    .pair =
+        [](const std::string& grid, const std::string& restart) {
+          return "p3dgrid tecplot " + grid + " " + restart + " OUT";
+        },
+};
+
 [[noreturn]] void refuse(const TecplotOptions& options, const std::string& why) {
   throw Failure(ExitStatus::unusable, options.output + ": not written: " + why);
 }
@@ -126,7 +133,7 @@ void export_tecplot(const TecplotOptions& options) {
   // Reserved before the reading starts: a folder that takes no files shows at once.
   OutputFile output(options.output);
   const Case found =
-      find_case(options.grid_path, options.grid, options.restart_path, options.restart);
+      find_case(options.grid_path, options.grid, options.restart_path, options.restart, usage);
   const Restart restart = read_restart_of_grid(options.restart_path, found);
   require_five_variables(options, restart);
   Grid grid = read_grid(options.grid_path, found.grid);
