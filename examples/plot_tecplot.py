@@ -1,11 +1,11 @@
 #!/usr/bin/python3
-"""Draws a Tecplot file of a PLOT3D solution: the speed of the flow in the first k plane.
+"""Draws a Tecplot file that `p3dgrid tecplot` has written of a PLOT3D solution: the speed of the flow
+in the first k plane.
 
     plot_tecplot.py FILE.dat OUT.png
 
 Needs VTK for the Python that is named above (Debian: python3-vtk9). On a machine without a screen
-run it under xvfb-run. The five values of a solution file are density, momentum in x, y and z, and
-energy; the Tecplot file has them under the names U, V, W, P, RHO, so the speed is |(V, W, P)| / U.
+run it under xvfb-run.
 """
 
 import sys
@@ -26,8 +26,8 @@ def zones(path):
     for b in range(output.GetNumberOfBlocks()):
         zone = output.GetBlock(b)
         data = zone.GetPointData()
-        value = {name: vtk_to_numpy(data.GetArray(name)) for name in ("U", "V", "W", "P")}
-        speed = numpy.sqrt(value["V"] ** 2 + value["W"] ** 2 + value["P"] ** 2) / value["U"]
+        u, v, w = (vtk_to_numpy(data.GetArray(name)) for name in "UVW")
+        speed = numpy.sqrt(u ** 2 + v ** 2 + w ** 2)
         array = numpy_to_vtk(speed, deep=True)
         array.SetName("speed")
         data.SetScalars(data.GetArray(data.AddArray(array)))

@@ -7,6 +7,7 @@
 #include "process.hpp"
 #include "restart_header.hpp"
 #include "table.hpp"
+#include "wrong_place.hpp"
 
 namespace p3dgrid::tool {
 namespace {
@@ -70,6 +71,34 @@ bool library_can_compare(const Pair& pair) {
              : pair.grid.multiblock;
 }
 
+/// The two files of a command, and how far to look at them.
+struct Search {
+  const std::string& grid_path;
+  const std::string& restart_path;
+  const Usage& usage;
+  Look look;
+};
+
+Found grid_of(const Search& search, const StatedGridForm& stated) {
+  try {
+    return search.look == Look::everywhere ? prove_grid(search.grid_path, stated)
+                                           : find_grid(search.grid_path, stated);
+  } catch (const Unreadable&) {
+    refuse_if_restart(search.grid_path, search.restart_path, search.usage);
+    throw;
+  }
+}
+
+Found restart_of(const Search& search, const StatedRestartForm& stated, const Extents& grid) {
+  try {
+    return search.look == Look::everywhere ? prove_restart(search.restart_path, stated, grid)
+                                           : find_restart(search.restart_path, stated, grid);
+  } catch (const Unreadable&) {
+    refuse_if_grid(search.restart_path, search.grid_path, search.usage);
+    throw;
+  }
+}
+
 Extents extents_of_grid(const std::string& path, const Found& grid) {
   if (grid.reading.extents != nullptr) return *grid.reading.extents;
   return extents_of(read_grid(path, grid));
@@ -78,13 +107,13 @@ Extents extents_of_grid(const std::string& path, const Found& grid) {
 }  // namespace
 
 Case find_case(const std::string& grid_path, const StatedGridForm& grid,
-               const std::string& restart_path, const StatedRestartForm& restart, Look look) {
+               const std::string& restart_path, const StatedRestartForm& restart,
+               const Usage& usage, Look look) {
   require_regular_file(restart_path);
-  const bool all = look == Look::everywhere;
-  Case found{.grid = all ? prove_grid(grid_path, grid) : find_grid(grid_path, grid)};
+  const Search search{grid_path, restart_path, usage, look};
+  Case found{.grid = grid_of(search, grid)};
   found.extents = extents_of_grid(grid_path, found.grid);
-  found.restart = all ? prove_restart(restart_path, restart, found.extents)
-                      : find_restart(restart_path, restart, found.extents);
+  found.restart = restart_of(search, restart, found.extents);
   const Reading& reading = found.restart.reading;
   const Pair pair{grid_path, found.grid.grid(), restart_path, found.restart.restart()};
   if (reading.extents == nullptr) {
@@ -93,6 +122,7 @@ Case find_case(const std::string& grid_path, const StatedGridForm& grid,
     return found;
   }
   if (*reading.extents == found.extents) return found;
+  if (reading.free_count) refuse_if_grid(restart_path, grid_path, usage);
   if (library_can_compare(pair)) report_by_library(pair);
   require_same_extents(pair, found.extents, *reading.extents);
   return found;

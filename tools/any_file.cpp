@@ -1,6 +1,7 @@
 #include "any_file.hpp"
 
 #include "failure.hpp"
+#include "wrong_place.hpp"
 
 namespace p3dgrid::tool {
 namespace {
@@ -12,20 +13,38 @@ void require_one_kind(const AnyFile& file) {
                                           " a restart file; --grid names its grid");
 }
 
+/// @param prove  whether what the options say is compared with the file
+Found found(const AnyFile& file, bool prove) {
+  require_one_kind(file);
+  const auto& [path, grid, restart, grid_option, restart_option] = file;
+  if (!grid_option.empty()) {
+    try {
+      return prove ? prove_grid(path, grid) : find_grid(path, grid);
+    } catch (const Unreadable&) {
+      refuse_if_restart(path, grid_option + " describes a grid");
+      throw;
+    }
+  }
+  if (!restart_option.empty()) {
+    try {
+      return prove ? prove_restart(path, restart, std::nullopt)
+                   : find_restart(path, restart, std::nullopt);
+    } catch (const Unreadable&) {
+      refuse_if_grid(path, restart_option + " describes a restart file");
+      throw;
+    }
+  }
+  return find_any(path);
+}
+
 }  // namespace
 
 Found find_file(const AnyFile& file) {
-  require_one_kind(file);
-  if (!file.grid_option.empty()) return find_grid(file.path, file.grid);
-  if (!file.restart_option.empty()) return find_restart(file.path, file.restart, std::nullopt);
-  return find_any(file.path);
+  return found(file, false);
 }
 
 Found prove_file(const AnyFile& file) {
-  require_one_kind(file);
-  if (!file.grid_option.empty()) return prove_grid(file.path, file.grid);
-  if (!file.restart_option.empty()) return prove_restart(file.path, file.restart, std::nullopt);
-  return find_any(file.path);
+  return found(file, true);
 }
 
 }  // namespace p3dgrid::tool

@@ -17,6 +17,15 @@ struct CheckOptions {
   std::string restart_path;
 };
 
+constexpr Usage usage = {
+    .pair = [](const std::string& grid,
+               const std::string& restart) { return "p3dgrid check " + grid + " " + restart; },
+    .grid_alone =
+        [](const std::string& grid) {
+          return "'p3dgrid check " + grid + "' looks for damage in it";
+        },
+};
+
 /// Bytes that no reading asks for are damage here, though they can be left out.
 void require_end(const std::string& path, const Found& found) {
   const Fit& fit = found.reading.fit;
@@ -45,7 +54,7 @@ void check_alone(const AnyFile& file) {
 void check_pair(const CheckOptions& options) {
   const AnyFile& grid = options.file;
   const Case found =
-      find_case(grid.path, grid.grid, options.restart_path, grid.restart, Look::everywhere);
+      find_case(grid.path, grid.grid, options.restart_path, grid.restart, usage, Look::everywhere);
   require_end(grid.path, found.grid);
   require_end(options.restart_path, found.restart);
   print_line(grid.path + " and " + options.restart_path + " agree");

@@ -16,6 +16,7 @@ namespace p3dgrid::tool {
 namespace {
 
 bool quiet_wanted = false;
+bool verbose_wanted = false;
 bool output_kept_for_programs = false;
 int first_output_error = 0;
 
@@ -65,6 +66,10 @@ void set_quiet(bool quiet) {
   quiet_wanted = quiet;
 }
 
+void set_verbose(bool verbose) {
+  verbose_wanted = verbose;
+}
+
 void print_line(std::string_view line) {
   const std::lock_guard lock(printing);
   erase_status();
@@ -79,8 +84,12 @@ void keep_output_for_programs() {
   output_kept_for_programs = true;
 }
 
-void print_progress(std::string_view line) {
+void print_summary(std::string_view line) {
   if (!quiet_wanted) print_result(line);
+}
+
+void print_library_line(std::string_view line) {
+  if (verbose_wanted) print_result(line);
 }
 
 void print_note(std::string_view text) {

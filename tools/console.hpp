@@ -5,8 +5,11 @@
 
 namespace p3dgrid::tool {
 
-/// With `quiet`, progress lines and notes are dropped; results and failures are not.
+/// With `quiet`, notes and what `print_summary` prints are dropped; results and failures are not.
 void set_quiet(bool quiet);
+
+/// Without `verbose`, the library's lines are dropped.
+void set_verbose(bool verbose);
 
 /// One line of a command's result, on standard output.
 void print_line(std::string_view line);
@@ -17,8 +20,11 @@ void print_result(std::string_view line);
 /// Keeps standard output for programs: of all lines, only those of `print_line` go there.
 void keep_output_for_programs();
 
-/// One line that says how far the work is, on standard output.
-void print_progress(std::string_view line);
+/// One line that says what has been done, on standard output.
+void print_summary(std::string_view line);
+
+/// One of the library's own lines, on standard output.
+void print_library_line(std::string_view line);
 
 /// Something the user should know although the command succeeds, on standard error.
 void print_note(std::string_view text);

@@ -8,6 +8,7 @@
 #include "options.hpp"
 #include "output_file.hpp"
 #include "table.hpp"
+#include "wrong_place.hpp"
 
 namespace p3dgrid::tool {
 namespace {
@@ -41,7 +42,8 @@ void convert(const ConvertOptions& options) {
   require_different_files(options.input, options.output);
   // Reserved before the reading starts: a folder that takes no files shows at once.
   OutputFile output(options.output);
-  const Found found = find_grid(options.input, options.stated);
+  const Found found = find_grid(options.input, options.stated,
+                                "'p3dgrid restart GRID " + options.input + " OUT' converts it");
   Grid grid = read_grid(options.input, found);
   const GridForm form = applied_to(found.grid(), options.change);
   require_writable_form(options, form, grid);
@@ -51,8 +53,8 @@ void convert(const ConvertOptions& options) {
                " holds about 7 digits of each, whatever its own precision");
   }
   write_converted(options, form, grid, output);
-  print_progress(options.output + ": " + counted(grid.blocks, "block") + ", " +
-                 counted(grid.points(), "point") + ", " + describe(form));
+  print_summary(options.output + ": " + counted(grid.blocks, "block") + ", " +
+                counted(grid.points(), "point") + ", " + describe(form));
 }
 
 }  // namespace

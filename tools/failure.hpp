@@ -33,7 +33,7 @@ class Unreadable : public Failure {
 /// The library has halted the run, for a reason that it has given among its messages.
 class Halt : public Failure {
  public:
-  Halt() : Failure(ExitStatus::mismatch, "halted, for the reason given on standard output") {}
+  Halt() : Failure(ExitStatus::mismatch, "the library has halted; --verbose shows its reason") {}
 };
 
 }  // namespace p3dgrid::tool

@@ -20,6 +20,14 @@ struct InfoOptions {
   bool json = false;
 };
 
+constexpr Usage usage = {
+    .pair =
+        [](const std::string& grid, const std::string& restart) {
+          return "p3dgrid info " + restart + " --grid " + grid;
+        },
+    .grid_alone = [](const std::string& grid) { return "'p3dgrid info " + grid + "' shows it"; },
+};
+
 void print_grid(const InfoOptions& options, const Found& found) {
   const Grid grid = read_grid(options.input.path, found);
   if (options.json) return print_line(json_of(options.input.path, found, grid));
@@ -34,8 +42,8 @@ void print_restart(const InfoOptions& options, const RestartReport& report) {
 void print_info(const InfoOptions& options) {
   if (options.json) keep_output_for_programs();
   if (!options.grid_path.empty()) {
-    const Case found =
-        find_case(options.grid_path, options.input.grid, options.input.path, options.input.restart);
+    const Case found = find_case(options.grid_path, options.input.grid, options.input.path,
+                                 options.input.restart, usage);
     return print_restart(options, report_on_restart(options.input.path, found));
   }
   const Found found = find_file(options.input);

@@ -28,6 +28,7 @@ struct Request {
 /// Options that every command has.
 struct CommonOptions {
   bool quiet = false;
+  bool verbose = false;
   bool no_progress = false;
 };
 
@@ -37,7 +38,9 @@ std::string without_last_line_end(std::string text) {
 }
 
 void add_common_options(CLI::App& line, CommonOptions& options) {
-  line.add_flag("--quiet", options.quiet, "Leave out progress lines and notes");
+  line.add_flag("--quiet", options.quiet, "Leave out notes and the line that says what was done");
+  line.add_flag("--verbose", options.verbose,
+                "Print the library's own lines too: what it reads and writes, block by block");
   line.add_flag("--no-progress", options.no_progress,
                 "Do not show on a terminal how far long reading and writing is");
 }
@@ -86,7 +89,12 @@ Request read_command_line(int argc, const char* const* argv) {
     program.exit(error, text, text);
     return {nullptr, without_last_line_end(text.str())};
   }
+  if (options.quiet && options.verbose) {
+    throw Failure(ExitStatus::unusable,
+                  "--quiet and --verbose exclude each other; 'p3dgrid --help' shows the usage");
+  }
   set_quiet(options.quiet);
+  set_verbose(options.verbose);
   const bool progress = !options.quiet && !options.no_progress;
   for (const Command& command : added) {
     if (command.line->parsed()) return {command.run, "", progress};

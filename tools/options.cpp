@@ -116,6 +116,19 @@ void add_restart_target_options(CLI::App& command, StatedRestartForm& change,
   add_value("--step-size", values.step_size, "layouts 1, 100 and 101: time-step size");
 }
 
+CLI::Option* add_gamma(CLI::App& command, double& gamma, const std::string& purpose) {
+  // CLI::Range lets NaN pass.
+  const auto complaint = [](const std::string& text) {
+    double value = 0;
+    const bool fits = CLI::detail::lexical_cast(text, value) && value >= 1 && value <= 3;
+    return fits ? std::string() : "'" + text + "' is no ratio of specific heats from 1 to 3";
+  };
+  return command
+      .add_option("--gamma", gamma, "Ratio of specific heats, for " + purpose + "; default 1.4")
+      ->check(CLI::Validator(complaint, ""))
+      ->type_name("G");
+}
+
 void add_grid_of_restart(CLI::App& command, std::string& path) {
   command.add_option("--grid", path, "the grid that a restart file belongs to; they must agree")
       ->check(not_empty())

@@ -26,6 +26,9 @@ void add_restart_options(CLI::App& command, StatedRestartForm& stated);
 /// Options that describe the restart file to be written, and header values that go into it.
 void add_restart_target_options(CLI::App& command, StatedRestartForm& change, HeaderValues& values);
 
+/// The option that states the ratio of specific heats, which is for `purpose`.
+CLI::Option* add_gamma(CLI::App& command, double& gamma, const std::string& purpose);
+
 /// The option that names the grid of a restart file.
 void add_grid_of_restart(CLI::App& command, std::string& path);
 

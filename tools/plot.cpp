@@ -59,7 +59,7 @@ void plot_files(const PlotOptions& options) {
     throw Failure(failure.status(), options.output + ": not written: " + failure.what());
   }
   output.commit();
-  print_progress(options.output + ": " + picture.summary);
+  print_summary(options.output + ": " + picture.summary);
 }
 
 /// The usage line shows that of the three files the one in the middle can be left out.
@@ -113,11 +113,7 @@ void add_picture_options(CLI::App& line, PlotOptions& options) {
                       plot::may_be_variable))
       ->type_name("NAME|N")
       ->group(picture_group);
-  line.add_option("--gamma", options.request.gamma,
-                  "Ratio of specific heats, for p and mach; default 1.4")
-      ->check(CLI::Range(1.0, 3.0).description(""))
-      ->type_name("G")
-      ->group(picture_group);
+  add_gamma(line, options.request.gamma, "p and mach")->group(picture_group);
   add_place_options(line, options);
   line.add_option("--width", options.request.width, "Pixels, 600 to 4000; default 1600")
       ->check(CLI::Range(600, 4000).description(""))

@@ -21,6 +21,10 @@ void occupy(int descriptor, int flags) {
   static_cast<void>(::open("/dev/null", flags));
 }
 
+void show_messages() {
+  mod_p3dgrid::p3dsetmessages(print_library_line);
+}
+
 [[noreturn]] void end_run(const mod_p3dgrid::RunEnd& end) {
   if (end.status == 0) throw Halt();
   throw Failure(ExitStatus::unusable, end.message);
@@ -37,7 +41,7 @@ void prepare_process() {
 }
 
 void connect_library() {
-  mod_p3dgrid::p3dsetmessages(print_progress);
+  show_messages();
   mod_p3dgrid::p3dsetrunend(end_run);
 }
 
@@ -46,7 +50,7 @@ LibraryMessages::LibraryMessages(std::function<void(std::string_view)> sink) {
 }
 
 LibraryMessages::~LibraryMessages() {
-  mod_p3dgrid::p3dsetmessages(print_progress);
+  show_messages();
 }
 
 }  // namespace p3dgrid::tool

@@ -26,6 +26,15 @@ struct RestartOptions {
   bool stream = false;
 };
 
+constexpr Usage usage = {
+    .pair =
+        [](const std::string& grid, const std::string& restart) {
+          return "p3dgrid restart " + grid + " " + restart + " OUT";
+        },
+    .grid_alone =
+        [](const std::string& grid) { return "'p3dgrid convert " + grid + " OUT' converts it"; },
+};
+
 [[noreturn]] void refuse(const RestartOptions& options, const std::string& why) {
   throw Failure(ExitStatus::unusable, options.output + ": not written: " + why);
 }
@@ -95,7 +104,8 @@ void convert_restart(const RestartOptions& options) {
   require_different_files(options.input, options.output);
   // Reserved before the reading starts: a folder that takes no files shows at once.
   OutputFile output(options.output);
-  const Case found = find_case(options.grid_path, options.grid, options.input, options.stated);
+  const Case found =
+      find_case(options.grid_path, options.grid, options.input, options.stated, usage);
   const RestartForm& read = found.restart.restart();
   const RestartForm written = applied_to(read, options.change);
   require_writable_layout(options, written.layout);
@@ -114,9 +124,9 @@ void convert_restart(const RestartOptions& options) {
     write_whole(options, written, restart, output);
   }
   output.commit();
-  print_progress(options.output + ": " + counted(restart.extents.blocks(), "block") + ", " +
-                 counted(restart.extents.points(), "point") + ", " +
-                 counted(restart.variables(), "variable") + ", " + describe(written));
+  print_summary(options.output + ": " + counted(restart.extents.blocks(), "block") + ", " +
+                counted(restart.extents.points(), "point") + ", " +
+                counted(restart.variables(), "variable") + ", " + describe(written));
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 #include <memory>
 #include <new>
 #include <string>
@@ -11,6 +12,7 @@
 #include "options.hpp"
 #include "output_file.hpp"
 #include "paths.hpp"
+#include "primitive.hpp"
 #include "table.hpp"
 
 namespace p3dgrid::tool {
@@ -29,6 +31,15 @@ struct TecplotOptions {
   StatedGridForm grid;
   StatedRestartForm restart;
   bool iblank = false;
+  bool as_stored = false;
+  double gamma = gamma_of_air;
+};
+
+constexpr Usage usage = {
+    .pair =
+        [](const std::string& grid, const std::string& restart) {
+          return "p3dgrid tecplot " + grid + " " + restart + " OUT";
+        },
 };
 
 [[noreturn]] void refuse(const TecplotOptions& options, const std::string& why) {
@@ -58,6 +69,24 @@ void note_lost_digits(const TecplotOptions& options, const Case& found) {
              " holds about 7 digits of each");
 }
 
+/// Of other layouts it is not known which variable is which.
+bool can_be_converted(const TecplotOptions& options, const RestartForm& form) {
+  return form.layout == Layout::solution && !options.as_stored;
+}
+
+void note_columns(const TecplotOptions& options, const RestartForm& form) {
+  const std::string columns = options.output + ": U, V, W, P and RHO are ";
+  if (can_be_converted(options, form)) {
+    return print_note(columns + "the velocities, the pressure (gamma " + digits(options.gamma) +
+                      ") and the density that follow from density, momentum and energy in " +
+                      options.restart_path + "; --as-stored writes those as they are");
+  }
+  const bool known = form.layout == Layout::solution;
+  print_note(columns +
+             (known ? "density, momentum in x, y and z, and energy" : "the five variables") +
+             " of " + options.restart_path + " in the order of the file");
+}
+
 allocatable<double, 2> widened(const allocatable<float, 2>& values) {
   allocatable<double, 2> wide;
   if (wide.allocate(values.extent(1), values.extent(2)) != mod_p3dgrid::allocation_done) {
@@ -67,10 +96,25 @@ allocatable<double, 2> widened(const allocatable<float, 2>& values) {
   return wide;
 }
 
+/// Velocities, pressure and density, from what a PLOT3D solution holds of each point.
+allocatable<double, 2> converted(const allocatable<float, 2>& flow, double gamma) {
+  allocatable<double, 2> columns;
+  if (columns.allocate(solution_variables, flow.extent(2)) != mod_p3dgrid::allocation_done) {
+    throw std::bad_alloc();
+  }
+  auto out = columns.span().begin();
+  for (auto in = flow.span(); !in.empty(); in = in.subspan(solution_variables)) {
+    const Primitive at = primitive_of(in.first(solution_variables), gamma);
+    out = std::ranges::copy(std::array{at.u, at.v, at.w, at.pressure, at.density}, out).out;
+  }
+  return columns;
+}
+
 void write_tecplot(const TecplotOptions& options, const Grid& grid, const Restart& restart,
-                   OutputFile& output) {
+                   const RestartForm& form, OutputFile& output) {
   const auto coordinates = widened(grid.xyz);
-  const auto flow = widened(restart.flow);
+  const auto flow = can_be_converted(options, form) ? converted(restart.flow, options.gamma)
+                                                    : widened(restart.flow);
   try {
     mod_p3dgrid::writetecplotfile_p3d(name_for(output.temporary_path()), grid.blocks, coordinates,
                                       flow, grid.idim, grid.jdim, grid.kdim, grid.iblank,
@@ -88,16 +132,17 @@ void export_tecplot(const TecplotOptions& options) {
   // Reserved before the reading starts: a folder that takes no files shows at once.
   OutputFile output(options.output);
   const Case found =
-      find_case(options.grid_path, options.grid, options.restart_path, options.restart);
+      find_case(options.grid_path, options.grid, options.restart_path, options.restart, usage);
   const Restart restart = read_restart_of_grid(options.restart_path, found);
   require_five_variables(options, restart);
   Grid grid = read_grid(options.grid_path, found.grid);
   require_extents_with_four_digits(options, grid);
   if (options.iblank && !grid.iblank.allocated()) allocate_blanking(grid);
   note_lost_digits(options, found);
-  write_tecplot(options, grid, restart, output);
-  print_progress(options.output + ": " + counted(grid.blocks, "zone") + ", " +
-                 counted(grid.points(), "point") + ", Tecplot text");
+  note_columns(options, found.restart.restart());
+  write_tecplot(options, grid, restart, found.restart.restart(), output);
+  print_summary(options.output + ": " + counted(grid.blocks, "zone") + ", " +
+                counted(grid.points(), "point") + ", Tecplot text");
 }
 
 }  // namespace
@@ -113,12 +158,19 @@ Command add_tecplot(CLI::App& program) {
   add_restart_options(*line, options->restart);
   line->add_flag("--iblank", options->iblank,
                  "Add the blanking values, those of the grid or else 1");
+  CLI::Option* gamma = add_gamma(*line, options->gamma, "the pressure");
+  line->add_flag("--as-stored", options->as_stored,
+                 "Write the five variables of a PLOT3D solution in their order")
+      ->excludes(gamma);
   line->footer(
-      "The variables are named U, V, W, P, RHO in the order of the file, whatever they are; in a\n"
-      "PLOT3D solution they are density, momentum in x, y and z, and energy.\n\n"
+      "The columns U, V, W, P and RHO are velocities, pressure and density, which are worked out\n"
+      "from a PLOT3D solution (layout 2). Of other layouts, and with --as-stored, they are the "
+      "five\n"
+      "variables in the order of the file, whatever these are.\n\n"
       "Examples:\n"
       "  p3dgrid tecplot grid.p3d flow.q flow.dat\n"
-      "  p3dgrid tecplot grid.p3d flow.q flow.dat --iblank");
+      "  p3dgrid tecplot grid.p3d flow.q flow.dat --iblank --gamma 1.3\n"
+      "  p3dgrid tecplot grid.p3d flow.q flow.dat --as-stored");
   return {line, [options] { export_tecplot(*options); }};
 }
 

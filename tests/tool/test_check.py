@@ -48,8 +48,8 @@ class CheckTest(ToolTest):
                              f"{grid} and {restart} agree\n")
 
     def differ(self, report, *arguments, grid="grid", restart="flow"):
-        for quiet in ((), ("--quiet",)):
-            result = self.run_tool("check", grid, restart, *arguments, *quiet)
+        for option in ((), ("--quiet",), ("--verbose",)):
+            result = self.run_tool("check", grid, restart, *arguments, *option)
             self.assertEqual(result.returncode, 1)
             self.assertEqual(result.stdout_text, report)
             self.assertRegex(result.stderr_text, rf"\Ap3dgrid: {restart}: does not belong to "

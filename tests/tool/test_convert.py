@@ -110,14 +110,15 @@ class Convert(ToolTest):
                     self.assertEqual(result.stderr_text, "")
                 self.assertEqual(self.run_tool(*arguments, "--quiet").stderr_text, "")
 
-    def test_progress_lines_and_quiet(self):
+    def test_lines_of_the_library_and_quiet(self):
         self.write_grid("in")
-        loud = self.succeed("convert", "in", "out")
-        self.assertIn(" Number of grids is ", loud)
-        self.assertEqual(loud.count("Writing grid point data for grid "), 2)
-        self.assertTrue(loud.endswith(
-            f"out: 2 blocks, 11 points, unformatted, {NATIVE}-endian, single precision, "
-            "multi-block, without blanking\n"))
+        done = (f"out: 2 blocks, 11 points, unformatted, {NATIVE}-endian, single precision, "
+                "multi-block, without blanking\n")
+        self.assertEqual(self.succeed("convert", "in", "out"), done)
+        verbose = self.succeed("convert", "in", "out", "--verbose")
+        self.assertIn(" Number of grids is ", verbose)
+        self.assertEqual(verbose.count("Writing grid point data for grid "), 2)
+        self.assertTrue(verbose.endswith(done))
         self.assertEqual(self.succeed("convert", "in", "out", "--quiet"), "")
 
     def test_long_paths(self):

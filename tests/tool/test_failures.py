@@ -216,6 +216,29 @@ class Usage(ToolTest):
         self.assertEqual(self.succeed("convert", "grid", "out", "--quiet"), "")
         self.assertEqual(self.succeed("convert", "--quiet", "grid", "out"), "")
 
+    def test_quiet_and_verbose_at_once(self):
+        self.write_grid("grid")
+        for arguments in (("--quiet", "convert", "grid", "out", "--verbose"),
+                          ("convert", "grid", "out", "--verbose", "--quiet")):
+            self.fail_with(2, *arguments, says=("--quiet", "--verbose"))
+        self.assertEqual(os.listdir(self.folder), ["grid"])
+
+    def test_every_command_that_reads_or_writes_shows_the_librarys_lines_if_they_are_wanted(self):
+        self.succeed("sample", "case")
+        case = ("case/grid.p3d", "case/flow.q")
+        for command in (("sample", "--replace", "case"), ("info", case[0]), ("info", case[1]),
+                        ("convert", case[0], "out"), ("restart", *case, "out"),
+                        ("restart", "--stream", *case, "out"), ("tecplot", *case, "out"),
+                        ("plot", *case, "out.png")):
+            with self.subTest(command=command):
+                said = self.run_tool(*command)
+                if "without the library cairo" in said.stderr_text:
+                    continue
+                self.assertEqual(said.returncode, 0, said.stderr_text)
+                self.assertNotRegex(said.stdout_text, r"(?m)^ \S")
+                self.assertRegex(self.succeed(*command, "--verbose"),
+                                 r"(?m)^ (Reading|Writing) ")
+
     def test_help(self):
         self.assertIn("convert", self.succeed("--help"))
         for command in ("sample", "info", "convert", "check", "restart"):
@@ -266,12 +289,13 @@ class StandardOutput(ToolTest):
         self.assertIn("standard output", result.stderr)
 
     def test_closed_streams_do_not_end_up_in_files(self):
-        # So many blocks that progress lines are written out while the files are open.
+        # So many blocks that the library's lines are written out while the files are open.
         blocks = [Block((1, 1, 1), [n], [0], [0]) for n in range(1000)]
         content = self.write_grid("grid", Form(), blocks).read_bytes()
         for closed in ("<&-", ">&-", "<&- >&-", "<&- >&- 2>&-"):
             with self.subTest(closed=closed):
-                result = subprocess.run(["sh", "-c", f'"$0" convert grid out {closed}', COMMAND],
+                line = f'"$0" convert --verbose grid out {closed}'
+                result = subprocess.run(["sh", "-c", line, COMMAND],
                                         cwd=self.folder, timeout=60, stdout=subprocess.DEVNULL,
                                         stderr=subprocess.DEVNULL)
                 self.assertEqual(result.returncode, 2 if ">" in closed else 0)
@@ -280,8 +304,8 @@ class StandardOutput(ToolTest):
     def test_failure_of_the_work_comes_before_that_of_the_output(self):
         self.write("cut", grid_bytes(Form(), TWO_BLOCKS)[:-9])
         with open("/dev/full", "w") as full:
-            result = self.run_tool("info", "cut", *Form().options("grid"), "--grid-byte-order",
-                                   NATIVE, stdout=full)
+            result = self.run_tool("--verbose", "info", "cut", *Form().options("grid"),
+                                   "--grid-byte-order", NATIVE, stdout=full)
         self.assertEqual(result.returncode, 1)
         self.assertRegex(result.stderr_text,
                          r"\Ap3dgrid: cut: [^\n]+\np3dgrid: standard output: [^\n]+\n\Z")

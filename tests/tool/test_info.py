@@ -65,16 +65,18 @@ class Info(ToolTest):
             first = next(n for n, line in enumerate(lines) if line.startswith(header))
             self.assertEqual(len({len(line) for line in lines[first:first + 4]}), 1, lines)
 
-    def test_progress_lines_come_first_and_quiet_drops_them(self):
+    def test_description_comes_alone_and_behind_the_librarys_lines_if_these_are_wanted(self):
         self.write_grid("grid")
-        quiet = self.info("grid")
-        loud = self.succeed("info", "grid")
-        self.assertTrue(loud.endswith(quiet))
-        progress = loud.removesuffix(quiet)
-        self.assertIn(" Number of grids is ", progress)
-        self.assertIn(" Dimensions of grid     2 is     3    1    1\n", progress)
-        self.assertIn("Reading grid point data for grid ", progress)
-        self.assertEqual(self.succeed("--quiet", "info", "grid"), quiet)
+        described = self.succeed("info", "grid")
+        self.assertTrue(described.startswith("file    grid\n"), described)
+        self.assertEqual(self.succeed("--quiet", "info", "grid"), described)
+        for arguments in (("info", "grid", "--verbose"), ("--verbose", "info", "grid")):
+            verbose = self.succeed(*arguments)
+            self.assertTrue(verbose.endswith(described))
+            lines = verbose.removesuffix(described)
+            self.assertIn(" Number of grids is ", lines)
+            self.assertIn(" Dimensions of grid     2 is     3    1    1\n", lines)
+            self.assertIn("Reading grid point data for grid ", lines)
 
     def test_block_without_points(self):
         self.write_grid("grid", blocks=[Block((0, 4, 4), [], [], []), *ONE_BLOCK])

@@ -149,7 +149,7 @@ class BashCompletion(InstalledTest):
         self.assertEqual(self.complete("p3dgrid "), self.commands())
         self.assertEqual(self.complete("p3dgrid co"), ["convert"])
         self.assertEqual(self.complete("p3dgrid --quiet t"), ["tecplot"])
-        self.assertEqual(self.complete("p3dgrid --v"), ["--version"])
+        self.assertEqual(self.complete("p3dgrid --ver"), ["--version", "--verbose"])
 
     def test_every_option_of_every_command(self):
         for command in self.commands():

@@ -416,7 +416,8 @@ class Refusals(PlotTest):
                 (("grid", "out.png", "--plane", "k=0"), "k=1"),
                 (("grid", "out.png", "--block", "0"), "--block"),
                 (("grid", "out.png", "--width", "10"), "--width"),
-                (("grid", "out.png", "--gamma", "0.5"), "--gamma")):
+                (("grid", "out.png", "--gamma", "0.5"), "--gamma"),
+                (("grid", "out.png", "--gamma", "nan"), "--gamma")):
             with self.subTest(arguments=arguments):
                 self.fail_with(2, "plot", *arguments, says=says)
                 self.assertFalse(self.path("out.png").exists())

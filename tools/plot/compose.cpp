@@ -25,6 +25,15 @@ using mod_p3dgrid::integer;
 constexpr double default_azimuth = -60;
 constexpr double default_elevation = 25;
 
+constexpr Usage usage = {
+    .pair =
+        [](const std::string& grid, const std::string& restart) {
+          return "p3dgrid plot " + grid + " " + restart + " OUT.png";
+        },
+    .grid_alone =
+        [](const std::string& grid) { return "'p3dgrid plot " + grid + " OUT.png' draws it"; },
+};
+
 void require_block(const Request& request, const Extents& extents) {
   if (request.block <= extents.blocks()) return;
   throw Failure(ExitStatus::unusable, request.grid_path + ": holds " +
@@ -59,8 +68,11 @@ std::vector<Surface> surfaces_wanted(const Request& request, const Extents& exte
 
 /// What the files are; a solution that is none of the grid is refused.
 Case find_files(const Request& request) {
-  if (!request.shows_flow()) return {find_grid(request.grid_path, request.grid)};
-  return find_case(request.grid_path, request.grid, request.restart_path, request.restart);
+  const std::string& grid = request.grid_path;
+  if (!request.shows_flow()) {
+    return {find_grid(grid, request.grid, "'" + usage.pair("GRID", grid) + "' draws it")};
+  }
+  return find_case(grid, request.grid, request.restart_path, request.restart, usage);
 }
 
 /// Takes from the grid what is shown of it; the grid itself is not kept.

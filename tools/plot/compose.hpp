@@ -8,6 +8,7 @@
 #include "form_options.hpp"
 #include "plot/picture.hpp"
 #include "plot/surface.hpp"
+#include "primitive.hpp"
 
 namespace p3dgrid::tool::plot {
 
@@ -21,7 +22,7 @@ struct Request {
   mod_p3dgrid::integer block = 0;  ///< from 1; 0 for all
   std::optional<GridPlane> plane;  ///< the blocks' outer faces without
   std::vector<double> view;        ///< azimuth and elevation, if stated
-  double gamma = 1.4;
+  double gamma = gamma_of_air;
   int width = 1600;
 
   [[nodiscard]] bool shows_flow() const { return !restart_path.empty(); }

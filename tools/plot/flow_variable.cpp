@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "failure.hpp"
+#include "primitive.hpp"
 #include "table.hpp"
 
 namespace p3dgrid::tool::plot {
@@ -21,19 +22,14 @@ float velocity(Values values, double) {
   return values[1] / values[0];
 }
 
-/// Density, three components of the momentum, energy.
-double pressure_of(Values q, double gamma) {
-  const double momentum = std::hypot(double{q[1]}, double{q[2]}, double{q[3]});
-  return (gamma - 1) * (q[4] - momentum * momentum / (2 * double{q[0]}));
+float pressure(Values conserved, double gamma) {
+  return static_cast<float>(primitive_of(conserved, gamma).pressure);
 }
 
-float pressure(Values q, double gamma) {
-  return static_cast<float>(pressure_of(q, gamma));
-}
-
-float mach_number(Values q, double gamma) {
-  const double speed = std::hypot(double{q[1]}, double{q[2]}, double{q[3]}) / q[0];
-  return static_cast<float>(speed / std::sqrt(gamma * pressure_of(q, gamma) / q[0]));
+float mach_number(Values conserved, double gamma) {
+  const Primitive at = primitive_of(conserved, gamma);
+  const double speed = std::hypot(at.u, at.v, at.w);
+  return static_cast<float>(speed / std::sqrt(gamma * at.pressure / at.density));
 }
 
 const std::vector<FlowVariable>& named() {
