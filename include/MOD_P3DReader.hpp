@@ -34,10 +34,11 @@
 ///   operation can be called again. `std::bad_alloc` leaves it only where the host has thrown that.
 /// - A file that cannot be opened or written, or an argument that cannot be meant, is an error of
 ///   the run: see `p3dsetrunend`.
-/// - An existing file is overwritten from its start and shortened when it is closed. After an error
-///   of the run it holds the beginning of the new data and nothing of the old. A process that is
-///   killed leaves new data at the front and old data behind: a host that cannot afford that writes
-///   under another name and renames the file once it is closed, as the command `p3dgrid` does.
+/// - An existing file is overwritten from its start and shortened when it is closed. One to which
+///   no record is written keeps every byte. After an error of the run it holds the beginning of the
+///   new data and nothing of the old. A process that is killed leaves new data at the front and old
+///   data behind: a host that cannot afford that writes under another name and renames the file once
+///   it is closed, as the command `p3dgrid` does.
 
 #include "mod_gridvars.hpp"
 #include "mod_p3dgrid/arrays.hpp"
@@ -232,7 +233,8 @@ void readrestartheader(const FileName& filename, integer iformat, logical dblpre
 /// @param multiblock  write the block-count record (layouts 2 and 3)
 ///
 /// An `nfvar` that layout 3 needs and that is not allocated is allocated with zeros. The TALVEN
-/// layout cannot be written: the run is halted with "TALVEN Writer not implimented!".
+/// layout cannot be written: the run is halted with "TALVEN Writer not implimented!", and a file
+/// that exists keeps every byte. So it does where the layout has no header and no body follows.
 void writerestartheader(const FileName& filename, integer iformat, logical dblprec, integer nblocks,
                         array_view<const integer, 1> idim, array_view<const integer, 1> jdim,
                         array_view<const integer, 1> kdim, integer rsttype, logical multiblock);

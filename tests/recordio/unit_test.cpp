@@ -276,6 +276,32 @@ TEST_F(Units, OneFileUnderTwoNamesIsTheSame) {
   EXPECT_FALSE(same_file("a", "missing"));
 }
 
+TEST_F(Units, AFileToWhichNothingIsWrittenStaysAsItWas) {
+  for (const int iformat : {0, 1, 2}) {
+    write_file("file", std::string("as it was"));
+    const Unit unit(13, iformat);
+    unit.open("file", OpenStatus::unknown);
+    unit.close();
+    EXPECT_EQ(read_file("file"), "as it was");
+    unit.open("file", OpenStatus::unknown);
+    unit.open("other", OpenStatus::unknown);
+    EXPECT_EQ(read_file("file"), "as it was");
+    unit.close();
+    EXPECT_EQ(read_file("other"), "");
+  }
+}
+
+TEST_F(Units, ARecordWithoutValuesIsWrittenLikeAnyOther) {
+  for (const auto& [iformat, record] : {std::pair{0, std::string(8, '\0')}, {1, " \n"}, {2, ""}}) {
+    write_file("file", std::string("as it was"));
+    const Unit unit(13, iformat);
+    unit.open("file", OpenStatus::unknown);
+    unit.write({});
+    unit.close();
+    EXPECT_EQ(read_file("file"), record);
+  }
+}
+
 TEST_F(Units, OfAnUnknownFormDoNothing) {
   const Unit unit(13, 3);
   unit.open("nowhere/at/all", OpenStatus::unknown);
