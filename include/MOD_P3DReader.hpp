@@ -21,7 +21,7 @@
 ///   32 bits do not hold, make the read fail.
 /// - Text is written in lines of at most 80 columns, each beginning with a blank, and reads back to
 ///   the same bits. A NaN other than the usual one stands as `NaN(...)` with its bits in
-///   hexadecimal.
+///   hexadecimal; in a Tecplot file any NaN stands as `NaN`.
 /// - One thread only; the module's variables and units are shared by all operations.
 ///
 /// ### Failures
@@ -413,10 +413,10 @@ void combinep3dvarfiles(array_view<const float, 2> leadvalues, const FileName& f
 /// @param iblank     blanking value of each point
 /// @param useiblank  write the IBLANK column
 ///
-/// Reals stand in the shortest form that reads back to the same bits. Leaves unit 594 open: the
-/// file is complete when the host closes it (`p3dcloseunit(594)`), at the next call, or when the
-/// run ends. Arrays with fewer points than the extents ask for are errors of the run; the file is
-/// not touched then.
+/// Reals stand in the shortest form that reads back to the same bits, and any NaN as `NaN`, since
+/// Tecplot readers know no other. Leaves unit 594 open: the file is complete when the host closes it
+/// (`p3dcloseunit(594)`), at the next call, or when the run ends. Arrays with fewer points than the
+/// extents ask for are errors of the run; the file is not touched then.
 void writetecplotfile_p3d(const FileName& filename, integer nblocks,
                           array_view<const double, 2> xyz, array_view<const double, 2> qvar,
                           array_view<const integer, 1> idim, array_view<const integer, 1> jdim,
