@@ -368,7 +368,8 @@ void readnextp3dvar(integer ivar, const FileName& filename, integer iformat, log
 /// @param varvalues    row 1 holds the variable, block after block
 /// @param idim,jdim,kdim  extents of each block
 ///
-/// The name is kept in `tmpfile(ivar)`. The file is complete and closed on return.
+/// The name stands in `tmpfile(ivar)` from the first message on, and is kept there. An entry whose
+/// file could not be created is blank. The file is complete and closed on return.
 void writenextp3dvar(integer ivar, const FileName& prefix, logical dblprec, integer nblocks,
                      array_view<const integer, 1> blockpoints, array_view<const float, 2> varvalues,
                      array_view<const integer, 1> idim, array_view<const integer, 1> jdim,
