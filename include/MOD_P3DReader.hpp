@@ -346,7 +346,7 @@ void writep3drestart(const FileName& filename, integer iformat, logical dblprec,
 /// an error of the run. For layout 101 and a variable above 5 the flags behind the blocks go into
 /// `iflag`; extension variables must be counted in `numrstrtvar` by then. Text passes through
 /// double precision, so that a number of more digits than single precision tells apart may round to
-/// the neighbour of what `readp3drestart` reads.
+/// the neighbour of what `readp3drestart` reads. It has no older time levels, whatever `itimeint` is.
 ///
 /// Works on unit 201 and closes it. A failed read leaves it open, `varvalues` as it was and the
 /// staging arrays allocated, which the next call reports through `checkallocationerror`. A variable

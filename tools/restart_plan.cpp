@@ -75,7 +75,8 @@ void plan_extensions(std::vector<RecordPlan>& plan, const RestartShape& shape) {
 
 }  // namespace
 
-int older_levels(integer time_integration) {
+int older_levels(Encoding encoding, integer time_integration) {
+  if (encoding == Encoding::formatted) return 0;
   return time_integration == 3 ? 2 : time_integration >= 2 ? 1 : 0;
 }
 
@@ -83,7 +84,7 @@ RestartShape shape_of(const RestartForm& form, const Sections& sections, const E
   RestartShape shape{.extents = extents, .sections = sections, .triplets = reads_triplets(form)};
   if (form.layout == Layout::talven) {
     shape.flow_parameters = talven_parameters_read();
-    shape.older_levels = older_levels(mod_p3dgrid::itimeint);
+    shape.older_levels = older_levels(form.encoding, mod_p3dgrid::itimeint);
   }
   return shape;
 }

@@ -26,8 +26,9 @@ struct RestartShape {
 /// The equation set of layout 0 that goes on with the flow parameters.
 inline constexpr mod_p3dgrid::integer equations_with_parameters = 1;
 
-/// Records of older time levels behind each block that go with a time integration of layout 0.
-[[nodiscard]] int older_levels(mod_p3dgrid::integer time_integration);
+/// Records of older time levels behind each block that go with a time integration of layout 0. Text
+/// has none.
+[[nodiscard]] int older_levels(Encoding encoding, mod_p3dgrid::integer time_integration);
 
 /// The shape of a file whose header has just been read; the flags of layout 101 are left 0.
 /// @param extents  those of the header or, where it holds none, of the grid

@@ -148,8 +148,7 @@ bool walk_body(const Layout& layout, const std::vector<BodyRecord>& records, int
          (!layout.extensions || walk_extensions(nblocks, visitor));
 }
 
-/// Reads a record of an older time level and drops it. Text has no such records: it is asked for
-/// one without being text, and that is a failed read.
+/// Reads a record of an older time level and drops it. Not for text, which has no such records.
 [[nodiscard]] bool skip_older_level(const recordio::Unit& unit, BodyPath path, integer points,
                                     const BodyRecord& record);
 

@@ -272,6 +272,25 @@ TEST_F(ReadNextVariable, OlderTimeLevelsAreSkipped) {
   }
 }
 
+TEST_F(ReadNextVariable, TextHasNoOlderTimeLevels) {
+  set_sections({{1, 2}, {3, 3}});
+  for (const int itime : {2, 3}) {
+    HandMadeRestart made({.layout = 0, .iformat = 1, .sections = {{1, 2}, {3, 3}}});
+    made.time_integration = itime;
+    for (integer v = 1; v <= 3; ++v) {
+      calls.clear();
+      read_file_of(made, v);
+      EXPECT_EQ(count_calls("dispfilereaderror"), 0);
+      EXPECT_FALSE(is_open("restart"));
+      for (int p = 0; p < 7; ++p) {
+        EXPECT_EQ(values[static_cast<std::size_t>(p)],
+                  static_cast<float>(HandMadeRestart::flow(v, p)));
+      }
+      EXPECT_EQ(itimeint, itime);
+    }
+  }
+}
+
 TEST_F(ReadNextVariable, LeavesNothingAllocatedForTheNextCallToReport) {
   set_sections({{1, 5}});
   p3dsetdebug(false);

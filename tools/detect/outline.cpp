@@ -60,7 +60,7 @@ bool take_block_records(HeaderReader& header, Outline& outline) {
   return true;
 }
 
-bool take_talven(HeaderReader& header, Outline& outline, Precision precision) {
+bool take_talven(HeaderReader& header, const RestartForm& form, Outline& outline) {
   integer version = 0;
   integer equations = 0;
   integer variables = 0;
@@ -70,11 +70,11 @@ bool take_talven(HeaderReader& header, Outline& outline, Precision precision) {
   if (!take(header, version) || !take(header, equations)) return false;
   header.begin_record();
   if (!take_count(header, outline) || !take(header, variables) || !take(header, integration) ||
-      !take(header, skipped) || !take(header, skipped) || !header.skip_real(precision)) {
+      !take(header, skipped) || !take(header, skipped) || !header.skip_real(form.precision)) {
     return false;
   }
   outline.flow_parameters = equations == equations_with_parameters;
-  outline.older_levels = older_levels(integration);
+  outline.older_levels = older_levels(form.encoding, integration);
   if (outline.flow_parameters) {
     header.begin_record();
     if (!take(header, skipped)) return false;
@@ -107,7 +107,7 @@ bool take_count_if(bool multiblock, HeaderReader& header, Outline& outline) {
 bool take_header(HeaderReader& header, const RestartForm& form, Outline& outline) {
   switch (form.layout) {
     case Layout::talven:
-      return take_talven(header, outline, form.precision);
+      return take_talven(header, form, outline);
     case Layout::time_step:
       return take_step_and_count(header, outline, form.precision) &&
              take_block_records(header, outline);
