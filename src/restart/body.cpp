@@ -63,13 +63,7 @@ integer older_levels() {
 integer checked_highest_variable(const std::vector<BodyRecord>& records) {
   integer highest = 0;
   for (const BodyRecord& record : records) {
-    if (record.kind == BodyRecordKind::older_level) {
-      // Nothing is stored, but no more is dropped than there are variables.
-      constexpr std::int64_t most = std::numeric_limits<integer>::max();
-      highest = std::max(highest, static_cast<integer>(std::min(most, record.variables())));
-      continue;
-    }
-    if (record.variables() == 0) continue;
+    if (record.kind == BodyRecordKind::older_level || record.variables() == 0) continue;
     if (record.first < 1) {
       fail_run("the section table names variables " + std::to_string(record.first) + " to " +
                std::to_string(record.last) + ", they count from 1");

@@ -76,7 +76,8 @@ inline constexpr integer leading_variables = 5;
 [[nodiscard]] integer older_levels();
 
 /// Highest variable number for which the records need a place; 0 for none. Variables numbered
-/// below 1, which no array has a place for, are an error of the run.
+/// below 1, which no array has a place for, are an error of the run. Older levels need no place:
+/// nothing of them is kept.
 [[nodiscard]] integer checked_highest_variable(const std::vector<BodyRecord>& records);
 
 /// Variables per point of all sections: the sum of `numrstrtvar`, or 0 if that is negative.

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <limits>
 
 #include "grid/grid_case.hpp"
 #include "recordio/unit.hpp"
@@ -269,6 +270,36 @@ TEST_F(ReadNextVariable, OlderTimeLevelsAreSkipped) {
     read_file_of(made, 1);
     EXPECT_EQ(count_calls("dispfilereaderror"), 0);
     EXPECT_EQ(values[6], static_cast<float>(HandMadeRestart::flow(1, 6)));
+  }
+}
+
+TEST_F(ReadNextVariable, OlderTimeLevelsNeedNoVariables) {
+  for (const int iformat : {0, 2}) {
+    HandMadeRestart made({.layout = 0, .iformat = iformat});
+    made.time_integration = 2;  // of each block the one record is that of the older level
+    set_sections({{1, 5}});
+    mod_gridvars::nfilesect = 0;
+    mod_gridvars::numrstrtvar(1) = 1;
+    calls.clear();
+    read_file_of(made, 1);
+    EXPECT_EQ(count_calls("dispfilereaderror"), 0);
+    EXPECT_THAT(values, Each(0.F));
+  }
+}
+
+TEST_F(ReadNextVariable, OlderTimeLevelsOfAbsurdSectionsAreAFailedRead) {
+  for (const int iformat : {0, 2}) {
+    HandMadeRestart made({.layout = 0, .iformat = iformat});
+    made.time_integration = 2;
+    set_sections({{1, 5}});
+    mod_gridvars::nfilesect = 0;
+    mod_gridvars::rstrtvarsct(1, 1) = std::numeric_limits<integer>::min();
+    mod_gridvars::rstrtvarsct(1, 2) = std::numeric_limits<integer>::max();
+    calls.clear();
+    read_file_of(made, 1);
+    EXPECT_EQ(count_calls("dispfilereaderror"), 1);
+    EXPECT_THAT(p3dlastfailure().expected, HasSubstr(" more bytes"));
+    one_variable_staging() = {};
   }
 }
 
