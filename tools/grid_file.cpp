@@ -22,8 +22,8 @@ logical precision_flag(const GridForm& form) {
   return form.precision == Precision::double_precision;
 }
 
-std::string with_advice(const std::string& message, const std::string& advice) {
-  return advice.empty() ? message : message + "; " + advice;
+Failure with_advice(ExitStatus status, const std::string& message, const std::string& advice) {
+  return {status, message, advice.empty() ? "" : "; " + advice};
 }
 
 // The library skips what is left of a record and never looks behind the last block, so a file of
@@ -40,9 +40,8 @@ void require_form(const std::string& path, const GridForm& form, const Extents& 
     print_note(path + ": holds blanking values, which are left out; --grid-iblank yes reads them");
     return;
   }
-  throw Failure(ExitStatus::mismatch,
-                with_advice(path + ": is not " + describe(form) + ": " + fit.what,
-                            advice(path, stated_as(form))));
+  throw with_advice(ExitStatus::mismatch, path + ": is not " + describe(form) + ": " + fit.what,
+                    advice(path, stated_as(form)));
 }
 
 }  // namespace
@@ -88,7 +87,7 @@ Grid read_grid(const std::string& path, const Found& found) {
                              precision_flag(form), grid.blocks, grid.ndim, grid.xyz, grid.idim,
                              grid.jdim, grid.kdim, grid.iblank, form.iblank, form.multiblock);
   } catch (const Unreadable& failure) {
-    throw Failure(failure.status(), with_advice(failure.what(), advice(path, stated_as(form))));
+    throw with_advice(failure.status(), failure.what(), advice(path, stated_as(form)));
   }
   if (grid.blocks < 1) {
     throw Failure(ExitStatus::mismatch,

@@ -70,7 +70,7 @@ void require_plan(const std::string& path, const RestartForm& form, const Restar
     }
   }
   const std::string help = advice(path, stated_as(form), grid);
-  throw Failure(ExitStatus::mismatch, help.empty() ? message : message + "; " + help);
+  throw Failure(ExitStatus::mismatch, message, help.empty() ? "" : "; " + help);
 }
 
 namespace {
@@ -144,7 +144,7 @@ void with_advice(const std::string& path, const RestartForm& form,
   } catch (const Unreadable& failure) {
     const std::string help = advice(path, stated_as(form), grid);
     if (help.empty()) throw;
-    throw Failure(failure.status(), failure.what() + ("; " + help));
+    throw Failure(failure.status(), failure.what(), "; " + help);
   }
 }
 

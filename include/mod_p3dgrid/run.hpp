@@ -11,6 +11,12 @@
 
 namespace mod_p3dgrid {
 
+/// The text with its control characters escaped: `\n`, `\t`, `\r`, all others as their bytes in
+/// hexadecimal (`\x1b`). One line then, with nothing in it that a terminal obeys. So names of files
+/// are shown in `RunEnd::message` and `ReadFailure::describe`; the lines that go to
+/// `p3dsetmessages` hold them as they are.
+[[nodiscard]] std::string p3dprintable(std::string text);
+
 /// How a run ends when the library ends it.
 struct RunEnd {
   /// 0: the module has halted the run, having said why on standard output.
@@ -18,6 +24,7 @@ struct RunEnd {
   ///    cannot be meant.
   integer status = 0;
   /// For an error of the run one line: the operation, the file and the system's reason. Else empty.
+  /// Control characters are escaped.
   /// Without memory for such a line it is "out of memory", or the operation alone.
   std::string message;
 };
@@ -50,11 +57,11 @@ void p3dsetpaths(std::function<std::string(std::string_view name)> resolver);
 ///     p3dsetbyteorder([](std::string_view) { return std::endian::big; });
 void p3dsetbyteorder(std::function<std::endian(std::string_view name)> chooser);
 
-/// Asks the system for huge pages (2 MiB) for all arrays allocated from now on that hold whole ones;
-/// off at the start of a run. The first touch of new memory then costs a fraction of what it costs
-/// page by page, and that is most of the time of reading a file once. It stays the host's choice: on
-/// a machine whose memory nobody has used yet, a virtual one most of all, the first huge pages can
-/// cost several times as much as they save. Advice only; no result depends on it.
+/// Asks the system for huge pages (2 MiB) for all arrays allocated from now on that hold whole
+/// ones; off at the start of a run. The first touch of new memory then costs a fraction of what it
+/// costs page by page, and that is most of the time of reading a file once. It stays the host's
+/// choice: on a machine whose memory nobody has used yet, a virtual one most of all, the first huge
+/// pages can cost several times as much as they save. Advice only; no result depends on it.
 void p3dsethugepages(bool wanted);
 
 /// Closes the unit: flushes what was written and disconnects the file. Harmless when nothing is
@@ -76,7 +83,7 @@ struct ReadFailure {
   std::string found;        ///< what the file holds there
   std::string expected;     ///< what was asked for
 
-  /// All of it as one line of text without a line end.
+  /// All of it as one line of text without a line end, control characters of the path escaped.
   [[nodiscard]] std::string describe() const;
 };
 

@@ -164,6 +164,11 @@ TEST_F(WriteTecplot, NamesAreShownWithoutTheBlanksAroundThem) {
   EXPECT_THAT(messages, ElementsAre(" Writing to Tecplot file tec..."));
 }
 
+TEST_F(WriteTecplot, TheMessageShowsTheNameAsItIs) {
+  write(false, 0, "t\x1b[2J\nec");
+  EXPECT_THAT(messages, ElementsAre(" Writing to Tecplot file t\x1b[2J\nec..."));
+}
+
 using WriteTecplotDeathTest = WriteTecplot;
 
 TEST_F(WriteTecplotDeathTest, IsCompleteWhenTheRunEnds) {

@@ -59,6 +59,16 @@ TEST_F(UnformattedRecords, LongerListsAreAnError) {
             "in it");
 }
 
+TEST_F(UnformattedRecords, FailuresShowControlCharactersOfTheirFileEscaped) {
+  write_file("a\n\x1b[2Jb", Bytes().i4(4));
+  unit.open("a\n\x1b[2Jb", OpenStatus::old);
+  integer number = 0;
+  EXPECT_FALSE(unit.read({scalar(number)}));
+  EXPECT_EQ(p3dlastfailure().file, "a\n\x1b[2Jb");
+  EXPECT_EQ(p3dlastfailure().describe(),
+            R"(a\n\x1b[2Jb: record 1, byte 4: found the end of the file, expected 4 more bytes)");
+}
+
 TEST_F(UnformattedRecords, MarkersMustAgree) {
   given(Bytes().i4(4).i4(1).i4(5));
   integer number = 0;

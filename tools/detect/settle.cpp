@@ -55,12 +55,12 @@ std::string advice_from(const std::vector<FormOption>& stated, const Verdict& ve
 
 [[noreturn]] void refuse_to_guess(const std::string& path, const Verdict& verdict) {
   const bool checked = verdict.fitting.front().checked;
-  throw Failure(ExitStatus::unusable,
-                path +
-                    (checked ? ": can be more than one thing, say which by the options behind it:"
-                             : ": holds no extents, and --grid GRID would tell by those of its "
-                               "grid which it is:") +
-                    named(verdict.fitting));
+  throw Failure(
+      ExitStatus::unusable,
+      path + (checked ? ": can be more than one thing, say which by the options behind it:"
+                      : ": holds no extents, and --grid GRID would tell by those of its "
+                        "grid which it is:"),
+      named(verdict.fitting));
 }
 
 /// A reading has found something in the file to agree with: all of its header at least.
@@ -116,7 +116,7 @@ Found settle(const std::string& path, Evidence& file, const Verdict& verdict,
     refuse_unusual(path, file, any);
     const std::string advice = advice_from(stated, verdict, any);
     if (!advice.empty()) {
-      throw Unreadable(path + ": is not what " + texts_of(stated) + " says; " + advice);
+      throw Unreadable(path + ": is not what " + texts_of(stated) + " says; ", advice);
     }
   }
   refuse(path, file, verdict, stated);
