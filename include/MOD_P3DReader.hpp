@@ -21,7 +21,7 @@
 ///   32 bits do not hold, make the read fail.
 /// - Text is written in lines of at most 80 columns, each beginning with a blank, and reads back to
 ///   the same bits. A NaN other than the usual one stands as `NaN(...)` with its bits in
-///   hexadecimal.
+///   hexadecimal; in a Tecplot file any NaN stands as `NaN`.
 /// - One thread only; the module's variables and units are shared by all operations.
 ///
 /// ### Failures
@@ -34,10 +34,11 @@
 ///   operation can be called again. `std::bad_alloc` leaves it only where the host has thrown that.
 /// - A file that cannot be opened or written, or an argument that cannot be meant, is an error of
 ///   the run: see `p3dsetrunend`.
-/// - An existing file is overwritten from its start and shortened when it is closed. After an error
-///   of the run it holds the beginning of the new data and nothing of the old. A process that is
-///   killed leaves new data at the front and old data behind: a host that cannot afford that writes
-///   under another name and renames the file once it is closed, as the command `p3dgrid` does.
+/// - An existing file is overwritten from its start and shortened when it is closed. One to which
+///   no record is written keeps every byte. After an error of the run it holds the beginning of the
+///   new data and nothing of the old. A process that is killed leaves new data at the front and old
+///   data behind: a host that cannot afford that writes under another name and renames the file once
+///   it is closed, as the command `p3dgrid` does.
 
 #include "mod_gridvars.hpp"
 #include "mod_p3dgrid/arrays.hpp"
@@ -232,7 +233,8 @@ void readrestartheader(const FileName& filename, integer iformat, logical dblpre
 /// @param multiblock  write the block-count record (layouts 2 and 3)
 ///
 /// An `nfvar` that layout 3 needs and that is not allocated is allocated with zeros. The TALVEN
-/// layout cannot be written: the run is halted with "TALVEN Writer not implimented!".
+/// layout cannot be written: the run is halted with "TALVEN Writer not implimented!", and a file
+/// that exists keeps every byte. So it does where the layout has no header and no body follows.
 void writerestartheader(const FileName& filename, integer iformat, logical dblprec, integer nblocks,
                         array_view<const integer, 1> idim, array_view<const integer, 1> jdim,
                         array_view<const integer, 1> kdim, integer rsttype, logical multiblock);
@@ -344,7 +346,7 @@ void writep3drestart(const FileName& filename, integer iformat, logical dblprec,
 /// an error of the run. For layout 101 and a variable above 5 the flags behind the blocks go into
 /// `iflag`; extension variables must be counted in `numrstrtvar` by then. Text passes through
 /// double precision, so that a number of more digits than single precision tells apart may round to
-/// the neighbour of what `readp3drestart` reads.
+/// the neighbour of what `readp3drestart` reads. It has no older time levels, whatever `itimeint` is.
 ///
 /// Works on unit 201 and closes it. A failed read leaves it open, `varvalues` as it was and the
 /// staging arrays allocated, which the next call reports through `checkallocationerror`. A variable
@@ -366,7 +368,8 @@ void readnextp3dvar(integer ivar, const FileName& filename, integer iformat, log
 /// @param varvalues    row 1 holds the variable, block after block
 /// @param idim,jdim,kdim  extents of each block
 ///
-/// The name is kept in `tmpfile(ivar)`. The file is complete and closed on return.
+/// The name stands in `tmpfile(ivar)` from the first message on, and is kept there. An entry whose
+/// file could not be created is blank. The file is complete and closed on return.
 void writenextp3dvar(integer ivar, const FileName& prefix, logical dblprec, integer nblocks,
                      array_view<const integer, 1> blockpoints, array_view<const float, 2> varvalues,
                      array_view<const integer, 1> idim, array_view<const integer, 1> jdim,
@@ -411,10 +414,10 @@ void combinep3dvarfiles(array_view<const float, 2> leadvalues, const FileName& f
 /// @param iblank     blanking value of each point
 /// @param useiblank  write the IBLANK column
 ///
-/// Reals stand in the shortest form that reads back to the same bits. Leaves unit 594 open: the
-/// file is complete when the host closes it (`p3dcloseunit(594)`), at the next call, or when the
-/// run ends. Arrays with fewer points than the extents ask for are errors of the run; the file is
-/// not touched then.
+/// Reals stand in the shortest form that reads back to the same bits, and any NaN as `NaN`, since
+/// Tecplot readers know no other. Leaves unit 594 open: the file is complete when the host closes it
+/// (`p3dcloseunit(594)`), at the next call, or when the run ends. Arrays with fewer points than the
+/// extents ask for are errors of the run; the file is not touched then.
 void writetecplotfile_p3d(const FileName& filename, integer nblocks,
                           array_view<const double, 2> xyz, array_view<const double, 2> qvar,
                           array_view<const integer, 1> idim, array_view<const integer, 1> jdim,

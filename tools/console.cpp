@@ -3,6 +3,7 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <MOD_P3DReader.hpp>
 #include <cerrno>
 #include <cstdio>
 #include <mutex>
@@ -19,6 +20,10 @@ bool quiet_wanted = false;
 bool verbose_wanted = false;
 bool output_kept_for_programs = false;
 int first_output_error = 0;
+
+std::string printable(std::string_view text) {
+  return mod_p3dgrid::p3dprintable(std::string(text));
+}
 
 constexpr const char* erase_line = "\r\x1b[K";
 std::mutex printing;
@@ -71,9 +76,13 @@ void set_verbose(bool verbose) {
 }
 
 void print_line(std::string_view line) {
+  print_text(printable(line));
+}
+
+void print_text(std::string_view text) {
   const std::lock_guard lock(printing);
   erase_status();
-  write_line(stdout, std::string(line).append("\n"));
+  write_line(stdout, std::string(text).append("\n"));
 }
 
 void print_result(std::string_view line) {
@@ -93,7 +102,7 @@ void print_library_line(std::string_view line) {
 }
 
 void print_note(std::string_view text) {
-  if (!quiet_wanted) print_error_line("p3dgrid: note: ", text);
+  if (!quiet_wanted) print_error_line("p3dgrid: note: ", printable(text));
 }
 
 void print_failure(std::string_view text) {
@@ -105,7 +114,7 @@ void show_status(const std::string& line) {
   flush_output();
   erase_status();
   if (line.empty()) return;
-  write_line(stderr, fitted_to_terminal(line));
+  write_line(stderr, fitted_to_terminal(printable(line)));
   status_shown = true;
 }
 

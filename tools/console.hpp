@@ -11,13 +11,19 @@ void set_quiet(bool quiet);
 /// Without `verbose`, the library's lines are dropped.
 void set_verbose(bool verbose);
 
+/// Control characters in whatever is printed, as names of files have them, are escaped; not so in
+/// what `print_text` and `print_failure` print.
+
 /// One line of a command's result, on standard output.
 void print_line(std::string_view line);
+
+/// Lines of a command's result, as they stand, on standard output.
+void print_text(std::string_view text);
 
 /// The same, dropped where standard output is kept for programs.
 void print_result(std::string_view line);
 
-/// Keeps standard output for programs: of all lines, only those of `print_line` go there.
+/// Keeps standard output for programs: only what `print_line` and `print_text` print goes there.
 void keep_output_for_programs();
 
 /// One line that says what has been done, on standard output.
@@ -29,7 +35,7 @@ void print_library_line(std::string_view line);
 /// Something the user should know although the command succeeds, on standard error.
 void print_note(std::string_view text);
 
-/// Why the command failed, on standard error.
+/// Why the command failed, as it stands, on standard error.
 void print_failure(std::string_view text);
 
 /// A line on standard error that is written over by the next one, and gone before anything else is

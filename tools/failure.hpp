@@ -1,5 +1,6 @@
 #pragma once
 
+#include <MOD_P3DReader.hpp>
 #include <stdexcept>
 #include <string>
 
@@ -15,8 +16,10 @@ enum class ExitStatus {
 /// Ends the command: `what()` names the file and says what is wrong with it.
 class Failure : public std::runtime_error {
  public:
-  Failure(ExitStatus status, const std::string& message)
-      : std::runtime_error(message), status_(status) {}
+  /// @param message  one line: control characters in it, as names of files have them, are escaped
+  /// @param more     follows it as it stands, and may be lines; no names of files in here
+  Failure(ExitStatus status, const std::string& message, const std::string& more = {})
+      : std::runtime_error(mod_p3dgrid::p3dprintable(message) + more), status_(status) {}
 
   [[nodiscard]] ExitStatus status() const noexcept { return status_; }
 
@@ -27,7 +30,8 @@ class Failure : public std::runtime_error {
 /// What a file holds is not what was asked for; another form of it may be.
 class Unreadable : public Failure {
  public:
-  explicit Unreadable(const std::string& message) : Failure(ExitStatus::mismatch, message) {}
+  explicit Unreadable(const std::string& message, const std::string& more = {})
+      : Failure(ExitStatus::mismatch, message, more) {}
 };
 
 /// The library has halted the run, for a reason that it has given among its messages.

@@ -137,8 +137,8 @@ void Looks<Stated, Detect>::refuse() const {
                 path +
                     (checked ? ": can be more than one thing, say which by the options behind it:"
                              : ": holds no extents, and --grid GRID would tell by those of its "
-                               "grid which it is:") +
-                    named(fitting));
+                               "grid which it is:"),
+                named(fitting));
 }
 
 template <class Stated, class Detect>
@@ -157,7 +157,7 @@ Found Looks<Stated, Detect>::settle() const {
     const Detection open = looking([&] { return detect_(Stated()); });
     refuse_unusual(open);
     if (const std::string advice = advice_from(open); !advice.empty()) {
-      throw Unreadable(path_ + ": is not what " + texts_of(stated_) + " says; " + advice);
+      throw Unreadable(path_ + ": is not what " + texts_of(stated_) + " says; ", advice);
     }
   }
   refuse();

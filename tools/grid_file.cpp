@@ -23,8 +23,8 @@ logical precision_flag(const GridForm& form) {
   return form.coding.precision == Precision::double_precision;
 }
 
-std::string with_advice(const std::string& message, const std::string& advice) {
-  return advice.empty() ? message : message + "; " + advice;
+Failure with_advice(ExitStatus status, const std::string& message, const std::string& advice) {
+  return {status, message, advice.empty() ? "" : "; " + advice};
 }
 
 // The library skips what is left of a record and never looks behind the last block, so a file of
@@ -41,9 +41,8 @@ void require_form(const std::string& path, const GridForm& form) {
     print_note(path + ": holds blanking values, which are left out; --grid-iblank yes reads them");
     return;
   }
-  throw Failure(ExitStatus::mismatch,
-                with_advice(path + ": is not " + describe(form) + ": " + fit.what,
-                            advice(path, stated_as(form))));
+  throw with_advice(ExitStatus::mismatch, path + ": is not " + describe(form) + ": " + fit.what,
+                    advice(path, stated_as(form)));
 }
 
 }  // namespace
@@ -90,7 +89,7 @@ Grid read_grid(const std::string& path, const Found& found) {
                              grid.blocks, grid.ndim, grid.xyz, grid.idim, grid.jdim, grid.kdim,
                              grid.iblank, form.iblank, form.multiblock);
   } catch (const Unreadable& failure) {
-    throw Failure(failure.status(), with_advice(failure.what(), advice(path, stated_as(form))));
+    throw with_advice(failure.status(), failure.what(), advice(path, stated_as(form)));
   }
   if (grid.blocks < 1) {
     throw Failure(ExitStatus::mismatch,

@@ -30,12 +30,12 @@ constexpr Usage usage = {
 
 void print_grid(const InfoOptions& options, const Found& found) {
   const Grid grid = read_grid(options.input.path, found);
-  if (options.json) return print_line(json_of(options.input.path, found, grid));
+  if (options.json) return print_text(json_of(options.input.path, found, grid));
   print_grid_info(options.input.path, found, grid);
 }
 
 void print_restart(const InfoOptions& options, const RestartReport& report) {
-  if (options.json) return print_line(json_of(options.input.path, report));
+  if (options.json) return print_text(json_of(options.input.path, report));
   print_restart_info(options.input.path, report);
 }
 

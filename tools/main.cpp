@@ -105,7 +105,7 @@ Request read_command_line(int argc, const char* const* argv) {
 void run(int argc, const char* const* argv) {
   const Request request = read_command_line(argc, argv);
   if (!request.run) {
-    print_line(request.text);
+    print_text(request.text);
     return;
   }
   connect_library();
@@ -126,7 +126,7 @@ ExitStatus attempt(const Step& step) {
   } catch (const std::bad_alloc&) {
     print_failure("not enough memory");
   } catch (const std::exception& error) {
-    print_failure(error.what());
+    print_failure(mod_p3dgrid::p3dprintable(error.what()));
   }
   return ExitStatus::unusable;
 }

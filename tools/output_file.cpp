@@ -79,6 +79,15 @@ std::string temporary_name() {
   return name.data();
 }
 
+/// Forces what was written to the disk; false, with the reason in `errno`, if that fails.
+bool force_to_disk(const Descriptor& file) {
+  int result;
+  do {
+    result = ::fsync(file.number());
+  } while (result != 0 && errno == EINTR);
+  return result == 0;
+}
+
 int open_new(const std::string& path, mode_t mode) {
   return ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
 }
@@ -126,7 +135,7 @@ void OutputFile::commit() {
         fail(path_, "cannot keep its permissions: " + reason(errno));
       }
     }
-    if (::fsync(file.number()) != 0) fail(path_, "cannot be completed: " + reason(errno));
+    if (!force_to_disk(file)) fail(path_, "cannot be completed: " + reason(errno));
   }
   if (std::rename(temporary_path().c_str(), target_.c_str()) != 0) {
     fail(path_, "cannot be replaced: " + reason(errno));
@@ -137,7 +146,7 @@ void OutputFile::commit() {
   const std::filesystem::path folder = std::filesystem::path(target_).parent_path();
   const Descriptor directory(
       ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (directory.open()) static_cast<void>(::fsync(directory.number()));
+  if (directory.open()) static_cast<void>(force_to_disk(directory));
 }
 
 void require_different_files(const std::string& input, const std::string& output) {

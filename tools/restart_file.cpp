@@ -66,7 +66,7 @@ void require_plan(const std::string& path, RestartForm form, const Sections& sec
     throw Failure(ExitStatus::mismatch, path + ": " + triplets_not_read);
   }
   const std::string help = advice(path, stated_as(form), grid);
-  throw Failure(ExitStatus::mismatch, help.empty() ? message : message + "; " + help);
+  throw Failure(ExitStatus::mismatch, message, help.empty() ? "" : "; " + help);
 }
 
 namespace {
@@ -143,7 +143,7 @@ void with_advice(const std::string& path, const RestartForm& form,
   } catch (const Unreadable& failure) {
     const std::string help = advice(path, stated_as(form), grid);
     if (help.empty()) throw;
-    throw Failure(failure.status(), failure.what() + ("; " + help));
+    throw Failure(failure.status(), failure.what(), "; " + help);
   }
 }
 

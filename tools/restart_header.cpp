@@ -57,7 +57,7 @@ RestartHeader header_with_advice(const std::string& path, const RestartForm& for
   } catch (const Unreadable& failure) {
     const std::string help = advice(path, stated_as(form), std::nullopt);
     if (help.empty()) throw;
-    throw Failure(failure.status(), failure.what() + ("; " + help));
+    throw Failure(failure.status(), failure.what(), "; " + help);
   }
 }
 

@@ -11,6 +11,12 @@
 
 namespace mod_p3dgrid {
 
+/// The text with its control characters escaped: `\n`, `\t`, `\r`, all others as their bytes in
+/// hexadecimal (`\x1b`). One line then, with nothing in it that a terminal obeys. So names of files
+/// are shown in `RunEnd::message` and `ReadFailure::describe`; the lines that go to
+/// `p3dsetmessages` hold them as they are.
+[[nodiscard]] std::string p3dprintable(std::string text);
+
 /// How a run ends when the library ends it.
 struct RunEnd {
   /// 0: the module has halted the run, having said why on standard output.
@@ -18,6 +24,7 @@ struct RunEnd {
   ///    cannot be meant.
   integer status = 0;
   /// For an error of the run one line: the operation, the file and the system's reason. Else empty.
+  /// Control characters are escaped.
   /// Without memory for such a line it is "out of memory", or the operation alone.
   std::string message;
 };
@@ -76,7 +83,7 @@ struct ReadFailure {
   std::string found;        ///< what the file holds there
   std::string expected;     ///< what was asked for
 
-  /// All of it as one line of text without a line end.
+  /// All of it as one line of text without a line end, control characters of the path escaped.
   [[nodiscard]] std::string describe() const;
 };
 

@@ -121,7 +121,8 @@ std::optional<Outline> Evidence::restart_outline(const RestartForm& form, EmptyB
     }
     return read_dimensions(*this, reader, form.coding, layout.dimensions, empty, outline);
   });
-  outline.older_levels = older_levels(header.itimeint);
+  // Text has no records of older levels.
+  outline.older_levels = is_text(form.coding) ? 0 : older_levels(header.itimeint);
   outline.sizes = std::move(reader.sizes);
   return taken ? std::optional(std::move(outline)) : std::nullopt;
 }

@@ -2,6 +2,7 @@
 /// on standard error and goes on, and ends the run when an allocation fails. The section table
 /// starts with one section of the five flow variables.
 
+#include <cctype>
 #include <cstdio>
 #include <cstdlib>
 #include <new>
@@ -52,7 +53,11 @@ void dispfilereaderror() {
   try {
     std::fprintf(stderr, "mod_gridvars: %s\n", failure.describe().c_str());
   } catch (const std::bad_alloc&) {
-    std::fprintf(stderr, "mod_gridvars: cannot read %s\n", failure.file.c_str());
+    std::fputs("mod_gridvars: cannot read ", stderr);
+    for (const char c : failure.file) {
+      std::fputc(std::iscntrl(static_cast<unsigned char>(c)) != 0 ? '?' : c, stderr);
+    }
+    std::fputc('\n', stderr);
   }
 }
 

@@ -63,8 +63,11 @@ InputFile& Connection::input_or_error() {
   throw ReadError{status_error, 0, "a file open for writing", "one open for reading"};
 }
 
-OutputFile& Connection::output_or_end_run() {
-  if (auto* const file = std::get_if<OutputFile>(&file_)) return *file;
+OutputFile& Connection::begin_write() {
+  if (auto* const file = std::get_if<OutputFile>(&file_)) {
+    file->begin();
+    return *file;
+  }
   fail_run("cannot write " + path_ + ": it is open for reading");
 }
 
@@ -82,7 +85,7 @@ void Connection::expect_end() {
 }
 
 void Connection::write(const WriteList& list) {
-  OutputFile& file = output_or_end_run();
+  OutputFile& file = begin_write();
   ++record_;
   switch (form_) {
     case Form::unformatted: {
@@ -104,13 +107,13 @@ void Connection::write(const WriteList& list) {
 }
 
 void Connection::write_line(std::string_view line) {
-  OutputFile& file = output_or_end_run();
+  OutputFile& file = begin_write();
   file.write(line.data(), std::ssize(line));
   file.write("\n", 1);
 }
 
 void Connection::write_points(const WriteList& list, std::int64_t points) {
-  recordio::write_points(output_or_end_run(), list, points);
+  recordio::write_points(begin_write(), list, points);
 }
 
 void Connection::close() {

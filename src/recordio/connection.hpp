@@ -18,7 +18,7 @@ namespace mod_p3dgrid::recordio {
 /// How `Unit::open` treats the file.
 enum class OpenStatus : std::uint8_t {
   old,      ///< must exist; it is read
-  unknown,  ///< replaced or created; it is written
+  unknown,  ///< created, or replaced once something is written
   fresh,    ///< must not exist; it is written
 };
 
@@ -74,7 +74,7 @@ class Connection {
 
  private:
   [[nodiscard]] InputFile& input_or_error();
-  [[nodiscard]] OutputFile& output_or_end_run();
+  [[nodiscard]] OutputFile& begin_write();
 
   std::string path_;
   Form form_;

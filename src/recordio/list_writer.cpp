@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cmath>
 #include <cstdint>
+#include <limits>
 
 #include "recordio/number_text.hpp"
 
@@ -113,11 +115,18 @@ void ListWriter::finish() {
 
 namespace {
 
+/// The value, with the usual NaN for any NaN: readers of such lines know no bits behind the word.
+template <class Number>
+Number without_nan_bits(Number value) {
+  return std::isnan(value) ? std::numeric_limits<Number>::quiet_NaN() : value;
+}
+
 /// Appends the values of one entry at one point.
 char* put_point(char* to, const Values<const void>& entry, std::int64_t point) {
   with_kind(entry, [&](const auto* memory, auto prepare) {
     const auto* const values = memory + point * entry.stride;
-    put_values(values, 1, entry.rows, prepare, [&](const auto& number) {
+    const auto prepare_plain = [&](auto value) { return prepare(without_nan_bits(value)); };
+    put_values(values, 1, entry.rows, prepare_plain, [&](const auto& number) {
       *to++ = ' ';
       to = write_number(to, number);
     });

@@ -25,7 +25,7 @@ class ListWriter {
 };
 
 /// Writes a line for each of `points` points, without regard to its width: a blank and the value
-/// for all rows of every entry at that point.
+/// for all rows of every entry at that point. Any NaN stands as `NaN`.
 void write_points(OutputFile& file, const WriteList& list, std::int64_t points);
 
 }  // namespace mod_p3dgrid::recordio

@@ -52,7 +52,7 @@ OutputFile::~OutputFile() {
 /// Cuts off what is left of the file that was there before, and gives back space that was asked for
 /// in vain.
 bool OutputFile::cut() {
-  if (!has_size_ || space_ <= written_) return true;
+  if (!begun_ || !has_size_ || space_ <= written_) return true;
   int result;
   do {
     result = ::ftruncate(descriptor_, written_);

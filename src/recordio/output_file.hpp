@@ -16,7 +16,8 @@ enum class Creation {
 /// run; after one the file accepts and reports nothing more.
 ///
 /// An existing file is overwritten in place, which saves the system from giving its pages back and
-/// fetching new ones, and is cut to its new length when it is closed, in whatever way.
+/// fetching new ones, and is cut to its new length when it is closed, in whatever way. One for
+/// which writing has not begun stays as it was.
 class OutputFile {
  public:
   OutputFile(std::string path, Creation creation);
@@ -24,6 +25,10 @@ class OutputFile {
   OutputFile& operator=(const OutputFile&) = delete;
   /// Drops what is not flushed: call `close` to keep it.
   ~OutputFile();
+
+  /// Gives up what the file held before. To be called before anything is written, and where a
+  /// record of no bytes is.
+  void begin() { begun_ = true; }
 
   void write(const void* source, std::int64_t bytes);
 
@@ -56,6 +61,7 @@ class OutputFile {
   std::string path_;
   std::unique_ptr<char[]> buffer_;
   int descriptor_;
+  bool begun_ = false;        ///< what the file held before is given up
   bool has_size_ = false;     ///< a regular file, which is written at places of our choice
   std::int64_t space_ = 0;    ///< bytes that the file had or that were asked for, from the start
   std::int64_t written_ = 0;  ///< bytes handed to the system, all from the start

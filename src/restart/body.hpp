@@ -76,7 +76,8 @@ inline constexpr integer leading_variables = 5;
 [[nodiscard]] integer older_levels();
 
 /// Highest variable number for which the records need a place; 0 for none. Variables numbered
-/// below 1, which no array has a place for, are an error of the run.
+/// below 1, which no array has a place for, are an error of the run. Older levels need no place:
+/// nothing of them is kept.
 [[nodiscard]] integer checked_highest_variable(const std::vector<BodyRecord>& records);
 
 /// Variables per point of all sections: the sum of `numrstrtvar`, or 0 if that is negative.
@@ -148,8 +149,7 @@ bool walk_body(const Layout& layout, const std::vector<BodyRecord>& records, int
          (!layout.extensions || walk_extensions(nblocks, visitor));
 }
 
-/// Reads a record of an older time level and drops it. Text has no such records: it is asked for
-/// one without being text, and that is a failed read.
+/// Reads a record of an older time level and drops it. Not for text, which has no such records.
 [[nodiscard]] bool skip_older_level(const recordio::Unit& unit, BodyPath path, integer points,
                                     const BodyRecord& record);
 

@@ -52,9 +52,7 @@ class WholeReader : public ReadingVisitor {
   }
 
   bool move(integer block, const BodyRecord& record) const {
-    if (record.kind == BodyRecordKind::older_level) {
-      return skip_older_level(unit_, arrays_.path, arrays_.points.npts(block), record);
-    }
+    if (record.kind == BodyRecordKind::older_level) return skip_older_level(block, record);
     if (!unit_.read(list_of<void>(arrays_, block, record))) return false;
     if (record.kind == BodyRecordKind::parameters) copy_parameters(block);
     return true;
@@ -67,6 +65,15 @@ class WholeReader : public ReadingVisitor {
   }
 
  private:
+  /// Text is asked for the record without being text, and that is a failed read.
+  bool skip_older_level(integer block, const BodyRecord& record) const {
+    if (arrays_.path == BodyPath::text) {
+      unit_.fail("a text file", "an unformatted record of an older time level");
+      return false;
+    }
+    return mod_p3dgrid::skip_older_level(unit_, arrays_.path, arrays_.points.npts(block), record);
+  }
+
   bool enlarge(const Extension& extension) {
     const std::int64_t points = arrays_.points.total;
     allocatable<Real, 2>& larger = enlarged(flow_);

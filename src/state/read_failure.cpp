@@ -27,7 +27,7 @@ std::string ReadFailure::describe() const {
   } else {
     text += "record " + std::to_string(record) + ", byte " + std::to_string(offset);
   }
-  return text + ": found " + found + ", expected " + expected;
+  return p3dprintable(text + ": found " + found + ", expected " + expected);
 }
 
 }  // namespace mod_p3dgrid

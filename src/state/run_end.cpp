@@ -45,6 +45,11 @@ void stop_run() {
 }
 
 void fail_run(std::string message) {
+  try {
+    message = p3dprintable(std::move(message));
+  } catch (const std::bad_alloc&) {
+    message = out_of_memory_message;
+  }
   end_run({status_error, std::move(message)});
 }
 

@@ -17,7 +17,8 @@ void set_run_end_handler(RunEndHandler handler) noexcept;
 /// Halts the run with an empty stop code: the module has found an inconsistency and said so.
 [[noreturn]] void stop_run();
 
-/// Ends the run because of an error; `message` says operation, file and reason on one line.
+/// Ends the run because of an error; `message` says operation, file and reason. Control characters
+/// in it are escaped, so that it is one line whatever the name of the file.
 [[noreturn]] void fail_run(std::string message);
 
 /// `operation` on `path` failed with the system's error number `error`. Without memory for all of

@@ -155,7 +155,9 @@ bool prepare(const VariableRead& read, const std::vector<BodyRecord>& records,
 template <class Real>
 bool read_variable(const VariableRead& read, allocatable<Real, 2>& staging,
                    allocatable<Real*, 1>& targets) {
-  const auto records = block_records_with_leading(read.layout, older_levels());
+  // Text has no records of older levels.
+  const auto records =
+      block_records_with_leading(read.layout, read.path == BodyPath::text ? 0 : older_levels());
   const integer highest = checked_highest_variable(records);
   if (read.points.total > 0) check_variables(read.filename, highest, variables_per_point());
   allocatable<integer, 1>& steps = one_variable_staging().READII;

@@ -21,6 +21,20 @@ using recordio::Unit;
 
 constexpr integer unformatted = 0;
 
+/// Creates the file under a name that was free a moment before. If that fails, `tmpfile` does not
+/// keep the name: what has it is somebody else's, and `combinep3dvarfiles` would delete it.
+void create(const Unit& unit, integer ivar, const FileName& name) {
+  tmpfile(ivar) = name;
+  try {
+    write_line("");
+    message("Writing Interpolated Variable ", ivar, " to Temporary File ", left_adjusted(name));
+    unit.open(name, OpenStatus::fresh);
+  } catch (...) {
+    tmpfile(ivar) = {};
+    throw;
+  }
+}
+
 /// Writes a record per block from row 1 of an array.
 void write_blocks(const Unit& unit, integer ivar, const PointNumbering& points, integer nblocks,
                   array_view<const float, 2> values, array_view<double, 2> staging = {}) {
@@ -57,13 +71,10 @@ void writenextp3dvar(integer ivar, const FileName& prefix, logical dblprec, inte
   const std::int64_t allpoints = sum(blockpoints);
   check_points(name, "varvalues", varvalues.extent(1) > 0 ? varvalues.extent(2) : 0, points);
   if (dblprec) check_points(name, "blockpoints", allpoints, points);
-  tmpfile(ivar) = {};  // names no file until this one is there
+  tmpfile(ivar) = {};
   name = first_free_name(name);
-  write_line("");
-  message("Writing Interpolated Variable ", ivar, " to Temporary File ", left_adjusted(name));
   const Unit unit(unit_number::restart_write, unformatted);
-  unit.open(name, OpenStatus::fresh);
-  tmpfile(ivar) = name;
+  create(unit, ivar, name);
   if (dblprec) {
     try {
       write_widened(unit, ivar, name, points, nblocks, allpoints, varvalues);

@@ -38,7 +38,7 @@ class Hosting(unittest.TestCase):
         text = PAGE.read_text()
         for header in ("mod_gridvars.hpp", "mod_p3dgrid/run.hpp"):
             declared = (SOURCE / "include" / header).read_text()
-            names = re.findall(r"^(?:void|extern .+?|.*ReadFailure&) (\w+)[(;]", declared,
+            names = re.findall(r"^(?:void|extern .+?|.*ReadFailure&|.*string) (\w+)[(;]", declared,
                                re.MULTILINE)
             self.assertGreater(len(names), 6)
             for name in names:

@@ -1,7 +1,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <bit>
+#include <cstdint>
 #include <cstdlib>
+#include <limits>
 
 #include "support/recording_host.hpp"
 #include "support/scratch_folder.hpp"
@@ -127,6 +130,26 @@ TEST_F(WriteTecplot, ArraysOfOtherWidthsAreWrittenAsTheyAre) {
   EXPECT_EQ(text.size(), text.find("\n ", 60) + 1 + 2 * (5000 * 18 + 1));
 }
 
+TEST_F(WriteTecplot, EveryNanIsTheSamePlainWord) {
+  const auto of_bits = [](std::uint64_t bits) { return std::bit_cast<double>(bits); };
+  const double usual = std::numeric_limits<double>::quiet_NaN();
+  xyz = {usual, -usual, of_bits(0x7ff8'0000'0000'1234), 1, 2, 3};
+  // What 0/0 gives, a signalling one, those of single precision widened, and infinities beside
+  // them.
+  qvar = {of_bits(0xfff8'0000'0000'0000),
+          of_bits(0x7ff0'0000'0000'0001),
+          of_bits(0xffff'ffff'ffff'ffff),
+          of_bits(0x7ff8'0000'2000'0000),
+          std::numeric_limits<double>::infinity(),
+          -std::numeric_limits<double>::infinity(),
+          0,
+          0,
+          0,
+          0};
+  EXPECT_THAT(written(true), HasSubstr("\n NaN NaN NaN NaN NaN NaN NaN inf 1\n"
+                                       " 1 2 3 -inf 0 0 0 0 -2\n"));
+}
+
 TEST_F(WriteTecplot, ASecondCallClosesTheFileOfTheFirstAndBeginsAnew) {
   write(false, 2, "first");
   write(false, 0, "second");
@@ -139,6 +162,11 @@ TEST_F(WriteTecplot, ASecondCallClosesTheFileOfTheFirstAndBeginsAnew) {
 TEST_F(WriteTecplot, NamesAreShownWithoutTheBlanksAroundThem) {
   write(false, 0, "  tec");
   EXPECT_THAT(messages, ElementsAre(" Writing to Tecplot file tec..."));
+}
+
+TEST_F(WriteTecplot, TheMessageShowsTheNameAsItIs) {
+  write(false, 0, "t\x1b[2J\nec");
+  EXPECT_THAT(messages, ElementsAre(" Writing to Tecplot file t\x1b[2J\nec..."));
 }
 
 using WriteTecplotDeathTest = WriteTecplot;

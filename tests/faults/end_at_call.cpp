@@ -1,11 +1,13 @@
 /// Preloaded into a process, ends it with a signal in the middle of its n-th system call that
-/// changes files: END_AT is n, END_WITH the number of the signal.
+/// changes files: END_AT is n, END_WITH the number of the signal. The first INTERRUPTED_FSYNCS
+/// calls that force a file to the disk are interrupted.
 
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <sys/types.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdarg>
 #include <cstdlib>
@@ -76,6 +78,11 @@ int unlink(const char* path) {
 }
 
 int fsync(int file) {
+  static int interruptions = number_in("INTERRUPTED_FSYNCS");
+  if (interruptions-- > 0) {
+    errno = EINTR;
+    return -1;
+  }
   if (is_the_one()) end_process();
   return next<int(int)>("fsync")(file);
 }

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <map>
 #include <new>
+#include <set>
 #include <string>
 
 #include "faults/attempt.hpp"
@@ -168,6 +169,30 @@ TEST_F(FailuresWithoutMemory, NamesThatAreTooLongAreStillRefused) {
     EXPECT_EQ(outcome.end, End::failed);
     EXPECT_EQ(outcome.message, "out of memory");
   }
+}
+
+TEST_F(FailuresWithoutMemory, ControlCharactersInNamesAreNeverShownAsTheyAre) {
+  const mod_p3dgrid::FileName name(std::string(30, '\n'));
+  mod_p3dgrid::integer nblocks = 0;
+  mod_p3dgrid::integer ndim = 0;
+  const Started started{[&] { mod_p3dgrid::readp3dgridheader(name, 0, nblocks, ndim, true); }, {}};
+  std::set<std::string> messages;
+  for (const auto which : {FailingAllocations::one, FailingAllocations::all_from_there}) {
+    for (std::int64_t nth = 1, reached = nth; reached >= nth; ++nth) {
+      const Outcome outcome = [&] {
+        const Watch watch(which, nth);
+        Outcome ended = finish(started);
+        reached = Watch::allocations();
+        return ended;
+      }();
+      EXPECT_EQ(outcome.end, End::failed);
+      EXPECT_EQ(outcome.message.find('\n'), std::string::npos);
+      messages.insert(outcome.message);
+    }
+  }
+  EXPECT_TRUE(messages.contains("out of memory"));
+  EXPECT_TRUE(messages.contains("cannot open"));
+  EXPECT_GE(messages.size(), 3u);
 }
 
 /// What the host throws is the host's: it is not taken for memory that the library lacks.

@@ -57,18 +57,22 @@ class Interrupted(ToolTest):
         self.assertEqual({name: self.path(name).read_bytes() for name in self.leftovers()},
                          leftovers)
 
-    def end_at(self, number, with_signal, command):
-        """Runs a command that ends at that system call; its status, 0 if it has no such call."""
-        environment = {**os.environ, "LD_PRELOAD": END_AT_CALL, "END_AT": str(number),
-                       "END_WITH": str(int(with_signal))}
-        # The sanitizers want to be the first that is loaded.
-        environment["ASAN_OPTIONS"] = "verify_asan_link_order=0:detect_leaks=0"
-        self.runs += 1
-        return self.run_tool("--quiet", *command, env=environment).returncode
-
-    def end_at_every_call(self, with_signal, check, names=tuple(COMMANDS)):
+    def run_preloaded(self, command, **plan):
+        """Runs a command whose system calls the preloaded library changes as planned."""
         if not END_AT_CALL:
             self.skipTest("needs the library that ends a process at a system call")
+        environment = {**os.environ, "LD_PRELOAD": END_AT_CALL, **plan}
+        # The sanitizers want to be the first that is loaded.
+        environment["ASAN_OPTIONS"] = "verify_asan_link_order=0:detect_leaks=0"
+        return self.run_tool("--quiet", *command, env=environment)
+
+    def end_at(self, number, with_signal, command):
+        """Runs a command that ends at that system call; its status, 0 if it has no such call."""
+        self.runs += 1
+        return self.run_preloaded(command, END_AT=str(number),
+                                  END_WITH=str(int(with_signal))).returncode
+
+    def end_at_every_call(self, with_signal, check, names=tuple(COMMANDS)):
         for name in names:
             command = COMMANDS[name]
             whole = self.whole(command)
@@ -100,6 +104,15 @@ class Interrupted(ToolTest):
         self.end_at_every_call(signal.SIGTERM, check)
         self.end_at_every_call(signal.SIGINT, check, ["restart --stream"])
         self.end_at_every_call(signal.SIGHUP, check, ["convert"])
+
+    def test_forcing_to_the_disk_is_tried_again_when_it_is_interrupted(self):
+        for name, command in COMMANDS.items():
+            whole = self.whole(command)
+            self.clean(b"before")
+            result = self.run_preloaded(command, INTERRUPTED_FSYNCS="3")
+            with self.subTest(command=name):
+                self.assertEqual((result.returncode, result.stderr_text), (0, ""))
+                self.assertEqual(self.path("out").read_bytes(), whole)
 
     def test_killed_at_any_time(self):
         points = 100_000

@@ -173,7 +173,9 @@ bool ModuleModel::read_blocks(const Operation& of, Cursor& file, bool leading, b
       if (!file.take()) return false;
     }
     const integer scheme = integers_["itimeint"];
-    const int older_levels = leading ? 0 : scheme == 3 ? 2 : scheme == 2 ? 1 : 0;
+    // Text has none; a whole read asks for them all the same.
+    const bool none = leading || (of.text() && !whole);
+    const int older_levels = none ? 0 : scheme == 3 ? 2 : scheme == 2 ? 1 : 0;
     for (int level = 0; level < older_levels; ++level) {
       if (of.text() || !file.take()) return false;
     }

@@ -71,7 +71,7 @@ void add_block(std::vector<Record>& records, const Operation& of, int block, boo
   }
   add_values(records.emplace_back(), leading ? 8 : 5, block);
   if (of.sections == 2) add_values(records.emplace_back(), 2, block);
-  if (of.layout != 0) return;
+  if (of.layout != 0 || of.text()) return;
   const int older_levels = of.time_integration == 3 ? 2 : of.time_integration == 2 ? 1 : 0;
   for (int level = 0; level < older_levels; ++level) add_values(records.emplace_back(), 5, block);
 }

@@ -59,6 +59,16 @@ TEST_F(UnformattedRecords, LongerListsAreAnError) {
             "in it");
 }
 
+TEST_F(UnformattedRecords, FailuresShowControlCharactersOfTheirFileEscaped) {
+  write_file("a\n\x1b[2Jb", Bytes().i4(4));
+  unit.open("a\n\x1b[2Jb", OpenStatus::old);
+  integer number = 0;
+  EXPECT_FALSE(unit.read({scalar(number)}));
+  EXPECT_EQ(p3dlastfailure().file, "a\n\x1b[2Jb");
+  EXPECT_EQ(p3dlastfailure().describe(),
+            R"(a\n\x1b[2Jb: record 1, byte 4: found the end of the file, expected 4 more bytes)");
+}
+
 TEST_F(UnformattedRecords, MarkersMustAgree) {
   given(Bytes().i4(4).i4(1).i4(5));
   integer number = 0;
@@ -274,6 +284,32 @@ TEST_F(Units, OneFileUnderTwoNamesIsTheSame) {
   EXPECT_TRUE(same_file("a", "c"));
   EXPECT_FALSE(same_file("a", "b"));
   EXPECT_FALSE(same_file("a", "missing"));
+}
+
+TEST_F(Units, AFileToWhichNothingIsWrittenStaysAsItWas) {
+  for (const int iformat : {0, 1, 2}) {
+    write_file("file", std::string("as it was"));
+    const Unit unit(13, iformat);
+    unit.open("file", OpenStatus::unknown);
+    unit.close();
+    EXPECT_EQ(read_file("file"), "as it was");
+    unit.open("file", OpenStatus::unknown);
+    unit.open("other", OpenStatus::unknown);
+    EXPECT_EQ(read_file("file"), "as it was");
+    unit.close();
+    EXPECT_EQ(read_file("other"), "");
+  }
+}
+
+TEST_F(Units, ARecordWithoutValuesIsWrittenLikeAnyOther) {
+  for (const auto& [iformat, record] : {std::pair{0, std::string(8, '\0')}, {1, " \n"}, {2, ""}}) {
+    write_file("file", std::string("as it was"));
+    const Unit unit(13, iformat);
+    unit.open("file", OpenStatus::unknown);
+    unit.write({});
+    unit.close();
+    EXPECT_EQ(read_file("file"), record);
+  }
 }
 
 TEST_F(Units, OfAnUnknownFormDoNothing) {

@@ -386,12 +386,52 @@ TEST_F(WriteRestartHeader, OfLayout0HaltsTheRun) {
   EXPECT_EQ(read_file("restart"), "");
 }
 
+TEST_F(WriteRestartHeader, OfLayout0KeepsTheFileThatWasThere) {
+  for (const int iformat : {0, 1, 2}) {
+    write_file("restart", std::string("as it was"));
+    run_end_of([&] { static_cast<void>(written(iformat, true, 0)); });
+    EXPECT_TRUE(is_open("restart"));
+    EXPECT_EQ(read_file("restart"), "as it was");
+    p3dcloseunit(301);
+    EXPECT_EQ(read_file("restart"), "as it was");
+  }
+}
+
+TEST_F(WriteRestartHeader, WithoutARecordKeepsTheFileThatWasThere) {
+  for (const int iformat : {0, 1, 2}) {
+    write_file("restart", std::string("as it was"));
+    EXPECT_EQ(written(iformat, false, 102), "as it was");
+  }
+}
+
+TEST_F(WriteRestartHeader, ThatEndsBeforeItsFirstRecordKeepsTheFileThatWasThere) {
+  write_file("restart", std::string("as it was"));
+  on_allocation = [](int) { throw std::runtime_error("host"); };
+  EXPECT_THROW(static_cast<void>(written(0, false, 3, false)), std::runtime_error);
+  p3dcloseunit(301);
+  EXPECT_EQ(read_file("restart"), "as it was");
+}
+
+using WriteRestartHeaderDeathTest = WriteRestartHeader;
+
+TEST_F(WriteRestartHeaderDeathTest, AHaltByDefaultKeepsTheFileThatWasThere) {
+  write_file("restart", std::string("as it was"));
+  EXPECT_EXIT(
+      {
+        p3dsetrunend({});
+        static_cast<void>(written(0, true, 0));
+      },
+      ::testing::ExitedWithCode(0), "^$");
+  EXPECT_EQ(read_file("restart"), "as it was");
+}
+
 TEST_F(WriteRestartHeader, NeedsTheExtentsThatItWritesOnly) {
   idim = jdim = kdim = {4};
   EXPECT_EQ(written(2, false, 101), Bytes().i4s({4, 4, 4, 77}).r4(.1F).str());
   idim = jdim = kdim = {};
-  EXPECT_EQ(written(2, false, 100), Bytes().i4(77).r4(.1F).i4(2).str());
-  EXPECT_EQ(written(2, false, 102), "");
+  const std::string steps = Bytes().i4(77).r4(.1F).i4(2).str();
+  EXPECT_EQ(written(2, false, 100), steps);
+  EXPECT_EQ(written(2, false, 102), steps);  // writes nothing
   EXPECT_THROW(static_cast<void>(written(2, false, 101)), RunEnded);
 }
 

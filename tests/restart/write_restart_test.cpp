@@ -263,6 +263,14 @@ TEST_F(WriteRestart, WithoutSectionsWritesOnlyMessages) {
   EXPECT_EQ(messages.size(), 2u);
 }
 
+TEST_F(WriteRestart, WithoutARecordKeepsTheFileThatWasThere) {
+  set_sections({});
+  for (const int iformat : {0, 1, 2}) {
+    write_file("restart", std::string("as it was"));
+    EXPECT_EQ(written(filled(1, 5), {.layout = 102, .iformat = iformat, .blocks = 1}), "as it was");
+  }
+}
+
 TEST_F(WriteRestart, ASectionOfNoVariablesIsAnEmptyRecord) {
   set_sections({{1, 2}, {5, 4}, {3, 3}});
   for (const int iformat : {0, 2}) {

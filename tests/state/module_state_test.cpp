@@ -91,6 +91,21 @@ TEST_F(RunEnds, HandlerSeesAHaltAndAnError) {
   }
 }
 
+TEST_F(RunEnds, ControlCharactersInNamesAreShownEscaped) {
+  try {
+    fail_run("cannot open", "a\n\x1b[2Jb", ENOENT);
+    FAIL();
+  } catch (const RunEnded& end) {
+    EXPECT_STREQ(end.what(), R"(cannot open a\n\x1b[2Jb: No such file or directory)");
+  }
+  try {
+    fail_run(std::string("grid a\tb: 5 points"));
+    FAIL();
+  } catch (const RunEnded& end) {
+    EXPECT_STREQ(end.what(), R"(grid a\tb: 5 points)");
+  }
+}
+
 /// Opens a file for text, writes a number into it and leaves it open.
 void leave_a_file_open(const char* name) {
   const integer number = 42;
@@ -122,6 +137,15 @@ TEST_F(RunEndsDeathTest, AnErrorByDefaultIsOneLineOnStandardErrorAndStatusTwo) {
       ::testing::ExitedWithCode(2),
       "^mod_p3dgrid: cannot open x.p3d: No such file or directory\n$");
   EXPECT_EQ(test_support::read_file("left.txt"), " 42\n");
+}
+
+TEST_F(RunEndsDeathTest, AnErrorByDefaultIsOneLineWhateverTheNameHolds) {
+  EXPECT_EXIT(
+      {
+        p3dsetrunend({});
+        recordio::Unit(unit_number::grid, 1).open("no\nfile", recordio::OpenStatus::old);
+      },
+      ::testing::ExitedWithCode(2), R"(^mod_p3dgrid: cannot open no\\nfile: No such file)");
 }
 
 TEST_F(RunEndsDeathTest, AHandlerThatReturnsIsFollowedByTheDefault) {

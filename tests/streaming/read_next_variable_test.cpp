@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <limits>
 
 #include "grid/grid_case.hpp"
 #include "recordio/unit.hpp"
@@ -269,6 +270,55 @@ TEST_F(ReadNextVariable, OlderTimeLevelsAreSkipped) {
     read_file_of(made, 1);
     EXPECT_EQ(count_calls("dispfilereaderror"), 0);
     EXPECT_EQ(values[6], static_cast<float>(HandMadeRestart::flow(1, 6)));
+  }
+}
+
+TEST_F(ReadNextVariable, OlderTimeLevelsNeedNoVariables) {
+  for (const int iformat : {0, 2}) {
+    HandMadeRestart made({.layout = 0, .iformat = iformat});
+    made.time_integration = 2;  // of each block the one record is that of the older level
+    set_sections({{1, 5}});
+    mod_gridvars::nfilesect = 0;
+    mod_gridvars::numrstrtvar(1) = 1;
+    calls.clear();
+    read_file_of(made, 1);
+    EXPECT_EQ(count_calls("dispfilereaderror"), 0);
+    EXPECT_THAT(values, Each(0.F));
+  }
+}
+
+TEST_F(ReadNextVariable, OlderTimeLevelsOfAbsurdSectionsAreAFailedRead) {
+  for (const int iformat : {0, 2}) {
+    HandMadeRestart made({.layout = 0, .iformat = iformat});
+    made.time_integration = 2;
+    set_sections({{1, 5}});
+    mod_gridvars::nfilesect = 0;
+    mod_gridvars::rstrtvarsct(1, 1) = std::numeric_limits<integer>::min();
+    mod_gridvars::rstrtvarsct(1, 2) = std::numeric_limits<integer>::max();
+    calls.clear();
+    read_file_of(made, 1);
+    EXPECT_EQ(count_calls("dispfilereaderror"), 1);
+    EXPECT_THAT(p3dlastfailure().expected, HasSubstr(" more bytes"));
+    one_variable_staging() = {};
+  }
+}
+
+TEST_F(ReadNextVariable, TextHasNoOlderTimeLevels) {
+  set_sections({{1, 2}, {3, 3}});
+  for (const int itime : {2, 3}) {
+    HandMadeRestart made({.layout = 0, .iformat = 1, .sections = {{1, 2}, {3, 3}}});
+    made.time_integration = itime;
+    for (integer v = 1; v <= 3; ++v) {
+      calls.clear();
+      read_file_of(made, v);
+      EXPECT_EQ(count_calls("dispfilereaderror"), 0);
+      EXPECT_FALSE(is_open("restart"));
+      for (int p = 0; p < 7; ++p) {
+        EXPECT_EQ(values[static_cast<std::size_t>(p)],
+                  static_cast<float>(HandMadeRestart::flow(v, p)));
+      }
+      EXPECT_EQ(itimeint, itime);
+    }
   }
 }
 

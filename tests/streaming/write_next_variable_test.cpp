@@ -166,6 +166,39 @@ TEST_F(WriteNextVariable, NoNameIsKeptOfAFileThatWasNotWritten) {
   EXPECT_EQ(tmpfile(1).view(), "");
 }
 
+TEST_F(WriteNextVariable, TheNameIsThereWhenItsMessageIs) {
+  write_file("abc000007.tmp", std::string("user's"));
+  tmpfile(7) = "earlier";
+  std::vector<std::string> names;
+  p3dsetmessages([&](std::string_view) { names.emplace_back(tmpfile(7).view()); });
+  write(7, "abc", false);
+  EXPECT_THAT(names, ::testing::SizeIs(4));
+  EXPECT_THAT(names, ::testing::Each("abc000007.tmpt"));
+}
+
+TEST_F(WriteNextVariable, AFileThatSomebodyElseCreatesMeanwhileIsNotNamed) {
+  p3dsetmessages([&](std::string_view line) {
+    if (!line.empty()) write_file("abc000007.tmp", std::string("user's"));
+  });
+  EXPECT_THROW(write(7, "abc", false), RunEnded);
+  EXPECT_EQ(tmpfile(7).view(), "");
+  EXPECT_EQ(read_file("abc000007.tmp"), "user's");
+}
+
+TEST_F(WriteNextVariable, NoNameIsKeptIfTheHostThrowsBeforeTheFileIsThere) {
+  p3dsetmessages([](std::string_view) { throw std::runtime_error("host"); });
+  EXPECT_THROW(write(7, "abc", false), std::runtime_error);
+  EXPECT_EQ(tmpfile(7).view(), "");
+}
+
+TEST_F(WriteNextVariable, TheNameIsKeptOfAFileThatWasBegun) {
+  p3dsetmessages([](std::string_view line) {
+    if (line == " Writing flow variable 7 for grid 1") throw std::runtime_error("host");
+  });
+  EXPECT_THROW(write(7, "abc", false), std::runtime_error);
+  EXPECT_EQ(tmpfile(7).view(), "abc000007.tmp");
+}
+
 TEST_F(WriteNextVariable, AFullDiskIsAnErrorOfTheRun) {
   p3dsetpaths([](std::string_view) { return std::string("missing-folder/x"); });
   EXPECT_THROW(write(1, "abc", false), RunEnded);

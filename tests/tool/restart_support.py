@@ -149,8 +149,10 @@ def restart_bytes(form, solution, leading=None, rounded=False):
         for items in body)
 
 
-def talven_records(solution, version=3, equations=1, integration=0, parameters=range(1, 10)):
-    """A file of layout 0; `parameters` are those of equation set 1."""
+def talven_records(solution, version=3, equations=1, integration=0, parameters=range(1, 10),
+                   older=None):
+    """A file of layout 0; `parameters` are those of equation set 1, `older` is how many records of
+    older levels a block has."""
     count, size = solution.step
     yield [("i", [version, equations])]
     yield [("i", [len(solution.extents), len(solution.flow[0]), integration, 6, count]),
@@ -159,7 +161,8 @@ def talven_records(solution, version=3, equations=1, integration=0, parameters=r
         switch, *values = parameters
         yield [("i", [switch]), ("d", [float(value) for value in values])]
     yield from ([("i", list(block))] for block in solution.extents)
-    older = {2: 1, 3: 2}.get(integration, 0)
+    if older is None:
+        older = {2: 1, 3: 2}.get(integration, 0)
     for b in range(len(solution.extents)):
         for first, last in solution.sections:
             yield [("r", solution.variables(b, first, last))]

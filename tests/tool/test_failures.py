@@ -1,5 +1,6 @@
 """What goes wrong, and what the command says of it: exit status 1 and 2."""
 
+import json
 import os
 import resource
 import struct
@@ -55,6 +56,68 @@ class FilesThatCannotBeUsed(ToolTest):
         self.fail_with(2, "info", "large", "--grid-format", "binary", "--grid-multiblock", "no",
                        "--grid-precision", "double", says=("large", "not enough memory"),
                        preexec_fn=limited)
+
+
+class NamesWithControlCharacters(ToolTest):
+    """They are shown escaped, so that no name can draw on a terminal or pass for a line."""
+    NAME = "a\n  b\x1b[2J\t\x9b"
+    SHOWN = r"a\n  b\x1b[2J\t\xc2\x9b"
+
+    def lines(self, status, *arguments):
+        """What the command prints, on both streams, name for name."""
+        result = self.run_tool(*arguments)
+        text = result.stdout_text + result.stderr_text
+        self.assertEqual(result.returncode, status, text)
+        self.assertNotRegex(text, r"[\x00-\x09\x0b-\x1f\x7f-\x9f]")
+        return text.splitlines()
+
+    def test_failures(self):
+        for content, status, says in ((None, 2, "No such file or directory"), (b"", 1, "is empty"),
+                                      (grid_bytes(Form(), TWO_BLOCKS)[:-5], 1, "is cut short"),
+                                      (b"no grid", 1, "is no header")):
+            if content is not None:
+                self.write(self.NAME, content)
+            line, = self.lines(status, "info", self.NAME)
+            self.assertTrue(line.startswith(f"p3dgrid: {self.SHOWN}: "), line)
+            self.assertIn(says, line)
+        # As the library tells it.
+        self.write(self.NAME, grid_bytes(Form("formatted"), ONE_BLOCK).replace(b"3.0", b"x"))
+        self.assertIn(f"p3dgrid: {self.SHOWN}: line 3: found \"x\", expected a real number",
+                      self.lines(1, "info", self.NAME, *Form("formatted").options("grid"))[-1])
+        self.write_grid("in")
+        line, = self.lines(2, "convert", "in", f"nowhere/{self.NAME}")
+        self.assertIn(f"nowhere/{self.SHOWN}: ", line)
+
+    def test_failures_of_several_lines(self):
+        self.write(self.NAME, struct.pack("=4i5f", 1, 1, 1, 5, *range(5)))
+        for arguments, status, readings in (((), 2, 3), (("--layout", "1"), 1, 2)):
+            first, *choices = self.lines(status, "info", self.NAME, *arguments)
+            self.assertTrue(first.startswith(f"p3dgrid: {self.SHOWN}: "), first)
+            self.assertEqual(len(choices), readings)
+            for choice in choices:
+                self.assertRegex(choice, r"\A  (grid|layout [23]), binary, ")
+
+    def test_wrong_usage(self):
+        line, = self.lines(2, "info", "grid", self.NAME)
+        self.assertIn(self.SHOWN, line)
+
+    def test_results_and_notes(self):
+        self.write_grid(self.NAME, Form(double=True))
+        self.assertIn(f"file    {self.SHOWN}", self.lines(0, "info", self.NAME))
+        self.assertEqual(self.lines(0, "check", self.NAME)[-1].split(": ")[0], self.SHOWN)
+        printed = self.lines(0, "convert", self.NAME, self.NAME + "2", "--to-format", "formatted")
+        self.assertIn(f"{self.SHOWN}2: 2 blocks", "\n".join(printed))
+        note, = (line for line in self.lines(0, "convert", self.NAME, self.NAME + "2")
+                 if line.startswith("p3dgrid: note: "))
+        self.assertIn(f"{self.SHOWN}2 holds", note)
+        self.assertIn(f"{self.SHOWN}-case/grid.p3d: 3 blocks",
+                      "\n".join(self.lines(0, "sample", f"{self.NAME}-case")))
+
+    def test_json_has_its_own_way(self):
+        self.write_grid(self.NAME)
+        report = self.succeed("info", self.NAME, "--json")
+        self.assertEqual(json.loads(report)["file"], self.NAME)
+        self.assertGreater(report.count("\n"), 10)
 
 
 class DamagedFiles(ToolTest):

@@ -45,15 +45,15 @@ class ProgressTest(ToolTest):
             time.sleep(0.002)
         self.assertIsNone(process.poll(), "the command ends before it is long work")
 
-    def run_slowly(self, stderr, *more, enough=lambda: False, seconds=LONG):
+    def run_slowly(self, stderr, *more, name="grid", enough=lambda: False, seconds=LONG):
         """The command, held up for as long as it takes to be taken for long work."""
-        process = self.start("info", "grid", "--grid-format", "formatted", "--grid-multiblock",
+        process = self.start("info", name, "--grid-format", "formatted", "--grid-multiblock",
                              "yes", *more, stderr=stderr, stdout=subprocess.DEVNULL)
         self.wait_until_read(process, 1_000_000)
         self.hold_up(process, enough, seconds)
         return process
 
-    def on_terminal(self, *more, until=None):
+    def on_terminal(self, *more, name="grid", until=None):
         """What a terminal gets to see on standard error, with the command held up no longer than
         until there is what was waited for."""
         terminal, stderr = pty.openpty()
@@ -65,7 +65,7 @@ class ProgressTest(ToolTest):
                 seen += os.read(terminal, 65536)
             return until is not None and until in seen
 
-        process = self.run_slowly(stderr, *more, enough=look, seconds=10 * LONG if until else LONG)
+        process = self.run_slowly(stderr, *more, name=name, enough=look, seconds=10 * LONG if until else LONG)
         os.close(stderr)
         while True:
             ready = select.select([terminal], [], [], 60)[0]
@@ -84,6 +84,12 @@ class ProgressTest(ToolTest):
         self.assertRegex(seen, r"\d [kM]B/s, [0-9:]+ (s|min) left")
         self.assertNotIn("\n", seen)
         self.assertTrue(seen.endswith("\r\x1b[K"), seen[-80:])
+
+    def test_control_characters_of_a_name_are_escaped(self):
+        self.path("grid").rename(self.path("grid\n\x1b[2J"))
+        seen = self.on_terminal(name="grid\n\x1b[2J", until=b" MB (")
+        self.assertIn(r"reading grid\n\x1b[2J: ", seen)
+        self.assertNotIn("\x1b[2J", seen)
 
     def test_nothing_where_it_is_not_wanted(self):
         self.assertEqual(self.on_terminal("--no-progress"), "")

@@ -308,10 +308,10 @@ class HeaderValues(RestartTest):
 class Talven(RestartTest):
     FORM = RestartForm(0, double=True)
 
-    def convert_talven(self, form, target, **header):
+    def convert_talven(self, form, target, *options, **header):
         solution = sample_solution(TWO)
         self.write("in", pack(talven_records(solution, **header), form))
-        return solution, *self.convert("two", form, target)
+        return solution, *self.convert("two", form, target, *options)
 
     def test_step_is_kept(self):
         for encoding in ("unformatted", "binary", "formatted"):
@@ -343,11 +343,23 @@ class Talven(RestartTest):
                     RestartForm(0, encoding, True), target, integration=integration)
                 self.assert_holds(content, target, solution)
 
-    def test_older_time_levels_of_text_cannot_be_read(self):
+    def test_text_with_a_time_integration_of_older_levels_is_streamed_only(self):
+        form, target = RestartForm(0, "formatted"), RestartForm(1, double=True)
+        solution = sample_solution(TWO)
+        for integration in (2, 3):
+            self.write("in", pack(talven_records(solution, integration=integration, older=0), form))
+            self.fail_with(1, "restart", "two", "in", "out", *form.options(), "--to-layout", "1",
+                           says=("in: ", "older time level"))
+            _, content, _ = self.convert_talven(form, target, "--stream", integration=integration,
+                                                older=0)
+            self.assert_holds(content, target, solution)
+
+    def test_older_time_levels_of_text_are_not_taken_for_values(self):
         form = RestartForm(0, "formatted")
         self.write("in", pack(talven_records(sample_solution(TWO), integration=2), form))
-        self.fail_with(1, "restart", "two", "in", "out", *form.options(), "--to-layout", "1",
-                       says=("in: ", "older time level"))
+        for stream in ((), ("--stream",)):
+            self.fail_with(1, "restart", "two", "in", "out", *form.options(), "--sections", "1-5",
+                           "--to-layout", "1", *stream, says="in: ")
 
     def test_single_precision_with_flow_parameters(self):
         for form in (RestartForm(0), RestartForm(0, "binary")):
