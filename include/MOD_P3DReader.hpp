@@ -37,8 +37,8 @@
 /// - An existing file is overwritten from its start and shortened when it is closed. One to which
 ///   no record is written keeps every byte. After an error of the run it holds the beginning of the
 ///   new data and nothing of the old. A process that is killed leaves new data at the front and old
-///   data behind: a host that cannot afford that writes under another name and renames the file once
-///   it is closed, as the command `p3dgrid` does.
+///   data behind: a host that cannot afford that writes under another name and renames the file
+///   once it is closed, as the command `p3dgrid` does.
 
 #include "mod_gridvars.hpp"
 #include "mod_p3dgrid/arrays.hpp"
@@ -102,6 +102,10 @@ extern fixed_array<FileName, 15> tmpfile;
 void p3dsetdebug(logical flag);
 
 /// Reads a whole grid.
+///
+/// A trap: a record of an unformatted file may hold more than is asked of it, and what is left is
+/// skipped. So a grid in double precision that is read with `dblprec` false is accepted without a
+/// word, and gives coordinates of 1e19. `p3dsetwholerecords` makes that a failed read.
 ///
 /// All output arrays must be unallocated; they belong to the caller afterwards.
 /// @param filename    grid file
@@ -346,7 +350,8 @@ void writep3drestart(const FileName& filename, integer iformat, logical dblprec,
 /// an error of the run. For layout 101 and a variable above 5 the flags behind the blocks go into
 /// `iflag`; extension variables must be counted in `numrstrtvar` by then. Text passes through
 /// double precision, so that a number of more digits than single precision tells apart may round to
-/// the neighbour of what `readp3drestart` reads. It has no older time levels, whatever `itimeint` is.
+/// the neighbour of what `readp3drestart` reads. It has no older time levels, whatever `itimeint`
+/// is.
 ///
 /// Works on unit 201 and closes it. A failed read leaves it open, `varvalues` as it was and the
 /// staging arrays allocated, which the next call reports through `checkallocationerror`. A variable
@@ -415,9 +420,9 @@ void combinep3dvarfiles(array_view<const float, 2> leadvalues, const FileName& f
 /// @param useiblank  write the IBLANK column
 ///
 /// Reals stand in the shortest form that reads back to the same bits, and any NaN as `NaN`, since
-/// Tecplot readers know no other. Leaves unit 594 open: the file is complete when the host closes it
-/// (`p3dcloseunit(594)`), at the next call, or when the run ends. Arrays with fewer points than the
-/// extents ask for are errors of the run; the file is not touched then.
+/// Tecplot readers know no other. Leaves unit 594 open: the file is complete when the host closes
+/// it (`p3dcloseunit(594)`), at the next call, or when the run ends. Arrays with fewer points than
+/// the extents ask for are errors of the run; the file is not touched then.
 void writetecplotfile_p3d(const FileName& filename, integer nblocks,
                           array_view<const double, 2> xyz, array_view<const double, 2> qvar,
                           array_view<const integer, 1> idim, array_view<const integer, 1> jdim,

@@ -64,6 +64,13 @@ void p3dsetbyteorder(std::function<std::endian(std::string_view name)> chooser);
 /// pages can cost several times as much as they save. Advice only; no result depends on it.
 void p3dsethugepages(bool wanted);
 
+/// Makes values that are left in a record of an unformatted file a failed read, with both lengths
+/// in its reason; off at the start of a run. Records hold more than is asked of them as a rule if
+/// precision, blanking, layout or sections are not those of the file: what is left is skipped
+/// otherwise, and the values that were read are nonsense. Text, whose lines may hold more, and
+/// binary files, which have no records, are not affected.
+void p3dsetwholerecords(bool wanted);
+
 /// Closes the unit: flushes what was written and disconnects the file. Harmless when nothing is
 /// connected to the unit. A failing flush or close is an error of the run.
 ///
@@ -76,7 +83,7 @@ void p3dcloseunit(integer unit);
 struct ReadFailure {
   std::string file;         ///< path of the file; empty when no read has failed yet
   integer unit = 0;         ///< unit that was read
-  integer status = 0;       ///< -1 at the end of the file, positive for an error
+  integer status = 0;       ///< -1 at the end of the file, positive for an error; else 0
   std::int64_t record = 0;  ///< record of the file, from 1; in a text file, number of the read
   std::int64_t offset = 0;  ///< byte at which it was noticed, from 0
   std::int64_t line = 0;    ///< line of a text file, from 1; 0 for other files
@@ -88,7 +95,12 @@ struct ReadFailure {
 };
 
 /// The last failed read of the run. Set before `mod_gridvars::dispfilereaderror` is called, and
-/// valid until the next read fails.
+/// valid until the next read fails or `p3dclearfailure` is called. Its status is 0 as long as none
+/// has failed.
 [[nodiscard]] const ReadFailure& p3dlastfailure();
+
+/// Forgets the last failed read: `p3dlastfailure` is what it was at the start of the run. A host
+/// that calls this before an operation can tell by the status whether that has failed.
+void p3dclearfailure();
 
 }  // namespace mod_p3dgrid

@@ -66,8 +66,7 @@ std::int64_t UnformattedRecordReader::next_run(std::int64_t wanted) {
                       "the end of a record of " + std::to_string(payload_read_) + " bytes",
                       std::to_string(wanted) + " more bytes in it"};
     }
-    end_piece();
-    begin_piece();
+    next_piece();
   }
   const std::int64_t run = std::min(wanted, piece_left_);
   piece_left_ -= run;
@@ -94,20 +93,28 @@ void UnformattedRecordReader::discard(std::int64_t bytes) {
 }
 
 void UnformattedRecordReader::expect_end() {
-  if (piece_left_ == 0 && !more_follow_) return;
-  throw ReadError{status_error, file_.offset(),
-                  "a record of more than " + std::to_string(payload_read_) + " bytes",
-                  "its end after " + std::to_string(payload_read_)};
+  const std::int64_t at = file_.offset();
+  std::int64_t left = piece_left_;
+  while (more_follow_) {
+    next_piece();
+    left += piece_left_;
+  }
+  if (left == 0) return;
+  throw ReadError{status_error, at,
+                  "a record of " + std::to_string(payload_read_ + left) + " bytes",
+                  "one of " + std::to_string(payload_read_)};
+}
+
+void UnformattedRecordReader::next_piece() {
+  file_.skip(piece_left_);
+  end_piece();
+  begin_piece();
 }
 
 void UnformattedRecordReader::finish() {
+  while (more_follow_) next_piece();
   file_.skip(piece_left_);
   end_piece();
-  while (more_follow_) {
-    begin_piece();
-    file_.skip(piece_left_);
-    end_piece();
-  }
 }
 
 UnformattedRecordWriter::UnformattedRecordWriter(OutputFile& file, std::endian order,

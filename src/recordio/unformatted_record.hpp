@@ -33,7 +33,7 @@ class UnformattedRecordReader {
   void skip(std::int64_t bytes) { file_.skip(next_run(bytes)); }
   /// @}
 
-  /// Throws `ReadError` if the payload goes on.
+  /// Throws `ReadError` if the payload goes on; it is gone through for its length.
   void expect_end();
 
   /// Skips the rest of the payload and checks the last marker.
@@ -42,6 +42,7 @@ class UnformattedRecordReader {
  private:
   void begin_piece();
   void end_piece();
+  void next_piece();
   [[nodiscard]] std::int64_t next_run(std::int64_t wanted);
   [[nodiscard]] Marker read_marker();
 

@@ -96,6 +96,8 @@ std::endian byte_order_of(const FileName& name) {
   return chooser ? host::call(chooser, name.view()) : std::endian::native;
 }
 
+bool whole_records = false;
+
 ReadFailure failure_at(integer number, const Connection& connection) {
   ReadFailure failure;
   failure.file = connection.path();
@@ -151,7 +153,8 @@ bool Unit::attempt(Action action) const {
 }
 
 bool Unit::read(const ReadList& list) const {
-  return attempt([&](Connection& connection) { connection.read(list, RestOfRecord::skipped); });
+  const RestOfRecord rest = whole_records ? RestOfRecord::refused : RestOfRecord::skipped;
+  return attempt([&](Connection& connection) { connection.read(list, rest); });
 }
 
 bool Unit::read_whole(const ReadList& list) const {
@@ -249,6 +252,10 @@ void p3dsetpaths(std::function<std::string(std::string_view name)> resolver) {
 
 void p3dsetbyteorder(std::function<std::endian(std::string_view name)> chooser) {
   recordio::byte_order_chooser() = std::move(chooser);
+}
+
+void p3dsetwholerecords(bool wanted) {
+  recordio::whole_records = wanted;
 }
 
 }  // namespace mod_p3dgrid

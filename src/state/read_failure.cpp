@@ -20,6 +20,10 @@ const ReadFailure& p3dlastfailure() {
   return last_failure();
 }
 
+void p3dclearfailure() {
+  last_failure() = {};
+}
+
 std::string ReadFailure::describe() const {
   std::string text = (file.empty() ? "unit " + std::to_string(unit) : file) + ": ";
   if (line > 0) {

@@ -100,6 +100,29 @@ TEST_F(ReadGrid, ClosesItsUnit) {
   EXPECT_FALSE(is_open("grid"));
 }
 
+TEST_F(ReadGrid, DoublePrecisionReadAsSingleIsSeenWhereWholeRecordsAreWanted) {
+  const Bytes doubles = Bytes().r8s({1, 2, 3, 4, 5, 6});
+  const std::string bytes =
+      Bytes().record(Bytes().i4(1)).record(Bytes().i4s({2, 1, 1})).record(doubles).str();
+  read(bytes, unformatted);
+  EXPECT_EQ(count_calls("dispfilereaderror"), 0);
+  EXPECT_NE(vector_of(grid.xyz), (std::vector<float>{1, 3, 5, 2, 4, 6}));
+  p3dsetwholerecords(true);
+  grid = Grid();
+  read(bytes, unformatted);
+  expect_failed("grid: record 3, byte 60: found a record of 48 bytes, expected one of 24");
+  calls.clear();
+  for (const bool multiblock : {false, true}) {
+    for (const bool iblank : {false, true}) {
+      const GridForm form{0, true, multiblock, iblank};
+      Grid whole;
+      write_file("grid", HandMadeGrid(form).bytes(false));
+      whole.read("grid", form);
+    }
+  }
+  EXPECT_EQ(count_calls("dispfilereaderror"), 0);
+}
+
 TEST_F(ReadGrid, ABlockWithoutPointsStandsBetweenOthers) {
   read(header({1, 1, 1, 3, 0, 2, 2, 1, 1}).r4s({1, 2, 3}).r4s({4, 5, 6, 7, 8, 9}), binary);
   EXPECT_EQ(count_calls("dispfilereaderror"), 0);
@@ -319,8 +342,8 @@ TEST_F(ReadGrid, PointsThatWrapAroundAreAFailedRead) {
 }
 
 TEST_F(ReadGrid, CoordinatesLeftOutOfTextAreZero) {
-  for (const char* text : {"1\n2 2 1\n1 2 3 /\n", "1\n2 2 1\n1 2 3 9*\n",
-                           "1\n2 2 1\n1,2,3,,,,,,,,,,\n"}) {
+  for (const char* text :
+       {"1\n2 2 1\n1 2 3 /\n", "1\n2 2 1\n1 2 3 9*\n", "1\n2 2 1\n1,2,3,,,,,,,,,,\n"}) {
     Grid nulls;
     write_file("grid", std::string(text));
     nulls.read("grid", formatted);

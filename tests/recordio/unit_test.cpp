@@ -49,6 +49,69 @@ TEST_F(UnformattedRecords, ShorterListsSkipTheRestOfTheRecord) {
   EXPECT_EQ(number, 4);
 }
 
+TEST_F(UnformattedRecords, ShorterListsAreAnErrorWhereWholeRecordsAreWanted) {
+  p3dsetwholerecords(true);
+  given(Bytes().record(Bytes().i4s({1, 2, 3})).record(Bytes().i4(4)));
+  integer number = 0;
+  EXPECT_FALSE(unit.read({scalar(number)}));
+  EXPECT_EQ(number, 1);
+  EXPECT_GT(p3dlastfailure().status, 0);
+  EXPECT_EQ(p3dlastfailure().describe(),
+            "file: record 1, byte 8: found a record of 12 bytes, expected one of 4");
+  std::array<integer, 3> numbers{};
+  given(Bytes().record(Bytes().i4s({1, 2, 3})).record(Bytes()).record(Bytes().i4(4)));
+  EXPECT_TRUE(unit.read({values(numbers.data(), 3)}));
+  EXPECT_TRUE(unit.read({}));
+  p3dsetwholerecords(false);
+  EXPECT_TRUE(unit.read({}));
+}
+
+TEST_F(UnformattedRecords, SplitOnesAreMeasuredAsAWhole) {
+  p3dsetwholerecords(true);
+  integer number = 0;
+  for (const auto& [split, length] :
+       {std::pair{Bytes().i4s({-4, 1, 4, -8, 2, 3, -8, 4, 4, -4}), "16"},
+        {Bytes().i4s({-8, 1, 2, 8, 4, 3, -4}), "12"},
+        {Bytes().i4s({-8, 1, 2, 8, 0, 0}), "8"}}) {
+    given(split);
+    EXPECT_FALSE(unit.read({scalar(number)}));
+    EXPECT_EQ(p3dlastfailure().found, std::string("a record of ") + length + " bytes");
+    EXPECT_EQ(p3dlastfailure().expected, "one of 4");
+    EXPECT_EQ(p3dlastfailure().offset, 8);
+  }
+  given(Bytes().i4s({-4, 1, 4, 0, 0}));  // nothing is left in the last piece
+  EXPECT_TRUE(unit.read({scalar(number)}));
+  given(Bytes().i4s({-4, 1, 4, 4, 2}));
+  EXPECT_FALSE(unit.read({scalar(number)}));
+}
+
+TEST_F(Units, WholeRecordsAreAskedOfUnformattedFilesOnly) {
+  p3dsetwholerecords(true);
+  integer number = 0;
+  write_file("text", std::string("1 2 3\n4\n"));
+  const Unit text(13, 1);
+  text.open("text", OpenStatus::old);
+  EXPECT_TRUE(text.read({scalar(number)}));
+  EXPECT_TRUE(text.read({scalar(number)}));
+  EXPECT_EQ(number, 4);
+  write_file("binary", Bytes().i4s({1, 2}));
+  const Unit binary(13, 2);
+  binary.open("binary", OpenStatus::old);
+  EXPECT_TRUE(binary.read({scalar(number)}));
+}
+
+TEST_F(Units, AFailureCanBeForgotten) {
+  const Unit unit(13, 0);
+  integer number = 0;
+  EXPECT_FALSE(unit.read({scalar(number)}));
+  EXPECT_NE(p3dlastfailure().status, 0);
+  p3dclearfailure();
+  EXPECT_EQ(p3dlastfailure().status, 0);
+  EXPECT_EQ(p3dlastfailure().file, "");
+  EXPECT_EQ(p3dlastfailure().unit, 0);
+  EXPECT_EQ(p3dlastfailure().found, "");
+}
+
 TEST_F(UnformattedRecords, LongerListsAreAnError) {
   given(Bytes().record(Bytes().i4s({1, 2})).record(Bytes().i4(4)));
   std::array<integer, 3> numbers{};

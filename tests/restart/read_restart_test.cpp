@@ -285,6 +285,26 @@ TEST_F(ReadRestart, WhatIsNotReadIsNotAskedOfTheFile) {
   EXPECT_EQ(restart.varvalues.extent(2), 8'000'000);
 }
 
+TEST_F(ReadRestart, DoublePrecisionReadAsSingleIsSeenWhereWholeRecordsAreWanted) {
+  HandMadeRestart made({.layout = 3, .iformat = 0, .dblprec = true, .blocks = 1});
+  write_file("restart", made.bytes());
+  made.form.dblprec = false;
+  set_sections(made.form.sections);
+  Restart(1).read("restart", made.form);
+  EXPECT_EQ(count_calls("dispfilereaderror"), 0);
+  p3dsetwholerecords(true);
+  Restart(1).read("restart", made.form);
+  expect_failed(": found a record of 160 bytes, expected one of 80");
+}
+
+TEST_F(ReadRestart, Layout100InSinglePrecisionRecordsLeavesValuesInThem) {
+  p3dsetwholerecords(true);
+  const HandMadeRestart made({.layout = 100, .iformat = 0});
+  Restart restart(2);
+  read(restart, made);
+  expect_failed(": found a record of 128 bytes, expected one of 80");
+}
+
 TEST_F(ReadRestart, OlderTimeLevelsNeedNoRowOfTheFlow) {
   for (const int itime : {2, 3}) {
     for (const int iformat : {0, 2}) {

@@ -50,6 +50,14 @@ TEST_P(RestartMatrix, IsReadFromBytesMadeByHand) {
   EXPECT_EQ(statuses_other_than_0, GetParam().layout == 101 && GetParam().wide() ? 1 : 0);
 }
 
+TEST_P(RestartMatrix, LeavesNothingInItsRecords) {
+  p3dsetwholerecords(true);
+  write_file("restart", made.bytes());
+  Restart restart(GetParam().blocks);
+  restart.read("restart", GetParam());
+  EXPECT_EQ(count_calls("dispfilereaderror"), 0) << p3dlastfailure().describe();
+}
+
 TEST_P(RestartMatrix, ReportsATruncationAtEveryByteOnce) {
   const std::string whole = made.bytes();
   // The last number of text is still a number after it has lost digits. A last block without

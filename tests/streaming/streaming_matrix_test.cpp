@@ -86,6 +86,13 @@ TEST_P(Streaming, EachVariableIsReadFromBytesMadeByHand) {
   }
 }
 
+TEST_P(Streaming, LeavesNothingInTheRecords) {
+  p3dsetwholerecords(true);
+  write_file("restart", made.bytes());
+  for (const integer ivar : variables) static_cast<void>(streamed(ivar));
+  EXPECT_EQ(count_calls("dispfilereaderror"), 0) << p3dlastfailure().describe();
+}
+
 INSTANTIATE_TEST_SUITE_P(AllForms, Streaming, ::testing::ValuesIn(all_streamed_forms()),
                          [](const auto& form) { return name_of_streamed(form.param); });
 

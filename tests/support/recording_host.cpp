@@ -57,6 +57,8 @@ void begin_run() {
   p3dsetpaths({});
   p3dsetbyteorder({});
   p3dsethugepages(false);
+  p3dsetwholerecords(false);
+  p3dclearfailure();
   reset_module_state();
 }
 

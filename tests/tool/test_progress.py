@@ -65,7 +65,8 @@ class ProgressTest(ToolTest):
                 seen += os.read(terminal, 65536)
             return until is not None and until in seen
 
-        process = self.run_slowly(stderr, *more, name=name, enough=look, seconds=10 * LONG if until else LONG)
+        process = self.run_slowly(stderr, *more, name=name, enough=look,
+                                  seconds=10 * LONG if until else LONG)
         os.close(stderr)
         while True:
             ready = select.select([terminal], [], [], 60)[0]
