@@ -11,10 +11,8 @@ void set_quiet(bool quiet);
 /// Without `verbose`, the library's lines are dropped.
 void set_verbose(bool verbose);
 
-/// Control characters in whatever is printed, as names of files have them, are escaped; not so in
-/// what `print_text` and `print_failure` print.
-
-/// One line of a command's result, on standard output.
+/// One line of a command's result, on standard output. Control characters, as names of files have
+/// them, are escaped in this and all other lines but those of `print_text` and `print_failure`.
 void print_line(std::string_view line);
 
 /// Lines of a command's result, as they stand, on standard output.

@@ -52,8 +52,9 @@ class Evidence {
 
   /// The header of a grid; none where it cannot be one: a block count below 1 or beyond what the
   /// file has room for, negative extents, more points than any machine holds.
+  /// @param planar  with i and j extents alone; those in k are 1 then
   [[nodiscard]] std::optional<Outline> grid_outline(const Coding& coding, bool multiblock,
-                                                    EmptyBlocks empty);
+                                                    EmptyBlocks empty, bool planar = false);
   /// The header of a restart file likewise.
   [[nodiscard]] std::optional<Outline> restart_outline(const RestartForm& form, EmptyBlocks empty);
 

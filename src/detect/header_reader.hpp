@@ -56,8 +56,4 @@ class HeaderReader {
   std::int64_t lines_ = 0;
 };
 
-/// Blocks that the file has room for: their extents, and a record or a line each.
-/// @param extents  of each block in the header
-[[nodiscard]] std::int64_t most_blocks(std::int64_t size, Encoding encoding, std::int64_t extents);
-
 }  // namespace p3dgrid

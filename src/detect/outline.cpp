@@ -1,5 +1,3 @@
-#include <array>
-
 #include "detect/header_reader.hpp"
 
 namespace p3dgrid {
@@ -10,7 +8,7 @@ namespace {
 constexpr std::int64_t most_points = std::int64_t{1} << 36;
 
 constexpr std::int32_t most_functions = 1'000'000;
-constexpr std::int32_t most_blocks_with_empty = 1 << 20;
+constexpr std::int32_t most_blocks_with_empty = 1 << 18;
 
 /// Blocks whose extents are looked at before memory is taken for those of all.
 constexpr std::int32_t sample_blocks = 1024;
@@ -38,21 +36,22 @@ struct Dimensions {
   Extents extents;
   std::vector<std::int32_t> functions;
 
-  Dimensions(DimensionKind kind, std::int32_t blocks) {
+  Dimensions(DimensionKind kind, bool planar, std::int32_t blocks) : planar_(planar) {
     const auto count = static_cast<std::size_t>(blocks);
-    for (auto* column : {&extents.i, &extents.j, &extents.k}) column->resize(count);
+    for (auto* column : {&extents.i, &extents.j}) column->resize(count);
+    extents.k.assign(count, planar ? 1 : 0);
     if (kind == DimensionKind::one_record_with_variables) functions.resize(count);
   }
 
   template <class Visit>
   bool walk(DimensionKind kind, std::int32_t blocks, Visit& visit) {
-    std::vector<std::int32_t*> columns = {extents.i.data(), extents.j.data(), extents.k.data()};
+    std::vector<std::int32_t*> columns = {extents.i.data(), extents.j.data()};
+    if (!planar_) columns.push_back(extents.k.data());
     if (!functions.empty()) columns.push_back(functions.data());
     return walk_dimensions<std::int32_t>(kind, blocks, columns, visit);
   }
 
   [[nodiscard]] bool plausible(EmptyBlocks empty) const {
-    if (extents.blocks() > most_blocks_with_empty) empty = EmptyBlocks::refused;
     std::int64_t points = 0;
     for (std::size_t b = 0; b < extents.i.size(); ++b) {
       if (!add_points(points, extents.i[b], extents.j[b], extents.k[b], empty)) return false;
@@ -60,25 +59,39 @@ struct Dimensions {
     return std::ranges::all_of(
         functions, [](std::int32_t count) { return count >= 0 && count <= most_functions; });
   }
+
+ private:
+  bool planar_;  ///< the file has no k extents
 };
+
+/// Blocks that the file has room for: their extents, and a record or a line each.
+/// @param extents  of each block in the header
+std::int64_t most_blocks(std::int64_t size, Encoding encoding, std::int64_t extents) {
+  if (encoding == Encoding::formatted) return size;
+  const std::int64_t markers = encoding == Encoding::unformatted ? 8 : 0;
+  return size / std::max<std::int64_t>(1, 4 * extents + markers);
+}
 
 /// Reads the block dimensions, the first of many before memory is taken for all.
 bool read_dimensions(Evidence& evidence, HeaderReader& reader, const Coding& coding,
-                     DimensionKind kind, EmptyBlocks empty, Outline& outline) {
+                     DimensionKind kind, EmptyBlocks empty, Outline& outline, bool planar = false) {
   if (outline.blocks < 1 || outline.blocks > most_blocks(evidence.size(), coding.encoding,
-                                                         kind == DimensionKind::none ? 0 : 3)) {
+                                                         kind == DimensionKind::none ? 0
+                                                         : planar                    ? 2
+                                                                                     : 3)) {
     return false;
   }
   if (kind == DimensionKind::none) return true;
+  if (outline.blocks > most_blocks_with_empty) empty = EmptyBlocks::refused;
   if (outline.blocks > sample_blocks) {
     const HeaderReader::Place begin(reader);
     const HeaderSizes sizes = reader.sizes;
-    Dimensions sample(kind, sample_blocks);
+    Dimensions sample(kind, planar, sample_blocks);
     if (!sample.walk(kind, sample_blocks, reader) || !sample.plausible(empty)) return false;
     reader.sizes = sizes;
     begin.go_back();
   }
-  Dimensions all(kind, outline.blocks);
+  Dimensions all(kind, planar, outline.blocks);
   if (!all.walk(kind, outline.blocks, reader) || !all.plausible(empty)) return false;
   outline.functions = std::move(all.functions);
   outline.extents = std::make_shared<const Extents>(std::move(all.extents));
@@ -87,19 +100,14 @@ bool read_dimensions(Evidence& evidence, HeaderReader& reader, const Coding& cod
 
 }  // namespace
 
-std::int64_t most_blocks(std::int64_t size, Encoding encoding, std::int64_t extents) {
-  if (encoding == Encoding::formatted) return size;
-  const std::int64_t markers = encoding == Encoding::unformatted ? 8 : 0;
-  return size / std::max<std::int64_t>(1, 4 * extents + markers);
-}
-
 std::optional<Outline> Evidence::grid_outline(const Coding& coding, bool multiblock,
-                                              EmptyBlocks empty) {
+                                              EmptyBlocks empty, bool planar) {
   Outline outline;
   HeaderReader reader(*this, coding);
   const bool taken = HeaderReader::succeeds([&] {
     if (multiblock) reader({recordio::scalar(outline.blocks)});
-    return read_dimensions(*this, reader, coding, DimensionKind::one_record, empty, outline);
+    return read_dimensions(*this, reader, coding, DimensionKind::one_record, empty, outline,
+                           planar);
   });
   outline.sizes = std::move(reader.sizes);
   return taken ? std::optional(std::move(outline)) : std::nullopt;

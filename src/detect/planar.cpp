@@ -1,40 +1,14 @@
 #include "detect/planar.hpp"
 
-#include <algorithm>
-
-#include "detect/header_reader.hpp"
 #include "detect/words.hpp"
 
 namespace p3dgrid {
 namespace {
 
-constexpr std::int32_t most_points_across = 1 << 20;
 constexpr std::int32_t variables = solution_variables - 1;
 
-/// A header with two extents for each block; none where it cannot be one.
-std::optional<Outline> planar_outline(Evidence& file, const Coding& coding, bool multiblock) {
-  Outline outline;
-  Extents extents;
-  HeaderReader reader(file, coding);
-  const auto read = [&] {
-    if (multiblock) reader({recordio::scalar(outline.blocks)});
-    const std::int32_t blocks = outline.blocks;
-    if (blocks < 1 || blocks > most_blocks(file.size(), coding.encoding, 2)) return false;
-    for (auto* column : {&extents.i, &extents.j}) column->resize(static_cast<std::size_t>(blocks));
-    const std::array columns = {extents.i.data(), extents.j.data()};
-    walk_dimensions<std::int32_t>(DimensionKind::one_record, blocks, columns, reader);
-    const auto possible = [](std::int32_t n) { return n >= 1 && n <= most_points_across; };
-    return std::ranges::all_of(extents.i, possible) && std::ranges::all_of(extents.j, possible);
-  };
-  if (!HeaderReader::succeeds(read)) return std::nullopt;
-  extents.k.assign(extents.i.size(), 1);
-  outline.extents = std::make_shared<const Extents>(std::move(extents));
-  outline.sizes = std::move(reader.sizes);
-  return outline;
-}
-
 std::string planar_form(Evidence& file, const Coding& coding, bool multiblock) {
-  const auto outline = planar_outline(file, coding, multiblock);
+  const auto outline = file.grid_outline(coding, multiblock, EmptyBlocks::refused, true);
   if (!outline) return "";
   std::vector<FilePlan> plans;
   for (const bool iblank : {false, true}) {

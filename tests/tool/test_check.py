@@ -4,6 +4,7 @@ import itertools
 import math
 import os
 import pathlib
+import resource
 import struct
 import unittest
 
@@ -15,6 +16,7 @@ from support import (NATIVE, ONE_BLOCK, OTHER, SIGNS, TWO_BLOCKS, Block, Form, T
 ONE = [block.extents for block in ONE_BLOCK]
 TWO = [block.extents for block in TWO_BLOCKS]
 SAMPLES = os.environ.get("P3DGRID_SAMPLES", "")
+SANITIZED = "sanitize" in os.environ.get("CXXFLAGS", "")
 
 COUNTS_DIFFER = """
  Number of blocks in Grid do not match the Restart file
@@ -197,6 +199,30 @@ class Alone(CheckTest):
         self.write("grid", b"1\n1 1 3\n1 2 3 4 5 6 7 8 9\n10\n")
         self.fail_with(1, "check", "grid", says=("grid: ", "line 4"))
 
+    def test_values_are_what_a_reader_takes(self):
+        """Blanking values are integers, and a NUL byte belongs to no number."""
+        for value in ("1.5", "1e0", "99999999999"):
+            self.write("grid", f"1\n1 1 2\n1 2 3 4 5 6\n1 {value}\n".encode())
+            self.fail_with(1, "check", "grid", "--grid-iblank", "yes",
+                           says=f'record 3 of 3: line 4 holds "{value}" where ')
+        self.write("grid", b"1\n1 1 2\n1 2 3\0 4 5 6\n")
+        self.fail_with(1, "check", "grid", "--grid-format", "formatted",
+                       says='line 3 holds "3?" where a number is expected')
+        self.write("grid", b"1\n1 1 2\n1 2 3 4 5 6\n2*1\n")
+        self.assertIn("with blanking", self.succeed("check", "grid"))
+
+    def test_long_words_are_numbers(self):
+        """As Fortran programs take them; a word without end is none."""
+        for digits in (5000, 100_000):
+            one = "0" * digits + "1"
+            self.write("grid", f"1\n{one} 1 1\n{one}.5 {one} {one}e-3\n".encode())
+            self.assertIn("1 block, 1 point", self.succeed("check", "grid"))
+            self.succeed("convert", "grid", "out", "--to-format", "binary")
+            self.assertEqual(self.path("out").read_bytes()[16:],
+                             struct.pack("=3f", 1.5, 1, 0.001))
+        self.write("grid", b"1\n1 1 1\n" + b"1" * 2_000_000)
+        self.fail_with(2, "check", "grid", says="a word of more than 1048576 characters")
+
     def test_words_behind_the_last_value(self):
         for end, says in ((b"end of grid\n", '"end" on line 4'), (b"\n\n* \n", '"*" on line 6'),
                           (b"a\nb\n", '"a" on line 4')):
@@ -268,6 +294,17 @@ class Alone(CheckTest):
                               (bytes(4096), "first bytes are 00 00 00 00 00 00 00 00")):
             self.write("file", content)
             self.fail_with(1, "check", "file", says=("its beginning is no header", says))
+
+    def test_blocks_that_a_text_has_no_lines_for(self):
+        self.write("grid", b" 5000000\n 15000000*0\n")
+        self.fail_with(1, "check", "grid", says=(
+            "line 1 announces 5000000 blocks, and a text of 21 bytes has no lines for them"))
+        self.write("grid", b"2\n6*0\n\n")
+        self.fail_with(1, "check", "grid", says=(
+            "record 4 of 4: the text ends at line 3, a line for a record without values is "
+            "missing"))
+        self.write("grid", b"2\n6*0\n\n\n")
+        self.assertIn("2 blocks, 0 points", self.succeed("check", "grid", "--grid-iblank", "no"))
 
     def test_layouts_that_need_their_grid(self):
         self.write_restart("flow", RestartForm(100, double=True), ONE)
@@ -368,6 +405,74 @@ class Foreign(CheckTest):
         self.write("file", self.records(struct.pack("=q", 1), struct.pack("=3q", 5, 4, 2),
                                         bytes(8 * 120)))
         self.fail_with(1, "info", "file", says="file: has integers of 64 bits")
+
+
+    def test_markers_of_64_bits_are_no_blocks_without_points(self):
+        """They can be read as four blocks, three of them empty."""
+        for first in (0.0, 0.5, 1.0):
+            xyz = struct.pack("=3d", first, 0.25, 0.75)
+            self.write("file", self.records(struct.pack("=i", 1), struct.pack("=3i", 1, 1, 1), xyz,
+                                            marker="q"))
+            self.fail_with(1, "check", "file", says="file: has record markers of 64 bits")
+
+    def test_overflow_solutions(self):
+        extents = (3, 2, 2), (2, 2, 2)
+        for real, order, blocks, variables in itertools.product("fd", "<>", (1, 2), (5, 7)):
+            numbers = [n for block in extents[:blocks] for n in block] + [variables, 2]
+            contents = [struct.pack(order + "i", blocks)] * (blocks > 1)
+            contents.append(struct.pack(f"{order}{len(numbers)}i", *numbers))
+            for i, j, k in extents[:blocks]:
+                contents.append(struct.pack(f"{order}15{real}i", *range(15), 0))
+                contents.append(struct.pack(f"{order}{variables * i * j * k}{real}",
+                                            *range(variables * i * j * k)))
+            self.write("file", b"".join(
+                struct.pack(order + "i", len(content)) + content +
+                struct.pack(order + "i", len(content)) for content in contents))
+            for command in (("check", "file"), ("info", "file"), ("info", "file", "--layout", "2"),
+                            ("check", "grid", "file")):
+                self.fail_with(1, *command, says=(
+                    f"file: is an OVERFLOW solution of {blocks} block", f"{variables} variables",
+                    "which cannot be read"))
+
+
+class Bounded(CheckTest):
+    """What it takes to answer does not depend on what damaged headers announce."""
+
+    def limited(self, *arguments):
+        """Runs the command with room for 64 MiB besides itself, and two seconds."""
+        def limit():
+            resource.setrlimit(resource.RLIMIT_DATA, (80 << 20, 80 << 20))
+            resource.setrlimit(resource.RLIMIT_CPU, (2, 2))
+        return self.run_tool(*arguments, preexec_fn=limit)
+
+    @unittest.skipIf(SANITIZED, "sanitizers take memory of their own")
+    def test_files_that_were_never_filled(self):
+        for order in (NATIVE, OTHER):
+            sign = SIGNS[order]
+            extents = struct.pack(sign + "12i", *[250, 250, 274] * 4)
+            size = 12 * 250 * 250 * 274
+            with open(self.path("grid"), "wb") as file:
+                for record in (struct.pack(sign + "i", 4), extents):
+                    marker = struct.pack(sign + "i", len(record))
+                    file.write(marker + record + marker)
+                for _ in range(4):
+                    file.write(struct.pack(sign + "i", size))
+                    file.seek(size, os.SEEK_CUR)
+                    file.write(struct.pack(sign + "i", size))
+            result = self.limited("check", "grid")
+            self.assertEqual(result.returncode, 0, result.stderr_text)
+            self.assertIn("4 blocks, 68500000 points", result.stdout_text)
+
+    @unittest.skipIf(SANITIZED, "sanitizers take memory of their own")
+    def test_counts_and_zeros(self):
+        for count, size in ((5_000_000, 64 << 20), (67_108_864, 823 << 20), (1, 1 << 30),
+                            (1 << 20, 1 << 30)):
+            with open(self.path("file"), "wb") as file:
+                file.write(struct.pack("=i", count))
+                file.truncate(size)
+            result = self.limited("check", "file")
+            self.assertIn(result.returncode, (1, 2), result.stderr_text)
+            self.assertRegex(result.stderr_text, r"\Ap3dgrid: file: ")
 
 
 class Failures(CheckTest):
