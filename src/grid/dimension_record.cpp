@@ -1,23 +1,13 @@
 #include "grid/dimension_record.hpp"
 
 #include <algorithm>
-#include <iterator>
-#include <new>
 #include <string>
-#include <utility>
+#include <vector>
 
 #include "state/run_end.hpp"
 
 namespace mod_p3dgrid {
 namespace {
-
-/// Calls `move(value of the record, entry of the column)` for all values in the record's order.
-template <class ColumnList, class Move>
-void for_each_value(integer* value, const ColumnList& columns, integer nblocks, Move move) {
-  for (integer block = 1; block <= nblocks; ++block) {
-    for (const auto& column : columns) move(*value++, column(block));
-  }
-}
 
 template <class ColumnList>
 bool long_enough(const ColumnList& columns, integer nblocks) {
@@ -25,40 +15,37 @@ bool long_enough(const ColumnList& columns, integer nblocks) {
                      [&](const auto& column) { return column.extent(1) >= nblocks; });
 }
 
-/// A work array for the record, the columns' entries of one block next to each other. The host
-/// knows nothing of it: without memory for it the operation cannot go on.
-template <class ColumnList>
-allocatable<integer, 1> table_for(const ColumnList& columns, integer nblocks) {
-  allocatable<integer, 1> table;
-  const std::int64_t values = std::int64_t{std::max(nblocks, 0)} * std::ssize(columns);
-  if (table.allocate(values) != allocation_done) throw std::bad_alloc();
-  return table;
+template <class Int, class ColumnList>
+std::vector<Int*> beginnings(const ColumnList& columns) {
+  std::vector<Int*> first;
+  for (const auto& column : columns) first.push_back(column.data());
+  return first;
 }
 
 }  // namespace
 
-bool read_dimension_record(const recordio::Unit& unit, integer nblocks, Columns columns) {
+bool read_dimensions(const recordio::Unit& unit, p3dgrid::DimensionKind kind, integer nblocks,
+                     Columns columns) {
   if (!long_enough(columns, nblocks)) {
     unit.fail("no array to read into", "the extents of " + std::to_string(nblocks) + " blocks");
     return false;
   }
-  allocatable<integer, 1> table = table_for(columns, nblocks);
-  integer* const first = table.data();
-  for_each_value(first, columns, nblocks, [](integer& value, integer& entry) { value = entry; });
-  const bool complete = unit.read({recordio::values(first, table.size())});
-  for_each_value(first, columns, nblocks, [](integer& value, integer& entry) { entry = value; });
-  return complete;
+  return p3dgrid::walk_dimensions<integer>(
+      kind, nblocks, beginnings<integer>(columns),
+      [&](const recordio::ReadList& list) { return unit.read(list); });
 }
 
-void write_dimension_record(const recordio::Unit& unit, integer nblocks, ConstColumns columns) {
+void write_dimensions(const recordio::Unit& unit, p3dgrid::DimensionKind kind, integer nblocks,
+                      ConstColumns columns) {
   if (!long_enough(columns, nblocks)) {
     fail_run("cannot write the extents of " + std::to_string(nblocks) +
              " blocks: the arrays are shorter");
   }
-  allocatable<integer, 1> table = table_for(columns, nblocks);
-  for_each_value(table.data(), columns, nblocks,
-                 [](integer& value, const integer& entry) { value = entry; });
-  unit.write({recordio::values(std::as_const(table).data(), table.size())});
+  p3dgrid::walk_dimensions<const integer>(kind, nblocks, beginnings<const integer>(columns),
+                                          [&](const recordio::WriteList& list) {
+                                            unit.write(list);
+                                            return true;
+                                          });
 }
 
 bool can_hold_dimensions(const recordio::Unit& unit, integer nblocks, recordio::Claim claim) {

@@ -2,24 +2,34 @@
 
 #include <initializer_list>
 
+#include "format/header.hpp"
 #include "mod_p3dgrid/arrays.hpp"
 #include "recordio/unit.hpp"
 
 namespace mod_p3dgrid {
 
-/// The dimension record of grids, solution and function files: for each block in turn one integer
-/// of each column (i, j and k extent; in function files also the number of variables), all in one
-/// record. Each column has at least `nblocks` entries; with fewer than one block the record is
-/// empty.
+/// Block dimensions: i, j and k extents and, in function files, the number of variables, an entry
+/// per block each. Each column has at least `nblocks` entries.
 using Columns = std::initializer_list<array_view<integer, 1>>;
 using ConstColumns = std::initializer_list<array_view<const integer, 1>>;
 
-/// Reads the record; what a failed read or a null value leaves out stays as it is in the columns.
-/// False if it cannot be read.
-[[nodiscard]] bool read_dimension_record(const recordio::Unit& unit, integer nblocks,
-                                         Columns columns);
+/// Reads them; what a failed read or a null value leaves out stays as it is in the columns. False
+/// if they cannot be read.
+[[nodiscard]] bool read_dimensions(const recordio::Unit& unit, p3dgrid::DimensionKind kind,
+                                   integer nblocks, Columns columns);
 
-void write_dimension_record(const recordio::Unit& unit, integer nblocks, ConstColumns columns);
+void write_dimensions(const recordio::Unit& unit, p3dgrid::DimensionKind kind, integer nblocks,
+                      ConstColumns columns);
+
+/// The same of a grid.
+[[nodiscard]] inline bool read_dimension_record(const recordio::Unit& unit, integer nblocks,
+                                                Columns columns) {
+  return read_dimensions(unit, p3dgrid::DimensionKind::one_record, nblocks, columns);
+}
+inline void write_dimension_record(const recordio::Unit& unit, integer nblocks,
+                                   ConstColumns columns) {
+  write_dimensions(unit, p3dgrid::DimensionKind::one_record, nblocks, columns);
+}
 
 /// Whether the file may hold the extents of so many blocks. Asked before arrays of that size are
 /// allocated.

@@ -13,62 +13,50 @@ namespace mod_p3dgrid {
 
 using recordio::FileKind;
 
-BodyPath body_path(const recordio::Unit& unit, logical dblprec) {
-  if (!unit.stores_kinds()) return BodyPath::text;
-  return dblprec ? BodyPath::double_records : BodyPath::single_records;
+Coding coding_of(const recordio::Unit& unit, logical dblprec) {
+  using p3dgrid::Encoding;
+  using p3dgrid::Precision;
+  return {.encoding = unit.stores_kinds() ? Encoding::unformatted : Encoding::formatted,
+          .precision = dblprec ? Precision::double_precision : Precision::single_precision};
 }
 
-FileKind real_kind(BodyPath path) {
-  return path == BodyPath::double_records ? FileKind::real8 : FileKind::real4;
+bool parameters_are_double(const Coding& coding) {
+  return is_text(coding) || holds_doubles(coding);
 }
 
-bool parameters_are_double(BodyPath path) {
-  return path != BodyPath::single_records;
-}
-
-bool whole_read_takes_leading_record(const Layout& layout, BodyPath path) {
-  return layout.triplets && (layout.extensions || path != BodyPath::single_records);
-}
-
-std::vector<BodyRecord> block_records(const Layout& layout, std::optional<integer> leading,
+std::vector<BodyRecord> block_records(const LayoutTraits& layout, std::optional<integer> leading,
                                       integer older_levels) {
-  const auto& sections = mod_gridvars::rstrtvarsct;
+  const auto& table = mod_gridvars::rstrtvarsct;
   const integer sections_in_use = mod_gridvars::nfilesect;
-  if (sections_in_use > sections.extent(1)) {
+  if (sections_in_use > table.extent(1)) {
     fail_run("nfilesect is " + std::to_string(sections_in_use) + ", the section table holds " +
-             std::to_string(sections.extent(1)));
+             std::to_string(table.extent(1)));
   }
-  std::vector<BodyRecord> records;
-  if (layout.parameters) records.push_back({BodyRecordKind::parameters});
-  if (leading) records.push_back({BodyRecordKind::leading, 1, *leading});
-  for (integer k = leading ? 2 : 1; k <= sections_in_use; ++k) {
-    records.push_back({BodyRecordKind::section, sections(k, 1), sections(k, 2)});
+  p3dgrid::BlockShape shape{.sections = {},
+                            .leading = leading,
+                            .older_levels = older_levels,
+                            .older = {table(1, 1), table(1, 2)}};
+  for (integer k = 1; k <= sections_in_use; ++k) {
+    shape.sections.push_back({table(k, 1), table(k, 2)});
   }
-  for (integer level = 0; !leading && level < older_levels; ++level) {
-    records.push_back({BodyRecordKind::older_level, sections(1, 1), sections(1, 2)});
-  }
-  return records;
+  return p3dgrid::block_records(layout, shape);
 }
 
-std::vector<BodyRecord> block_records_with_leading(const Layout& layout, integer older_levels) {
+std::vector<BodyRecord> block_records_with_leading(const LayoutTraits& layout,
+                                                   integer older_levels) {
   if (!layout.triplets) return block_records(layout, std::nullopt, older_levels);
   return block_records(layout, mod_gridvars::numrstrtvar(1), older_levels);
-}
-
-integer older_levels() {
-  constexpr integer two_older_levels = 3;
-  return itimeint == two_older_levels ? 2 : itimeint >= 2 ? 1 : 0;
 }
 
 integer checked_highest_variable(const std::vector<BodyRecord>& records) {
   integer highest = 0;
   for (const BodyRecord& record : records) {
-    if (record.kind == BodyRecordKind::older_level || record.variables() == 0) continue;
-    if (record.first < 1) {
-      fail_run("the section table names variables " + std::to_string(record.first) + " to " +
-               std::to_string(record.last) + ", they count from 1");
+    if (record.kind == BodyRecordKind::older_level || record.variables.variables() == 0) continue;
+    if (record.variables.first < 1) {
+      fail_run("the section table names variables " + std::to_string(record.variables.first) +
+               " to " + std::to_string(record.variables.last) + ", they count from 1");
     }
-    highest = std::max(highest, record.last);
+    highest = std::max(highest, record.variables.last);
   }
   return highest;
 }
@@ -84,27 +72,18 @@ integer most_variables() {
                         : *std::max_element(counts.begin(), counts.end());
 }
 
-const Extension* extension_of(integer flag, integer position) {
-  static constexpr Extension five_variables{6, 10, 5, 5};
-  static constexpr Extension three_variables{6, 8, 5, 3};
-  static constexpr Extension three_more_variables{11, 13, 10, 8};
-  if (flag == 1) return &five_variables;
-  if (flag == 41 && position == 1) return &three_variables;
-  if (flag == 41 && position == 2) return &three_more_variables;
-  return nullptr;  // 41 further on has no meaning, like any other flag
-}
-
 integer highest_extension_variable() {
   integer highest = 0;
-  for (integer m = 1; m <= iflag.size() && iflag(m) != end_of_extensions; ++m) {
-    if (const Extension* const extension = extension_of(iflag(m), m)) {
-      highest = std::max(highest, extension->last);
+  for (integer m = 1; m <= iflag.size() && iflag(m) != p3dgrid::end_of_extensions; ++m) {
+    if (const Extension* const extension = p3dgrid::extension_of(iflag(m), m)) {
+      highest = std::max(highest, extension->variables.last);
     }
   }
   return highest;
 }
 
-void check_still_held(std::int64_t first, std::int64_t last, std::int64_t held) {
+void check_still_held(const p3dgrid::Section& variables, std::int64_t held) {
+  const auto [first, last] = variables;
   if (first >= 1 && last <= held) return;
   fail_run("the section table was changed while it was in use: variables " + std::to_string(first) +
            " to " + std::to_string(last) + " of " + std::to_string(held));
@@ -121,13 +100,13 @@ integer variables_of_block(integer block) {
   return nfvar(block);
 }
 
-bool skip_older_level(const recordio::Unit& unit, BodyPath path, integer points,
+bool skip_older_level(const recordio::Unit& unit, const Coding& coding, integer points,
                       const BodyRecord& record) {
   // The table may name more variables than 64 bits count the bytes of, and no file holds.
   constexpr std::int64_t most =
       std::numeric_limits<std::int64_t>::max() / bytes_of(FileKind::real8);
-  const std::int64_t values = std::min(most, record.variables() * points);
-  return unit.read({recordio::dropped(real_kind(path), values)});
+  const std::int64_t values = std::min(most, record.values_per_point() * points);
+  return unit.read({recordio::dropped(real_kind(coding), values)});
 }
 
 bool ReadingVisitor::move_flag(integer position) const {
@@ -146,7 +125,7 @@ bool WritingVisitor::move_flag(integer position) const {
 
 bool extension_chain_ends() {
   const auto flags = iflag.span();
-  return std::find(flags.begin(), flags.end(), end_of_extensions) != flags.end();
+  return std::find(flags.begin(), flags.end(), p3dgrid::end_of_extensions) != flags.end();
 }
 
 }  // namespace mod_p3dgrid

@@ -9,10 +9,10 @@
 namespace mod_p3dgrid {
 namespace {
 
-/// Calls `act(name, array of the path, name of the other, the other array)`.
+/// Calls `act(name, array of the coding, name of the other, the other array)`.
 template <class Act>
-void with_arrays(BodyPath path, Act act) {
-  if (parameters_are_double(path)) return act("dqvar", dqvar, "sqvar", sqvar);
+void with_arrays(const Coding& coding, Act act) {
+  if (parameters_are_double(coding)) return act("dqvar", dqvar, "sqvar", sqvar);
   return act("sqvar", sqvar, "dqvar", dqvar);
 }
 
@@ -41,11 +41,11 @@ void create(const FileName& filename, allocatable<To, 2>& to, const allocatable<
 
 }  // namespace
 
-void check_parameters_to_write(const FileName& filename, BodyPath path, integer nblocks,
+void check_parameters_to_write(const FileName& filename, const Coding& coding, integer nblocks,
                                integer nparamrows) {
   if (nblocks < 1) return;
   if (nparamrows < 1) refuse_restart(filename, "nparamrows is below 1");
-  with_arrays(path,
+  with_arrays(coding,
               [&](const char* name, const auto& own, const char* other_name, const auto& other) {
                 const integer rows = std::min(nblocks, nparamrows);
                 if (own.allocated()) return check_rows(filename, name, own, rows);
@@ -55,15 +55,15 @@ void check_parameters_to_write(const FileName& filename, BodyPath path, integer 
               });
 }
 
-void create_parameters_to_write(const FileName& filename, BodyPath path, integer nblocks,
+void create_parameters_to_write(const FileName& filename, const Coding& coding, integer nblocks,
                                 integer nparamrows) {
-  with_arrays(path, [&](const char*, auto& own, const char*, const auto& other) {
+  with_arrays(coding, [&](const char*, auto& own, const char*, const auto& other) {
     if (!own.allocated()) create(filename, own, other, nblocks, nparamrows);
   });
 }
 
-void create_parameters_to_read(const FileName& filename, BodyPath path, integer nblocks) {
-  with_arrays(path, [&](const char* name, auto& own, const char*, const auto& other) {
+void create_parameters_to_read(const FileName& filename, const Coding& coding, integer nblocks) {
+  with_arrays(coding, [&](const char* name, auto& own, const char*, const auto& other) {
     const bool convertible = other.allocated() && other.extent(2) >= parameters_per_block;
     const auto rows = static_cast<integer>(convertible ? other.extent(1) : 0);
     if (!own.allocated()) create(filename, own, other, nblocks, rows);

@@ -41,7 +41,7 @@ void copy_rows(const allocatable<From, 2>& from, allocatable<To, 2>& to, std::in
 template <class Real>
 class WholeReader : public ReadingVisitor {
  public:
-  WholeReader(const Unit& unit, const Layout& layout, WholeArrays<Real> arrays,
+  WholeReader(const Unit& unit, const LayoutTraits& layout, WholeArrays<Real> arrays,
               allocatable<Real, 2>& flow)
       : ReadingVisitor(unit), layout_(layout), arrays_(arrays), flow_(flow) {}
 
@@ -51,34 +51,35 @@ class WholeReader : public ReadingVisitor {
     return true;
   }
 
-  bool move(integer block, const BodyRecord& record) const {
-    if (record.kind == BodyRecordKind::older_level) return skip_older_level(block, record);
-    if (!unit_.read(list_of<void>(arrays_, block, record))) return false;
-    if (record.kind == BodyRecordKind::parameters) copy_parameters(block);
+  bool move(const BodyRecord& record) const {
+    if (record.kind == BodyRecordKind::older_level) return skip_older_level(record);
+    if (!unit_.read(list_of<void>(arrays_, record))) return false;
+    if (record.kind == BodyRecordKind::parameters) copy_parameters(record.block);
     return true;
   }
 
   bool extend(const Extension& extension) {
-    if (flow_.extent(1) < extension.last && !enlarge(extension)) return false;
+    if (flow_.extent(1) < extension.variables.last && !enlarge(extension)) return false;
     mod_gridvars::numrstrtvar(2) = extension.numrstrtvar;
     return true;
   }
 
  private:
   /// Text is asked for the record without being text, and that is a failed read.
-  bool skip_older_level(integer block, const BodyRecord& record) const {
-    if (arrays_.path == BodyPath::text) {
+  bool skip_older_level(const BodyRecord& record) const {
+    if (is_text(arrays_.coding)) {
       unit_.fail("a text file", "an unformatted record of an older time level");
       return false;
     }
-    return mod_p3dgrid::skip_older_level(unit_, arrays_.path, arrays_.points.npts(block), record);
+    return mod_p3dgrid::skip_older_level(unit_, arrays_.coding, arrays_.points.npts(record.block),
+                                         record);
   }
 
   bool enlarge(const Extension& extension) {
     const std::int64_t points = arrays_.points.total;
     allocatable<Real, 2>& larger = enlarged(flow_);
-    if (!allocate_staging(larger, extension.last, points)) {
-      unit_.fail("no memory", std::to_string(extension.last) + " flow variables");
+    if (!allocate_staging(larger, extension.variables.last, points)) {
+      unit_.fail("no memory", std::to_string(extension.variables.last) + " flow variables");
       return false;
     }
     // Rows that no record fills, because a chain skips them or leaves values out, hold 0.
@@ -98,11 +99,11 @@ class WholeReader : public ReadingVisitor {
       p3dre = static_cast<double>(parameters(block, 3));
       p3dtau = static_cast<double>(parameters(block, 4));
     };
-    if (arrays_.path == BodyPath::single_records) copy(sqvar);
-    if (arrays_.path == BodyPath::double_records) copy(dqvar);
+    if (is_text(arrays_.coding)) return;
+    return holds_doubles(arrays_.coding) ? copy(dqvar) : copy(sqvar);
   }
 
-  const Layout& layout_;
+  const LayoutTraits& layout_;
   WholeArrays<Real> arrays_;
   allocatable<Real, 2>& flow_;
 };
@@ -111,8 +112,8 @@ class WholeReader : public ReadingVisitor {
 struct RestartRead {
   const FileName& filename;
   const Unit& unit;
-  const Layout& layout;
-  BodyPath path;
+  const LayoutTraits& layout;
+  Coding coding;
   integer ngrid;
   PointNumbering points;
   allocatable<float, 2>& varvalues;
@@ -124,16 +125,16 @@ struct RestartRead {
   }
 
   [[nodiscard]] std::vector<BodyRecord> records() const {
-    const bool leading = whole_read_takes_leading_record(layout, path);
+    const bool leading = reads_triplets(layout, coding);
     return block_records(layout, leading ? std::optional(leading_variables) : std::nullopt,
-                         older_levels());
+                         p3dgrid::older_levels(itimeint));
   }
 
   /// Whether the file can hold the flow that its header tells, or the section table asks for;
   /// looked at before memory is taken for it.
   [[nodiscard]] bool may_hold_flow() const {
     std::int64_t per_point = 0;
-    for (const BodyRecord& record : records()) per_point += record.variables();
+    for (const BodyRecord& record : records()) per_point += record.variables.variables();
     // The largest count sizes the flow of all blocks.
     std::int64_t counted = 0;
     for (integer b = 1; layout.counted_variables && b <= ngrid; ++b) {
@@ -149,7 +150,7 @@ struct RestartRead {
     if (__builtin_mul_overflow(per_point, points.total, &asked_for)) {
       asked_for = std::numeric_limits<std::int64_t>::max();
     }
-    return unit.can_hold(std::max(counted, asked_for), real_kind(path),
+    return unit.can_hold(std::max(counted, asked_for), real_kind(coding),
                          recordio::Claim::as_far_as_it_goes,
                          "the flow variables of " + std::to_string(points.total) + " points");
   }
@@ -160,7 +161,7 @@ struct RestartRead {
     mod_gridvars::numrstrtvar(1) = leading_variables;
     iflag.fill(0);
     integer status = auxvalues.allocate(triplet, points.total);
-    if (path != BodyPath::double_records) {
+    if (!holds_doubles(coding)) {
       host::checkallocationerror(status);
       return covers(auxvalues, triplet, points.total) || fail("an unallocated array for triplets");
     }
@@ -178,12 +179,12 @@ struct RestartRead {
   [[nodiscard]] bool read_into(allocatable<Real, 2>& flow, allocatable<Real, 2>& triplets,
                                const StagingArrays& staging = {}) {
     if (!prepare_triplets()) return false;
-    if (path == BodyPath::text) {  // a null value leaves 0, not a value of chance
+    if (is_text(coding)) {  // a null value leaves 0, not a value of chance
       std::ranges::fill(flow.span(), Real{0});
       if (layout.triplets) std::ranges::fill(triplets.span(), Real{0});
     }
-    WholeReader<Real> reader(unit, layout, {path, points, flow, triplets, ngrid, staging}, flow);
-    return walk_body(layout, records(), ngrid, reader);
+    WholeReader<Real> reader(unit, layout, {coding, points, flow, triplets, ngrid, staging}, flow);
+    return walk_body({records(), ngrid, layout.extensions}, reader);
   }
 
   /// Looks at table and file before memory is taken, so that a mistake leaves none behind.
@@ -192,7 +193,7 @@ struct RestartRead {
     const integer highest = checked_highest_variable(records());
     if (points.total > 0) check_variables(filename, highest, variables);
     if (!may_hold_flow()) return false;
-    if (path == BodyPath::double_records) {
+    if (holds_doubles(coding)) {
       return allocate_staging(restart_staging().DW, variables, points.total)
                  ? read_staged()
                  : fail("a staging array for the flow variables");
@@ -300,7 +301,7 @@ bool read_whole_body(RestartRead& read, integer nblocks, const CallerExtents& ex
 }
 
 /// Releases what a read that ends in an exception has staged.
-void release_staging(const Layout& layout) {
+void release_staging(const LayoutTraits& layout) {
   RestartStaging& staging = restart_staging();
   staging.DW.deallocate();
   staging.DWTMP.deallocate();
@@ -338,7 +339,7 @@ void readp3drestart(const FileName& filename, integer iformat, logical dblprec, 
                     allocatable<float, 2>& auxvalues, array_view<const integer, 1> idim,
                     array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
                     integer rsttype, logical multiblock) try {
-  const Layout& layout = layout_of(rsttype);
+  const LayoutTraits& layout = p3dgrid::traits_of(rsttype);
   announce_restart(announce_restart_read, filename, iformat, dblprec, layout, multiblock);
   check_layout(filename, layout, rsttype);
   const Unit unit(unit_number::restart_read, iformat);
@@ -347,7 +348,7 @@ void readp3drestart(const FileName& filename, integer iformat, logical dblprec, 
   if (!read_restart_header(filename, iformat, dblprec, ngrid, rsttype, multiblock, dropped)) {
     return;
   }
-  RestartRead read{filename, unit, layout,    body_path(unit, dblprec),
+  RestartRead read{filename, unit, layout,    coding_of(unit, dblprec),
                    ngrid,    {},   varvalues, auxvalues};
   bool complete = false;
   try {

@@ -1,11 +1,11 @@
 #include <algorithm>
 #include <new>
 #include <string>
+#include <utility>
 
 #include "grid/dimension_record.hpp"
 #include "recordio/unit.hpp"
-#include "restart/header_records.hpp"
-#include "restart/layout.hpp"
+#include "restart/body.hpp"
 #include "restart/restart_header.hpp"
 #include "state/allocation.hpp"
 #include "state/host.hpp"
@@ -17,32 +17,9 @@
 namespace mod_p3dgrid {
 namespace {
 
+using p3dgrid::DimensionKind;
 using recordio::OpenStatus;
-using recordio::scalar;
 using recordio::Unit;
-
-/// The equation set whose header goes on with a record of flow parameters.
-constexpr integer equations_with_parameters = 1;
-
-/// The two or three records of a TALVEN header. Its flow parameters are always doubles, and a
-/// single-precision file that has them is refused.
-bool read_talven(const Unit& unit, integer& nblocks, logical dblprec) {
-  if (!unit.read({scalar(fileversion), scalar(eqid)})) return false;
-  double step_size = dtau;
-  if (!unit.read({scalar(nblocks), scalar(talnvar), scalar(itimeint), scalar(ibeta), scalar(nstep),
-                  recordio::real_scalar(step_size, step_kind(unit, dblprec))})) {
-    return false;
-  }
-  const bool with_parameters = eqid == equations_with_parameters;
-  if (with_parameters && unit.stores_kinds() && !dblprec) {
-    message("Single precision TALVEN reads not working!");
-    stop_run();
-  }
-  dtau = step_size;
-  if (!with_parameters) return true;
-  return unit.read({scalar(isgsmodel), scalar(talre), scalar(talxm1), scalar(talalfa),
-                    scalar(talbeta), scalar(talgam), scalar(tals1), scalar(talpr), scalar(talprt)});
-}
 
 /// Allocates the extents anew, whatever they held, and sets them to 0.
 bool allocate_extents(const Unit& unit, integer nblocks, HeaderExtents& extents) {
@@ -56,30 +33,56 @@ bool allocate_extents(const Unit& unit, integer nblocks, HeaderExtents& extents)
   return true;
 }
 
-/// The one record of a single-block header. The extents in it are read, and dropped when those of
-/// all layouts are allocated after it.
-bool read_single_block(const Unit& unit, logical dblprec, HeaderExtents& extents) {
-  if (!allocate_extents(unit, 1, extents)) return false;
-  return unit.read(single_block_record(extents.IENG(1), extents.JENG(1), extents.KENG(1), nstep,
-                                       dtau, step_kind(unit, dblprec)));
-}
+/// What the header is read into: module variables, and extents that are allocated on the way.
+struct HeaderTarget {
+  integer& nblocks;
+  double dtau;  ///< a refused header does not change the module variable
+  integer i = 0;
+  integer j = 0;
+  integer k = 0;
+  integer& fileversion = mod_p3dgrid::fileversion;
+  integer& eqid = mod_p3dgrid::eqid;
+  integer& talnvar = mod_p3dgrid::talnvar;
+  integer& itimeint = mod_p3dgrid::itimeint;
+  integer& ibeta = mod_p3dgrid::ibeta;
+  integer& nstep = mod_p3dgrid::nstep;
+  integer& isgsmodel = mod_p3dgrid::isgsmodel;
+  double& talre = mod_p3dgrid::talre;
+  double& talxm1 = mod_p3dgrid::talxm1;
+  double& talalfa = mod_p3dgrid::talalfa;
+  double& talbeta = mod_p3dgrid::talbeta;
+  double& talgam = mod_p3dgrid::talgam;
+  double& tals1 = mod_p3dgrid::tals1;
+  double& talpr = mod_p3dgrid::talpr;
+  double& talprt = mod_p3dgrid::talprt;
+};
 
-bool read_lead(const Unit& unit, HeaderKind header, integer& nblocks, logical dblprec,
+/// Reads what stands in front of the block dimensions. The flow parameters of layout 0 are always
+/// doubles, and a single-precision file that has them is refused before its step size is stored.
+bool read_lead(const Unit& unit, const LayoutTraits& layout, integer& nblocks, logical dblprec,
                logical multiblock, HeaderExtents& extents) {
   if (!unit.known()) return true;
-  switch (header) {
-    case HeaderKind::none:
-      return true;
-    case HeaderKind::talven:
-      return read_talven(unit, nblocks, dblprec);
-    case HeaderKind::time_step:
-      return unit.read(time_step_record(nstep, dtau, nblocks, step_kind(unit, dblprec)));
-    case HeaderKind::single_block:
-      return read_single_block(unit, dblprec, extents);
-    case HeaderKind::plot3d:
-      return !multiblock || unit.read({scalar(nblocks)});
-  }
-  return true;
+  // The extents of a single block are read into arrays of their own, which those of all layouts
+  // replace.
+  const bool single_block = layout.header == p3dgrid::HeaderKind::single_block;
+  if (single_block && !allocate_extents(unit, 1, extents)) return false;
+  const Coding coding = coding_of(unit, dblprec);
+  const bool talven = layout.header == p3dgrid::HeaderKind::talven;
+  const bool single_records = !is_text(coding) && !holds_doubles(coding);
+  HeaderTarget header{nblocks, dtau};
+  bool first = true;
+  return walk_lead(layout, coding, static_cast<bool>(multiblock), header,
+                   [&](const recordio::ReadList& list) {
+                     const bool complete = unit.read(list);
+                     const bool goes_on = !std::exchange(first, false) && complete && talven &&
+                                          eqid == p3dgrid::equations_with_parameters;
+                     if (goes_on && single_records) {
+                       message("Single precision TALVEN reads not working!");
+                       stop_run();
+                     }
+                     dtau = header.dtau;
+                     return complete;
+                   });
 }
 
 /// Makes `nfvar` hold an entry per block. One that is allocated already is used as it is, but
@@ -109,21 +112,12 @@ recordio::Claim claim_of(DimensionKind dimensions) {
 bool read_extents(const Unit& unit, DimensionKind dimensions, integer nblocks,
                   HeaderExtents& extents) {
   auto& [ieng, jeng, keng] = extents;
-  switch (dimensions) {
-    case DimensionKind::none:
-      return true;
-    case DimensionKind::record_per_block:
-      for (integer b = 1; b <= nblocks; ++b) {
-        if (!unit.read(block_extents_record(ieng(b), jeng(b), keng(b)))) return false;
-      }
-      return true;
-    case DimensionKind::one_record:
-      return read_dimension_record(unit, nblocks, {ieng, jeng, keng});
-    case DimensionKind::one_record_with_variables:
-      return prepare_variable_counts(unit, nblocks) &&
-             (!unit.known() || read_dimension_record(unit, nblocks, {ieng, jeng, keng, nfvar}));
+  if (dimensions == DimensionKind::none) return true;
+  if (dimensions != DimensionKind::one_record_with_variables) {
+    return read_dimensions(unit, dimensions, nblocks, {ieng, jeng, keng});
   }
-  return true;
+  return prepare_variable_counts(unit, nblocks) &&
+         (!unit.known() || read_dimensions(unit, dimensions, nblocks, {ieng, jeng, keng, nfvar}));
 }
 
 /// Whether the extents can be those of blocks; garbage seldom can.
@@ -145,12 +139,12 @@ bool can_be_true(const Unit& unit, integer nblocks, const HeaderExtents& extents
 bool read_restart_header(const FileName& filename, integer iformat, logical dblprec,
                          integer& nblocks, integer rsttype, logical multiblock,
                          HeaderExtents& extents) {
-  const Layout& layout = layout_of(rsttype);
+  const LayoutTraits& layout = p3dgrid::traits_of(rsttype);
   const Unit unit(unit_number::restart_read, iformat);
   itimeint = 0;
   nblocks = 1;
   unit.open(filename, OpenStatus::old);
-  const bool complete = read_lead(unit, layout.header, nblocks, dblprec, multiblock, extents) &&
+  const bool complete = read_lead(unit, layout, nblocks, dblprec, multiblock, extents) &&
                         can_hold_dimensions(unit, nblocks, claim_of(layout.dimensions)) &&
                         allocate_extents(unit, nblocks, extents) &&
                         read_extents(unit, layout.dimensions, nblocks, extents) &&

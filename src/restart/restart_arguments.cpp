@@ -11,7 +11,8 @@
 namespace mod_p3dgrid {
 
 void announce_restart(integer mode, const FileName& filename, integer iformat, logical dblprec,
-                      const Layout& layout, logical multiblock, std::optional<integer> variable) {
+                      const LayoutTraits& layout, logical multiblock,
+                      std::optional<integer> variable) {
   host::call(mod_gridvars::dispreadwrite, mode, layout.iparm1, layout.iparm2, filename, iformat,
              dblprec, variable, std::nullopt, multiblock, std::nullopt, std::nullopt);
 }
@@ -24,7 +25,7 @@ void refuse_restart(const FileName& filename, const std::string& reason) {
   fail_run(restart_file(filename) + ": " + reason);
 }
 
-void check_layout(const FileName& filename, const Layout& layout, integer rsttype) {
+void check_layout(const FileName& filename, const LayoutTraits& layout, integer rsttype) {
   if (layout.known) return;
   refuse_restart(filename, std::to_string(rsttype) + " is no restart layout");
 }
@@ -54,7 +55,7 @@ void check_triplets(const FileName& filename, const char* name, array_view<const
   refuse_restart(filename, std::string(name) + " holds no three values per point");
 }
 
-void check_state_to_write(const FileName& filename, const Layout& layout, integer nblocks) {
+void check_state_to_write(const FileName& filename, const LayoutTraits& layout, integer nblocks) {
   if (layout.counted_variables && nfvar.allocated() && nfvar.size() < nblocks) {
     refuse_restart(filename, "nfvar holds " + std::to_string(nfvar.size()) + " blocks, " +
                                  std::to_string(nblocks) + " are to be written");

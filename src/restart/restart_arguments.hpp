@@ -1,24 +1,26 @@
 #pragma once
 
 #include "MOD_P3DReader.hpp"
-#include "restart/layout.hpp"
+#include "p3dgrid/layout.hpp"
 #include "state/point_numbering.hpp"
 
 /// What the operations on restart bodies ask of their arguments. A caller's mistake is an error of
 /// the run.
 namespace mod_p3dgrid {
 
+using p3dgrid::LayoutTraits;
+
 /// Tells the host that a restart file is about to be read or written.
 /// @param mode      1 for a read, 2 for a write
 /// @param variable  the one variable that is read, where one is
 void announce_restart(integer mode, const FileName& filename, integer iformat, logical dblprec,
-                      const Layout& layout, logical multiblock,
+                      const LayoutTraits& layout, logical multiblock,
                       std::optional<integer> variable = {});
 inline constexpr integer announce_restart_read = 1;
 inline constexpr integer announce_restart_write = 2;
 
 /// Refuses a restart layout code that is none.
-void check_layout(const FileName& filename, const Layout& layout, integer rsttype);
+void check_layout(const FileName& filename, const LayoutTraits& layout, integer rsttype);
 
 /// What messages about a restart file begin with.
 [[nodiscard]] std::string restart_file(const FileName& filename);
@@ -39,7 +41,7 @@ void check_triplets(const FileName& filename, const char* name, array_view<const
 
 /// Refuses, before a file is written, a chain of flags without its end, and variable counts of
 /// fewer blocks than are to be written.
-void check_state_to_write(const FileName& filename, const Layout& layout, integer nblocks);
+void check_state_to_write(const FileName& filename, const LayoutTraits& layout, integer nblocks);
 
 [[noreturn]] void refuse_restart(const FileName& filename, const std::string& reason);
 

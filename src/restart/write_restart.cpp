@@ -21,7 +21,7 @@ using recordio::Unit;
 /// Writes a whole body.
 class WholeWriter : public WritingVisitor {
  public:
-  WholeWriter(const Unit& unit, const Layout& layout, WholeArrays<const float> arrays)
+  WholeWriter(const Unit& unit, const LayoutTraits& layout, WholeArrays<const float> arrays)
       : WritingVisitor(unit), layout_(layout), arrays_(arrays) {}
 
   bool begin_block(integer block) const {
@@ -29,14 +29,14 @@ class WholeWriter : public WritingVisitor {
     if (layout_.counted_variables) mod_gridvars::numrstrtvar(1) = variables_of_block(block);
     return true;
   }
-  bool move(integer block, const BodyRecord& record) const {
-    unit_.write(list_of<const void>(arrays_, block, record));
+  bool move(const BodyRecord& record) const {
+    unit_.write(list_of<const void>(arrays_, record));
     return true;
   }
   bool extend(const Extension&) const { return true; }
 
  private:
-  const Layout& layout_;
+  const LayoutTraits& layout_;
   WholeArrays<const float> arrays_;
 };
 
@@ -44,8 +44,8 @@ class WholeWriter : public WritingVisitor {
 struct RestartWrite {
   const FileName& filename;
   const Unit& unit;
-  const Layout& layout;
-  BodyPath path;
+  const LayoutTraits& layout;
+  Coding coding;
   integer nparamrows;
   integer nblocks;
   array_view<const float, 2> varvalues;
@@ -56,7 +56,7 @@ struct RestartWrite {
 /// Rows of the flow array that are at hand when the records are written.
 std::int64_t flow_rows(const RestartWrite& write) {
   const std::int64_t rows = write.varvalues.extent(1);
-  return write.path == BodyPath::double_records ? std::min(variables_per_point(), rows) : rows;
+  return holds_doubles(write.coding) ? std::min(variables_per_point(), rows) : rows;
 }
 
 /// Refuses, before the file is touched, what cannot be written.
@@ -67,7 +67,7 @@ void check_arguments(const RestartWrite& write) {
                write.layout.extensions ? highest_extension_variable() : 0);
   if (write.points.total > 0) check_variables(write.filename, highest, flow_rows(write));
   if (write.layout.parameters) {
-    check_parameters_to_write(write.filename, write.path, write.nblocks, write.nparamrows);
+    check_parameters_to_write(write.filename, write.coding, write.nblocks, write.nparamrows);
   }
   check_points(write.filename, "varvalues", write.varvalues.extent(2), write.points);
   if (write.layout.triplets) {
@@ -78,7 +78,7 @@ void check_arguments(const RestartWrite& write) {
 /// Allocates the arrays that values pass through into a double-precision file.
 void allocate_staging(const RestartWrite& write, allocatable<double, 2>& flow,
                       allocatable<double, 2>& triplets) {
-  if (write.path != BodyPath::double_records) return;
+  if (!holds_doubles(write.coding)) return;
   if (!allocate_checked(flow, variables_per_point(), write.points.total) ||
       (write.layout.triplets && !allocate_checked(triplets, triplet, write.points.total))) {
     refuse_restart(write.filename, "out of memory for a copy in double precision");
@@ -87,24 +87,24 @@ void allocate_staging(const RestartWrite& write, allocatable<double, 2>& flow,
 
 void write_body(const RestartWrite& write) {
   if (write.layout.parameters) {
-    create_parameters_to_write(write.filename, write.path, write.nblocks, write.nparamrows);
+    create_parameters_to_write(write.filename, write.coding, write.nblocks, write.nparamrows);
   }
   allocatable<double, 2> flow;
   allocatable<double, 2> triplets;
   allocate_staging(write, flow, triplets);
   WholeWriter writer(write.unit, write.layout,
-                     {write.path,
+                     {write.coding,
                       write.points,
                       write.varvalues,
                       write.auxvalues,
                       write.nparamrows,
                       {flow, triplets}});
-  static_cast<void>(
-      walk_body(write.layout, block_records_with_leading(write.layout), write.nblocks, writer));
+  static_cast<void>(walk_body(
+      {block_records_with_leading(write.layout), write.nblocks, write.layout.extensions}, writer));
 }
 
 /// Layout 3 counts its variables per block, layout 101 has five; the others keep what is set.
-void set_variables_of_first_section(const Layout& layout) {
+void set_variables_of_first_section(const LayoutTraits& layout) {
   if (layout.counted_variables) mod_gridvars::numrstrtvar(1) = most_variables();
   if (layout.extensions) mod_gridvars::numrstrtvar(1) = leading_variables;
 }
@@ -116,13 +116,13 @@ void writep3drestart(const FileName& filename, integer iformat, logical dblprec,
                      array_view<const float, 2> auxvalues, array_view<const integer, 1> idim,
                      array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
                      integer rsttype, logical multiblock) try {
-  const Layout& layout = layout_of(rsttype);
+  const LayoutTraits& layout = p3dgrid::traits_of(rsttype);
   announce_restart(announce_restart_write, filename, iformat, dblprec, layout, multiblock);
   check_layout(filename, layout, rsttype);
   const Unit unit(unit_number::restart_write, iformat);
-  RestartWrite write{filename,  unit,      layout, body_path(unit, dblprec), nparamrows, nblocks,
+  RestartWrite write{filename,  unit,      layout, coding_of(unit, dblprec), nparamrows, nblocks,
                      varvalues, auxvalues, {}};
-  const bool writable = unit.known() && layout.header != HeaderKind::talven;
+  const bool writable = unit.known() && layout.writable;
   set_variables_of_first_section(layout);
   // The header is going to allocate a missing nfvar, with zeros.
   if (layout.counted_variables && !nfvar.allocated()) mod_gridvars::numrstrtvar(1) = 0;

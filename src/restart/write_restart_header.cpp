@@ -6,8 +6,7 @@
 #include "MOD_P3DReader.hpp"
 #include "grid/dimension_record.hpp"
 #include "recordio/unit.hpp"
-#include "restart/header_records.hpp"
-#include "restart/layout.hpp"
+#include "restart/body.hpp"
 #include "restart/restart_header.hpp"
 #include "state/allocation.hpp"
 #include "state/messages.hpp"
@@ -17,19 +16,19 @@
 namespace mod_p3dgrid {
 namespace {
 
+using p3dgrid::DimensionKind;
 using recordio::OpenStatus;
-using recordio::scalar;
 using recordio::Unit;
 
 using Extents = array_view<const integer, 1>;
 
 /// Refuses extents or variable counts of fewer blocks than are to be written, before the file is
 /// touched.
-void check_extents(const FileName& filename, const Layout& layout, integer nblocks,
+void check_extents(const FileName& filename, const LayoutTraits& layout, integer nblocks,
                    std::initializer_list<const Extents*> columns) {
-  const integer needed = layout.header == HeaderKind::single_block  ? 1
-                         : layout.dimensions == DimensionKind::none ? 0
-                                                                    : nblocks;
+  const integer needed = layout.header == p3dgrid::HeaderKind::single_block ? 1
+                         : layout.dimensions == DimensionKind::none         ? 0
+                                                                            : nblocks;
   for (const Extents* column : columns) {
     if (column->extent(1) >= needed) continue;
     fail_run("cannot write restart file " + recordio::path_of(filename) + ": extents of " +
@@ -43,46 +42,32 @@ void check_extents(const FileName& filename, const Layout& layout, integer nbloc
   }
 }
 
-void write_lead(const Unit& unit, HeaderKind header, const integer& nblocks, logical dblprec,
-                logical multiblock, const Extents& idim, const Extents& jdim, const Extents& kdim) {
-  switch (header) {
-    case HeaderKind::none:
-      return;
-    case HeaderKind::talven:
-      message("TALVEN Writer not implimented!");
-      stop_run();
-    case HeaderKind::time_step:
-      return unit.write(time_step_record(std::as_const(nstep), std::as_const(dtau), nblocks,
-                                         step_kind(unit, dblprec)));
-    case HeaderKind::single_block:
-      return unit.write(single_block_record(idim(1), jdim(1), kdim(1), std::as_const(nstep),
-                                            std::as_const(dtau), step_kind(unit, dblprec)));
-    case HeaderKind::plot3d:
-      if (multiblock) unit.write({scalar(nblocks)});
-      return;
-  }
-}
+/// What the header is written from. Layout 0, which alone has more, is not written.
+struct HeaderSource {
+  const integer& nblocks;
+  const integer& i;
+  const integer& j;
+  const integer& k;
+  const integer& nstep = mod_p3dgrid::nstep;
+  const double& dtau = mod_p3dgrid::dtau;
+  static constexpr integer fileversion = 0, eqid = 0, talnvar = 0, itimeint = 0, ibeta = 0;
+  static constexpr integer isgsmodel = 0;
+  static constexpr double talre = 0, talxm1 = 0, talalfa = 0, talbeta = 0, talgam = 0, tals1 = 0;
+  static constexpr double talpr = 0, talprt = 0;
+};
 
 void write_extents(const Unit& unit, DimensionKind dimensions, integer nblocks, const Extents& idim,
                    const Extents& jdim, const Extents& kdim) {
-  switch (dimensions) {
-    case DimensionKind::none:
-      return;
-    case DimensionKind::record_per_block:
-      for (integer b = 1; b <= nblocks; ++b) {
-        unit.write(block_extents_record(idim(b), jdim(b), kdim(b)));
-      }
-      return;
-    case DimensionKind::one_record:
-      return write_dimension_record(unit, nblocks, {idim, jdim, kdim});
-    case DimensionKind::one_record_with_variables:
-      if (!nfvar.allocated()) {
-        static_cast<void>(allocate_checked(nfvar, std::max(nblocks, 0)));
-        std::ranges::fill(nfvar.span(), 0);
-        if (nfvar.size() < nblocks) fail_run("out of memory for the variable counts");
-      }
-      return write_dimension_record(unit, nblocks, {idim, jdim, kdim, std::as_const(nfvar)});
+  if (dimensions == DimensionKind::none) return;
+  if (dimensions != DimensionKind::one_record_with_variables) {
+    return write_dimensions(unit, dimensions, nblocks, {idim, jdim, kdim});
   }
+  if (!nfvar.allocated()) {
+    static_cast<void>(allocate_checked(nfvar, std::max(nblocks, 0)));
+    std::ranges::fill(nfvar.span(), 0);
+    if (nfvar.size() < nblocks) fail_run("out of memory for the variable counts");
+  }
+  write_dimensions(unit, dimensions, nblocks, {idim, jdim, kdim, std::as_const(nfvar)});
 }
 
 }  // namespace
@@ -91,12 +76,24 @@ void write_restart_header(const FileName& filename, integer iformat, logical dbl
                           integer nblocks, array_view<const integer, 1> idim,
                           array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
                           integer rsttype, logical multiblock) {
-  const Layout& layout = layout_of(rsttype);
+  const LayoutTraits& layout = p3dgrid::traits_of(rsttype);
   const Unit unit(unit_number::restart_write, iformat);
   if (unit.known()) check_extents(filename, layout, nblocks, {&idim, &jdim, &kdim});
   unit.open(filename, OpenStatus::unknown);
-  if (!unit.known() && layout.header != HeaderKind::talven) return;
-  write_lead(unit, layout.header, nblocks, dblprec, multiblock, idim, jdim, kdim);
+  if (!layout.writable) {
+    message("TALVEN Writer not implimented!");
+    stop_run();
+  }
+  if (!unit.known()) return;
+  const integer none = 0;
+  const bool single_block = layout.header == p3dgrid::HeaderKind::single_block;
+  const HeaderSource header{nblocks, single_block ? idim(1) : none, single_block ? jdim(1) : none,
+                            single_block ? kdim(1) : none};
+  walk_lead(layout, coding_of(unit, dblprec), static_cast<bool>(multiblock), header,
+            [&](const recordio::WriteList& list) {
+              unit.write(list);
+              return true;
+            });
   write_extents(unit, layout.dimensions, nblocks, idim, jdim, kdim);
 }
 

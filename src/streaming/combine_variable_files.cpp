@@ -27,8 +27,8 @@ struct Combination {
   array_view<const float, 2> leadvalues;
   const FileName& filename;
   const Unit& output;
-  const Layout& layout;
-  BodyPath path;
+  const LayoutTraits& layout;
+  Coding coding;
   integer nparamrows;
   integer nblocks;
   std::int64_t variables;
@@ -66,21 +66,21 @@ struct BlockSlots {
   template <class List>
   void add_parameters(List& list, integer block) const {
     list.push_back(
-        parameter_row<const void>(combination.path, std::min(block, combination.nparamrows)));
+        parameter_row<const void>(combination.coding, std::min(block, combination.nparamrows)));
   }
   template <class List>
   void add_triplets(List& list, integer block) const {
     list.push_back(
-        stored_as(real_kind(combination.path),
-                  variable_lines(combination.leadvalues, combination.points, block, 1, triplet)));
+        stored_as(real_kind(combination.coding),
+                  variable_lines(combination.leadvalues, combination.points, block, {1, triplet})));
   }
   template <class List>
-  void add_variables(List& list, integer block, integer first, integer last) const {
-    if (first <= last) check_still_held(first, last, combination.variables);
-    for (integer m = first; m <= last; ++m) {
+  void add_variables(List& list, integer block, const p3dgrid::Section& variables) const {
+    if (variables.variables() > 0) check_still_held(variables, combination.variables);
+    for (integer m = variables.first; m <= variables.last; ++m) {
       // Text is made of single-precision values, which the temporary files hold widened.
       const Real* const slot = slot_of(m);
-      list.push_back(stored_as(real_kind(combination.path),
+      list.push_back(stored_as(real_kind(combination.coding),
                                recordio::values(slot, combination.points.npts(block))));
     }
   }
@@ -104,11 +104,10 @@ class Combiner : public WritingVisitor {
 
   bool begin_block(integer block) {
     const integer first_section = mod_gridvars::numrstrtvar(1);
-    if (!read_variables(block, 1, first_section)) return false;
+    if (!read_variables(block, {1, first_section})) return false;
     // Further sections may name variables beyond those of the first.
     for (const BodyRecord& record : records_) {
-      if (record.kind == BodyRecordKind::section &&
-          !read_variables(block, record.first, record.last)) {
+      if (record.kind == BodyRecordKind::section && !read_variables(block, record.variables)) {
         return false;
       }
     }
@@ -116,18 +115,18 @@ class Combiner : public WritingVisitor {
     return true;
   }
 
-  bool move(integer block, const BodyRecord& record) {
+  bool move(const BodyRecord& record) {
     if (record.kind == BodyRecordKind::extension &&
-        !read_variables(block, record.first, record.last)) {
+        !read_variables(record.block, record.variables)) {
       return false;
     }
-    unit_.write(list_of<const void>(slots_, block, record));
+    unit_.write(list_of<const void>(slots_, record));
     return true;
   }
 
   /// A variable that has been read before is read from its start again.
   bool extend(const Extension& extension) {
-    for (integer m = extension.first; m <= extension.last; ++m) {
+    for (integer m = extension.variables.first; m <= extension.variables.last; ++m) {
       if (block_in_slot_(m) != 0) files_.open(m);
       block_in_slot_(m) = 0;
     }
@@ -144,9 +143,9 @@ class Combiner : public WritingVisitor {
 
  private:
   /// Reads the block of each variable whose slot does not hold it yet.
-  bool read_variables(integer block, integer first, integer last) {
-    if (first <= last) check_still_held(first, last, combination_.variables);
-    for (integer m = first; m <= last; ++m) {
+  bool read_variables(integer block, const p3dgrid::Section& variables) {
+    if (variables.variables() > 0) check_still_held(variables, combination_.variables);
+    for (integer m = variables.first; m <= variables.last; ++m) {
       if (block_in_slot_(m) == block) continue;
       message("Reading flow variable ", m, " for grid ", block);
       if (!files_.unit(m).read_whole(
@@ -187,7 +186,7 @@ void check_arguments(const Combination& combination) {
   if (combination.layout.extensions) highest = std::max(highest, highest_extension_variable());
   if (combination.nblocks > 0) check_variables(filename, highest, combination.variables);
   if (combination.layout.parameters) {
-    check_parameters_to_write(filename, combination.path, combination.nblocks,
+    check_parameters_to_write(filename, combination.coding, combination.nblocks,
                               combination.nparamrows);
   }
   if (combination.layout.triplets) {
@@ -205,7 +204,7 @@ bool write_body(const Combination& combination, const VariableFiles& files) {
   }
   const auto records = block_records_with_leading(combination.layout);
   Combiner<Real> combiner(combination, files, records, {combination, slots});
-  return walk_body(combination.layout, records, combination.nblocks, combiner) &&
+  return walk_body({records, combination.nblocks, combination.layout.extensions}, combiner) &&
          combiner.all_used_up();
 }
 
@@ -230,19 +229,19 @@ void combinep3dvarfiles(array_view<const float, 2> leadvalues, const FileName& f
                         array_view<const integer, 1> idim, array_view<const integer, 1> jdim,
                         array_view<const integer, 1> kdim, integer rsttype,
                         logical multiblock) try {
-  const Layout& layout = layout_of(rsttype);
+  const LayoutTraits& layout = p3dgrid::traits_of(rsttype);
   check_layout(filename, layout, rsttype);
   const Unit output(unit_number::restart_write, iformat);
   Combination combination{leadvalues,
                           filename,
                           output,
                           layout,
-                          body_path(output, dblprec),
+                          coding_of(output, dblprec),
                           nparamrows,
                           nblocks,
                           variables_per_point(),
                           checked_numbering(restart_file(filename), nblocks, idim, jdim, kdim)};
-  const bool writable = output.known() && layout.header != HeaderKind::talven;
+  const bool writable = output.known() && layout.writable;
   check_count(combination);
   if (writable) check_arguments(combination);
   allocatable<integer, 1> units;
@@ -256,9 +255,9 @@ void combinep3dvarfiles(array_view<const float, 2> leadvalues, const FileName& f
   write_restart_header(filename, iformat, dblprec, nblocks, idim, jdim, kdim, rsttype, multiblock);
   if (writable) {
     if (layout.parameters) {
-      create_parameters_to_write(filename, combination.path, nblocks, nparamrows);
+      create_parameters_to_write(filename, combination.coding, nblocks, nparamrows);
     }
-    const bool complete = combination.path == BodyPath::single_records
+    const bool complete = !parameters_are_double(combination.coding)
                               ? write_body<float>(combination, files)
                               : write_body<double>(combination, files);
     if (!complete) {

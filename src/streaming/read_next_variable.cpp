@@ -30,8 +30,8 @@ struct VariableRead {
   integer ivar;
   const FileName& filename;
   const Unit& unit;
-  const Layout& layout;
-  BodyPath path;
+  const LayoutTraits& layout;
+  Coding coding;
   integer nblocks;
   std::int64_t allpoints;  ///< sum of the caller's points per block
   array_view<float, 2> varvalues;
@@ -47,24 +47,24 @@ struct PickedVariable {
 
   template <class List>
   void add_parameters(List& list, integer block) const {
-    list.push_back(parameter_row<void>(read.path, block));
+    list.push_back(parameter_row<void>(read.coding, block));
   }
   template <class List>
   void add_triplets(List& list, integer block) const {
-    list.push_back(recordio::dropped(real_kind(read.path), triplet * read.points.npts(block)));
+    list.push_back(recordio::dropped(real_kind(read.coding), triplet * read.points.npts(block)));
   }
   /// The tables send one variable to the staging array and all others, with those that they do not
   /// know, nowhere. Neighbours that go nowhere are dropped in one go.
   template <class List>
-  void add_variables(List& list, integer block, integer first, integer last) const {
+  void add_variables(List& list, integer block, const p3dgrid::Section& variables) const {
     const std::int64_t points = read.points.npts(block);
     std::int64_t nowhere = 0;
     const auto drop = [&] {
-      list.push_back(recordio::dropped(real_kind(read.path), nowhere * points));
+      list.push_back(recordio::dropped(real_kind(read.coding), nowhere * points));
       nowhere = 0;
     };
     // Without points there is nothing to send anywhere, whatever the record names.
-    for (std::int64_t m = first; points > 0 && m <= last; ++m) {
+    for (std::int64_t m = variables.first; points > 0 && m <= variables.last; ++m) {
       if (m > steps.size() || steps(m) == 0) {
         ++nowhere;
         continue;
@@ -87,11 +87,11 @@ class VariableReader : public ReadingVisitor {
     message("Reading flow variable ", read_.ivar, " for grid ", block);
     return true;
   }
-  bool move(integer block, const BodyRecord& record) const {
+  bool move(const BodyRecord& record) const {
     if (record.kind == BodyRecordKind::older_level) {
-      return skip_older_level(read_.unit, read_.path, read_.points.npts(block), record);
+      return skip_older_level(read_.unit, read_.coding, read_.points.npts(record.block), record);
     }
-    return read_.unit.read(list_of<void>(arrays_, block, record));
+    return read_.unit.read(list_of<void>(arrays_, record));
   }
   bool extend(const Extension&) const { return true; }
 
@@ -122,10 +122,10 @@ void check_arguments(const VariableRead& read) {
 
 /// Whether the blocks fill the staging array in any case, so that it need not be cleared before.
 bool blocks_fill_it(const VariableRead& read, const std::vector<BodyRecord>& records) {
-  if (read.path == BodyPath::text || read.points.total < read.allpoints) return false;
+  if (is_text(read.coding) || read.points.total < read.allpoints) return false;
   return std::ranges::any_of(records, [&](const BodyRecord& record) {
-    return record.kind != BodyRecordKind::older_level && record.first <= read.ivar &&
-           read.ivar <= record.last;
+    return record.kind != BodyRecordKind::older_level && record.variables.first <= read.ivar &&
+           read.ivar <= record.variables.last;
   });
 }
 
@@ -156,17 +156,16 @@ template <class Real>
 bool read_variable(const VariableRead& read, allocatable<Real, 2>& staging,
                    allocatable<Real*, 1>& targets) {
   // Text has no records of older levels.
-  const auto records =
-      block_records_with_leading(read.layout, read.path == BodyPath::text ? 0 : older_levels());
+  const auto records = block_records_with_leading(
+      read.layout, is_text(read.coding) ? 0 : p3dgrid::older_levels(itimeint));
   const integer highest = checked_highest_variable(records);
   if (read.points.total > 0) check_variables(read.filename, highest, variables_per_point());
   allocatable<integer, 1>& steps = one_variable_staging().READII;
   if (!prepare(read, records, staging, targets, steps)) return false;
-  if (read.layout.parameters) create_parameters_to_read(read.filename, read.path, read.nblocks);
+  if (read.layout.parameters) create_parameters_to_read(read.filename, read.coding, read.nblocks);
   VariableReader<Real> reader(read, {read, targets, steps});
-  const bool complete = walk_blocks(records, read.nblocks, reader) &&
-                        (!read.layout.extensions || read.ivar < first_extension_variable ||
-                         walk_extensions(read.nblocks, reader));
+  const bool extensions = read.layout.extensions && read.ivar >= first_extension_variable;
+  const bool complete = walk_body({records, read.nblocks, extensions}, reader);
   if (!complete) return false;
   convert_rows(staging.data(), 1, read.varvalues.data(), read.varvalues.extent(1), 1,
                read.allpoints);
@@ -178,8 +177,8 @@ bool read_variable(const VariableRead& read, allocatable<Real, 2>& staging,
 
 bool read_body(const VariableRead& read) {
   OneVariableStaging& staging = one_variable_staging();
-  return read.path == BodyPath::single_records ? read_variable(read, staging.SW, staging.SPNTR)
-                                               : read_variable(read, staging.DW, staging.DPNTR);
+  return parameters_are_double(read.coding) ? read_variable(read, staging.DW, staging.DPNTR)
+                                            : read_variable(read, staging.SW, staging.SPNTR);
 }
 
 }  // namespace
@@ -189,11 +188,11 @@ void readnextp3dvar(integer ivar, const FileName& filename, integer iformat, log
                     array_view<float, 2> varvalues, array_view<const integer, 1> idim,
                     array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
                     integer rsttype, logical multiblock) try {
-  const Layout& layout = layout_of(rsttype);
+  const LayoutTraits& layout = p3dgrid::traits_of(rsttype);
   announce_restart(announce_restart_read, filename, iformat, dblprec, layout, multiblock, ivar);
   check_layout(filename, layout, rsttype);
   const Unit unit(unit_number::restart_read, iformat);
-  VariableRead read{ivar,    filename,         unit,      layout, body_path(unit, dblprec),
+  VariableRead read{ivar,    filename,         unit,      layout, coding_of(unit, dblprec),
                     nblocks, sum(blockpoints), varvalues, {}};
   if (unit.known()) {
     read.points = checked_numbering(restart_file(filename), nblocks, idim, jdim, kdim);

@@ -40,7 +40,7 @@ void write_blocks(const Unit& unit, integer ivar, const PointNumbering& points, 
                   array_view<const float, 2> values, array_view<double, 2> staging = {}) {
   for (integer b = 1; b <= nblocks; ++b) {
     message("Writing flow variable ", ivar, " for grid ", b);
-    unit.write({recordio::by_way_of(staging, variable_lines(values, points, b, 1, 1))});
+    unit.write({recordio::by_way_of(staging, variable_lines(values, points, b, {1, 1}))});
   }
 }
 

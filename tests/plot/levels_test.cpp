@@ -5,7 +5,7 @@
 #include <cmath>
 #include <limits>
 
-namespace p3dgrid::plot {
+namespace p3dgrid::tool::plot {
 namespace {
 
 std::vector<Surface> surface_of(const std::vector<float>& values) {
@@ -80,4 +80,4 @@ TEST(Levels, OneValueIsOneBand) {
 }
 
 }  // namespace
-}  // namespace p3dgrid::plot
+}  // namespace p3dgrid::tool::plot

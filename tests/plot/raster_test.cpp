@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-namespace p3dgrid::plot {
+namespace p3dgrid::tool::plot {
 namespace {
 
 constexpr std::uint32_t opaque = 0xff000000;
@@ -90,4 +90,4 @@ TEST(Raster, NothingIsDrawnOutside) {
 }
 
 }  // namespace
-}  // namespace p3dgrid::plot
+}  // namespace p3dgrid::tool::plot

@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-namespace p3dgrid::plot {
+namespace p3dgrid::tool::plot {
 namespace {
 
 using testing::ElementsAre;
@@ -46,4 +46,4 @@ TEST(Ticks, ThereAreNoneWhereNumbersAreTooCoarse) {
 }
 
 }  // namespace
-}  // namespace p3dgrid::plot
+}  // namespace p3dgrid::tool::plot

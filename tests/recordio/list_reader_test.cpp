@@ -199,9 +199,16 @@ TEST_F(ListDirectedText, ACommaAtTheStartIsANullValueWhereverTheNumbersStand) {
 }
 
 TEST_F(ListDirectedText, LongNumbersAreReadAlikeWhereverTheyStand) {
-  const std::string zeros(3000, '0');
-  EXPECT_EQ(four_of("1." + zeros + " 2 3 4"), (Reals{1, 2, 3, 4}));
-  EXPECT_EQ(four_of("1." + zeros + zeros + " 2 3 4"), Reals{});
+  for (const std::size_t length : {3000, 5000, 1'000'000}) {
+    const std::string zeros(length, '0');
+    EXPECT_EQ(four_of("1." + zeros + " 2 3 4"), (Reals{1, 2, 3, 4}));
+    EXPECT_EQ(four_of(zeros + "1 2 3 " + zeros + "4e0"), (Reals{1, 2, 3, 4}));
+  }
+}
+
+TEST_F(ListDirectedText, AWordWithoutEndIsNoNumber) {
+  EXPECT_EQ(four_of("1." + std::string(1 << 21, '0') + " 2 3 4"), Reals{});
+  EXPECT_EQ(p3dlastfailure().found, "a word of more than 1048576 characters");
 }
 
 TEST_F(ListDirectedText, ANaNKeepsItsBitsWhereverItStands) {
