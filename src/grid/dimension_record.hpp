@@ -27,4 +27,7 @@ void write_dimension_record(const recordio::Unit& unit, integer nblocks, ConstCo
 [[nodiscard]] bool can_hold_dimensions(const recordio::Unit& unit, integer nblocks,
                                        recordio::Claim claim = recordio::Claim::one_record);
 
+/// Makes extents that no array of points can have a failed read.
+void fail_on_extents(const recordio::Unit& unit, integer block, integer i, integer j, integer k);
+
 }  // namespace mod_p3dgrid

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <limits>
 #include <new>
 #include <string>
 #include <type_traits>
@@ -136,13 +135,9 @@ struct RestartRead {
                   "a count from 0 on");
         return false;
       }
-      counted = std::max(counted, variables * points.total);
+      counted = std::max<std::int64_t>(counted, variables);
     }
-    std::int64_t asked_for = 0;
-    if (__builtin_mul_overflow(per_point, points.total, &asked_for)) {
-      asked_for = std::numeric_limits<std::int64_t>::max();
-    }
-    return unit.can_hold(std::max(counted, asked_for), real_kind(path),
+    return unit.can_hold(values_of(points.total, std::max(counted, per_point)), real_kind(path),
                          recordio::Claim::as_far_as_it_goes,
                          "the flow variables of " + std::to_string(points.total) + " points");
   }

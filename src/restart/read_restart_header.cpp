@@ -129,12 +129,9 @@ bool read_extents(const Unit& unit, DimensionKind dimensions, integer nblocks,
 /// Whether the extents can be those of blocks; garbage seldom can.
 bool can_be_true(const Unit& unit, integer nblocks, const HeaderExtents& extents) {
   const auto& [ieng, jeng, keng] = extents;
-  std::int64_t points = 0;
   for (integer b = 1; b <= nblocks; ++b) {
-    if (count_points(points, ieng(b), jeng(b), keng(b))) continue;
-    unit.fail("block " + std::to_string(b) + " of " + std::to_string(ieng(b)) + " x " +
-                  std::to_string(jeng(b)) + " x " + std::to_string(keng(b)) + " points",
-              "extents from 0 on, and points that 32 bits can count");
+    if (points_of_block(ieng(b), jeng(b), keng(b))) continue;
+    fail_on_extents(unit, b, ieng(b), jeng(b), keng(b));
     return false;
   }
   return true;

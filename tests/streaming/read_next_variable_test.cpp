@@ -149,6 +149,9 @@ TEST_F(ReadNextVariable, ArraysTooSmallAreErrorsOfTheRun) {
   restart.blockpoints = {4, 3};
   values.pop_back();
   expect_refused({.layout = 1}, 1, "varvalues holds 6 points, 7 are needed");
+  restart.idim = restart.jdim = {40000, 40000};
+  restart.kdim = {1, 1};
+  expect_refused({.layout = 1}, 1, "blockpoints holds 7 points, 3200000000 are needed");
   restart.idim[0] = -1;
   expect_refused({.layout = 1}, 1, "extents of block 1 are below 0");
   expect_refused({.layout = 1}, 1, "extents of block 1 are below 0");
