@@ -331,10 +331,11 @@ void readp3drestart(const FileName& filename, integer iformat, logical dblprec, 
   check_layout(filename, layout, rsttype);
   const Unit unit(unit_number::restart_read, iformat);
   integer ngrid = 1;
-  HeaderExtents dropped;
-  if (!read_restart_header(filename, iformat, dblprec, ngrid, rsttype, multiblock, dropped)) {
+  HeaderExtents extents;
+  if (!read_restart_header(filename, iformat, dblprec, ngrid, rsttype, multiblock, extents)) {
     return;
   }
+  if (!can_be_of_blocks(unit, extents)) return host::dispfilereaderror();
   RestartRead read{filename, unit, layout,    body_path(unit, dblprec),
                    ngrid,    {},   varvalues, auxvalues};
   bool complete = false;

@@ -126,17 +126,6 @@ bool read_extents(const Unit& unit, DimensionKind dimensions, integer nblocks,
   return true;
 }
 
-/// Whether the extents can be those of blocks; garbage seldom can.
-bool can_be_true(const Unit& unit, integer nblocks, const HeaderExtents& extents) {
-  const auto& [ieng, jeng, keng] = extents;
-  for (integer b = 1; b <= nblocks; ++b) {
-    if (points_of_block(ieng(b), jeng(b), keng(b))) continue;
-    fail_on_extents(unit, b, ieng(b), jeng(b), keng(b));
-    return false;
-  }
-  return true;
-}
-
 }  // namespace
 
 bool read_restart_header(const FileName& filename, integer iformat, logical dblprec,
@@ -150,10 +139,19 @@ bool read_restart_header(const FileName& filename, integer iformat, logical dblp
   const bool complete = read_lead(unit, layout.header, nblocks, dblprec, multiblock, extents) &&
                         can_hold_dimensions(unit, nblocks, claim_of(layout.dimensions)) &&
                         allocate_extents(unit, nblocks, extents) &&
-                        read_extents(unit, layout.dimensions, nblocks, extents) &&
-                        can_be_true(unit, nblocks, extents);
+                        read_extents(unit, layout.dimensions, nblocks, extents);
   if (!complete) host::dispfilereaderror();
   return complete;
+}
+
+bool can_be_of_blocks(const Unit& unit, const HeaderExtents& extents) {
+  const auto& [ieng, jeng, keng] = extents;
+  for (integer b = 1; b <= ieng.size(); ++b) {
+    if (points_of_block(ieng(b), jeng(b), keng(b))) continue;
+    fail_on_extents(unit, b, ieng(b), jeng(b), keng(b));
+    return false;
+  }
+  return true;
 }
 
 void readrestartheader(const FileName& filename, integer iformat, logical dblprec, integer& nblocks,

@@ -297,6 +297,16 @@ TEST_F(ReadNextVariable, OneOlderTimeLevelIsSkipped) {
   EXPECT_EQ(values[6], static_cast<float>(HandMadeRestart::flow(5, 6)));
 }
 
+TEST_F(ReadNextVariable, AHeaderWhoseExtentsNoBlockCanHaveIsAFailedRead) {
+  set_sections({{1, 5}});
+  write_file("restart", Bytes().i4s({2, 65536, 65536, 1, 3, 1, 1}).str() + std::string(1000, '\0'));
+  read({.layout = 2, .iformat = 2}, 1);
+  EXPECT_THAT(calls, ElementsAre("dispreadwrite(1, 40, 200, restart, 2, F, 1, -, T, -, -)",
+                                 "checkallocationerror(0)", "dispfilereaderror()"));
+  EXPECT_THAT(p3dlastfailure().describe(), HasSubstr("block 1 of 65536 x 65536 x 1 points"));
+  EXPECT_THAT(values, Each(-77.F));
+}
+
 TEST_F(ReadNextVariable, SectionsOutsideTheVariablesAreErrorsOfTheRun) {
   set_sections({{1, 5}});
   mod_gridvars::rstrtvarsct(1, 2) = 6;
