@@ -29,7 +29,7 @@
 ///   header that cannot be true (sizes far beyond what the file can hold; where points are read, a
 ///   negative extent or a block whose points 32 bits cannot count) calls
 ///   `mod_gridvars::dispfilereaderror` once and returns; the unit stays open. `p3dlastfailure` says
-///   what and where.
+///   what and where. What the file holds up to there has arrived, to the last whole value.
 /// - The status of every allocation of an array goes to `mod_gridvars::checkallocationerror`. Other
 ///   memory that runs out (buffers, lists, texts) is an error of the run, "... out of memory"; the
 ///   operation can be called again. `std::bad_alloc` leaves it only where the host has thrown that.

@@ -45,7 +45,9 @@ void UnformattedRecordReader::begin_piece() {
     throw ReadError{status_error, at, "the marker " + std::to_string(marker), "a record length"};
   }
   more_follow_ = marker < 0;
-  piece_length_ = piece_left_ = more_follow_ ? -std::int64_t{marker} : marker;
+  piece_length_ = more_follow_ ? -std::int64_t{marker} : marker;
+  piece_end_ = file_.offset() + piece_length_;
+  payload_ += piece_length_;
 }
 
 void UnformattedRecordReader::end_piece() {
@@ -59,20 +61,18 @@ void UnformattedRecordReader::end_piece() {
   first_piece_ = false;
 }
 
+/// Bytes, of those wanted, that no marker interrupts.
 std::int64_t UnformattedRecordReader::next_run(std::int64_t wanted) {
-  while (piece_left_ == 0) {
+  while (piece_left() == 0) {
     if (!more_follow_) {
       throw ReadError{status_error, file_.offset(),
-                      "the end of a record of " + std::to_string(payload_read_) + " bytes",
+                      "the end of a record of " + std::to_string(payload_) + " bytes",
                       std::to_string(wanted) + " more bytes in it"};
     }
     end_piece();
     begin_piece();
   }
-  const std::int64_t run = std::min(wanted, piece_left_);
-  piece_left_ -= run;
-  payload_read_ += run;
-  return run;
+  return std::min(wanted, piece_left());
 }
 
 void UnformattedRecordReader::read(void* destination, std::int64_t bytes) {
@@ -94,18 +94,18 @@ void UnformattedRecordReader::discard(std::int64_t bytes) {
 }
 
 void UnformattedRecordReader::expect_end() {
-  if (piece_left_ == 0 && !more_follow_) return;
+  if (piece_left() == 0 && !more_follow_) return;
   throw ReadError{status_error, file_.offset(),
-                  "a record of more than " + std::to_string(payload_read_) + " bytes",
-                  "its end after " + std::to_string(payload_read_)};
+                  "a record of more than " + std::to_string(bytes_read()) + " bytes",
+                  "its end after " + std::to_string(bytes_read())};
 }
 
 void UnformattedRecordReader::finish() {
-  file_.skip(piece_left_);
+  file_.skip(piece_left());
   end_piece();
   while (more_follow_) {
     begin_piece();
-    file_.skip(piece_left_);
+    file_.skip(piece_left());
     end_piece();
   }
 }
