@@ -26,9 +26,10 @@
 ///
 /// ### Failures
 /// - A read that meets the end of the file, a damaged record, text that is not a number, or a
-///   header that cannot be true (a negative extent, points that 32 bits cannot count, sizes far
-///   beyond what the file can hold) calls `mod_gridvars::dispfilereaderror` once and returns; the
-///   unit stays open. `p3dlastfailure` says what and where.
+///   header that cannot be true (sizes far beyond what the file can hold; where points are read, a
+///   negative extent or a block whose points 32 bits cannot count) calls
+///   `mod_gridvars::dispfilereaderror` once and returns; the unit stays open. `p3dlastfailure` says
+///   what and where. What the file holds up to there has arrived, to the last whole value.
 /// - The status of every allocation of an array goes to `mod_gridvars::checkallocationerror`. Other
 ///   memory that runs out (buffers, lists, texts) is an error of the run, "... out of memory"; the
 ///   operation can be called again. `std::bad_alloc` leaves it only where the host has thrown that.
@@ -209,9 +210,8 @@ void writep3dgrid(const FileName& filename, integer iformat, logical dblprec, in
 ///
 /// Sets `itimeint` (0 unless the header carries it) and the variables that the layout carries; the
 /// others keep their values. `nfvar` is allocated for layout 3 unless it is allocated already; one
-/// that is shorter than the block count makes the read fail, and so do extents that cannot be true.
-/// After a failed read the module variables hold what was read so far. An unknown layout code means
-/// a file without header.
+/// that is shorter than the block count makes the read fail. After a failed read the module
+/// variables hold what was read so far. An unknown layout code means a file without header.
 ///
 /// A TALVEN header of equation set 1 in a single-precision unformatted or binary file is not
 /// supported: the run is halted with "Single precision TALVEN reads not working!".

@@ -133,12 +133,12 @@ void Looks<Stated, Detect>::refuse() const {
 
 [[noreturn]] void refuse_to_guess(const std::string& path, const std::vector<Reading>& fitting) {
   const bool checked = fitting.front().checked;
-  throw Failure(ExitStatus::unusable,
-                path +
-                    (checked ? ": can be more than one thing, say which by the options behind it:"
-                             : ": holds no extents, and --grid GRID would tell by those of its "
-                               "grid which it is:"),
-                named(fitting));
+  throw Failure(
+      ExitStatus::unusable,
+      path + (checked ? ": can be more than one thing, say which by the options behind it:"
+                      : ": holds no extents, and --grid GRID would tell by those of its "
+                        "grid which it is:"),
+      named(fitting));
 }
 
 template <class Stated, class Detect>

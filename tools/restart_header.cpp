@@ -1,6 +1,8 @@
 #include "restart_header.hpp"
 
+#include <cstdint>
 #include <filesystem>
+#include <limits>
 
 #include "extents.hpp"
 #include "failure.hpp"
@@ -24,6 +26,18 @@ struct UnitCloser {
   ~UnitCloser() { mod_p3dgrid::p3dcloseunit(read_unit); }
 };
 
+/// The library hands over what a header holds, whatever it is.
+void require_countable_points(const std::string& path, const Extents& extents) {
+  for (std::size_t b = 0; b < extents.i.size(); ++b) {
+    const std::int64_t layer = std::int64_t{extents.i[b]} * extents.j[b];
+    constexpr std::int64_t most = std::numeric_limits<integer>::max();
+    const bool negative = extents.i[b] < 0 || extents.j[b] < 0 || extents.k[b] < 0;
+    if (!negative && (layer == 0 || extents.k[b] <= most / layer)) continue;
+    throw Unreadable(path + ": block " + std::to_string(b + 1) + " has extents of " +
+                     extents.text_of(b) + ", which no block can have");
+  }
+}
+
 }  // namespace
 
 RestartHeader read_restart_header(const std::string& path, const RestartForm& form) {
@@ -44,6 +58,7 @@ RestartHeader read_restart_header(const std::string& path, const RestartForm& fo
     throw Unreadable(path + ": has a block count of " + std::to_string(header.blocks));
   }
   if (traits_of(form.layout).holds_extents()) header.extents = extents_from(idim, jdim, kdim);
+  require_countable_points(path, header.extents);
   if (form.layout == Layout::function) {
     const auto counts = mod_p3dgrid::nfvar.span();
     header.functions.assign(counts.begin(), counts.end());

@@ -72,7 +72,7 @@ std::vector<Fit> Evidence::fit(const Coding& coding, std::span<FilePlan> plans) 
     recordio::InputFile text(path_, text_buffer);
     TextCount count;
     std::vector<Fit> fits = fit_of_text(text, plans, count);
-    text_bytes_ += text.bytes_read();
+    text_bytes_ += text.bytes_taken();
     text_values_ = count.values;
     text_commas_ = count.commas;
     return fits;

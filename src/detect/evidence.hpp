@@ -32,7 +32,7 @@ class Evidence {
   explicit Evidence(const std::string& path);
 
   [[nodiscard]] std::int64_t size() const { return size_; }
-  [[nodiscard]] std::int64_t bytes_read() const { return file_.bytes_read() + text_bytes_; }
+  [[nodiscard]] std::int64_t bytes_read() const { return file_.bytes_taken() + text_bytes_; }
   /// The file, to be read from wherever `go_to` goes.
   recordio::InputFile& file() { return file_; }
 

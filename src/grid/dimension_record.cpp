@@ -59,4 +59,10 @@ bool can_hold_dimensions(const recordio::Unit& unit, integer nblocks, recordio::
          unit.can_hold(blocks * extents_per_block, FileKind::integer4, claim, announced);
 }
 
+void fail_on_extents(const recordio::Unit& unit, integer block, integer i, integer j, integer k) {
+  unit.fail("block " + std::to_string(block) + " of " + std::to_string(i) + " x " +
+                std::to_string(j) + " x " + std::to_string(k) + " points",
+            "extents from 0 on, and points that 32 bits can count");
+}
+
 }  // namespace mod_p3dgrid

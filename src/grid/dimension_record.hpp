@@ -37,4 +37,7 @@ inline void write_dimension_record(const recordio::Unit& unit, integer nblocks,
 [[nodiscard]] bool can_hold_dimensions(const recordio::Unit& unit, integer nblocks,
                                        recordio::Claim claim = recordio::Claim::one_record);
 
+/// Makes extents that no array of points can have a failed read.
+void fail_on_extents(const recordio::Unit& unit, integer block, integer i, integer j, integer k);
+
 }  // namespace mod_p3dgrid

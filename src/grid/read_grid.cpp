@@ -58,10 +58,7 @@ bool number_points(const Unit& unit, integer nblocks, const allocatable<integer,
     if (wrong_block == 0 && !numbering.number_block(b, idim(b), jdim(b), kdim(b))) wrong_block = b;
   }
   if (wrong_block == 0) return true;
-  unit.fail("block " + std::to_string(wrong_block) + " of " + std::to_string(idim(wrong_block)) +
-                " x " + std::to_string(jdim(wrong_block)) + " x " +
-                std::to_string(kdim(wrong_block)) + " points",
-            "extents from 0 on, and points that 32 bits can count");
+  fail_on_extents(unit, wrong_block, idim(wrong_block), jdim(wrong_block), kdim(wrong_block));
   return false;
 }
 
@@ -80,8 +77,8 @@ bool read_blocks(const Unit& unit, const GridBody& grid, array_view<double, 2> s
 bool read_body(const Unit& unit, GridBody& grid) {
   const std::int64_t total = grid.numbering.total;
   const FileKind kind = coordinate_kind(unit, grid.dblprec);
-  if (!unit.can_hold(total * coordinates_per_point, kind, recordio::Claim::as_far_as_it_goes,
-                     std::to_string(total) + " points")) {
+  if (!unit.can_hold(values_of(total, coordinates_per_point), kind,
+                     recordio::Claim::as_far_as_it_goes, std::to_string(total) + " points")) {
     return false;
   }
   bool usable = true;

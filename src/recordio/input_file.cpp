@@ -82,7 +82,7 @@ std::size_t InputFile::read_some(void* destination, std::size_t bytes) {
   const std::size_t got =
       completed(file_offset_, [&] { return ::read(descriptor_, destination, bytes); });
   file_offset_ += static_cast<std::int64_t>(got);
-  bytes_read_ += static_cast<std::int64_t>(got);
+  bytes_taken_ += static_cast<std::int64_t>(got);
   return got;
 }
 

@@ -17,7 +17,8 @@ class InputFile {
   InputFile& operator=(const InputFile&) = delete;
   ~InputFile();
 
-  /// Moves the next `bytes` bytes to `destination`. Throws `ReadError` if the file ends before.
+  /// Moves the next `bytes` bytes to `destination`. Throws `ReadError` if the file ends before,
+  /// once it has moved what is there.
   void read(void* destination, std::int64_t bytes);
 
   /// Reads `bytes` bytes and drops them. Throws `ReadError` if the file ends before.
@@ -31,7 +32,12 @@ class InputFile {
   void go_to(std::int64_t offset);
 
   /// Bytes that have been taken from the system.
-  [[nodiscard]] std::int64_t bytes_read() const { return bytes_read_; }
+  [[nodiscard]] std::int64_t bytes_taken() const { return bytes_taken_; }
+
+  /// Whether `bytes` more bytes are there. False where that cannot be known.
+  [[nodiscard]] bool surely_holds(std::int64_t bytes) const {
+    return bytes <= end_ - begin_ || lies_ahead(bytes);
+  }
 
   /// Whether `bytes` more bytes are there and can be read in any order.
   [[nodiscard]] bool lies_ahead(std::int64_t bytes) const;
@@ -45,6 +51,8 @@ class InputFile {
 
   /// Byte at which the next read begins, counted from 0.
   [[nodiscard]] std::int64_t offset() const { return file_offset_ - (end_ - begin_); }
+  /// Bytes read so far.
+  [[nodiscard]] std::int64_t bytes_read() const { return offset(); }
 
   /// Bytes from here to the end of the file, if the file has a size.
   [[nodiscard]] std::optional<std::int64_t> remaining() const;
@@ -84,7 +92,7 @@ class InputFile {
   const char* begin_ = nullptr;
   const char* end_ = nullptr;
   std::int64_t file_offset_ = 0;  ///< byte behind those at hand
-  std::int64_t bytes_read_ = 0;
+  std::int64_t bytes_taken_ = 0;
 };
 
 }  // namespace mod_p3dgrid::recordio

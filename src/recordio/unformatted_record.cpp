@@ -45,7 +45,9 @@ void UnformattedRecordReader::begin_piece() {
     throw ReadError{status_error, at, "the marker " + std::to_string(marker), "a record length"};
   }
   more_follow_ = marker < 0;
-  piece_length_ = piece_left_ = more_follow_ ? -std::int64_t{marker} : marker;
+  piece_length_ = more_follow_ ? -std::int64_t{marker} : marker;
+  piece_end_ = file_.offset() + piece_length_;
+  payload_ += piece_length_;
 }
 
 void UnformattedRecordReader::end_piece() {
@@ -59,19 +61,17 @@ void UnformattedRecordReader::end_piece() {
   first_piece_ = false;
 }
 
+/// Bytes, of those wanted, that no marker interrupts.
 std::int64_t UnformattedRecordReader::next_run(std::int64_t wanted) {
-  while (piece_left_ == 0) {
+  while (piece_left() == 0) {
     if (!more_follow_) {
       throw ReadError{status_error, file_.offset(),
-                      "the end of a record of " + std::to_string(payload_read_) + " bytes",
+                      "the end of a record of " + std::to_string(payload_) + " bytes",
                       std::to_string(wanted) + " more bytes in it"};
     }
     next_piece();
   }
-  const std::int64_t run = std::min(wanted, piece_left_);
-  piece_left_ -= run;
-  payload_read_ += run;
-  return run;
+  return std::min(wanted, piece_left());
 }
 
 void UnformattedRecordReader::read(void* destination, std::int64_t bytes) {
@@ -94,26 +94,22 @@ void UnformattedRecordReader::discard(std::int64_t bytes) {
 
 void UnformattedRecordReader::expect_end() {
   const std::int64_t at = file_.offset();
-  std::int64_t left = piece_left_;
-  while (more_follow_) {
-    next_piece();
-    left += piece_left_;
-  }
-  if (left == 0) return;
-  throw ReadError{status_error, at,
-                  "a record of " + std::to_string(payload_read_ + left) + " bytes",
-                  "one of " + std::to_string(payload_read_)};
+  const std::int64_t read = bytes_read();
+  while (more_follow_) next_piece();
+  if (payload_ == read) return;
+  throw ReadError{status_error, at, "a record of " + std::to_string(payload_) + " bytes",
+                  "one of " + std::to_string(read)};
 }
 
 void UnformattedRecordReader::next_piece() {
-  file_.skip(piece_left_);
+  file_.skip(piece_left());
   end_piece();
   begin_piece();
 }
 
 void UnformattedRecordReader::finish() {
   while (more_follow_) next_piece();
-  file_.skip(piece_left_);
+  file_.skip(piece_left());
   end_piece();
 }
 

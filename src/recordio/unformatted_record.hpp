@@ -16,16 +16,24 @@ class UnformattedRecordReader {
   /// @param order  byte order of the markers
   UnformattedRecordReader(InputFile& file, std::endian order);
 
-  /// Moves payload bytes. Throws `ReadError` when the record holds fewer.
+  /// Moves payload bytes. Throws `ReadError` when the record or the file holds fewer, once it has
+  /// moved those.
   void read(void* destination, std::int64_t bytes);
   /// Reads payload bytes and drops them.
   void discard(std::int64_t bytes);
+
+  /// Payload bytes read so far.
+  [[nodiscard]] std::int64_t bytes_read() const { return payload_ - piece_left(); }
+
+  [[nodiscard]] bool surely_holds(std::int64_t bytes) const {
+    return bytes <= piece_left() && file_.surely_holds(bytes);
+  }
 
   /// @name Payload in any order
   /// As in `InputFile`, for payload that no marker interrupts.
   /// @{
   [[nodiscard]] bool lies_ahead(std::int64_t bytes) const {
-    return bytes <= piece_left_ && file_.lies_ahead(bytes);
+    return bytes <= piece_left() && file_.lies_ahead(bytes);
   }
   void read_ahead(std::int64_t distance, void* destination, std::int64_t bytes) {
     file_.read_ahead(distance, destination, bytes);
@@ -45,12 +53,13 @@ class UnformattedRecordReader {
   void next_piece();
   [[nodiscard]] std::int64_t next_run(std::int64_t wanted);
   [[nodiscard]] Marker read_marker();
+  [[nodiscard]] std::int64_t piece_left() const { return piece_end_ - file_.offset(); }
 
   InputFile& file_;
   std::endian order_;
-  std::int64_t payload_read_ = 0;
+  std::int64_t payload_ = 0;  ///< bytes of the pieces begun so far
   std::int64_t piece_length_ = 0;
-  std::int64_t piece_left_ = 0;
+  std::int64_t piece_end_ = 0;  ///< byte of the file behind the piece
   bool first_piece_ = true;
   bool more_follow_ = false;
 };

@@ -9,13 +9,16 @@
 
 #include "recordio/byte_order.hpp"
 #include "recordio/interleave.hpp"
+#include "recordio/read_error.hpp"
 #include "recordio/record_list.hpp"
 
 /// Moves the values of list entries between memory and the payload of an unformatted or binary
 /// record.
 ///
-/// A payload to read from is any type with `read(void*, bytes)` and `discard(bytes)`, and with
-/// `lies_ahead(bytes)`, which says whether so many bytes lie in one run of a file that allows
+/// A payload to read from is any type with `read(void*, bytes)` and `discard(bytes)`, with
+/// `bytes_read()`, which counts those that a failed read has moved too, and with
+/// `surely_holds(bytes)`, which says whether so many bytes are known to be there. Its
+/// `lies_ahead(bytes)` says whether they lie in one run of a file that allows
 /// `read_ahead(distance, void*, bytes)`, reading behind the place where it stands, and
 /// `skip(bytes)`. One to write to has `write(const void*, bytes)`, and `lies_ahead`,
 /// `write_ahead(distance, const void*, bytes)` and `skip(bytes)` likewise.
@@ -75,32 +78,50 @@ auto* place_of(const Values<Memory>& entry, std::int64_t row, std::int64_t index
   return static_cast<Place*>(entry.memory) + index * entry.stride + row;
 }
 
-/// Values next to each other.
+/// Reads values into `piece` and calls `keep` with their number. If that fails, the values that
+/// have arrived whole are kept all the same.
+template <class T, class Payload, class Keep>
+void read_piece(Payload& payload, bool foreign, T* piece, std::int64_t count, Keep keep) {
+  const std::int64_t before = payload.bytes_read();
+  const auto take = [&](std::int64_t whole) {
+    if (foreign) reverse_bytes(piece, whole);
+    keep(whole);
+  };
+  try {
+    payload.read(piece, bytes_for<T>(count));
+  } catch (const ReadError&) {
+    take((payload.bytes_read() - before) / bytes_for<T>(1));
+    throw;
+  }
+  take(count);
+}
+
+/// Values next to each other, all of which are there.
 template <class T, class Payload>
 void read_run(Payload& payload, bool foreign, T* to, std::int64_t count) {
-  if (!foreign) return payload.read(to, bytes_for<T>(count));
-  for (std::int64_t done = 0; done < count; done += piece_values) {
-    const std::int64_t n = std::min(piece_values, count - done);
-    payload.read(to + done, bytes_for<T>(n));
-    reverse_bytes(to + done, n);
+  const std::int64_t at_a_time = foreign ? piece_values : count;
+  for (std::int64_t done = 0; done < count; done += at_a_time) {
+    read_piece(payload, foreign, to + done, std::min(at_a_time, count - done), [](std::int64_t) {});
   }
 }
 
 template <class Stored, class Kept, class Payload>
 void read_lines(Payload& payload, bool foreign, const Values<void>& entry) {
-  for (std::int64_t row = 0; row < entry.rows; ++row) {
-    if constexpr (std::is_same_v<Stored, Kept>) {
-      if (entry.stride == 1 && entry.staging == nullptr) {
-        read_run(payload, foreign, static_cast<Kept*>(entry.memory) + row, entry.count);
-        continue;
-      }
+  if constexpr (std::is_same_v<Stored, Kept>) {
+    const bool together = entry.rows == 1 && entry.stride == 1 && entry.staging == nullptr;
+    // Otherwise a value of which the file holds a part would be changed.
+    if (together && payload.surely_holds(entry.bytes())) {
+      return read_run(payload, foreign, static_cast<Kept*>(entry.memory), entry.count);
     }
-    std::array<Stored, piece_values> own;
-    Stored* const piece = passage(entry, own.data());
+  }
+  std::array<Stored, piece_values> own;
+  Stored* const piece = passage(entry, own.data());
+  for (std::int64_t row = 0; row < entry.rows; ++row) {
     for (std::int64_t done = 0; done < entry.count; done += piece_values) {
-      const std::int64_t n = std::min(piece_values, entry.count - done);
-      read_run(payload, foreign, piece, n);
-      interleave(piece, n, 1, n, place_of<Kept>(entry, row, done), entry.stride);
+      read_piece(payload, foreign, piece, std::min(piece_values, entry.count - done),
+                 [&](std::int64_t n) {
+                   interleave(piece, n, 1, n, place_of<Kept>(entry, row, done), entry.stride);
+                 });
     }
   }
 }
@@ -119,6 +140,21 @@ void read_tiles(Payload& payload, bool foreign, const Values<void>& entry) {
                entry.stride);
   }
   payload.skip(entry.bytes());
+}
+
+/// In tiles, of which a failed read loses the last: the lines are then read one after another, as
+/// far as they go.
+template <class Stored, class Kept, class Payload>
+void read_tiles_or_lines(Payload& payload, bool foreign, const Values<void>& entry) {
+  try {
+    read_tiles<Stored, Kept>(payload, foreign, entry);
+  } catch (const ReadError&) {
+    try {
+      read_lines<Stored, Kept>(payload, foreign, entry);
+    } catch (const ReadError&) {  // the first one tells what happened
+    }
+    throw;
+  }
 }
 
 template <class T, class Payload>
@@ -190,7 +226,7 @@ void read_values(Payload& payload, std::endian order, const Values<void>& entry)
   const bool tiles = detail::pays_in_tiles(entry) && payload.lies_ahead(entry.bytes());
   detail::with_types(entry.file_kind, entry.memory_kind,
                      [&]<class Stored, class Kept>(Stored, Kept) {
-                       tiles ? detail::read_tiles<Stored, Kept>(payload, foreign, entry)
+                       tiles ? detail::read_tiles_or_lines<Stored, Kept>(payload, foreign, entry)
                              : detail::read_lines<Stored, Kept>(payload, foreign, entry);
                      });
 }

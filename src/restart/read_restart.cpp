@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <limits>
 #include <new>
 #include <string>
 #include <type_traits>
@@ -144,13 +143,9 @@ struct RestartRead {
                   "a count from 0 on");
         return false;
       }
-      counted = std::max(counted, variables * points.total);
+      counted = std::max<std::int64_t>(counted, variables);
     }
-    std::int64_t asked_for = 0;
-    if (__builtin_mul_overflow(per_point, points.total, &asked_for)) {
-      asked_for = std::numeric_limits<std::int64_t>::max();
-    }
-    return unit.can_hold(std::max(counted, asked_for), real_kind(coding),
+    return unit.can_hold(values_of(points.total, std::max(counted, per_point)), real_kind(coding),
                          recordio::Claim::as_far_as_it_goes,
                          "the flow variables of " + std::to_string(points.total) + " points");
   }
@@ -344,10 +339,11 @@ void readp3drestart(const FileName& filename, integer iformat, logical dblprec, 
   check_layout(filename, layout, rsttype);
   const Unit unit(unit_number::restart_read, iformat);
   integer ngrid = 1;
-  HeaderExtents dropped;
-  if (!read_restart_header(filename, iformat, dblprec, ngrid, rsttype, multiblock, dropped)) {
+  HeaderExtents extents;
+  if (!read_restart_header(filename, iformat, dblprec, ngrid, rsttype, multiblock, extents)) {
     return;
   }
+  if (!can_be_of_blocks(unit, extents)) return host::dispfilereaderror();
   RestartRead read{filename, unit, layout,    coding_of(unit, dblprec),
                    ngrid,    {},   varvalues, auxvalues};
   bool complete = false;

@@ -120,20 +120,6 @@ bool read_extents(const Unit& unit, DimensionKind dimensions, integer nblocks,
          (!unit.known() || read_dimensions(unit, dimensions, nblocks, {ieng, jeng, keng, nfvar}));
 }
 
-/// Whether the extents can be those of blocks; garbage seldom can.
-bool can_be_true(const Unit& unit, integer nblocks, const HeaderExtents& extents) {
-  const auto& [ieng, jeng, keng] = extents;
-  std::int64_t points = 0;
-  for (integer b = 1; b <= nblocks; ++b) {
-    if (count_points(points, ieng(b), jeng(b), keng(b))) continue;
-    unit.fail("block " + std::to_string(b) + " of " + std::to_string(ieng(b)) + " x " +
-                  std::to_string(jeng(b)) + " x " + std::to_string(keng(b)) + " points",
-              "extents from 0 on, and points that 32 bits can count");
-    return false;
-  }
-  return true;
-}
-
 }  // namespace
 
 bool read_restart_header(const FileName& filename, integer iformat, logical dblprec,
@@ -147,10 +133,19 @@ bool read_restart_header(const FileName& filename, integer iformat, logical dblp
   const bool complete = read_lead(unit, layout, nblocks, dblprec, multiblock, extents) &&
                         can_hold_dimensions(unit, nblocks, claim_of(layout.dimensions)) &&
                         allocate_extents(unit, nblocks, extents) &&
-                        read_extents(unit, layout.dimensions, nblocks, extents) &&
-                        can_be_true(unit, nblocks, extents);
+                        read_extents(unit, layout.dimensions, nblocks, extents);
   if (!complete) host::dispfilereaderror();
   return complete;
+}
+
+bool can_be_of_blocks(const Unit& unit, const HeaderExtents& extents) {
+  const auto& [ieng, jeng, keng] = extents;
+  for (integer b = 1; b <= ieng.size(); ++b) {
+    if (points_of_block(ieng(b), jeng(b), keng(b))) continue;
+    fail_on_extents(unit, b, ieng(b), jeng(b), keng(b));
+    return false;
+  }
+  return true;
 }
 
 void readrestartheader(const FileName& filename, integer iformat, logical dblprec, integer& nblocks,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "MOD_P3DReader.hpp"
+#include "recordio/unit.hpp"
 
 namespace mod_p3dgrid {
 
@@ -15,6 +16,11 @@ struct HeaderExtents {
 [[nodiscard]] bool read_restart_header(const FileName& filename, integer iformat, logical dblprec,
                                        integer& nblocks, integer rsttype, logical multiblock,
                                        HeaderExtents& extents);
+
+/// Whether blocks can have the extents that a header has given: garbage seldom can be them. Asked
+/// before arrays of points are allocated for the file. If not, that is a failed read, which the
+/// host has not been told of.
+[[nodiscard]] bool can_be_of_blocks(const recordio::Unit& unit, const HeaderExtents& extents);
 
 /// Does what `writerestartheader` says.
 void write_restart_header(const FileName& filename, integer iformat, logical dblprec,

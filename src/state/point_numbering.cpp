@@ -6,22 +6,27 @@
 
 namespace mod_p3dgrid {
 
-bool count_points(std::int64_t& total, integer i, integer j, integer k) {
-  if (i < 0 || j < 0 || k < 0) return false;
+std::int64_t values_of(std::int64_t points, std::int64_t values_per_point) {
+  std::int64_t values = 0;
+  const bool too_many = __builtin_mul_overflow(points, values_per_point, &values);
+  return too_many ? std::numeric_limits<std::int64_t>::max() : values;
+}
+
+std::optional<integer> points_of_block(integer i, integer j, integer k) {
+  if (i < 0 || j < 0 || k < 0) return std::nullopt;
   // i*j fits 64 bits; with k it may not.
-  std::int64_t points = 0;
-  if (__builtin_mul_overflow(std::int64_t{i} * j, std::int64_t{k}, &points)) return false;
-  if (points > std::numeric_limits<integer>::max() - total) return false;
-  total += points;
-  return true;
+  const std::int64_t points = values_of(std::int64_t{i} * j, k);
+  if (points > std::numeric_limits<integer>::max()) return std::nullopt;
+  return static_cast<integer>(points);
 }
 
 bool PointNumbering::number_block(integer block, integer i, integer j, integer k) {
-  const std::int64_t before_it = total;
-  if (!count_points(total, i, j, k)) return false;
-  npts(block) = static_cast<integer>(total - before_it);
-  istart(block) = static_cast<integer>(before_it + 1);
-  iend(block) = static_cast<integer>(total);
+  const std::optional<integer> points = points_of_block(i, j, k);
+  if (!points) return false;
+  npts(block) = *points;
+  istart(block) = total + 1;
+  total += *points;
+  iend(block) = total;
   return true;
 }
 
@@ -35,8 +40,10 @@ PointNumbering checked_numbering(const std::string& file, integer nblocks,
              std::to_string(nblocks));
   }
   PointNumbering points;
-  for (auto* array : {&points.npts, &points.istart, &points.iend}) {
-    if (array->allocate(nblocks) != allocation_done) fail_run(file + ": out of memory");
+  if (points.npts.allocate(nblocks) != allocation_done ||
+      points.istart.allocate(nblocks) != allocation_done ||
+      points.iend.allocate(nblocks) != allocation_done) {
+    fail_run(file + ": out of memory");
   }
   for (integer b = 1; b <= nblocks; ++b) {
     if (points.number_block(b, idim(b), jdim(b), kdim(b))) continue;

@@ -1,29 +1,33 @@
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <string>
 
 #include "mod_p3dgrid/arrays.hpp"
 
 namespace mod_p3dgrid {
 
-/// Adds the points of one more block to `total`. False, with nothing changed, when an extent is
-/// below 0 or when 32 bits cannot count the points up to here.
-[[nodiscard]] bool count_points(std::int64_t& total, integer i, integer j, integer k);
+/// Values of so many points, or the largest number of 64 bits if there are more.
+[[nodiscard]] std::int64_t values_of(std::int64_t points, std::int64_t values_per_point);
+
+/// Points of a block. None where an extent is below 0 or where 32 bits cannot count them.
+[[nodiscard]] std::optional<integer> points_of_block(integer i, integer j, integer k);
 
 /// Where the points of each block lie in the one sequence of all points: block b holds `npts(b)`
 /// points, `istart(b)` to `iend(b)`, counted from 1. A block without points ends before it starts.
+/// The points of a block are counted in 32 bits, those of all blocks in 64.
 struct PointNumbering {
   allocatable<integer, 1> npts;
-  allocatable<integer, 1> istart;
-  allocatable<integer, 1> iend;
+  allocatable<std::int64_t, 1> istart;
+  allocatable<std::int64_t, 1> iend;
   std::int64_t total = 0;  ///< points of the blocks numbered so far
 
   /// Points that lie before a block's first.
-  [[nodiscard]] std::int64_t before(integer block) const {
-    return std::int64_t{iend(block)} - npts(block);
-  }
+  [[nodiscard]] std::int64_t before(integer block) const { return iend(block) - npts(block); }
 
-  /// Numbers block `block`, the one after those numbered before. False as `count_points`.
+  /// Numbers block `block`, the one after those numbered before. False, with nothing changed, when
+  /// `points_of_block` has none.
   [[nodiscard]] bool number_block(integer block, integer i, integer j, integer k);
 };
 

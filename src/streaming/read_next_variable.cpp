@@ -199,10 +199,11 @@ void readnextp3dvar(integer ivar, const FileName& filename, integer iformat, log
     check_arguments(read);
   }
   integer scratch = 1;
-  HeaderExtents dropped;
-  if (!read_restart_header(filename, iformat, dblprec, scratch, rsttype, multiblock, dropped)) {
+  HeaderExtents extents;
+  if (!read_restart_header(filename, iformat, dblprec, scratch, rsttype, multiblock, extents)) {
     return;
   }
+  if (!can_be_of_blocks(unit, extents)) return host::dispfilereaderror();
   bool complete = true;
   try {
     complete = !unit.known() || read_body(read);

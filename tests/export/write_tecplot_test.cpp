@@ -206,6 +206,9 @@ TEST_F(WriteTecplot, ArraysTooSmallEndTheRunBeforeTheFileIsTouched) {
   } catch (const RunEnded& end) {
     EXPECT_THAT(end.what(), HasSubstr("qvar holds 2 points, 3 are needed"));
   }
+  idim = jdim = {40000, 40000};
+  kdim = {1, 1};
+  expect_refused(false, "xyz holds 2 points, 3200000000 are needed");
   idim[0] = -3;
   expect_refused(false, "extents of block 1 are below 0");
   idim.clear();

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -39,6 +40,9 @@ class Tiles : public InScratchFolder {
 
   Outcome read(const CallPlan& plan = {}) {
     grid = std::make_unique<Grid>();
+    return read_into_it(plan);
+  }
+  Outcome read_into_it(const CallPlan& plan) {
     begin_run();
     const CallWatch watch(plan);
     const Outcome outcome =
@@ -146,6 +150,34 @@ TEST_F(Tiles, AFailedWriteKeepsNoSpace) {
     ASSERT_EQ(outcome.end, End::failed) << nth;
     const auto kept = static_cast<std::int64_t>(read_file("written").size());
     EXPECT_LE(space_of("written"), kept + 64 * 1024) << nth;
+  }
+}
+
+/// What a file still holds when it has become shorter, every whole value of it.
+TEST_F(Tiles, OfAFileThatShrinksAsFarAsItGoes) {
+  constexpr std::size_t header = 20 + 4;
+  constexpr std::size_t line = points;
+  for (const std::size_t values :
+       {std::size_t{0}, std::size_t{1000}, line + 1000, 2 * line + 140'000}) {
+    for (int nth = 1;; ++nth) {
+      write_file("grid", bytes);
+      const auto shrink = [&] { std::filesystem::resize_file("grid", header + 4 * values + 3); };
+      grid = std::make_unique<Grid>();
+      static_cast<void>(grid->xyz.allocate(3, points));
+      std::ranges::fill(grid->xyz.span(), -1.F);
+      const Outcome outcome = read_into_it({.call = Call::pread, .nth = nth, .before = shrink});
+      if (calls < nth) break;
+      ASSERT_EQ(outcome.end, End::reported) << values << ", read " << nth;
+      ASSERT_EQ(p3dlastfailure().status, -1);
+      for (std::size_t n = 0; n < values; ++n) {
+        ASSERT_EQ(grid->xyz.data()[n % line * 3 + n / line], static_cast<float>(n) / 7)
+            << values << ", read " << nth << ", value " << n;
+      }
+      // What was read before the file shrank is kept, a buffer of it at least.
+      if (nth > 1 || values < 20'000) continue;
+      ASSERT_EQ(grid->xyz.data()[values % line * 3 + values / line], -1.F) << values;
+    }
+    ASSERT_GT(calls, 2);
   }
 }
 

@@ -28,8 +28,7 @@ void run_operation(const Options& options) {
   for (const auto* extents : {&idim, &jdim, &kdim}) {
     require(extents->allocated() && extents->extent(1) == std::max(nblocks, 0),
             "there are extents of each block");
-    require(std::ranges::all_of(extents->span(), [](integer extent) { return extent >= 0; }),
-            "extents are not negative");
+    touch(*extents);
   }
 }
 

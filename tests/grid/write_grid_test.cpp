@@ -155,6 +155,16 @@ TEST_F(WriteGrid, UnknownFormatsWriteNothingButCloseTheUnit) {
   EXPECT_TRUE(messages.empty());
 }
 
+TEST_F(WriteGrid, MorePointsThanThirtyTwoBitsCountAreCounted) {
+  for (auto* extents : {&grid.idim, &grid.jdim, &grid.kdim}) {
+    extents->deallocate();
+    ASSERT_EQ(extents->allocate(3), allocation_done);
+    std::ranges::fill(extents->span(), 1000);
+  }
+  grid.nblocks = 3;
+  expect_refused("coordinates for 3 points with 3 values each, the extents ask for 3000000000");
+}
+
 TEST_F(WriteGrid, RowsBeyondTheThirdAreNotWritten) {
   Grid wide;
   wide.nblocks = 1;
@@ -178,7 +188,10 @@ TEST_F(WriteGrid, ArgumentsThatCannotBeMeantEndTheRunBeforeTheFileIsTouched) {
   grid.jdim(2) = 3;
   expect_refused("coordinates for 3 points with 3 values each, the extents ask for 4");
   grid.jdim(2) = 2147483647;
-  expect_refused("extents of block 2");
+  expect_refused("the extents ask for 2147483648 with 3 each");
+  grid.idim(2) = 2;
+  expect_refused("extents of block 2 are below 0 or more than 32 bits can count");
+  grid.idim(2) = 1;
   grid.jdim(2) = 2;
   grid.nblocks = 3;
   expect_refused("extents of 2 blocks for 3");

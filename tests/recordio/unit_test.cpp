@@ -159,6 +159,22 @@ TEST_F(UnformattedRecords, EndOfFileBetweenRecordsAndInsideThemIsTold) {
   }
 }
 
+TEST_F(UnformattedRecords, LeaveAValueAloneThatIsThereInPart) {
+  std::array<double, 2> numbers{-1, -2};
+  integer number = -3;
+  const std::string whole = Bytes().record(Bytes().r8s({.5, .25}).i4(7)).str();
+  for (std::size_t payload = 0; payload < 20; ++payload) {
+    numbers = {-1, -2};
+    number = -3;
+    write_file("file", whole.substr(0, 4 + payload));
+    unit.open("file", OpenStatus::old);
+    EXPECT_FALSE(unit.read({values(numbers.data(), 2), scalar(number)})) << payload;
+    EXPECT_EQ(numbers[0], payload < 8 ? -1 : .5) << payload;
+    EXPECT_EQ(numbers[1], payload < 16 ? -2 : .25) << payload;
+    EXPECT_EQ(number, -3) << payload;
+  }
+}
+
 TEST_F(UnformattedRecords, TooLongForOneMarkerAreSplit) {
   set_subrecord_limit(8);
   unit.open("file", OpenStatus::unknown);

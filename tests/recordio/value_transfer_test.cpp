@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <fstream>
 #include <ostream>
 #include <thread>
 #include <tuple>
@@ -214,6 +215,136 @@ TEST_P(LinesOfArrays, LeaveAStagingArrayAloneThatIsTooSmall) {
   EXPECT_EQ(again, array);
   EXPECT_EQ(staging, std::vector<double>(5, untouched));
 }
+
+/// The array in memory when the first `held` values of the file have arrived.
+template <class T>
+std::vector<T> array_of_first(const Shape& shape, std::int64_t held) {
+  std::vector<T> array(static_cast<std::size_t>(shape.stride * shape.count), untouched);
+  for (std::int64_t n = 0; n < held; ++n) {
+    const std::int64_t row = n / shape.count;
+    const std::int64_t i = n % shape.count;
+    array[static_cast<std::size_t>(i * shape.stride + row)] = static_cast<T>(value_at(row, i));
+  }
+  return array;
+}
+
+/// Lines of which the file holds a part: whole values arrive, and nothing else is changed.
+class PartsOfLines : public LinesOfArrays {
+ protected:
+  const Unit unit{13, std::get<0>(GetParam())};
+  const std::endian order = std::get<1>(GetParam());
+
+  void SetUp() override {
+    p3dsetbyteorder([this](std::string_view) { return order; });
+  }
+
+  [[nodiscard]] std::vector<Shape> some_shapes() const {
+    std::vector<Shape> all;
+    for (const auto& [rows, stride] : {std::pair{1, 1}, {1, 3}, {3, 3}, {3, 4}}) {
+      for (const std::int64_t count : {2, 5000, 60'000}) {
+        all.push_back({rows, stride, count, std::get<0>(GetParam()), order});
+      }
+    }
+    return all;
+  }
+
+  /// Bytes of a payload of `all` bytes that are left: a few, most, on a border between values, and
+  /// within a value.
+  static std::vector<std::int64_t> parts_of(std::int64_t all) {
+    std::vector<std::int64_t> parts;
+    for (const std::int64_t part : {std::int64_t{0}, std::int64_t{8}, all / 3, all / 2, all - 8}) {
+      for (const std::int64_t more : {0, 3, 7}) parts.push_back(std::min(part + more, all - 1));
+    }
+    return parts;
+  }
+
+  /// The file, its record cut short in the middle; with `framed` it tells its new length.
+  template <class T>
+  std::string cut_file(const Shape& shape, std::int64_t left, bool framed) const {
+    const std::string whole = file_of<T>(shape);
+    const std::size_t marker = shape.iformat == binary ? 0 : sizeof(Marker);
+    if (!framed) return whole.substr(0, marker + static_cast<std::size_t>(left));
+    std::string length;
+    put(length, static_cast<Marker>(left), order);
+    return length + whole.substr(marker, static_cast<std::size_t>(left)) + length;
+  }
+
+  /// @tparam Stored  in the file
+  template <class Stored, class Kept>
+  void expect_part(const Shape& shape, bool framed, bool staged) {
+    const std::int64_t all = shape.rows * shape.count * static_cast<std::int64_t>(sizeof(Stored));
+    for (const std::int64_t left : parts_of(all)) {
+      write_file("file", cut_file<Stored>(shape, left, framed));
+      std::vector<double> staging(staged ? static_cast<std::size_t>(shape.rows * shape.count) : 0);
+      std::vector<Kept> array(static_cast<std::size_t>(shape.stride * shape.count), untouched);
+      auto entry =
+          stored_as(kind_of<Stored>(), lines(array.data(), shape.rows, shape.stride, shape.count));
+      if (staged) entry = by_way_of(view_of(staging), entry);
+      unit.open("file", OpenStatus::old);
+      ASSERT_FALSE(unit.read({entry}));
+      const auto expected =
+          array_of_first<Kept>(shape, left / static_cast<std::int64_t>(sizeof(Stored)));
+      EXPECT_TRUE(array == expected) << shape << ", " << left << " of " << all << " bytes";
+    }
+  }
+};
+
+TEST_P(PartsOfLines, ArriveAsFarAsTheFileGoes) {
+  for (const Shape& shape : some_shapes()) {
+    expect_part<float, float>(shape, false, false);
+    expect_part<double, double>(shape, false, false);
+    expect_part<double, float>(shape, false, false);
+    expect_part<double, float>(shape, false, true);
+    expect_part<integer, integer>(shape, false, false);
+  }
+}
+
+TEST_P(PartsOfLines, ArriveAsFarAsTheRecordGoes) {
+  if (std::get<0>(GetParam()) == binary) GTEST_SKIP() << "binary files have no records";
+  for (const Shape& shape : some_shapes()) {
+    expect_part<float, float>(shape, true, false);
+    expect_part<double, float>(shape, true, true);
+    expect_part<integer, integer>(shape, true, false);
+  }
+}
+
+TEST_P(PartsOfLines, ArriveFromSubRecordsThatEndWithinValues) {
+  if (std::get<0>(GetParam()) == binary) GTEST_SKIP() << "binary files have no records";
+  const Shape shape{3, 4, 5000, unformatted, order};
+  const std::vector<double> array = array_of<double>(shape);
+  constexpr std::int64_t limit = 1003;
+  set_subrecord_limit(limit);
+  unit.open("file", OpenStatus::unknown);
+  unit.write({lines(array.data(), shape.rows, shape.stride, shape.count)});
+  unit.close();
+  set_subrecord_limit(default_subrecord_limit);
+  const std::string whole = read_file("file");
+  // The 40th sub-record has just begun.
+  constexpr std::int64_t left = 39 * limit + 500;
+  write_file("file", whole.substr(0, left + (2 * 39 + 1) * sizeof(Marker)));
+  std::vector<double> again(array.size(), untouched);
+  unit.open("file", OpenStatus::old);
+  EXPECT_FALSE(unit.read({lines(again.data(), shape.rows, shape.stride, shape.count)}));
+  EXPECT_TRUE(again == array_of_first<double>(shape, left / 8));
+}
+
+TEST_P(PartsOfLines, ArriveFromAPipe) {
+  const Shape shape{3, 4, 60'000, std::get<0>(GetParam()), order};
+  constexpr std::int64_t left = 500'001;
+  ASSERT_EQ(::mkfifo("pipe", 0600), 0);
+  std::jthread writer(
+      [&] { std::ofstream("pipe", std::ios::binary) << cut_file<float>(shape, left, false); });
+  std::vector<float> array(static_cast<std::size_t>(shape.stride * shape.count), untouched);
+  unit.open("pipe", OpenStatus::old);
+  EXPECT_FALSE(unit.read({lines(array.data(), shape.rows, shape.stride, shape.count)}));
+  EXPECT_TRUE(array == array_of_first<float>(shape, left / 4));
+}
+
+INSTANTIATE_TEST_SUITE_P(Forms, PartsOfLines,
+                         ::testing::Combine(::testing::Values(unformatted, binary),
+                                            ::testing::Values(std::endian::little,
+                                                              std::endian::big)),
+                         [](const auto& form) { return name_of(form.param); });
 
 class LargeLines : public test_support::InScratchFolder {
  protected:

@@ -92,6 +92,49 @@ TEST_F(CheckRestart, ReportsEveryBlockThatDiffers) {
   EXPECT_EQ(messages[3].size(), 28u);
 }
 
+TEST_F(CheckRestart, ReportsExtentsThatNoArrayOfPointsCouldHave) {
+  struct Block {
+    Bytes extents;
+    const char* line;
+  };
+  for (const Block& block : {Block{Bytes().i4s({70000, 70000, 1}), " 70000 70000     1"},
+                             Block{Bytes().i4s({-5, 2, 2}), "    -5     2     2"},
+                             Block{Bytes().i4s({1000000, 1000000, 1}), "************     1"}}) {
+    for (const bool in_grid : {false, true}) {
+      const Bytes ordinary = Bytes().i4s({1, 2, 3, 4});
+      const Bytes absurd = Bytes().i4(1).append(block.extents);
+      messages.clear();
+      halted = false;
+      check(in_grid ? absurd : ordinary, in_grid ? ordinary : absurd);
+      EXPECT_TRUE(halted);
+      EXPECT_EQ(count_calls("dispfilereaderror"), 0);
+      const std::string ordinary_line = "     2     3     4";
+      EXPECT_THAT(messages,
+                  ElementsAre("", " Indecies for block 1 in grid and restart file do not match.",
+                              "               i     j     k  ",
+                              " Grid   : " + (in_grid ? block.line : ordinary_line),
+                              " Restart: " + (in_grid ? ordinary_line : block.line), "",
+                              "   --- CODE HALTED ---"));
+      EXPECT_FALSE(is_open("grid"));
+      EXPECT_FALSE(is_open("restart"));
+    }
+  }
+}
+
+TEST_F(CheckRestart, ReturnsInSilenceWhateverTheExtentsAreThatAgree) {
+  for (const Bytes& both :
+       {Bytes().i4(3).i4s({1000, 1000, 1000, 1000, 1000, 1000, 1000, 1000, 1000}),
+        Bytes().i4(1).i4s({70000, 70000, 1}), Bytes().i4(1).i4s({-2, 2, 2})}) {
+    calls.clear();
+    check(both, both);
+    EXPECT_FALSE(halted);
+    EXPECT_THAT(messages, IsEmpty());
+    EXPECT_THAT(calls, ElementsAre("checkallocationerror(0)", "checkallocationerror(0)"));
+    EXPECT_FALSE(is_open("grid"));
+    EXPECT_FALSE(is_open("restart"));
+  }
+}
+
 TEST_F(CheckRestart, ExtentsTooWideForTheirColumnsAreAsterisks) {
   check(Bytes().i4(1).i4s({1000000, 1, 1}), Bytes().i4(1).i4s({1, 1000000, 1}));
   EXPECT_EQ(messages[3], " Grid   : ******     1     1");

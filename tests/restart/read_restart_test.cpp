@@ -784,6 +784,22 @@ TEST_F(ReadRestart, ExtentsThatCannotBeMeantAreErrorsOfTheRun) {
   expect_refused(shorter, made, "extents of 1 blocks for 2");
 }
 
+TEST_F(ReadRestart, AHeaderWhoseExtentsNoBlockCanHaveIsAFailedRead) {
+  for (const Bytes& extents : {Bytes().i4s({2, 1, -1}), Bytes().i4s({65536, 65536, 1}),
+                               Bytes().i4s({671088640, 536870912, 536870912})}) {
+    calls.clear();
+    write_file("restart", Bytes().i4(1).append(extents).str() + std::string(1000, '\0'));
+    set_sections({{1, 5}});
+    Restart restart(1);
+    restart.read("restart", {.layout = 2, .iformat = 2, .blocks = 1});
+    expect_failed("expected extents from 0 on, and points that 32 bits can count");
+    EXPECT_THAT(calls, ElementsAre("dispreadwrite(1, 40, 200, restart, 2, F, -, -, T, -, -)",
+                                   "checkallocationerror(0)", "dispfilereaderror()"));
+    EXPECT_FALSE(restart.varvalues.allocated());
+    EXPECT_FALSE(sqvar.allocated());
+  }
+}
+
 TEST_F(ReadRestart, AnUnknownLayoutIsAnErrorOfTheRun) {
   HandMadeRestart made({.layout = 102, .iformat = 2, .blocks = 1});
   made.form.layout = 4;

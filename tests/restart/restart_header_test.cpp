@@ -281,15 +281,22 @@ TEST_F(ReadRestartHeader, WithAnAbsurdBlockCountIsAFailedReadBeforeMemoryIsTaken
   }
 }
 
-TEST_F(ReadRestartHeader, WithExtentsThatCannotBeTrueIsAFailedRead) {
-  for (const Bytes& extents : {Bytes().i4s({2, -1, -1}), Bytes().i4s({65536, 65536, 1}),
-                               Bytes().i4s({671088640, 536870912, 536870912})}) {
+TEST_F(ReadRestartHeader, HandsOverExtentsThatNoArrayOfPointsCouldHave) {
+  for (const integer layout : {1, 2, 3}) {
+    nfvar.deallocate();
+    const Bytes lead = layout == 1 ? Bytes().i4(7).r4(.5F).i4(3) : Bytes().i4(3);
+    const auto block = [&](integer i, integer j, integer k) {
+      return layout == 3 ? Bytes().i4s({i, j, k, 5}) : Bytes().i4s({i, j, k});
+    };
     calls.clear();
-    idim.deallocate();
-    read(extents, 2, false, 2, false);
-    EXPECT_EQ(calls.back(), "dispfilereaderror()");
-    EXPECT_THAT(p3dlastfailure().describe(), HasSubstr("points that 32 bits can count"));
-    EXPECT_FALSE(idim.allocated());
+    read(Bytes(lead)
+             .append(block(-5, 2, 2))
+             .append(block(70000, 70000, 1))
+             .append(block(671088640, 536870912, 536870912)),
+         2, false, layout);
+    EXPECT_EQ(count_calls("dispfilereaderror"), 0);
+    EXPECT_THAT(vector_of(idim), ElementsAre(-5, 70000, 671088640));
+    EXPECT_THAT(vector_of(kdim), ElementsAre(2, 1, 536870912));
   }
 }
 

@@ -341,6 +341,9 @@ TEST_F(WriteRestart, ArgumentsThatCannotBeMeantEndTheRunBeforeTheFileIsTouched) 
   Restart few = filled(2, 5);
   few.idim[1] = 4;
   expect_refused(few, {.layout = 1}, "varvalues holds 7 points, 8 are needed");
+  Restart many = filled(3, 5);  // the third block has no points
+  many.idim = many.jdim = many.kdim = {1000, 1000, 1000};
+  expect_refused(many, {.layout = 1, .blocks = 3}, "7 points, 3000000000 are needed");
   few.idim[1] = -4;
   expect_refused(few, {.layout = 1}, "extents of block 2 are below 0");
   Restart no_triplets = filled(2, 5);

@@ -260,6 +260,8 @@ TEST_F(CombineVariableFiles, ArgumentsThatCannotBeMeantEndTheRunAndDeleteNothing
   expect_refused(0, 100, "leadvalues holds 0 points, 3 are needed");
   expect_refused(0, 101, "iflag holds no flag 999");
   expect_refused(0, 66, "66 is no restart layout");
+  idim = {2147483647, 2147483647};
+  expect_refused(0, 100, "leadvalues holds 0 points, 4294967294 are needed");
   idim[1] = -1;
   expect_refused(0, 1, "extents of block 2 are below 0");
   for (const char* name : {"v1", "v2", "v3"}) EXPECT_TRUE(exists(name));

@@ -150,6 +150,9 @@ TEST_F(ReadNextVariable, ArraysTooSmallAreErrorsOfTheRun) {
   restart.blockpoints = {4, 3};
   values.pop_back();
   expect_refused({.layout = 1}, 1, "varvalues holds 6 points, 7 are needed");
+  restart.idim = restart.jdim = {40000, 40000};
+  restart.kdim = {1, 1};
+  expect_refused({.layout = 1}, 1, "blockpoints holds 7 points, 3200000000 are needed");
   restart.idim[0] = -1;
   expect_refused({.layout = 1}, 1, "extents of block 1 are below 0");
   expect_refused({.layout = 1}, 1, "extents of block 1 are below 0");
@@ -342,6 +345,16 @@ TEST_F(ReadNextVariable, OneOlderTimeLevelIsSkipped) {
   made.older_levels = 1;
   read_file_of(made, 5);
   EXPECT_EQ(values[6], static_cast<float>(HandMadeRestart::flow(5, 6)));
+}
+
+TEST_F(ReadNextVariable, AHeaderWhoseExtentsNoBlockCanHaveIsAFailedRead) {
+  set_sections({{1, 5}});
+  write_file("restart", Bytes().i4s({2, 65536, 65536, 1, 3, 1, 1}).str() + std::string(1000, '\0'));
+  read({.layout = 2, .iformat = 2}, 1);
+  EXPECT_THAT(calls, ElementsAre("dispreadwrite(1, 40, 200, restart, 2, F, 1, -, T, -, -)",
+                                 "checkallocationerror(0)", "dispfilereaderror()"));
+  EXPECT_THAT(p3dlastfailure().describe(), HasSubstr("block 1 of 65536 x 65536 x 1 points"));
+  EXPECT_THAT(values, Each(-77.F));
 }
 
 TEST_F(ReadNextVariable, SectionsOutsideTheVariablesAreErrorsOfTheRun) {

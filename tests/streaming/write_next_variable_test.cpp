@@ -123,6 +123,9 @@ TEST_F(WriteNextVariable, ArraysTooSmallAreErrorsOfTheRun) {
   values.push_back(1);
   blockpoints = {2};
   expect_refused(7, "abc", true, "blockpoints holds 2 points, 3 are needed");
+  idim = jdim = {40000, 40000};
+  kdim = {1, 1};
+  expect_refused(7, "abc", false, "varvalues holds 3 points, 3200000000 are needed");
   kdim.pop_back();
   expect_refused(7, "abc", false, "extents of 1 blocks for 2");
   EXPECT_EQ(tmpfile(7).view(), "");

@@ -156,6 +156,17 @@ class DamagedFiles(ToolTest):
                 self.write("grid", struct.pack(f"={len(words)}i", *words))
                 self.fail_with(1, "info", "grid", "--grid-format", "binary", says="grid: ")
 
+    def test_extents_of_solutions_that_cannot_be_true(self):
+        stated = ("--layout", "2", "--restart-format", "binary", "--restart-precision", "single",
+                  "--restart-byte-order", NATIVE, "--restart-multiblock", "yes",
+                  "--sections", "1-5")
+        for extents, shown in (((-5, 2, 2), "-5x2x2"), ((70000, 70000, 1), "70000x70000x1"),
+                               ((1 << 30,) * 3, "1073741824x1073741824x1073741824")):
+            with self.subTest(extents=extents):
+                self.write("flow", struct.pack("=4i", 1, *extents) + bytes(2000))
+                self.fail_with(1, "info", "flow", *stated,
+                               says=f"flow: block 1 has extents of {shown}, ")
+
 
 class FilesOfAnotherForm(ToolTest):
     """Stated wrongly: never a success, and the option that would help is named."""
