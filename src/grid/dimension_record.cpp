@@ -9,6 +9,10 @@
 namespace mod_p3dgrid {
 namespace {
 
+/// So many blocks are believed whatever the file holds: 4 MiB in each of the arrays that have an
+/// integer for each block, and far more blocks than grids have.
+constexpr integer trusted_blocks = integer{1} << 20;
+
 template <class ColumnList>
 bool long_enough(const ColumnList& columns, integer nblocks) {
   return std::all_of(columns.begin(), columns.end(),
@@ -51,12 +55,12 @@ void write_dimensions(const recordio::Unit& unit, p3dgrid::DimensionKind kind, i
 bool can_hold_dimensions(const recordio::Unit& unit, integer nblocks, recordio::Claim claim) {
   using recordio::FileKind;
   constexpr std::int64_t extents_per_block = 3;
-  const integer blocks = std::max(nblocks, 0);
+  if (nblocks <= trusted_blocks) return true;
   const std::string announced = "the extents of " + std::to_string(nblocks) + " blocks";
   // A repeat count may stand for all extents of a text, but each block has a line of its own behind
   // them.
-  return unit.can_hold(blocks, FileKind::integer4, recordio::Claim::records, announced) &&
-         unit.can_hold(blocks * extents_per_block, FileKind::integer4, claim, announced);
+  return unit.can_hold(nblocks, FileKind::integer4, recordio::Claim::records, announced) &&
+         unit.can_hold(nblocks * extents_per_block, FileKind::integer4, claim, announced);
 }
 
 void fail_on_extents(const recordio::Unit& unit, integer block, integer i, integer j, integer k) {

@@ -31,8 +31,8 @@ inline void write_dimension_record(const recordio::Unit& unit, integer nblocks,
   write_dimensions(unit, p3dgrid::DimensionKind::one_record, nblocks, columns);
 }
 
-/// Whether the file may hold the extents of so many blocks. Asked before arrays of that size are
-/// allocated.
+/// Whether the file may hold the extents of so many blocks, or the blocks are so few that it does
+/// not matter. Asked before arrays of that size are allocated.
 /// @param claim  `one_record` for a dimension record, `records` where each block has its own
 [[nodiscard]] bool can_hold_dimensions(const recordio::Unit& unit, integer nblocks,
                                        recordio::Claim claim = recordio::Claim::one_record);

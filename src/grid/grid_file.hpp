@@ -40,8 +40,10 @@ template <class Real, class Integer>
   const std::int64_t first = points.before(block);
   const integer count = points.npts(block);
   const std::int64_t stride = xyz.extent(1);
-  recordio::RecordList<recordio::MemoryOf<Real>> record{recordio::by_way_of(
-      staging, recordio::lines(xyz.data() + first * stride, coordinates_per_point, stride, count))};
+  const auto coordinates =
+      recordio::lines(xyz.data() + first * stride, coordinates_per_point, stride, count);
+  recordio::RecordList<recordio::MemoryOf<Real>> record{
+      recordio::by_way_of(staging, recordio::zero_where_left_out(coordinates))};
   if (iblank != nullptr) record.push_back(recordio::values(iblank + first, count));
   return record;
 }

@@ -98,8 +98,6 @@ bool read_body(const Unit& unit, GridBody& grid) {
     unit.fail("no memory", "a staging array for the coordinates");
     return false;
   }
-  // A null value of text leaves a coordinate of 0, not one of chance.
-  if (!unit.stores_kinds()) std::ranges::fill(grid.xyz.span(), 0.0F);
   return read_blocks(unit, grid, staging);
 }
 

@@ -14,11 +14,9 @@ namespace {
 constexpr std::size_t text_buffer_size = std::size_t{256} * 1024;
 constexpr std::size_t byte_buffer_size = std::size_t{64} * 1024;
 
-/// Values of this size in all are read without asking whether the file can hold them. What must be
-/// there whole is trusted less: its arrays are many, and are gone through before the read finds
-/// out.
-constexpr std::int64_t trusted_bytes = std::int64_t{64} * 1024 * 1024;
-constexpr std::int64_t trusted_whole_bytes = std::int64_t{64} * 1024;
+/// An array of this size is allocated without asking whether the file can hold its values. Memory
+/// that nothing is read into is never touched, and costs address space alone.
+constexpr std::int64_t trusted_bytes = std::int64_t{1024} * 1024 * 1024;
 
 /// A file cut short is read as far as it goes, if this part of it is left. With less its header is
 /// taken to be damaged, before memory is taken for what it announces.
@@ -124,13 +122,12 @@ bool Connection::can_hold(std::int64_t values, FileKind kind, Claim claim) const
   const auto* const file = std::get_if<InputFile>(&file_);
   const auto remaining = file == nullptr ? std::nullopt : file->remaining();
   const bool in_part = claim == Claim::as_far_as_it_goes;
-  const std::int64_t trusted = in_part ? trusted_bytes : trusted_whole_bytes;
-  if (!remaining || values <= trusted / bytes_of(kind)) return true;
+  if (!remaining || (in_part && values <= trusted_bytes / bytes_of(kind))) return true;
   const std::int64_t needed = in_part ? values / least_part_left : values;
   if (form_ != Form::formatted) return needed <= *remaining / bytes_of(kind);
   if (needed <= *remaining) return true;
-  // With repeat counts a record of text may hold more values than bytes.
-  return claim != Claim::records && needed <= file->count_values_ahead();
+  // A record of text may hold more values than bytes.
+  return claim != Claim::records && file->may_hold_values(needed);
 }
 
 std::int64_t Connection::offset() const {

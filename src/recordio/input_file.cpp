@@ -23,8 +23,9 @@ constexpr std::int64_t direct_read_size = std::int64_t{16} * 1024;
 
 constexpr int not_open = -1;
 
-/// A repeat count is taken to stand for no more than this.
-constexpr std::int64_t most_repeats = std::int64_t{1} << 32;
+/// A repeat count, or a slash, is taken to stand for no more values than this: more than a record
+/// has, and so few that their sum over a piece of text cannot overflow.
+constexpr std::int64_t most_repeats = std::int64_t{1} << 44;
 
 int open_existing(const std::string& path) {
   int descriptor;
@@ -198,26 +199,27 @@ std::optional<std::int64_t> InputFile::remaining() const {
   return std::max<std::int64_t>(0, status.st_size - offset());
 }
 
-std::int64_t InputFile::count_values_ahead() const {
-  // Every separator may end a value; a repeat count stands for as many as it says.
+bool InputFile::may_hold_values(std::int64_t wanted) const {
+  // Every separator may end a value; a repeat count stands for as many as it says, and a slash for
+  // all that its record still wants.
   constexpr std::size_t piece_size = std::size_t{64} * 1024;
   const auto piece = std::make_unique_for_overwrite<char[]>(piece_size);
   std::int64_t values = 1;
   std::int64_t count = 0;
-  const auto next_piece = [&](std::int64_t at) {
-    return completed(at, [&] { return ::pread(descriptor_, piece.get(), piece_size, at); });
-  };
-  std::int64_t at = offset();
-  while (const std::size_t got = next_piece(at)) {
+  for (std::int64_t at = offset(); values < wanted;) {
+    const std::size_t got =
+        completed(at, [&] { return ::pread(descriptor_, piece.get(), piece_size, at); });
+    if (got == 0) return false;
     at += static_cast<std::int64_t>(got);
     for (const char* c = piece.get(); c != piece.get() + got; ++c) {
       const bool digit = *c >= '0' && *c <= '9';
       if (*c == '*') values += count;
+      if (*c == '/') values += most_repeats;
       count = digit ? std::min(count * 10 + (*c - '0'), most_repeats) : 0;
-      values += *c == ' ' || *c == ',' || *c == '\t' || *c == '\n';
+      values += *c == ' ' || *c == ',' || *c == '\t' || *c == '\n' || *c == '\r';
     }
   }
-  return values;
+  return true;
 }
 
 void InputFile::ends_before(std::int64_t missing, std::int64_t at) {

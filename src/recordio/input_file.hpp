@@ -57,9 +57,10 @@ class InputFile {
   /// Bytes from here to the end of the file, if the file has a size.
   [[nodiscard]] std::optional<std::int64_t> remaining() const;
 
-  /// Number of values that a list-directed reader can find in the rest of the file at most, damage
-  /// aside. Looks at all of it, and leaves the place where reading stands. Throws `ReadError`.
-  [[nodiscard]] std::int64_t count_values_ahead() const;
+  /// Whether a list-directed reader may find so many values in the rest of the file: repeat counts
+  /// and slashes stand for many. Looks at as much of it as it takes to know, and leaves the place
+  /// where reading stands. Throws `ReadError`.
+  [[nodiscard]] bool may_hold_values(std::int64_t wanted) const;
 
   /// @name The bytes at hand
   /// For scanners: the bytes that are read already and wait in the buffer. A zero byte stands

@@ -25,8 +25,8 @@ const char* expected_kind(double) {
 void ListReader::read_values(const Values<void>& entry) {
   const auto take_lines = [&](auto number) {
     auto* memory = static_cast<decltype(number)*>(entry.memory);
-    for (std::int64_t row = 0; row < entry.rows && !ended_; ++row) {
-      take_line(entry.drop ? nullptr : memory + row, entry.stride, entry.count);
+    for (std::int64_t row = 0; row < entry.rows; ++row) {
+      take_line(entry.drop ? nullptr : memory + row, entry);
     }
   };
   if (entry.count == 0) return;
@@ -40,10 +40,16 @@ void ListReader::read_values(const Values<void>& entry) {
   }
 }
 
-/// Fills `count` values, or drops them if there is nothing to fill.
+/// Fills a line, or drops its values if there is nothing to fill.
 template <class Number>
-void ListReader::take_line(Number* to, std::int64_t stride, std::int64_t count) {
+void ListReader::take_line(Number* to, const Values<void>& entry) {
+  const std::int64_t count = entry.count;
+  const std::int64_t stride = entry.stride;
   std::int64_t taken = 0;
+  const auto set = [&](std::int64_t values, Number value) {
+    if (to == nullptr) return;
+    for (std::int64_t i = 0; i < values; ++i) to[(taken + i) * stride] = value;
+  };
   while (taken < count && !ended_) {
     if (repeats_ == 0) {
       taken += to == nullptr ? take_plain<false>(to, stride, count - taken)
@@ -51,15 +57,17 @@ void ListReader::take_line(Number* to, std::int64_t stride, std::int64_t count) 
     }
     if (taken == count) return;
     if (repeats_ == 0) next_item();
-    if (ended_) return;
+    if (ended_) break;
     const std::int64_t run = std::min(repeats_, count - taken);
     if (!token_.empty()) {
-      const Number value = parsed<Number>(token_);
-      for (std::int64_t i = 0; to != nullptr && i < run; ++i) to[(taken + i) * stride] = value;
+      set(run, parsed<Number>(token_));
+    } else if (entry.zero_where_left_out) {
+      set(run, Number{0});
     }
     repeats_ -= run;
     taken += run;
   }
+  if (entry.zero_where_left_out) set(count - taken, Number{0});
 }
 
 /// Goes over blanks and line ends and, where `comma` allows it, one comma. Counts the line ends.

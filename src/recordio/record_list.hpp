@@ -50,7 +50,8 @@ struct Values {
   std::int64_t stride;
   std::int64_t count;
   bool drop = false;
-  void* staging = nullptr;  ///< null for none
+  void* staging = nullptr;           ///< null for none
+  bool zero_where_left_out = false;  ///< what a value left out of text sets; else it sets nothing
 
   [[nodiscard]] std::int64_t bytes() const { return rows * count * bytes_of(file_kind); }
 };
@@ -101,6 +102,14 @@ template <class Memory, class Staging>
   entry.file_kind = kind_of<Staging>();
   const bool has_room = entry.rows * entry.count <= staging.extent(1) * staging.extent(2);
   entry.staging = has_room ? staging.data() : nullptr;
+  return entry;
+}
+
+/// The same values, of which those that are left out of text are 0 once they have been read. Saves
+/// clearing an array that may be much larger than what there is to read into it.
+template <class Memory>
+[[nodiscard]] Values<Memory> zero_where_left_out(Values<Memory> entry) {
+  entry.zero_where_left_out = true;
   return entry;
 }
 

@@ -47,6 +47,12 @@ class WholeReader : public ReadingVisitor {
   bool begin_block(integer block) const {
     if (debugprint) message("Reading flow variables for grid ", block);
     if (layout_.counted_variables) mod_gridvars::numrstrtvar(1) = variables_of_block(block);
+    // What text leaves out, and rows that no record fills, hold 0. Block by block: of an array that
+    // is far larger than the text only the beginning is touched.
+    if (is_text(arrays_.coding)) {
+      clear(arrays_.flow, block);
+      if (layout_.triplets) clear(arrays_.triplets, block);
+    }
     return true;
   }
 
@@ -72,6 +78,12 @@ class WholeReader : public ReadingVisitor {
     }
     return mod_p3dgrid::skip_older_level(unit_, arrays_.coding, arrays_.points.npts(record.block),
                                          record);
+  }
+
+  void clear(array_view<Real, 2> array, integer block) const {
+    const std::int64_t rows = array.extent(1);
+    std::fill_n(array.data() + arrays_.points.before(block) * rows,
+                arrays_.points.npts(block) * rows, Real{0});
   }
 
   bool enlarge(const Extension& extension) {
@@ -174,10 +186,6 @@ struct RestartRead {
   [[nodiscard]] bool read_into(allocatable<Real, 2>& flow, allocatable<Real, 2>& triplets,
                                const StagingArrays& staging = {}) {
     if (!prepare_triplets()) return false;
-    if (is_text(coding)) {  // a null value leaves 0, not a value of chance
-      std::ranges::fill(flow.span(), Real{0});
-      if (layout.triplets) std::ranges::fill(triplets.span(), Real{0});
-    }
     WholeReader<Real> reader(unit, layout, {coding, points, flow, triplets, ngrid, staging}, flow);
     return walk_body({records(), ngrid, layout.extensions}, reader);
   }

@@ -157,7 +157,7 @@ class ManyBlocksOfText : public InScratchFolder {
   // Beyond what is taken on trust.
   void SetUp() override {
     // As many lines as blocks, and the extents in fewer bytes than there are of them.
-    write_file("grid", "30000\n90000*1\n" + std::string(30000, '\n'));
+    write_file("grid", "1100000\n3300000*1\n" + std::string(1100000, '\n'));
   }
   static int blocks_read(const CallPlan& plan) {
     const CallWatch watch(plan);
@@ -169,9 +169,9 @@ class ManyBlocksOfText : public InScratchFolder {
 };
 
 TEST_F(ManyBlocksOfText, AreCountedInSpiteOfInterruptions) {
-  EXPECT_EQ(blocks_read({}), 30000);
-  EXPECT_EQ(blocks_read({.call = Call::pread, .nth = 1, .error = EINTR}), 30000);
-  EXPECT_EQ(blocks_read({.call = Call::pread, .most_bytes = 3}), 30000);
+  EXPECT_EQ(blocks_read({}), 1100000);
+  EXPECT_EQ(blocks_read({.call = Call::pread, .nth = 1, .error = EINTR}), 1100000);
+  EXPECT_EQ(blocks_read({.call = Call::pread, .most_bytes = 1000}), 1100000);
   EXPECT_EQ(count_calls("dispfilereaderror"), 0) << p3dlastfailure().describe();
 }
 

@@ -19,11 +19,10 @@ namespace {
 
 using namespace test_support;
 
-/// A header may ask for 64 MiB in files that are far shorter, and each value read takes more places
-/// than one. Files of some hundred bytes never take more than this.
-constexpr std::int64_t most_bytes = 400'000'000;
+/// A header may ask for arrays of 1 GiB in files that are far shorter, and each point has places in
+/// more arrays than one. Files of some hundred bytes never ask for more than this.
+constexpr std::int64_t most_bytes = 1'900'000'000;
 
-/// What a header asks for beyond that is refused in the numbers that it names: gigabytes.
 constexpr int bits_per_byte = 8;
 
 /// Where the length markers of an unformatted file stand.
@@ -93,6 +92,8 @@ class HeaderBits : public InScratchFolder, public ::testing::WithParamInterface<
     };
     ASSERT_NE(outcome.end, End::out_of_hand) << where();
     ASSERT_LT(largest, most_bytes) << where();
+    // Allocations beyond 1 GiB are refused here. The module must not get so far.
+    ASSERT_EQ(outcome.refused_allocations, 0) << where();
     // A length that differs from the other one of its record cannot pass.
     if (marker) {
       ASSERT_EQ(outcome.end, End::reported) << where();

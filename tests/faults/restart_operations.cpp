@@ -40,6 +40,19 @@ void put_state(std::string& bytes) {
   put(bytes, dqvar);
 }
 
+/// The first rows of a flow array, among them all that the files fill. A damaged header may make
+/// room for millions.
+void put_flow(std::string& bytes, const mod_p3dgrid::allocatable<float, 2>& flow) {
+  constexpr std::int64_t most_rows = 100;
+  const std::int64_t rows = std::min(most_rows, flow.extent(1));
+  put(bytes, rows);
+  put(bytes, flow.extent(2));
+  for (std::int64_t p = 0; flow.allocated() && p < flow.extent(2); ++p) {
+    bytes.append(reinterpret_cast<const char*>(flow.data() + p * flow.extent(1)),
+                 static_cast<std::size_t>(rows) * sizeof(float));
+  }
+}
+
 struct Extents {
   integer nblocks = -77;
   mod_p3dgrid::allocatable<integer, 1> idim, jdim, kdim;
@@ -117,7 +130,7 @@ std::vector<Operation> restart_reads() {
       const auto restart = std::make_shared<Restart>(form.blocks);
       const auto result = [=] {
         std::string bytes;
-        put(bytes, restart->varvalues);
+        put_flow(bytes, restart->varvalues);
         // Layout 100 leaves the triplets of its records unset.
         if (form.layout == 101 || form.iformat == formatted) put(bytes, restart->auxvalues);
         put_state(bytes);

@@ -17,7 +17,8 @@ class ReadGridHeader : public InScratchFolder {
   integer ndim = unset;
   integer npoints = unset;
 
-  void read(const Bytes& bytes, int iformat, bool multiblock) {
+  template <class Content>
+  void read(const Content& bytes, int iformat, bool multiblock) {
     write_file("grid", bytes);
     readp3dgridheader("grid", iformat, nblocks, ndim, multiblock, npoints);
   }
@@ -87,6 +88,17 @@ TEST_F(ReadGridHeader, FailedExtentsSetTheCountOnly) {
   EXPECT_EQ(npoints, unset);
   EXPECT_TRUE(is_open("grid"));
   EXPECT_EQ(p3dlastfailure().unit, 22);
+}
+
+TEST_F(ReadGridHeader, RepeatsAndSlashesOfTextStandForManyExtents) {
+  read(std::string(" 20000\n 60000*2\n"), 1, true);
+  EXPECT_EQ(npoints, 160'000);
+  read(std::string(" 20000\n 2 2 2 /\n"), 1, true);
+  EXPECT_EQ(npoints, 8);
+  read(std::string(" 1048576\n /\n"), 1, true);
+  EXPECT_EQ(npoints, 0);
+  EXPECT_EQ(nblocks, 1'048'576);
+  EXPECT_EQ(count_calls("dispfilereaderror"), 0);
 }
 
 TEST_F(ReadGridHeader, AnAbsurdCountIsAFailedReadBeforeMemoryIsTaken) {

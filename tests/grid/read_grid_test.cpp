@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
+#include <algorithm>
+#include <filesystem>
 #include <limits>
 
 #include "grid/grid_case.hpp"
@@ -230,6 +232,28 @@ TEST_F(ReadGrid, FailedExtentsLeaveTheirArraysAllocated) {
   EXPECT_FALSE(grid.xyz.allocated());
 }
 
+TEST_F(ReadGrid, ExtentsCutShortHaveTheirArraysHoweverManyBlocksThereAre) {
+  constexpr integer count = 100'000;
+  for (const auto& [form, bytes] :
+       {std::pair{binary, Bytes().i4(count).i4s({2, 3, 4, 5, 6}).str() + "xyz"},
+        {unformatted, Bytes().record(Bytes().i4(count)).i4(12 * count).i4s({2, 3, 4, 5, 6}).str()},
+        {formatted, std::string("100000\n2 3 4 5 6\n")}}) {
+    calls.clear();
+    Grid cut;
+    write_file("grid", bytes);
+    cut.read("grid", form);
+    expect_failed("end of the file");
+    EXPECT_EQ(count_calls("checkallocationerror"), 1);
+    ASSERT_EQ(cut.idim.size(), count);
+    ASSERT_EQ(cut.kdim.size(), count);
+    EXPECT_EQ(cut.idim(2), 5);
+    EXPECT_EQ(cut.jdim(2), 6);
+    EXPECT_EQ(cut.kdim(2), 0);
+    EXPECT_EQ(cut.idim(count), 0);
+    EXPECT_FALSE(cut.xyz.allocated());
+  }
+}
+
 TEST_F(ReadGrid, FailedCoordinatesKeepWhatWasRead) {
   const std::string whole = HandMadeGrid(binary).bytes(false);
   read(whole.substr(0, whole.size() - 9 * 4), binary);
@@ -359,18 +383,37 @@ TEST_F(ReadGrid, AFewRepeatsMayStandForManyPoints) {
   EXPECT_EQ(grid.xyz(3, 6'000'000), 0.5F);
 }
 
+TEST_F(ReadGrid, TheRestOfARecordThatASlashEndsIsZero) {
+  read(std::string("300 200 100\n1 2 3 /\n"), uncounted(formatted));
+  ASSERT_EQ(count_calls("dispfilereaderror"), 0) << p3dlastfailure().describe();
+  ASSERT_EQ(grid.xyz.extent(2), 6'000'000);
+  EXPECT_EQ(grid.xyz(1, 1), 1);
+  EXPECT_EQ(grid.xyz(1, 2), 2);
+  EXPECT_EQ(grid.xyz(1, 3), 3);
+  for (const integer c : {1, 2, 3}) EXPECT_EQ(grid.xyz(c, 6'000'000), 0) << c;
+  EXPECT_EQ(std::ranges::count(grid.xyz.span(), 0.F), 17'999'997);
+}
+
+TEST_F(ReadGrid, BlankingLeftOutOfTextStaysOne) {
+  read(std::string("2 2 1\n12*5 2 , , /\n"), blanked(uncounted(formatted)));
+  EXPECT_EQ(count_calls("dispfilereaderror"), 0);
+  EXPECT_EQ(vector_of(grid.iblank), (std::vector{2, 1, 1, 1}));
+}
+
 TEST_F(ReadGrid, FilesCutShortAreReadAsFarAsTheyGoIfAPartIsLeft) {
-  // 8,000,000 points would be 96 MB. A sixteenth is 6,000,000 bytes.
-  const auto read_with = [&](std::size_t bytes) {
+  // 100,000,000 points would be 1.2 GB. A sixteenth is 75,000,000 bytes.
+  const auto read_with = [&](std::uintmax_t bytes) {
     Grid cut;
     calls.clear();
-    write_file("grid", Bytes().i4(1).i4s({200, 200, 200}).str() + std::string(bytes, '\0'));
+    const std::string header = Bytes().i4(1).i4s({500, 500, 400}).str();
+    write_file("grid", header);
+    std::filesystem::resize_file("grid", header.size() + bytes);
     cut.read("grid", binary);
     EXPECT_EQ(count_calls("dispfilereaderror"), 1);
     return cut.xyz.allocated();
   };
-  EXPECT_TRUE(read_with(6'000'000));
-  EXPECT_FALSE(read_with(5'999'990));
+  EXPECT_TRUE(read_with(75'000'000));
+  EXPECT_FALSE(read_with(74'999'990));
 }
 
 /// Peak resident memory of the process in KiB.
@@ -407,6 +450,46 @@ TEST_F(ReadGrid, AnAbsurdHeaderTakesNoMemory) {
         std::exit(count_calls("dispfilereaderror") == 1 && peak_memory() - before < 20'000 ? 0 : 1);
       },
       ::testing::ExitedWithCode(0), "");
+}
+
+/// Reads a file that announces 1 GiB of coordinates in its second block and ends there. True if the
+/// arrays are there, the first block has arrived, and no memory was taken for what has not.
+bool keeps_the_first_of_two_blocks(const GridForm& form) {
+  constexpr integer points = 446 * 446 * 446;
+  std::string bytes = "2\n1 1 1 446 446 446\n1 2 3 1*9\n4 5\n";
+  if (form.iformat != 1) {
+    bytes = header({1, 1, 1, 446, 446, 446}).r4s({1, 2, 3}).str();
+    if (form.iblank) bytes += Bytes().i4(9).str();
+    bytes += Bytes().r4s({4, 5}).str();
+  }
+  constexpr long most_kilobytes = 300'000;
+  write_file("grid", bytes);
+  const long before = peak_memory();
+  Grid grid;
+  grid.read("grid", form);
+  return count_calls("dispfilereaderror") == 1 && grid.xyz.extent(2) == 1 + points &&
+         grid.xyz.allocated() && grid.xyz(2, 1) == 2 && grid.xyz(3, 1) == 3 &&
+         grid.xyz(1, 2) == 4 && grid.xyz(1, 3) == 5 && peak_memory() - before < most_kilobytes;
+}
+
+TEST_F(ReadGrid, ArraysOfAGigabyteThatTheFileDoesNotHoldAreAllocatedAndNotTouched) {
+  for (const GridForm& form : {binary, formatted}) {
+    // In a process of its own, whose peak is not that of an earlier test.
+    EXPECT_EXIT(std::exit(keeps_the_first_of_two_blocks(form) ? 0 : 1),
+                ::testing::ExitedWithCode(0), "")
+        << form.iformat;
+  }
+}
+
+TEST_F(ReadGrid, BlankingIsOneThroughoutWhateverTheFileDoesNotHold) {
+  for (const GridForm& form : {blanked(binary), blanked(formatted), blanked(in_double(binary))}) {
+    Grid cut;
+    write_file("grid", form.iformat == 1 ? std::string("1\n300 200 100\n5 ")
+                                         : header({300, 200, 100}).i4(7).str());
+    cut.read("grid", form);
+    EXPECT_EQ(cut.xyz.extent(2), 6'000'000);
+    EXPECT_EQ(std::ranges::count(cut.iblank.span(), 1), 6'000'000);
+  }
 }
 
 TEST_F(ReadGrid, ABlockCountThatALargeFileCannotHoldTakesNoMemory) {

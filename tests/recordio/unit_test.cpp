@@ -315,6 +315,30 @@ TEST_F(Units, LongRestsOfARecordAreSkippedToTheRightPlace) {
   EXPECT_EQ(p3dlastfailure().offset, 8 + 800'000 + 12);
 }
 
+/// Of 2^33 values, more than are trusted, a sixteenth will do for a file cut short: 2^29.
+TEST_F(Units, TextMayHoldMoreValuesThanCharacters) {
+  struct Text {
+    const char* text;
+    bool in_one_record;
+    bool in_part;
+  };
+  constexpr std::int64_t many = std::int64_t{1} << 33;
+  const Unit unit(13, 1);
+  for (const auto& [text, in_one_record, in_part] :
+       {Text{"1 2 3\n", false, false}, Text{"1 2 3 /\n", true, true}, Text{"/", true, true},
+        Text{"8589934592*0", true, true}, Text{"1*2 536870912*", false, true},
+        Text{"1 536870000*2 912*\n", false, true}, Text{"1 536870000*2 9*\n", false, false}}) {
+    write_file("file", std::string(text));
+    unit.open("file", OpenStatus::old);
+    const auto can_hold = [&](Claim claim) {
+      return unit.can_hold(many, FileKind::real4, claim, "many values");
+    };
+    EXPECT_EQ(can_hold(Claim::one_record), in_one_record) << text;
+    EXPECT_EQ(can_hold(Claim::as_far_as_it_goes), in_part) << text;
+    EXPECT_FALSE(can_hold(Claim::records)) << text;
+  }
+}
+
 TEST_F(Units, ListsOfLessThanNothingAreEmpty) {
   const Unit unit(13, 0);
   const float array[3]{};

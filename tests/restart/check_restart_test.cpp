@@ -135,6 +135,15 @@ TEST_F(CheckRestart, ReturnsInSilenceWhateverTheExtentsAreThatAgree) {
   }
 }
 
+TEST_F(CheckRestart, ReportsABlockCountThatNothingStandsBehind) {
+  check(Bytes().i4(1).i4s({2, 3, 4}), Bytes().i4(1).r4(.5F).i4(100'000), true, 100);
+  EXPECT_TRUE(halted);
+  EXPECT_THAT(messages,
+              ElementsAre("", " Number of blocks in Grid do not match the Restart file",
+                          " Number of Grid blocks   : 1", " Number of Restart blocks: 100000", "",
+                          "   --- CODE HALTED ---"));
+}
+
 TEST_F(CheckRestart, ExtentsTooWideForTheirColumnsAreAsterisks) {
   check(Bytes().i4(1).i4s({1000000, 1, 1}), Bytes().i4(1).i4s({1, 1000000, 1}));
   EXPECT_EQ(messages[3], " Grid   : ******     1     1");

@@ -830,6 +830,46 @@ TEST_F(ReadRestart, ManyVariablesOfASmallBlockTakeNoMemoryForALargeOne) {
   EXPECT_FALSE(restart.varvalues.allocated());
 }
 
+TEST_F(ReadRestart, AFlowOfAGigabyteThatTheFileDoesNotHoldIsAllocatedAndKeepsWhatIsThere) {
+  // 53,000,001 points of 5 variables.
+  set_sections({{1, 5}});
+  Restart restart(2);
+  restart.idim = {1, 53'000};
+  restart.jdim = {1, 1000};
+  restart.kdim = {1, 1};
+  const Bytes header = Bytes().i4(7).r4(.5F).i4(2).i4s({1, 1, 1, 53'000, 1000, 1});
+  write_file("restart", Bytes(header).r4s({1, 2, 3, 4, 5, 6, 7}).str() + "xyz");
+  restart.read("restart", {.layout = 1, .iformat = 2});
+  expect_failed("the end of the file");
+  ASSERT_EQ(restart.varvalues.extent(2), 53'000'001);
+  for (integer m = 1; m <= 5; ++m) EXPECT_EQ(restart.varvalues(m, 1), static_cast<float>(m));
+  EXPECT_EQ(restart.varvalues(1, 2), 6.F);
+  EXPECT_EQ(restart.varvalues(1, 3), 7.F);
+}
+
+TEST_F(ReadRestart, VariablesThatNoRecordOfATextHoldsAreZero) {
+  write_file("restart", std::string("2\n2 1 1 4 1 1 1 2\n1 2 3 4\n5 6\n"));
+  set_sections({{2, 3}});
+  mod_gridvars::numrstrtvar.fill(0);
+  Restart restart(2);
+  restart.idim = {2, 1};
+  restart.jdim = restart.kdim = {1, 1};
+  restart.read("restart", {.layout = 3, .iformat = 1});
+  ASSERT_EQ(count_calls("dispfilereaderror"), 0) << p3dlastfailure().describe();
+  EXPECT_EQ(vector_of(restart.varvalues), (std::vector<float>{0, 1, 3, 0, 0, 2, 4, 0, 0, 5, 6, 0}));
+}
+
+TEST_F(ReadRestart, AVariableOfTwoSectionsOfATextKeepsItsValueWhereTheSecondLeavesItOut) {
+  write_file("restart", std::string("7 .5 1\n1 1 1\n1 2\n,3\n"));
+  set_sections({{1, 2}, {2, 3}});
+  Restart restart(1);
+  restart.idim = restart.jdim = restart.kdim = {1};
+  restart.read("restart", {.layout = 1, .iformat = 1});
+  ASSERT_EQ(count_calls("dispfilereaderror"), 0) << p3dlastfailure().describe();
+  EXPECT_EQ(restart.varvalues(2, 1), 2.F);
+  EXPECT_EQ(restart.varvalues(3, 1), 3.F);
+}
+
 TEST_F(ReadRestart, UnknownFormatsReadNothing) {
   for (const int layout : {1, 2, 3, 101}) {
     calls.clear();

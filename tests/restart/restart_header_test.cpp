@@ -273,6 +273,43 @@ TEST_F(ReadRestartHeader, ThatEndsInsideARecordIsAFailedRead) {
   EXPECT_FALSE(idim.allocated());
 }
 
+TEST_F(ReadRestartHeader, OfAMillionBlocksNeedsNothingBehindItWhereItHoldsNoExtents) {
+  for (const int iformat : {0, 1, 2}) {
+    for (const integer count : {100'000, 1'048'576}) {
+      calls.clear();
+      const Bytes record = Bytes().i4(5).r4(.1F).i4(count);
+      read(iformat == 1 ? "5 .1 " + std::to_string(count) + "\n"
+                        : (iformat == 0 ? Bytes().record(record) : record).str(),
+           iformat, false, 100);
+      EXPECT_THAT(calls, ElementsAre("checkallocationerror(0)"));
+      EXPECT_EQ(nblocks, count);
+      ASSERT_EQ(idim.size(), count);
+      EXPECT_EQ(idim(count), 0);
+    }
+  }
+  // More are too many to be taken on trust.
+  calls.clear();
+  read(Bytes().i4(5).r4(.1F).i4(1'048'577), 2, false, 100);
+  EXPECT_THAT(calls, ElementsAre("dispfilereaderror()"));
+  EXPECT_THAT(p3dlastfailure().describe(), HasSubstr("the extents of 1048577 blocks"));
+}
+
+TEST_F(ReadRestartHeader, ThatEndsInsideItsExtentsHasHadItsArraysAllocated) {
+  struct Cut {
+    int layout;
+    Bytes bytes;
+  };
+  constexpr integer count = 100'000;
+  for (const auto& [layout, bytes] : {Cut{1, Bytes().i4(5).r4(.1F).i4(count).i4s({1, 2, 3, 4})},
+                                      Cut{2, Bytes().i4(count).i4s({1, 2, 3, 4})}}) {
+    calls.clear();
+    read(bytes, 2, false, layout);
+    EXPECT_THAT(calls, ElementsAre("checkallocationerror(0)", "dispfilereaderror()"));
+    EXPECT_EQ(nblocks, count);
+    EXPECT_EQ(p3dlastfailure().status, -1);
+  }
+}
+
 TEST_F(ReadRestartHeader, WithAnAbsurdBlockCountIsAFailedReadBeforeMemoryIsTaken) {
   for (const int layout : {1, 100}) {
     calls.clear();
