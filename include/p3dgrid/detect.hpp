@@ -13,6 +13,7 @@ namespace p3dgrid {
 
 /// How a file and the records that a reading of it asks for go together.
 struct Fit {
+  /// How far they agree.
   enum class Agreement {
     whole,   ///< record by record to the end
     padded,  ///< the same, and zero bytes up to a full block of the disk
@@ -22,15 +23,16 @@ struct Fit {
     other,   ///< a record is another, or damaged
   };
 
-  Agreement agreement = Agreement::whole;
-  std::int64_t records = 0;  ///< records that agree, from the first on
-  std::string what = {};     ///< unless whole: where and how, as part of a sentence
-  std::int64_t line = 0;     ///< of text: up to where it may be so
+  Agreement agreement = Agreement::whole;  ///< how far they agree
+  std::int64_t records = 0;                ///< records that agree, from the first on
+  std::string what = {};                   ///< unless whole: where and how, as part of a sentence
+  std::int64_t line = 0;                   ///< of text: up to where it may be so
   /// What is asked for in what there is: bytes of a binary file or of the record that departs,
   /// values of text; 0 where that is unknown.
   double share = 0;
   std::int64_t end = 0;  ///< of a binary file: byte behind the last record asked for
 
+  /// Nothing is missing, and nothing follows but padding.
   [[nodiscard]] bool whole() const {
     return agreement == Agreement::whole || agreement == Agreement::padded;
   }
@@ -41,23 +43,27 @@ struct Fit {
 
 /// One way to take a file, and how the file bears it out.
 struct Reading {
-  std::variant<GridForm, RestartForm> form;
+  std::variant<GridForm, RestartForm> form;  ///< as which it is taken
   /// Extents of its blocks, of the file itself or of its grid; null if none are known.
   std::shared_ptr<const Extents> extents = {};
-  bool own_extents = true;   ///< they stand in the file
-  std::int64_t records = 0;  ///< that it asks for
-  Fit fit = {};
+  bool own_extents = true;      ///< they stand in the file
+  std::int64_t records = 0;     ///< that it asks for
+  Fit fit = {};                 ///< how the file goes together with that
   bool free_count = false;      ///< its variables are as many as fill the file, not a usual number
   bool unknown_flag = false;    ///< of layout 101: a flag that announces nothing
   bool checked = true;          ///< false where only the header could be compared
   bool planar = false;          ///< a grid in two dimensions
   std::string unreadable = {};  ///< why a file like this cannot be read: "layout ..., which ..."
 
+  /// Taken as a grid, not as a restart file.
   [[nodiscard]] bool is_grid() const { return std::holds_alternative<GridForm>(form); }
+  /// The coding of its form.
   [[nodiscard]] const Coding& coding() const {
     return std::visit([](const auto& any) -> const Coding& { return any.coding; }, form);
   }
+  /// Its form, of a grid.
   [[nodiscard]] const GridForm& grid() const { return std::get<GridForm>(form); }
+  /// Its form, of a restart file.
   [[nodiscard]] const RestartForm& restart() const { return std::get<RestartForm>(form); }
 };
 
@@ -88,13 +94,17 @@ struct Detection {
 /// a regular file. `what()` is the path and the reason.
 class FileError : public std::runtime_error {
  public:
-  using std::runtime_error::runtime_error;
+  /// @param message  the path and the reason
+  explicit FileError(const std::string& message) : std::runtime_error(message) {}
 };
 
 /// Finds out what of a file's form has not been stated. Memory is bounded by the file's own tables
 /// of extents and 64 MiB besides. Throws `FileError`.
 [[nodiscard]] Detection detect_grid(const std::string& path, const StatedGridForm& stated = {});
-/// @param grid  extents of its grid, for layouts that hold none
+/// The same of a restart file.
+/// @param path    of the file
+/// @param stated  what is known of its form
+/// @param grid    extents of its grid, for layouts that hold none
 [[nodiscard]] Detection detect_restart(const std::string& path,
                                        const StatedRestartForm& stated = {},
                                        const std::shared_ptr<const Extents>& grid = {});
@@ -104,13 +114,19 @@ class FileError : public std::runtime_error {
 /// What the records of a file have against a form, as far as its header allows to say. The header
 /// is read from the file. Throws `FileError`.
 [[nodiscard]] Fit compare(const std::string& path, const GridForm& form);
-/// @param grid  extents for layouts that hold none
+/// The same of a restart file.
+/// @param path            of the file
+/// @param form            to compare it with
+/// @param grid            extents for layouts that hold none
+/// @param leading_record  whether the blocks begin with their triplets
 [[nodiscard]] Fit compare(const std::string& path, const RestartForm& form,
                           const std::shared_ptr<const Extents>& grid, bool leading_record);
 
-/// The extents that the header of a file of this form holds; null where there is none.
+/// The extents that the header of a file of this form holds; null where there are none. Throws
+/// `FileError`.
 [[nodiscard]] std::shared_ptr<const Extents> extents_in(const std::string& path,
                                                         const GridForm& form);
+/// @copydoc extents_in
 [[nodiscard]] std::shared_ptr<const Extents> extents_in(const std::string& path,
                                                         const RestartForm& form);
 

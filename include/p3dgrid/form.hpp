@@ -38,12 +38,14 @@ enum class Layout : std::int32_t {
 /// The variables `first` to `last` of a restart file, counted from 1, that one record holds; none
 /// if the last is below the first.
 struct Section {
-  std::int32_t first = 1;
-  std::int32_t last = 0;
+  std::int32_t first = 1;  ///< from 1
+  std::int32_t last = 0;   ///< below the first for none
 
+  /// How many they are.
   [[nodiscard]] constexpr std::int64_t variables() const {
     return last < first ? 0 : std::int64_t{last} - first + 1;
   }
+  /// Both ends alike.
   friend bool operator==(const Section&, const Section&) = default;
 };
 
@@ -60,29 +62,30 @@ inline constexpr std::int32_t solution_variables = 5;
 /// possible values, and what it means.
 template <class Value>
 struct Member {
-  const char* name;
-  std::span<const Value> choices;
-  const char* meaning;
-  bool only_in_records = false;  ///< text has none
-  bool only_in_restarts = false;
+  const char* name;                ///< "format"
+  std::span<const Value> choices;  ///< its possible values; empty where they are not few
+  const char* meaning;             ///< what it says of a file
+  bool only_in_records = false;    ///< text has none
+  bool only_in_restarts = false;   ///< grids have none
 };
 
-extern const Member<Encoding> encoding_member;
-extern const Member<Precision> precision_member;
-extern const Member<ByteOrder> byte_order_member;
-extern const Member<bool> grid_multiblock_member;
-extern const Member<bool> restart_multiblock_member;
-extern const Member<bool> iblank_member;
-extern const Member<Layout> layout_member;
-extern const Member<std::optional<Sections>> sections_member;
+extern const Member<Encoding> encoding_member;        ///< how records are held
+extern const Member<Precision> precision_member;      ///< size of the reals
+extern const Member<ByteOrder> byte_order_member;     ///< of each number
+extern const Member<bool> grid_multiblock_member;     ///< a grid begins with its block count
+extern const Member<bool> restart_multiblock_member;  ///< a restart file does
+extern const Member<bool> iblank_member;              ///< blocks end with blanking values
+extern const Member<Layout> layout_member;            ///< which records a restart file has
+extern const Member<std::optional<Sections>> sections_member;  ///< variables of its records
 
 /// The word for a value in options, messages and JSON.
 [[nodiscard]] const char* name_of(Encoding encoding);
-[[nodiscard]] const char* name_of(Precision precision);
-[[nodiscard]] const char* name_of(ByteOrder order);
-[[nodiscard]] const char* name_of(Layout layout);
-[[nodiscard]] const char* name_of(bool choice);
+[[nodiscard]] const char* name_of(Precision precision);  ///< @copydoc name_of
+[[nodiscard]] const char* name_of(ByteOrder order);      ///< @copydoc name_of
+[[nodiscard]] const char* name_of(Layout layout);        ///< @copydoc name_of
+[[nodiscard]] const char* name_of(bool choice);          ///< @copydoc name_of
 
+/// Holds a member that is known; `std::optional` holds one that may be stated.
 template <class T>
 using Known = T;
 
@@ -100,8 +103,9 @@ constexpr Held unless_stated(Value value) {
 /// that goes through them member by member uses.
 template <template <class> class Holder>
 struct BasicCoding {
-  Holder<Encoding> encoding = {};
-  Holder<Precision> precision = {};
+  Holder<Encoding> encoding = {};    ///< how records are held
+  Holder<Precision> precision = {};  ///< of reals; text has none
+  /// Of unformatted and binary files; text has none.
   Holder<ByteOrder> byte_order = unless_stated<Holder<ByteOrder>>(ByteOrder::native);
 
   /// Calls `visit(member, its value in each coding...)` for every member.
@@ -112,11 +116,13 @@ struct BasicCoding {
     visit(byte_order_member, codings.byte_order...);
   }
 
+  /// Member by member.
   friend bool operator==(const BasicCoding&, const BasicCoding&) = default;
 };
-using Coding = BasicCoding<Known>;
-using StatedCoding = BasicCoding<std::optional>;
+using Coding = BasicCoding<Known>;                ///< of a file
+using StatedCoding = BasicCoding<std::optional>;  ///< as far as it is known beforehand
 
+/// Whether the file is list-directed text.
 [[nodiscard]] constexpr bool is_text(const Coding& coding) {
   return coding.encoding == Encoding::formatted;
 }
@@ -124,6 +130,7 @@ using StatedCoding = BasicCoding<std::optional>;
 [[nodiscard]] constexpr bool holds_doubles(const Coding& coding) {
   return !is_text(coding) && coding.precision == Precision::double_precision;
 }
+/// Bytes of a real in an unformatted or binary file.
 [[nodiscard]] constexpr std::int64_t real_bytes(const Coding& coding) {
   return coding.precision == Precision::double_precision ? 8 : 4;
 }
@@ -131,11 +138,12 @@ using StatedCoding = BasicCoding<std::optional>;
 /// The form of a grid file.
 template <template <class> class Holder>
 struct BasicGridForm {
-  BasicCoding<Holder> coding = {};
+  BasicCoding<Holder> coding = {};  ///< of its numbers
   /// The file begins with its block count.
   Holder<bool> multiblock = unless_stated<Holder<bool>>(true);
   Holder<bool> iblank = {};  ///< each block ends with its blanking values
 
+  /// Calls `visit(member, its value in each form...)` for every member.
   template <class Visit, class... Forms>
   static void for_each_member(Visit&& visit, Forms&... forms) {
     BasicCoding<Holder>::for_each_member(visit, forms.coding...);
@@ -143,9 +151,10 @@ struct BasicGridForm {
     visit(iblank_member, forms.iblank...);
   }
 
+  /// Member by member.
   friend bool operator==(const BasicGridForm&, const BasicGridForm&) = default;
 };
-using GridForm = BasicGridForm<Known>;
+using GridForm = BasicGridForm<Known>;  ///< of a grid file
 
 /// What is known of a grid file's form beforehand; the rest is to be found out.
 using StatedGridForm = BasicGridForm<std::optional>;
@@ -153,13 +162,15 @@ using StatedGridForm = BasicGridForm<std::optional>;
 /// The form of a restart file.
 template <template <class> class Holder>
 struct BasicRestartForm {
+  /// Which records it has.
   Holder<Layout> layout = unless_stated<Holder<Layout>>(Layout::solution);
-  BasicCoding<Holder> coding = {};
+  BasicCoding<Holder> coding = {};  ///< of its numbers
   /// Layouts 2 and 3: the file begins with its block count.
   Holder<bool> multiblock = unless_stated<Holder<bool>>(true);
   /// Where none are stated, the usual ones: variables 1 to 5, or all of a function file.
   std::optional<Sections> sections = {};
 
+  /// Calls `visit(member, its value in each form...)` for every member.
   template <class Visit, class... Forms>
   static void for_each_member(Visit&& visit, Forms&... forms) {
     visit(layout_member, forms.layout...);
@@ -168,21 +179,25 @@ struct BasicRestartForm {
     visit(sections_member, forms.sections...);
   }
 
+  /// Member by member.
   friend bool operator==(const BasicRestartForm&, const BasicRestartForm&) = default;
 };
-using RestartForm = BasicRestartForm<Known>;
-using StatedRestartForm = BasicRestartForm<std::optional>;
+using RestartForm = BasicRestartForm<Known>;                ///< of a restart file
+using StatedRestartForm = BasicRestartForm<std::optional>;  ///< as far as it is known beforehand
 
 /// The form with every member that is stated in the place of its own.
 [[nodiscard]] GridForm applied_to(GridForm form, const StatedGridForm& stated);
+/// @copydoc applied_to
 [[nodiscard]] RestartForm applied_to(RestartForm form, const StatedRestartForm& stated);
 
 /// Everything of a form, as if it had been stated.
 [[nodiscard]] StatedGridForm stated_as(const GridForm& form);
+/// @copydoc stated_as
 [[nodiscard]] StatedRestartForm stated_as(const RestartForm& form);
 
 /// Whether nothing is left to be found out.
 [[nodiscard]] bool says_all(const StatedGridForm& stated);
+/// @copydoc says_all
 [[nodiscard]] bool says_all(const StatedRestartForm& stated);
 
 /// For people: "unformatted, little-endian, single precision", "formatted".
@@ -196,10 +211,11 @@ using StatedRestartForm = BasicRestartForm<std::optional>;
 
 /// Points of each block in the three directions.
 struct Extents {
-  std::vector<std::int32_t> i;
-  std::vector<std::int32_t> j;
-  std::vector<std::int32_t> k;
+  std::vector<std::int32_t> i;  ///< an entry per block
+  std::vector<std::int32_t> j;  ///< an entry per block
+  std::vector<std::int32_t> k;  ///< an entry per block
 
+  /// Number of blocks.
   [[nodiscard]] std::int32_t blocks() const { return static_cast<std::int32_t>(i.size()); }
 
   /// Points of a block, counted from 0.
@@ -220,6 +236,7 @@ struct Extents {
            std::to_string(k[block]);
   }
 
+  /// Block by block.
   friend bool operator==(const Extents&, const Extents&) = default;
 };
 

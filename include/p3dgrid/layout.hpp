@@ -23,22 +23,24 @@ enum class DimensionKind : std::uint8_t {
 
 /// Everything that depends on the restart layout code.
 struct LayoutTraits {
-  Layout layout;
-  const char* name;     ///< the code as text
-  const char* meaning;  ///< for people
-  HeaderKind header = HeaderKind::none;
-  DimensionKind dimensions = DimensionKind::none;
-  std::int32_t iparm1 = 20;  ///< how a host is told of it
-  std::int32_t iparm2 = 300;
-  bool parameters = false;         ///< a block begins with its four flow parameters
+  Layout layout;                                   ///< its code
+  const char* name;                                ///< the code as text
+  const char* meaning;                             ///< for people
+  HeaderKind header = HeaderKind::none;            ///< what its header begins with
+  DimensionKind dimensions = DimensionKind::none;  ///< what its header ends with
+  std::int32_t iparm1 = 20;                        ///< how a host is told of it
+  std::int32_t iparm2 = 300;                       ///< the same
+  bool parameters = false;                         ///< a block begins with its four flow parameters
   bool counted_variables = false;  ///< the header tells the number of variables of each block
   bool triplets = false;           ///< the first record of a block begins with three values a point
   bool extensions = false;         ///< flags and the variables that they announce follow the blocks
-  bool writable = true;
-  bool one_block = false;  ///< there is no place for a second block
-  bool known = true;       ///< false for any code but those of a layout
+  bool writable = true;            ///< files of it can be written
+  bool one_block = false;          ///< there is no place for a second block
+  bool known = true;               ///< false for any code but those of a layout
 
+  /// The header holds the extents of each block.
   [[nodiscard]] constexpr bool holds_extents() const { return dimensions != DimensionKind::none; }
+  /// The header holds a step count and a step size.
   [[nodiscard]] constexpr bool holds_step() const {
     return header != HeaderKind::none && header != HeaderKind::plot3d;
   }
@@ -49,6 +51,7 @@ struct LayoutTraits {
 /// All layouts, in the order of their codes.
 [[nodiscard]] std::span<const LayoutTraits> all_layouts();
 
+/// The traits of a layout.
 [[nodiscard]] const LayoutTraits& traits_of(Layout layout);
 /// The same by a caller's code, which need not be that of a layout.
 [[nodiscard]] const LayoutTraits& traits_of(std::int32_t rsttype);
@@ -68,12 +71,15 @@ inline constexpr std::int32_t parameters_per_block = 4;
 
 /// The variables that a flag behind the blocks announces.
 struct Extension {
-  Section variables;
+  Section variables;         ///< that its records hold
   std::int32_t kept;         ///< variables that stay when a flow array is enlarged
   std::int32_t numrstrtvar;  ///< what the second entry of that count becomes
 };
 
+/// The flag that ends the chain.
 inline constexpr std::int32_t end_of_extensions = 999;
+
+/// Flags of a chain at most, the last included.
 inline constexpr std::int32_t most_flags = 3;
 
 /// What flag `flag` at position `position`, from 1, announces; null for nothing.
