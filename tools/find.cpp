@@ -41,7 +41,7 @@ template <class Stated, class Detect>
 class Looks {
  public:
   Looks(const std::string& path, const Stated& stated, Detect detect)
-      : path_(path), stated_(options_of(stated)), detect_(detect) {
+      : path_(path), stated_(options_of(stated)), detect_(std::move(detect)) {
     detection = looking([&] { return detect_(stated); });
   }
 

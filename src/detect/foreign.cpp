@@ -9,8 +9,6 @@
 namespace p3dgrid {
 namespace {
 
-using recordio::ScannedRecord;
-
 constexpr std::int64_t marker_bytes = 4;
 
 /// The grid with its blocks in pieces: k planes, or one for each coordinate.
@@ -83,7 +81,7 @@ std::string overflow_solution(Evidence& file, const Coding& coding) {
     return "";
   }
   std::int64_t values = variables;
-  for (int n = 0; n < 3; ++n) {
+  for (std::int64_t n = 0; n < 3; ++n) {
     const bool too_many = __builtin_mul_overflow(values, at(begin + 4 * n), &values);
     if (too_many || values < 1) return "";
   }

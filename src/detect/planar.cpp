@@ -24,9 +24,10 @@ std::string planar_form(Evidence& file, const Coding& coding, bool multiblock) {
 /// In a binary file, the words that are the third coordinates of a block 1 x ni x nj, or the
 /// blanking values of ni x nj.
 Words third_words(Evidence& file, const GridForm& form, const Extents& extents) {
-  constexpr std::int64_t header = 3 * 4;
+  constexpr std::int64_t header = 12;
+  constexpr std::int64_t two_reals = 8;
   const std::int64_t points = extents.points();
-  return look_at_words(file, header + 2 * 4 * points, points, form.coding.byte_order);
+  return look_at_words(file, header + two_reals * points, points, form.coding.byte_order);
 }
 
 bool has_planar_twin(const GridForm& form, const Extents& extents) {

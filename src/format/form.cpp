@@ -93,7 +93,7 @@ const char* name_of(bool choice) {
 }
 
 GridForm applied_to(GridForm form, const StatedGridForm& stated) {
-  return with(std::move(form), stated);
+  return with(form, stated);
 }
 
 RestartForm applied_to(RestartForm form, const StatedRestartForm& stated) {

@@ -18,7 +18,6 @@ bool is_control(const std::string& text, std::size_t at) {
 }
 
 std::string escaped(char character) {
-  constexpr const char* digits = "0123456789abcdef";
   switch (character) {
     case '\n':
       return "\\n";
@@ -27,6 +26,7 @@ std::string escaped(char character) {
     case '\r':
       return "\\r";
     default: {
+      constexpr const char* digits = "0123456789abcdef";
       const auto byte = static_cast<unsigned char>(character);
       return {'\\', 'x', digits[byte / 16], digits[byte % 16]};
     }
