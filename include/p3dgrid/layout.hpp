@@ -64,7 +64,7 @@ struct LayoutTraits {
 inline constexpr std::int32_t equations_with_parameters = 1;
 
 /// Values per point at the head of a leading record.
-inline constexpr std::int32_t triplet = 3;
+inline constexpr std::int64_t triplet = 3;
 
 /// Flow parameters at the head of a block of layout 2.
 inline constexpr std::int32_t parameters_per_block = 4;
