@@ -1,0 +1,346 @@
+#include "p3dgrid/detect.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <random>
+
+#include "MOD_P3DReader.hpp"
+#include "grid/grid_case.hpp"
+#include "p3dgrid/layout.hpp"
+#include "restart/restart_case.hpp"
+#include "support/recording_host.hpp"
+
+namespace p3dgrid {
+namespace {
+
+using test_support::Bytes;
+using test_support::HandMadeGrid;
+using test_support::HandMadeRestart;
+using test_support::write_file;
+using ::testing::HasSubstr;
+
+class Detects : public test_support::InScratchFolder {};
+
+Coding coding_of(int iformat, bool dblprec) {
+  return {.encoding = Encoding{iformat},
+          .precision = dblprec ? Precision::double_precision : Precision::single_precision};
+}
+
+/// Text is found in single precision, whatever it was made of.
+Coding as_found(Coding coding) {
+  if (is_text(coding)) coding.precision = Precision::single_precision;
+  return coding;
+}
+
+GridForm form_of(const test_support::GridForm& form) {
+  return {coding_of(form.iformat, form.dblprec), form.multiblock, form.iblank};
+}
+
+RestartForm form_of(const test_support::RestartForm& form) {
+  RestartForm found{Layout{form.layout}, coding_of(form.iformat, form.dblprec), form.multiblock,
+                    Sections()};
+  for (const auto& [first, last] : form.sections) found.sections->push_back({first, last});
+  return found;
+}
+
+/// The extents of the hand-made solutions.
+std::shared_ptr<const Extents> extents_of(int blocks) {
+  Extents extents;
+  for (int b = 0; b < blocks; ++b) {
+    extents.i.push_back(HandMadeRestart::extent(b, 0));
+    extents.j.push_back(HandMadeRestart::extent(b, 1));
+    extents.k.push_back(HandMadeRestart::extent(b, 2));
+  }
+  return std::make_shared<const Extents>(extents);
+}
+
+TEST_F(Detects, GridsInEveryForm) {
+  for (const auto& form : test_support::all_grid_forms()) {
+    SCOPED_TRACE(test_support::name_of(form));
+    const HandMadeGrid grid(form);
+    write_file("grid", grid.bytes(false));
+    GridForm expected = form_of(form);
+    expected.coding = as_found(expected.coding);
+    const Detection found = detect_grid("grid");
+    ASSERT_TRUE(found.proven());
+    const auto same = [&](const Reading& reading) { return reading.grid() == expected; };
+    const auto reading = std::ranges::find_if(found.fitting, same);
+    ASSERT_NE(reading, found.fitting.end());
+    EXPECT_EQ(reading->extents->blocks(), grid.blocks());
+    EXPECT_EQ(reading->extents->points(), grid.blocks() == 2 ? 11 : 8);
+    EXPECT_TRUE(compare("grid", expected).whole());
+    EXPECT_EQ(*extents_in("grid", expected), *reading->extents);
+    // Everything stated, it is the only reading.
+    EXPECT_EQ(detect_grid("grid", stated_as(expected)).fitting.size(), 1U);
+    EXPECT_TRUE(detect_any("grid").proven());
+  }
+}
+
+TEST_F(Detects, SolutionsInEveryForm) {
+  for (const auto& form : test_support::all_restart_forms()) {
+    SCOPED_TRACE(test_support::name_of(form));
+    HandMadeRestart flow(form);
+    if (form.layout == 0 && form.dblprec) flow.equation_set = 1;
+    const bool written_so =
+        reads_triplets(traits_of(Layout{form.layout}), coding_of(form.iformat, form.dblprec));
+    flow.leading = written_so;
+    write_file("flow", flow.bytes());
+    RestartForm expected = form_of(form);
+    expected.coding = as_found(expected.coding);
+    const auto extents = extents_of(form.blocks);
+    StatedRestartForm stated = stated_as(expected);
+    const Detection found = detect_restart("flow", stated, extents);
+    ASSERT_EQ(found.fitting.size(), 1U);
+    EXPECT_EQ(found.fitting.front().restart(), expected);
+    EXPECT_TRUE(compare("flow", expected, extents, written_so).whole());
+    if (traits_of(expected.layout).holds_extents()) {
+      EXPECT_EQ(*extents_in("flow", expected), *extents);
+    }
+    if (form.blocks == 3) continue;  // one of them without points, which other readings come before
+    stated = {.layout = expected.layout};
+    const Detection open = detect_restart("flow", stated, extents);
+    EXPECT_TRUE(std::ranges::any_of(
+        open.fitting, [&](const Reading& reading) { return reading.coding() == expected.coding; }));
+  }
+}
+
+TEST_F(Detects, OlderLevelsAndExtensions) {
+  test_support::RestartForm form{.layout = 0, .blocks = 2};
+  for (const int integration : {2, 3}) {
+    HandMadeRestart flow(form);
+    flow.time_integration = integration;
+    flow.older_levels = integration - 1;
+    write_file("flow", flow.bytes());
+    EXPECT_EQ(detect_restart("flow").fitting.size(), 1U);
+  }
+  form = {.layout = 101, .blocks = 1};
+  for (const int iformat : {0, 1, 2}) {
+    form.iformat = iformat;
+    for (const auto& flags : {std::vector{999}, {1, 999}, {41, 999}, {41, 41, 999}, {1, 41, 999}}) {
+      HandMadeRestart flow(form);
+      flow.flags = flags;
+      write_file("flow", flow.bytes());
+      const Detection found = detect_restart("flow", {.layout = Layout::single_block});
+      ASSERT_FALSE(found.fitting.empty());
+      EXPECT_FALSE(found.fitting.front().unknown_flag);
+    }
+    HandMadeRestart flow(form);
+    flow.flags = {7, 7, 7};
+    write_file("flow", flow.bytes());
+    EXPECT_TRUE(
+        detect_restart("flow", {.layout = Layout::single_block, .sections = Sections{{1, 5}}})
+            .fitting.empty());
+  }
+}
+
+TEST_F(Detects, FilesOfTheOtherByteOrder) {
+  const auto other = ByteOrder::native == ByteOrder::little ? ByteOrder::big : ByteOrder::little;
+  for (const auto& form : test_support::all_grid_forms()) {
+    if (form.iformat == 1 || !form.multiblock) continue;
+    write_file("grid", HandMadeGrid(form).bytes(true));
+    test_support::Grid grid;
+    grid.read("grid", form);
+    mod_p3dgrid::p3dsetbyteorder([other](std::string_view) { return other; });
+    grid.write("other", form);
+    mod_p3dgrid::p3dsetbyteorder({});
+    GridForm expected = form_of(form);
+    expected.coding.byte_order = other;
+    const Detection found = detect_grid("other");
+    EXPECT_TRUE(std::ranges::any_of(
+        found.fitting, [&](const Reading& reading) { return reading.grid() == expected; }));
+  }
+}
+
+/// What fits in one way to its last byte is read by that without a failed read.
+void expect_readable(const std::string& name, const Detection& found) {
+  if (found.fitting.size() != 1) return;
+  const Reading& reading = found.fitting.front();
+  if (!reading.checked || !reading.fit.whole() || !reading.unreadable.empty()) return;
+  const GridForm& form = reading.grid();
+  mod_p3dgrid::p3dsetbyteorder([&](std::string_view) { return form.coding.byte_order; });
+  test_support::Grid grid;
+  grid.read(name.c_str(), {static_cast<int>(form.coding.encoding), holds_doubles(form.coding),
+                           form.multiblock, form.iblank});
+  mod_p3dgrid::p3dsetbyteorder({});
+  EXPECT_EQ(test_support::count_calls("dispfilereaderror"), 0)
+      << describe(reading) << ": " << mod_p3dgrid::p3dlastfailure().describe();
+  EXPECT_EQ(grid.nblocks, reading.extents->blocks());
+}
+
+TEST_F(Detects, NothingThatIsNotReadWithoutAFailure) {
+  std::mt19937 chance(1);
+  for (const auto& form : test_support::all_grid_forms()) {
+    const std::string whole = HandMadeGrid(form).bytes(true);
+    for (int n = 0; n < 60; ++n) {
+      std::string damaged = whole;
+      const auto place = [&](std::size_t size) {
+        return std::uniform_int_distribution<std::size_t>(0, size - 1)(chance);
+      };
+      const std::string characters(" ,*/.e10\n\0\x04", 12);
+      for (int change = 0; change < 1 + n % 3; ++change) {
+        damaged[place(damaged.size())] = characters[place(characters.size())];
+      }
+      if (n % 4 == 0) damaged.resize(place(damaged.size()) + 1);
+      write_file("grid", damaged);
+      expect_readable("grid", detect_grid("grid"));
+      EXPECT_GT(detect_any("grid").bytes_read, 0);
+    }
+  }
+}
+
+TEST_F(Detects, WhereFilesAreCut) {
+  for (const auto& form : test_support::all_grid_forms()) {
+    const std::string whole = HandMadeGrid(form).bytes(true);
+    for (std::size_t length = 0; length < whole.size(); ++length) {
+      write_file("grid", whole.substr(0, length));
+      const Detection found = detect_grid("grid", stated_as(form_of(form)));
+      // Text may end without a line end.
+      const bool fits = !found.fitting.empty() && found.fitting.front().fit.whole();
+      EXPECT_TRUE(!fits || form.iformat == 1) << test_support::name_of(form) << length;
+      if (fits || length == 0) continue;
+      EXPECT_FALSE(found.nearest.empty() && found.beginning.empty() && found.damage.empty());
+    }
+  }
+}
+
+/// The remark on a file that is none of those that can be read.
+std::string foreign(const Bytes& content) {
+  write_file("file", content);
+  return detect_any("file").foreign;
+}
+
+Bytes reals(int count) {
+  Bytes all;
+  for (int n = 0; n < count; ++n) all.r4(static_cast<float>(n) / 4);
+  return all;
+}
+
+TEST_F(Detects, FormsThatCannotBeRead) {
+  const Bytes count = Bytes().i4(1);
+  const Bytes extents = Bytes().i4s({5, 4, 2});
+  const auto in_records = [&](const Bytes& piece, int pieces) {
+    Bytes file = Bytes().record(count).record(extents);
+    for (int n = 0; n < pieces; ++n) file.record(piece);
+    return file;
+  };
+  EXPECT_THAT(foreign(in_records(reals(40), 3)), HasSubstr("in several records"));
+  EXPECT_THAT(foreign(in_records(reals(60), 2)), HasSubstr("in several records"));
+  EXPECT_THAT(foreign(Bytes().record(count).record(Bytes().i4s({9, 7})).record(reals(126))),
+              HasSubstr("a grid in two dimensions"));
+  EXPECT_THAT(
+      foreign(
+          Bytes().record(count).record(Bytes().i4s({9, 7})).record(reals(4)).record(reals(4 * 63))),
+      HasSubstr("a solution in two dimensions"));
+  EXPECT_THAT(foreign(Bytes()
+                          .record(Bytes().i4s({1, 0}))
+                          .record(Bytes().i4s({5, 0, 4, 0, 2, 0}))
+                          .record(reals(120))),
+              HasSubstr("integers of 64 bits"));
+  EXPECT_THAT(foreign(Bytes().i4s({4, 0, 1, 4, 0, 12, 0, 5, 4, 2, 12, 0}).append(reals(9))),
+              HasSubstr("record markers of 64 bits"));
+  EXPECT_THAT(
+      foreign(Bytes().record(Bytes().i4s({5, 4, 2, 6, 1})).record(reals(16)).record(reals(6 * 40))),
+      HasSubstr("an OVERFLOW solution of 1 block and 6 variables"));
+  write_file("file", std::string("1\r2 1 1\r1 2 3 4 5 6\r"));
+  EXPECT_THAT(detect_any("file").foreign, HasSubstr("carriage returns alone"));
+}
+
+TEST_F(Detects, DamagedHeaders) {
+  const Bytes body = reals(120);
+  const auto damage = [](const Bytes& content) {
+    write_file("file", content);
+    return detect_any("file").damage;
+  };
+  const Bytes count = Bytes().i4(2);
+  EXPECT_THAT(damage(Bytes().record(count)), HasSubstr("is cut short"));
+  EXPECT_THAT(damage(Bytes().record(count).record(Bytes().i4s({1, 2, 3}))),
+              HasSubstr("holds 12 bytes by its marker where 24 are expected"));
+  EXPECT_THAT(damage(Bytes().record(count).record(Bytes().i4s({1, 1, 1, -1, 2, 3}))),
+              HasSubstr("gives block 2 the extents -1 2 3"));
+  EXPECT_THAT(damage(Bytes().i4s({4, 2, 5}).record(Bytes().i4s({1, 2, 3, 1, 2, 3}))),
+              HasSubstr("its marker at byte 8 says 5 where 4 is expected"));
+  write_file("file", std::string(" 5000\n 15000*0\n"));
+  EXPECT_THAT(detect_any("file").damage, HasSubstr("has no lines for them"));
+  for (const char* content : {"# a wing\n", "\x1f\x8b\x08 compressed", "\1\2\3\4"}) {
+    write_file("file", std::string(content));
+    EXPECT_FALSE(detect_any("file").beginning.empty());
+  }
+}
+
+TEST_F(Detects, TextAsAReaderTakesIt) {
+  const auto fit = [](const std::string& text, bool iblank) {
+    write_file("grid", text);
+    return compare("grid", {{.encoding = Encoding::formatted}, true, iblank});
+  };
+  for (const char* text :
+       {"1\n2 1 1\n1 2 3 4 5 6\n", "1\n2,2*1\n,2,3\n,4,5\n,6\n", "1 note\n2 1 1\n6*0.5",
+        "1\n2 1 1\n1 2 /\n", "1\n\n2 1 1\n\n3*1d0\n,,4 5\n"}) {
+    EXPECT_TRUE(fit(text, false).whole()) << text << fit(text, false).what;
+  }
+  EXPECT_THAT(fit("1\n2 1 1\n1 2 3 4 5 6\n1 1.5\n", true).what,
+              HasSubstr("line 4 holds \"1.5\" where an integer is expected"));
+  EXPECT_THAT(fit("1\n2 1 1\n1 2 x 4 5 6\n", false).what,
+              HasSubstr("line 3 holds \"x\" where a number is expected"));
+  EXPECT_THAT(fit("1\n2 1 1\n1 2 3 4 5\n", false).what, HasSubstr("1 value short"));
+  EXPECT_THAT(fit("1\n2 1 1\n1 2 3 4 5 6 7 8\n", false).what, HasSubstr("2 more values behind"));
+  EXPECT_EQ(fit("1\n2 1 1\n1 2 3 4 5 6\n7\n", false).agreement, Fit::Agreement::longer);
+  EXPECT_EQ(fit("1\n2 1 1\n1 2 3 4 5 6\nend\n", false).agreement, Fit::Agreement::remark);
+  EXPECT_THAT(fit("2\n6*0\n\n", false).what, HasSubstr("a line for a record without values"));
+  EXPECT_THAT(fit("2\n6*0\n\n7\n", false).what, HasSubstr("1 more value behind"));
+}
+
+TEST_F(Detects, WhatSurvivesDoublePrecision) {
+  const auto survives = [](const char* text) {
+    write_file("text", std::string(text));
+    return survives_double_precision("text");
+  };
+  EXPECT_TRUE(survives("1 0.5\n3.25e-3, 2*7\n"));
+  EXPECT_TRUE(survives(""));
+  for (const char* text : {"1,,2", "1 /", "nan", "1e999", "x", "1.00000017881393432617187499"}) {
+    EXPECT_FALSE(survives(text)) << text;
+  }
+}
+
+TEST_F(Detects, FilesThatCannotBeLookedInto) {
+  EXPECT_THROW(static_cast<void>(detect_any("none")), FileError);
+  EXPECT_THROW(static_cast<void>(detect_grid(".")), FileError);
+  ASSERT_EQ(::mkfifo("pipe", 0600), 0);
+  EXPECT_THROW(static_cast<void>(detect_restart("pipe")), FileError);
+  write_file("empty", std::string());
+  const Detection found = detect_any("empty");
+  EXPECT_TRUE(found.fitting.empty() && found.size == 0);
+  write_file("text", "1\n1 1 1\n1 2 " + std::string(2 << 20, '3'));
+  EXPECT_THROW(static_cast<void>(detect_grid("text")), FileError);
+}
+
+TEST(Forms, SayWhatIsStatedOfThem) {
+  const GridForm grid{{Encoding::binary, Precision::double_precision, ByteOrder::big}, false, true};
+  EXPECT_EQ(describe(grid),
+            "binary, big-endian, double precision, without block count, with blanking");
+  EXPECT_EQ(applied_to(GridForm(), stated_as(grid)), grid);
+  EXPECT_EQ(applied_to(grid, StatedGridForm()), grid);
+  EXPECT_TRUE(says_all(stated_as(grid)));
+  StatedGridForm stated = stated_as(grid);
+  stated.coding.byte_order.reset();
+  EXPECT_FALSE(says_all(stated));
+  stated.coding.encoding = Encoding::formatted;
+  EXPECT_TRUE(says_all(stated));
+  const RestartForm flow{Layout::function, {}, true, Sections{{1, 5}, {6, 7}}};
+  EXPECT_THAT(describe(flow), HasSubstr("layout 3, unformatted"));
+  EXPECT_EQ(describe(*flow.sections), "1-5,6-7");
+  EXPECT_EQ(variables_in(*flow.sections), 7);
+  EXPECT_EQ(applied_to(RestartForm(), stated_as(flow)), flow);
+  EXPECT_TRUE(says_all(stated_as(flow)));
+  EXPECT_FALSE(says_all(StatedRestartForm{}));
+  EXPECT_STREQ(name_of(Layout::single_block), "101");
+  EXPECT_STREQ(name_of(false), "no");
+  EXPECT_EQ(all_layouts().size(), layout_member.choices.size());
+}
+
+}  // namespace
+}  // namespace p3dgrid
