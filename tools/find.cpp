@@ -41,9 +41,10 @@ template <class Stated, class Detect>
 class Looks {
  public:
   Looks(const std::string& path, const Stated& stated, Detect detect)
-      : path_(path), stated_(options_of(stated)), detect_(std::move(detect)) {
-    detection = looking([&] { return detect_(stated); });
-  }
+      : detection(looking([&] { return detect(stated); })),
+        path_(path),
+        stated_(options_of(stated)),
+        detect_(std::move(detect)) {}
 
   /// Takes the only reading, or throws a Failure that says why there is none and what would help.
   [[nodiscard]] Found settle() const;

@@ -145,7 +145,7 @@ TEST_F(Detects, FilesOfTheOtherByteOrder) {
     write_file("grid", HandMadeGrid(form).bytes(true));
     test_support::Grid grid;
     grid.read("grid", form);
-    mod_p3dgrid::p3dsetbyteorder([other](std::string_view) { return other; });
+    mod_p3dgrid::p3dsetbyteorder([](std::string_view) { return other; });
     grid.write("other", form);
     mod_p3dgrid::p3dsetbyteorder({});
     GridForm expected = form_of(form);
