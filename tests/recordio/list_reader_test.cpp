@@ -199,7 +199,7 @@ TEST_F(ListDirectedText, ACommaAtTheStartIsANullValueWhereverTheNumbersStand) {
 }
 
 TEST_F(ListDirectedText, LongNumbersAreReadAlikeWhereverTheyStand) {
-  for (const std::size_t length : {3000, 5000, 1'000'000}) {
+  for (const std::size_t length : {3000U, 5000U, 1'000'000U}) {
     const std::string zeros(length, '0');
     EXPECT_EQ(four_of("1." + zeros + " 2 3 4"), (Reals{1, 2, 3, 4}));
     EXPECT_EQ(four_of(zeros + "1 2 3 " + zeros + "4e0"), (Reals{1, 2, 3, 4}));
