@@ -112,7 +112,7 @@ class FileError : public std::runtime_error {
 [[nodiscard]] Detection detect_any(const std::string& path);
 
 /// What the records of a file have against a form, as far as its header allows to say. The header
-/// is read from the file. Throws `FileError`.
+/// is read from the file; nothing is said of a file whose header cannot be one. Throws `FileError`.
 [[nodiscard]] Fit compare(const std::string& path, const GridForm& form);
 /// The same of a restart file.
 /// @param path            of the file

@@ -1,7 +1,6 @@
 #include "p3dgrid/detect.hpp"
 
 #include <algorithm>
-#include <system_error>
 
 #include "detect/candidates.hpp"
 #include "detect/foreign.hpp"
@@ -9,23 +8,9 @@
 #include "detect/planar.hpp"
 #include "detect/section_search.hpp"
 #include "detect/verdict.hpp"
-#include "recordio/read_error.hpp"
 
 namespace p3dgrid {
 namespace {
-
-/// Runs what looks into a file.
-template <class Look>
-auto looking_into(const std::string& path, Look look) {
-  try {
-    Evidence file(path);
-    return look(file);
-  } catch (const recordio::SystemError& failure) {
-    throw FileError(path + ": " + std::generic_category().message(failure.error));
-  } catch (const recordio::ReadError& failure) {
-    throw FileError(path + ": " + failure.found);
-  }
-}
 
 /// A reading has found something in the file to agree with: all of its header at least.
 bool is_supported(const Detection& found) {
@@ -111,8 +96,12 @@ Fit compare(const std::string& path, const RestartForm& form,
   return looking_into(path, [&](Evidence& file) {
     const auto outline = file.restart_outline(form, EmptyBlocks::taken);
     if (!outline) return Fit{};
-    const SectionSearch search{file, form, *outline, outline->extents ? outline->extents : grid,
-                               leading_record};
+    const auto& extents = outline->extents ? outline->extents : grid;
+    const SectionSearch search{file, form, *outline, extents, leading_record};
+    if (!extents || (form.sections && !can_have_stated_sections(search))) {
+      return Fit{.agreement = Fit::Agreement::other,
+                 .what = extents ? "its blocks cannot have these sections" : "holds no extents"};
+    }
     return file.fit(form.coding, search.plan(form.sections.value_or(usual_sections(search))));
   });
 }

@@ -32,6 +32,12 @@ Evidence::Evidence(const std::string& path)
   size_ = file_.remaining().value_or(0);
 }
 
+recordio::InputFile& Evidence::text() {
+  if (!text_file_) text_file_.emplace(path_, text_buffer);
+  text_file_->go_to(0);
+  return *text_file_;
+}
+
 std::string Evidence::beginning(std::int64_t count) {
   std::string bytes(static_cast<std::size_t>(std::min(count, size_)), '\0');
   file_.go_to(0);
@@ -69,10 +75,8 @@ bool Evidence::all_records_sound(ByteOrder order) {
 
 std::vector<Fit> Evidence::fit(const Coding& coding, std::span<FilePlan> plans) {
   if (is_text(coding)) {
-    recordio::InputFile text(path_, text_buffer);
     TextCount count;
-    std::vector<Fit> fits = fit_of_text(text, plans, count);
-    text_bytes_ += text.bytes_taken();
+    std::vector<Fit> fits = fit_of_text(text(), plans, count);
     text_values_ = count.values;
     text_commas_ = count.commas;
     return fits;

@@ -3,11 +3,13 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "format/file_plan.hpp"
 #include "p3dgrid/detect.hpp"
 #include "recordio/input_file.hpp"
+#include "recordio/read_error.hpp"
 #include "recordio/record_scanner.hpp"
 
 namespace p3dgrid {
@@ -32,9 +34,13 @@ class Evidence {
   explicit Evidence(const std::string& path);
 
   [[nodiscard]] std::int64_t size() const { return size_; }
-  [[nodiscard]] std::int64_t bytes_read() const { return file_.bytes_taken() + text_bytes_; }
-  /// The file, to be read from wherever `go_to` goes.
+  [[nodiscard]] std::int64_t bytes_read() const {
+    return file_.bytes_taken() + (text_file_ ? text_file_->bytes_taken() : 0);
+  }
+  /// The file, to be read from wherever `go_to` goes, a few bytes at a time.
   recordio::InputFile& file() { return file_; }
+  /// The same through a large buffer.
+  recordio::InputFile& text();
 
   /// The first bytes of the file, at most `count`.
   [[nodiscard]] std::string beginning(std::int64_t count);
@@ -47,6 +53,7 @@ class Evidence {
   [[nodiscard]] recordio::RecordScanner records(ByteOrder order) { return {file_, order, size_}; }
   /// The integer at a byte; none behind the end of the file.
   [[nodiscard]] std::optional<std::int32_t> integer(std::int64_t offset, ByteOrder order) {
+    if (offset < 0 || offset > size_ - 4) return std::nullopt;
     return recordio::integer_at(file_, offset, order);
   }
 
@@ -73,11 +80,24 @@ class Evidence {
   std::string path_;
   std::int64_t size_;
   recordio::InputFile file_;
+  std::optional<recordio::InputFile> text_file_;
   std::optional<bool> text_;
   std::map<ByteOrder, bool> sound_;
-  std::int64_t text_bytes_ = 0;
   std::int64_t text_values_ = 0;
   std::int64_t text_commas_ = 0;
 };
+
+/// Runs what looks into a file.
+template <class Look>
+auto looking_into(const std::string& path, Look look) {
+  try {
+    Evidence file(path);
+    return look(file);
+  } catch (const recordio::SystemError& failure) {
+    throw FileError(path + ": " + std::generic_category().message(failure.error));
+  } catch (const recordio::ReadError& failure) {
+    throw FileError(path + ": " + failure.found);
+  }
+}
 
 }  // namespace p3dgrid

@@ -9,7 +9,8 @@ namespace p3dgrid {
 /// Reads header records from the beginning of a file, and keeps their sizes.
 class HeaderReader {
  public:
-  HeaderReader(Evidence& evidence, const Coding& coding) : file_(evidence.file()), coding_(coding) {
+  HeaderReader(Evidence& evidence, const Coding& coding)
+      : file_(is_text(coding) ? evidence.text() : evidence.file()), coding_(coding) {
     file_.go_to(0);
   }
 

@@ -89,7 +89,13 @@ Sections usual_sections(const SectionSearch& search) {
 
 bool can_have_stated_sections(const SectionSearch& search) {
   const Sections& sections = *search.form.sections;
-  if (search.leading && sections.front() != Section{1, solution_variables}) return false;
+  std::int64_t variables = 0;
+  for (const Section& section : sections) {
+    variables += section.variables();
+    if (section.first < 1 || variables > most_variables) return false;
+  }
+  const Section leading{1, solution_variables};
+  if (search.leading && (sections.empty() || sections.front() != leading)) return false;
   const auto& functions = search.outline.functions;
   return functions.empty() || (!differ(functions) && variables_in(sections) == functions.front());
 }

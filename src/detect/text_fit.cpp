@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 #include "detect/fit.hpp"
 #include "recordio/list_scanner.hpp"
@@ -44,7 +45,7 @@ class TextCursor {
     at_record_ = false;
     if (in_record()) return;
     ended_at_ = line.values;
-    if (size_.kind == BodyRecordKind::flag) plan_.take_flag(scanner.last_integer());
+    take_flag(scanner.last_integer());
   }
 
   void refuse_real(const Line& line) {
@@ -73,6 +74,7 @@ class TextCursor {
                   "line " + std::to_string(line.number) + " holds " + counted(more, "more value") +
                       " behind the last that is expected there");
     }
+    take_flag(0);  // one that is left out stays as it is
     ++records_;
     next_record();
   }
@@ -111,7 +113,14 @@ class TextCursor {
  private:
   enum class State : std::uint8_t { in_records, done, failed };
 
+  void take_flag(std::int32_t flag) {
+    if (size_.kind == BodyRecordKind::flag && !std::exchange(flag_taken_, true)) {
+      plan_.take_flag(flag);
+    }
+  }
+
   void next_record() {
+    flag_taken_ = false;
     const auto size = plan_.next();
     if (!size) {
       state_ = State::done;
@@ -163,6 +172,7 @@ class TextCursor {
   std::int64_t records_ = 0;
   std::int64_t reals_ = 0;     ///< values of the record that are still to be taken
   std::int64_t integers_ = 0;  ///< and those behind them that are integers
+  bool flag_taken_ = false;    ///< the plan knows the flag that the record is
   bool at_record_ = true;      ///< nothing of the record has been taken
   std::int64_t ended_at_ = 0;  ///< values of the line that the record has ended on, up to its end
   std::int64_t longer_line_ = 0;

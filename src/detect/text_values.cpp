@@ -2,13 +2,11 @@
 #include <optional>
 #include <string_view>
 
-#include "p3dgrid/detect.hpp"
+#include "detect/evidence.hpp"
 #include "recordio/list_tokens.hpp"
 #include "recordio/number_text.hpp"
 
 namespace p3dgrid {
-
-namespace recordio = mod_p3dgrid::recordio;
 
 namespace {
 
@@ -32,18 +30,19 @@ class Words : private recordio::ListTokens {
 }  // namespace
 
 bool survives_double_precision(const std::string& path) {
-  recordio::InputFile file(path, std::size_t{256} * 1024);
-  Words words(file);
-  while (const auto word = words.next()) {
-    float direct = 0;
-    double by_way = 0;
-    // A NaN is not equal to itself.
-    if (!recordio::parse_number(*word, direct) || !recordio::parse_number(*word, by_way) ||
-        !std::isfinite(direct) || direct != static_cast<float>(by_way)) {
-      return false;
+  return looking_into(path, [](Evidence& evidence) {
+    Words words(evidence.text());
+    while (const auto word = words.next()) {
+      float direct = 0;
+      double by_way = 0;
+      // A NaN is not equal to itself.
+      if (!recordio::parse_number(*word, direct) || !recordio::parse_number(*word, by_way) ||
+          !std::isfinite(direct) || direct != static_cast<float>(by_way)) {
+        return false;
+      }
     }
-  }
-  return true;
+    return true;
+  });
 }
 
 }  // namespace p3dgrid

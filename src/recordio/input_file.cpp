@@ -153,9 +153,12 @@ void InputFile::discard(std::int64_t bytes) {
 }
 
 void InputFile::skip(std::int64_t bytes) {
-  if (bytes == 0) return;
+  if (bytes <= end_ - begin_) {
+    begin_ += bytes;
+    return;
+  }
   const std::optional<std::int64_t> left = remaining();
-  if (!left || bytes <= end_ - begin_) return discard(bytes);
+  if (!left) return discard(bytes);
   if (bytes > *left) ends_before(bytes - *left, offset());
   const std::int64_t target = offset() + bytes;
   if (::lseek(descriptor_, target, SEEK_SET) < 0) return discard(bytes);

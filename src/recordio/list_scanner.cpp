@@ -5,6 +5,7 @@
 
 #include "recordio/number_text.hpp"
 #include "recordio/plain_number.hpp"
+#include "recordio/read_error.hpp"
 #include "recordio/token_characters.hpp"
 
 namespace mod_p3dgrid::recordio {
@@ -79,7 +80,15 @@ std::optional<ListScanner::Stop> ListScanner::next_item() {
       return Stop::line_end;
     }
   } while (take_comma());
-  const Item item = take_item();
+  Item item;
+  try {
+    item = take_item();
+  } catch (const ReadError& error) {
+    // A word without end is no number, and no reason to end here.
+    if (error.status != status_error) throw;
+    repeats_ = 0;
+    return Stop::not_number;
+  }
   if (item == Item::end_of_list) {
     repeats_ = 0;
     return Stop::slash;

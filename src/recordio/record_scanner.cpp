@@ -47,7 +47,8 @@ bool RecordScanner::take_subrecord(ScannedRecord& record, bool first) {
   const std::int64_t length = std::abs(std::int64_t{*head});
   record.length += length;
   const std::int64_t behind = begin + marker_bytes + length;
-  const auto tail = integer_at(file_, behind, order_);
+  const auto tail =
+      behind <= size_ - marker_bytes ? integer_at(file_, behind, order_) : std::nullopt;
   if (!tail) {
     record.state = ScannedRecord::State::cut;
     record.what = "its marker at byte " + std::to_string(begin) + " announces " +

@@ -315,7 +315,28 @@ TEST_F(Detects, FilesThatCannotBeLookedInto) {
   const Detection found = detect_any("empty");
   EXPECT_TRUE(found.fitting.empty() && found.size == 0);
   write_file("text", "1\n1 1 1\n1 2 " + std::string(2 << 20, '3'));
-  EXPECT_THROW(static_cast<void>(detect_grid("text")), FileError);
+  EXPECT_TRUE(detect_grid("text").fitting.empty());
+  EXPECT_THROW(static_cast<void>(survives_double_precision("text")), FileError);
+  EXPECT_THROW(static_cast<void>(survives_double_precision("none")), FileError);
+}
+
+TEST_F(Detects, WhatIsStatedMayBeNoForm) {
+  HandMadeRestart flow({.layout = 2, .blocks = 1});
+  write_file("flow", flow.bytes());
+  for (const Sections& sections : {Sections{}, Sections{{0, 5}}, Sections{{1, 2147483647}}}) {
+    for (const LayoutTraits& layout : all_layouts()) {
+      const RestartForm form{layout.layout, {}, true, sections};
+      EXPECT_FALSE(compare("flow", form, nullptr, layout.triplets).whole() &&
+                   layout.layout == Layout::solution);
+      static_cast<void>(detect_restart("flow", stated_as(form), extents_of(1)));
+    }
+  }
+  write_file("flow", std::string("1 1 1 0 0\n1 2 3 4 5 6 7 8\n,\n999\n"));
+  const Detection found = detect_restart(
+      "flow", {.layout = Layout::single_block, .sections = Sections{{1, solution_variables}}});
+  ASSERT_FALSE(found.fitting.empty());
+  EXPECT_TRUE(found.fitting.front().unknown_flag);
+  EXPECT_EQ(found.fitting.front().records, 4);
 }
 
 TEST(Forms, SayWhatIsStatedOfThem) {

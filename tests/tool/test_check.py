@@ -221,7 +221,9 @@ class Alone(CheckTest):
             self.assertEqual(self.path("out").read_bytes()[16:],
                              struct.pack("=3f", 1.5, 1, 0.001))
         self.write("grid", b"1\n1 1 1\n" + b"1" * 2_000_000)
-        self.fail_with(2, "check", "grid", says="a word of more than 1048576 characters")
+        self.fail_with(1, "check", "grid", says='1..." where a number is expected')
+        self.fail_with(1, "convert", "grid", "out", *Form("formatted").options("grid"),
+                       says="a word of more than 1048576 characters")
 
     def test_words_behind_the_last_value(self):
         for end, says in ((b"end of grid\n", '"end" on line 4'), (b"\n\n* \n", '"*" on line 6'),
