@@ -25,18 +25,18 @@
 /// - One thread only; the module's variables and units are shared by all operations.
 ///
 /// ### Failures
-/// - A read that meets the end of the file, a damaged record, text that is not a number, or a
-///   header that cannot be true (sizes far beyond what the file can hold; where points are read, a
-///   negative extent or a block whose points 32 bits cannot count) calls
+/// - A read that meets the end of the file, a damaged record, text that is not a number, or an
+///   invalid header (sizes far beyond what the file can hold; where points are read, a negative
+///   extent or a block of more points than 32 bits count) calls
 ///   `mod_gridvars::dispfilereaderror` once and returns; the unit stays open. `p3dlastfailure` says
-///   what and where. What the file holds up to there has arrived, to the last whole value.
+///   what and where. The arrays hold every whole value in front of that place.
 /// - The status of every allocation of an array goes to `mod_gridvars::checkallocationerror`. Other
-///   memory that runs out (buffers, lists, texts) is an error of the run, "... out of memory"; the
+///   memory that runs out (buffers, lists, texts) is a fatal error, "... out of memory"; the
 ///   operation can be called again. `std::bad_alloc` leaves it only where the host has thrown that.
-/// - A file that cannot be opened or written, or an argument that cannot be meant, is an error of
-///   the run: see `p3dsetrunend`.
+/// - A file that cannot be opened or written, or an invalid argument, is a fatal
+///   error: see `p3dsetrunend`.
 /// - An existing file is overwritten from its start and shortened when it is closed. One to which
-///   no record is written keeps every byte. After an error of the run it holds the beginning of the
+///   no record is written keeps every byte. After a fatal error it holds the beginning of the
 ///   new data and nothing of the old. A process that is killed leaves new data at the front and old
 ///   data behind: a host that cannot afford that writes under another name and renames the file
 ///   once it is closed, as the command `p3dgrid` does.
@@ -104,9 +104,9 @@ void p3dsetdebug(logical flag);
 
 /// Reads a whole grid.
 ///
-/// A trap: a record of an unformatted file may hold more than is asked of it, and what is left is
-/// skipped. So a grid in double precision that is read with `dblprec` false is accepted without a
-/// word, and gives coordinates of 1e19. `p3dsetwholerecords` makes that a failed read.
+/// Warning: a record of an unformatted file may hold more than is requested; the rest is skipped.
+/// A double-precision grid that is read with `dblprec` false is therefore accepted without an error
+/// and gives coordinates of 1e19. `p3dsetwholerecords` makes that a failed read.
 ///
 /// All output arrays must be unallocated; they belong to the caller afterwards.
 /// @param filename    grid file
@@ -270,7 +270,7 @@ void checkp3drstrtheader(const FileName& gridfile, integer gridformat, const Fil
 ///                     of extensions skips while it adds rows hold 0.
 /// @param auxvalues    triplets (3, point) of layouts 100 and 101; must be unallocated
 /// @param idim,jdim,kdim  extents of each block, normally those of the grid
-/// @param rsttype      restart layout code; any other than those above is an error of the run
+/// @param rsttype      restart layout code; any other than those above is a fatal error
 /// @param multiblock   a block-count record stands first (layouts 2 and 3)
 ///
 /// With `mod_gridvars::readallvars` false only the header is read, and `varvalues` is allocated for
@@ -316,7 +316,7 @@ void readp3drestart(const FileName& filename, integer iformat, logical dblprec, 
 /// Prints a line per block. Sets `numrstrtvar(1)` to 5 for layout 101 and to `nfvar` of the last
 /// block for layout 3. Older time levels are never written. Layout 101 ends with the flags of
 /// `iflag` and the variables they announce. Arrays without the rows, points or flags that are to be
-/// written are errors of the run; the file is not touched then.
+/// written are fatal errors; the file is not touched then.
 void writep3drestart(const FileName& filename, integer iformat, logical dblprec, integer nparamrows,
                      integer nblocks, array_view<const float, 2> varvalues,
                      array_view<const float, 2> auxvalues, array_view<const integer, 1> idim,
@@ -342,12 +342,12 @@ void writep3drestart(const FileName& filename, integer iformat, logical dblprec,
 /// @param varvalues    row 1 receives the variable, block after block; other rows stay as they are.
 ///                     A variable that no record holds comes back as zeros
 /// @param idim,jdim,kdim  extents of each block
-/// @param rsttype      restart layout code; any other than a layout's is an error of the run
+/// @param rsttype      restart layout code; any other than a layout's is a fatal error
 /// @param multiblock   a block-count record stands first (layouts 2 and 3)
 ///
 /// For layout 2 the flow parameters go into row b of `dqvar` (text and double precision) or
 /// `sqvar`; one that is not allocated is allocated with a row per block, one that is too small is
-/// an error of the run. For layout 101 and a variable above 5 the flags behind the blocks go into
+/// a fatal error. For layout 101 and a variable above 5 the flags behind the blocks go into
 /// `iflag`; extension variables must be counted in `numrstrtvar` by then. Text passes through
 /// double precision, so that a number of more digits than single precision tells apart may round to
 /// the neighbour of what `readp3drestart` reads. It has no older time levels, whatever `itimeint`
@@ -355,7 +355,7 @@ void writep3drestart(const FileName& filename, integer iformat, logical dblprec,
 ///
 /// Works on unit 201 and closes it. A failed read leaves it open, `varvalues` as it was and the
 /// staging arrays allocated, which the next call reports through `checkallocationerror`. A variable
-/// that does not exist and arrays too small are errors of the run.
+/// that does not exist and arrays too small are fatal errors.
 void readnextp3dvar(integer ivar, const FileName& filename, integer iformat, logical dblprec,
                     integer nblocks, array_view<const integer, 1> blockpoints,
                     array_view<float, 2> varvalues, array_view<const integer, 1> idim,
@@ -363,10 +363,10 @@ void readnextp3dvar(integer ivar, const FileName& filename, integer iformat, log
                     integer rsttype, logical multiblock);
 
 /// Writes one variable into a temporary file: an unformatted record per block, nothing else.
-/// @param ivar         number of the variable, 1 to 15; any other is an error of the run
+/// @param ivar         number of the variable, 1 to 15; any other is a fatal error
 /// @param prefix       stem of the file name: *flow* and variable 3 give *flow000003.tmp*. While a
 ///                     file of that name exists, a "t" is put behind it; names are cut at 40
-///                     characters, and one that cannot grow any further is an error of the run
+///                     characters, and one that cannot grow any further is a fatal error
 /// @param dblprec      write 64-bit values, widened
 /// @param nblocks      number of blocks
 /// @param blockpoints  points of each block; only their sum counts, and only with `dblprec`
@@ -397,7 +397,7 @@ void writenextp3dvar(integer ivar, const FileName& prefix, logical dblprec, inte
 /// an unknown `iformat`, and after a failed read of one of them, before the host is told; unit 301
 /// then stays open and the file as far as it was written. A temporary file whose records are longer
 /// or shorter than the blocks, or that goes on behind the last, is a failed read. A missing one is
-/// an error of the run and leaves the others. Arguments that cannot be meant are errors of the run
+/// a fatal error and leaves the others. Invalid arguments are fatal errors
 /// before anything is opened. Sections that name variables above `numrstrtvar(1)` are written too.
 void combinep3dvarfiles(array_view<const float, 2> leadvalues, const FileName& filename,
                         integer iformat, logical dblprec, integer nparamrows, integer nblocks,
@@ -422,7 +422,7 @@ void combinep3dvarfiles(array_view<const float, 2> leadvalues, const FileName& f
 /// Reals stand in the shortest form that reads back to the same bits, and any NaN as `NaN`, since
 /// Tecplot readers know no other. Leaves unit 594 open: the file is complete when the host closes
 /// it (`p3dcloseunit(594)`), at the next call, or when the run ends. Arrays with fewer points than
-/// the extents ask for are errors of the run; the file is not touched then.
+/// the extents ask for are fatal errors; the file is not touched then.
 void writetecplotfile_p3d(const FileName& filename, integer nblocks,
                           array_view<const double, 2> xyz, array_view<const double, 2> qvar,
                           array_view<const integer, 1> idim, array_view<const integer, 1> jdim,

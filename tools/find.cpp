@@ -18,7 +18,7 @@ std::shared_ptr<const Extents> shared(const std::optional<Extents>& extents) {
   return extents ? std::make_shared<const Extents>(*extents) : nullptr;
 }
 
-/// Runs a look into a file. One that cannot be looked into is of no use.
+/// Runs `look` and turns a `FileError` into a Failure.
 template <class Look>
 auto looking(const Look& look) {
   try {
@@ -36,7 +36,7 @@ Found as_stated(const std::string& path, const Form& form) {
   return found;
 }
 
-/// Ways to look at one file: as it has been stated, and with nothing stated.
+/// Detects one file with what the user has stated and, for advice, with nothing stated.
 template <class Stated, class Detect>
 class Looks {
  public:
@@ -111,7 +111,7 @@ std::string Looks<Stated, Detect>::advice_from(const Detection& open) const {
   return corrected("it is that of a file read with ", first);
 }
 
-/// Files whose header no reading takes are often of a known form all the same, or damaged there.
+/// Throws if the file has a known form that cannot be read, or a damaged header.
 template <class Stated, class Detect>
 void Looks<Stated, Detect>::refuse_unusual(const Detection& open) const {
   for (const std::string& what : {open.foreign, open.damage}) {

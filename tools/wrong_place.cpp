@@ -28,7 +28,7 @@ std::optional<Reading> known_beside(const std::string& path, const Extents& grid
   auto reading = known(path);
   if (reading) return reading;
   reading = certain([&] { return find_restart(path, {}, grid); });
-  // Fewer variables than a solution has can come out by chance in what is left of a grid.
+  // A grid can look like a solution of fewer variables than five.
   const bool solution = reading && !reading->own_extents && reading->restart().sections &&
                         variables_in(*reading->restart().sections) >= solution_variables;
   return solution ? reading : std::nullopt;

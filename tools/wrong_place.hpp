@@ -20,8 +20,8 @@ struct Usage {
 [[nodiscard]] Found find_grid(const std::string& path, const StatedGridForm& stated,
                               const std::string& meant);
 
-/// What throws when a file could not be taken for what its place or an option says: a Failure where
-/// it is certain that it is of the other kind. Else they return.
+/// Called when a file is not of the kind that its position or an option says. Throw a Failure if
+/// the file is certainly of the other kind; return otherwise.
 void refuse_if_restart(const std::string& path, const std::string& meant);
 void refuse_if_grid(const std::string& path, const std::string& meant);
 

@@ -10,7 +10,7 @@ namespace mod_p3dgrid {
 
 /// File name of 40 characters, padded with blanks; trailing blanks are not part of the name.
 ///
-/// A name that does not fit, or that holds a NUL character, is an error of the run (see
+/// A name that does not fit, or that holds a NUL character, is a fatal error (see
 /// `p3dsetrunend`): it is never cut in silence. `FileName::cut` is the one place that cuts.
 /// Hosts with longer paths give short names and let `p3dsetpaths` turn them into paths.
 class FileName {
@@ -21,7 +21,7 @@ class FileName {
   /// The blank name.
   FileName() noexcept { characters_.fill(' '); }
 
-  /// The name, padded; one that does not fit is an error of the run.
+  /// The name, padded; one that does not fit is a fatal error.
   FileName(std::string_view name);
   /// The same of a text that ends with a NUL character.
   FileName(const char* name) : FileName(std::string_view(name)) {}

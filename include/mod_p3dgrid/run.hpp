@@ -12,24 +12,24 @@
 namespace mod_p3dgrid {
 
 /// The text with its control characters escaped: `\n`, `\t`, `\r`, all others as their bytes in
-/// hexadecimal (`\x1b`). One line then, with nothing in it that a terminal obeys. So names of files
-/// are shown in `RunEnd::message` and `ReadFailure::describe`; the lines that go to
+/// hexadecimal (`\x1b`). The result is one line without terminal control sequences. File names
+/// are shown this way in `RunEnd::message` and `ReadFailure::describe`; the lines that go to
 /// `p3dsetmessages` hold them as they are.
 [[nodiscard]] std::string p3dprintable(std::string text);
 
 /// How a run ends when the library ends it.
 struct RunEnd {
   /// 0: the module has halted the run, having said why on standard output.
-  /// 2: an error of the run: a file that cannot be opened, written or closed, or an argument that
-  ///    cannot be meant.
+  /// 2: a fatal error: a file that cannot be opened, written or closed, or an invalid
+  ///    argument.
   integer status = 0;
-  /// For an error of the run one line: the operation, the file and the system's reason. Else empty.
+  /// For a fatal error one line: the operation, the file and the system's reason. Else empty.
   /// Control characters are escaped.
   /// Without memory for such a line it is "out of memory", or the operation alone.
   std::string message;
 };
 
-/// Installs what happens when the module halts the run or meets an error of the run.
+/// Installs what happens when the module halts the run or meets a fatal error.
 ///
 /// The handler may throw: the exception leaves the operation, which releases its work arrays and
 /// leaves its units open (close them with `p3dcloseunit`). If the handler returns, or if none is
@@ -65,14 +65,14 @@ void p3dsetbyteorder(std::function<std::endian(std::string_view name)> chooser);
 void p3dsethugepages(bool wanted);
 
 /// Makes values that are left in a record of an unformatted file a failed read, with both lengths
-/// in its reason; off at the start of a run. Records hold more than is asked of them as a rule if
-/// precision, blanking, layout or sections are not those of the file: what is left is skipped
-/// otherwise, and the values that were read are nonsense. Text, whose lines may hold more, and
-/// binary files, which have no records, are not affected.
+/// in its reason; off at the start of a run. A record that holds more than is requested usually
+/// means that precision, blanking, layout or sections are wrong. By default the rest is skipped,
+/// and the values read are wrong too. Text, whose lines may hold more, and binary files, which have
+/// no records, are not affected.
 void p3dsetwholerecords(bool wanted);
 
 /// Closes the unit: flushes what was written and disconnects the file. Harmless when nothing is
-/// connected to the unit. A failing flush or close is an error of the run.
+/// connected to the unit. A failing flush or close is a fatal error.
 ///
 /// Units are closed by the operations that opened them except where their descriptions say
 /// otherwise (a failed read leaves its unit open, for example). Whatever is still open when the

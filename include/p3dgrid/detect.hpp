@@ -11,7 +11,7 @@
 /// Finds out which form a grid or restart file has.
 namespace p3dgrid {
 
-/// How a file and the records that a reading of it asks for go together.
+/// How far a file agrees with the records that a reading expects.
 struct Fit {
   /// How far they agree.
   enum class Agreement {
@@ -27,8 +27,8 @@ struct Fit {
   std::int64_t records = 0;                ///< records that agree, from the first on
   std::string what = {};                   ///< unless whole: where and how, as part of a sentence
   std::int64_t line = 0;                   ///< of text: up to where it may be so
-  /// What is asked for in what there is: bytes of a binary file or of the record that departs,
-  /// values of text; 0 where that is unknown.
+  /// Expected size divided by actual size: in bytes for a binary file and for the record that
+  /// differs, in values for text; 0 if unknown.
   double share = 0;
   std::int64_t end = 0;  ///< of a binary file: byte behind the last record asked for
 
@@ -38,10 +38,10 @@ struct Fit {
   }
 };
 
-/// True when all records are there, and what follows them can be left out.
+/// True if all records are there and what follows them can be ignored.
 [[nodiscard]] bool only_followed(const Fit& fit, Encoding encoding);
 
-/// One way to take a file, and how the file bears it out.
+/// One interpretation of a file, and how far the file agrees with it.
 struct Reading {
   std::variant<GridForm, RestartForm> form;  ///< as which it is taken
   /// Extents of its blocks, of the file itself or of its grid; null if none are known.
@@ -72,11 +72,11 @@ struct Reading {
 
 /// What has been found out of a file.
 struct Detection {
-  /// Readings that the file bears out. Of one, the form is clear; of several, the file leaves it
-  /// open which is meant.
+  /// Readings that agree with the file. With one, the form is known; with several, it is
+  /// ambiguous.
   std::vector<Reading> fitting = {};
   std::vector<Reading> nearest = {};  ///< where none fits: those that agree furthest
-  /// @name Where no reading is proven, as part of a sentence each; empty where nothing is known
+  /// @name Set if no reading is proven: parts of a sentence, or empty
   /// @{
   std::string foreign = {};    ///< a form that cannot be read: "is a grid in two dimensions, ..."
   std::string damage = {};     ///< where the header is damaged
@@ -90,7 +90,7 @@ struct Detection {
   [[nodiscard]] bool proven() const;
 };
 
-/// Thrown for a file that cannot be looked into: one that cannot be opened or read, or that is not
+/// Thrown for a file that cannot be examined: one that cannot be opened or read, or that is not
 /// a regular file. `what()` is the path and the reason.
 class FileError : public std::runtime_error {
  public:
@@ -98,8 +98,9 @@ class FileError : public std::runtime_error {
   explicit FileError(const std::string& message) : std::runtime_error(message) {}
 };
 
-/// Finds out what of a file's form has not been stated. Memory is bounded by the file's own tables
-/// of extents and 64 MiB besides. Throws `FileError`.
+/// Detects the members of a file's form that are not stated. Text is read once to its end; of other
+/// files only headers, markers and the length are looked at. Memory: the tables of extents of the
+/// file and at most 64 MiB. Throws `FileError`.
 [[nodiscard]] Detection detect_grid(const std::string& path, const StatedGridForm& stated = {});
 /// The same of a restart file.
 /// @param path    of the file
@@ -111,8 +112,9 @@ class FileError : public std::runtime_error {
 /// The same of a file of which nothing is known.
 [[nodiscard]] Detection detect_any(const std::string& path);
 
-/// What the records of a file have against a form, as far as its header allows to say. The header
-/// is read from the file; nothing is said of a file whose header cannot be one. Throws `FileError`.
+/// Compares the records of a file with a form. Extents are read from the header of the file.
+/// Returns `Agreement::whole` without a comparison if the header is not valid in this form. Throws
+/// `FileError`.
 [[nodiscard]] Fit compare(const std::string& path, const GridForm& form);
 /// The same of a restart file.
 /// @param path            of the file

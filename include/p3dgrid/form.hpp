@@ -8,7 +8,7 @@
 #include <type_traits>
 #include <vector>
 
-/// What has to be known of a grid or restart file to read it; the files themselves do not say.
+/// The form of a grid or restart file, which has to be known to read it and is not stored in it.
 namespace p3dgrid {
 
 /// How a file holds its records. The values are the module's file-format codes.
@@ -58,8 +58,7 @@ using Sections = std::vector<Section>;
 /// Variables of every solution file, and of the leading record of layouts 100 and 101.
 inline constexpr std::int32_t solution_variables = 5;
 
-/// One member of a form: its name, which ends the options of the command that state it, its
-/// possible values, and what it means.
+/// Describes one member of a form. The command derives option names, help and JSON keys from it.
 template <class Value>
 struct Member {
   const char* name;                ///< "format"
@@ -85,11 +84,11 @@ extern const Member<std::optional<Sections>> sections_member;  ///< variables of
 [[nodiscard]] const char* name_of(Layout layout);        ///< @copydoc name_of
 [[nodiscard]] const char* name_of(bool choice);          ///< @copydoc name_of
 
-/// Holds a member that is known; `std::optional` holds one that may be stated.
+/// Holder of a known member; `std::optional` is the holder of one that may be stated.
 template <class T>
 using Known = T;
 
-/// The value that a member has unless something else is stated; none where it is to be stated.
+/// Initial value of a member: `value` if it is known, none if it may be stated.
 template <class Held, class Value>
 constexpr Held unless_stated(Value value) {
   if constexpr (std::is_same_v<Held, Value>) {
@@ -99,8 +98,8 @@ constexpr Held unless_stated(Value value) {
   }
 }
 
-/// How the numbers of a file are coded. Every member stands in `for_each_member` too, which all
-/// that goes through them member by member uses.
+/// How the numbers of a file are coded. A new member is added here and in `for_each_member`, which
+/// options, comparison, messages and JSON iterate over.
 template <template <class> class Holder>
 struct BasicCoding {
   Holder<Encoding> encoding = {};    ///< how records are held

@@ -9,8 +9,8 @@
 namespace p3dgrid {
 namespace {
 
-/// Whether what a binary file has in the place of blanking values, at the end of its last block,
-/// can be such. Of binary files nothing but the length shows the rest.
+/// Whether the words at the end of the last block of a binary file are plausible blanking values.
+/// Binary files have no markers, so only the length and these words can be checked.
 bool blanking_is_one(Evidence& file, const Reading& reading) {
   const std::int64_t points = reading.extents->points_of(reading.extents->i.size() - 1);
   return look_at_words(file, reading.fit.end - 4 * points, points, reading.coding().byte_order)
@@ -19,7 +19,7 @@ bool blanking_is_one(Evidence& file, const Reading& reading) {
 
 }  // namespace
 
-// Digits do not tell of a precision, nor of an order of bytes; text is taken in one of each.
+// Text has neither precision nor byte order; one of each stands for all.
 std::vector<Coding> codings_of(Evidence& file, const StatedCoding& stated) {
   constexpr auto other =
       ByteOrder::native == ByteOrder::little ? ByteOrder::big : ByteOrder::little;
@@ -33,7 +33,7 @@ std::vector<Coding> codings_of(Evidence& file, const StatedCoding& stated) {
                                             file.all_records_sound(ByteOrder::big));
   std::vector<Coding> codings;
   for (const Encoding e : choices(stated.encoding, {Encoding::unformatted, Encoding::binary})) {
-    // Values do not by chance look like markers all through a file.
+    // Values do not look like matching markers throughout a file.
     if (markers && e == Encoding::binary) continue;
     for (const ByteOrder o : choices(stated.byte_order, {ByteOrder::native, other})) {
       for (const Precision p :

@@ -12,15 +12,15 @@
 namespace p3dgrid {
 namespace {
 
-/// A reading has found something in the file to agree with: all of its header at least.
+/// Whether at least one record of some reading agrees with the file.
 bool is_supported(const Detection& found) {
   return found.proven() || std::ranges::any_of(found.nearest, [](const Reading& reading) {
            return reading.fit.records > 0;
          });
 }
 
-/// Judges the readings, and says of a file that no reading is proven for what else it may be.
-/// Readings that have blocks without points come last.
+/// Selects the readings that agree, and describes the file otherwise if none is proven. Readings
+/// with empty blocks are tried last.
 /// @param readings  takes `EmptyBlocks`
 template <class Readings>
 Detection detect(Evidence& file, const std::shared_ptr<const Extents>& grid, Readings readings) {

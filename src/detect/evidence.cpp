@@ -11,7 +11,7 @@
 namespace p3dgrid {
 namespace {
 
-/// Markers stand far apart; that behind a record stands beside that of the next.
+/// Markers are far apart, except that behind a record and that before the next.
 constexpr std::size_t marker_buffer = 128;
 constexpr std::size_t text_buffer = std::size_t{256} * 1024;
 
@@ -20,7 +20,7 @@ const std::string& checked(const std::string& path) {
   const auto status = std::filesystem::status(path, error);
   const bool other = std::filesystem::exists(status) && !std::filesystem::is_regular_file(status) &&
                      !std::filesystem::is_directory(status);
-  // What else is wrong with it shows when it is opened. A named pipe would be waited for.
+  // Opening a named pipe would block. All other errors are reported when the file is opened.
   if (!other) return path;
   throw FileError(path + ": is not a regular file, and cannot be looked into before it is read");
 }
@@ -45,7 +45,7 @@ std::string Evidence::beginning(std::int64_t count) {
   return bytes;
 }
 
-// The integers that files without text begin with are small, so that a zero byte comes early.
+// Other files begin with small integers, which contain zero bytes.
 bool Evidence::begins_with_text() {
   if (text_) return *text_;
   const std::string start = beginning(512);
@@ -63,7 +63,7 @@ bool Evidence::all_records_sound(ByteOrder order) {
     constexpr int proof = 1000;
     recordio::RecordScanner scanner = records(order);
     auto record = scanner.next();
-    // Zeros would be empty records without end.
+    // A file of zeros would be an endless list of empty records.
     if (!record || record->length == 0) return false;
     for (int n = 0; n < proof && record; ++n, record = scanner.next()) {
       if (!record->sound()) return false;

@@ -14,8 +14,8 @@
 
 namespace p3dgrid {
 
-/// Whether readings may have blocks without points. They are looked at only where no other reading
-/// explains a file, and of few blocks, since zeros can be taken for any number of such blocks.
+/// Whether readings may have blocks without points. They are tried only if no other reading agrees,
+/// and only with a limited number of blocks, because a run of zeros looks like any number of them.
 enum class EmptyBlocks : bool { refused, taken };
 
 /// What a header says of the records that follow, and the sizes of its own.
@@ -27,7 +27,7 @@ struct Outline {
   HeaderSizes sizes;
 };
 
-/// A file that is looked into. It is opened once, and what has been read stays in a small buffer.
+/// The file being examined, and what is known of it so far.
 class Evidence {
  public:
   /// Throws `FileError`.
@@ -46,8 +46,8 @@ class Evidence {
   [[nodiscard]] std::string beginning(std::int64_t count);
   [[nodiscard]] bool begins_with_text();
 
-  /// True when the file is nothing but records with sound markers, the first one not empty. Of very
-  /// many records, those that are looked at are proof enough.
+  /// True if the file consists of records with matching markers and the first is not empty. At most
+  /// the first 1000 records are checked.
   [[nodiscard]] bool all_records_sound(ByteOrder order);
 
   [[nodiscard]] recordio::RecordScanner records(ByteOrder order) { return {file_, order, size_}; }
@@ -65,7 +65,7 @@ class Evidence {
   /// The header of a restart file likewise.
   [[nodiscard]] std::optional<Outline> restart_outline(const RestartForm& form, EmptyBlocks empty);
 
-  /// How the file goes together with plans of one coding, which are gone through by that.
+  /// Compares the file with plans of one coding. The plans are consumed.
   [[nodiscard]] std::vector<Fit> fit(const Coding& coding, std::span<FilePlan> plans);
   [[nodiscard]] Fit fit(const Coding& coding, FilePlan plan) {
     return fit(coding, std::span(&plan, 1)).front();
@@ -87,7 +87,7 @@ class Evidence {
   std::int64_t text_commas_ = 0;
 };
 
-/// Runs what looks into a file.
+/// Runs `look` on a file and turns errors of the system into `FileError`.
 template <class Look>
 auto looking_into(const std::string& path, Look look) {
   try {

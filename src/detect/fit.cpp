@@ -11,7 +11,7 @@ using recordio::ScannedRecord;
 constexpr std::int64_t marker_bytes = 4;
 constexpr std::int64_t disk_block = 512;
 
-/// Some systems have written files in full blocks.
+/// Whether the rest of the file is zeros that fill its last disk block, as some systems write.
 bool is_padding(Evidence& file, std::int64_t begin) {
   const std::int64_t size = file.size();
   if (size <= begin || size - begin >= disk_block || size % disk_block != 0) return false;
@@ -21,7 +21,7 @@ bool is_padding(Evidence& file, std::int64_t begin) {
   return std::all_of(rest.begin(), rest.begin() + (size - begin), [](char c) { return c == 0; });
 }
 
-/// Where an unformatted record departs from what is expected; whole where it does not.
+/// Compares an unformatted record with its expected length.
 Fit fit_of_record(const ScannedRecord& record, std::int64_t expected, std::int64_t agreeing,
                   const FilePlan& plan) {
   const bool has_length = record.length > 0 || record.sound();
@@ -35,7 +35,7 @@ Fit fit_of_record(const ScannedRecord& record, std::int64_t expected, std::int64
             .share = share_of(expected, record.length)};
   }
   if (record.sound()) return {};
-  // A marker of the length expected counts as agreement: it is there, and what is behind is not.
+  // The marker has the expected length, so the record counts although its end is missing.
   const bool cut = record.state == ScannedRecord::State::cut;
   return {cut ? Agreement::cut : Agreement::other, agreeing + (has_length ? 1 : 0),
           where + ": " + record.what};

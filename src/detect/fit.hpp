@@ -7,24 +7,24 @@
 
 namespace p3dgrid {
 
-/// Of an unformatted file: every marker.
+/// Compares all record markers of an unformatted file.
 [[nodiscard]] Fit fit_of_records(Evidence& file, const Coding& coding, FilePlan& plan);
 
-/// Of a binary file, in which nothing but its length tells, and the flags of layout 101.
+/// Compares the length of a binary file, and reads the flags of layout 101.
 [[nodiscard]] Fit fit_of_length(Evidence& file, const Coding& coding, FilePlan& plan);
 
-/// What a text holds besides the values that a plan asks for.
+/// Counts of a whole text, whatever the plans expect.
 struct TextCount {
   std::int64_t values = 0;  ///< of all lines, up to what is no number in each
   std::int64_t commas = 0;  ///< lines with a value more where a record begins with them
 };
 
-/// Of text: each record begins on a line of its own and fills the lines up to its last value. The
-/// text is gone through once, for all plans side by side, so that memory does not depend on it.
+/// Compares text: each record begins on a new line, and no value follows its last one on that line.
+/// One pass over the text serves all plans, so memory does not depend on its length.
 [[nodiscard]] std::vector<Fit> fit_of_text(recordio::InputFile& file, std::span<FilePlan> plans,
                                            TextCount& count);
 
-/// Why a file does not fit whose flags have used up their room.
+/// Reason for a chain of three flags without the last.
 inline constexpr const char* chain_text =
     "its third flag is not 999, and a chain of at most three flags ends with 999";
 
@@ -34,7 +34,7 @@ inline constexpr const char* chain_text =
 /// "record 3 of 4".
 [[nodiscard]] std::string record_text(std::int64_t agreeing, const FilePlan& plan);
 
-/// What is asked for in what there is; 1 where both are nothing.
+/// Expected size divided by actual size, which counts as 1 at least.
 [[nodiscard]] double share_of(std::int64_t expected, std::int64_t found);
 
 }  // namespace p3dgrid

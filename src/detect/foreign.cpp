@@ -28,7 +28,7 @@ bool is_in_pieces(Evidence& file, const Coding& coding, bool multiblock) {
                      file.fit(coding, in_pieces(*outline, false)).whole());
 }
 
-/// A 64-bit integer that 32 bits would do for; 0 where there is none.
+/// The 64-bit integer at an offset if it fits 31 bits, else 0.
 std::int32_t wide_integer(Evidence& file, std::int64_t offset, ByteOrder order) {
   const bool big = order == ByteOrder::big;
   const auto low = file.integer(offset + (big ? 4 : 0), order);

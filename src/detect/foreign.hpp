@@ -12,8 +12,8 @@ namespace p3dgrid {
 /// other line ends. As part of a sentence; empty where the file is none of them.
 [[nodiscard]] std::string foreign_form(Evidence& file);
 
-/// Such a form whose length that of the file is, taken without markers, which it may be by chance:
-/// "a grid in two dimensions"; empty where there is none.
+/// A two-dimensional form of the same length in a binary file, such as "a grid in two dimensions".
+/// The length alone is no proof. Empty if there is none.
 [[nodiscard]] std::string foreign_length(Evidence& file);
 
 }  // namespace p3dgrid

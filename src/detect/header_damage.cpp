@@ -19,14 +19,14 @@ std::string text_of(std::int64_t number) {
   return std::to_string(number);
 }
 
-/// A record stands at that byte whose markers agree; 0 for none, else its length.
+/// Length of the record at that byte if its markers match, else 0.
 std::int64_t length_at(Evidence& file, std::int64_t offset, ByteOrder order) {
   const auto head = file.integer(offset, order);
   if (!head || *head <= 0) return 0;
   return file.integer(offset + marker_bytes + *head, order) == *head ? *head : 0;
 }
 
-/// The first record is there, but for one of its two markers.
+/// Describes a first record of which one of the two markers is wrong.
 std::string first_marker(Evidence& file, ByteOrder order, std::int64_t length) {
   const auto head = file.integer(0, order);
   const auto tail = file.integer(marker_bytes + length, order);
@@ -38,7 +38,8 @@ std::string first_marker(Evidence& file, ByteOrder order, std::int64_t length) {
          " is expected, as at byte " + text_of(first ? marker_bytes + length : 0);
 }
 
-/// Extents that are none, or more than the file holds; `record` has those of all blocks.
+/// Describes extents that are negative or too large for the file; `record` holds those of all
+/// blocks.
 std::string impossible_extents(Evidence& file, const recordio::ScannedRecord& record,
                                ByteOrder order, std::int32_t blocks) {
   for (std::int32_t b = 0; b < blocks; ++b) {
@@ -59,7 +60,7 @@ std::string impossible_extents(Evidence& file, const recordio::ScannedRecord& re
   return "";
 }
 
-/// What follows behind a record of nothing but the number of blocks.
+/// Describes what is wrong behind the record of the block count.
 std::string behind_count(Evidence& file, ByteOrder order) {
   constexpr const char* asked = " are expected for the extents of ";
   recordio::RecordScanner records = file.records(order);
@@ -85,7 +86,7 @@ std::string behind_count(Evidence& file, ByteOrder order) {
          text_of(expected) + asked + counted(blocks, "block");
 }
 
-/// A block count that the text has no lines for: each block takes one at least.
+/// Describes a block count larger than the possible number of lines; each block has at least one.
 std::string missing_lines(Evidence& file) {
   const std::string start = file.beginning(80);
   const std::size_t begin = std::min(start.find_first_not_of(' '), start.size());

@@ -21,19 +21,19 @@ class HeaderReader {
     return true;
   }
 
-  /// Runs what reads; false where the file does not hold it.
+  /// Runs a walk over header records; false if the file does not hold them.
   template <class Walk>
   static bool succeeds(Walk walk) {
     try {
       return walk();
     } catch (const recordio::ReadError& error) {
-      // A file that the system cannot read is no evidence.
+      // An error of the system says nothing about the file.
       if (error.status > recordio::status_error) throw;
       return false;
     }
   }
 
-  /// Goes back to where this reader stands, or stood.
+  /// Saves the position of a reader and restores it.
   class Place {
    public:
     explicit Place(HeaderReader& reader)

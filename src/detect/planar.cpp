@@ -67,7 +67,7 @@ std::vector<Reading> with_planar_twin(Evidence& file, const Reading& reading,
   if (!has_planar_twin(form, *reading.extents)) return {reading};
   const Words words = third_words(file, form, *reading.extents);
   if (words.small && !words.zero) return {planar_twin(reading)};
-  // Blanking values that are 0 everywhere would leave no point in use, but few of many are seen.
+  // If all words are 0 and have been checked, they are coordinates: a grid has points in use.
   const bool excluded = stated.multiblock == false || stated.iblank == false;
   if (!words.zero || words.all || excluded) return {reading};
   return {reading, planar_twin(reading)};

@@ -11,7 +11,7 @@ namespace {
 /// The forms that a layout takes of a coding, apart from its sections.
 std::vector<RestartForm> forms_of(const LayoutTraits& layout, const Coding& coding,
                                   const StatedRestartForm& stated) {
-  // The block count says nothing of layouts that have none.
+  // Layouts without a block count have one form.
   if (!layout.may_hold_count()) {
     return {{layout.layout, coding, stated.multiblock.value_or(true), stated.sections}};
   }
@@ -22,8 +22,8 @@ std::vector<RestartForm> forms_of(const LayoutTraits& layout, const Coding& codi
   return forms;
 }
 
-/// What a header alone lets be said, where no grid gives the extents. Without markers anything
-/// could be such a file, so that its layout has to be stated.
+/// Whether a file without extents may be listed as a reading although its body cannot be compared.
+/// Without markers every file would qualify, so its layout must be stated.
 bool may_go_unchecked(Evidence& file, const RestartForm& form, bool stated) {
   if (form.coding.encoding != Encoding::unformatted) return stated;
   return file.all_records_sound(form.coding.byte_order);
@@ -38,7 +38,7 @@ std::vector<bool> possible_leading(const RestartForm& form) {
   return {true, false};
 }
 
-/// Finds the ways to take a file as a restart file.
+/// Collects the readings of a file as a restart file.
 class RestartSearch {
  public:
   RestartSearch(Evidence& file, const StatedRestartForm& stated,
@@ -54,7 +54,7 @@ class RestartSearch {
       }
     }
     take_fits();
-    // How many variables a text has shows only when its values have been counted.
+    // The number of variables of a text follows from the number of its values.
     for (const Open& open : std::exchange(open_, {})) add_by_size(open);
     take_fits();
     return std::move(readings_);
@@ -133,7 +133,7 @@ class RestartSearch {
 
   void take_fits() {
     for (Reading& reading : fitted(file_, std::exchange(candidates_, {}))) {
-      // Any number of variables, and any value for a flag, would say nothing.
+      // With both the number of variables and the flag free, any file would agree.
       if (reading.free_count && reading.unknown_flag) continue;
       readings_.push_back(std::move(reading));
     }

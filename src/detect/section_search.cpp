@@ -6,11 +6,11 @@
 namespace p3dgrid {
 namespace {
 
-/// What stands where a marker would be can be any number; one that no second marker bears out is
-/// taken for a length only where it asks for as many variables as solutions have.
+/// Most variables of a record whose second marker is missing or wrong. The first may be any number
+/// then.
 constexpr std::int64_t most_of_unproven_record = 1000;
 
-/// Records that are looked at in search of a block with points.
+/// Most records that are read in search of a block with points.
 constexpr std::size_t most_records = 4096;
 
 /// The table of sections with so many variables, one after another.

@@ -6,7 +6,7 @@
 
 namespace p3dgrid {
 
-/// Most sections that the module has room for, and most variables that are taken for meant.
+/// Size of the module's section table, and largest plausible number of variables.
 inline constexpr std::size_t most_sections = 30;
 inline constexpr std::int32_t most_variables = 1'000'000;
 
@@ -22,7 +22,7 @@ struct SectionSearch {
   [[nodiscard]] FilePlan plan(const Sections& sections) const;
 };
 
-/// The sections that a layout has as a rule.
+/// The usual sections of a layout.
 [[nodiscard]] Sections usual_sections(const SectionSearch& search);
 
 /// Whether the body can have the sections that the form states.
@@ -31,8 +31,8 @@ struct SectionSearch {
 /// The tables that agree with the lengths of the records in the first block of an unformatted file.
 [[nodiscard]] std::vector<Sections> sections_in_records(const SectionSearch& search);
 
-/// The tables, of one section or of one behind a leading record, that fill a file without markers.
-/// Text has been counted before.
+/// The tables, of one section or of one behind a leading record, that agree with the size of a file
+/// without markers. For text, `Evidence::fit` must have counted the values before.
 [[nodiscard]] std::vector<Sections> sections_by_size(const SectionSearch& search);
 
 }  // namespace p3dgrid

@@ -14,10 +14,10 @@ using Stop = ListScanner::Stop;
 
 constexpr std::int64_t no_limit = std::numeric_limits<std::int64_t>::max();
 
-/// Text that holds so much of what is expected, and then more, has had something added to it.
+/// If so much of a text is expected values, the rest has been appended.
 constexpr double most_of_a_text = 0.9;
 
-/// A line as far as it has been gone through.
+/// The current line, as far as it has been scanned.
 struct Line {
   std::int64_t number;
   std::int64_t values = 0;
@@ -25,12 +25,12 @@ struct Line {
   std::string word = {};  ///< behind the values, if they are followed by what is no number
 };
 
-/// One plan on its way through the text.
+/// Compares one plan with the text, line by line.
 class TextCursor {
  public:
   explicit TextCursor(FilePlan& plan) : plan_(plan), begin_(plan) { next_record(); }
 
-  /// Values that may be taken before this cursor has to be asked again.
+  /// Values up to the end of the current segment of the record.
   [[nodiscard]] std::int64_t wanted() const { return reals_ > 0 ? reals_ : integers_; }
   [[nodiscard]] bool in_record() const { return reals_ + integers_ > 0; }
   [[nodiscard]] bool wants_integers() const { return reals_ == 0 && integers_ > 0; }
@@ -63,9 +63,9 @@ class TextCursor {
                   "line " + std::to_string(line.number) + " holds \"" + line.word +
                       "\" where a number is expected");
     }
-    // What a slash leaves out counts as taken.
+    // A slash ends the record.
     if (in_record() && line.stop != Stop::slash) return;
-    // A record without values is a line all the same, which must have ended.
+    // A record without values is one line, which needs a line end.
     const bool empty = at_record_ && size_.values() == 0;
     if (empty && line.values == 0 && line.stop == Stop::end) return;
     const std::int64_t more = in_record() ? 0 : line.values - ended_at_;
@@ -128,7 +128,7 @@ class TextCursor {
       return;
     }
     size_ = *size;
-    // The kinds of a header have been looked at when it was read.
+    // The kinds of header values were checked when the header was read.
     reals_ = size_.in_header ? size_.values() : size_.reals + size_.doubles;
     integers_ = size_.in_header ? 0 : size_.integers;
     at_record_ = true;

@@ -10,12 +10,12 @@ namespace p3dgrid {
 
 namespace {
 
-/// The words of a text that holds nothing but words.
+/// Iterates over the plain numbers of a text.
 class Words : private recordio::ListTokens {
  public:
   explicit Words(recordio::InputFile& file) : ListTokens(file, lines_) {}
 
-  /// The next word; empty for anything else. Nothing at the end.
+  /// The next number as text; empty for null values and slashes, none at the end.
   std::optional<std::string_view> next() {
     do {
       if (file_.at_end()) return std::nullopt;

@@ -42,8 +42,9 @@ std::int64_t proven_records(const Reading& reading) {
   return is_unformatted(reading) && reading.own_extents ? reading.fit.records : 0;
 }
 
-/// Markers that agree with a header outweigh what without them comes out even, or has nothing to
-/// agree with: those of the header and the one behind it against other encodings.
+/// Drops readings that matching markers contradict: if the markers of a header match, readings of
+/// which only the header was compared; if that of the first body record matches too, all other
+/// encodings.
 void drop_what_markers_disprove(std::vector<Reading>& readings) {
   const bool header = std::ranges::any_of(
       readings, [](const Reading& reading) { return proven_records(reading) >= 2; });
@@ -56,9 +57,8 @@ void drop_what_markers_disprove(std::vector<Reading>& readings) {
   });
 }
 
-/// A length that is divided into variables can come out even by chance, by what is no header at
-/// all. Of such readings only those stay that take the header as a reading does which had no number
-/// to choose.
+/// With a free number of variables, a wrong header can agree with the length of a file. If readings
+/// without that freedom agree, only those with the same extents are kept.
 void drop_chance(std::vector<Reading>& readings) {
   std::vector<Reading> bound;
   for (const Reading& reading : readings) {

@@ -38,7 +38,7 @@ struct BodyRecord {
   }
 };
 
-/// What decides about the records of a block besides the layout.
+/// Parameters of the records of a block, besides the layout.
 struct BlockShape {
   Sections sections;
   /// Variables in the leading record; none if blocks do not begin with it. Such blocks have no
@@ -63,10 +63,10 @@ class BodyWalk {
   /// The next record; none at the end. Behind a flag, `take_flag` comes first.
   [[nodiscard]] std::optional<BodyRecord> next();
 
-  /// Says what the flag just handed out is.
+  /// Sets the value of the flag that `next` has returned.
   void take_flag(std::int32_t flag);
 
-  /// Whether the chain of flags has used up its room without an end.
+  /// Whether the third flag did not end the chain.
   [[nodiscard]] bool chain_without_end() const { return flag_ > most_flags; }
 
  private:

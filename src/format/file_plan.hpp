@@ -11,7 +11,7 @@
 
 namespace p3dgrid {
 
-/// How many values one record holds: reals, then integers, but for headers, which mix them.
+/// Number of values in a record. Reals precede integers, except in headers, where they are mixed.
 struct RecordSize {
   std::int64_t reals = 0;    ///< of the file's precision
   std::int64_t doubles = 0;  ///< 64-bit whatever the file's precision
@@ -26,7 +26,7 @@ struct RecordSize {
   friend bool operator==(const RecordSize&, const RecordSize&) = default;
 };
 
-/// The sizes of a header's records in file order, those of like records next to each other as one.
+/// The sizes of a header's records in file order, run-length encoded.
 class HeaderSizes {
  public:
   /// @param kind  of the reals in the file's precision
@@ -57,7 +57,7 @@ class HeaderSizes {
   std::int64_t records_ = 0;
 };
 
-/// What decides about the records of a restart file's body.
+/// Parameters of the body of a restart file.
 struct BodyPlan {
   BlockShape shape;
   std::vector<std::int32_t> functions = {};  ///< variables of each block, if they differ
@@ -77,11 +77,11 @@ class FilePlan {
   [[nodiscard]] std::optional<RecordSize> next();
   void take_flag(std::int32_t flag);
 
-  /// Records of the file, as far as the flags have been taken.
+  /// Number of records of the file, as far as the flags are known.
   [[nodiscard]] std::int64_t records() const { return records_; }
   /// Whether a flag has been taken that announces nothing.
   [[nodiscard]] bool unknown_flag() const { return unknown_flag_; }
-  /// Whether flags have used up their room without an end.
+  /// Whether the third flag did not end the chain.
   [[nodiscard]] bool chain_without_end() const { return body_ && body_->chain_without_end(); }
 
  private:

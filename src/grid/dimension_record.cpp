@@ -9,8 +9,8 @@
 namespace mod_p3dgrid {
 namespace {
 
-/// So many blocks are believed whatever the file holds: 4 MiB in each of the arrays that have an
-/// integer for each block, and far more blocks than grids have.
+/// Arrays for so many blocks are allocated without checking the length of the file: 4 MiB each, and
+/// far more blocks than grids have.
 constexpr integer trusted_blocks = integer{1} << 20;
 
 template <class ColumnList>

@@ -31,13 +31,13 @@ inline void write_dimension_record(const recordio::Unit& unit, integer nblocks,
   write_dimensions(unit, p3dgrid::DimensionKind::one_record, nblocks, columns);
 }
 
-/// Whether the file may hold the extents of so many blocks, or the blocks are so few that it does
-/// not matter. Asked before arrays of that size are allocated.
+/// Whether arrays for so many blocks may be allocated: up to a fixed number of blocks always, above
+/// it if the file is long enough for their extents.
 /// @param claim  `one_record` for a dimension record, `records` where each block has its own
 [[nodiscard]] bool can_hold_dimensions(const recordio::Unit& unit, integer nblocks,
                                        recordio::Claim claim = recordio::Claim::one_record);
 
-/// Makes extents that no array of points can have a failed read.
+/// Records invalid extents as a failed read.
 void fail_on_extents(const recordio::Unit& unit, integer block, integer i, integer j, integer k);
 
 }  // namespace mod_p3dgrid

@@ -62,8 +62,8 @@ class Connection {
   /// Flushes and closes; needed by a connection that writes.
   void close();
 
-  /// Whether the rest of the file can hold so many values, or is of no known size. What a file cut
-  /// short may have lost is taken on trust up to a gigabyte: the read will find out.
+  /// Whether the rest of the file can hold so many values, or is of no known size. For a
+  /// file that may be truncated, up to 1 GiB is accepted without a check.
   [[nodiscard]] bool can_hold(std::int64_t values, FileKind kind, Claim claim) const;
 
   [[nodiscard]] const std::string& path() const { return path_; }

@@ -84,7 +84,7 @@ std::optional<ListScanner::Stop> ListScanner::next_item() {
   try {
     item = take_item();
   } catch (const ReadError& error) {
-    // A word without end is no number, and no reason to end here.
+    // A word that is too long is not a number; the scan goes on behind it.
     if (error.status != status_error) throw;
     repeats_ = 0;
     return Stop::not_number;

@@ -11,7 +11,7 @@
 namespace mod_p3dgrid::recordio {
 namespace {
 
-/// No number that is meant as one is longer; a file without separators is not text.
+/// Limit on the memory for one word. A file without separators is not text.
 constexpr std::ptrdiff_t longest_word = std::ptrdiff_t{1024} * 1024;
 
 }  // namespace

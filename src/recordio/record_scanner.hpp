@@ -27,10 +27,11 @@ struct ScannedRecord {
 };
 
 /// Goes through the records of an unformatted file by their markers, without their payload. Damage
-/// is what it looks for, so it throws `ReadError` only where the system cannot read.
+/// is returned in the record; `ReadError` is thrown only if the system cannot read the file.
 class RecordScanner {
  public:
-  /// @param file  of `size` bytes; whoever else reads from it says where first
+  /// @param file  shared; the scanner seeks before each read, and other users must do the same
+  /// @param size  length of the file in bytes
   RecordScanner(InputFile& file, std::endian order, std::int64_t size)
       : file_(file), order_(order), size_(size) {}
 

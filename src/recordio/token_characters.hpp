@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-/// The characters that list-directed text is divided by.
+/// Separators of list-directed text.
 namespace mod_p3dgrid::recordio {
 
 /// The fast path wants a whole number in the buffer, which this many bytes hold but for unusual

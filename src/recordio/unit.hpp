@@ -28,7 +28,7 @@ class Unit {
   }
 
   /// Connects the file, from its start; what was connected before is closed first. A failing open
-  /// is an error of the run.
+  /// is a fatal error.
   void open(const FileName& name, OpenStatus status) const;
 
   /// Reads one record. False if that fails; `p3dlastfailure` then says why. Values read until then
@@ -41,7 +41,7 @@ class Unit {
   /// Whether nothing is left to read. False, as a failed read, if something is.
   [[nodiscard]] bool expect_end() const;
 
-  /// Writes one record. A failing write is an error of the run.
+  /// Writes one record. A failing write is a fatal error.
   void write(const WriteList& list) const;
 
   /// Flushes and disconnects the file; harmless without one.

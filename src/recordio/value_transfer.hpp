@@ -142,8 +142,8 @@ void read_tiles(Payload& payload, bool foreign, const Values<void>& entry) {
   payload.skip(entry.bytes());
 }
 
-/// In tiles, of which a failed read loses the last: the lines are then read one after another, as
-/// far as they go.
+/// Reads in tiles. If a tile fails, its lines are read again one after another, so that every whole
+/// value that is there is stored.
 template <class Stored, class Kept, class Payload>
 void read_tiles_or_lines(Payload& payload, bool foreign, const Values<void>& entry) {
   try {

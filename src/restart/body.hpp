@@ -26,7 +26,7 @@ using p3dgrid::parameters_per_block;
 using p3dgrid::real_kind;
 using p3dgrid::triplet;
 
-/// How the file on a unit is coded. Of byte orders the unit knows itself.
+/// The coding of the file on a unit, except for its byte order, which the unit applies itself.
 [[nodiscard]] Coding coding_of(const recordio::Unit& unit, logical dblprec);
 
 /// Whether the flow parameters of layout 2 live in `dqvar` rather than `sqvar`. Text always keeps
@@ -49,8 +49,7 @@ inline constexpr integer leading_variables = p3dgrid::solution_variables;
                                                                  integer older_levels = 0);
 
 /// Highest variable number for which the records need a place; 0 for none. Variables numbered
-/// below 1, which no array has a place for, are an error of the run. Older levels need no place:
-/// nothing of them is kept.
+/// below 1 are a fatal error. Older levels are not counted, because their values are dropped.
 [[nodiscard]] integer checked_highest_variable(const std::vector<BodyRecord>& records);
 
 /// Variables per point of all sections: the sum of `numrstrtvar`, or 0 if that is negative.

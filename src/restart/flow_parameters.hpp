@@ -17,7 +17,7 @@ void create_parameters_to_write(const FileName& filename, const Coding& coding, 
                                 integer nparamrows);
 
 /// Makes the array that the path reads into hold a row per block: one that is missing is allocated
-/// with the other one's values, or zeros; one that is too small is an error of the run.
+/// with the other one's values, or zeros; one that is too small is a fatal error.
 void create_parameters_to_read(const FileName& filename, const Coding& coding, integer nblocks);
 
 }  // namespace mod_p3dgrid

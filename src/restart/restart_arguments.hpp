@@ -4,8 +4,8 @@
 #include "p3dgrid/layout.hpp"
 #include "state/point_numbering.hpp"
 
-/// What the operations on restart bodies ask of their arguments. A caller's mistake is an error of
-/// the run.
+/// What the operations on restart bodies ask of their arguments. A caller's mistake is a fatal
+/// error.
 namespace mod_p3dgrid {
 
 using p3dgrid::LayoutTraits;

@@ -78,7 +78,8 @@ void write_restart_header(const FileName& filename, integer iformat, logical dbl
                           integer rsttype, logical multiblock) {
   const LayoutTraits& layout = p3dgrid::traits_of(rsttype);
   const Unit unit(unit_number::restart_write, iformat);
-  if (unit.known() && layout.writable) check_extents(filename, layout, nblocks, {&idim, &jdim, &kdim});
+  if (unit.known() && layout.writable)
+    check_extents(filename, layout, nblocks, {&idim, &jdim, &kdim});
   unit.open(filename, OpenStatus::unknown);
   if (!layout.writable) {
     message("TALVEN Writer not implimented!");

@@ -32,7 +32,7 @@ struct PointNumbering {
 };
 
 /// Numbers the points of `nblocks` blocks by the caller's extents. Fewer extents than blocks, and
-/// extents that cannot be numbered, are an error of the run.
+/// extents that cannot be numbered, are a fatal error.
 /// @param file  what the message begins with: the file at work
 [[nodiscard]] PointNumbering checked_numbering(const std::string& file, integer nblocks,
                                                array_view<const integer, 1> idim,

@@ -12,7 +12,7 @@ namespace mod_p3dgrid {
 [[nodiscard]] FileName variable_file_name(std::string_view prefix, integer variable);
 
 /// The first name that no file has, out of `name` and `name` with one "t" after the other behind
-/// it. A name that cannot grow any further is an error of the run.
+/// it. A name that cannot grow any further is a fatal error.
 [[nodiscard]] FileName first_free_name(FileName name);
 
 }  // namespace mod_p3dgrid

@@ -10,7 +10,7 @@ namespace faults {
 enum class End {
   done,
   reported,     ///< one failed read, told to the host
-  failed,       ///< an error of the run, with a message
+  failed,       ///< a fatal error, with a message
   halted,       ///< halted by the module, which has said why on standard output
   out_of_hand,  ///< anything else
 };

@@ -109,7 +109,7 @@ class HeaderBits : public InScratchFolder, public ::testing::WithParamInterface<
     ++ends[as_before                      ? "read as before"
            : outcome.end == End::done     ? "read as another header says"
            : outcome.end == End::reported ? "reported"
-           : outcome.end == End::failed   ? "errors of the run"
+           : outcome.end == End::failed   ? "fatal errors"
                                           : "halted"];
   }
 

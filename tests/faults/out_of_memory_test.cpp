@@ -76,7 +76,7 @@ class OutOfMemory : public InScratchFolder, public ::testing::WithParamInterface
     if (outcome.end == End::done) {
       ASSERT_EQ(outcome.result, undisturbed.result) << operation.name << ", allocation " << nth;
     }
-    ++ends[told_as_status ? "checkallocationerror" : "error of the run"];
+    ++ends[told_as_status ? "checkallocationerror" : "fatal error"];
   }
 
   int faults_injected = 0;
@@ -217,7 +217,7 @@ TEST_F(FailuresWithoutMemory, ABadAllocOfTheHostGoesThrough) {
   std::filesystem::remove("grid");
   EXPECT_THROW(started.call(), std::bad_alloc);
   EXPECT_EQ(ends, 1);
-  // After all that, memory that runs out in the library is an error of the run.
+  // After all that, memory that runs out in the library is a fatal error.
   const Watch watch(FailingAllocations::one, 1);
   EXPECT_THROW(started.call(), std::bad_alloc);
   EXPECT_EQ(ends, 2);

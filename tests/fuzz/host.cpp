@@ -65,7 +65,7 @@ void check_end(const RunEnd& end) {
     return;
   }
   require(end.status == 2, "a run ends with 0 or 2");
-  require(is_one_line(end.message), "an error of the run is one line");
+  require(is_one_line(end.message), "a fatal error is one line");
 }
 
 void check_failure(const ReadFailure& failure) {

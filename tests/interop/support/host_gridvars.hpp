@@ -16,7 +16,7 @@ void tolerate_repeated_allocations(int times);
 /// The name under which the library gets to see the file at hand, whatever its path.
 inline constexpr const char* short_name = "file";
 
-/// Makes `short_name` stand for `path`; the library is silent, and errors of the run are
+/// Makes `short_name` stand for `path`; the library is silent, and fatal errors are
 /// exceptions.
 void become_host_for(const std::string& path);
 
