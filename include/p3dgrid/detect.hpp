@@ -99,8 +99,8 @@ class FileError : public std::runtime_error {
 };
 
 /// Detects the members of a file's form that are not stated. Text is read once to its end; of other
-/// files only headers, markers and the length are looked at. Memory: the tables of extents of the
-/// file and at most 64 MiB. Throws `FileError`.
+/// files only headers, markers and the length are looked at. Memory: at most twice the
+/// tables of extents of the file and 64 MiB. Throws `FileError`.
 [[nodiscard]] Detection detect_grid(const std::string& path, const StatedGridForm& stated = {});
 /// The same of a restart file.
 /// @param path    of the file

@@ -4,6 +4,7 @@
 #include <cctype>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 #include "detect/fit.hpp"
 #include "recordio/read_error.hpp"
@@ -71,6 +72,41 @@ bool Evidence::all_records_sound(ByteOrder order) {
     return true;
   };
   return sound_[order] = look();
+}
+
+std::int64_t Evidence::text_lines() {
+  if (text_lines_) return *text_lines_;
+  recordio::InputFile lines(path_, text_buffer);
+  std::int64_t count = 0;
+  for (bool blank = true; !lines.at_end(); lines.use_up_to(lines.end())) {
+    for (const char* c = lines.begin(); c != lines.end(); ++c) {
+      if (*c > ' ' && std::exchange(blank, false)) ++count;
+      if (*c == '\n') blank = true;
+    }
+  }
+  text_lines_ = count;
+  return count;
+}
+
+bool Evidence::has_readable_header(const Coding& coding) {
+  const std::pair key(coding.encoding, coding.byte_order);
+  const auto known = readable_header_.find(key);
+  if (known != readable_header_.end()) return known->second;
+  const auto look = [&] {
+    constexpr std::int64_t longest_line = std::int64_t{64} * 1024;
+    constexpr int most_header_records = 4;  // in front of records for each block
+    if (is_text(coding)) {
+      return size_ <= longest_line || beginning(longest_line).find('\n') != std::string::npos;
+    }
+    if (coding.encoding == Encoding::binary) return true;
+    recordio::RecordScanner scanner = records(coding.byte_order);
+    auto record = scanner.next();
+    for (int n = 1; n < most_header_records && record && record->sound(); ++n) {
+      record = scanner.next();
+    }
+    return !record || !record->has_many_subrecords;
+  };
+  return readable_header_[key] = look();
 }
 
 std::vector<Fit> Evidence::fit(const Coding& coding, std::span<FilePlan> plans) {

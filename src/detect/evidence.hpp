@@ -50,6 +50,13 @@ class Evidence {
   /// the first 1000 records are checked.
   [[nodiscard]] bool all_records_sound(ByteOrder order);
 
+  /// Number of lines of text that are not blank.
+  [[nodiscard]] std::int64_t text_lines();
+
+  /// Whether a header can be read at all, in bounded time: unformatted header records are not
+  /// chains of many sub-records, and the first line of text has an end within 64 KiB.
+  [[nodiscard]] bool has_readable_header(const Coding& coding);
+
   [[nodiscard]] recordio::RecordScanner records(ByteOrder order) { return {file_, order, size_}; }
   /// The integer at a byte; none behind the end of the file.
   [[nodiscard]] std::optional<std::int32_t> integer(std::int64_t offset, ByteOrder order) {
@@ -83,6 +90,8 @@ class Evidence {
   std::optional<recordio::InputFile> text_file_;
   std::optional<bool> text_;
   std::map<ByteOrder, bool> sound_;
+  std::map<std::pair<Encoding, ByteOrder>, bool> readable_header_;
+  std::optional<std::int64_t> text_lines_;
   std::int64_t text_values_ = 0;
   std::int64_t text_commas_ = 0;
 };

@@ -82,7 +82,11 @@ bool read_dimensions(Evidence& evidence, HeaderReader& reader, const Coding& cod
     return false;
   }
   if (kind == DimensionKind::none) return true;
-  if (outline.blocks > most_blocks_with_empty) empty = EmptyBlocks::refused;
+  if (outline.blocks > most_blocks_with_empty) {
+    empty = EmptyBlocks::refused;
+    // Every block with points has a line of text.
+    if (is_text(coding) && outline.blocks > evidence.text_lines()) return false;
+  }
   if (outline.blocks > sample_blocks) {
     const HeaderReader::Place begin(reader);
     const HeaderSizes sizes = reader.sizes;
@@ -102,6 +106,7 @@ bool read_dimensions(Evidence& evidence, HeaderReader& reader, const Coding& cod
 
 std::optional<Outline> Evidence::grid_outline(const Coding& coding, bool multiblock,
                                               EmptyBlocks empty, bool planar) {
+  if (!has_readable_header(coding)) return std::nullopt;
   Outline outline;
   HeaderReader reader(*this, coding);
   const bool taken = HeaderReader::succeeds([&] {
@@ -114,6 +119,7 @@ std::optional<Outline> Evidence::grid_outline(const Coding& coding, bool multibl
 }
 
 std::optional<Outline> Evidence::restart_outline(const RestartForm& form, EmptyBlocks empty) {
+  if (!has_readable_header(form.coding)) return std::nullopt;
   Outline outline;
   HeaderReader reader(*this, form.coding);
   HeaderValues header;

@@ -35,6 +35,11 @@ class TextCursor {
   [[nodiscard]] bool in_record() const { return reals_ + integers_ > 0; }
   [[nodiscard]] bool wants_integers() const { return reals_ == 0 && integers_ > 0; }
 
+  /// Whether the next line is a record, even if it is blank.
+  [[nodiscard]] bool wants_line() const {
+    return state_ == State::in_records && at_record_ && size_.values() == 0;
+  }
+
   void begin_with_comma() {
     if (at_record_ && in_record()) --(reals_ > 0 ? reals_ : integers_);
   }
@@ -214,6 +219,8 @@ std::vector<Fit> fit_of_text(recordio::InputFile& file, std::span<FilePlan> plan
   for (FilePlan& plan : plans) cursors.emplace_back(plan);
   std::int64_t last_line = 0;  // that holds anything or has an end
   for (;;) {
+    if (std::ranges::none_of(cursors, &TextCursor::wants_line)) scanner.skip_blank_lines();
+    last_line = scanner.line() - 1;
     Line line{scanner.line()};
     if (scanner.begin_line()) {
       ++count.commas;

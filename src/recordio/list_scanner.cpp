@@ -10,6 +10,11 @@
 
 namespace mod_p3dgrid::recordio {
 
+void ListScanner::skip_blank_lines() {
+  while (!file_.at_end() && skip_blanks_at_hand(true)) {
+  }
+}
+
 bool ListScanner::begin_line() {
   while (skip_blanks_at_hand(false)) {
     if (file_.at_end()) return false;

@@ -30,6 +30,9 @@ class ListScanner : private ListTokens {
   /// Number of the current line, from 1.
   [[nodiscard]] std::int64_t line() const { return lines_ + 1; }
 
+  /// Goes on to the next line that is not blank, or to the end of the text.
+  void skip_blank_lines();
+
   /// Begins a line. True if it begins with a comma that can end the last value of the line before:
   /// where a read begins with the line, the comma stands behind a null value.
   [[nodiscard]] bool begin_line();

@@ -11,6 +11,10 @@ namespace {
 
 constexpr std::int64_t marker_bytes = sizeof(Marker);
 
+/// Sub-records are split off at about 2 GiB. A chain of more is damage, and would take long to
+/// walk.
+constexpr int most_subrecords = 65536;
+
 }  // namespace
 
 std::optional<std::int32_t> integer_at(InputFile& file, std::int64_t offset, std::endian order) {
@@ -29,8 +33,14 @@ std::optional<std::int32_t> integer_at(InputFile& file, std::int64_t offset, std
 std::optional<ScannedRecord> RecordScanner::next() {
   if (at_ >= size_) return std::nullopt;
   ScannedRecord record{.offset = at_, .end = at_};
-  bool first = true;
-  while (take_subrecord(record, first)) first = false;
+  int subrecords = 0;
+  while (take_subrecord(record, subrecords == 0)) {
+    if (++subrecords < most_subrecords) continue;
+    record.state = ScannedRecord::State::broken;
+    record.has_many_subrecords = true;
+    record.what = "it has more than " + std::to_string(most_subrecords) + " sub-records";
+    break;
+  }
   at_ = record.sound() ? record.end : size_;
   return record;
 }

@@ -21,7 +21,8 @@ struct ScannedRecord {
   std::int64_t end = 0;     ///< of the byte behind it, if it is sound
   std::int64_t length = 0;  ///< of its payload, by the markers before its sub-records
   State state = State::sound;
-  std::string what = {};  ///< unless it is sound: what is wrong, as part of a sentence
+  bool has_many_subrecords = false;  ///< more than are followed
+  std::string what = {};             ///< unless it is sound: what is wrong, as part of a sentence
 
   [[nodiscard]] bool sound() const { return state == State::sound; }
 };

@@ -477,6 +477,18 @@ class Bounded(CheckTest):
             self.assertRegex(result.stderr_text, r"\Ap3dgrid: file: ")
 
 
+    @unittest.skipIf(SANITIZED, "sanitizers take memory of their own")
+    def test_chains_and_lines_without_end(self):
+        one = struct.pack("=ici", -1, b"x", 1)  # a sub-record that another follows
+        for content in (one * (16 << 20), b"1 " * (64 << 20),
+                        b"30000000\n90000000*1\n" + b"\n" * (64 << 20)):
+            with self.subTest(content[:20]):
+                self.write("file", content)
+                result = self.limited("check", "file")
+                self.assertIn(result.returncode, (1, 2), result.stderr_text)
+                self.assertRegex(result.stderr_text, r"\Ap3dgrid: file: ")
+
+
 class Failures(CheckTest):
     def test_damaged_restart_header(self):
         content = restart_bytes(RestartForm(), sample_solution(TWO))
