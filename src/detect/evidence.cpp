@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -79,9 +80,9 @@ std::int64_t Evidence::text_lines() {
   recordio::InputFile lines(path_, text_buffer);
   std::int64_t count = 0;
   for (bool blank = true; !lines.at_end(); lines.use_up_to(lines.end())) {
-    for (const char* c = lines.begin(); c != lines.end(); ++c) {
-      if (*c > ' ' && std::exchange(blank, false)) ++count;
-      if (*c == '\n') blank = true;
+    for (const char c : std::string_view(lines.begin(), lines.end())) {
+      if (c > ' ' && std::exchange(blank, false)) ++count;
+      if (c == '\n') blank = true;
     }
   }
   text_lines_ = count;

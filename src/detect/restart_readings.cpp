@@ -96,7 +96,7 @@ class RestartSearch {
     }
     std::vector<Sections> tables;
     const Encoding encoding = open.form.coding.encoding;
-    const bool counted = open.form.layout == Layout::function;
+    const bool counted = traits_of(open.form.layout).counted_variables;
     if (encoding == Encoding::unformatted) tables = sections_in_records(search);
     if (encoding == Encoding::binary && !counted) tables = sections_by_size(search);
     if (encoding == Encoding::formatted && !counted) open_.push_back(open);
@@ -123,7 +123,8 @@ class RestartSearch {
                     .own_extents = search.outline.extents != nullptr};
     std::get<RestartForm>(reading.form).sections = sections;
     reading.free_count = search.form.coding.encoding != Encoding::unformatted &&
-                         !search.form.sections && search.form.layout != Layout::function &&
+                         !search.form.sections &&
+                         !traits_of(search.form.layout).counted_variables &&
                          variables_in(sections) != solution_variables;
     if (search.leading && !reads_triplets(traits_of(search.form.layout), search.form.coding)) {
       reading.unreadable = triplets_not_read;
