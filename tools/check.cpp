@@ -28,7 +28,9 @@ constexpr Usage usage = {
 
 /// Bytes that no reading asks for are damage here, though they can be left out.
 void require_end(const std::string& path, const Found& found) {
-  const Fit& fit = found.reading.fit;
+  const Reading& reading = found.reading;
+  const bool part = reading.fit.agreement == Fit::Agreement::so_far;
+  const Fit fit = part ? fit_of(path, reading) : reading.fit;
   if (fit.whole()) return;
   throw Failure(ExitStatus::mismatch,
                 path + ": " + fit.what + "; taken as " + describe(found.reading));

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <p3dgrid/layout.hpp>
 
 #include "failure.hpp"
 #include "wording.hpp"
@@ -225,6 +226,15 @@ Found find_any(const std::string& path) {
 Fit fit_of(const std::string& path, const GridForm& form) {
   if (!is_regular(path)) return {};
   return looking([&] { return compare(path, form); });
+}
+
+Fit fit_of(const std::string& path, const Reading& reading) {
+  return looking([&] {
+    if (reading.is_grid()) return compare(path, reading.grid());
+    const RestartForm& form = reading.restart();
+    const bool triplets = reads_triplets(traits_of(form.layout), form.coding);
+    return compare(path, form, reading.extents, triplets);
+  });
 }
 
 Fit fit_of(const std::string& path, const RestartForm& form, const Extents& extents,

@@ -45,6 +45,8 @@ struct Found {
 /// @param triplets  blocks begin with them
 [[nodiscard]] Fit fit_of(const std::string& path, const RestartForm& form, const Extents& extents,
                          bool triplets);
+/// The same of all the text of which detection has compared a part.
+[[nodiscard]] Fit fit_of(const std::string& path, const Reading& reading);
 
 /// The options that would help to read a file that is not what was stated, as part of a sentence;
 /// empty where nothing better is known.

@@ -92,7 +92,7 @@ std::string reason(const Reading& reading, std::int64_t file_size) {
       break;
   }
   return "its values are as many as " + extents + " ask for, in " + records +
-         " that each begin on a new line";
+         " that each begin on a new line" + more;
 }
 
 }  // namespace p3dgrid::tool

@@ -12,6 +12,9 @@
 namespace p3dgrid {
 namespace {
 
+/// Work on text that takes less than two seconds.
+constexpr std::int64_t most_text = 1'800'000'000;
+
 /// Whether at least one record of some reading agrees with the file.
 bool is_supported(const Detection& found) {
   return found.proven() || std::ranges::any_of(found.nearest, [](const Reading& reading) {
@@ -24,6 +27,7 @@ bool is_supported(const Detection& found) {
 /// @param readings  takes `EmptyBlocks`
 template <class Readings>
 Detection detect(Evidence& file, const std::shared_ptr<const Extents>& grid, Readings readings) {
+  file.limit_text(most_text);
   Detection found = judge(readings(EmptyBlocks::refused), grid);
   if (!found.proven() && file.size() > 0) {
     std::string foreign = foreign_form(file);

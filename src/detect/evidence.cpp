@@ -78,6 +78,7 @@ bool Evidence::all_records_sound(ByteOrder order) {
 std::int64_t Evidence::text_lines() {
   if (text_lines_) return *text_lines_;
   recordio::InputFile lines(path_, text_buffer);
+  lines.end_at(text_work_ / 4);
   std::int64_t count = 0;
   for (bool blank = true; !lines.at_end(); lines.use_up_to(lines.end())) {
     for (const char c : std::string_view(lines.begin(), lines.end())) {
@@ -113,8 +114,10 @@ bool Evidence::has_readable_header(const Coding& coding) {
 std::vector<Fit> Evidence::fit(const Coding& coding, std::span<FilePlan> plans) {
   if (is_text(coding)) {
     TextCount count;
-    std::vector<Fit> fits = fit_of_text(text(), plans, count);
-    text_values_ = count.values;
+    // Text may have to be compared again, with other plans.
+    std::vector<Fit> fits = fit_of_text(text(), plans, text_work_ / 2, count);
+    text_work_ -= count.work;
+    text_values_ = count.whole ? std::optional(count.values) : std::nullopt;
     text_commas_ = count.commas;
     return fits;
   }

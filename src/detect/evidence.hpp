@@ -1,5 +1,6 @@
 #pragma once
 
+#include <limits>
 #include <map>
 #include <optional>
 #include <string>
@@ -39,8 +40,10 @@ class Evidence {
   }
   /// The file, to be read from wherever `go_to` goes, a few bytes at a time.
   recordio::InputFile& file() { return file_; }
-  /// The same through a large buffer.
+  /// The same through a large buffer, from its beginning.
   recordio::InputFile& text();
+  /// Limits the work of all that `fit` and `text_lines` do with text.
+  void limit_text(std::int64_t work) { text_work_ = work; }
 
   /// The first bytes of the file, at most `count`.
   [[nodiscard]] std::string beginning(std::int64_t count);
@@ -78,8 +81,8 @@ class Evidence {
     return fit(coding, std::span(&plan, 1)).front();
   }
 
-  /// Of text: all values, counted by the last `fit`.
-  [[nodiscard]] std::int64_t text_values() const { return text_values_; }
+  /// Of text: all values, counted by the last `fit`; none where it has not come to the end.
+  [[nodiscard]] std::optional<std::int64_t> text_values() const { return text_values_; }
   /// Of text: lines that hold a value more where a record begins with them.
   [[nodiscard]] std::int64_t text_commas() const { return text_commas_; }
 
@@ -91,8 +94,9 @@ class Evidence {
   std::optional<bool> text_;
   std::map<ByteOrder, bool> sound_;
   std::map<std::pair<Encoding, ByteOrder>, bool> readable_header_;
+  std::int64_t text_work_ = std::numeric_limits<std::int64_t>::max();
   std::optional<std::int64_t> text_lines_;
-  std::int64_t text_values_ = 0;
+  std::optional<std::int64_t> text_values_;
   std::int64_t text_commas_ = 0;
 };
 

@@ -13,16 +13,19 @@ namespace p3dgrid {
 /// Compares the length of a binary file, and reads the flags of layout 101.
 [[nodiscard]] Fit fit_of_length(Evidence& file, const Coding& coding, FilePlan& plan);
 
-/// Counts of a whole text, whatever the plans expect.
+/// Counts of a text, whatever the plans expect.
 struct TextCount {
+  bool whole = true;        ///< the text has been read to its end
+  std::int64_t work = 0;    ///< `ListScanner::work` of that
   std::int64_t values = 0;  ///< of all lines, up to what is no number in each
   std::int64_t commas = 0;  ///< lines with a value more where a record begins with them
 };
 
 /// Compares text: each record begins on a new line, and no value follows its last one on that line.
-/// One pass over the text serves all plans, so memory does not depend on its length.
+/// One pass over the text serves all plans, so memory does not depend on its length. Plans that
+/// agree when the work reaches `most_work` fit `so_far`.
 [[nodiscard]] std::vector<Fit> fit_of_text(recordio::InputFile& file, std::span<FilePlan> plans,
-                                           TextCount& count);
+                                           std::int64_t most_work, TextCount& count);
 
 /// Reason for a chain of three flags without the last.
 inline constexpr const char* chain_text =

@@ -134,7 +134,8 @@ std::vector<Sections> sections_in_records(const SectionSearch& search) {
 std::vector<Sections> sections_by_size(const SectionSearch& search) {
   const Coding& coding = search.form.coding;
   const bool text = is_text(coding);
-  const std::int64_t found = text ? search.file.text_values() : search.file.size();
+  if (text && !search.file.text_values()) return {};
+  const std::int64_t found = text ? *search.file.text_values() : search.file.size();
   const std::int64_t copies = 1 + search.outline.older_levels;
   const std::int64_t variable = search.extents->points() * (text ? 1 : real_bytes(coding)) * copies;
   if (variable == 0) return {};

@@ -84,6 +84,14 @@ class TextCursor {
     next_record();
   }
 
+  /// Ends the comparison at a limit.
+  void stop(const Line& line) {
+    if (state_ == State::failed || longer_line_ > 0 || words_line_ > 0) return;
+    fit_.agreement = Agreement::so_far;
+    fit_.what = "compared up to line " + std::to_string(line.number);
+    state_ = State::failed;
+  }
+
   void end_text(std::int64_t last_line) {
     if (state_ != State::in_records) return;
     const bool empty = size_.values() == 0;
@@ -211,9 +219,9 @@ void take_line(ListScanner& scanner, std::vector<TextCursor>& cursors, Line& lin
 }  // namespace
 
 std::vector<Fit> fit_of_text(recordio::InputFile& file, std::span<FilePlan> plans,
-                             TextCount& count) {
+                             std::int64_t most_work, TextCount& count) {
   count = {};
-  ListScanner scanner(file);
+  ListScanner scanner(file, most_work);
   std::vector<TextCursor> cursors;
   cursors.reserve(plans.size());
   for (FilePlan& plan : plans) cursors.emplace_back(plan);
@@ -233,10 +241,15 @@ std::vector<Fit> fit_of_text(recordio::InputFile& file, std::span<FilePlan> plan
       count.values = no_limit / 2;
     }
     if (line.values > 0 || line.stop != Stop::end) last_line = line.number;
-    for (TextCursor& cursor : cursors) cursor.end_line(line);
-    if (line.stop == Stop::end) break;
+    // At the limit the last line may be part of one.
+    count.whole = scanner.work() < most_work;
+    for (TextCursor& cursor : cursors) count.whole ? cursor.end_line(line) : cursor.stop(line);
+    if (line.stop == Stop::end || !count.whole) break;
   }
-  for (TextCursor& cursor : cursors) cursor.end_text(last_line);
+  count.work = scanner.work();
+  if (count.whole) {
+    for (TextCursor& cursor : cursors) cursor.end_text(last_line);
+  }
   std::vector<Fit> fits;
   for (TextCursor& cursor : cursors) fits.push_back(cursor.fit(count.values, last_line + 1));
   return fits;

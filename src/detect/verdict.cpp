@@ -21,6 +21,7 @@ bool is_of(const Extents& extents, const Reading& reading) {
 
 bool explains(const Reading& reading) {
   if (!reading.checked || reading.fit.whole()) return true;
+  if (reading.fit.agreement == Agreement::so_far) return true;
   return only_followed(reading.fit, reading.coding().encoding);
 }
 
@@ -30,7 +31,8 @@ int weight(const Reading& reading, const std::shared_ptr<const Extents>& grid) {
   if (!reading.checked) return 0;
   if (is_unformatted(reading)) return reading.own_extents ? 7 : 6;
   // The last of the flags, whose value is known, stands where the lengths put it.
-  const bool flags = !reading.is_grid() && traits_of(reading.restart().layout).extensions;
+  const bool flags = !reading.is_grid() && traits_of(reading.restart().layout).extensions &&
+                     reading.fit.agreement != Agreement::so_far;
   if (flags) return reading.unknown_flag ? 4 : 5;
   if (!reading.own_extents) return 1;  // any length that the grid's points divide
   return grid && is_of(*grid, reading) ? 3 : 2;

@@ -80,8 +80,9 @@ std::size_t InputFile::completed(std::int64_t at, Read read) {
 }
 
 std::size_t InputFile::read_some(void* destination, std::size_t bytes) {
-  const std::size_t got =
-      completed(file_offset_, [&] { return ::read(descriptor_, destination, bytes); });
+  const auto most = static_cast<std::size_t>(std::max<std::int64_t>(0, end_at_ - file_offset_));
+  const std::size_t got = completed(
+      file_offset_, [&] { return ::read(descriptor_, destination, std::min(bytes, most)); });
   file_offset_ += static_cast<std::int64_t>(got);
   bytes_taken_ += static_cast<std::int64_t>(got);
   return got;

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -30,6 +31,9 @@ class InputFile {
 
   /// Goes to byte `offset` of a file that allows that. Bytes that are at hand are not read again.
   void go_to(std::int64_t offset);
+
+  /// Leaves out the bytes from `offset` on that have not been read: the file seems to end there.
+  void end_at(std::int64_t offset) { end_at_ = offset; }
 
   /// Bytes that have been taken from the system.
   [[nodiscard]] std::int64_t bytes_taken() const { return bytes_taken_; }
@@ -94,6 +98,7 @@ class InputFile {
   const char* end_ = nullptr;
   std::int64_t file_offset_ = 0;  ///< byte behind those at hand
   std::int64_t bytes_taken_ = 0;
+  std::int64_t end_at_ = std::numeric_limits<std::int64_t>::max();
 };
 
 }  // namespace mod_p3dgrid::recordio

@@ -48,7 +48,7 @@ template <class Number>
 std::int64_t ListScanner::take_plain(std::int64_t most) {
   std::int64_t left = most;
   bool plain = true;
-  while (plain && left > 0 && number_at_hand()) {
+  while (plain && left > 0 && work() < most_work_ && number_at_hand()) {
     const char* at = file_.begin();
     const char* const end = file_.end();
     do {
@@ -70,11 +70,14 @@ std::int64_t ListScanner::take_plain(std::int64_t most) {
     } while (left > 0 && end - at >= bytes_at_hand);
     file_.use_up_to(at);
   }
+  plain_ += most - left;
   return most - left;
 }
 
 /// Takes the next item of the line, or says why there is none.
 std::optional<ListScanner::Stop> ListScanner::next_item() {
+  if (work() >= most_work_) return Stop::end;
+  ++items_;
   do {
     while (skip_blanks_at_hand(false)) {
       if (file_.at_end()) return Stop::end;

@@ -489,6 +489,27 @@ class Bounded(CheckTest):
                 self.assertRegex(result.stderr_text, r"\Ap3dgrid: file: ")
 
 
+    @unittest.skipIf(SANITIZED, "sanitizers take memory and time of their own")
+    def test_text_beyond_what_is_read_to_find_it_out(self):
+        lines = 1 << 16
+        piece = b"1234.5678 1234.5678 1234.5678\n" * lines
+        pieces = 140
+        points = lines * pieces
+        with open(self.path("grid"), "wb") as file:
+            file.write(b"1\n%d 1 1\n" % points)
+            for _ in range(pieces):
+                file.write(piece)
+        result = self.limited("check", "grid")
+        self.assertEqual(result.returncode, 2, result.stderr_text)
+        self.assertIn("can be more than one thing", result.stderr_text)
+        shown = self.succeed("info", "grid", "--grid-iblank", "no")
+        self.assertIn("compared up to line ", shown)
+        self.succeed("check", "grid", "--grid-iblank", "no")
+        with open(self.path("grid"), "ab") as file:
+            file.write(b"more\n7\n")
+        self.fail_with(1, "check", "grid", "--grid-iblank", "no", says="more values follow")
+
+
 class Failures(CheckTest):
     def test_damaged_restart_header(self):
         content = restart_bytes(RestartForm(), sample_solution(TWO))

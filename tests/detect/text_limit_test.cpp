@@ -1,0 +1,57 @@
+#include <gtest/gtest.h>
+
+#include "detect/evidence.hpp"
+#include "detect/fit.hpp"
+#include "support/scratch_folder.hpp"
+
+namespace p3dgrid {
+namespace {
+
+using test_support::write_file;
+
+class TextLimit : public test_support::InScratchFolder {
+ protected:
+  static constexpr std::int64_t enough = 4096;  ///< work for these texts
+
+  /// Fit of a file of `text` with a grid of one block, after at most `limit` of work.
+  static Fit fit_of(const std::string& text, std::int64_t limit, bool iblank = false) {
+    write_file("grid", text);
+    Evidence file("grid");
+    const Coding coding{.encoding = Encoding::formatted};
+    const auto outline = file.grid_outline(coding, true, EmptyBlocks::refused);
+    FilePlan plan(outline->sizes, outline->extents, iblank);
+    recordio::InputFile part("grid", 4096);
+    TextCount count;
+    const std::vector<Fit> fits = fit_of_text(part, std::span(&plan, 1), limit, count);
+    return fits.front();
+  }
+};
+
+TEST_F(TextLimit, CutsNoReadingOff) {
+  const std::string text = "1\n2 1 1\n 1.25E-2,-2 2*0.5\n3d0 /\n";
+  std::int64_t limit = 1;
+  Fit fit = fit_of(text, limit);
+  for (; !fit.whole() && limit < enough; fit = fit_of(text, ++limit)) {
+    EXPECT_EQ(fit.agreement, Fit::Agreement::so_far) << limit << " " << fit.what;
+  }
+  EXPECT_GT(limit, std::ssize(text));
+  EXPECT_LT(limit, enough);
+}
+
+TEST_F(TextLimit, KeepsReadingsThatFitSoFar) {
+  const std::string text = "1\n2 1 1\n1 2 3 4 5 6\n1 1\n";
+  EXPECT_EQ(fit_of(text, 10, false).agreement, Fit::Agreement::so_far);
+  EXPECT_EQ(fit_of(text, 10, true).agreement, Fit::Agreement::so_far);
+  EXPECT_EQ(fit_of(text, 10, true).what, "compared up to line 1");
+  EXPECT_EQ(fit_of(text, enough, false).agreement, Fit::Agreement::longer);
+  EXPECT_TRUE(fit_of(text, enough, true).whole());
+}
+
+TEST_F(TextLimit, HoldsForRepeatedValues) {
+  std::string text = "1\n2 1 1\n";
+  for (int n = 0; n < 1000; ++n) text += "2147483647*1 ";
+  EXPECT_EQ(fit_of(text, 8 * std::ssize(text)).agreement, Fit::Agreement::other);
+}
+
+}  // namespace
+}  // namespace p3dgrid
