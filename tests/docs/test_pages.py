@@ -4,6 +4,7 @@ are installed; their lines are short."""
 import os
 import pathlib
 import re
+import shutil
 import subprocess
 import tempfile
 import unittest
@@ -73,18 +74,37 @@ class Pages(unittest.TestCase):
 
 
 class Installed(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+        self.run_cmake("--install", BUILD, "--prefix", "/usr",
+                       env={**os.environ, "DESTDIR": str(self.folder)})
+
+    def run_cmake(self, *arguments, **options):
+        result = subprocess.run(["cmake", *arguments], capture_output=True, text=True, timeout=240,
+                                **options)
+        self.assertEqual(result.returncode, 0, result.stderr)
+
     def test_links_lead_somewhere(self):
-        """Within what is installed: nothing stands around it that they could lead to."""
-        with tempfile.TemporaryDirectory() as folder:
-            result = subprocess.run(
-                ["cmake", "--install", BUILD, "--prefix", "/usr"], capture_output=True, text=True,
-                timeout=240, env={**os.environ, "DESTDIR": folder})
-            self.assertEqual(result.returncode, 0, result.stderr)
-            installed = list(pathlib.Path(folder).rglob("*.md"))
-            self.assertEqual(sorted(page.name for page in installed),
-                             sorted(page.name for page in pages()))
-            for page in installed:
-                self.assertEqual(broken_links(page), [], page)
+        """Links stay within the installed files."""
+        installed = list(self.folder.rglob("*.md"))
+        self.assertEqual(sorted(page.name for page in installed),
+                         sorted(page.name for page in pages()))
+        for page in installed:
+            self.assertEqual(broken_links(page), [], page)
+
+    @unittest.skipUnless(shutil.which("strip") and shutil.which("gzip"), "no strip or no gzip")
+    def test_debian_package_carries_the_license(self):
+        license = (SOURCE / "LICENSE").read_text()
+        documents = self.folder / "usr" / "share" / "doc"
+        self.assertEqual((documents / "mod_p3dgrid" / "LICENSE").read_text(), license)
+        (self.folder / "usr" / "share" / "man" / "man1").mkdir(parents=True, exist_ok=True)
+        (self.folder / "usr" / "share" / "man" / "man1" / "p3dgrid.1").touch()
+        self.run_cmake(f"-DCPACK_TEMPORARY_INSTALL_DIRECTORY={self.folder}",
+                       "-DCPACK_PACKAGE_NAME=p3dgrid", "-P",
+                       SOURCE / "cmake" / "debian_files.cmake")
+        self.assertTrue((documents / "p3dgrid" / "copyright").read_text().endswith(license))
 
 
 if __name__ == "__main__":
