@@ -1,5 +1,5 @@
-"""docs/architecture.md: no folder includes what the page does not allow, and every name on the page
-is one of the tree's."""
+"""docs/architecture.md: folders include only what the page allows, and every name on the page exists
+in the tree."""
 
 import pathlib
 import re
@@ -32,7 +32,7 @@ class IncludeRules:
 
 
 def target_of(source, file, bracket, name):
-    """The file of the tree that is included; none for a header from elsewhere."""
+    """The included file of the tree; None for other headers."""
     folders = [source / "include", source / "src"]
     if bracket == '"':
         above = [source / folder for folder in file.relative_to(source).parents]
@@ -94,7 +94,7 @@ class Includes(unittest.TestCase):
             if allowed != EVERYTHING:
                 self.assertEqual(allowed - used[folder] - {folder}, set(), folder)
 
-    def test_what_is_forbidden_shows(self):
+    def test_violations_are_reported(self):
         with tempfile.TemporaryDirectory() as folder:
             source = pathlib.Path(folder)
             for path, text in {
@@ -114,7 +114,7 @@ class Includes(unittest.TestCase):
 
 
 class Names(unittest.TestCase):
-    def test_every_name_is_one_of_the_tree(self):
+    def test_every_name_exists(self):
         code = "".join(file.read_text() for folder in ("include", "src", "tools")
                        for file in (SOURCE / folder).rglob("*.[ch]pp"))
         for name in re.findall(r"`([\w:./]+)`", PAGE.read_text()):

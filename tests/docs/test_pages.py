@@ -1,5 +1,4 @@
-"""The pages as pages: links lead somewhere, in the tree and where they are installed; lines are
-short."""
+"""All pages: links have targets, in the tree and in an installation; lines are short."""
 
 import os
 import pathlib
@@ -15,7 +14,7 @@ LONGEST_LINE = 100
 
 
 def anchors(page):
-    """What links to headings of the page may say behind the number sign."""
+    """The anchors of the headings of the page."""
     headings = re.findall(r"^#+ (.*)$", FENCED.sub("", page.read_text()), re.MULTILINE)
     return {re.sub(r"[^\w -]", "", heading.lower()).replace(" ", "-") for heading in headings}
 
@@ -40,7 +39,7 @@ def long_lines(page):
 
 
 class Pages(unittest.TestCase):
-    def test_links_lead_somewhere(self):
+    def test_links_have_targets(self):
         for page in pages():
             self.assertEqual(broken_links(page), [], page)
 
@@ -53,7 +52,7 @@ class Pages(unittest.TestCase):
             self.assertNotIn("```", FENCED.sub("", page.read_text()), page)
 
     def test_every_page_can_be_reached(self):
-        """From the README, over links from page to page."""
+        """From the README, by links."""
         seen, ahead = set(), [(SOURCE / "README.md").resolve()]
         while ahead:
             page = ahead.pop()
@@ -64,7 +63,7 @@ class Pages(unittest.TestCase):
                 ahead.append((page.parent / target).resolve())
         self.assertEqual([page.name for page in pages() if page.resolve() not in seen], [])
 
-    def test_what_is_broken_shows(self):
+    def test_defects_are_reported(self):
         with tempfile.TemporaryDirectory() as folder:
             page = pathlib.Path(folder) / "page.md"
             page.write_text("# One heading\n[a](#one-heading) [b](#two) [c](none.md)\n" + "x" * 101 +
@@ -86,7 +85,7 @@ class Installed(unittest.TestCase):
                                 **options)
         self.assertEqual(result.returncode, 0, result.stderr)
 
-    def test_links_lead_somewhere(self):
+    def test_links_have_targets(self):
         """Links stay within the installed files."""
         installed = list(self.folder.rglob("*.md"))
         self.assertEqual(sorted(page.name for page in installed),
