@@ -4,7 +4,7 @@
 #include <functional>
 
 #include "grid/grid_case.hpp"
-#include "recordio/unit.hpp"
+#include "support/unit.hpp"
 #include "restart/restart_case.hpp"
 
 namespace mod_p3dgrid {
@@ -44,7 +44,7 @@ class ReadRestartHeader : public InScratchFolder {
   /// The integer that the next read of the open file finds.
   static integer next_integer(int iformat) {
     integer value = unset;
-    EXPECT_TRUE(recordio::Unit(201, iformat).read({recordio::scalar(value)}));
+    EXPECT_TRUE(test_support::Unit(201, iformat).read({recordio::scalar(value)}));
     return value;
   }
 };

@@ -3,7 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "recordio/unit.hpp"
+#include "support/unit.hpp"
 #include "restart/restart_case.hpp"
 
 namespace mod_p3dgrid {
@@ -96,7 +96,7 @@ TEST_F(CombineVariableFiles, AllFilesAreOpenAtOnceOnTheirUnits) {
     for (const char* name : {"v1", "v2", "v3"}) EXPECT_TRUE(is_open(name));
     p3dcloseunit(303);
     EXPECT_FALSE(is_open("v2"));
-    recordio::Unit(303, 0).open("v2", recordio::OpenStatus::old);
+    test_support::Unit(303, 0).open("v2", recordio::OpenStatus::old);
   };
   combine(0, false, 1);
   EXPECT_EQ(count_calls("dispfilereaderror"), 0);

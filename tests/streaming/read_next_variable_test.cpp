@@ -8,7 +8,7 @@
 #include <limits>
 
 #include "grid/grid_case.hpp"
-#include "recordio/unit.hpp"
+#include "support/unit.hpp"
 #include "restart/restart_case.hpp"
 #include "streaming/staging.hpp"
 
@@ -425,7 +425,7 @@ TEST_F(ReadNextVariableDeathTest, HoldsOneVariableWhateverTheFileHolds) {
   constexpr integer variables = 30;
   const std::vector<float> one(points, 0.5F);
   {
-    const recordio::Unit unit(301, 0);
+    const test_support::Unit unit(301, 0);
     unit.open("restart", recordio::OpenStatus::unknown);
     const integer extents[]{100, 100, 100};
     unit.write({recordio::values(extents, 3)});
