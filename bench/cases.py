@@ -22,6 +22,9 @@ What makes a pair fair:
 - The Fortran side takes array sections: `read (u) (xyz(l, s:e), l=1, 3)`. Of the two ways to drop
   values there, a scalar is what one writes without thinking, a scrap array is the quick one.
 - Text is measured on fewer points: it costs the same for every value, and plain Fortran is slow.
+- The command is compared with the library's own read, or read and write, of the same files, on all
+  points. Its time is that of the process. `convert` forces its output to the disk, and so does the
+  library's side of that pair.
 """
 
 import dataclasses
@@ -31,14 +34,14 @@ SINGLE, DOUBLE = 4, 8
 
 @dataclasses.dataclass(frozen=True)
 class Case:
-    """A pair: one operation of the library and what it is compared with."""
+    """A pair: one operation of the library or the command and what it is compared with."""
 
     name: str
     operation: str
     form: str = "unformatted"
     precision: str = "single"
     input: str = "source"
-    peer: str = "fortran"
+    peer: str = "fortran"  # or vtk; library: the case measures the command
     peer_operation: str = ""
     memory: str = "fresh"
     output: str = ""  # existing or new, for writes
@@ -112,4 +115,12 @@ def visualisation():
                peer="vtk", array_bytes=3 * SINGLE, text=True)
 
 
-CASES = [*binary_reads(), *variable_reads(), *binary_writes(), *text(), *visualisation()]
+def command():
+    yield Case("command-convert/text-free", "convert", "formatted", input="grid.free",
+               peer="library", peer_operation="grid-convert", output="new")
+    yield Case("command-check/text-free", "check", "formatted", input="grid.free", peer="library",
+               peer_operation="grid-read")
+
+
+CASES = [*binary_reads(), *variable_reads(), *binary_writes(), *text(), *visualisation(),
+         *command()]

@@ -5,6 +5,7 @@ import os
 import pathlib
 import subprocess
 import sys
+import time
 
 # Debian's VTK belongs to Debian's Python, which need not be the first one on the path.
 VTK_PYTHON = "/usr/bin/python3" if os.path.exists("/usr/bin/python3") else sys.executable
@@ -20,8 +21,8 @@ class Failure(Exception):
 @dataclasses.dataclass
 class Outcome:
     seconds: float
-    peak_kib: int
-    check: int
+    peak_kib: int | None
+    check: int | None
 
 
 def run_program(command, warm=False):
@@ -49,6 +50,7 @@ class Programs:
     def __init__(self, build):
         self.ours = build / "ours"
         self.peer = build / "peer"
+        self.command = build.parent / "tools" / "p3dgrid"
         self.vtk = pathlib.Path(__file__).with_name("vtk_peer.py")
 
     def measure(self, program, case, operation, points, paths):
@@ -62,14 +64,26 @@ class Programs:
             [program, memory, operation, case.form, case.precision, *paths,
              case.output or "existing"], warm=warm))
 
+    def run_command(self, case, input_path, output):
+        """One process of the command; the memory it takes is not measured."""
+        arguments = {"convert": [input_path, output, "--to-format", "unformatted"],
+                     "check": [input_path]}[case.operation]
+        output.unlink(missing_ok=True)
+        start = time.perf_counter()
+        run_program([self.command, case.operation, "--quiet", *arguments])
+        return Outcome(time.perf_counter() - start, None, None)
+
     def run_ours(self, case, points, *paths):
+        if case.peer == "library":
+            return self.run_command(case, *paths)
         return self.measure(self.ours, case, case.operation, points, paths)
 
     def run_peer(self, case, points, *paths):
         if case.peer == "vtk":
             return outcome_of(run_program([VTK_PYTHON, "-B", self.vtk, case.form, case.precision,
                                            paths[0]]))
-        return self.measure(self.peer, case, case.peer_operation or case.operation, points, paths)
+        program = self.ours if case.peer == "library" else self.peer
+        return self.measure(program, case, case.peer_operation or case.operation, points, paths)
 
     def baseline_kib(self):
         """Peak memory of a process that does nothing."""

@@ -17,13 +17,15 @@ class Result:
     points: int
     ours: list
     peer: list
-    peak_kib: int
+    peak_kib: int | None
     baseline_kib: int
 
     def summary(self):
         ours, peer = statistics.median(self.ours), statistics.median(self.peer)
         arrays = self.case.array_bytes * self.points / 1024
-        warm = self.case.memory == "warm"
+        known = self.peak_kib is not None
+        # Kept memory of an earlier round says nothing about what the operation needs.
+        beyond = known and self.case.memory != "warm"
         return {
             "case": self.case.name,
             "peer": self.case.peer,
@@ -32,10 +34,9 @@ class Result:
             "peer_median_s": peer,
             "ratio": peer / ours,
             "ns_per_value": 1e9 * ours / (self.points * self.case.values),
-            "peak_mib": self.peak_kib / 1024,
-            # Kept memory of an earlier round says nothing about what the operation needs.
-            "mib_beyond_arrays": None if warm else
-                                 (self.peak_kib - self.baseline_kib - arrays) / 1024,
+            "peak_mib": self.peak_kib / 1024 if known else None,
+            "mib_beyond_arrays": (self.peak_kib - self.baseline_kib - arrays) / 1024
+                                 if beyond else None,
             "ours_s": self.ours,
             "peer_s": self.peer,
         }
@@ -48,12 +49,15 @@ Medians. ratio: peer over ours. ns/value: ours. +MiB: peak memory of ours beyond
 nothing and the arrays that the operation is to hold; not for warm memory."""
 
 
+def mib(amount):
+    return "-" if amount is None else f"{amount:.1f}"
+
+
 def line(summary):
-    beyond = summary["mib_beyond_arrays"]
     return (f"{summary['case']:<55}{summary['points']:>10}{summary['ours_median_s']:>10.4f}"
             f"{summary['peer_median_s']:>10.4f}{summary['ratio']:>8.2f}"
-            f"{summary['ns_per_value']:>10.2f}{summary['peak_mib']:>10.1f}"
-            f"{'-' if beyond is None else format(beyond, '.1f'):>8}")
+            f"{summary['ns_per_value']:>10.2f}{mib(summary['peak_mib']):>10}"
+            f"{mib(summary['mib_beyond_arrays']):>8}")
 
 
 def first_line(command):

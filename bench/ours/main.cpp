@@ -25,6 +25,7 @@ const std::map<std::string_view, Operation> operations{
     {"nothing", bench::nothing},
     {"grid-read", bench::read_grid},
     {"grid-write", bench::write_grid},
+    {"grid-convert", bench::convert_grid},
     {"restart-read", bench::read_restart},
     {"restart-write", bench::write_restart},
     {"variable-read", bench::read_variable},

@@ -1,8 +1,13 @@
 #include "ours/measure.hpp"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <bit>
+#include <cerrno>
 #include <chrono>
 #include <fstream>
+#include <system_error>
 
 /// By this name instruction counts are limited to the measured operation.
 extern "C" [[gnu::noinline]] void measured_operation(const std::function<void()>& operation) {
@@ -24,6 +29,14 @@ double timed(const std::function<void()>& operation) {
   const auto start = std::chrono::steady_clock::now();
   measured_operation(operation);
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+void force_to_disk(const std::string& path) {
+  const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  const bool forced = file >= 0 && ::fsync(file) == 0;
+  const int error = errno;
+  if (file >= 0) ::close(file);
+  if (!forced) throw std::system_error(error, std::generic_category(), path);
 }
 
 std::int64_t bit_sum(std::span<const float> values) {

@@ -29,6 +29,9 @@ struct Outcome {
 /// Seconds that the operation takes. Everything else that a case does lies outside.
 [[nodiscard]] double timed(const std::function<void()>& operation);
 
+/// Returns when the file is on the disk. Throws std::system_error if that fails.
+void force_to_disk(const std::string& path);
+
 /// Sum of the values' bits as signed integers; the other side of a pair must come to the same.
 [[nodiscard]] std::int64_t bit_sum(std::span<const float> values);
 

@@ -33,6 +33,7 @@ void allocate_parameters(mod_p3dgrid::integer nblocks);
 Outcome nothing(const Request& request);
 Outcome read_grid(const Request& request);
 Outcome write_grid(const Request& request);
+Outcome convert_grid(const Request& request);
 Outcome read_restart(const Request& request);
 Outcome write_restart(const Request& request);
 Outcome read_variable(const Request& request);
