@@ -9,8 +9,7 @@
 #include "options.hpp"
 #include "output_file.hpp"
 #include "plot/canvas.hpp"
-#include "plot/compose.hpp"
-#include "plot/flow_variable.hpp"
+#include "plot/flow.hpp"
 #include "plot/picture.hpp"
 
 namespace p3dgrid::tool {

@@ -1,7 +1,9 @@
 #include "plot/levels.hpp"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <numbers>
 
 #include "range.hpp"
 
@@ -11,36 +13,78 @@ namespace {
 constexpr double most_ticks = 8;
 constexpr double few_ticks = 5;
 
-// Values that differ by less are the same number in single precision, rounded differently.
+// A relative difference within the rounding errors of single precision.
 constexpr double least_difference = 2e-6;
 
-template <class Take>
-void for_each_value(const std::vector<Surface>& surfaces, Take take) {
-  for (const Surface& surface : surfaces) {
-    for (std::size_t p = 0; p < surface.values.size(); ++p) {
-      if (surface.absent[p] == 0) take(surface.values[p]);
-    }
-  }
-}
-
-/// One band around a value that is the same everywhere.
-Levels one_level(Levels levels) {
+/// Sets one band around a constant value.
+void set_one_band(Levels& levels) {
   const double middle = (levels.smallest + levels.largest) / 2;
   levels.step = middle != 0 ? std::abs(middle) * 1e-3 : 1;
   levels.low = middle - levels.step / 2;
   levels.ticks = {levels.step, {middle}};
   levels.colours = {map_colour(0.5)};
-  return levels;
 }
 
-/// Bands between two ticks: few where ticks are many, and limits of few digits.
+/// Bands between two ticks: few if there are many ticks, with limits of few digits.
 double bands_per_tick(double range, double tick_step) {
   if (range > few_ticks * tick_step) return 2;
   const double power = std::pow(10.0, std::floor(std::log10(tick_step) + 1e-9));
   return std::abs(tick_step / power - 2) < 0.5 ? 4 : 5;
 }
 
+void set_bands(Levels& levels) {
+  const double range = levels.largest - levels.smallest;
+  const double tick_step = round_step(range / most_ticks);
+  levels.step = tick_step / bands_per_tick(range, tick_step);
+  const double first = std::floor(levels.smallest / levels.step + 1e-6);
+  const double end = std::ceil(levels.largest / levels.step - 1e-6);
+  levels.low = first * levels.step;
+  levels.ticks = multiples_between(levels.low, end * levels.step, tick_step);
+  const auto bands = static_cast<std::size_t>(std::max(1.0, end - first));
+  for (std::size_t band = 0; band < bands; ++band) {
+    const double centre = static_cast<double>(band) + 0.5;
+    levels.colours.push_back(map_colour(centre / static_cast<double>(bands)));
+  }
+}
+
+using Rgb = std::array<double, 3>;
+
+/// Linear red, green and blue of a colour in the perceptually uniform space Oklab.
+Rgb linear_rgb(double lightness, double a, double b) {
+  const double l = std::pow(lightness + 0.3963377774 * a + 0.2158037573 * b, 3);
+  const double m = std::pow(lightness - 0.1055613458 * a - 0.0638541728 * b, 3);
+  const double s = std::pow(lightness - 0.0894841775 * a - 1.2914855480 * b, 3);
+  return {4.0767416621 * l - 3.3077115913 * m + 0.2309699292 * s,
+          -1.2684380046 * l + 2.6097574011 * m - 0.3413193965 * s,
+          -0.0041960863 * l - 0.7034186147 * m + 1.7076147010 * s};
+}
+
+bool displayable(const Rgb& colour) {
+  return std::ranges::all_of(colour, [](double part) { return part >= 0 && part <= 1; });
+}
+
+/// Encodes a linear component for sRGB.
+Colour encoded(double linear) {
+  const double part = std::clamp(linear, 0.0, 1.0);
+  const double gamma = part <= 0.0031308 ? 12.92 * part : 1.055 * std::pow(part, 1 / 2.4) - 0.055;
+  return static_cast<Colour>(std::lround(255 * gamma));
+}
+
 }  // namespace
+
+// Lightness and hue are linear in the share; chroma is as high as a screen can show, up to a limit.
+Colour map_colour(double share) {
+  const double t = std::clamp(share, 0.0, 1.0);
+  const double lightness = 0.27 + 0.66 * t;
+  const double hue = (305 - 200 * t) * std::numbers::pi / 180;
+  double chroma = 0.13;
+  Rgb colour{};
+  do {
+    colour = linear_rgb(lightness, chroma * std::cos(hue), chroma * std::sin(hue));
+    chroma -= 0.002;
+  } while (!displayable(colour) && chroma > 0);
+  return encoded(colour[0]) << 16U | encoded(colour[1]) << 8U | encoded(colour[2]);
+}
 
 Colour Levels::colour_of(double value) const {
   const double band = std::floor((value - low) / step);
@@ -49,35 +93,25 @@ Colour Levels::colour_of(double value) const {
 }
 
 std::optional<Levels> levels_of(const std::vector<Surface>& surfaces) {
-  Range range;
-  for_each_value(surfaces, [&](float value) {
-    if (std::isfinite(value)) range.include(value);
-  });
-  if (range.empty()) return std::nullopt;
   Levels levels;
+  Range range;
+  for (const Surface& surface : surfaces) {
+    for (std::size_t p = 0; p < surface.values.size(); ++p) {
+      if (surface.absent[p] != 0) continue;
+      if (std::isfinite(surface.values[p])) {
+        range.include(surface.values[p]);
+      } else {
+        levels.all_finite = false;
+      }
+    }
+  }
+  if (range.empty()) return std::nullopt;
   levels.smallest = range.low;
   levels.largest = range.high;
-  const double largest = std::max(std::abs(levels.smallest), std::abs(levels.largest));
-  if (levels.largest - levels.smallest <= least_difference * largest) return one_level(levels);
-
-  const double tick_step = round_step((levels.largest - levels.smallest) / most_ticks);
-  levels.step = tick_step / bands_per_tick(levels.largest - levels.smallest, tick_step);
-  const double first = std::floor(levels.smallest / levels.step + 1e-6);
-  const double end = std::ceil(levels.largest / levels.step - 1e-6);
-  levels.low = first * levels.step;
-  levels.ticks = multiples_between(levels.low, end * levels.step, tick_step);
-  const auto bands = static_cast<std::size_t>(std::max(1.0, end - first));
-  for (std::size_t band = 0; band < bands; ++band) {
-    const double share = (static_cast<double>(band) + 0.5) / static_cast<double>(bands);
-    levels.colours.push_back(map_colour(share));
-  }
+  const double magnitude = std::max(std::abs(levels.smallest), std::abs(levels.largest));
+  const bool constant = levels.largest - levels.smallest <= least_difference * magnitude;
+  constant ? set_one_band(levels) : set_bands(levels);
   return levels;
-}
-
-bool lacks_values(const std::vector<Surface>& surfaces) {
-  bool lacking = false;
-  for_each_value(surfaces, [&](float value) { lacking = lacking || !std::isfinite(value); });
-  return lacking;
 }
 
 }  // namespace p3dgrid::tool::plot

@@ -7,27 +7,15 @@
 namespace p3dgrid::tool::plot {
 namespace {
 
-// Beyond these powers of ten digits become unreadable without an exponent.
+// Labels beyond these powers of ten have an exponent.
 constexpr int largest_plain_power = 5;
 constexpr int smallest_plain_power = -5;
 
-// Of a step that still tells neighbours apart.
+// Larger multiples of a step are not distinct.
 constexpr double furthest_multiple = 1e12;
 
 int power_of(double value) {
   return static_cast<int>(std::floor(std::log10(std::abs(value)) + 1e-9));
-}
-
-std::string printed(const char* format, int decimals, double value) {
-  char text[64];
-  std::snprintf(text, sizeof text, format, decimals, value);
-  return text;
-}
-
-/// "1.5e+06" as "1.5e6".
-std::string short_exponent(const std::string& text) {
-  const std::size_t e = text.find('e');
-  return text.substr(0, e) + "e" + std::to_string(std::stoi(text.substr(e + 1)));
 }
 
 }  // namespace
@@ -44,12 +32,17 @@ std::string Ticks::label(double value) const {
   const int smallest = power_of(step);
   double largest = step;
   for (const double other : values) largest = std::max(largest, std::abs(other));
-  const int power = power_of(largest);
-  if (power <= largest_plain_power && smallest >= smallest_plain_power) {
-    return with_minus_sign(printed("%.*f", std::max(0, -smallest), value));
-  }
-  const int decimals = std::clamp(power_of(value) - smallest, 0, 15);
-  return with_minus_sign(short_exponent(printed("%.*e", decimals, value)));
+  const bool plain = power_of(largest) <= largest_plain_power && smallest >= smallest_plain_power;
+  const int decimals =
+      plain ? std::max(0, -smallest) : std::clamp(power_of(value) - smallest, 0, 15);
+  char buffer[64];
+  std::snprintf(buffer, sizeof buffer, plain ? "%.*f" : "%.*e", decimals, value);
+  std::string text = buffer;
+  // "1.5e+06" becomes "1.5e6".
+  const std::size_t e = text.find('e');
+  if (e != std::string::npos)
+    text.replace(e + 1, std::string::npos, std::to_string(std::stoi(text.substr(e + 1))));
+  return with_minus_sign(text);
 }
 
 double round_step(double least) {
@@ -65,11 +58,10 @@ Ticks multiples_between(double low, double high, double step) {
   const double slack = 1e-6 * step;
   const double first = std::ceil((low - slack) / step);
   const double last = std::floor((high + slack) / step);
-  // Neighbours must be different numbers; a range that is far from 0 and short has no such.
+  // In a short range far from 0, neighbours are not distinct.
   const double furthest = std::max(std::abs(first), std::abs(last));
   if (!(step > 0) || !(furthest < furthest_multiple)) return ticks;
-  // Whole numbers up to the furthest multiple are exact.
-  // NOLINTNEXTLINE(clang-analyzer-security.FloatLoopCounter): none is skipped, none comes twice
+  // NOLINTNEXTLINE(clang-analyzer-security.FloatLoopCounter): these whole numbers are exact
   for (double n = first; n <= last; ++n) ticks.values.push_back(n * step);
   return ticks;
 }
