@@ -10,12 +10,12 @@ import time
 # Debian's VTK belongs to Debian's Python, which need not be the first one on the path.
 VTK_PYTHON = "/usr/bin/python3" if os.path.exists("/usr/bin/python3") else sys.executable
 
-# Large blocks come from the heap, and the heap never shrinks.
+# Large blocks are allocated on the heap, which never shrinks.
 KEEP_MEMORY = "glibc.malloc.mmap_max=0:glibc.malloc.trim_threshold=9223372036854775807"
 
 
 class Failure(Exception):
-    """A program failed, or the two sides do not agree."""
+    """A program failed, or the two sides differ."""
 
 
 @dataclasses.dataclass
@@ -26,22 +26,21 @@ class Outcome:
 
 
 def run_program(command, warm=False):
-    """Runs a command that must succeed without a word of complaint; what it prints."""
+    """Runs a command that must succeed and print no error. Returns its output."""
     environment = dict(os.environ)
     if warm:
         environment["GLIBC_TUNABLES"] = KEEP_MEMORY
-    done = subprocess.run([str(word) for word in command], env=environment, capture_output=True,
-                          text=True, check=False)
+    arguments = [str(argument) for argument in command]
+    done = subprocess.run(arguments, env=environment, capture_output=True, text=True, check=False)
     if done.returncode != 0 or done.stderr:
-        raise Failure(f"{' '.join(str(word) for word in command)}: exit status "
-                      f"{done.returncode} {done.stderr.strip()}")
+        raise Failure(f"{' '.join(arguments)}: exit status {done.returncode} {done.stderr.strip()}")
     return done.stdout
 
 
 def outcome_of(printed):
-    """What a measured program prints."""
-    said = dict(line.split() for line in printed.splitlines())
-    return Outcome(float(said["seconds"]), int(said["peak"]), int(said["check"]))
+    """Parses the output of a measured program."""
+    values = dict(line.split() for line in printed.splitlines())
+    return Outcome(float(values["seconds"]), int(values["peak"]), int(values["check"]))
 
 
 class Programs:
@@ -54,7 +53,7 @@ class Programs:
         self.vtk = pathlib.Path(__file__).with_name("vtk_peer.py")
 
     def measure(self, program, case, operation, points, paths):
-        """One process of one side."""
+        """Runs one process of one side."""
         warm = case.memory == "warm"
         bytes_per_point = case.array_bytes + case.unfilled_bytes
         memory = bytes_per_point * points // 2**20 * 5 // 4 + 64 if warm else 0
@@ -65,7 +64,7 @@ class Programs:
              case.output or "existing"], warm=warm))
 
     def run_command(self, case, input_path, output):
-        """One process of the command; the memory it takes is not measured."""
+        """Runs one process of the command. Its memory is not measured."""
         arguments = {"convert": [input_path, output, "--to-format", "unformatted"],
                      "check": [input_path]}[case.operation]
         output.unlink(missing_ok=True)

@@ -11,7 +11,7 @@ import subprocess
 
 @dataclasses.dataclass
 class Result:
-    """Seconds of both sides, run by run, and the most memory that ours has had."""
+    """Seconds of each run of both sides, and the peak memory of ours."""
 
     case: object
     points: int
@@ -24,7 +24,7 @@ class Result:
         ours, peer = statistics.median(self.ours), statistics.median(self.peer)
         arrays = self.case.array_bytes * self.points / 1024
         known = self.peak_kib is not None
-        # Kept memory of an earlier round says nothing about what the operation needs.
+        # Warm memory includes what was allocated before.
         beyond = known and self.case.memory != "warm"
         return {
             "case": self.case.name,
@@ -45,8 +45,8 @@ class Result:
 HEADING = (f"{'case':<55}{'points':>10}{'ours s':>10}{'peer s':>10}{'ratio':>8}{'ns/value':>10}"
            f"{'peak MiB':>10}{'+MiB':>8}")
 EXPLANATION = """\
-Medians. ratio: peer over ours. ns/value: ours. +MiB: peak memory of ours beyond a process that does
-nothing and the arrays that the operation is to hold; not for warm memory."""
+Medians. ratio: peer over ours. ns/value: ours. +MiB: peak memory of ours beyond that of a process
+that does nothing and the arrays of the operation; not for warm memory."""
 
 
 def mib(amount):

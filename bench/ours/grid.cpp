@@ -18,7 +18,7 @@ logical is_double(const Request& request) {
   return request.precision == "double";
 }
 
-/// What a process holds that does nothing.
+/// The baseline of peak memory.
 Outcome nothing(const Request&) {
   return {};
 }
@@ -35,7 +35,7 @@ Outcome read_grid(const Request& request) {
   return {seconds, bit_sum(xyz.span())};
 }
 
-/// Reads `input` and writes it to `output`, unformatted and forced to the disk.
+/// Reads `input`, writes it to `output` in unformatted form and flushes that to the disk.
 Outcome convert_grid(const Request& request) {
   integer nblocks = 0;
   integer ndim = 0;
@@ -46,7 +46,7 @@ Outcome convert_grid(const Request& request) {
                 kdim, iblank, false, true);
     writep3dgrid("output", unformatted, false, nblocks, ndim, xyz, idim, jdim, kdim, {}, false,
                  true);
-    force_to_disk(request.output);
+    flush_to_disk(request.output);
   });
   return {seconds, bit_sum(xyz.span())};
 }

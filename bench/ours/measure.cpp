@@ -9,10 +9,10 @@
 #include <fstream>
 #include <system_error>
 
-/// By this name instruction counts are limited to the measured operation.
+/// Instruction counts are limited to the function of this name.
 extern "C" [[gnu::noinline]] void measured_operation(const std::function<void()>& operation) {
   operation();
-  // Something to come back for: a jump in the place of a call would hide where it ends.
+  // Prevents a tail call, which would hide the end of the function.
   asm volatile("" ::: "memory");
 }
 
@@ -24,14 +24,14 @@ std::string path_of(const Request& request, std::string_view name) {
 }
 
 double timed(const std::function<void()>& operation) {
-  // Sets the peak back to what is resident now, so that preparations do not count.
+  // Resets the peak, so that preparations are excluded.
   std::ofstream("/proc/self/clear_refs") << "5";
   const auto start = std::chrono::steady_clock::now();
   measured_operation(operation);
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-void force_to_disk(const std::string& path) {
+void flush_to_disk(const std::string& path) {
   const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
   const bool forced = file >= 0 && ::fsync(file) == 0;
   const int error = errno;

@@ -38,10 +38,10 @@ std::string Ticks::label(double value) const {
   char buffer[64];
   std::snprintf(buffer, sizeof buffer, plain ? "%.*f" : "%.*e", decimals, value);
   std::string text = buffer;
-  // "1.5e+06" becomes "1.5e6".
-  const std::size_t e = text.find('e');
-  if (e != std::string::npos)
-    text.replace(e + 1, std::string::npos, std::to_string(std::stoi(text.substr(e + 1))));
+  if (!plain) {  // "1.5e+06" becomes "1.5e6"
+    const std::size_t exponent = text.find('e') + 1;
+    text.replace(exponent, std::string::npos, std::to_string(std::stoi(text.substr(exponent))));
+  }
   return with_minus_sign(text);
 }
 
