@@ -5,8 +5,6 @@
 #include <string>
 #include <vector>
 
-struct _cairo;  // `cairo_t` of a library that builds can leave out
-
 namespace p3dgrid::tool::plot {
 
 /// Red, green and blue, 8 bits each, red highest.
@@ -34,24 +32,23 @@ struct Anchor {
 /// A white page to draw on, in pixels right and down from the top left corner.
 class Canvas {
  public:
-  Canvas(int width, int height);
+  virtual ~Canvas() = default;
 
-  [[nodiscard]] double text_width(const std::string& text, const Font& font);
-  void text(double x, double y, const std::string& text, const Font& font, Anchor anchor);
-  void line(double x0, double y0, double x1, double y1, double width, Colour colour);
-  void fill(double x, double y, double width, double height, Colour colour);
-  void frame(double x, double y, double width, double height, double line_width, Colour colour);
-  /// A picture as `Raster::reduced` gives it.
-  void image(int x, int y, int width, int height, std::vector<std::uint32_t> pixels);
+  [[nodiscard]] virtual double text_width(const std::string& text, const Font& font) = 0;
+  virtual void text(double x, double y, const std::string& text, const Font& font,
+                    Anchor anchor) = 0;
+  virtual void line(double x0, double y0, double x1, double y1, double width, Colour colour) = 0;
+  virtual void fill(double x, double y, double width, double height, Colour colour) = 0;
+  virtual void frame(double x, double y, double width, double height, double line_width,
+                     Colour colour) = 0;
+  /// Draws a picture in the format of `Raster::reduced`.
+  virtual void image(int x, int y, int width, int height, std::vector<std::uint32_t> pixels) = 0;
 
   /// Writes the page as a PNG file. Throws a Failure that does not name the file.
-  void write(const std::string& path);
-
- private:
-  std::unique_ptr<_cairo, void (*)(_cairo*)> page_;
+  virtual void write(const std::string& path) = 0;
 };
 
-/// Throws a Failure if the program was built without cairo.
-void require_drawing();
+/// An empty page. Throws a Failure if the program was built without cairo.
+[[nodiscard]] std::unique_ptr<Canvas> make_canvas(int width, int height);
 
 }  // namespace p3dgrid::tool::plot

@@ -153,18 +153,18 @@ class Page {
         title_(picture.title),
         remarks_(picture.remarks) {
     projection_.view = picture.view;
-    Canvas scratch(1, 1);
-    place_across(scratch);
+    const auto scratch = make_canvas(1, 1);
+    place_across(*scratch);
     if (!style_.levels) thin_out_lines();
-    place_down(scratch);
+    place_down(*scratch);
   }
 
   void draw(const std::string& path) const {
-    Canvas canvas(width_, height_);
-    draw_text(canvas);
-    draw_surfaces(canvas);
-    legend_.draw(canvas, legend_x_, area_.y, legend_height_);
-    canvas.write(path);
+    const auto canvas = make_canvas(width_, height_);
+    draw_text(*canvas);
+    draw_surfaces(*canvas);
+    legend_.draw(*canvas, legend_x_, area_.y, legend_height_);
+    canvas->write(path);
   }
 
  private:
