@@ -1,9 +1,9 @@
-#include "plot/levels.hpp"
-
 #include <gmock/gmock.h>
 
 #include <cmath>
 #include <limits>
+
+#include "plot/scale.hpp"
 
 namespace p3dgrid::tool::plot {
 namespace {

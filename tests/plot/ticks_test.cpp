@@ -1,6 +1,6 @@
-#include "plot/ticks.hpp"
-
 #include <gmock/gmock.h>
+
+#include "plot/scale.hpp"
 
 namespace p3dgrid::tool::plot {
 namespace {

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "plot/canvas.hpp"
-#include "plot/ticks.hpp"
+#include "plot/scale.hpp"
 #include "plot/view.hpp"
 
 namespace p3dgrid::tool::plot {

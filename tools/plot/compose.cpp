@@ -9,7 +9,7 @@
 #include "grid_file.hpp"
 #include "plot/flow.hpp"
 #include "plot/picture.hpp"
-#include "plot/ticks.hpp"
+#include "plot/scale.hpp"
 #include "table.hpp"
 
 namespace p3dgrid::tool::plot {
@@ -75,9 +75,8 @@ void take_surfaces(const Request& request, const Found& found, Picture& picture)
   const Extents extents = extents_of(grid);
   picture.surfaces = surfaces_wanted(request, extents);
   for (Surface& surface : picture.surfaces) take_points(surface, grid);
-  if (request.shows_flow()) return;
-  picture.remarks.push_back(counted(extents.blocks(), "block") + ", " +
-                            counted(extents.points(), "point"));
+  picture.remarks = {counted(extents.blocks(), "block") + ", " +
+                     counted(extents.points(), "point")};
 }
 
 /// Sets box and view.
@@ -148,11 +147,6 @@ std::string range_of(const Levels& levels) {
   return "from " + rounded(levels.smallest, digits) + " to " + rounded(levels.largest, digits);
 }
 
-void add_mesh(const Request& request, Picture& picture) {
-  picture.title = "Grid " + short_name(request.grid_path) + place_of(request);
-  picture.summary = "mesh" + place_of(request);
-}
-
 void add_flow(const Request& request, const Case& found, Picture& picture) {
   const FlowVariable variable = take_values(picture.surfaces, request, found);
   picture.levels = levels_of(picture.surfaces);
@@ -201,12 +195,14 @@ void add_differences(Picture& picture) {
 }  // namespace
 
 Picture compose(const Request& request) {
+  const Case found = find_files(request);
   Picture picture;
   picture.width = request.width;
-  const Case found = find_files(request);
+  picture.title = "Grid " + short_name(request.grid_path) + place_of(request);
+  picture.summary = "mesh" + place_of(request);
   take_surfaces(request, found.grid, picture);
   orient(request, picture);
-  request.shows_flow() ? add_flow(request, found, picture) : add_mesh(request, picture);
+  if (request.shows_flow()) add_flow(request, found, picture);
   add_differences(picture);
   return picture;
 }

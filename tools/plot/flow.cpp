@@ -1,5 +1,7 @@
 #include "plot/flow.hpp"
 
+#include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <functional>
@@ -35,25 +37,14 @@ float mach_number(Values conserved, double gamma) {
   return static_cast<float>(speed / std::sqrt(gamma * at.pressure / at.density));
 }
 
-const std::vector<FlowVariable>& named() {
-  static const std::vector<FlowVariable> variables = {
-      {"rho", "Density \u03c1", "\u03c1", {1}, false, as_read},
-      {"u", "Velocity u", "u", {1, 2}, false, velocity},
-      {"v", "Velocity v", "v", {1, 3}, false, velocity},
-      {"w", "Velocity w", "w", {1, 4}, false, velocity},
-      {"p", "Pressure p", "p", {1, 2, 3, 4, 5}, true, pressure},
-      {"mach", "Mach number", "Mach", {1, 2, 3, 4, 5}, true, mach_number},
-  };
-  return variables;
-}
-
-/// One of the named variables; null if there is none of that name.
-const FlowVariable* variable_named(const std::string& name) {
-  for (const FlowVariable& candidate : named()) {
-    if (name == candidate.name) return &candidate;
-  }
-  return nullptr;
-}
+const std::array named = {
+    FlowVariable{"rho", "Density \u03c1", "\u03c1", {1}, false, as_read},
+    FlowVariable{"u", "Velocity u", "u", {1, 2}, false, velocity},
+    FlowVariable{"v", "Velocity v", "v", {1, 3}, false, velocity},
+    FlowVariable{"w", "Velocity w", "w", {1, 4}, false, velocity},
+    FlowVariable{"p", "Pressure p", "p", {1, 2, 3, 4, 5}, true, pressure},
+    FlowVariable{"mach", "Mach number", "Mach", {1, 2, 3, 4, 5}, true, mach_number},
+};
 
 /// The number of a variable; 0 if the text is something else.
 integer number_in(const std::string& text) {
@@ -84,7 +75,8 @@ FlowVariable variable_wanted(const Request& request, Layout layout, integer vari
     throw Failure(ExitStatus::unusable, request.restart_path + ": " + why + "; --variable 1 to " +
                                             std::to_string(variables) + " can be shown");
   };
-  if (const FlowVariable* known = variable_named(text)) {
+  const auto known = std::ranges::find(named, text, &FlowVariable::name);
+  if (known != named.end()) {
     if (layout != Layout::solution) {
       refuse("only of layout 2 is it known which variable is '" + text + "'");
     }
@@ -130,14 +122,14 @@ void evaluate(std::vector<Surface>& surfaces, const FlowVariable& variable, doub
 
 std::string known_names() {
   std::string names;
-  for (const FlowVariable& variable : named()) {
+  for (const FlowVariable& variable : named) {
     names.append(names.empty() ? "" : ", ").append(variable.name);
   }
   return names;
 }
 
 bool may_be_variable(const std::string& text) {
-  return variable_named(text) != nullptr || number_in(text) > 0;
+  return std::ranges::find(named, text, &FlowVariable::name) != named.end() || number_in(text) > 0;
 }
 
 FlowVariable take_values(std::vector<Surface>& surfaces, const Request& request,

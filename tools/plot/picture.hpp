@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "form_options.hpp"
-#include "plot/levels.hpp"
+#include "plot/scale.hpp"
 #include "plot/surface.hpp"
 #include "plot/view.hpp"
 #include "primitive.hpp"

@@ -54,13 +54,11 @@ Pixels pixels_in(const Weights& weights, int y, int width) {
 Raster::Raster(int width, int height)
     : width_(fineness * width),
       height_(fineness * height),
-      depths_(static_cast<std::size_t>(width_) * static_cast<std::size_t>(height_),
-              -std::numeric_limits<float>::infinity()),
+      depths_(index(0, height_), -std::numeric_limits<float>::infinity()),
       colours_(depths_.size(), 0) {}
 
 std::uint32_t* Raster::visible(int x, int y, double depth) {
-  const std::size_t pixel =
-      static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) + static_cast<std::size_t>(x);
+  const std::size_t pixel = index(x, y);
   const auto rounded = static_cast<float>(depth);
   if (rounded <= depths_[pixel]) return nullptr;
   depths_[pixel] = rounded;
@@ -122,22 +120,18 @@ void Raster::line(const Vertex& from, const Vertex& to, double line_width, Colou
 
 std::vector<std::uint32_t> Raster::reduced() const {
   constexpr std::uint32_t area = fineness * fineness;
+  const auto mean = [this](int left, int top, unsigned shift) {
+    std::uint32_t sum = 0;
+    for (int y = top; y < top + fineness; ++y) {
+      for (int x = left; x < left + fineness; ++x) sum += colours_[index(x, y)] >> shift & 0xffU;
+    }
+    return (sum + area / 2) / area << shift;
+  };
   std::vector<std::uint32_t> picture;
   picture.reserve(colours_.size() / area);
   for (int y = 0; y < height_; y += fineness) {
     for (int x = 0; x < width_; x += fineness) {
-      std::array<std::uint32_t, 4> sums{};
-      for (int n = 0; n < fineness * fineness; ++n) {
-        const auto row = static_cast<std::size_t>(y + n / fineness);
-        const auto column = static_cast<std::size_t>(x + n % fineness);
-        const std::uint32_t fine = colours_[row * static_cast<std::size_t>(width_) + column];
-        for (unsigned part = 0; part < 4; ++part) sums[part] += fine >> (8 * part) & 0xffU;
-      }
-      std::uint32_t pixel = 0;
-      for (unsigned part = 0; part < 4; ++part) {
-        pixel |= (sums[part] + area / 2) / area << (8 * part);
-      }
-      picture.push_back(pixel);
+      picture.push_back(mean(x, y, 0) | mean(x, y, 8) | mean(x, y, 16) | mean(x, y, 24));
     }
   }
   return picture;

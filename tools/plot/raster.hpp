@@ -39,6 +39,10 @@ class Raster {
   [[nodiscard]] std::vector<std::uint32_t> reduced() const;
 
  private:
+  [[nodiscard]] std::size_t index(int x, int y) const {
+    return static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) +
+           static_cast<std::size_t>(x);
+  }
   /// Tests and sets the depth of a pixel. Returns its colour to set, null if it is hidden.
   std::uint32_t* visible(int x, int y, double depth);
 

@@ -15,10 +15,6 @@ constexpr double row_line = 5;
 constexpr double row_mark = 9;
 constexpr double lone_mark = 16;
 
-Vector difference(const Vector& a, const Vector& b) {
-  return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
-}
-
 /// Draws one surface.
 class SurfaceRenderer {
  public:
@@ -58,24 +54,23 @@ class SurfaceRenderer {
   }
 
   /// Draws the points of a single row and the lines between them.
-  void draw_row(Colour block) {
+  void draw_row() {
     const double mark = (vertices_.size() == 1 ? lone_mark : row_mark) * fine_line_width();
     for (std::size_t p = 0; p < vertices_.size(); ++p) {
       if (surface_.absent[p] != 0) continue;
       const Vertex& from = vertices_[p];
-      raster_.line(from, from, mark, row_colour(from.value, block));
+      raster_.line(from, from, mark, row_colour(from.value));
       if (p + 1 == vertices_.size() || surface_.absent[p + 1] != 0) continue;
       const Vertex& to = vertices_[p + 1];
-      raster_.line(from, to, row_line * fine_line_width(),
-                   row_colour((from.value + to.value) / 2, block));
+      raster_.line(from, to, row_line * fine_line_width(), row_colour((from.value + to.value) / 2));
     }
   }
 
  private:
   [[nodiscard]] double fine_line_width() const { return style_.line_width * Raster::fineness; }
 
-  [[nodiscard]] Colour row_colour(double value, Colour block) const {
-    if (!style_.levels) return block;
+  [[nodiscard]] Colour row_colour(double value) const {
+    if (!style_.levels) return block_colour(surface_.block);
     return std::isfinite(value) ? style_.levels->colour_of(value) : no_number;
   }
 
@@ -118,7 +113,9 @@ class SurfaceRenderer {
   [[nodiscard]] double light_on(std::size_t corner) const {
     if (view_.plane) return 1;
     const auto diagonal = [this](std::size_t from, std::size_t to) {
-      return difference(surface_.place(to), surface_.place(from));
+      const Vector a = surface_.place(from);
+      const Vector b = surface_.place(to);
+      return Vector{b[0] - a[0], b[1] - a[1], b[2] - a[2]};
     };
     const Vector normal = cross(diagonal(corner, corner + surface_.columns + 1),
                                 diagonal(corner + 1, corner + surface_.columns));
@@ -169,12 +166,10 @@ void render(const std::vector<Surface>& surfaces, const Projection& projection, 
             Raster& raster) {
   for (const Surface& surface : surfaces) {
     SurfaceRenderer renderer(surface, projection, style, raster);
-    if (surface.rows == 1) {
-      renderer.draw_row(block_colour(surface.block));
-      continue;
-    }
     renderer.fill_cells();
-    if (style.levels) {
+    if (surface.rows == 1) {
+      renderer.draw_row();
+    } else if (style.levels) {
       const std::size_t outline_only = std::max(surface.columns, surface.rows);
       renderer.draw_lines(outline_only, block_edge, 2);
     } else {

@@ -3,8 +3,8 @@
 #include <optional>
 #include <vector>
 
-#include "plot/levels.hpp"
 #include "plot/raster.hpp"
+#include "plot/scale.hpp"
 #include "plot/surface.hpp"
 #include "plot/view.hpp"
 

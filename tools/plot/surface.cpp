@@ -38,13 +38,6 @@ std::string describe(const GridPlane& plane) {
          (plane.index == 0 ? last_index : std::to_string(plane.index));
 }
 
-bool Surface::has_cell(std::size_t column, std::size_t row) const {
-  if (column + 1 >= columns || row + 1 >= rows) return false;
-  const std::size_t corner = at(column, row);
-  return absent[corner] == 0 && absent[corner + 1] == 0 && absent[corner + columns] == 0 &&
-         absent[corner + columns + 1] == 0;
-}
-
 std::optional<Surface> plane_of(const Extents& extents, std::size_t block, GridPlane plane) {
   const auto counts = counts_of(extents, block);
   const std::array<std::int64_t, 3> steps = {1, counts[0], counts[0] * counts[1]};
@@ -86,10 +79,10 @@ void take_points(Surface& surface, const Grid& grid) {
   surface.points.reserve(surface.columns * surface.rows);
   surface.absent.reserve(surface.columns * surface.rows);
   surface.for_each_index([&](std::int64_t index) {
-    const float* place = xyz + 3 * index;
-    surface.points.push_back({place[0], place[1], place[2]});
+    const std::array point = {xyz[3 * index], xyz[3 * index + 1], xyz[3 * index + 2]};
     const bool finite =
-        std::all_of(place, place + 3, [](float value) { return std::isfinite(value); });
+        std::ranges::all_of(point, [](float value) { return std::isfinite(value); });
+    surface.points.push_back(point);
     const bool blanked = blanking != nullptr && blanking[index] == 0;
     surface.absent.push_back(blanked || !finite ? 1 : 0);
     surface.has_lost = surface.has_lost || (!blanked && !finite);

@@ -41,21 +41,19 @@ struct Surface {
   bool has_lost = false;           ///< points that are not blanked and not finite
   std::vector<float> values = {};  ///< shown by colour; empty for a mesh
 
-  [[nodiscard]] std::size_t at(std::size_t column, std::size_t row) const {
-    return row * columns + column;
-  }
   [[nodiscard]] Vector place(std::size_t p) const {
     return {points[p][0], points[p][1], points[p][2]};
   }
-  /// Whether no corner of a cell is absent; false beyond the last cell.
-  [[nodiscard]] bool has_cell(std::size_t column, std::size_t row) const;
 
-  /// Calls `take` with the first corner of each cell.
+  /// Calls `take` with the first corner of each cell of which no corner is absent.
   template <class Take>
   void for_each_cell(Take take) const {
     for (std::size_t row = 0; row + 1 < rows; ++row) {
       for (std::size_t column = 0; column + 1 < columns; ++column) {
-        if (has_cell(column, row)) take(at(column, row));
+        const std::size_t corner = row * columns + column;
+        const bool present = absent[corner] == 0 && absent[corner + 1] == 0 &&
+                             absent[corner + columns] == 0 && absent[corner + columns + 1] == 0;
+        if (present) take(corner);
       }
     }
   }

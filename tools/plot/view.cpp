@@ -4,7 +4,7 @@
 #include <cmath>
 #include <numbers>
 
-#include "plot/ticks.hpp"
+#include "plot/scale.hpp"
 #include "range.hpp"
 
 namespace p3dgrid::tool::plot {
