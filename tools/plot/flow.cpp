@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <functional>
 
@@ -45,14 +44,6 @@ const std::array named = {
     FlowVariable{"p", "Pressure p", "p", {1, 2, 3, 4, 5}, true, pressure},
     FlowVariable{"mach", "Mach number", "Mach", {1, 2, 3, 4, 5}, true, mach_number},
 };
-
-/// The number of a variable; 0 if the text is something else.
-integer number_in(const std::string& text) {
-  integer number = 0;
-  const char* const end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, number);
-  return error == std::errc() && stop == end && number > 0 ? number : 0;
-}
 
 FlowVariable numbered(integer number, Layout layout) {
   constexpr const char* titles[] = {"Density \u03c1", "Momentum \u03c1u", "Momentum \u03c1v",

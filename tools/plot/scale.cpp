@@ -71,10 +71,6 @@ Rgb linear_rgb(double lightness, double a, double b) {
           -0.0041960863 * l - 0.7034186147 * m + 1.7076147010 * s};
 }
 
-bool displayable(const Rgb& colour) {
-  return std::ranges::all_of(colour, [](double part) { return part >= 0 && part <= 1; });
-}
-
 /// Encodes a linear component for sRGB.
 Colour encoded(double linear) {
   const double part = std::clamp(linear, 0.0, 1.0);
@@ -141,10 +137,11 @@ Colour map_colour(double share) {
   const double hue = (305 - 200 * t) * std::numbers::pi / 180;
   double chroma = 0.13;
   Rgb colour{};
+  const auto displayable = [](double part) { return part >= 0 && part <= 1; };
   do {
     colour = linear_rgb(lightness, chroma * std::cos(hue), chroma * std::sin(hue));
     chroma -= 0.002;
-  } while (!displayable(colour) && chroma > 0);
+  } while (!std::ranges::all_of(colour, displayable) && chroma > 0);
   return encoded(colour[0]) << 16U | encoded(colour[1]) << 8U | encoded(colour[2]);
 }
 

@@ -22,15 +22,18 @@ std::int64_t points_before(const Extents& extents, std::size_t block) {
 
 }  // namespace
 
-std::optional<GridPlane> plane_in(const std::string& text) {
-  if (text.size() < 3 || text[1] != '=') return std::nullopt;
-  GridPlane plane{direction_names.find(text[0]), 0};
-  if (plane.direction == std::string_view::npos) return std::nullopt;
-  if (text.substr(2) == last_index) return plane;
+mod_p3dgrid::integer number_in(std::string_view text) {
+  mod_p3dgrid::integer number = 0;
   const char* const end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data() + 2, end, plane.index);
-  if (error != std::errc() || stop != end || plane.index < 1) return std::nullopt;
-  return plane;
+  const auto [stop, error] = std::from_chars(text.data(), end, number);
+  return error == std::errc() && stop == end && number > 0 ? number : 0;
+}
+
+std::optional<GridPlane> plane_in(std::string_view text) {
+  if (text.size() < 3 || text[1] != '=') return std::nullopt;
+  const GridPlane plane{direction_names.find(text[0]), number_in(text.substr(2))};
+  const bool valid = plane.index > 0 || text.substr(2) == last_index;
+  return valid && plane.direction < 3 ? std::optional(plane) : std::nullopt;
 }
 
 std::string describe(const GridPlane& plane) {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "form_options.hpp"
@@ -19,8 +20,11 @@ struct GridPlane {
   mod_p3dgrid::integer index = 1;  ///< from 1; 0 for the last
 };
 
+/// Parses a positive number; 0 if the text is something else.
+[[nodiscard]] mod_p3dgrid::integer number_in(std::string_view text);
+
 /// Parses "k=1" or "j=last".
-[[nodiscard]] std::optional<GridPlane> plane_in(const std::string& text);
+[[nodiscard]] std::optional<GridPlane> plane_in(std::string_view text);
 
 /// The text that `plane_in` parses.
 [[nodiscard]] std::string describe(const GridPlane& plane);
