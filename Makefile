@@ -60,7 +60,7 @@ test:
 
 bench:
 	scripts/install-packages bench
-	cmake -S . -B $(BENCH) -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF -DMOD_P3DGRID_TOOLS=OFF \
+	cmake -S . -B $(BENCH) -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF -DMOD_P3DGRID_TOOLS=ON \
 	  -DMOD_P3DGRID_BENCH=ON $(CMAKE_FLAGS)
 	cmake --build $(BENCH) --parallel $(JOBS)
 	bench/run $(BENCH)/bench --points $(POINTS) --only '$(ONLY)' --repetitions $(REPETITIONS) \

@@ -1,27 +1,27 @@
-"""What is measured: the table of pairs.
+"""The table of measured pairs.
 
-What makes a pair fair:
+Conditions of a fair comparison:
 
-- Both sides read the same file, or write the same values, and what they read is compared. The
-  clock runs from before the file is opened until it is closed. It includes the header, allocating
-  the results and, in double precision, a staging array that the values pass through. The Fortran
-  side reads all of it before it rounds, the library rounds piece by piece.
-- Files read are in the page cache. Files written are forced to the disk between two runs, outside
-  the time, so that no run waits for pages of the run before.
-- Fresh memory: a process measures once. The system hands its arrays out page by page and clears
-  them, which costs both sides the same and hides part of what separates them. It is what a program
-  sees that reads one file.
-- Huge pages: fresh memory that the library asks to have in huge pages; the Fortran side, which has
-  no means to, has the ordinary ones.
-- Warm memory: before the clock starts, the process has used and given back more memory than the
-  operation needs. The C library is told never to return memory to the system, for both sides alike,
-  so that the operation gets pages that are there. It is what a solver sees that reads file after
-  file.
-- Existing: the file written is there from the run before, and both sides may write over it. New: it
-  was deleted before.
-- The Fortran side takes array sections: `read (u) (xyz(l, s:e), l=1, 3)`. Of the two ways to drop
-  values there, a scalar is what one writes without thinking, a scrap array is the quick one.
-- Text is measured on fewer points: it costs the same for every value, and plain Fortran is slow.
+- Both sides read the same file or write the same values, and the values read are compared. The
+  clock runs from before the file is opened until it is closed. It includes the header, the
+  allocation of the results and, in double precision, of a staging array. The Fortran side reads
+  the whole staging array before it rounds, the library rounds piece by piece.
+- Input files are in the page cache. Output files are flushed to the disk between two runs, outside
+  the measured time, so that no run waits for pages of the previous one.
+- Fresh memory: a process measures once. The system allocates and clears its arrays page by page,
+  at the same cost for both sides. This is the case of a program that reads one file.
+- Huge pages: fresh memory for which the library requests huge pages. The Fortran side cannot and
+  uses ordinary ones.
+- Warm memory: before the clock starts, the process has allocated and freed more memory than the
+  operation needs. On both sides the C library never returns memory to the system, so the operation
+  reuses resident pages. This is the case of a solver that reads file after file.
+- Existing: the output file of the previous run is overwritten. New: it was deleted before.
+- The Fortran side uses array sections: `read (u) (xyz(l, s:e), l=1, 3)`. It discards values into a
+  scalar, which is the simple way, or into a scrap array, which is the fast way.
+- Text is measured with fewer points: its cost per value is constant, and plain Fortran is slow.
+- The command is compared with the library's read, or read and write, of the same files, with all
+  points. Its time is that of the process. `convert` flushes its output to the disk, and so does the
+  library's side of that pair.
 """
 
 import dataclasses
@@ -31,20 +31,20 @@ SINGLE, DOUBLE = 4, 8
 
 @dataclasses.dataclass(frozen=True)
 class Case:
-    """A pair: one operation of the library and what it is compared with."""
+    """A pair: one operation of the library or the command and what it is compared with."""
 
     name: str
     operation: str
     form: str = "unformatted"
     precision: str = "single"
     input: str = "source"
-    peer: str = "fortran"
+    peer: str = "fortran"  # or "vtk"; "library" if the case measures the command
     peer_operation: str = ""
     memory: str = "fresh"
     output: str = ""  # existing or new, for writes
-    values: int = 3  # per point: those read or written, for the time per value
+    values: int = 3  # read or written per point, for the time per value
     array_bytes: int = 0  # per point: results, arrays to write, staging that is filled
-    unfilled_bytes: int = 0  # per point: staging that is allocated, and filled by the peer alone
+    unfilled_bytes: int = 0  # per point: staging that is allocated, but filled by the peer alone
     text: bool = False
 
 
@@ -112,4 +112,12 @@ def visualisation():
                peer="vtk", array_bytes=3 * SINGLE, text=True)
 
 
-CASES = [*binary_reads(), *variable_reads(), *binary_writes(), *text(), *visualisation()]
+def command():
+    yield Case("command-convert/text-free", "convert", "formatted", input="grid.free",
+               peer="library", peer_operation="grid-convert", output="new")
+    yield Case("command-check/text-free", "check", "formatted", input="grid.free", peer="library",
+               peer_operation="grid-read")
+
+
+CASES = [*binary_reads(), *variable_reads(), *binary_writes(), *text(), *visualisation(),
+         *command()]

@@ -1,4 +1,4 @@
-"""The files that are read: made once for each size, and kept."""
+"""Input files: generated once for each number of points, and kept."""
 
 import os
 
@@ -6,7 +6,7 @@ from programs import run_program
 
 
 class Data:
-    """A folder of files for so many points."""
+    """The folder of the files with this number of points."""
 
     def __init__(self, folder, points, programs):
         self.folder = folder / str(points)
@@ -18,7 +18,7 @@ class Data:
         return self.folder / f"output.{side}"
 
     def path(self, name):
-        """The file of that name, made if need be and read into the page cache."""
+        """The file of that name, generated if missing and read into the page cache."""
         path = self.folder / name
         if not path.exists():
             unfinished = path.with_name(name + ".unfinished")
@@ -31,7 +31,7 @@ class Data:
         return path
 
     def command(self, name, path):
-        """What makes a file. Fortran does, but for the text that this library writes."""
+        """The command that generates a file: in Fortran, but for text of free width."""
         if name == "source":
             return [self.programs.ours, "source", path, self.points]
         kind, form, *precision = name.split(".")
@@ -46,7 +46,7 @@ class Data:
 
 
 def flush(path):
-    """Forces a file to the disk."""
+    """Flushes a file to the disk."""
     descriptor = os.open(path, os.O_RDONLY)
     try:
         os.fsync(descriptor)

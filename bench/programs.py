@@ -5,42 +5,42 @@ import os
 import pathlib
 import subprocess
 import sys
+import time
 
 # Debian's VTK belongs to Debian's Python, which need not be the first one on the path.
 VTK_PYTHON = "/usr/bin/python3" if os.path.exists("/usr/bin/python3") else sys.executable
 
-# Large blocks come from the heap, and the heap never shrinks.
+# Large blocks are allocated on the heap, which never shrinks.
 KEEP_MEMORY = "glibc.malloc.mmap_max=0:glibc.malloc.trim_threshold=9223372036854775807"
 
 
 class Failure(Exception):
-    """A program failed, or the two sides do not agree."""
+    """A program failed, or the two sides differ."""
 
 
 @dataclasses.dataclass
 class Outcome:
     seconds: float
-    peak_kib: int
-    check: int
+    peak_kib: int | None
+    check: int | None
 
 
 def run_program(command, warm=False):
-    """Runs a command that must succeed without a word of complaint; what it prints."""
+    """Runs a command that must succeed and print no error. Returns its output."""
     environment = dict(os.environ)
     if warm:
         environment["GLIBC_TUNABLES"] = KEEP_MEMORY
-    done = subprocess.run([str(word) for word in command], env=environment, capture_output=True,
-                          text=True, check=False)
+    arguments = [str(argument) for argument in command]
+    done = subprocess.run(arguments, env=environment, capture_output=True, text=True, check=False)
     if done.returncode != 0 or done.stderr:
-        raise Failure(f"{' '.join(str(word) for word in command)}: exit status "
-                      f"{done.returncode} {done.stderr.strip()}")
+        raise Failure(f"{' '.join(arguments)}: exit status {done.returncode} {done.stderr.strip()}")
     return done.stdout
 
 
 def outcome_of(printed):
-    """What a measured program prints."""
-    said = dict(line.split() for line in printed.splitlines())
-    return Outcome(float(said["seconds"]), int(said["peak"]), int(said["check"]))
+    """Parses the output of a measured program."""
+    values = dict(line.split() for line in printed.splitlines())
+    return Outcome(float(values["seconds"]), int(values["peak"]), int(values["check"]))
 
 
 class Programs:
@@ -49,10 +49,11 @@ class Programs:
     def __init__(self, build):
         self.ours = build / "ours"
         self.peer = build / "peer"
+        self.command = build.parent / "tools" / "p3dgrid"
         self.vtk = pathlib.Path(__file__).with_name("vtk_peer.py")
 
     def measure(self, program, case, operation, points, paths):
-        """One process of one side."""
+        """Runs one process of one side."""
         warm = case.memory == "warm"
         bytes_per_point = case.array_bytes + case.unfilled_bytes
         memory = bytes_per_point * points // 2**20 * 5 // 4 + 64 if warm else 0
@@ -62,14 +63,26 @@ class Programs:
             [program, memory, operation, case.form, case.precision, *paths,
              case.output or "existing"], warm=warm))
 
+    def run_command(self, case, input_path, output):
+        """Runs one process of the command. Its memory is not measured."""
+        arguments = {"convert": [input_path, output, "--to-format", "unformatted"],
+                     "check": [input_path]}[case.operation]
+        output.unlink(missing_ok=True)
+        start = time.perf_counter()
+        run_program([self.command, case.operation, "--quiet", *arguments])
+        return Outcome(time.perf_counter() - start, None, None)
+
     def run_ours(self, case, points, *paths):
+        if case.peer == "library":
+            return self.run_command(case, *paths)
         return self.measure(self.ours, case, case.operation, points, paths)
 
     def run_peer(self, case, points, *paths):
         if case.peer == "vtk":
             return outcome_of(run_program([VTK_PYTHON, "-B", self.vtk, case.form, case.precision,
                                            paths[0]]))
-        return self.measure(self.peer, case, case.peer_operation or case.operation, points, paths)
+        program = self.ours if case.peer == "library" else self.peer
+        return self.measure(program, case, case.peer_operation or case.operation, points, paths)
 
     def baseline_kib(self):
         """Peak memory of a process that does nothing."""

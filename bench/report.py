@@ -11,19 +11,21 @@ import subprocess
 
 @dataclasses.dataclass
 class Result:
-    """Seconds of both sides, run by run, and the most memory that ours has had."""
+    """Seconds of each run of both sides, and the peak memory of ours."""
 
     case: object
     points: int
     ours: list
     peer: list
-    peak_kib: int
+    peak_kib: int | None
     baseline_kib: int
 
     def summary(self):
         ours, peer = statistics.median(self.ours), statistics.median(self.peer)
         arrays = self.case.array_bytes * self.points / 1024
-        warm = self.case.memory == "warm"
+        known = self.peak_kib is not None
+        # Warm memory includes what was allocated before.
+        beyond = known and self.case.memory != "warm"
         return {
             "case": self.case.name,
             "peer": self.case.peer,
@@ -32,10 +34,9 @@ class Result:
             "peer_median_s": peer,
             "ratio": peer / ours,
             "ns_per_value": 1e9 * ours / (self.points * self.case.values),
-            "peak_mib": self.peak_kib / 1024,
-            # Kept memory of an earlier round says nothing about what the operation needs.
-            "mib_beyond_arrays": None if warm else
-                                 (self.peak_kib - self.baseline_kib - arrays) / 1024,
+            "peak_mib": self.peak_kib / 1024 if known else None,
+            "mib_beyond_arrays": (self.peak_kib - self.baseline_kib - arrays) / 1024
+                                 if beyond else None,
             "ours_s": self.ours,
             "peer_s": self.peer,
         }
@@ -44,16 +45,19 @@ class Result:
 HEADING = (f"{'case':<55}{'points':>10}{'ours s':>10}{'peer s':>10}{'ratio':>8}{'ns/value':>10}"
            f"{'peak MiB':>10}{'+MiB':>8}")
 EXPLANATION = """\
-Medians. ratio: peer over ours. ns/value: ours. +MiB: peak memory of ours beyond a process that does
-nothing and the arrays that the operation is to hold; not for warm memory."""
+Medians. ratio: peer over ours. ns/value: ours. +MiB: peak memory of ours beyond that of a process
+that does nothing and the arrays of the operation; not for warm memory."""
+
+
+def mib(amount):
+    return "-" if amount is None else f"{amount:.1f}"
 
 
 def line(summary):
-    beyond = summary["mib_beyond_arrays"]
     return (f"{summary['case']:<55}{summary['points']:>10}{summary['ours_median_s']:>10.4f}"
             f"{summary['peer_median_s']:>10.4f}{summary['ratio']:>8.2f}"
-            f"{summary['ns_per_value']:>10.2f}{summary['peak_mib']:>10.1f}"
-            f"{'-' if beyond is None else format(beyond, '.1f'):>8}")
+            f"{summary['ns_per_value']:>10.2f}{mib(summary['peak_mib']):>10}"
+            f"{mib(summary['mib_beyond_arrays']):>8}")
 
 
 def first_line(command):

@@ -1,4 +1,4 @@
-"""Reads a grid with VTK's reader of PLOT3D files, once, and prints what that took.
+"""Reads a grid once with VTK's reader of PLOT3D files, and prints the time.
 
     vtk_peer.py unformatted|formatted|binary single|double FILE
 """
@@ -10,7 +10,7 @@ from vtkmodules.vtkIOParallel import vtkMultiBlockPLOT3DReader
 
 
 def reader_of(form, precision, path):
-    """A reader that is told all of the layout and left nothing to guess."""
+    """A reader that is given the whole layout and detects nothing."""
     reader = vtkMultiBlockPLOT3DReader()
     reader.SetXYZFileName(path)
     reader.SetAutoDetectFormat(False)
@@ -32,7 +32,7 @@ def main():
     seconds = time.perf_counter() - start
     output = reader.GetOutput()
     points = sum(output.GetBlock(b).GetNumberOfPoints() for b in range(output.GetNumberOfBlocks()))
-    # Its peak memory is that of the interpreter too, and nobody asks for it.
+    # Peak memory would include the interpreter.
     print(f"seconds {seconds:.9f}\npeak 0\ncheck {points}")
 
 

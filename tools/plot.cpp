@@ -9,8 +9,7 @@
 #include "options.hpp"
 #include "output_file.hpp"
 #include "plot/canvas.hpp"
-#include "plot/compose.hpp"
-#include "plot/flow_variable.hpp"
+#include "plot/flow.hpp"
 #include "plot/picture.hpp"
 
 namespace p3dgrid::tool {
@@ -25,11 +24,11 @@ constexpr const char* picture_group = "The picture";
 struct PlotOptions {
   plot::Request request;
   std::string output;
-  std::string restart_option;  ///< the first of those given
+  std::string restart_option;  ///< the first one given
 };
 
-// The picture must not replace a solution for which OUT was forgotten.
-void require_sensible(const PlotOptions& options) {
+// The picture must not replace a solution if the output was forgotten.
+void require_valid(const PlotOptions& options) {
   if (!options.output.ends_with(picture_suffix)) {
     throw Failure(ExitStatus::unusable,
                   options.output + ": the picture's name, which comes last, must end in .png");
@@ -38,19 +37,19 @@ void require_sensible(const PlotOptions& options) {
   if (options.request.shows_flow()) {
     return require_different_files(options.request.restart_path, options.output);
   }
-  const std::string idle =
+  const std::string unused =
       !options.request.variable.empty() ? "--variable" : options.restart_option;
-  if (!idle.empty()) {
-    throw Failure(ExitStatus::unusable, idle +
+  if (!unused.empty()) {
+    throw Failure(ExitStatus::unusable, unused +
                                             " is about a restart file, and none is given: "
                                             "p3dgrid plot GRID RESTART OUT.png");
   }
 }
 
 void plot_files(const PlotOptions& options) {
-  plot::require_drawing();
-  require_sensible(options);
-  // Reserved before the reading starts: a folder that takes no files shows at once.
+  static_cast<void>(plot::make_canvas(1, 1));  // fails before any file is read
+  require_valid(options);
+  // Reserved before reading, so that a folder without write permission is reported at once.
   OutputFile output(options.output);
   const plot::Picture picture = plot::compose(options.request);
   try {
@@ -62,7 +61,7 @@ void plot_files(const PlotOptions& options) {
   print_summary(options.output + ": " + picture.summary);
 }
 
-/// The usage line shows that of the three files the one in the middle can be left out.
+/// Shows the output as required in the usage line, although an optional file precedes it.
 class PlotFormatter : public CLI::Formatter {
  public:
   std::string make_option_usage(const CLI::Option* option) const override {
@@ -70,15 +69,15 @@ class PlotFormatter : public CLI::Formatter {
   }
 };
 
-/// Takes the last file for OUT, however many there are.
-void settle_files(PlotOptions& options) {
+/// The last of the given files is the output.
+void assign_files(PlotOptions& options) {
   if (options.output.empty()) std::swap(options.output, options.request.restart_path);
   if (options.output.empty()) throw CLI::RequiredError(output_name);
 }
 
-CLI::Validator checked(const std::string& complaint, bool (*fits)(const std::string&)) {
-  const auto check = [complaint, fits](const std::string& text) {
-    return fits(text) ? std::string() : "'" + text + "' " + complaint;
+CLI::Validator checked(const std::string& problem, bool (*is_valid)(const std::string&)) {
+  const auto check = [problem, is_valid](const std::string& text) {
+    return is_valid(text) ? std::string() : "'" + text + "' " + problem;
   };
   return {check, ""};
 }
@@ -143,10 +142,10 @@ Command add_plot(CLI::App& program) {
       "  p3dgrid plot grid.p3d blocks.png\n"
       "  p3dgrid plot grid.p3d flow.q pressure.png --variable p --plane k=1\n"
       "  p3dgrid plot grid.p3d flow.q block-2.png --variable mach --block 2 --plane j=last");
-  // The command line is gone when the work begins.
+  // The command line no longer exists when the command runs.
   line->callback([options, line] {
     options->restart_option = given_restart_option(*line);
-    settle_files(*options);
+    assign_files(*options);
   });
   return {line, [options] { plot_files(*options); }};
 }

@@ -5,16 +5,20 @@ namespace bench {
 
 using namespace mod_p3dgrid;
 
+constexpr integer unformatted = 0;
+constexpr integer formatted = 1;
+constexpr integer binary = 2;
+
 integer form_code(const Request& request) {
-  if (request.form == "formatted") return 1;
-  return request.form == "binary" ? 2 : 0;
+  if (request.form == "formatted") return formatted;
+  return request.form == "binary" ? binary : unformatted;
 }
 
 logical is_double(const Request& request) {
   return request.precision == "double";
 }
 
-/// What a process holds that does nothing.
+/// The baseline of peak memory.
 Outcome nothing(const Request&) {
   return {};
 }
@@ -27,6 +31,22 @@ Outcome read_grid(const Request& request) {
   const double seconds = timed([&] {
     readp3dgrid("input", form_code(request), is_double(request), nblocks, ndim, xyz, idim, jdim,
                 kdim, iblank, false, true);
+  });
+  return {seconds, bit_sum(xyz.span())};
+}
+
+/// Reads `input`, writes it to `output` in unformatted form and flushes that to the disk.
+Outcome convert_grid(const Request& request) {
+  integer nblocks = 0;
+  integer ndim = 0;
+  allocatable<float, 2> xyz;
+  allocatable<integer, 1> idim, jdim, kdim, iblank;
+  const double seconds = timed([&] {
+    readp3dgrid("input", form_code(request), is_double(request), nblocks, ndim, xyz, idim, jdim,
+                kdim, iblank, false, true);
+    writep3dgrid("output", unformatted, false, nblocks, ndim, xyz, idim, jdim, kdim, {}, false,
+                 true);
+    flush_to_disk(request.output);
   });
   return {seconds, bit_sum(xyz.span())};
 }

@@ -1,10 +1,10 @@
-/// Runs one operation of the library and prints what it took.
+/// Runs one operation of the library and prints its cost.
 ///
 ///     ours WARM_MIB|huge OPERATION FORM PRECISION INPUT OUTPUT existing|new
 ///     ours source FILE POINTS
 ///
-/// Prints lines `seconds S`, `peak KIB` and `check SUM`. Before the operation so much memory is
-/// used and given back, for a C library that keeps it; with `huge` it comes in huge pages instead.
+/// Prints lines `seconds S`, `peak KIB` and `check SUM`. Before the operation it allocates and
+/// frees WARM_MIB of memory. With `huge` the library requests huge pages instead.
 
 #include <cstdio>
 #include <exception>
@@ -25,6 +25,7 @@ const std::map<std::string_view, Operation> operations{
     {"nothing", bench::nothing},
     {"grid-read", bench::read_grid},
     {"grid-write", bench::write_grid},
+    {"grid-convert", bench::convert_grid},
     {"restart-read", bench::read_restart},
     {"restart-write", bench::write_restart},
     {"variable-read", bench::read_variable},
@@ -36,7 +37,7 @@ const std::map<std::string_view, Operation> operations{
 
 void use_memory(std::size_t mib) {
   const std::vector<char> memory(mib * 1024 * 1024, 1);
-  // Keeps the compiler from leaving out memory that nobody reads.
+  // Keeps the compiler from removing memory that is never read.
   asm volatile("" : : "r"(memory.data()) : "memory");
 }
 

@@ -1,13 +1,18 @@
 #include "ours/measure.hpp"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <bit>
+#include <cerrno>
 #include <chrono>
 #include <fstream>
+#include <system_error>
 
-/// By this name instruction counts are limited to the measured operation.
+/// Instruction counts are limited to the function of this name.
 extern "C" [[gnu::noinline]] void measured_operation(const std::function<void()>& operation) {
   operation();
-  // Something to come back for: a jump in the place of a call would hide where it ends.
+  // Prevents a tail call, which would hide the end of the function.
   asm volatile("" ::: "memory");
 }
 
@@ -19,11 +24,19 @@ std::string path_of(const Request& request, std::string_view name) {
 }
 
 double timed(const std::function<void()>& operation) {
-  // Sets the peak back to what is resident now, so that preparations do not count.
+  // Resets the peak, so that preparations are excluded.
   std::ofstream("/proc/self/clear_refs") << "5";
   const auto start = std::chrono::steady_clock::now();
   measured_operation(operation);
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+void flush_to_disk(const std::string& path) {
+  const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  const bool forced = file >= 0 && ::fsync(file) == 0;
+  const int error = errno;
+  if (file >= 0) ::close(file);
+  if (!forced) throw std::system_error(error, std::generic_category(), path);
 }
 
 std::int64_t bit_sum(std::span<const float> values) {

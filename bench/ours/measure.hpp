@@ -8,7 +8,7 @@
 
 namespace bench {
 
-/// One measured operation, as the command line asks for it.
+/// The arguments of one measured operation.
 struct Request {
   std::string form;         ///< unformatted, formatted or binary
   std::string precision;    ///< single or double
@@ -17,23 +17,25 @@ struct Request {
   bool new_output = false;  ///< delete `output` before each write
 };
 
-/// Where the library finds the file that a case calls `name`: input, output, and whatever else
-/// beside the output.
+/// The path of a file by its name in a case: `input`, `output`, or another one beside the output.
 [[nodiscard]] std::string path_of(const Request& request, std::string_view name);
 
 struct Outcome {
   double seconds = 0.0;
-  std::int64_t check = 0;  ///< what `bit_sum` makes of the values read
+  std::int64_t check = 0;  ///< `bit_sum` of the values read
 };
 
-/// Seconds that the operation takes. Everything else that a case does lies outside.
+/// Seconds that the operation takes.
 [[nodiscard]] double timed(const std::function<void()>& operation);
 
-/// Sum of the values' bits as signed integers; the other side of a pair must come to the same.
+/// Flushes the file to the disk. Throws std::system_error if that fails.
+void flush_to_disk(const std::string& path);
+
+/// Sum of the values' bits as signed integers, to be compared with that of the other side.
 [[nodiscard]] std::int64_t bit_sum(std::span<const float> values);
 
-/// Most memory that this process has had resident since `timed` began, in KiB. Not what getrusage
-/// says: its figure begins with that of the process that started this one.
+/// Peak resident memory since `timed` began, in KiB. The figure of getrusage would include the
+/// parent process.
 [[nodiscard]] std::int64_t peak_kib();
 
 }  // namespace bench

@@ -16,7 +16,7 @@ inline constexpr mod_p3dgrid::integer wanted_variable = 3;
 [[nodiscard]] mod_p3dgrid::integer form_code(const Request& request);
 [[nodiscard]] mod_p3dgrid::logical is_double(const Request& request);
 
-/// Extents of a solution file's blocks, which its readers are told.
+/// Extents of the blocks of a solution file, which are arguments of its readers.
 struct Extents {
   mod_p3dgrid::integer nblocks = 0;
   mod_p3dgrid::allocatable<mod_p3dgrid::integer, 1> idim, jdim, kdim;
@@ -25,14 +25,15 @@ struct Extents {
 };
 [[nodiscard]] Extents extents_of_solution(const Request& request);
 
-/// Forgets the flow parameters of earlier rounds.
+/// Deallocates the flow parameters of earlier operations.
 void release_parameters();
-/// Sets some, for a file to write.
+/// Sets flow parameters for a file to write.
 void allocate_parameters(mod_p3dgrid::integer nblocks);
 
 Outcome nothing(const Request& request);
 Outcome read_grid(const Request& request);
 Outcome write_grid(const Request& request);
+Outcome convert_grid(const Request& request);
 Outcome read_restart(const Request& request);
 Outcome write_restart(const Request& request);
 Outcome read_variable(const Request& request);

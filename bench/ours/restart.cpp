@@ -56,7 +56,7 @@ Outcome write_restart(const Request& request) {
   return {seconds, 0};
 }
 
-/// The result is allocated inside the measured time, as a whole read does it.
+/// The allocation of the result is measured, as in a read of all variables.
 Outcome read_variable(const Request& request) {
   const Extents extents = extents_of_solution(request);
   release_parameters();

@@ -31,7 +31,7 @@ void take(std::ifstream& file, std::span<T> values) {
             static_cast<std::streamsize>(values.size_bytes()));
 }
 
-/// Smooth values that use all the digits of single precision, of several magnitudes and signs.
+/// Smooth values of several magnitudes and both signs that use all digits of single precision.
 float value_of(std::int64_t point, integer row) {
   const auto p = static_cast<double>(point);
   return static_cast<float>(std::sin(1e-3 * p * (row + 1)) *

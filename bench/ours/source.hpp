@@ -13,7 +13,7 @@ using mod_p3dgrid::integer;
 inline constexpr integer coordinates = 3;
 inline constexpr integer variables = 5;
 
-/// The arrays that all files are made of. A source file holds them as they lie in memory: number of
+/// The arrays from which all files are written. A source file holds them as in memory: number of
 /// blocks, all i, j and k extents, then the coordinates and the flow values of every point.
 struct Source {
   integer nblocks = 0;

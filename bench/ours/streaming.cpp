@@ -27,7 +27,7 @@ Outcome write_variable(const Request& request) {
   return {seconds, 0};
 }
 
-/// Only combining counts, which deletes the variables' files too.
+/// Measures only combining, which also deletes the files of the variables.
 Outcome combine_variables(const Request& request) {
   const Source source = load_source(request.input, true);
   allocate_parameters(source.nblocks);
@@ -40,7 +40,7 @@ Outcome combine_variables(const Request& request) {
   return {seconds, 0};
 }
 
-/// `input` is the grid and `output` its solution; nothing is written.
+/// `input` is the grid and `output` its solution, which is not written.
 Outcome check_restart(const Request& request) {
   const double seconds = timed([&] {
     checkp3drstrtheader("input", form_code(request), "output", form_code(request),

@@ -1,5 +1,5 @@
-! Grids, read and written by array sections. Double precision passes through a staging array that
-! is released before the clock stops, as on the other side.
+! Grids, read and written by array sections. Double precision uses a staging array that is
+! deallocated before the clock stops, as in the library.
 module grid
   use support
   use source
@@ -119,7 +119,7 @@ contains
     close (u)
   end subroutine
 
-  ! Text in columns of one width, as a program with an explicit format writes it.
+  ! Text in fixed columns, as a program with an explicit format writes it.
   subroutine write_fixed_grid(r)
     type(request), intent(in) :: r
     real(real32), allocatable :: xyz(:, :)

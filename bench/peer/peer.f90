@@ -1,9 +1,9 @@
-! What the measured operations cost in plain Fortran, written as an engineer would write it.
+! The measured operations in plain Fortran, written as an engineer would write them.
 !
 !     peer WARM_MIB OPERATION FORM PRECISION INPUT OUTPUT existing|new
 !
-! Prints lines 'seconds S', 'peak KIB' and 'check SUM'. Before the operation so much memory is used and
-! given back, for a C library that keeps it.
+! Prints lines 'seconds S', 'peak KIB' and 'check SUM'. Before the operation it allocates and frees
+! WARM_MIB of memory.
 program peer
   use support
   use grid

@@ -132,7 +132,7 @@ contains
     close (u)
   end subroutine
 
-  ! Text in columns of one width, as a program with an explicit format writes it.
+  ! Text in fixed columns, as a program with an explicit format writes it.
   subroutine write_fixed_restart(r)
     type(request), intent(in) :: r
     real(real32), allocatable :: xyz(:, :), q(:, :)

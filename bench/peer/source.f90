@@ -1,4 +1,4 @@
-! The arrays that the files to write are made of, read from a source file.
+! The arrays to write, read from a source file.
 module source
   use support
   implicit none

@@ -42,7 +42,7 @@ contains
     end do
   end function
 
-  ! Most memory that this process has had resident, in KiB.
+  ! Peak resident memory of this process, in KiB.
   function peak_kib() result(peak)
     integer(int64) :: peak
     integer :: u, status

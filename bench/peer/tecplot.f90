@@ -26,7 +26,7 @@ contains
     integer(int32), intent(in) :: extents(:, :)
     real(real64), intent(in) :: xyz(:, :), q(:, :)
     integer :: u, b, s, e, i
-    ! Lines as long as a point needs, where the default would break them.
+    ! The default record length would break the line of a point.
     open (newunit=u, file=r%output, form='formatted', status='unknown', action='write', recl=1000)
     write (u, *) 'VARIABLES = "X", "Y", "Z", "U", "V", "W", "P", "RHO"'
     e = 0

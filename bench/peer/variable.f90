@@ -1,5 +1,5 @@
-! One variable of five: the record is read whole, and what is not wanted goes into a scalar, value
-! by value, or into an array that is as long as a block.
+! One variable of five: the whole record is read. Values that are not wanted go into a scalar, one
+! by one, or into an array that is as long as a block.
 module variable
   use support
   implicit none

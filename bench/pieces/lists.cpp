@@ -1,4 +1,4 @@
-/// List-directed text, in the ways that values are set apart.
+/// List-directed text with different separators.
 
 #include <benchmark/benchmark.h>
 
@@ -15,7 +15,7 @@ using namespace mod_p3dgrid::recordio;
 constexpr std::int64_t count = 100'000;
 constexpr std::int64_t values_per_line = 5;
 
-/// Values in text: `separator` between them, a line end behind every fifth.
+/// Values as text: `separator` between them, a line end after every fifth.
 template <class Put>
 std::string text_of(const char* separator, Put put) {
   std::string text;

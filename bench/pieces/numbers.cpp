@@ -1,4 +1,4 @@
-/// One number to text and back.
+/// Conversion of numbers from and to text.
 
 #include <benchmark/benchmark.h>
 
@@ -34,7 +34,7 @@ void parse_shortest(benchmark::State& state) {
 BENCHMARK(parse_shortest<float>);
 BENCHMARK(parse_shortest<double>);
 
-/// As a Fortran format of fixed width has it: 0.12345678E+01.
+/// Text of a Fortran format of fixed width: 0.12345678E+01.
 void parse_fixed(benchmark::State& state) {
   std::vector<std::string> tokens;
   for (const float value : pieces::sample_values<float>(count)) {
@@ -68,7 +68,7 @@ void write_shortest(benchmark::State& state) {
 BENCHMARK(write_shortest<float>);
 BENCHMARK(write_shortest<double>);
 
-/// What the standard library takes for the same digits.
+/// The same digits by the standard library, for comparison.
 template <class Real>
 void standard_to_chars(benchmark::State& state) {
   const std::vector<Real> values = pieces::sample_values<Real>(count);

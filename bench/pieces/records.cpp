@@ -1,5 +1,5 @@
-/// Records of unformatted and binary files: three lines of coordinates brought into the order of
-/// memory and back, and many small records, which cost their markers and little else.
+/// Records of unformatted and binary files: coordinates, which are interleaved, and many small
+/// records, whose cost is that of their markers.
 
 #include <benchmark/benchmark.h>
 
@@ -49,7 +49,7 @@ void read_coordinates(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * rows * points);
 }
 
-/// The same of a file in the byte order that is not the machine's.
+/// The same for a file in the other byte order.
 template <class Real>
 void read_foreign_coordinates(benchmark::State& state) {
   constexpr bool little = std::endian::native == std::endian::little;

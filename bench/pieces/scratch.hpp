@@ -9,14 +9,14 @@
 
 namespace pieces {
 
-/// The file that all pieces read and write: in memory where the system offers that, so that disks
-/// take no part. Made on first use, deleted when the program ends.
+/// The file that all benchmarks read and write, in shared memory if possible. Created on first use,
+/// deleted when the program ends.
 inline constexpr const char* scratch_name = "scratch";
 
 void use_scratch_file();
 void fill_scratch_file(std::string_view contents);
 
-/// More room than any number takes as text.
+/// Longer than any number as text.
 inline constexpr std::size_t number_room = 64;
 
 /// `count` smooth values that use all digits of their precision.

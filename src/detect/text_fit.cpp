@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <functional>
 #include <limits>
 #include <utility>
 
@@ -33,6 +34,7 @@ class TextCursor {
   /// Values up to the end of the current segment of the record.
   [[nodiscard]] std::int64_t wanted() const { return reals_ > 0 ? reals_ : integers_; }
   [[nodiscard]] bool in_record() const { return reals_ + integers_ > 0; }
+  [[nodiscard]] bool failed() const { return state_ == State::failed; }
   [[nodiscard]] bool wants_integers() const { return reals_ == 0 && integers_ > 0; }
 
   /// Whether the next line is a record, even if it is blank.
@@ -194,22 +196,22 @@ class TextCursor {
 };
 
 /// Takes values of the line for all cursors.
-void take_line(ListScanner& scanner, std::vector<TextCursor>& cursors, Line& line) {
+void take_line(ListScanner& scanner, std::span<TextCursor* const> cursors, Line& line) {
   for (;;) {
     std::int64_t wanted = no_limit;
     bool integers = false;
-    for (const TextCursor& cursor : cursors) {
-      if (!cursor.in_record()) continue;
-      wanted = std::min(wanted, cursor.wanted());
-      integers = integers || cursor.wants_integers();
+    for (const TextCursor* cursor : cursors) {
+      if (!cursor->in_record()) continue;
+      wanted = std::min(wanted, cursor->wanted());
+      integers = integers || cursor->wants_integers();
     }
     const ListScanner::Taken taken = scanner.take(wanted, integers);
     if (__builtin_add_overflow(line.values, taken.values, &line.values)) line.values = no_limit / 2;
-    for (TextCursor& cursor : cursors) cursor.take(taken.values, line, scanner);
+    for (TextCursor* cursor : cursors) cursor->take(taken.values, line, scanner);
     line.stop = taken.stop;
     if (taken.stop == Stop::not_integer) {
       line.word = scanner.next_word();
-      for (TextCursor& cursor : cursors) cursor.refuse_real(line);
+      for (TextCursor* cursor : cursors) cursor->refuse_real(line);
     } else if (taken.stop != Stop::enough) {
       return;
     }
@@ -225,16 +227,18 @@ std::vector<Fit> fit_of_text(recordio::InputFile& file, std::span<FilePlan> plan
   std::vector<TextCursor> cursors;
   cursors.reserve(plans.size());
   for (FilePlan& plan : plans) cursors.emplace_back(plan);
+  std::vector<TextCursor*> running;  // all that have not failed; every line is compared with these
+  for (TextCursor& cursor : cursors) running.push_back(&cursor);
   std::int64_t last_line = 0;  // that holds anything or has an end
   for (;;) {
-    if (std::ranges::none_of(cursors, &TextCursor::wants_line)) scanner.skip_blank_lines();
+    if (std::ranges::none_of(running, &TextCursor::wants_line)) scanner.skip_blank_lines();
     last_line = scanner.line() - 1;
     Line line{scanner.line()};
     if (scanner.begin_line()) {
       ++count.commas;
-      for (TextCursor& cursor : cursors) cursor.begin_with_comma();
+      for (TextCursor* cursor : running) cursor->begin_with_comma();
     }
-    take_line(scanner, cursors, line);
+    take_line(scanner, running, line);
     if (line.stop == Stop::not_number) line.word = scanner.next_word();
     if (line.stop == Stop::not_number || line.stop == Stop::slash) scanner.skip_line();
     if (__builtin_add_overflow(count.values, line.values, &count.values)) {
@@ -243,12 +247,13 @@ std::vector<Fit> fit_of_text(recordio::InputFile& file, std::span<FilePlan> plan
     if (line.values > 0 || line.stop != Stop::end) last_line = line.number;
     // At the limit the last line may be part of one.
     count.whole = scanner.work() < most_work;
-    for (TextCursor& cursor : cursors) count.whole ? cursor.end_line(line) : cursor.stop(line);
+    for (TextCursor* cursor : running) count.whole ? cursor->end_line(line) : cursor->stop(line);
+    std::erase_if(running, std::mem_fn(&TextCursor::failed));
     if (line.stop == Stop::end || !count.whole) break;
   }
   count.work = scanner.work();
   if (count.whole) {
-    for (TextCursor& cursor : cursors) cursor.end_text(last_line);
+    for (TextCursor* cursor : running) cursor->end_text(last_line);
   }
   std::vector<Fit> fits;
   for (TextCursor& cursor : cursors) fits.push_back(cursor.fit(count.values, last_line + 1));

@@ -19,11 +19,12 @@ void fill(Raster& raster, double left, double top, double right, double bottom, 
   fill(raster, {left, top, depth}, {right, bottom, depth}, {left, bottom, depth}, colour);
 }
 
-std::uint32_t pixel(const Raster& raster, int x, int y) {
-  return raster.reduced()[static_cast<std::size_t>(y * raster.width() + x)];
+/// A pixel of a picture of that width.
+std::uint32_t pixel(const Raster& raster, int width, int x, int y) {
+  return raster.reduced()[static_cast<std::size_t>(y * width + x)];
 }
 
-TEST(Raster, WhatIsNearerHidesWhateverComesFirst) {
+TEST(Raster, NearerTrianglesHideOthersInAnyOrder) {
   for (const bool near_first : {false, true}) {
     Raster raster(4, 4);
     const auto draw = [&](double depth, Colour colour) {
@@ -35,9 +36,9 @@ TEST(Raster, WhatIsNearerHidesWhateverComesFirst) {
   }
 }
 
-TEST(Raster, NeighboursLeaveNoGap) {
+TEST(Raster, AdjacentTrianglesLeaveNoGap) {
   Raster raster(40, 40);
-  // A fan of thin triangles around an odd place, beyond the picture's edges.
+  // A fan of thin triangles, larger than the picture, whose centre lies between pixels.
   const Vertex middle{61.3, 58.9, 0};
   Vertex last{-200, -177, 0};
   for (int n = 1; n <= 4000; ++n) {
@@ -53,35 +54,35 @@ TEST(Raster, NeighboursLeaveNoGap) {
   for (const std::uint32_t found : raster.reduced()) EXPECT_EQ(found, opaque | 0xabcdefU);
 }
 
-TEST(Raster, EdgesComeOutSmooth) {
+TEST(Raster, EdgesAreSmooth) {
   Raster raster(2, 1);
   fill(raster, 0, 0, fine + 1.0, fine, 0, 0xff0000);
-  EXPECT_EQ(pixel(raster, 0, 0), 0xffff0000U);
-  EXPECT_EQ(pixel(raster, 1, 0), 0x55550000U);  // a third
+  EXPECT_EQ(pixel(raster, 2, 0, 0), 0xffff0000U);
+  EXPECT_EQ(pixel(raster, 2, 1, 0), 0x55550000U);  // a third
 }
 
-TEST(Raster, ValuesRunEvenlyOverATriangle) {
+TEST(Raster, ValuesAreInterpolatedLinearly) {
   Raster raster(30, 30);
   const double size = 30 * fine;
-  double worst = 0;
+  double largest = 0;
   raster.triangle({0, 0, 0, 0}, {2 * size, 0, 0, 2}, {0, 2 * size, 0, 20}, [&](double value) {
-    worst = std::max(worst, value);
+    largest = std::max(largest, value);
     return white;
   });
-  EXPECT_NEAR(worst, 11, 0.2);  // half the way across and half the way down
+  EXPECT_NEAR(largest, 11, 0.2);  // at the middle of the longest side
 }
 
-TEST(Raster, LinesShowOnTheirSurfaceAndNotBehindOthers) {
+TEST(Raster, LinesAreVisibleOnTheirSurfaceAndHiddenBehindOthers) {
   Raster raster(9, 9);
   const double size = 9 * fine;
   fill(raster, 0, 0, size, size, 100, white);
   raster.line({0, 4.5 * fine, 100}, {size, 4.5 * fine, 100}, fine, 0);
-  EXPECT_EQ(pixel(raster, 4, 4), opaque);
+  EXPECT_EQ(pixel(raster, 9, 4, 4), opaque);
   raster.line({0, 1.5 * fine, 50}, {size, 1.5 * fine, 50}, fine, 0);
-  EXPECT_EQ(pixel(raster, 4, 1), opaque | white);
+  EXPECT_EQ(pixel(raster, 9, 4, 1), opaque | white);
 }
 
-TEST(Raster, NothingIsDrawnOutside) {
+TEST(Raster, NothingIsDrawnOutsideThePicture) {
   Raster raster(3, 3);
   fill(raster, -50, -50, -1, -1, 0, white);
   raster.line({-1e9, -1e3, 0}, {-10, 1e3, 0}, 3, white);

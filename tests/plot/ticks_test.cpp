@@ -1,6 +1,6 @@
-#include "plot/ticks.hpp"
-
 #include <gmock/gmock.h>
+
+#include "plot/scale.hpp"
 
 namespace p3dgrid::tool::plot {
 namespace {
@@ -23,14 +23,14 @@ TEST(Ticks, StepIsOneTwoOrFive) {
   EXPECT_DOUBLE_EQ(round_step(1e-300), 1e-300);
 }
 
-TEST(Ticks, LieWithinTheRangeEndsIncluded) {
+TEST(Ticks, LieWithinTheClosedRange) {
   EXPECT_THAT(labels(ticks_between(0, 10, 5)), ElementsAre("0", "2", "4", "6", "8", "10"));
   EXPECT_THAT(labels(ticks_between(0.1, 9.9, 5)), ElementsAre("2", "4", "6", "8"));
   EXPECT_THAT(labels(ticks_between(-1, 1, 4)),
               ElementsAre("\u22121.0", "\u22120.5", "0", "0.5", "1.0"));
 }
 
-TEST(Ticks, LabelsTellNeighboursApart) {
+TEST(Ticks, LabelsOfNeighboursDiffer) {
   EXPECT_THAT(labels(ticks_between(1.00001, 1.00003, 2)),
               ElementsAre("1.00001", "1.00002", "1.00003"));
   EXPECT_THAT(labels(ticks_between(0, 3e7, 3)), ElementsAre("0", "1e7", "2e7", "3e7"));
@@ -40,7 +40,7 @@ TEST(Ticks, LabelsTellNeighboursApart) {
               ElementsAre("9.99e5", "1.000e6", "1.001e6", "1.002e6"));
 }
 
-TEST(Ticks, ThereAreNoneWhereNumbersAreTooCoarse) {
+TEST(Ticks, RangesThatDoublesCannotResolveHaveNone) {
   EXPECT_THAT(ticks_between(1e30, 1e30, 5).values, IsEmpty());
   EXPECT_THAT(ticks_between(1e17, 1e17 + 32, 5).values, IsEmpty());
 }

@@ -3,11 +3,22 @@
 #include <algorithm>
 
 #include "plot/canvas.hpp"
-#include "plot/render.hpp"
-#include "plot/ticks.hpp"
+#include "plot/scale.hpp"
 #include "plot/view.hpp"
 
 namespace p3dgrid::tool::plot {
+
+// In sizes of the text.
+inline constexpr double tick_length = 0.35;
+inline constexpr double label_gap = 0.6;
+
+/// Width of the lines of axes and frames; `text` is the size of the labels.
+[[nodiscard]] inline double thin_line(double text) {
+  return std::max(1.0, text / 16);
+}
+
+/// Width of the longest label.
+[[nodiscard]] double widest_label(Canvas& canvas, const Ticks& ticks, double text);
 
 /// The part of the page that shows the surfaces, in pixels.
 struct Area {
@@ -17,36 +28,31 @@ struct Area {
   int height = 0;
 };
 
-/// How far labels go across the page, in pixels.
+/// Horizontal extent of labels on the page, in pixels.
 struct Reach {
   double left = 0;
   double right = 0;
 };
 
-/// Width of the lines of axes and frames; `text` is the size of the labels.
-[[nodiscard]] inline double thin_line(double text) {
-  return std::max(1.0, text / 16);
-}
+/// The axes of a picture, to be drawn around its surfaces.
+struct Axes {
+  const Projection& projection;
+  const Area& area;
+  const Box& box;
+  double text;  ///< size of the labels
 
-/// Ticks of the two axes of a view along a coordinate axis; `text` is the size of the labels.
-[[nodiscard]] Ticks ticks_across(const Projection& projection, const Area& area, const Box& box,
-                                 double text);
-[[nodiscard]] Ticks ticks_up(const Projection& projection, const Area& area, const Box& box,
-                             double text);
+  /// Ticks of a flat view.
+  [[nodiscard]] Ticks ticks_across() const;
+  [[nodiscard]] Ticks ticks_up() const;
 
-/// The longest label's width.
-[[nodiscard]] double widest_label(Canvas& canvas, const Ticks& ticks, double text);
+  /// Draws frame, ticks and names of the two axes of a flat view.
+  void draw_flat(Canvas& canvas) const;
 
-/// Draws frame, ticks and names of the two axes.
-void draw_flat_axes(Canvas& canvas, const Projection& projection, const Area& area, const Box& box,
-                    double text);
+  /// Draws the edges of the box that are behind the surfaces.
+  void draw_box_behind(Canvas& canvas) const;
 
-/// Draws those edges of the box that are behind what is in it.
-void draw_box_behind(Canvas& canvas, const Projection& projection, const Area& area, const Box& box,
-                     double text);
-
-/// Draws ticks, labels and names along three edges of the box.
-Reach draw_box_axes(Canvas& canvas, const Projection& projection, const Area& area, const Box& box,
-                    double text);
+  /// Draws ticks, labels and names along three edges of the box.
+  Reach draw_box(Canvas& canvas) const;
+};
 
 }  // namespace p3dgrid::tool::plot

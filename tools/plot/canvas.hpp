@@ -5,9 +5,17 @@
 #include <string>
 #include <vector>
 
-#include "plot/colours.hpp"
-
 namespace p3dgrid::tool::plot {
+
+/// Red, green and blue, 8 bits each, red highest.
+using Colour = std::uint32_t;
+
+inline constexpr Colour white = 0xffffff;
+inline constexpr Colour ink = 0x1a1a1a;         ///< text and frames
+inline constexpr Colour pale_ink = 0x606060;    ///< secondary text
+inline constexpr Colour back_line = 0xc8c8c8;   ///< edges of the box behind the surfaces
+inline constexpr Colour no_number = 0xb4b4b4;   ///< cells without a finite value
+inline constexpr Colour block_edge = 0x747474;  ///< outlines of blocks on a coloured surface
 
 struct Font {
   double size = 16;
@@ -15,39 +23,32 @@ struct Font {
   Colour colour = ink;
 };
 
-/// Where text stands relative to the place it is given: 0 begins or ends there, 0.5 is centred.
+/// Alignment of text with its position; 0.5 centres it.
 struct Anchor {
-  double across = 0;  ///< 0 to the right of the place, 1 to the left of it
-  double down = 0;    ///< 0 above the place, 1 below it
+  double across = 0;  ///< 0: to the right of the position, 1: to the left
+  double down = 0;    ///< 0: above the position, 1: below
 };
 
 /// A white page to draw on, in pixels right and down from the top left corner.
 class Canvas {
  public:
-  Canvas(int width, int height);
-  Canvas(const Canvas&) = delete;
-  Canvas& operator=(const Canvas&) = delete;
-  ~Canvas();
+  virtual ~Canvas() = default;
 
-  [[nodiscard]] double text_width(const std::string& text, const Font& font);
-  void text(double x, double y, const std::string& text, const Font& font, Anchor anchor);
-  /// Text that runs upward, centred at the place.
-  void upward_text(double x, double y, const std::string& text, const Font& font);
-  void line(double x0, double y0, double x1, double y1, double width, Colour colour);
-  void fill(double x, double y, double width, double height, Colour colour);
-  void frame(double x, double y, double width, double height, double line_width, Colour colour);
-  /// A picture as `Raster::reduced` gives it.
-  void image(int x, int y, int width, int height, std::vector<std::uint32_t> pixels);
+  [[nodiscard]] virtual double text_width(const std::string& text, const Font& font) = 0;
+  virtual void text(double x, double y, const std::string& text, const Font& font,
+                    Anchor anchor) = 0;
+  virtual void line(double x0, double y0, double x1, double y1, double width, Colour colour) = 0;
+  virtual void fill(double x, double y, double width, double height, Colour colour) = 0;
+  virtual void frame(double x, double y, double width, double height, double line_width,
+                     Colour colour) = 0;
+  /// Draws a picture in the format of `Raster::reduced`.
+  virtual void image(int x, int y, int width, int height, std::vector<std::uint32_t> pixels) = 0;
 
   /// Writes the page as a PNG file. Throws a Failure that does not name the file.
-  void write(const std::string& path);
-
- private:
-  struct Page;
-  std::unique_ptr<Page> page_;
+  virtual void write(const std::string& path) = 0;
 };
 
-/// Throws a Failure when the program was built without the library that draws.
-void require_drawing();
+/// An empty page. Throws a Failure if the program was built without cairo.
+[[nodiscard]] std::unique_ptr<Canvas> make_canvas(int width, int height);
 
 }  // namespace p3dgrid::tool::plot

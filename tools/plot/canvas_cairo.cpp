@@ -1,8 +1,6 @@
 #include <cairo.h>
 
-#include <cmath>
 #include <new>
-#include <numbers>
 
 #include "failure.hpp"
 #include "plot/canvas.hpp"
@@ -18,100 +16,91 @@ void require(cairo_status_t status) {
   throw Failure(ExitStatus::unusable, cairo_status_to_string(status));
 }
 
-void set_colour(cairo_t* pen, Colour colour) {
-  const auto part = [colour](unsigned shift) {
-    return static_cast<double>(colour >> shift & 0xffU) / 255;
-  };
-  cairo_set_source_rgb(pen, part(16), part(8), part(0));
-}
+class CairoCanvas : public Canvas {
+ public:
+  CairoCanvas(int width, int height)
+      : surface_(cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height),
+                 cairo_surface_destroy),
+        pen_(cairo_create(surface_.get()), cairo_destroy) {
+    set_colour(white);
+    cairo_paint(pen_.get());
+  }
 
-void set_font(cairo_t* pen, const Font& font) {
-  cairo_select_font_face(pen, font_family, CAIRO_FONT_SLANT_NORMAL,
-                         font.bold ? CAIRO_FONT_WEIGHT_BOLD : CAIRO_FONT_WEIGHT_NORMAL);
-  cairo_set_font_size(pen, font.size);
-  set_colour(pen, font.colour);
-}
+  double text_width(const std::string& text, const Font& font) override {
+    cairo_select_font_face(pen_.get(), font_family, CAIRO_FONT_SLANT_NORMAL,
+                           font.bold ? CAIRO_FONT_WEIGHT_BOLD : CAIRO_FONT_WEIGHT_NORMAL);
+    cairo_set_font_size(pen_.get(), font.size);
+    cairo_text_extents_t extents;
+    cairo_text_extents(pen_.get(), text.c_str(), &extents);
+    return extents.x_advance;
+  }
+
+  // Positioned by the height of digits, so that labels in a row share a baseline.
+  void text(double x, double y, const std::string& text, const Font& font, Anchor anchor) override {
+    const double width = text_width(text, font);
+    const double height = 0.73 * font.size;
+    set_colour(font.colour);
+    cairo_move_to(pen_.get(), x - anchor.across * width, y + anchor.down * height);
+    cairo_show_text(pen_.get(), text.c_str());
+  }
+
+  void line(double x0, double y0, double x1, double y1, double width, Colour colour) override {
+    cairo_move_to(pen_.get(), x0, y0);
+    cairo_line_to(pen_.get(), x1, y1);
+    stroke(width, colour);
+  }
+
+  void fill(double x, double y, double width, double height, Colour colour) override {
+    cairo_rectangle(pen_.get(), x, y, width, height);
+    set_colour(colour);
+    cairo_fill(pen_.get());
+  }
+
+  void frame(double x, double y, double width, double height, double line_width,
+             Colour colour) override {
+    cairo_rectangle(pen_.get(), x, y, width, height);
+    stroke(line_width, colour);
+  }
+
+  void image(int x, int y, int width, int height, std::vector<std::uint32_t> pixels) override {
+    const Surface picture(cairo_image_surface_create_for_data(
+                              reinterpret_cast<unsigned char*>(pixels.data()), CAIRO_FORMAT_ARGB32,
+                              width, height, width * static_cast<int>(sizeof(std::uint32_t))),
+                          cairo_surface_destroy);
+    cairo_set_source_surface(pen_.get(), picture.get(), x, y);
+    cairo_paint(pen_.get());
+    set_colour(white);  // drops the reference to the picture
+  }
+
+  void write(const std::string& path) override {
+    require(cairo_status(pen_.get()));
+    require(cairo_surface_write_to_png(surface_.get(), path.c_str()));
+  }
+
+ private:
+  using Surface = std::unique_ptr<cairo_surface_t, void (*)(cairo_surface_t*)>;
+
+  void set_colour(Colour colour) {
+    const auto part = [colour](unsigned shift) {
+      return static_cast<double>(colour >> shift & 0xffU) / 255;
+    };
+    cairo_set_source_rgb(pen_.get(), part(16), part(8), part(0));
+  }
+
+  void stroke(double width, Colour colour) {
+    set_colour(colour);
+    cairo_set_line_width(pen_.get(), width);
+    cairo_stroke(pen_.get());
+  }
+
+  Surface surface_;
+  std::unique_ptr<cairo_t, void (*)(cairo_t*)> pen_;
+};
 
 }  // namespace
 
-struct Canvas::Page {
-  cairo_surface_t* surface;
-  cairo_t* pen;
-};
-
-Canvas::Canvas(int width, int height)
-    : page_(std::make_unique<Page>(
-          Page{cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height), nullptr})) {
-  page_->pen = cairo_create(page_->surface);
-  set_colour(page_->pen, white);
-  cairo_paint(page_->pen);
+std::unique_ptr<Canvas> make_canvas(int width, int height) {
+  return std::make_unique<CairoCanvas>(width, height);
 }
-
-Canvas::~Canvas() {
-  cairo_destroy(page_->pen);
-  cairo_surface_destroy(page_->surface);
-}
-
-double Canvas::text_width(const std::string& text, const Font& font) {
-  set_font(page_->pen, font);
-  cairo_text_extents_t extents;
-  cairo_text_extents(page_->pen, text.c_str(), &extents);
-  return extents.x_advance;
-}
-
-// Placed by the height of the font's digits, so that labels in a row stand on one line.
-void Canvas::text(double x, double y, const std::string& text, const Font& font, Anchor anchor) {
-  const double width = text_width(text, font);
-  const double height = 0.73 * font.size;
-  cairo_move_to(page_->pen, x - anchor.across * width, y + anchor.down * height);
-  cairo_show_text(page_->pen, text.c_str());
-}
-
-void Canvas::upward_text(double x, double y, const std::string& text, const Font& font) {
-  cairo_save(page_->pen);
-  cairo_translate(page_->pen, x, y);
-  cairo_rotate(page_->pen, -std::numbers::pi / 2);
-  this->text(0, 0, text, font, {0.5, 0.5});
-  cairo_restore(page_->pen);
-}
-
-void Canvas::line(double x0, double y0, double x1, double y1, double width, Colour colour) {
-  set_colour(page_->pen, colour);
-  cairo_set_line_width(page_->pen, width);
-  cairo_move_to(page_->pen, x0, y0);
-  cairo_line_to(page_->pen, x1, y1);
-  cairo_stroke(page_->pen);
-}
-
-void Canvas::fill(double x, double y, double width, double height, Colour colour) {
-  set_colour(page_->pen, colour);
-  cairo_rectangle(page_->pen, x, y, width, height);
-  cairo_fill(page_->pen);
-}
-
-void Canvas::frame(double x, double y, double width, double height, double line_width,
-                   Colour colour) {
-  set_colour(page_->pen, colour);
-  cairo_set_line_width(page_->pen, line_width);
-  cairo_rectangle(page_->pen, x, y, width, height);
-  cairo_stroke(page_->pen);
-}
-
-void Canvas::image(int x, int y, int width, int height, std::vector<std::uint32_t> pixels) {
-  cairo_surface_t* picture = cairo_image_surface_create_for_data(
-      reinterpret_cast<unsigned char*>(pixels.data()), CAIRO_FORMAT_ARGB32, width, height,
-      width * static_cast<int>(sizeof(std::uint32_t)));
-  cairo_set_source_surface(page_->pen, picture, x, y);
-  cairo_paint(page_->pen);
-  cairo_set_source_rgb(page_->pen, 0, 0, 0);  // lets go of the picture
-  cairo_surface_destroy(picture);
-}
-
-void Canvas::write(const std::string& path) {
-  require(cairo_status(page_->pen));
-  require(cairo_surface_write_to_png(page_->surface, path.c_str()));
-}
-
-void require_drawing() {}
 
 }  // namespace p3dgrid::tool::plot

@@ -1,20 +1,15 @@
-#include "plot/compose.hpp"
-
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
-#include <optional>
-#include <string>
-#include <vector>
+#include <locale>
 
 #include "agreement.hpp"
 #include "console.hpp"
 #include "failure.hpp"
 #include "grid_file.hpp"
-#include "plot/flow_values.hpp"
-#include "plot/levels.hpp"
-#include "plot/ticks.hpp"
-#include "plot/words.hpp"
+#include "plot/flow.hpp"
+#include "plot/picture.hpp"
+#include "plot/scale.hpp"
 #include "table.hpp"
 
 namespace p3dgrid::tool::plot {
@@ -34,14 +29,22 @@ constexpr Usage usage = {
         [](const std::string& grid) { return "'p3dgrid plot " + grid + " OUT.png' draws it"; },
 };
 
-void require_block(const Request& request, const Extents& extents) {
-  if (request.block <= extents.blocks()) return;
-  throw Failure(ExitStatus::unusable, request.grid_path + ": holds " +
-                                          counted(extents.blocks(), "block") +
-                                          "; there is no --block " + std::to_string(request.block));
+Case find_files(const Request& request) {
+  const std::string& grid = request.grid_path;
+  if (!request.shows_flow()) {
+    return {find_grid(grid, request.grid, "'" + usage.pair("GRID", grid) + "' draws it")};
+  }
+  return find_case(grid, request.grid, request.restart_path, request.restart, usage);
 }
 
+/// The surfaces asked for, without their points.
 std::vector<Surface> surfaces_wanted(const Request& request, const Extents& extents) {
+  const std::string& path = request.grid_path;
+  if (request.block > extents.blocks()) {
+    throw Failure(ExitStatus::unusable, path + ": holds " + counted(extents.blocks(), "block") +
+                                            "; there is no --block " +
+                                            std::to_string(request.block));
+  }
   std::vector<Surface> surfaces;
   integer without = 0;
   for (std::size_t block = 0; block < extents.i.size(); ++block) {
@@ -56,58 +59,68 @@ std::vector<Surface> surfaces_wanted(const Request& request, const Extents& exte
   }
   const std::string at = request.plane ? " " + describe(*request.plane) : "";
   if (surfaces.empty()) {
-    throw Failure(ExitStatus::unusable, request.grid_path + ": there is no surface" + at +
+    throw Failure(ExitStatus::unusable, path + ": there is no surface" + at +
                                             " to show; 'p3dgrid info' shows the extents");
   }
   if (without > 0) {
-    print_note(request.grid_path + ": " + counted(without, "block") + " of " +
-               std::to_string(extents.blocks()) + " without a surface" + at);
+    print_note(path + ": " + counted(without, "block") + " of " + std::to_string(extents.blocks()) +
+               " without a surface" + at);
   }
   return surfaces;
 }
 
-/// What the files are; a solution that is none of the grid is refused.
-Case find_files(const Request& request) {
-  const std::string& grid = request.grid_path;
-  if (!request.shows_flow()) {
-    return {find_grid(grid, request.grid, "'" + usage.pair("GRID", grid) + "' draws it")};
-  }
-  return find_case(grid, request.grid, request.restart_path, request.restart, usage);
-}
-
-/// Takes from the grid what is shown of it; the grid itself is not kept.
+/// Copies the surfaces from the grid, which is not kept.
 void take_surfaces(const Request& request, const Found& found, Picture& picture) {
   const Grid grid = read_grid(request.grid_path, found);
   const Extents extents = extents_of(grid);
-  require_block(request, extents);
   picture.surfaces = surfaces_wanted(request, extents);
   for (Surface& surface : picture.surfaces) take_points(surface, grid);
-  if (request.shows_flow()) return;
-  picture.remarks.push_back(counted(extents.blocks(), "block") + ", " +
-                            counted(extents.points(), "point"));
+  picture.remarks = {counted(extents.blocks(), "block") + ", " +
+                     counted(extents.points(), "point")};
 }
 
-/// Says of what is shown that it is not all there is.
-void add_remark(Picture& picture, const std::string& remark) {
-  picture.remarks.push_back(remark);
-  picture.summary += ", " + remark;
+/// Sets box and view.
+void orient(const Request& request, Picture& picture) {
+  const auto box = box_of(picture.surfaces);
+  if (!box || box->diagonal() == 0) {
+    throw Failure(ExitStatus::mismatch,
+                  request.grid_path + (box ? ": all points to show are at one place"
+                                           : ": all points to show are blanked or not finite"));
+  }
+  picture.box = *box;
+  if (!request.view.empty()) {
+    picture.view = view_from(request.view[0], request.view[1]);
+  } else {
+    picture.view = flat_view_of(picture.surfaces, picture.box)
+                       .value_or(view_from(default_azimuth, default_elevation));
+  }
+  enlarge_thin(picture.surfaces, picture.box);
 }
 
-FlowVariable read_values(const Request& request, const Case& found,
-                         std::vector<Surface>& surfaces) {
-  const std::optional<Extents> extents = found.extents;
-  const std::string first = "1";
-  return take_values(surfaces,
-                     {request.restart_path, found.restart, extents,
-                      request.variable.empty() ? first : request.variable, request.gamma});
-}
-
-/// The file's own name, as far as it can be drawn.
+/// The file name without its folder. Control characters and invalid UTF-8, which cannot be drawn,
+/// are replaced.
 std::string short_name(const std::string& path) {
-  return drawable(std::filesystem::path(path).filename().string());
+  using Utf8 = std::codecvt<char32_t, char8_t, std::mbstate_t>;
+  const auto& utf8 = std::use_facet<Utf8>(std::locale::classic());
+  const std::string name = std::filesystem::path(path).filename().string();
+  const std::u8string bytes(name.begin(), name.end());
+  std::string drawable;
+  for (std::size_t at = 0, end = 0; at < name.size(); at = end) {
+    std::mbstate_t state{};
+    char32_t character = 0;
+    char32_t* decoded = nullptr;
+    const char8_t* next = nullptr;
+    utf8.in(state, &bytes[at], bytes.data() + bytes.size(), next, &character, &character + 1,
+            decoded);
+    const bool valid = decoded != &character && character >= U' ' && character != U'\x7f' &&
+                       (character < 0xd800 || character > 0xdfff);
+    end = valid ? static_cast<std::size_t>(next - bytes.data()) : at + 1;
+    drawable += valid ? name.substr(at, end - at) : "?";
+  }
+  return drawable;
 }
 
-/// ", plane k=1, block 2", or less.
+/// ", plane k=1, block 2", or the parts that were asked for.
 std::string place_of(const Request& request) {
   std::string place;
   if (request.plane) place += ", plane " + describe(*request.plane);
@@ -121,7 +134,7 @@ std::string rounded(double value, int digits) {
   return text;
 }
 
-/// As many digits as one reads off a picture, or as tell the two ends apart.
+/// The range of values with few digits, or with as many as distinguish the two ends.
 std::string range_of(const Levels& levels) {
   constexpr int usual_digits = 5;
   constexpr int single_precision_digits = 9;
@@ -134,79 +147,63 @@ std::string range_of(const Levels& levels) {
   return "from " + rounded(levels.smallest, digits) + " to " + rounded(levels.largest, digits);
 }
 
-void describe_values(const Request& request, const FlowVariable& variable, Picture& picture) {
-  const auto levels = levels_of(picture.surfaces);
-  if (!levels) {
+void add_flow(const Request& request, const Case& found, Picture& picture) {
+  const FlowVariable variable = take_values(picture.surfaces, request, found);
+  picture.levels = levels_of(picture.surfaces);
+  if (!picture.levels) {
     throw Failure(ExitStatus::mismatch, request.restart_path + ": " + variable.name +
                                             " is infinite or no number at all points to show");
   }
-  const bool lacking = lacks_values(picture.surfaces);
-  picture.remarks.push_back(with_minus_sign(range_of(*levels)));
+  const std::string range = range_of(*picture.levels);
+  const bool all_finite = picture.levels->all_finite;
+  picture.title = variable.title + place_of(request);
+  picture.bar_label = variable.label;
+  picture.remarks = {short_name(request.restart_path) + " on " + short_name(request.grid_path),
+                     with_minus_sign(range)};
   if (variable.by_gamma) picture.remarks.push_back("\u03b3 = " + digits(request.gamma));
-  if (lacking) picture.remarks.emplace_back("grey: infinite or no number");
-  picture.summary = variable.name + place_of(request) + ", " + range_of(*levels) +
-                    (lacking ? ", infinite or no number in places" : "");
+  if (!all_finite) picture.remarks.emplace_back("grey: infinite or no number");
+  picture.summary = variable.name + place_of(request) + ", " + range +
+                    (all_finite ? "" : ", infinite or no number in places");
 }
 
-/// "y and z enlarged 500 times"; empty where proportions are true.
+/// "y and z enlarged 500 times"; empty if nothing is enlarged.
 std::string enlargement_of(const Box& box) {
   std::string names;
   double times = 1;
   for (std::size_t c = 0; c < 3; ++c) {
-    const double extent = box.high[c] - box.low[c];
-    if (box.enlarged[c] == 1 || extent == 0) continue;
+    if (box.enlarged[c] == 1 || box.high[c] == box.low[c]) continue;
     names += std::string(names.empty() ? "" : " and ") + "xyz"[c];
     times = box.enlarged[c];
   }
-  constexpr int plenty = 6;  // the factor is round
-  return names.empty() ? "" : names + " enlarged " + rounded(times, plenty) + " times";
+  constexpr int round_factor_digits = 6;
+  return names.empty() ? "" : names + " enlarged " + rounded(times, round_factor_digits) + " times";
 }
 
-void describe_surfaces(Picture& picture) {
+/// Adds where the picture differs from the files.
+void add_differences(Picture& picture) {
+  const auto add = [&](const std::string& difference) {
+    picture.remarks.push_back(difference);
+    picture.summary += ", " + difference;
+  };
   const std::string enlargement = enlargement_of(picture.box);
-  if (!enlargement.empty()) add_remark(picture, enlargement);
+  if (!enlargement.empty()) add(enlargement);
   if (std::ranges::any_of(picture.surfaces, &Surface::has_lost)) {
-    add_remark(picture, "cells left out where a point is infinite or no number");
+    add("cells left out where a point is infinite or no number");
   }
-}
-
-Box box_to_show(const Request& request, const std::vector<Surface>& surfaces) {
-  const auto box = box_of(surfaces);
-  if (box && box->diagonal() > 0) return *box;
-  throw Failure(ExitStatus::mismatch,
-                request.grid_path + (box ? ": all points to show are at one place"
-                                         : ": all points to show are blanked or not finite"));
-}
-
-View view_of(const Request& request, const Picture& picture) {
-  if (!request.view.empty()) return view_from(request.view[0], request.view[1]);
-  const auto flat = flat_view_of(picture.surfaces, picture.box);
-  return flat ? *flat : view_from(default_azimuth, default_elevation);
 }
 
 }  // namespace
 
 Picture compose(const Request& request) {
+  const Case found = find_files(request);
   Picture picture;
   picture.width = request.width;
-  const Case found = find_files(request);
+  picture.title = "Grid " + short_name(request.grid_path) + place_of(request);
+  picture.summary = "mesh" + place_of(request);
   take_surfaces(request, found.grid, picture);
-  picture.box = box_to_show(request, picture.surfaces);
-  picture.view = view_of(request, picture);
-  enlarge_thin(picture.surfaces, picture.box);
-  if (!request.shows_flow()) {
-    picture.title = "Grid " + short_name(request.grid_path) + place_of(request);
-    picture.summary = "mesh" + place_of(request);
-    describe_surfaces(picture);
-    return picture;
-  }
-  const FlowVariable variable = read_values(request, found, picture.surfaces);
-  picture.title = variable.title + place_of(request);
-  picture.bar_label = variable.label;
-  picture.remarks.push_back(short_name(request.restart_path) + " on " +
-                            short_name(request.grid_path));
-  describe_values(request, variable, picture);
-  describe_surfaces(picture);
+  orient(request, picture);
+  if (request.shows_flow()) add_flow(request, found, picture);
+  add_differences(picture);
   return picture;
 }
 

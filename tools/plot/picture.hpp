@@ -1,27 +1,52 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "form_options.hpp"
+#include "plot/scale.hpp"
 #include "plot/surface.hpp"
 #include "plot/view.hpp"
+#include "primitive.hpp"
 
 namespace p3dgrid::tool::plot {
 
-/// What is to be seen, and what is said about it.
-struct Picture {
-  std::string title;
-  std::vector<std::string> remarks;  ///< below the title, one after another
-  std::string summary;               ///< the same in plain characters, for a terminal
-  std::string bar_label;             ///< names the values of the surfaces; empty for mesh lines
-  std::vector<Surface> surfaces;
-  View view;
-  Box box;           ///< around the surfaces
-  int width = 1600;  ///< of the page, at most, in pixels
+/// What to show of which files.
+struct Request {
+  std::string grid_path;
+  std::string restart_path;  ///< empty for a mesh
+  StatedGridForm grid;
+  StatedRestartForm restart;
+  std::string variable;            ///< name or number; empty for the first
+  mod_p3dgrid::integer block = 0;  ///< from 1; 0 for all
+  std::optional<GridPlane> plane;  ///< none for the outer faces of the blocks
+  std::vector<double> view;        ///< azimuth and elevation, if stated
+  double gamma = gamma_of_air;
+  int width = 1600;
+
+  [[nodiscard]] bool shows_flow() const { return !restart_path.empty(); }
 };
 
-/// Draws the picture into a PNG file. Throws a Failure, which does not name the file, where that
-/// cannot be written.
+/// What a picture shows and says.
+struct Picture {
+  std::string title;
+  std::vector<std::string> remarks;  ///< below the title
+  std::string summary;               ///< in plain characters, for a terminal
+  std::vector<Surface> surfaces;
+  std::optional<Levels> levels;  ///< of the values of the surfaces; none for a mesh
+  std::string bar_label;         ///< names the values
+  View view;
+  Box box;           ///< around the surfaces
+  int width = 1600;  ///< largest width of the page, in pixels
+};
+
+/// Reads the files and makes a picture of them. Throws a Failure that names the file at fault.
+[[nodiscard]] Picture compose(const Request& request);
+
+/// Draws a picture into a PNG file: the surfaces as large as the page allows, at true proportions,
+/// and the page no larger than needed. Throws a Failure that does not name the file if it cannot be
+/// written.
 void draw(const Picture& picture, const std::string& path);
 
 }  // namespace p3dgrid::tool::plot

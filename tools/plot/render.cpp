@@ -1,20 +1,21 @@
 #include "plot/render.hpp"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace p3dgrid::tool::plot {
 namespace {
 
-// A surface seen edge-on is this much of the brightness of one that faces the eye.
+// Brightness of a surface seen edge-on; one that faces the eye has 1.
 constexpr double least_light = 0.78;
 
-// Of rows that are no surfaces, in widths of mesh lines.
+// Sizes for surfaces of one row, in widths of mesh lines.
 constexpr double row_line = 5;
 constexpr double row_mark = 9;
 constexpr double lone_mark = 16;
 
-/// One surface on its way into the raster.
+/// Draws one surface.
 class SurfaceRenderer {
  public:
   SurfaceRenderer(const Surface& surface, const Projection& projection, const Style& style,
@@ -27,118 +28,100 @@ class SurfaceRenderer {
   }
 
   void fill_cells() {
-    for (std::size_t row = 0; row + 1 < surface_.rows; ++row) {
-      for (std::size_t column = 0; column + 1 < surface_.columns; ++column) {
-        if (surface_.has_cell(column, row)) fill_cell(surface_.at(column, row));
-      }
-    }
+    surface_.for_each_cell([this](std::size_t corner) { fill_cell(corner); });
   }
 
-  /// Every so many-th line of each family, and the last; the width is in fine pixels.
-  void draw_lines(std::size_t every, Colour colour, double least_width) {
+  /// Draws one of `stride` lines of each family, and the last, where they border a cell. The width
+  /// is in fine pixels.
+  void draw_lines(std::size_t stride, Colour colour, double least_width) {
     // A whole number, so that lines at different places come out equally dark.
     const double width = std::max(least_width, std::round(fine_line_width()));
-    for_each_segment(every, [&](std::size_t from, std::size_t to) {
+    const std::size_t columns = surface_.columns;
+    const auto wanted = [stride](std::size_t line, std::size_t lines) {
+      return line % stride == 0 || line + 1 == lines;
+    };
+    const auto draw = [&](std::size_t from, std::size_t to) {
       raster_.line(vertices_[from], vertices_[to], width, colour);
+    };
+    surface_.for_each_cell([&](std::size_t corner) {
+      const std::size_t row = corner / columns;
+      const std::size_t column = corner % columns;
+      if (wanted(row, surface_.rows)) draw(corner, corner + 1);
+      if (wanted(row + 1, surface_.rows)) draw(corner + columns, corner + columns + 1);
+      if (wanted(column, columns)) draw(corner, corner + columns);
+      if (wanted(column + 1, columns)) draw(corner + 1, corner + columns + 1);
     });
   }
 
-  /// The points of a single row and the lines between them, in the colour of their values or in
-  /// that of the block.
-  void draw_row(Colour block) {
+  /// Draws the points of a single row and the lines between them.
+  void draw_row() {
     const double mark = (vertices_.size() == 1 ? lone_mark : row_mark) * fine_line_width();
     for (std::size_t p = 0; p < vertices_.size(); ++p) {
       if (surface_.absent[p] != 0) continue;
       const Vertex& from = vertices_[p];
-      raster_.line(from, from, mark, row_colour(from.value, block));
+      raster_.line(from, from, mark, row_colour(from.value));
       if (p + 1 == vertices_.size() || surface_.absent[p + 1] != 0) continue;
       const Vertex& to = vertices_[p + 1];
-      raster_.line(from, to, row_line * fine_line_width(),
-                   row_colour((from.value + to.value) / 2, block));
+      raster_.line(from, to, row_line * fine_line_width(), row_colour((from.value + to.value) / 2));
     }
   }
 
  private:
   [[nodiscard]] double fine_line_width() const { return style_.line_width * Raster::fineness; }
 
-  [[nodiscard]] Colour row_colour(double value, Colour without) const {
-    if (!style_.levels) return without;
+  [[nodiscard]] Colour row_colour(double value) const {
+    if (!style_.levels) return block_colour(surface_.block);
     return std::isfinite(value) ? style_.levels->colour_of(value) : no_number;
   }
 
   [[nodiscard]] Vertex vertex(const Projection& projection, std::size_t p) const {
     if (surface_.absent[p] != 0) return {};
-    const Point& point = surface_.points[p];
-    const Vector place = {point[0], point[1], point[2]};
+    const Vector place = surface_.place(p);
     constexpr double fineness = Raster::fineness;
     return {fineness * projection.x(place), fineness * projection.y(place),
             fineness * projection.depth(place),
             surface_.values.empty() ? 0 : double{surface_.values[p]}};
   }
 
-  // By four triangles around the middle, so that both diagonals are treated alike.
+  // Four triangles around the centre, which prefer neither diagonal.
   void fill_cell(std::size_t corner) {
     const Vertex* corners[] = {&vertices_[corner], &vertices_[corner + 1],
                                &vertices_[corner + surface_.columns + 1],
                                &vertices_[corner + surface_.columns]};
-    Vertex middle;
+    Vertex centre;
     for (const Vertex* v : corners) {
-      middle.x += v->x / 4;
-      middle.y += v->y / 4;
-      middle.depth += v->depth / 4;
-      middle.value += v->value / 4;
+      centre.x += v->x / 4;
+      centre.y += v->y / 4;
+      centre.depth += v->depth / 4;
+      centre.value += v->value / 4;
     }
-    const auto fill = [&](const auto& colour_of) {
-      for (std::size_t side = 0; side < 4; ++side) {
-        raster_.triangle(*corners[side], *corners[(side + 1) % 4], middle, colour_of);
-      }
+    std::function<Colour(double)> colour_of = [this](double value) {
+      return style_.levels->colour_of(value);
     };
     if (!style_.levels) {
-      const Colour paper = dimmed(white, light_on(corner));
-      fill([paper](double) { return paper; });
-    } else if (!std::isfinite(middle.value)) {
-      fill([](double) { return no_number; });
-    } else {
-      fill([this](double value) { return style_.levels->colour_of(value); });
+      const auto grey = static_cast<Colour>(std::lround(255 * light_on(corner)));
+      colour_of = [grey](double) { return grey << 16U | grey << 8U | grey; };
+    } else if (!std::isfinite(centre.value)) {
+      colour_of = [](double) { return no_number; };
+    }
+    for (std::size_t side = 0; side < 4; ++side) {
+      raster_.triangle(*corners[side], *corners[(side + 1) % 4], centre, colour_of);
     }
   }
 
-  [[nodiscard]] Vector between(std::size_t from, std::size_t to) const {
-    Vector difference{};
-    for (std::size_t c = 0; c < 3; ++c) {
-      difference[c] = double{surface_.points[to][c]} - double{surface_.points[from][c]};
-    }
-    return difference;
-  }
-
-  /// How much a cell faces the eye.
+  /// Brightness of a cell by its angle to the eye.
   [[nodiscard]] double light_on(std::size_t corner) const {
     if (view_.plane) return 1;
-    const Vector a = between(corner, corner + surface_.columns + 1);
-    const Vector b = between(corner + 1, corner + surface_.columns);
-    const Vector normal = cross(a, b);
+    const auto diagonal = [this](std::size_t from, std::size_t to) {
+      const Vector a = surface_.place(from);
+      const Vector b = surface_.place(to);
+      return Vector{b[0] - a[0], b[1] - a[1], b[2] - a[2]};
+    };
+    const Vector normal = cross(diagonal(corner, corner + surface_.columns + 1),
+                                diagonal(corner + 1, corner + surface_.columns));
     const double length = std::sqrt(dot(normal, normal));
     if (length == 0) return 1;
     return least_light + (1 - least_light) * std::abs(dot(normal, view_.toward)) / length;
-  }
-
-  /// Calls `take` with the ends of each stretch of a line that borders a cell.
-  template <class Take>
-  void for_each_segment(std::size_t every, Take take) const {
-    const auto wanted = [every](std::size_t line, std::size_t lines) {
-      return line % every == 0 || line + 1 == lines;
-    };
-    for (std::size_t row = 0; row < surface_.rows; ++row) {
-      const bool whole_row = wanted(row, surface_.rows);
-      for (std::size_t column = 0; column < surface_.columns; ++column) {
-        const bool here = surface_.has_cell(column, row);
-        const bool above = row > 0 && surface_.has_cell(column, row - 1);
-        const bool before = column > 0 && surface_.has_cell(column - 1, row);
-        const std::size_t p = surface_.at(column, row);
-        if (whole_row && (here || above)) take(p, p + 1);
-        if ((here || before) && wanted(column, surface_.columns)) take(p, p + surface_.columns);
-      }
-    }
   }
 
   const Surface& surface_;
@@ -150,30 +133,30 @@ class SurfaceRenderer {
 
 }  // namespace
 
+// Distinct for the colour-blind, and dark enough for thin lines on white.
+Colour block_colour(std::size_t block) {
+  constexpr std::array<Colour, 7> colours = {0x1f4e9c, 0xc44e00, 0x007a5a, 0xa02c78,
+                                             0x3a8fc8, 0x8a6d00, 0x505050};
+  return colours[block % colours.size()];
+}
+
 // The mean distance of lines is twice the area over the length of all lines.
-std::size_t lines_apart(const std::vector<Surface>& surfaces, const Projection& projection,
+std::size_t line_stride(const std::vector<Surface>& surfaces, const Projection& projection,
                         double least_distance) {
   double area = 0;
   double length = 0;
   for (const Surface& surface : surfaces) {
-    const auto place = [&](std::size_t p) {
-      const Point& point = surface.points[p];
-      const Vector vector = {point[0], point[1], point[2]};
-      return std::array{projection.x(vector), projection.y(vector)};
-    };
-    for (std::size_t row = 0; row + 1 < surface.rows; ++row) {
-      for (std::size_t column = 0; column + 1 < surface.columns; ++column) {
-        if (!surface.has_cell(column, row)) continue;
-        const std::size_t corner = surface.at(column, row);
-        const auto from = place(corner);
-        const auto along = place(corner + 1);
-        const auto across = place(corner + surface.columns);
-        const double ax = along[0] - from[0], ay = along[1] - from[1];
-        const double bx = across[0] - from[0], by = across[1] - from[1];
-        area += std::abs(ax * by - ay * bx);
-        length += std::hypot(ax, ay) + std::hypot(bx, by);
-      }
-    }
+    surface.for_each_cell([&](std::size_t corner) {
+      const Vector from = surface.place(corner);
+      const Vector along = surface.place(corner + 1);
+      const Vector across = surface.place(corner + surface.columns);
+      const double ax = projection.x(along) - projection.x(from);
+      const double ay = projection.y(along) - projection.y(from);
+      const double bx = projection.x(across) - projection.x(from);
+      const double by = projection.y(across) - projection.y(from);
+      area += std::abs(ax * by - ay * bx);
+      length += std::hypot(ax, ay) + std::hypot(bx, by);
+    });
   }
   if (area == 0 || length == 0) return 1;
   return static_cast<std::size_t>(std::max(1.0, std::ceil(least_distance * length / (2 * area))));
@@ -183,16 +166,14 @@ void render(const std::vector<Surface>& surfaces, const Projection& projection, 
             Raster& raster) {
   for (const Surface& surface : surfaces) {
     SurfaceRenderer renderer(surface, projection, style, raster);
-    if (surface.rows == 1) {
-      renderer.draw_row(block_colour(surface.block));
-      continue;
-    }
     renderer.fill_cells();
-    const std::size_t outline_only = std::max(surface.columns, surface.rows);
-    if (style.levels) {
+    if (surface.rows == 1) {
+      renderer.draw_row();
+    } else if (style.levels) {
+      const std::size_t outline_only = std::max(surface.columns, surface.rows);
       renderer.draw_lines(outline_only, block_edge, 2);
     } else {
-      renderer.draw_lines(style.every, block_colour(surface.block), 1);
+      renderer.draw_lines(style.line_stride, block_colour(surface.block), 1);
     }
   }
 }

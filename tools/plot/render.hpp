@@ -3,44 +3,29 @@
 #include <optional>
 #include <vector>
 
-#include "plot/levels.hpp"
 #include "plot/raster.hpp"
+#include "plot/scale.hpp"
 #include "plot/surface.hpp"
 #include "plot/view.hpp"
 
 namespace p3dgrid::tool::plot {
 
-/// Where places of the grid are on the page.
-struct Projection {
-  View view;
-  double scale = 1;  ///< page pixels per unit of length
-  double left = 0;   ///< what stands at the left and the top edge of the picture, in grid units
-  double top = 0;    ///< along the view's right and up
-  double middle =
-      0;  ///< of the box, toward the eye: far from 0, depths would lose their last digits
-
-  [[nodiscard]] double x(const Vector& place) const {
-    return scale * (dot(view.right, place) - left);
-  }
-  [[nodiscard]] double y(const Vector& place) const { return scale * (top - dot(view.up, place)); }
-  /// In pixels too, larger where it is nearer to the eye.
-  [[nodiscard]] double depth(const Vector& place) const {
-    return scale * (dot(view.toward, place) - middle);
-  }
-};
+/// The colour of a block's lines. Blocks are counted from 0; colours repeat.
+[[nodiscard]] Colour block_colour(std::size_t block);
 
 /// How the surfaces are drawn.
 struct Style {
-  double line_width = 1;         ///< of mesh lines, page pixels
-  std::optional<Levels> levels;  ///< of a filled contour; a mesh without
-  std::size_t every = 1;         ///< every how many-th mesh line is drawn
+  double line_width = 1;         ///< of mesh lines, in pixels of the page
+  std::optional<Levels> levels;  ///< of a filled contour; none for a mesh
+  std::size_t line_stride = 1;   ///< 1 draws all mesh lines, 2 every other one
 };
 
-/// Every how many-th mesh line can be drawn so that they stand apart on the page.
-[[nodiscard]] std::size_t lines_apart(const std::vector<Surface>& surfaces,
+/// The smallest `Style::line_stride` for which the mean distance of lines is at least the given
+/// one.
+[[nodiscard]] std::size_t line_stride(const std::vector<Surface>& surfaces,
                                       const Projection& projection, double least_distance);
 
-/// Draws the surfaces: a filled contour with the outlines of the blocks, or mesh lines.
+/// Draws the surfaces as a filled contour with the outlines of the blocks, or as a mesh.
 void render(const std::vector<Surface>& surfaces, const Projection& projection, const Style& style,
             Raster& raster);
 

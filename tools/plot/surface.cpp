@@ -7,8 +7,8 @@
 namespace p3dgrid::tool::plot {
 namespace {
 
-constexpr const char* last_word = "last";
-constexpr const char* direction_names = "ijk";
+constexpr const char* last_index = "last";
+constexpr std::string_view direction_names = "ijk";
 
 std::array<std::int64_t, 3> counts_of(const Extents& extents, std::size_t block) {
   return {extents.i[block], extents.j[block], extents.k[block]};
@@ -20,43 +20,25 @@ std::int64_t points_before(const Extents& extents, std::size_t block) {
   return sum;
 }
 
-/// A block that is a line or a point, as a sheet of one row.
-Surface row_of(const Extents& extents, std::size_t block) {
-  Surface row;
-  row.block = block;
-  row.columns = static_cast<std::size_t>(extents.points_of(block));
-  row.rows = 1;
-  row.first = points_before(extents, block);
-  row.column_step = 1;
-  return row;
-}
-
 }  // namespace
 
-std::optional<GridPlane> plane_in(const std::string& text) {
-  const std::string names = direction_names;
+mod_p3dgrid::integer number_in(std::string_view text) {
+  mod_p3dgrid::integer number = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, number);
+  return error == std::errc() && stop == end && number > 0 ? number : 0;
+}
+
+std::optional<GridPlane> plane_in(std::string_view text) {
   if (text.size() < 3 || text[1] != '=') return std::nullopt;
-  GridPlane plane{names.find(text[0]), 0};
-  if (plane.direction == std::string::npos) return std::nullopt;
-  const std::string index = text.substr(2);
-  if (index == last_word) return plane;
-  const auto [end, error] = std::from_chars(index.data(), index.data() + index.size(), plane.index);
-  if (error != std::errc() || end != index.data() + index.size() || plane.index < 1) {
-    return std::nullopt;
-  }
-  return plane;
+  const GridPlane plane{direction_names.find(text[0]), number_in(text.substr(2))};
+  const bool valid = plane.index > 0 || text.substr(2) == last_index;
+  return valid && plane.direction < 3 ? std::optional(plane) : std::nullopt;
 }
 
 std::string describe(const GridPlane& plane) {
   return std::string(1, direction_names[plane.direction]) + "=" +
-         (plane.index == 0 ? last_word : std::to_string(plane.index));
-}
-
-bool Surface::has_cell(std::size_t column, std::size_t row) const {
-  if (column + 1 >= columns || row + 1 >= rows) return false;
-  const std::size_t corner = at(column, row);
-  return absent[corner] == 0 && absent[corner + 1] == 0 && absent[corner + columns] == 0 &&
-         absent[corner + columns + 1] == 0;
+         (plane.index == 0 ? last_index : std::to_string(plane.index));
 }
 
 std::optional<Surface> plane_of(const Extents& extents, std::size_t block, GridPlane plane) {
@@ -67,28 +49,29 @@ std::optional<Surface> plane_of(const Extents& extents, std::size_t block, GridP
   const std::size_t along = fixed == 0 ? 1 : 0;
   const std::size_t across = fixed == 2 ? 1 : 2;
   if (index > counts[fixed] || counts[along] < 2 || counts[across] < 2) return std::nullopt;
-  Surface surface;
-  surface.block = block;
-  surface.columns = static_cast<std::size_t>(counts[along]);
-  surface.rows = static_cast<std::size_t>(counts[across]);
-  surface.first = points_before(extents, block) + (index - 1) * steps[fixed];
-  surface.column_step = steps[along];
-  surface.row_step = steps[across];
-  return surface;
+  return Surface{.block = block,
+                 .columns = static_cast<std::size_t>(counts[along]),
+                 .rows = static_cast<std::size_t>(counts[across]),
+                 .first = points_before(extents, block) + (index - 1) * steps[fixed],
+                 .column_step = steps[along],
+                 .row_step = steps[across]};
 }
 
 std::vector<Surface> faces_of(const Extents& extents, std::size_t block) {
   const auto counts = counts_of(extents, block);
-  if (extents.points_of(block) == 0) return {};
-  if (std::ranges::count(counts, 1) >= 2) return {row_of(extents, block)};
+  const auto points = static_cast<std::size_t>(extents.points_of(block));
+  if (points == 0) return {};
+  if (std::ranges::count(counts, 1) >= 2) {
+    const std::int64_t first = points_before(extents, block);
+    return {{.block = block, .columns = points, .rows = 1, .first = first, .column_step = 1}};
+  }
   std::vector<Surface> faces;
   for (std::size_t direction = 0; direction < 3; ++direction) {
-    const auto add = [&](mod_p3dgrid::integer index) {
+    for (const mod_p3dgrid::integer index : {1, 0}) {
+      if (index == 0 && counts[direction] == 1) continue;
       auto face = plane_of(extents, block, {direction, index});
       if (face) faces.push_back(std::move(*face));
-    };
-    add(1);
-    if (counts[direction] > 1) add(0);
+    }
   }
   return faces;
 }
@@ -98,12 +81,12 @@ void take_points(Surface& surface, const Grid& grid) {
   const mod_p3dgrid::integer* blanking = grid.iblank.data();
   surface.points.reserve(surface.columns * surface.rows);
   surface.absent.reserve(surface.columns * surface.rows);
-  surface.for_each_point([&](std::int64_t number) {
-    const float* place = xyz + 3 * number;
-    surface.points.push_back({place[0], place[1], place[2]});
+  surface.for_each_index([&](std::int64_t index) {
+    const std::array point = {xyz[3 * index], xyz[3 * index + 1], xyz[3 * index + 2]};
     const bool finite =
-        std::all_of(place, place + 3, [](float value) { return std::isfinite(value); });
-    const bool blanked = blanking != nullptr && blanking[number] == 0;
+        std::ranges::all_of(point, [](float value) { return std::isfinite(value); });
+    surface.points.push_back(point);
+    const bool blanked = blanking != nullptr && blanking[index] == 0;
     surface.absent.push_back(blanked || !finite ? 1 : 0);
     surface.has_lost = surface.has_lost || (!blanked && !finite);
   });

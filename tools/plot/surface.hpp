@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "form_options.hpp"
@@ -11,7 +12,7 @@
 
 namespace p3dgrid::tool::plot {
 
-using Point = std::array<float, 3>;
+using Vector = std::array<double, 3>;
 
 /// The points of a block in which one of the three indices has one value.
 struct GridPlane {
@@ -19,38 +20,51 @@ struct GridPlane {
   mod_p3dgrid::integer index = 1;  ///< from 1; 0 for the last
 };
 
-/// "k=1" or "j=last" as a plane; nothing when `text` is something else.
-[[nodiscard]] std::optional<GridPlane> plane_in(const std::string& text);
+/// Parses a positive number; 0 if the text is something else.
+[[nodiscard]] mod_p3dgrid::integer number_in(std::string_view text);
 
-/// The text that `plane_in` reads back.
+/// Parses "k=1" or "j=last".
+[[nodiscard]] std::optional<GridPlane> plane_in(std::string_view text);
+
+/// The text that `plane_in` parses.
 [[nodiscard]] std::string describe(const GridPlane& plane);
 
-/// A sheet of points in rows and columns, cut out of a block; a line of them where there is one
-/// row.
+/// A sheet of points in rows and columns, cut out of a block. A block that is a line or a single
+/// point makes one row.
 struct Surface {
   std::size_t block = 0;  ///< from 0
   std::size_t columns = 0;
   std::size_t rows = 0;
-  // Where the points are among those of all blocks.
+  // Indices among the points of all blocks.
   std::int64_t first = 0;
   std::int64_t column_step = 0;
   std::int64_t row_step = 0;
-  // Of each point, row after row.
-  std::vector<Point> points;
-  std::vector<char> absent;   ///< blanked, or without a finite place
-  bool has_lost = false;      ///< points in use without a finite place
-  std::vector<float> values;  ///< what is shown by colour, if anything is
+  // Per point, row after row.
+  std::vector<std::array<float, 3>> points = {};
+  std::vector<char> absent = {};   ///< blanked or not finite
+  bool has_lost = false;           ///< points that are not blanked and not finite
+  std::vector<float> values = {};  ///< shown by colour; empty for a mesh
 
-  [[nodiscard]] std::size_t at(std::size_t column, std::size_t row) const {
-    return row * columns + column;
+  [[nodiscard]] Vector place(std::size_t p) const {
+    return {points[p][0], points[p][1], points[p][2]};
   }
-  /// True for a cell all of whose corners are there; false beyond the last cell.
-  [[nodiscard]] bool has_cell(std::size_t column, std::size_t row) const;
 
-  /// Calls `take` for each point in the order of `points`, with its place among those of all
-  /// blocks.
+  /// Calls `take` with the first corner of each cell of which no corner is absent.
   template <class Take>
-  void for_each_point(Take take) const {
+  void for_each_cell(Take take) const {
+    for (std::size_t row = 0; row + 1 < rows; ++row) {
+      for (std::size_t column = 0; column + 1 < columns; ++column) {
+        const std::size_t corner = row * columns + column;
+        const bool present = absent[corner] == 0 && absent[corner + 1] == 0 &&
+                             absent[corner + columns] == 0 && absent[corner + columns + 1] == 0;
+        if (present) take(corner);
+      }
+    }
+  }
+
+  /// Calls `take` with the index of each point among those of all blocks, in the order of `points`.
+  template <class Take>
+  void for_each_index(Take take) const {
     for (std::size_t row = 0; row < rows; ++row) {
       for (std::size_t column = 0; column < columns; ++column) {
         take(first + column_step * static_cast<std::int64_t>(column) +
@@ -60,15 +74,15 @@ struct Surface {
   }
 };
 
-/// The plane of one block (from 0), without its points; nothing where the block has no such plane
-/// or only a line of it.
+/// The plane of one block (from 0), without its points; none if the block has no such plane or
+/// only a line of it.
 [[nodiscard]] std::optional<Surface> plane_of(const Extents& extents, std::size_t block,
                                               GridPlane plane);
 
-/// The outer faces of a block, without their points; of a line or a point, that itself.
+/// The outer faces of a block, without their points, or its one row.
 [[nodiscard]] std::vector<Surface> faces_of(const Extents& extents, std::size_t block);
 
-/// Takes the coordinates and the blanking of the surface out of the grid.
+/// Copies coordinates and blanking from the grid.
 void take_points(Surface& surface, const Grid& grid);
 
 }  // namespace p3dgrid::tool::plot

@@ -4,17 +4,17 @@
 #include <cmath>
 #include <numbers>
 
-#include "plot/ticks.hpp"
+#include "plot/scale.hpp"
 #include "range.hpp"
 
 namespace p3dgrid::tool::plot {
 namespace {
 
-// Coordinates in single precision that are meant to be the same may differ by a few last digits.
+// Equal coordinates may differ in their last digits in single precision.
 constexpr double flatness = 1e-5;
 constexpr double noise = 1e-6;
 
-// Of the width of a box, in its length: what is thinner is enlarged, to no more than this.
+// Width of a box over its length: a thinner one is enlarged, to no more than the second.
 constexpr double thinnest = 0.01;
 constexpr double shown_width = 0.25;
 
@@ -27,31 +27,7 @@ Range range_of(const Surface& surface, std::size_t coordinate) {
   return range;
 }
 
-Vector axis(std::size_t coordinate) {
-  Vector unit{};
-  unit[coordinate] = 1;
-  return unit;
-}
-
-View view_along(std::size_t coordinate) {
-  const std::size_t right = coordinate == 0 ? 1 : 0;
-  const std::size_t up = coordinate == 2 ? 1 : 2;
-  View view{axis(right), axis(up), cross(axis(right), axis(up)), {}};
-  view.plane = {right, up};
-  return view;
-}
-
 }  // namespace
-
-double Box::diagonal() const {
-  return std::hypot(high[0] - low[0], high[1] - low[1], high[2] - low[2]);
-}
-
-Vector Box::corner(unsigned number) const {
-  Vector place{};
-  for (std::size_t c = 0; c < 3; ++c) place[c] = (number >> c & 1U) != 0 ? high[c] : low[c];
-  return place;
-}
 
 std::optional<Box> box_of(const std::vector<Surface>& surfaces) {
   Box box;
@@ -78,7 +54,7 @@ View view_from(double azimuth, double elevation) {
 std::optional<View> flat_view_of(const std::vector<Surface>& surfaces, const Box& box) {
   std::optional<std::size_t> flattest;
   double least = flatness * box.diagonal();
-  for (const std::size_t coordinate : {std::size_t{2}, std::size_t{1}, std::size_t{0}}) {
+  for (const std::size_t coordinate : {2U, 1U, 0U}) {
     double most = 0;
     for (const Surface& surface : surfaces) {
       const Range range = range_of(surface, coordinate);
@@ -88,7 +64,15 @@ std::optional<View> flat_view_of(const std::vector<Surface>& surfaces, const Box
     flattest = coordinate;
     least = most;
   }
-  return flattest ? std::optional(view_along(*flattest)) : std::nullopt;
+  if (!flattest) return std::nullopt;
+  const std::size_t right = *flattest == 0 ? 1 : 0;
+  const std::size_t up = *flattest == 2 ? 1 : 2;
+  View view;
+  view.right[right] = 1;
+  view.up[up] = 1;
+  view.toward = cross(view.right, view.up);
+  view.plane = {right, up};
+  return view;
 }
 
 void enlarge_thin(std::vector<Surface>& surfaces, Box& box) {
@@ -99,20 +83,19 @@ void enlarge_thin(std::vector<Surface>& surfaces, Box& box) {
   const double size = std::max(std::abs(box.low[second]), std::abs(box.high[second]));
   if (extent(second) <= noise * size) return;
   if (extent(second) >= thinnest * extent(longest)) return;
-  // A round factor, and no more than is wanted.
+  // A round factor that does not exceed the wanted one.
   const double wanted = shown_width * extent(longest) / extent(second);
   const double factor = 1 / round_step(1 / wanted);
-  for (const std::size_t c : {second, third}) box.enlarged[c] = factor;
-  for (Surface& surface : surfaces) {
-    for (std::size_t p = 0; p < surface.points.size(); ++p) {
-      if (surface.absent[p] != 0) continue;
-      Point& point = surface.points[p];
-      for (const std::size_t c : {second, third}) {
-        point[c] = static_cast<float>(box.drawn(c, point[c]));
+  for (const std::size_t c : {second, third}) {
+    box.enlarged[c] = factor;
+    for (Surface& surface : surfaces) {
+      for (std::size_t p = 0; p < surface.points.size(); ++p) {
+        float& value = surface.points[p][c];
+        if (surface.absent[p] == 0) value = static_cast<float>(box.drawn(c, value));
       }
     }
+    box.high[c] = box.drawn(c, box.high[c]);
   }
-  for (const std::size_t c : {second, third}) box.high[c] = box.drawn(c, box.high[c]);
 }
 
 }  // namespace p3dgrid::tool::plot

@@ -1,14 +1,13 @@
 #pragma once
 
 #include <array>
+#include <cmath>
 #include <optional>
 #include <vector>
 
 #include "plot/surface.hpp"
 
 namespace p3dgrid::tool::plot {
-
-using Vector = std::array<double, 3>;
 
 [[nodiscard]] inline double dot(const Vector& a, const Vector& b) {
   return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
@@ -18,48 +17,71 @@ using Vector = std::array<double, 3>;
   return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
 }
 
-/// The corners of the box around the points shown, as they are drawn. Of what would be too thin to
-/// see, coordinates are enlarged from the low corner on.
+/// The bounding box of the surfaces as drawn. Coordinates in which it would be too thin to see are
+/// enlarged, starting from the low corner.
 struct Box {
   Vector low{};
   Vector high{};
-  Vector enlarged = {1, 1, 1};  ///< by so much
+  Vector enlarged = {1, 1, 1};  ///< factors
 
-  /// Where a coordinate is drawn, and the coordinate that is drawn there.
+  /// Where a coordinate is drawn.
   [[nodiscard]] double drawn(std::size_t coordinate, double value) const {
     return low[coordinate] + (value - low[coordinate]) * enlarged[coordinate];
   }
+  /// The inverse of `drawn`.
   [[nodiscard]] double value(std::size_t coordinate, double place) const {
     return low[coordinate] + (place - low[coordinate]) / enlarged[coordinate];
   }
 
-  [[nodiscard]] double diagonal() const;
+  [[nodiscard]] double diagonal() const {
+    return std::hypot(high[0] - low[0], high[1] - low[1], high[2] - low[2]);
+  }
   /// A corner by its number, 0 to 7: bit c set for the high end of coordinate c.
-  [[nodiscard]] Vector corner(unsigned number) const;
+  [[nodiscard]] Vector corner(unsigned number) const {
+    const auto end = [&](unsigned c) { return (number >> c & 1U) != 0 ? high[c] : low[c]; };
+    return {end(0), end(1), end(2)};
+  }
 };
 
-/// Nothing when no point is there.
+/// None if all points are absent.
 [[nodiscard]] std::optional<Box> box_of(const std::vector<Surface>& surfaces);
 
-/// Enlarges the coordinates of points in a box so long that its width would not show, by one factor
-/// for all that are thin, so that it does; leaves others as they are.
+/// Enlarges the two shorter extents of a long and thin box, and its points, by one factor.
 void enlarge_thin(std::vector<Surface>& surfaces, Box& box);
 
-/// From where the surfaces are looked at, without perspective. The three are unit vectors.
+/// The direction of a parallel projection, as three unit vectors.
 struct View {
   Vector right{};
   Vector up{};
   Vector toward{};  ///< toward the eye
   /// Of a view along a coordinate axis: the coordinates that run to the right and up.
-  std::optional<std::array<std::size_t, 2>> plane;
+  std::optional<std::array<std::size_t, 2>> plane = {};
 };
 
 /// Degrees: the azimuth is counted from x toward y, the elevation from the x-y plane toward z.
 [[nodiscard]] View view_from(double azimuth, double elevation);
 
-/// The view along a coordinate axis in which every surface is seen unforeshortened, because that
-/// coordinate is the same all over it, or varies less than others; nothing where there is none.
+/// The view along the coordinate axis that is normal to every surface; none if there is no such
+/// axis.
 [[nodiscard]] std::optional<View> flat_view_of(const std::vector<Surface>& surfaces,
                                                const Box& box);
+
+/// Maps places of the grid to pixels.
+struct Projection {
+  View view = {};
+  double scale = 1;   ///< pixels per unit of length
+  double left = 0;    ///< the left edge in grid units along `view.right`
+  double top = 0;     ///< the top edge along `view.up`
+  double middle = 0;  ///< of the box along `view.toward`; keeps depths small and thus exact
+
+  [[nodiscard]] double x(const Vector& place) const {
+    return scale * (dot(view.right, place) - left);
+  }
+  [[nodiscard]] double y(const Vector& place) const { return scale * (top - dot(view.up, place)); }
+  /// Larger where it is nearer to the eye.
+  [[nodiscard]] double depth(const Vector& place) const {
+    return scale * (dot(view.toward, place) - middle);
+  }
+};
 
 }  // namespace p3dgrid::tool::plot

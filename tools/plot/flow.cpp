@@ -1,0 +1,152 @@
+#include "plot/flow.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <functional>
+
+#include "failure.hpp"
+#include "primitive.hpp"
+#include "restart_file.hpp"
+#include "restart_stream.hpp"
+#include "table.hpp"
+
+namespace p3dgrid::tool::plot {
+namespace {
+
+using mod_p3dgrid::integer;
+using Values = std::span<const float>;
+
+float as_read(Values values, double) {
+  return values[0];
+}
+
+/// From density and one component of the momentum.
+float velocity(Values values, double) {
+  return values[1] / values[0];
+}
+
+float pressure(Values conserved, double gamma) {
+  return static_cast<float>(primitive_of(conserved, gamma).pressure);
+}
+
+float mach_number(Values conserved, double gamma) {
+  const Primitive at = primitive_of(conserved, gamma);
+  const double speed = std::hypot(at.u, at.v, at.w);
+  return static_cast<float>(speed / std::sqrt(gamma * at.pressure / at.density));
+}
+
+const std::array named = {
+    FlowVariable{"rho", "Density \u03c1", "\u03c1", {1}, false, as_read},
+    FlowVariable{"u", "Velocity u", "u", {1, 2}, false, velocity},
+    FlowVariable{"v", "Velocity v", "v", {1, 3}, false, velocity},
+    FlowVariable{"w", "Velocity w", "w", {1, 4}, false, velocity},
+    FlowVariable{"p", "Pressure p", "p", {1, 2, 3, 4, 5}, true, pressure},
+    FlowVariable{"mach", "Mach number", "Mach", {1, 2, 3, 4, 5}, true, mach_number},
+};
+
+FlowVariable numbered(integer number, Layout layout) {
+  constexpr const char* titles[] = {"Density \u03c1", "Momentum \u03c1u", "Momentum \u03c1v",
+                                    "Momentum \u03c1w", "Energy e"};
+  constexpr const char* labels[] = {"\u03c1", "\u03c1u", "\u03c1v", "\u03c1w", "e"};
+  const std::string text = std::to_string(number);
+  FlowVariable variable{
+      "variable " + text, "Variable " + text, "variable " + text, {number}, false, as_read};
+  if (layout == Layout::solution && number <= solution_variables) {
+    variable.title = titles[number - 1];
+    variable.label = labels[number - 1];
+  }
+  return variable;
+}
+
+/// The variable asked for, in a file of so many variables.
+FlowVariable variable_wanted(const Request& request, Layout layout, integer variables) {
+  const std::string text = request.variable.empty() ? std::string("1") : request.variable;
+  const auto refuse = [&](const std::string& why) {
+    throw Failure(ExitStatus::unusable, request.restart_path + ": " + why + "; --variable 1 to " +
+                                            std::to_string(variables) + " can be shown");
+  };
+  const auto known = std::ranges::find(named, text, &FlowVariable::name);
+  if (known != named.end()) {
+    if (layout != Layout::solution) {
+      refuse("only of layout 2 is it known which variable is '" + text + "'");
+    }
+    if (known->needs.back() > variables) refuse("has no momentum and energy to give " + text);
+    return *known;
+  }
+  const integer number = number_in(text);
+  if (number > variables) {
+    refuse("holds " + counted(variables, "variable") + " and no variable " + text);
+  }
+  return numbered(number, layout);
+}
+
+/// The value at a point, counted from 0 over all blocks.
+using ValueAt = std::function<float(std::int64_t point)>;
+
+/// Sets the surfaces' values.
+/// @param read  reads a variable of the file; the result is valid until the next call
+void evaluate(std::vector<Surface>& surfaces, const FlowVariable& variable, double gamma,
+              const std::function<ValueAt(integer variable)>& read) {
+  const std::size_t needs = variable.needs.size();
+  std::vector<std::vector<float>> needed(surfaces.size());  // point after point
+  for (std::size_t n = 0; n < needs; ++n) {
+    const ValueAt value_at = read(variable.needs[n]);
+    for (std::size_t s = 0; s < surfaces.size(); ++s) {
+      needed[s].resize(surfaces[s].points.size() * needs);
+      std::size_t at = n;
+      surfaces[s].for_each_index([&](std::int64_t point) {
+        needed[s][at] = value_at(point);
+        at += needs;
+      });
+    }
+  }
+  for (std::size_t s = 0; s < surfaces.size(); ++s) {
+    for (std::size_t at = 0; at < needed[s].size(); at += needs) {
+      const Values values(needed[s].data() + at, needs);
+      surfaces[s].values.push_back(variable.from(values, gamma));
+    }
+  }
+}
+
+}  // namespace
+
+std::string known_names() {
+  std::string names;
+  for (const FlowVariable& variable : named) {
+    names.append(names.empty() ? "" : ", ").append(variable.name);
+  }
+  return names;
+}
+
+bool may_be_variable(const std::string& text) {
+  return std::ranges::find(named, text, &FlowVariable::name) != named.end() || number_in(text) > 0;
+}
+
+FlowVariable take_values(std::vector<Surface>& surfaces, const Request& request,
+                         const Case& found) {
+  const RestartForm& form = found.restart.restart();
+  const std::optional<Extents> extents = found.extents;
+  // Text is slow and hence read once. To a reader of one variable, single-precision files of layout
+  // 100 have another form.
+  const bool whole =
+      form.coding.encoding == Encoding::formatted ||
+      (form.layout == Layout::triplets && !reads_triplets(traits_of(form.layout), form.coding));
+  if (whole) {
+    const Restart restart = read_restart(request.restart_path, found.restart, extents);
+    const auto variable = variable_wanted(request, form.layout, restart.variables());
+    evaluate(surfaces, variable, request.gamma, [&](integer number) -> ValueAt {
+      return [&, number](std::int64_t point) { return restart.flow(number, point + 1); };
+    });
+    return variable;
+  }
+  RestartStream stream(request.restart_path, found.restart, extents);
+  const auto variable = variable_wanted(request, form.layout, stream.begin().variables());
+  evaluate(surfaces, variable, request.gamma, [&](integer number) -> ValueAt {
+    const auto values = stream.read(number);
+    return [values](std::int64_t point) { return values[static_cast<std::size_t>(point)]; };
+  });
+  return variable;
+}
+
+}  // namespace p3dgrid::tool::plot
