@@ -3,7 +3,7 @@
 
 #include "agreement.hpp"
 #include "any_file.hpp"
-#include "commands.hpp"
+#include "command.hpp"
 #include "console.hpp"
 #include "failure.hpp"
 #include "options.hpp"
@@ -68,30 +68,29 @@ void check(const CheckOptions& options) {
 
 }  // namespace
 
-Command add_check(CLI::App& program) {
-  CLI::App* line = program.add_subcommand(
-      "check",
-      "Look for damage in a grid or restart file, or in both and whether they belong together");
+Command check_command() {
   const auto options = std::make_shared<CheckOptions>();
-  add_path(*line, "FILE", options->file.path, "Grid file, or restart file alone");
-  add_path(*line, "RESTART", options->restart_path, "Restart (flow-solution) file of that grid")
-      ->required(false);
-  add_grid_options(*line, options->file.grid);
-  add_restart_options(*line, options->file.restart);
-  line->footer(
-      "Exit status: 0 all is well, 1 a file is damaged or the two do not belong together, 2 it\n"
-      "cannot be told.\n\n"
-      "Examples:\n"
-      "  p3dgrid check grid.p3d\n"
-      "  p3dgrid check flow.q\n"
-      "  p3dgrid check grid.p3d flow.q\n"
-      "  p3dgrid check grid.txt flow.q --restart-precision single");
-  // The command line is gone when the work begins.
-  line->callback([options, line] {
-    options->file.grid_option = given_grid_option(*line);
-    options->file.restart_option = given_restart_option(*line);
-  });
-  return {line, [options] { check(*options); }};
+  AnyFile& file = options->file;
+  Command command{
+      .name = "check",
+      .meaning =
+          "Look for damage in a grid or restart file, or in both and whether they belong together",
+      .footer =
+          "Exit status: 0 all is well, 1 a file is damaged or the two do not belong together, 2 "
+          "it\n"
+          "cannot be told.\n\n"
+          "Examples:\n"
+          "  p3dgrid check grid.p3d\n"
+          "  p3dgrid check flow.q\n"
+          "  p3dgrid check grid.p3d flow.q\n"
+          "  p3dgrid check grid.txt flow.q --restart-precision single",
+      .arguments = {{"FILE", &file.path, "Grid file, or restart file alone"},
+                    {"RESTART", &options->restart_path, "Restart (flow-solution) file of that grid",
+                     Argument::Presence::optional}},
+      .run = [options] { check(*options); }};
+  add_grid_options(command, file.grid, &file.grid_option);
+  add_restart_options(command, file.restart, &file.restart_option);
+  return command;
 }
 
 }  // namespace p3dgrid::tool

@@ -1,7 +1,7 @@
 #include <memory>
 #include <string>
 
-#include "commands.hpp"
+#include "command.hpp"
 #include "console.hpp"
 #include "failure.hpp"
 #include "grid_file.hpp"
@@ -59,21 +59,23 @@ void convert(const ConvertOptions& options) {
 
 }  // namespace
 
-Command add_convert(CLI::App& program) {
-  CLI::App* line =
-      program.add_subcommand("convert", "Write a grid in another encoding or precision");
+Command convert_command() {
   const auto options = std::make_shared<ConvertOptions>();
-  add_path(*line, "GRID", options->input, "Grid file to read");
-  add_path(*line, "OUT", options->output, "Grid file to write; replaced whole or not at all");
-  add_grid_options(*line, options->stated);
-  add_target_options(*line, options->change);
-  line->footer(
-      "Coordinates pass through single precision, also from double to double.\n\n"
-      "Examples:\n"
-      "  p3dgrid convert grid.p3d grid.txt --to-format formatted\n"
-      "  p3dgrid convert grid.txt grid.p3d --to-format unformatted --to-byte-order big\n"
-      "  p3dgrid convert grid.p3d grid.bin --to-format binary --to-precision double");
-  return {line, [options] { convert(*options); }};
+  Command command{
+      .name = "convert",
+      .meaning = "Write a grid in another encoding or precision",
+      .footer =
+          "Coordinates pass through single precision, also from double to double.\n\n"
+          "Examples:\n"
+          "  p3dgrid convert grid.p3d grid.txt --to-format formatted\n"
+          "  p3dgrid convert grid.txt grid.p3d --to-format unformatted --to-byte-order big\n"
+          "  p3dgrid convert grid.p3d grid.bin --to-format binary --to-precision double",
+      .arguments = {{"GRID", &options->input, "Grid file to read"},
+                    {"OUT", &options->output, "Grid file to write; replaced whole or not at all"}},
+      .run = [options] { convert(*options); }};
+  add_grid_options(command, options->stated);
+  add_target_options(command, options->change);
+  return command;
 }
 
 }  // namespace p3dgrid::tool

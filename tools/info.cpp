@@ -3,7 +3,7 @@
 
 #include "agreement.hpp"
 #include "any_file.hpp"
-#include "commands.hpp"
+#include "command.hpp"
 #include "console.hpp"
 #include "failure.hpp"
 #include "grid_info.hpp"
@@ -54,27 +54,28 @@ void print_info(const InfoOptions& options) {
 
 }  // namespace
 
-Command add_info(CLI::App& program) {
-  CLI::App* line = program.add_subcommand("info", "Show what a file is and what is in it");
+Command info_command() {
   const auto options = std::make_shared<InfoOptions>();
-  add_path(*line, "FILE", options->input.path,
-           "Grid file or restart file; which of the two is found out, or follows from any option");
-  add_grid_options(*line, options->input.grid);
-  add_restart_options(*line, options->input.restart);
-  add_grid_of_restart(*line, options->grid_path);
-  line->add_flag("--json", options->json, "Print the same for programs, and nothing else");
-  line->footer(
-      "Examples:\n"
-      "  p3dgrid info grid.p3d\n"
-      "  p3dgrid info flow.q --json\n"
-      "  p3dgrid info grid.bin --grid-format binary --grid-iblank yes\n"
-      "  p3dgrid info flow.rst --layout 102 --grid grid.p3d");
-  // The command line is gone when the work begins.
-  line->callback([options, line] {
-    options->input.grid_option = given_grid_option(*line);
-    options->input.restart_option = given_restart_option(*line);
-  });
-  return {line, [options] { print_info(*options); }};
+  AnyFile& input = options->input;
+  Command command{
+      .name = "info",
+      .meaning = "Show what a file is and what is in it",
+      .footer =
+          "Examples:\n"
+          "  p3dgrid info grid.p3d\n"
+          "  p3dgrid info flow.q --json\n"
+          "  p3dgrid info grid.bin --grid-format binary --grid-iblank yes\n"
+          "  p3dgrid info flow.rst --layout 102 --grid grid.p3d",
+      .arguments = {{"FILE", &input.path,
+                     "Grid file or restart file; which of the two is found out, or follows from "
+                     "any option"}},
+      .run = [options] { print_info(*options); }};
+  add_grid_options(command, input.grid, &input.grid_option);
+  add_restart_options(command, input.restart, &input.restart_option);
+  add_grid_of_restart(command, options->grid_path);
+  command.options.push_back(
+      {"--json", &options->json, "Print the same for programs, and nothing else"});
+  return command;
 }
 
 }  // namespace p3dgrid::tool

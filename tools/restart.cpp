@@ -2,7 +2,7 @@
 #include <string>
 
 #include "agreement.hpp"
-#include "commands.hpp"
+#include "command.hpp"
 #include "console.hpp"
 #include "failure.hpp"
 #include "options.hpp"
@@ -131,27 +131,30 @@ void convert_restart(const RestartOptions& options) {
 
 }  // namespace
 
-Command add_restart(CLI::App& program) {
-  CLI::App* line = program.add_subcommand(
-      "restart", "Write a restart (flow-solution) file in another encoding, precision or layout");
+Command restart_command() {
   const auto options = std::make_shared<RestartOptions>();
-  add_path(*line, "GRID", options->grid_path, "Grid file to which the solution belongs");
-  add_path(*line, "RESTART", options->input, "Restart file to read");
-  add_path(*line, "OUT", options->output, "Restart file to write; replaced whole or not at all");
-  add_grid_options(*line, options->grid);
-  add_restart_options(*line, options->stated);
-  add_restart_target_options(*line, options->change, options->values);
-  line->add_flag("--stream", options->stream,
-                 "Hold one variable at a time, the others in temporary files beside OUT; at most "
-                 "15 variables");
-  line->footer(
-      "Flow variables pass through single precision, also from double to double.\n\n"
-      "Examples:\n"
-      "  p3dgrid restart grid.p3d flow.q flow.txt --to-format formatted\n"
-      "  p3dgrid restart grid.p3d flow.q flow.rst --to-layout 1 --step 400 --step-size 0.5\n"
-      "  p3dgrid restart grid.p3d flow.rst flow.q --to-layout 2 --mach 0.3\n"
-      "  p3dgrid restart --stream grid.p3d flow.q flow.rst --to-layout 1");
-  return {line, [options] { convert_restart(*options); }};
+  Command command{
+      .name = "restart",
+      .meaning = "Write a restart (flow-solution) file in another encoding, precision or layout",
+      .footer =
+          "Flow variables pass through single precision, also from double to double.\n\n"
+          "Examples:\n"
+          "  p3dgrid restart grid.p3d flow.q flow.txt --to-format formatted\n"
+          "  p3dgrid restart grid.p3d flow.q flow.rst --to-layout 1 --step 400 --step-size 0.5\n"
+          "  p3dgrid restart grid.p3d flow.rst flow.q --to-layout 2 --mach 0.3\n"
+          "  p3dgrid restart --stream grid.p3d flow.q flow.rst --to-layout 1",
+      .arguments = {{"GRID", &options->grid_path, "Grid file to which the solution belongs"},
+                    {"RESTART", &options->input, "Restart file to read"},
+                    {"OUT", &options->output,
+                     "Restart file to write; replaced whole or not at all"}},
+      .run = [options] { convert_restart(*options); }};
+  add_grid_options(command, options->grid);
+  add_restart_options(command, options->stated);
+  add_target_options(command, options->change, options->values);
+  command.options.push_back({"--stream", &options->stream,
+                             "Hold one variable at a time, the others in temporary files beside "
+                             "OUT; at most 15 variables"});
+  return command;
 }
 
 }  // namespace p3dgrid::tool

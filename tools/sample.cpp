@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "commands.hpp"
+#include "command.hpp"
 #include "console.hpp"
 #include "cylinder.hpp"
 #include "cylinder_flow.hpp"
@@ -125,15 +125,16 @@ void write_sample(const SampleOptions& options) {
 
 }  // namespace
 
-Command add_sample(CLI::App& program) {
-  CLI::App* line = program.add_subcommand(
-      "sample",
-      "Write a small case to try everything on: a cylinder in cross flow, grid and solutions");
+Command sample_command() {
   const auto options = std::make_shared<SampleOptions>();
-  add_path(*line, "DIR", options->folder, "Folder for the files; made if it is not there");
-  line->add_flag("--replace", options->replace, "Write over files of an earlier sample");
-  line->footer("Example:\n  p3dgrid sample demo");
-  return {line, [options] { write_sample(*options); }};
+  return {
+      .name = "sample",
+      .meaning =
+          "Write a small case to try everything on: a cylinder in cross flow, grid and solutions",
+      .footer = "Example:\n  p3dgrid sample demo",
+      .arguments = {{"DIR", &options->folder, "Folder for the files; made if it is not there"}},
+      .options = {{"--replace", &options->replace, "Write over files of an earlier sample"}},
+      .run = [options] { write_sample(*options); }};
 }
 
 }  // namespace p3dgrid::tool

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "agreement.hpp"
-#include "commands.hpp"
+#include "command.hpp"
 #include "console.hpp"
 #include "failure.hpp"
 #include "grid_file.hpp"
@@ -147,31 +147,37 @@ void export_tecplot(const TecplotOptions& options) {
 
 }  // namespace
 
-Command add_tecplot(CLI::App& program) {
-  CLI::App* line = program.add_subcommand(
-      "tecplot", "Write a grid with its flow solution as a Tecplot text file");
+Command tecplot_command() {
   const auto options = std::make_shared<TecplotOptions>();
-  add_path(*line, "GRID", options->grid_path, "Grid file to which the solution belongs");
-  add_path(*line, "RESTART", options->restart_path, "Restart file of five variables");
-  add_path(*line, "OUT", options->output, "Tecplot file to write; replaced whole or not at all");
-  add_grid_options(*line, options->grid);
-  add_restart_options(*line, options->restart);
-  line->add_flag("--iblank", options->iblank,
-                 "Add the blanking values, those of the grid or else 1");
-  CLI::Option* gamma = add_gamma(*line, options->gamma, "the pressure");
-  line->add_flag("--as-stored", options->as_stored,
-                 "Write the five variables of a PLOT3D solution in their order")
-      ->excludes(gamma);
-  line->footer(
-      "The columns U, V, W, P and RHO are velocities, pressure and density, which are worked out\n"
-      "from a PLOT3D solution (layout 2). Of other layouts, and with --as-stored, they are the "
-      "five\n"
-      "variables in the order of the file, whatever these are.\n\n"
-      "Examples:\n"
-      "  p3dgrid tecplot grid.p3d flow.q flow.dat\n"
-      "  p3dgrid tecplot grid.p3d flow.q flow.dat --iblank --gamma 1.3\n"
-      "  p3dgrid tecplot grid.p3d flow.q flow.dat --as-stored");
-  return {line, [options] { export_tecplot(*options); }};
+  Command command{
+      .name = "tecplot",
+      .meaning = "Write a grid with its flow solution as a Tecplot text file",
+      .footer =
+          "The columns U, V, W, P and RHO are velocities, pressure and density, which are worked "
+          "out\n"
+          "from a PLOT3D solution (layout 2). Of other layouts, and with --as-stored, they are the "
+          "five\n"
+          "variables in the order of the file, whatever these are.\n\n"
+          "Examples:\n"
+          "  p3dgrid tecplot grid.p3d flow.q flow.dat\n"
+          "  p3dgrid tecplot grid.p3d flow.q flow.dat --iblank --gamma 1.3\n"
+          "  p3dgrid tecplot grid.p3d flow.q flow.dat --as-stored",
+      .arguments = {{"GRID", &options->grid_path, "Grid file to which the solution belongs"},
+                    {"RESTART", &options->restart_path, "Restart file of five variables"},
+                    {"OUT", &options->output,
+                     "Tecplot file to write; replaced whole or not at all"}},
+      .run = [options] { export_tecplot(*options); }};
+  add_grid_options(command, options->grid);
+  add_restart_options(command, options->restart);
+  command.options.push_back(
+      {"--iblank", &options->iblank, "Add the blanking values, those of the grid or else 1"});
+  command.options.push_back(gamma_option(options->gamma, "the pressure"));
+  command.options.push_back(
+      {.name = "--as-stored",
+       .target = &options->as_stored,
+       .meaning = "Write the five variables of a PLOT3D solution in their order",
+       .excludes = "--gamma"});
+  return command;
 }
 
 }  // namespace p3dgrid::tool
