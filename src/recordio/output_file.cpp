@@ -9,6 +9,7 @@
 #include <cstring>
 #include <utility>
 
+#include "recordio/progress.hpp"
 #include "state/run_end.hpp"
 
 namespace mod_p3dgrid::recordio {
@@ -118,12 +119,15 @@ void OutputFile::write_at(const char* source, std::size_t bytes, std::int64_t at
   if (descriptor_ == closed) return;
   while (bytes > 0) {
     const ssize_t taken =
-        has_size_ ? ::pwrite(descriptor_, source, bytes, at) : ::write(descriptor_, source, bytes);
+        has_size_ ? ::pwrite(descriptor_, source, std::min(bytes, most_bytes_per_call), at)
+                  : ::write(descriptor_, source, bytes);
     if (taken < 0 && errno == EINTR) continue;
     if (taken <= 0) fail("cannot write", taken < 0 ? errno : EIO);
     source += taken;
     at += taken;
     bytes -= static_cast<std::size_t>(taken);
+    moved_ += taken;
+    if (has_size_) report_progress({path_, true, moved_});
   }
 }
 

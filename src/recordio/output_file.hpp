@@ -65,6 +65,7 @@ class OutputFile {
   bool has_size_ = false;     ///< a regular file, which is written at places of our choice
   std::int64_t space_ = 0;    ///< bytes that the file had or that were asked for, from the start
   std::int64_t written_ = 0;  ///< bytes handed to the system, all from the start
+  std::int64_t moved_ = 0;    ///< bytes handed to the system, ahead of `written_` too
   std::size_t used_ = 0;      ///< bytes in the buffer, behind those
 };
 
