@@ -6,7 +6,6 @@
 #include <MOD_P3DReader.hpp>
 #include <cerrno>
 #include <cstdio>
-#include <mutex>
 #include <string>
 #include <system_error>
 #include <utility>
@@ -26,7 +25,6 @@ std::string printable(std::string_view text) {
 }
 
 constexpr const char* erase_line = "\r\x1b[K";
-std::mutex printing;
 bool status_shown = false;
 
 void remember_output_error() {
@@ -59,7 +57,6 @@ std::string fitted_to_terminal(const std::string& line) {
 
 // Standard output is emptied first, so that in a shared log both streams keep their order.
 void print_error_line(std::string_view prefix, std::string_view text) {
-  const std::lock_guard lock(printing);
   erase_status();
   flush_output();
   write_line(stderr, std::string(prefix).append(text).append("\n"));
@@ -80,7 +77,6 @@ void print_line(std::string_view line) {
 }
 
 void print_text(std::string_view text) {
-  const std::lock_guard lock(printing);
   erase_status();
   write_line(stdout, std::string(text).append("\n"));
 }
@@ -110,7 +106,6 @@ void print_failure(std::string_view text) {
 }
 
 void show_status(const std::string& line) {
-  const std::lock_guard lock(printing);
   flush_output();
   erase_status();
   if (line.empty()) return;

@@ -37,7 +37,7 @@ void print_note(std::string_view text);
 void print_failure(std::string_view text);
 
 /// A line on standard error that is written over by the next one, and gone before anything else is
-/// printed; empty for none. Other threads may call this.
+/// printed; empty for none.
 void show_status(const std::string& line);
 
 /// Writes out what standard output still holds. Throws a Failure if any of it was lost since the
