@@ -1,4 +1,4 @@
-"""The README's commands, run as they stand there, and its example of a host, built and run."""
+"""Runs the README's commands, and builds and runs its example host."""
 
 import os
 import pathlib
@@ -78,7 +78,7 @@ class Host(ToolTest):
         self.assertIn("first point: 0.1 -1e-30 10\n", self.run_checked("build/host"))
 
     def test_example_without_cmake(self):
-        """With the compiler of the build in the place of c++."""
+        """Uses the compiler of the build in place of c++."""
         if not shutil.which("pkg-config"):
             self.skipTest("no pkg-config")
         *_, command = fenced(THIS)
