@@ -1,11 +1,10 @@
 #include <memory>
 #include <string>
 
-#include "agreement.hpp"
-#include "any_file.hpp"
 #include "command.hpp"
 #include "console.hpp"
 #include "failure.hpp"
+#include "input_files.hpp"
 #include "options.hpp"
 #include "table.hpp"
 
@@ -17,40 +16,28 @@ struct CheckOptions {
   std::string restart_path;
 };
 
-constexpr Usage usage = {
-    .pair = [](const std::string& grid,
-               const std::string& restart) { return "p3dgrid check " + grid + " " + restart; },
-    .grid_alone =
-        [](const std::string& grid) {
-          return "'p3dgrid check " + grid + "' looks for damage in it";
-        },
-};
+constexpr Usage usage = {.command_line = "p3dgrid check GRID RESTART",
+                         .grid_alone = "'p3dgrid check GRID' looks for damage in it"};
 
-/// Bytes that no reading asks for are damage here, though they can be left out.
+/// Bytes after the last record are damage here, although readers can ignore them.
 void require_end(const std::string& path, const Found& found) {
   const Reading& reading = found.reading;
   const bool part = reading.fit.agreement == Fit::Agreement::so_far;
   const Fit fit = part ? fit_of(path, reading) : reading.fit;
   if (fit.whole()) return;
-  throw Failure(ExitStatus::mismatch,
-                path + ": " + fit.what + "; taken as " + describe(found.reading));
-}
-
-std::string contents_of(const Reading& reading) {
-  const Extents& extents = *reading.extents;
-  return describe(reading) + "; " + counted(extents.blocks(), "block") + ", " +
-         counted(extents.points(), "point");
+  throw Mismatch(path + ": " + fit.what + "; taken as " + describe(found.reading));
 }
 
 void check_alone(const AnyFile& file) {
-  const Found found = prove_file(file);
+  const Found found = find_file(file, Look::everywhere);
   if (!found.reading.checked) {
-    throw Failure(ExitStatus::unusable, file.path + ": is " + describe(found.reading) +
-                                            ", which holds no extents; 'p3dgrid check GRID " +
-                                            file.path + "' takes them from its grid");
+    throw Unusable(file.path + ": is " + describe(found.reading) +
+                   ", which holds no extents; 'p3dgrid check GRID " + file.path +
+                   "' takes them from its grid");
   }
   require_end(file.path, found);
-  print_line(file.path + ": no damage found; " + contents_of(found.reading));
+  print_line(file.path + ": no damage found; " + describe(found.reading) + "; " +
+             counted(*found.reading.extents));
 }
 
 void check_pair(const CheckOptions& options) {

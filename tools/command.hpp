@@ -1,11 +1,12 @@
 #pragma once
 
 #include <functional>
-#include <mod_p3dgrid/logical.hpp>
 #include <optional>
 #include <string>
 #include <variant>
 #include <vector>
+
+#include "library.hpp"
 
 namespace p3dgrid::tool {
 
@@ -13,26 +14,26 @@ namespace p3dgrid::tool {
 using Check = std::function<std::string(const std::string& text)>;
 
 /// Where the value of an option goes. `bool` makes it a flag, a vector takes two numbers.
-using Target = std::variant<bool*, mod_p3dgrid::integer*, double*, std::string*,
-                            std::vector<double>*, std::optional<mod_p3dgrid::integer>*,
-                            std::optional<double>*, std::function<void(const std::string&)>>;
+using Target = std::variant<bool*, integer*, double*, std::string*, std::vector<double>*,
+                            std::optional<integer>*, std::optional<double>*,
+                            std::function<void(const std::string&)>>;
 
 /// Refuses an empty name.
 [[nodiscard]] std::string not_empty(const std::string& text);
 
 /// Accept numbers from `low` to `high`.
-[[nodiscard]] Check in_range(mod_p3dgrid::integer low, mod_p3dgrid::integer high);
+[[nodiscard]] Check in_range(integer low, integer high);
 [[nodiscard]] Check in_range(double low, double high);
 
 struct Option {
   std::string name;
   Target target;
   std::string meaning;
-  std::string value_name = {};  ///< for the help; empty for the usual name of its type
+  std::string value_name = {};  ///< in the help; empty for the name of its type
   Check check = {};
-  std::vector<std::string> choices = {};  ///< all values that it may have, where they are few
-  std::string group = {};                 ///< heading in the help; empty for the usual one
-  std::string excludes = {};              ///< an option that must not be given as well
+  std::vector<std::string> choices = {};  ///< its possible values; empty for any
+  std::string group = {};                 ///< heading in the help; empty for the default
+  std::string excludes = {};              ///< an option that cannot be given together with it
 };
 
 /// A file or folder that a command works on.
@@ -40,7 +41,7 @@ struct Argument {
   enum class Presence {
     required,
     optional,
-    last,  ///< required, and the last one given, so that the one before it may be left out
+    last,  ///< required; takes the last word, so that the one before it may be left out
   };
 
   std::string name;
@@ -66,5 +67,17 @@ struct Command {
 [[nodiscard]] Command restart_command();
 [[nodiscard]] Command tecplot_command();
 [[nodiscard]] Command plot_command();
+
+/// A parsed command line: a command to run, or else a text to print (help, version).
+struct Request {
+  std::function<void()> run = {};
+  std::string text;
+  bool quiet = false;
+  bool verbose = false;
+  bool no_progress = false;
+};
+
+/// Throws a Failure for a wrong command line.
+[[nodiscard]] Request read_command_line(int argc, const char* const* argv);
 
 }  // namespace p3dgrid::tool

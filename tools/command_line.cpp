@@ -1,5 +1,3 @@
-#include "command_line.hpp"
-
 #include <CLI/CLI.hpp>
 #include <array>
 #include <memory>
@@ -17,7 +15,7 @@ constexpr std::array all_commands = {sample_command, info_command,    convert_co
                                      check_command,  restart_command, tecplot_command,
                                      plot_command};
 
-/// Shows in the usage line that an argument which takes the last word cannot be left out.
+/// Shows the last argument without brackets in the usage line.
 class UsageFormatter : public CLI::Formatter {
  public:
   explicit UsageFormatter(std::string last) : last_(std::move(last)) {}
@@ -36,7 +34,7 @@ void add_argument(CLI::App& line, const Argument& argument) {
       ->type_name("");
 }
 
-/// Moves the last word to the argument that takes it, however many there are.
+/// Moves the last word to the argument that takes it, if an optional one before it was left out.
 void take_last(CLI::App& line, const Argument& last, std::string& before) {
   line.formatter(std::make_shared<UsageFormatter>(last.name));
   line.callback([&before, &text = *last.target, name = last.name] {
@@ -54,26 +52,23 @@ void add_arguments(CLI::App& line, const std::vector<Argument>& arguments) {
   }
 }
 
-struct OptionAdder {
-  CLI::App& line;
-  const Option& option;
-
-  CLI::Option* operator()(bool* flag) const {
-    return line.add_flag(option.name, *flag, option.meaning);
-  }
-  CLI::Option* operator()(std::vector<double>* pair) const {
-    return line.add_option(option.name, *pair, option.meaning)->expected(2);
-  }
-  CLI::Option* operator()(const std::function<void(const std::string&)>& take) const {
-    return line.add_option_function<std::string>(option.name, take, option.meaning);
-  }
-  CLI::Option* operator()(auto* value) const {
-    return line.add_option(option.name, *value, option.meaning);
-  }
-};
+CLI::Option* add_option_for(CLI::App& line, const Option& option, bool* flag) {
+  return line.add_flag(option.name, *flag, option.meaning);
+}
+CLI::Option* add_option_for(CLI::App& line, const Option& option, std::vector<double>* pair) {
+  return line.add_option(option.name, *pair, option.meaning)->expected(2);
+}
+CLI::Option* add_option_for(CLI::App& line, const Option& option,
+                            const std::function<void(const std::string&)>& take) {
+  return line.add_option_function<std::string>(option.name, take, option.meaning);
+}
+CLI::Option* add_option_for(CLI::App& line, const Option& option, auto* value) {
+  return line.add_option(option.name, *value, option.meaning);
+}
 
 void add_option(CLI::App& line, const Option& option) {
-  CLI::Option* const added = std::visit(OptionAdder{line, option}, option.target);
+  CLI::Option* const added = std::visit(
+      [&](const auto& target) { return add_option_for(line, option, target); }, option.target);
   if (!option.value_name.empty()) added->type_name(option.value_name);
   if (option.check) added->check(option.check);
   if (!option.choices.empty()) {
@@ -136,12 +131,12 @@ std::string not_empty(const std::string& text) {
   return text.empty() ? "the name is empty" : "";
 }
 
-Check in_range(mod_p3dgrid::integer low, mod_p3dgrid::integer high) {
-  return [range = CLI::Range(low, high)](const std::string& text) { return range(text); };
+Check in_range(integer low, integer high) {
+  return CLI::Range(low, high);
 }
 
 Check in_range(double low, double high) {
-  return [range = CLI::Range(low, high)](const std::string& text) { return range(text); };
+  return CLI::Range(low, high);
 }
 
 Request read_command_line(int argc, const char* const* argv) {
@@ -171,9 +166,7 @@ Request read_command_line(int argc, const char* const* argv) {
   for (const Command& command : commands) {
     if (program.got_subcommand(command.name)) request.run = command.run;
   }
-  if (!request.run) {
-    throw Failure(ExitStatus::unusable, "no command; 'p3dgrid --help' shows them");
-  }
+  if (!request.run) throw Unusable("no command; 'p3dgrid --help' shows them");
   return request;
 }
 

@@ -3,12 +3,11 @@
 
 #include "command.hpp"
 #include "console.hpp"
-#include "failure.hpp"
 #include "grid_file.hpp"
+#include "input_files.hpp"
 #include "options.hpp"
 #include "output_file.hpp"
 #include "table.hpp"
-#include "wrong_place.hpp"
 
 namespace p3dgrid::tool {
 namespace {
@@ -20,41 +19,25 @@ struct ConvertOptions {
   StatedGridForm change;
 };
 
-void require_writable_form(const ConvertOptions& options, const GridForm& form, const Grid& grid) {
-  if (form.multiblock || grid.blocks == 1) return;
-  throw Failure(ExitStatus::unusable,
-                options.output + ": not written: " + options.input + " holds " +
-                    counted(grid.blocks, "block") +
-                    ", and a file without a block count (--to-multiblock no) holds only one");
-}
-
-void write_converted(const ConvertOptions& options, const GridForm& form, const Grid& grid,
-                     OutputFile& output) {
-  try {
-    write_grid(output.temporary_path(), form, grid);
-  } catch (const Failure& failure) {
-    throw Failure(failure.status(), options.output + ": not written: " + failure.what());
-  }
-  output.commit();
-}
-
 void convert(const ConvertOptions& options) {
-  require_different_files(options.input, options.output);
-  // Reserved before the reading starts: a folder that takes no files shows at once.
-  OutputFile output(options.output);
+  OutputFile output(options.output, {options.input});
   const Found found = find_grid(options.input, options.stated,
                                 "'p3dgrid restart GRID " + options.input + " OUT' converts it");
   Grid grid = read_grid(options.input, found);
   const GridForm form = applied_to(found.grid(), options.change);
-  require_writable_form(options, form, grid);
+  if (!form.multiblock && grid.blocks > 1) {
+    output.require_writable(
+        options.input + " holds " + counted(grid.blocks, "block") +
+        ", and a file without a block count (--to-multiblock no) holds only one");
+  }
   if (form.iblank && !grid.iblank.allocated()) allocate_blanking(grid);
   if (loses_digits(found.grid().coding, form.coding)) {
     print_note("coordinates pass through single precision: " + options.output +
                " holds about 7 digits of each, whatever its own precision");
   }
-  write_converted(options, form, grid, output);
-  print_summary(options.output + ": " + counted(grid.blocks, "block") + ", " +
-                counted(grid.points(), "point") + ", " + describe(form));
+  output.write([&] { write_grid(output.temporary_path(), form, grid); });
+  output.commit();
+  print_summary(options.output + ": " + counted(extents_of(grid)) + ", " + describe(form));
 }
 
 }  // namespace

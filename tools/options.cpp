@@ -11,7 +11,7 @@ constexpr const char* restart_group = "The restart file read; auto, the default,
 constexpr const char* target_group = "The file written; default as the file read";
 constexpr const char* values_group = "Header values of the file written; default as read, or 0";
 
-/// What an input option says when the file is to say it itself.
+/// The value of an option that leaves a member to detection.
 constexpr const char* automatic = "auto";
 
 std::string wrong_sections(const std::string& text) {

@@ -8,8 +8,8 @@
 
 namespace p3dgrid::tool {
 
-/// Adds options that describe the grid file to be read; what none of them says is left open.
-/// @param given  gets the name of the first of them that is given, in the order of the help
+/// Adds options that describe the grid file to be read. Members without an option are left open.
+/// @param given  receives the name of the first option given, in the order of the help
 void add_grid_options(Command& command, StatedGridForm& stated, std::string* given = nullptr);
 
 /// The same for the restart file to be read.

@@ -16,46 +16,27 @@
 namespace p3dgrid::tool {
 namespace {
 
-using mod_p3dgrid::integer;
-
-constexpr const char* picture_suffix = ".png";
-
 struct PlotOptions {
   plot::Request request;
   std::string output;
   std::string restart_option;  ///< the first of those given
 };
 
-// The picture must not replace a solution for which OUT was forgotten.
-void require_sensible(const PlotOptions& options) {
-  if (!options.output.ends_with(picture_suffix)) {
-    throw Failure(ExitStatus::unusable,
-                  options.output + ": the picture's name, which comes last, must end in .png");
-  }
-  require_different_files(options.request.grid_path, options.output);
-  if (options.request.shows_flow()) {
-    return require_different_files(options.request.restart_path, options.output);
-  }
-  const std::string idle =
-      !options.request.variable.empty() ? "--variable" : options.restart_option;
-  if (!idle.empty()) {
-    throw Failure(ExitStatus::unusable, idle +
-                                            " is about a restart file, and none is given: "
-                                            "p3dgrid plot GRID RESTART OUT.png");
-  }
-}
-
 void plot_files(const PlotOptions& options) {
+  const plot::Request& request = options.request;
   plot::require_drawing();
-  require_sensible(options);
-  // Reserved before the reading starts: a folder that takes no files shows at once.
-  OutputFile output(options.output);
-  const plot::Picture picture = plot::compose(options.request);
-  try {
-    plot::draw(picture, output.temporary_path());
-  } catch (const Failure& failure) {
-    throw Failure(failure.status(), options.output + ": not written: " + failure.what());
+  // Without OUT, the last argument may be the solution, which must not be overwritten.
+  if (!options.output.ends_with(".png")) {
+    throw Unusable(options.output + ": the picture's name, which comes last, must end in .png");
   }
+  const std::string idle = !request.variable.empty() ? "--variable" : options.restart_option;
+  if (!request.shows_flow() && !idle.empty()) {
+    throw Unusable(
+        idle + " is about a restart file, and none is given: p3dgrid plot GRID RESTART OUT.png");
+  }
+  OutputFile output(options.output, {request.grid_path, request.restart_path});
+  const plot::Picture picture = plot::compose(request);
+  output.write([&] { plot::draw(picture, output.temporary_path()); });
   output.commit();
   print_summary(options.output + ": " + picture.summary);
 }

@@ -47,8 +47,8 @@ std::string time_text(double seconds) {
 
 }  // namespace
 
-void expect_output(std::int64_t bytes) {
-  expected_output = bytes;
+void expect_values(const Coding& coding, std::int64_t reals, std::int64_t integers) {
+  expected_output = is_text(coding) ? 0 : reals * real_bytes(coding) + 4 * integers;
 }
 
 Progress::Progress() : next_line_(Clock::now() + patience) {
@@ -66,7 +66,7 @@ bool Progress::has_reader() {
 
 void Progress::update(const FileProgress& now) {
   const auto time = Clock::now();
-  // Files may be read several times.
+  // A file may be read several times.
   if (now.path != path_ || now.writing != writing_ || now.bytes < bytes_) {
     path_ = now.path;
     writing_ = now.writing;

@@ -3,13 +3,14 @@
 #include <chrono>
 #include <cstdint>
 #include <mod_p3dgrid/run.hpp>
+#include <p3dgrid/form.hpp>
 #include <string>
 
 namespace p3dgrid::tool {
 
-/// Sets the size of the file that is written next, from which the time left is estimated; 0 if it
-/// is not known.
-void expect_output(std::int64_t bytes);
+/// Announces the values in the file that is written next, from which its size is estimated. The
+/// size of text is unknown.
+void expect_values(const Coding& coding, std::int64_t reals, std::int64_t integers = 0);
 
 /// Shows on standard error how far reading and writing is, while it lives: after one second, one
 /// line that is overwritten several times a second.

@@ -1,10 +1,9 @@
 #include <memory>
 #include <string>
 
-#include "agreement.hpp"
 #include "command.hpp"
 #include "console.hpp"
-#include "failure.hpp"
+#include "input_files.hpp"
 #include "options.hpp"
 #include "output_file.hpp"
 #include "restart_conversion.hpp"
@@ -26,29 +25,8 @@ struct RestartOptions {
   bool stream = false;
 };
 
-constexpr Usage usage = {
-    .pair =
-        [](const std::string& grid, const std::string& restart) {
-          return "p3dgrid restart " + grid + " " + restart + " OUT";
-        },
-    .grid_alone =
-        [](const std::string& grid) { return "'p3dgrid convert " + grid + " OUT' converts it"; },
-};
-
-[[noreturn]] void refuse(const RestartOptions& options, const std::string& why) {
-  throw Failure(ExitStatus::unusable, options.output + ": not written: " + why);
-}
-
-/// What can be seen to be impossible before anything is read.
-void require_writable_layout(const RestartOptions& options, Layout layout) {
-  if (layout == Layout::talven) {
-    refuse(options,
-           "files of layout 0 can be read, but not written; --to-layout 1 keeps the step "
-           "count and size");
-  }
-  const std::string why = obstacle(options.values, layout);
-  if (!why.empty()) refuse(options, why);
-}
+constexpr Usage usage = {.command_line = "p3dgrid restart GRID RESTART OUT",
+                         .grid_alone = "'p3dgrid convert GRID OUT' converts it"};
 
 void note(const RestartOptions& options, const std::string& text) {
   print_note(options.output + " " + text);
@@ -74,58 +52,47 @@ void note_what_is_lost(const RestartOptions& options, const RestartForm& read,
   }
 }
 
-void write_whole(const RestartOptions& options, const RestartForm& form, const Restart& restart,
-                 const OutputFile& output) {
-  try {
-    write_restart(output.temporary_path(), form, restart);
-  } catch (const Failure& failure) {
-    throw Failure(failure.status(), options.output + ": not written: " + failure.what());
+/// Why the file cannot be written, as far as its form tells; empty if it can.
+std::string obstacle(const RestartOptions& options, const RestartForm& read,
+                     const RestartForm& written) {
+  if (written.layout == Layout::talven) {
+    return "files of layout 0 can be read, but not written; --to-layout 1 keeps the step count and "
+           "size";
   }
+  const std::string why = obstacle(options.values, written.layout);
+  return why.empty() && options.stream ? obstacle_to_streaming(read, written) : why;
 }
 
-/// What can be seen to come out differently before anything is read.
-void require_streamable(const RestartOptions& options, const RestartForm& read,
-                        const RestartForm& written) {
-  const std::string why = obstacle_to_streaming(read, written);
-  if (!why.empty()) refuse(options, why);
-}
-
-void require_possible(const RestartOptions& options, const Restart& restart,
-                      const RestartForm& read, const RestartForm& written) {
-  std::string why = obstacle(restart, read, written);
-  if (why.empty() && options.stream) {
-    why = obstacle_to_streaming(options.input, read, restart);
-  }
-  if (!why.empty()) refuse(options, why);
+/// The same, as far as the solution tells.
+std::string obstacle(const RestartOptions& options, const Restart& restart, const RestartForm& read,
+                     const RestartForm& written) {
+  const std::string why = obstacle(restart, read, written);
+  return why.empty() && options.stream ? obstacle_to_streaming(options.input, read, restart) : why;
 }
 
 void convert_restart(const RestartOptions& options) {
-  require_different_files(options.grid_path, options.output);
-  require_different_files(options.input, options.output);
-  // Reserved before the reading starts: a folder that takes no files shows at once.
-  OutputFile output(options.output);
+  OutputFile output(options.output, {options.grid_path, options.input});
   const Case found =
       find_case(options.grid_path, options.grid, options.input, options.stated, usage);
   const RestartForm& read = found.restart.restart();
   const RestartForm written = applied_to(read, options.change);
-  require_writable_layout(options, written.layout);
-  if (options.stream) require_streamable(options, read, written);
+  output.require_writable(obstacle(options, read, written));
   const std::optional<Extents> extents = found.extents;
   RestartStream stream(options.input, found.restart, extents);
-  Restart restart = options.stream ? stream.begin() : read_restart_of_grid(options.input, found);
-  require_possible(options, restart, read, written);
+  Restart restart =
+      options.stream ? stream.begin() : read_restart(options.input, found.restart, extents);
+  output.require_writable(obstacle(options, restart, read, written));
   for (const std::string& text : adapt(restart, read, written, options.values)) {
     note(options, text);
   }
   note_what_is_lost(options, read, written);
   if (options.stream) {
-    stream.write(output.temporary_path(), options.output, written, restart);
+    stream.write(output, written, restart);
   } else {
-    write_whole(options, written, restart, output);
+    output.write([&] { write_restart(output.temporary_path(), written, restart); });
   }
   output.commit();
-  print_summary(options.output + ": " + counted(restart.extents.blocks(), "block") + ", " +
-                counted(restart.extents.points(), "point") + ", " +
+  print_summary(options.output + ": " + counted(restart.extents) + ", " +
                 counted(restart.variables(), "variable") + ", " + describe(written));
 }
 

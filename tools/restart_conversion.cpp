@@ -5,13 +5,11 @@
 namespace p3dgrid::tool {
 namespace {
 
-using mod_p3dgrid::integer;
-
 std::string layout_text(Layout layout) {
   return std::string("layout ") + name_of(layout);
 }
 
-/// Collects the names of what is set to 0 for want of a value.
+/// Names of the values that are set to 0 because they are unknown.
 struct Missing {
   std::string names;
   std::string options;
@@ -40,7 +38,7 @@ void settle_step(Restart& restart, const HeaderValues& values, Missing& missing)
   restart.step = step;
 }
 
-// A header of layout 0 has the parameters of the flow, but no time.
+// Layout 0 holds the flow parameters without the time.
 void settle_parameters(Restart& restart, const RestartForm& form, const HeaderValues& values,
                        Missing& missing) {
   const bool read = !restart.parameters.empty();
@@ -69,7 +67,7 @@ void settle_sections(Restart& restart, Layout written, Layout read) {
   }
 }
 
-/// By what sections the file written is read, where that is not the default.
+/// The option that reading the file requires, if its sections are not the default.
 std::string sections_note(const Sections& sections, Layout written) {
   const Sections usual = written == Layout::function ? Sections{{1, variables_in(sections)}}
                                                      : Sections{{1, solution_variables}};

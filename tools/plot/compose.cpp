@@ -7,10 +7,10 @@
 #include <string>
 #include <vector>
 
-#include "agreement.hpp"
 #include "console.hpp"
 #include "failure.hpp"
 #include "grid_file.hpp"
+#include "input_files.hpp"
 #include "plot/flow_values.hpp"
 #include "plot/levels.hpp"
 #include "plot/ticks.hpp"
@@ -25,14 +25,8 @@ using mod_p3dgrid::integer;
 constexpr double default_azimuth = -60;
 constexpr double default_elevation = 25;
 
-constexpr Usage usage = {
-    .pair =
-        [](const std::string& grid, const std::string& restart) {
-          return "p3dgrid plot " + grid + " " + restart + " OUT.png";
-        },
-    .grid_alone =
-        [](const std::string& grid) { return "'p3dgrid plot " + grid + " OUT.png' draws it"; },
-};
+constexpr Usage usage = {.command_line = "p3dgrid plot GRID RESTART OUT.png",
+                         .grid_alone = "'p3dgrid plot GRID OUT.png' draws it"};
 
 void require_block(const Request& request, const Extents& extents) {
   if (request.block <= extents.blocks()) return;
