@@ -168,18 +168,20 @@ std::string Usage::pair(const std::string& grid, const std::string& restart) con
 }
 
 Found find_file(const AnyFile& file, Look look) {
-  const auto& [path, grid, restart, grid_option, restart_option] = file;
+  const std::string& path = file.path;
+  const std::string& grid_option = file.grid_option;
+  const std::string& restart_option = file.restart_option;
   if (!grid_option.empty() && !restart_option.empty()) {
     throw Unusable(grid_option + " describes a grid, and " + restart_option + " makes " + path +
                    " a restart file; --grid names its grid");
   }
   if (!grid_option.empty()) {
-    return find_or_explain([&] { return find_grid(path, grid, look); },
+    return find_or_explain([&] { return find_grid(path, file.grid, look); },
                            [&] { refuse_if_restart(path, grid_option + " describes a grid"); });
   }
   if (!restart_option.empty()) {
     return find_or_explain(
-        [&] { return find_restart(path, restart, std::nullopt, look); },
+        [&] { return find_restart(path, file.restart, std::nullopt, look); },
         [&] { refuse_if_grid(path, restart_option + " describes a restart file"); });
   }
   return find_any(path);

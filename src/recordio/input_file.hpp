@@ -13,6 +13,7 @@ namespace mod_p3dgrid::recordio {
 class InputFile {
  public:
   /// Opens the file. Throws `SystemError` for one that cannot be opened, and for a directory.
+  /// @param path  must outlive this object
   InputFile(const std::string& path, std::size_t buffer_size);
   InputFile(const InputFile&) = delete;
   InputFile& operator=(const InputFile&) = delete;
@@ -90,7 +91,7 @@ class InputFile {
   [[nodiscard]] std::int64_t read_to_nowhere(std::int64_t bytes);
   [[noreturn]] static void ends_before(std::int64_t missing, std::int64_t at);
 
-  std::string path_;
+  const std::string& path_;
   std::unique_ptr<char[]> buffer_;
   std::size_t buffer_size_;
   int descriptor_;

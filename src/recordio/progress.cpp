@@ -3,22 +3,14 @@
 #include <utility>
 
 namespace mod_p3dgrid {
-namespace {
 
-std::function<void(const FileProgress&)>& observer() {
-  // Never destroyed: units are flushed while static objects are.
-  static auto& function = *new std::function<void(const FileProgress&)>;
-  return function;
-}
-
-}  // namespace
-
-void recordio::report_progress(const FileProgress& progress) {
-  if (observer()) observer()(progress);
-}
+// Not destroyed at exit: units are flushed while static objects are destroyed.
+constinit std::function<void(const FileProgress&)>* recordio::progress_observer = nullptr;
 
 void p3dsetprogress(std::function<void(const FileProgress&)> observer) {
-  mod_p3dgrid::observer() = std::move(observer);
+  auto* const installed =
+      observer ? new std::function<void(const FileProgress&)>(std::move(observer)) : nullptr;
+  delete std::exchange(recordio::progress_observer, installed);
 }
 
 }  // namespace mod_p3dgrid

@@ -9,7 +9,11 @@ namespace mod_p3dgrid::recordio {
 /// Most bytes that one system call is asked to move, so that long transfers are reported too.
 inline constexpr std::size_t most_bytes_per_call = std::size_t{64} * 1024 * 1024;
 
-/// Calls the observer, if there is one.
-void report_progress(const FileProgress& progress);
+/// The host's observer; null for none.
+extern std::function<void(const FileProgress&)>* progress_observer;
+
+inline void report_progress(const FileProgress& progress) {
+  if (progress_observer != nullptr) (*progress_observer)(progress);
+}
 
 }  // namespace mod_p3dgrid::recordio

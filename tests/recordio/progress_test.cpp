@@ -30,12 +30,13 @@ class FileProgressReports : public test_support::InScratchFolder {
   }
   ~FileProgressReports() override { p3dsetprogress({}); }
 
+  const std::string path = "file";
   std::vector<Report> reports;
 };
 
 TEST_F(FileProgressReports, GiveTheOffsetThatReadingHasReached) {
   test_support::write_file("file", std::string(100, 'x'));
-  InputFile file("file", 64);
+  InputFile file(path, 64);
   char bytes[16];
   file.read(bytes, 10);
   file.read(bytes, 10);  // from the buffer
@@ -69,7 +70,7 @@ TEST_F(FileProgressReports, GiveTheBytesWritten) {
 TEST_F(FileProgressReports, EndWithTheObserver) {
   test_support::write_file("file", std::string(100, 'x'));
   p3dsetprogress({});
-  InputFile file("file", 64);
+  InputFile file(path, 64);
   file.discard(100);
   EXPECT_EQ(reports, std::vector<Report>());
 }
