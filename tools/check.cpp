@@ -1,11 +1,10 @@
 #include <memory>
 #include <string>
 
-#include "agreement.hpp"
-#include "any_file.hpp"
-#include "commands.hpp"
+#include "command.hpp"
 #include "console.hpp"
 #include "failure.hpp"
+#include "input_files.hpp"
 #include "options.hpp"
 #include "table.hpp"
 
@@ -17,40 +16,28 @@ struct CheckOptions {
   std::string restart_path;
 };
 
-constexpr Usage usage = {
-    .pair = [](const std::string& grid,
-               const std::string& restart) { return "p3dgrid check " + grid + " " + restart; },
-    .grid_alone =
-        [](const std::string& grid) {
-          return "'p3dgrid check " + grid + "' looks for damage in it";
-        },
-};
+constexpr Usage usage = {.command_line = "p3dgrid check GRID RESTART",
+                         .grid_alone = "'p3dgrid check GRID' looks for damage in it"};
 
-/// Bytes that no reading asks for are damage here, though they can be left out.
+/// Bytes after the last record are damage here, although readers can ignore them.
 void require_end(const std::string& path, const Found& found) {
   const Reading& reading = found.reading;
   const bool part = reading.fit.agreement == Fit::Agreement::so_far;
   const Fit fit = part ? fit_of(path, reading) : reading.fit;
   if (fit.whole()) return;
-  throw Failure(ExitStatus::mismatch,
-                path + ": " + fit.what + "; taken as " + describe(found.reading));
-}
-
-std::string contents_of(const Reading& reading) {
-  const Extents& extents = *reading.extents;
-  return describe(reading) + "; " + counted(extents.blocks(), "block") + ", " +
-         counted(extents.points(), "point");
+  throw Mismatch(path + ": " + fit.what + "; taken as " + describe(found.reading));
 }
 
 void check_alone(const AnyFile& file) {
-  const Found found = prove_file(file);
+  const Found found = find_file(file, Look::everywhere);
   if (!found.reading.checked) {
-    throw Failure(ExitStatus::unusable, file.path + ": is " + describe(found.reading) +
-                                            ", which holds no extents; 'p3dgrid check GRID " +
-                                            file.path + "' takes them from its grid");
+    throw Unusable(file.path + ": is " + describe(found.reading) +
+                   ", which holds no extents; 'p3dgrid check GRID " + file.path +
+                   "' takes them from its grid");
   }
   require_end(file.path, found);
-  print_line(file.path + ": no damage found; " + contents_of(found.reading));
+  print_line(file.path + ": no damage found; " + describe(found.reading) + "; " +
+             counted(*found.reading.extents));
 }
 
 void check_pair(const CheckOptions& options) {
@@ -68,30 +55,29 @@ void check(const CheckOptions& options) {
 
 }  // namespace
 
-Command add_check(CLI::App& program) {
-  CLI::App* line = program.add_subcommand(
-      "check",
-      "Look for damage in a grid or restart file, or in both and whether they belong together");
+Command check_command() {
   const auto options = std::make_shared<CheckOptions>();
-  add_path(*line, "FILE", options->file.path, "Grid file, or restart file alone");
-  add_path(*line, "RESTART", options->restart_path, "Restart (flow-solution) file of that grid")
-      ->required(false);
-  add_grid_options(*line, options->file.grid);
-  add_restart_options(*line, options->file.restart);
-  line->footer(
-      "Exit status: 0 all is well, 1 a file is damaged or the two do not belong together, 2 it\n"
-      "cannot be told.\n\n"
-      "Examples:\n"
-      "  p3dgrid check grid.p3d\n"
-      "  p3dgrid check flow.q\n"
-      "  p3dgrid check grid.p3d flow.q\n"
-      "  p3dgrid check grid.txt flow.q --restart-precision single");
-  // The command line is gone when the work begins.
-  line->callback([options, line] {
-    options->file.grid_option = given_grid_option(*line);
-    options->file.restart_option = given_restart_option(*line);
-  });
-  return {line, [options] { check(*options); }};
+  AnyFile& file = options->file;
+  Command command{
+      .name = "check",
+      .meaning =
+          "Look for damage in a grid or restart file, or in both and whether they belong together",
+      .footer =
+          "Exit status: 0 all is well, 1 a file is damaged or the two do not belong together, 2 "
+          "it\n"
+          "cannot be told.\n\n"
+          "Examples:\n"
+          "  p3dgrid check grid.p3d\n"
+          "  p3dgrid check flow.q\n"
+          "  p3dgrid check grid.p3d flow.q\n"
+          "  p3dgrid check grid.txt flow.q --restart-precision single",
+      .arguments = {{"FILE", &file.path, "Grid file, or restart file alone"},
+                    {"RESTART", &options->restart_path, "Restart (flow-solution) file of that grid",
+                     Argument::Presence::optional}},
+      .run = [options] { check(*options); }};
+  add_grid_options(command, file.grid, &file.grid_option);
+  add_restart_options(command, file.restart, &file.restart_option);
+  return command;
 }
 
 }  // namespace p3dgrid::tool

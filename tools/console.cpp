@@ -6,7 +6,6 @@
 #include <MOD_P3DReader.hpp>
 #include <cerrno>
 #include <cstdio>
-#include <mutex>
 #include <string>
 #include <system_error>
 #include <utility>
@@ -16,8 +15,8 @@
 namespace p3dgrid::tool {
 namespace {
 
-bool quiet_wanted = false;
-bool verbose_wanted = false;
+bool quiet = false;
+bool verbose = false;
 bool output_kept_for_programs = false;
 int first_output_error = 0;
 
@@ -26,7 +25,6 @@ std::string printable(std::string_view text) {
 }
 
 constexpr const char* erase_line = "\r\x1b[K";
-std::mutex printing;
 bool status_shown = false;
 
 void remember_output_error() {
@@ -49,7 +47,7 @@ void flush_output() {
   if (std::fflush(stdout) != 0) remember_output_error();
 }
 
-// A line that wraps could not be written over.
+// A line that wraps could not be overwritten.
 std::string fitted_to_terminal(const std::string& line) {
   constexpr std::size_t usual_columns = 80;
   struct winsize size {};
@@ -57,9 +55,8 @@ std::string fitted_to_terminal(const std::string& line) {
   return line.substr(0, (known ? size.ws_col : usual_columns) - 1);
 }
 
-// Standard output is emptied first, so that in a shared log both streams keep their order.
+// Standard output is flushed first, so that both streams keep their order in a shared log.
 void print_error_line(std::string_view prefix, std::string_view text) {
-  const std::lock_guard lock(printing);
   erase_status();
   flush_output();
   write_line(stderr, std::string(prefix).append(text).append("\n"));
@@ -67,12 +64,9 @@ void print_error_line(std::string_view prefix, std::string_view text) {
 
 }  // namespace
 
-void set_quiet(bool quiet) {
-  quiet_wanted = quiet;
-}
-
-void set_verbose(bool verbose) {
-  verbose_wanted = verbose;
+void set_verbosity(bool be_quiet, bool be_verbose) {
+  quiet = be_quiet;
+  verbose = be_verbose;
 }
 
 void print_line(std::string_view line) {
@@ -80,7 +74,6 @@ void print_line(std::string_view line) {
 }
 
 void print_text(std::string_view text) {
-  const std::lock_guard lock(printing);
   erase_status();
   write_line(stdout, std::string(text).append("\n"));
 }
@@ -94,15 +87,15 @@ void keep_output_for_programs() {
 }
 
 void print_summary(std::string_view line) {
-  if (!quiet_wanted) print_result(line);
+  if (!quiet) print_result(line);
 }
 
 void print_library_line(std::string_view line) {
-  if (verbose_wanted) print_result(line);
+  if (verbose) print_result(line);
 }
 
 void print_note(std::string_view text) {
-  if (!quiet_wanted) print_error_line("p3dgrid: note: ", printable(text));
+  if (!quiet) print_error_line("p3dgrid: note: ", printable(text));
 }
 
 void print_failure(std::string_view text) {
@@ -110,7 +103,6 @@ void print_failure(std::string_view text) {
 }
 
 void show_status(const std::string& line) {
-  const std::lock_guard lock(printing);
   flush_output();
   erase_status();
   if (line.empty()) return;
@@ -121,8 +113,7 @@ void show_status(const std::string& line) {
 void finish_output() {
   flush_output();
   if (first_output_error == 0) return;
-  throw Failure(ExitStatus::unusable,
-                "standard output: " + std::generic_category().message(first_output_error));
+  throw Unusable("standard output: " + std::generic_category().message(first_output_error));
 }
 
 }  // namespace p3dgrid::tool

@@ -1,14 +1,13 @@
 #include <memory>
 #include <string>
 
-#include "commands.hpp"
+#include "command.hpp"
 #include "console.hpp"
-#include "failure.hpp"
 #include "grid_file.hpp"
+#include "input_files.hpp"
 #include "options.hpp"
 #include "output_file.hpp"
 #include "table.hpp"
-#include "wrong_place.hpp"
 
 namespace p3dgrid::tool {
 namespace {
@@ -20,60 +19,46 @@ struct ConvertOptions {
   StatedGridForm change;
 };
 
-void require_writable_form(const ConvertOptions& options, const GridForm& form, const Grid& grid) {
-  if (form.multiblock || grid.blocks == 1) return;
-  throw Failure(ExitStatus::unusable,
-                options.output + ": not written: " + options.input + " holds " +
-                    counted(grid.blocks, "block") +
-                    ", and a file without a block count (--to-multiblock no) holds only one");
-}
-
-void write_converted(const ConvertOptions& options, const GridForm& form, const Grid& grid,
-                     OutputFile& output) {
-  try {
-    write_grid(output.temporary_path(), form, grid);
-  } catch (const Failure& failure) {
-    throw Failure(failure.status(), options.output + ": not written: " + failure.what());
-  }
-  output.commit();
-}
-
 void convert(const ConvertOptions& options) {
-  require_different_files(options.input, options.output);
-  // Reserved before the reading starts: a folder that takes no files shows at once.
-  OutputFile output(options.output);
+  OutputFile output(options.output, {options.input});
   const Found found = find_grid(options.input, options.stated,
                                 "'p3dgrid restart GRID " + options.input + " OUT' converts it");
   Grid grid = read_grid(options.input, found);
   const GridForm form = applied_to(found.grid(), options.change);
-  require_writable_form(options, form, grid);
+  if (!form.multiblock && grid.blocks > 1) {
+    output.require_writable(
+        options.input + " holds " + counted(grid.blocks, "block") +
+        ", and a file without a block count (--to-multiblock no) holds only one");
+  }
   if (form.iblank && !grid.iblank.allocated()) allocate_blanking(grid);
   if (loses_digits(found.grid().coding, form.coding)) {
     print_note("coordinates pass through single precision: " + options.output +
                " holds about 7 digits of each, whatever its own precision");
   }
-  write_converted(options, form, grid, output);
-  print_summary(options.output + ": " + counted(grid.blocks, "block") + ", " +
-                counted(grid.points(), "point") + ", " + describe(form));
+  output.write([&] { write_grid(output.temporary_path(), form, grid); });
+  output.commit();
+  print_summary(options.output + ": " + counted(extents_of(grid)) + ", " + describe(form));
 }
 
 }  // namespace
 
-Command add_convert(CLI::App& program) {
-  CLI::App* line =
-      program.add_subcommand("convert", "Write a grid in another encoding or precision");
+Command convert_command() {
   const auto options = std::make_shared<ConvertOptions>();
-  add_path(*line, "GRID", options->input, "Grid file to read");
-  add_path(*line, "OUT", options->output, "Grid file to write; replaced whole or not at all");
-  add_grid_options(*line, options->stated);
-  add_target_options(*line, options->change);
-  line->footer(
-      "Coordinates pass through single precision, also from double to double.\n\n"
-      "Examples:\n"
-      "  p3dgrid convert grid.p3d grid.txt --to-format formatted\n"
-      "  p3dgrid convert grid.txt grid.p3d --to-format unformatted --to-byte-order big\n"
-      "  p3dgrid convert grid.p3d grid.bin --to-format binary --to-precision double");
-  return {line, [options] { convert(*options); }};
+  Command command{
+      .name = "convert",
+      .meaning = "Write a grid in another encoding or precision",
+      .footer =
+          "Coordinates pass through single precision, also from double to double.\n\n"
+          "Examples:\n"
+          "  p3dgrid convert grid.p3d grid.txt --to-format formatted\n"
+          "  p3dgrid convert grid.txt grid.p3d --to-format unformatted --to-byte-order big\n"
+          "  p3dgrid convert grid.p3d grid.bin --to-format binary --to-precision double",
+      .arguments = {{"GRID", &options->input, "Grid file to read"},
+                    {"OUT", &options->output, "Grid file to write; replaced whole or not at all"}},
+      .run = [options] { convert(*options); }};
+  add_grid_options(command, options->stated);
+  add_target_options(command, options->change);
+  return command;
 }
 
 }  // namespace p3dgrid::tool

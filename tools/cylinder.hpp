@@ -1,9 +1,7 @@
 #pragma once
 
-#include <cstdint>
-#include <string>
-
 #include "grid_file.hpp"
+#include "restart_file.hpp"
 
 namespace p3dgrid::tool {
 
@@ -14,8 +12,22 @@ namespace p3dgrid::tool {
 /// the wall in the clockwise sense, j outward with growing steps, k along the axis. Block 3 is a
 /// box over the wake, i downstream, j upward; it overlaps the ring. All blocks are right-handed.
 ///
-/// Blanking is 1, and 0 for the points of block 3 that lie well inside the ring, where blocks 1 and
-/// 2 are the finer grid. Its outermost overlapping points stay in use.
+/// Blanking is 0 for the points of block 3 that lie well inside the ring, where blocks 1 and 2 are
+/// the finer grid, and 1 elsewhere.
 [[nodiscard]] Grid cylinder_grid();
+
+/// Block 1 of that grid, without blanking.
+[[nodiscard]] Grid upper_half(const Grid& cylinder);
+
+/// The five variables of a solution file: density, the three components of momentum, and stagnation
+/// energy per volume. With them step and flow parameters, and the velocity as triplets.
+///
+/// The velocities are those of incompressible potential flow without circulation, with the
+/// isentropic thermodynamic state at Mach number 0.2. Lengths are in radii, density and velocities
+/// in the density and speed of sound of the free stream.
+[[nodiscard]] Restart cylinder_solution(const Grid& grid);
+
+/// Three functions of the same flow: pressure coefficient, local Mach number, stream function.
+[[nodiscard]] Restart cylinder_functions(const Grid& grid);
 
 }  // namespace p3dgrid::tool

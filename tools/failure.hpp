@@ -6,18 +6,17 @@
 
 namespace p3dgrid::tool {
 
-/// What the process tells its caller.
 enum class ExitStatus {
   done = 0,
   mismatch = 1,  ///< a file is damaged, or is not what it was said to be
   unusable = 2,  ///< wrong usage, or a file that cannot be opened or written
 };
 
-/// Ends the command: `what()` names the file and says what is wrong with it.
+/// Ends the command. `what()` names the file and says what is wrong with it.
 class Failure : public std::runtime_error {
  public:
-  /// @param message  one line: control characters in it, as names of files have them, are escaped
-  /// @param more     follows it as it stands, and may be lines; no names of files in here
+  /// @param message  one line; control characters in it are escaped
+  /// @param more     follows it unchanged and may have several lines; contains no file names
   Failure(ExitStatus status, const std::string& message, const std::string& more = {})
       : std::runtime_error(mod_p3dgrid::p3dprintable(message) + more), status_(status) {}
 
@@ -27,17 +26,29 @@ class Failure : public std::runtime_error {
   ExitStatus status_;
 };
 
-/// What a file holds is not what was asked for; another form of it may be.
-class Unreadable : public Failure {
+/// A file is damaged, or is not what it was said to be.
+class Mismatch : public Failure {
  public:
-  explicit Unreadable(const std::string& message, const std::string& more = {})
+  explicit Mismatch(const std::string& message, const std::string& more = {})
       : Failure(ExitStatus::mismatch, message, more) {}
 };
 
-/// The library has halted the run, for a reason that it has given among its messages.
-class Halt : public Failure {
+/// The same, but another form of the file may be readable.
+class Unreadable : public Mismatch {
+  using Mismatch::Mismatch;
+};
+
+/// The library has halted the run. Its messages give the reason.
+class Halt : public Mismatch {
  public:
-  Halt() : Failure(ExitStatus::mismatch, "the library has halted; --verbose shows its reason") {}
+  Halt() : Mismatch("the library has halted; --verbose shows its reason") {}
+};
+
+/// Wrong usage, or a file that cannot be opened or written.
+class Unusable : public Failure {
+ public:
+  explicit Unusable(const std::string& message, const std::string& more = {})
+      : Failure(ExitStatus::unusable, message, more) {}
 };
 
 }  // namespace p3dgrid::tool

@@ -23,8 +23,7 @@ std::optional<Section> section_in(std::string_view text) {
 }
 
 bool holds_each_variable_once(Sections sections) {
-  std::sort(sections.begin(), sections.end(),
-            [](const Section& a, const Section& b) { return a.first < b.first; });
+  std::ranges::sort(sections, {}, &Section::first);
   std::int32_t next = 1;
   for (const Section& section : sections) {
     if (section.first != next) return false;
@@ -33,16 +32,18 @@ bool holds_each_variable_once(Sections sections) {
   return true;
 }
 
-std::string word_for(const auto& value) {
+constexpr std::size_t most_sections = 30;  // that the library has room for
+
+std::string value_text(const auto& value) {
   return name_of(value);
 }
-std::string word_for(const Sections& sections) {
+std::string value_text(const Sections& sections) {
   return describe(sections);
 }
 
-/// Without what text does not have.
+/// Removes what text does not have.
 template <class Stated>
-Stated shown(Stated stated) {
+Stated applicable(Stated stated) {
   const bool text = stated.coding.encoding == Encoding::formatted;
   Stated::for_each_member(
       [text](const auto& member, auto& choice) {
@@ -57,13 +58,19 @@ std::vector<FormOption> options_with(const std::string& prefix, const Stated& st
   std::vector<FormOption> options;
   Stated::for_each_member(
       [&](const auto& member, const auto& choice) {
-        if (choice) options.push_back({option_name(prefix, member), word_for(*choice)});
+        if (choice) options.push_back({option_name(prefix, member), value_text(*choice)});
       },
       stated);
   return options;
 }
 
 }  // namespace
+
+std::string text_of(const std::vector<FormOption>& options) {
+  std::string text;
+  for (const FormOption& option : options) text += (text.empty() ? "" : " ") + option.text();
+  return text;
+}
 
 std::vector<FormOption> options_of(const StatedGridForm& stated) {
   return options_with("--grid", stated);
@@ -74,11 +81,11 @@ std::vector<FormOption> options_of(const StatedRestartForm& stated) {
 }
 
 std::vector<FormOption> options_of(const GridForm& form) {
-  return options_of(shown(stated_as(form)));
+  return options_of(applicable(stated_as(form)));
 }
 
 std::vector<FormOption> options_of(const RestartForm& form) {
-  StatedRestartForm stated = shown(stated_as(form));
+  StatedRestartForm stated = applicable(stated_as(form));
   if (!traits_of(form.layout).may_hold_count()) stated.multiblock.reset();
   return options_of(stated);
 }

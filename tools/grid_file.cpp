@@ -1,34 +1,17 @@
 #include "grid_file.hpp"
 
 #include <algorithm>
-#include <new>
 
 #include "console.hpp"
-#include "extents.hpp"
 #include "failure.hpp"
-#include "paths.hpp"
+#include "library.hpp"
 #include "progress.hpp"
 
 namespace p3dgrid::tool {
 namespace {
 
-using mod_p3dgrid::integer;
-using mod_p3dgrid::logical;
-
-void require_memory(integer allocation_status) {
-  if (allocation_status != mod_p3dgrid::allocation_done) throw std::bad_alloc();
-}
-
-logical precision_flag(const GridForm& form) {
-  return form.coding.precision == Precision::double_precision;
-}
-
-Failure with_advice(ExitStatus status, const std::string& message, const std::string& advice) {
-  return {status, message, advice.empty() ? "" : "; " + advice};
-}
-
-// The library skips what is left of a record and never looks behind the last block, so a file of
-// another form can be read without a complaint, into nonsense. Lengths give it away.
+// The library skips the rest of each record and ignores what follows the last block, so it may read
+// a file of another form without an error. The record lengths reveal it.
 void require_form(const std::string& path, const GridForm& form) {
   const Fit fit = fit_of(path, form);
   if (fit.whole()) return;
@@ -41,8 +24,9 @@ void require_form(const std::string& path, const GridForm& form) {
     print_note(path + ": holds blanking values, which are left out; --grid-iblank yes reads them");
     return;
   }
-  throw with_advice(ExitStatus::mismatch, path + ": is not " + describe(form) + ": " + fit.what,
-                    advice(path, stated_as(form)));
+  const std::string help = advice(path, stated_as(form));
+  throw Mismatch(path + ": is not " + describe(form) + ": " + fit.what,
+                 help.empty() ? "" : "; " + help);
 }
 
 }  // namespace
@@ -51,17 +35,18 @@ std::int64_t Grid::points_of(integer block) const {
   return std::int64_t{idim(block)} * jdim(block) * kdim(block);
 }
 
-void allocate_extents(Grid& grid, integer blocks) {
-  grid.blocks = blocks;
-  require_memory(grid.idim.allocate(blocks));
-  require_memory(grid.jdim.allocate(blocks));
-  require_memory(grid.kdim.allocate(blocks));
-}
-
-void allocate_coordinates(Grid& grid) {
-  std::int64_t points = 0;
-  for (integer block = 1; block <= grid.blocks; ++block) points += grid.points_of(block);
-  require_memory(grid.xyz.allocate(grid.ndim, points));
+Grid grid_with(const Extents& extents) {
+  Grid grid;
+  grid.blocks = extents.blocks();
+  const auto set = [&](allocatable<integer, 1>& array, const std::vector<integer>& values) {
+    require_memory(array.allocate(grid.blocks));
+    std::ranges::copy(values, array.data());
+  };
+  set(grid.idim, extents.i);
+  set(grid.jdim, extents.j);
+  set(grid.kdim, extents.k);
+  require_memory(grid.xyz.allocate(grid.ndim, extents.points()));
+  return grid;
 }
 
 void allocate_blanking(Grid& grid) {
@@ -69,31 +54,19 @@ void allocate_blanking(Grid& grid) {
   std::ranges::fill(grid.iblank.span(), 1);
 }
 
-Grid first_block(const Grid& grid) {
-  Grid first;
-  allocate_extents(first, 1);
-  first.idim(1) = grid.idim(1);
-  first.jdim(1) = grid.jdim(1);
-  first.kdim(1) = grid.kdim(1);
-  allocate_coordinates(first);
-  std::copy_n(grid.xyz.data(), first.xyz.size(), first.xyz.data());
-  return first;
-}
-
 Grid read_grid(const std::string& path, const Found& found) {
   const GridForm& form = found.grid();
   Grid grid;
-  try {
-    mod_p3dgrid::readp3dgrid(name_for(path, form.coding.byte_order),
-                             static_cast<integer>(form.coding.encoding), precision_flag(form),
-                             grid.blocks, grid.ndim, grid.xyz, grid.idim, grid.jdim, grid.kdim,
-                             grid.iblank, form.iblank, form.multiblock);
-  } catch (const Unreadable& failure) {
-    throw with_advice(failure.status(), failure.what(), advice(path, stated_as(form)));
-  }
+  with_advice(
+      [&] {
+        mod_p3dgrid::readp3dgrid(name_for(path, form.coding.byte_order), format_code(form.coding),
+                                 precision_flag(form.coding), grid.blocks, grid.ndim, grid.xyz,
+                                 grid.idim, grid.jdim, grid.kdim, grid.iblank, form.iblank,
+                                 form.multiblock);
+      },
+      [&] { return advice(path, stated_as(form)); });
   if (grid.blocks < 1) {
-    throw Failure(ExitStatus::mismatch,
-                  path + ": has a block count of " + std::to_string(grid.blocks));
+    throw Mismatch(path + ": has a block count of " + std::to_string(grid.blocks));
   }
   if (!found.reading.fit.whole() || found.stated) require_form(path, form);
   return grid;
@@ -104,15 +77,11 @@ Extents extents_of(const Grid& grid) {
 }
 
 void write_grid(const std::string& path, const GridForm& form, const Grid& grid) {
-  const std::int64_t coordinates = holds_doubles(form.coding) ? 24 : 12;
-  const std::int64_t blanking = form.iblank ? 4 : 0;
-  // How long text becomes shows only when it is there.
-  const bool known = form.coding.encoding != Encoding::formatted;
-  expect_output(known ? grid.points() * (coordinates + blanking) : 0);
-  mod_p3dgrid::writep3dgrid(name_for(path, form.coding.byte_order),
-                            static_cast<integer>(form.coding.encoding), precision_flag(form),
-                            grid.blocks, grid.ndim, grid.xyz, grid.idim, grid.jdim, grid.kdim,
-                            grid.iblank, form.iblank, form.multiblock);
+  expect_values(form.coding, 3 * grid.points(), form.iblank ? grid.points() : 0);
+  mod_p3dgrid::writep3dgrid(name_for(path, form.coding.byte_order), format_code(form.coding),
+                            precision_flag(form.coding), grid.blocks, grid.ndim, grid.xyz,
+                            grid.idim, grid.jdim, grid.kdim, grid.iblank, form.iblank,
+                            form.multiblock);
 }
 
 }  // namespace p3dgrid::tool

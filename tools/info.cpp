@@ -1,15 +1,14 @@
+#include "info.hpp"
+
+#include <algorithm>
+#include <functional>
 #include <memory>
 #include <string>
 
-#include "agreement.hpp"
-#include "any_file.hpp"
-#include "commands.hpp"
+#include "command.hpp"
 #include "console.hpp"
-#include "failure.hpp"
-#include "grid_info.hpp"
-#include "info_json.hpp"
+#include "input_files.hpp"
 #include "options.hpp"
-#include "restart_info.hpp"
 
 namespace p3dgrid::tool {
 namespace {
@@ -20,61 +19,73 @@ struct InfoOptions {
   bool json = false;
 };
 
-constexpr Usage usage = {
-    .pair =
-        [](const std::string& grid, const std::string& restart) {
-          return "p3dgrid info " + restart + " --grid " + grid;
-        },
-    .grid_alone = [](const std::string& grid) { return "'p3dgrid info " + grid + "' shows it"; },
-};
+constexpr Usage usage = {.command_line = "p3dgrid info RESTART --grid GRID",
+                         .grid_alone = "'p3dgrid info GRID' shows it"};
 
-void print_grid(const InfoOptions& options, const Found& found) {
-  const Grid grid = read_grid(options.input.path, found);
+void show(const InfoOptions& options, const Found& found, const Grid& grid) {
   if (options.json) return print_text(json_of(options.input.path, found, grid));
-  print_grid_info(options.input.path, found, grid);
+  print_info(options.input.path, found, grid);
 }
 
-void print_restart(const InfoOptions& options, const RestartReport& report) {
+void show(const InfoOptions& options, const RestartReport& report) {
   if (options.json) return print_text(json_of(options.input.path, report));
-  print_restart_info(options.input.path, report);
+  print_info(options.input.path, report);
 }
 
-void print_info(const InfoOptions& options) {
+/// Reads a restart file, whole if the extents of its blocks are known.
+RestartReport report_on(const std::string& path, const Found& found) {
+  RestartReport report{.found = found, .header = header_with_advice(path, found.restart())};
+  if (std::ranges::adjacent_find(report.header.functions, std::ranges::not_equal_to()) !=
+      report.header.functions.end()) {
+    print_note(path +
+               ": its values are not shown; only files with as many functions in every block can "
+               "be read whole");
+  } else if (found.reading.extents != nullptr) {
+    report.body = read_restart(path, found, std::nullopt);
+  }
+  return report;
+}
+
+void show_file(const InfoOptions& options) {
+  const std::string& path = options.input.path;
   if (options.json) keep_output_for_programs();
   if (!options.grid_path.empty()) {
-    const Case found = find_case(options.grid_path, options.input.grid, options.input.path,
-                                 options.input.restart, usage);
-    return print_restart(options, report_on_restart(options.input.path, found));
+    const Case found =
+        find_case(options.grid_path, options.input.grid, path, options.input.restart, usage);
+    return show(options, {.found = found.restart,
+                          .header = header_with_advice(path, found.restart.restart()),
+                          .body = read_restart(path, found.restart, found.extents)});
   }
   const Found found = find_file(options.input);
-  if (found.reading.is_grid()) return print_grid(options, found);
-  require_regular_file(options.input.path);
-  print_restart(options, report_on_restart(options.input.path, found));
+  if (found.reading.is_grid()) return show(options, found, read_grid(path, found));
+  require_regular_file(path);
+  show(options, report_on(path, found));
 }
 
 }  // namespace
 
-Command add_info(CLI::App& program) {
-  CLI::App* line = program.add_subcommand("info", "Show what a file is and what is in it");
+Command info_command() {
   const auto options = std::make_shared<InfoOptions>();
-  add_path(*line, "FILE", options->input.path,
-           "Grid file or restart file; which of the two is found out, or follows from any option");
-  add_grid_options(*line, options->input.grid);
-  add_restart_options(*line, options->input.restart);
-  add_grid_of_restart(*line, options->grid_path);
-  line->add_flag("--json", options->json, "Print the same for programs, and nothing else");
-  line->footer(
-      "Examples:\n"
-      "  p3dgrid info grid.p3d\n"
-      "  p3dgrid info flow.q --json\n"
-      "  p3dgrid info grid.bin --grid-format binary --grid-iblank yes\n"
-      "  p3dgrid info flow.rst --layout 102 --grid grid.p3d");
-  // The command line is gone when the work begins.
-  line->callback([options, line] {
-    options->input.grid_option = given_grid_option(*line);
-    options->input.restart_option = given_restart_option(*line);
-  });
-  return {line, [options] { print_info(*options); }};
+  AnyFile& input = options->input;
+  Command command{
+      .name = "info",
+      .meaning = "Show what a file is and what is in it",
+      .footer =
+          "Examples:\n"
+          "  p3dgrid info grid.p3d\n"
+          "  p3dgrid info flow.q --json\n"
+          "  p3dgrid info grid.bin --grid-format binary --grid-iblank yes\n"
+          "  p3dgrid info flow.rst --layout 102 --grid grid.p3d",
+      .arguments = {{"FILE", &input.path,
+                     "Grid file or restart file; which of the two is found out, or follows from "
+                     "any option"}},
+      .run = [options] { show_file(*options); }};
+  add_grid_options(command, input.grid, &input.grid_option);
+  add_restart_options(command, input.restart, &input.restart_option);
+  add_grid_of_restart(command, options->grid_path);
+  command.options.push_back(
+      {"--json", &options->json, "Print the same for programs, and nothing else"});
+  return command;
 }
 
 }  // namespace p3dgrid::tool

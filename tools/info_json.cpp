@@ -1,30 +1,25 @@
-#include "info_json.hpp"
-
 #include <algorithm>
 #include <cmath>
 #include <nlohmann/json.hpp>
 
-#include "blanking.hpp"
-#include "header_values.hpp"
+#include "info.hpp"
 #include "table.hpp"
-#include "variable_report.hpp"
 
 namespace p3dgrid::tool {
 namespace {
 
-using mod_p3dgrid::integer;
 using Json = nlohmann::ordered_json;
 
 constexpr int schema = 1;  // docs/info-json.md says what may change without a new number
 
-/// JSON has no numbers for what is not finite.
+/// JSON has no numbers for NaN and infinity.
 Json number(double value) {
   if (std::isnan(value)) return "NaN";
   if (std::isinf(value)) return value > 0 ? "Infinity" : "-Infinity";
   return value;
 }
 
-/// The double that is written with the shortest digits of the value.
+/// A double with the shortest digits of the float.
 Json number(float value) {
   return std::isfinite(value) ? Json(std::stod(digits(value))) : number(double{value});
 }
@@ -66,50 +61,39 @@ Json form_of(const RestartForm& form, const Sections* sections) {
   return json;
 }
 
-Json beginning(const std::string& path, const Found& found, const char* kind, Json form) {
-  Json json;
-  json["schema"] = schema;
-  json["file"] = path;
-  json["kind"] = kind;
-  json["form"] = std::move(form);
-  json["found"] = {
-      {"stated", found.stated}, {"because", found.reason}, {"bytes_read", found.bytes_read}};
-  return json;
+Json beginning(const std::string& path, const Found& found, const char* kind, const Json& form) {
+  return {
+      {"schema", schema},
+      {"file", path},
+      {"kind", kind},
+      {"form", form},
+      {"found",
+       {{"stated", found.stated}, {"because", found.reason}, {"bytes_read", found.bytes_read}}}};
 }
 
 Json block(const Extents& extents, std::size_t b) {
-  Json json;
-  json["extents"] = {extents.i[b], extents.j[b], extents.k[b]};
-  json["points"] = extents.points_of(b);
-  return json;
-}
-
-Json counts(const BlankingCounts& blanking) {
-  return {{"0", blanking.blanked},
-          {"1", blanking.used},
-          {"negative", blanking.negative},
-          {"other", blanking.other}};
+  return {{"extents", {extents.i[b], extents.j[b], extents.k[b]}},
+          {"points", extents.points_of(b)}};
 }
 
 Json extreme(const std::optional<Extreme>& found) {
   if (!found) return nullptr;
-  const Place& place = found->place;
   return {{"value", number(found->value)},
-          {"block", place.block},
-          {"i", place.i},
-          {"j", place.j},
-          {"k", place.k}};
+          {"block", found->block},
+          {"i", found->i},
+          {"j", found->j},
+          {"k", found->k}};
 }
 
-Json variables(const std::vector<VariableReport>& reports) {
+Json variables(const std::vector<Survey>& surveys) {
   Json json = Json::array();
-  for (const VariableReport& report : reports) {
-    json.push_back({{"label", report.label},
-                    {"name", report.name.empty() ? Json() : Json(report.name)},
-                    {"min", extreme(report.survey.low)},
-                    {"max", extreme(report.survey.high)},
-                    {"nan", report.survey.nan},
-                    {"infinite", report.survey.infinite}});
+  for (const Survey& survey : surveys) {
+    json.push_back({{"label", survey.label},
+                    {"name", survey.name.empty() ? Json() : Json(survey.name)},
+                    {"min", extreme(survey.low)},
+                    {"max", extreme(survey.high)},
+                    {"nan", survey.nan},
+                    {"infinite", survey.infinite}});
   }
   return json;
 }
@@ -133,22 +117,21 @@ Json parameters(const RestartForm& form, const FlowParameters& block) {
 
 Json blocks(const RestartReport& report) {
   const RestartForm& form = report.found.restart();
-  const Extents& extents = report.body ? report.body->extents : report.header.extents;
+  const Extents& extents = report.extents();
   Json json = Json::array();
   for (std::size_t b = 0; b < extents.i.size(); ++b) {
     json.push_back(block(extents, b));
     if (!report.header.functions.empty()) json.back()["functions"] = report.header.functions[b];
-    if (report.body && traits_of(form.layout).parameters) {
+    if (report.body && traits_of(form.layout).parameters > 0) {
       json.back()["parameters"] = parameters(form, report.body->parameters[b]);
     }
   }
   return json;
 }
 
-// A path need not be UTF-8, which JSON is.
+// JSON is UTF-8, which a path need not be.
 std::string text_of(const Json& json) {
-  constexpr int indent = 2;
-  return json.dump(indent, ' ', false, Json::error_handler_t::replace);
+  return json.dump(/*indent=*/2, ' ', false, Json::error_handler_t::replace);
 }
 
 }  // namespace
@@ -161,11 +144,14 @@ std::string json_of(const std::string& path, const Found& found, const Grid& gri
   json["blocks"] = Json::array();
   for (std::size_t b = 0; b < extents.i.size(); ++b) {
     json["blocks"].push_back(block(extents, b));
-    if (!blanking.empty()) json["blocks"].back()["blanking"] = counts(blanking[b]);
+    if (blanking.empty()) continue;
+    const auto& [zero, one, negative, other] = blanking[b];
+    json["blocks"].back()["blanking"] = {
+        {"0", zero}, {"1", one}, {"negative", negative}, {"other", other}};
   }
   json["points"] = extents.points();
   json["header"] = Json::object();
-  json["variables"] = variables(report_on_coordinates(grid.xyz, extents));
+  json["variables"] = variables(survey(grid));
   return text_of(json);
 }
 
@@ -176,8 +162,7 @@ std::string json_of(const std::string& path, const RestartReport& report) {
   json["blocks"] = blocks(report);
   json["points"] = report.body ? Json(report.body->extents.points()) : Json();
   json["header"] = header(form);
-  json["variables"] =
-      report.body ? variables(report_on_variables(*report.body, form.layout)) : Json();
+  json["variables"] = report.body ? variables(survey(*report.body, form.layout)) : Json();
   return text_of(json);
 }
 

@@ -1,105 +1,40 @@
-#include <CLI/CLI.hpp>
-#include <array>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <MOD_P3DReader.hpp>
+#include <cerrno>
+#include <csignal>
 #include <new>
 #include <optional>
-#include <sstream>
-#include <string>
-#include <vector>
 
-#include "commands.hpp"
+#include "command.hpp"
 #include "console.hpp"
 #include "failure.hpp"
-#include "process.hpp"
 #include "progress.hpp"
 
 namespace p3dgrid::tool {
 namespace {
 
-constexpr std::array commands = {add_sample,  add_info,    add_convert, add_check,
-                                 add_restart, add_tecplot, add_plot};
-
-/// What the command line asks for: a command, or a text to show (help, version) and no command.
-struct Request {
-  std::function<void()> run;
-  std::string text;
-  bool progress = true;
-};
-
-/// Options that every command has.
-struct CommonOptions {
-  bool quiet = false;
-  bool verbose = false;
-  bool no_progress = false;
-};
-
-std::string without_last_line_end(std::string text) {
-  while (!text.empty() && text.back() == '\n') text.pop_back();
-  return text;
+// Opens a standard stream that the caller has closed, for the opposite direction: using it still
+// fails, but no other file gets its number.
+void occupy(int descriptor, int flags) {
+  if (::fcntl(descriptor, F_GETFD) != -1 || errno != EBADF) return;
+  static_cast<void>(::open("/dev/null", flags));
 }
 
-void add_common_options(CLI::App& line, CommonOptions& options) {
-  line.add_flag("--quiet", options.quiet, "Leave out notes and the line that says what was done");
-  line.add_flag("--verbose", options.verbose,
-                "Print the library's own lines too: what it reads and writes, block by block");
-  line.add_flag("--no-progress", options.no_progress,
-                "Do not show on a terminal how far long reading and writing is");
+/// Turns a closed pipe and a file-size limit into write errors instead of signals, and makes sure
+/// that no file of the user's becomes a standard stream.
+void prepare_process() {
+  occupy(STDIN_FILENO, O_WRONLY);
+  occupy(STDOUT_FILENO, O_RDONLY);
+  occupy(STDERR_FILENO, O_RDONLY);
+  std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);
 }
 
-void describe_program(CLI::App& program, CommonOptions& options) {
-  program.name("p3dgrid");
-  program.set_version_flag("--version", "p3dgrid " P3DGRID_VERSION, "Print the version and exit");
-  add_common_options(program, options);
-  program.require_subcommand(0, 1);  // none at all is told apart from one that does not exist
-  program.footer(
-      "Exit status: 0 done, 1 a file is damaged or not what it was said to be,\n"
-      "2 wrong usage, a file that can be more than one thing, or one that cannot be opened or\n"
-      "written.\n\n"
-      "Examples:\n"
-      "  p3dgrid sample demo\n"
-      "  p3dgrid info demo/grid.p3d\n"
-      "  p3dgrid convert demo/grid.p3d grid.txt --to-format formatted\n"
-      "  p3dgrid check demo/grid.p3d demo/flow.q\n"
-      "  p3dgrid restart demo/grid.p3d demo/flow.q flow.txt --to-format formatted\n"
-      "  p3dgrid tecplot demo/grid.p3d demo/flow.q flow.dat\n"
-      "  p3dgrid plot demo/grid.p3d demo/flow.q flow.png --plane k=1\n"
-      "  p3dgrid convert --help");
-}
-
-Failure usage_failure(const CLI::App& program, const CLI::ParseError& error) {
-  std::string help = "p3dgrid";
-  for (const CLI::App* command : program.get_subcommands()) help += " " + command->get_name();
-  return {ExitStatus::unusable,
-          without_last_line_end(error.what()) + "; '" + help + " --help' shows the usage"};
-}
-
-Request read_command_line(int argc, const char* const* argv) {
-  CLI::App program("Reads, describes and converts PLOT3D multi-block grids and flow solutions");
-  CommonOptions options;
-  describe_program(program, options);
-  std::vector<Command> added;
-  for (const auto add : commands) {
-    added.push_back(add(program));
-    add_common_options(*added.back().line, options);
-  }
-  try {
-    program.parse(argc, argv);
-  } catch (const CLI::ParseError& error) {
-    if (error.get_exit_code() != 0) throw usage_failure(program, error);
-    std::ostringstream text;
-    program.exit(error, text, text);
-    return {nullptr, without_last_line_end(text.str())};
-  }
-  if (options.quiet && options.verbose) {
-    throw Failure(ExitStatus::unusable,
-                  "--quiet and --verbose exclude each other; 'p3dgrid --help' shows the usage");
-  }
-  set_quiet(options.quiet);
-  set_verbose(options.verbose);
-  const bool progress = !options.quiet && !options.no_progress;
-  for (const Command& command : added) {
-    if (command.line->parsed()) return {command.run, "", progress};
-  }
-  throw Failure(ExitStatus::unusable, "no command; 'p3dgrid --help' shows them");
+[[noreturn]] void end_run(const mod_p3dgrid::RunEnd& end) {
+  if (end.status == 0) throw Halt();
+  throw Unusable(end.message);
 }
 
 void run(int argc, const char* const* argv) {
@@ -108,13 +43,15 @@ void run(int argc, const char* const* argv) {
     print_text(request.text);
     return;
   }
-  connect_library();
+  set_verbosity(request.quiet, request.verbose);
+  mod_p3dgrid::p3dsetmessages(print_library_line);
+  mod_p3dgrid::p3dsetrunend(end_run);
   std::optional<Progress> progress;
-  if (request.progress && Progress::has_reader()) progress.emplace();
+  if (!request.quiet && !request.no_progress && Progress::has_reader()) progress.emplace();
   request.run();
 }
 
-/// Runs a step and turns the way it ends into an exit status.
+/// Runs a step, prints its failure, and returns the exit status.
 template <class Step>
 ExitStatus attempt(const Step& step) {
   try {
@@ -135,9 +72,9 @@ ExitStatus attempt(const Step& step) {
 }  // namespace p3dgrid::tool
 
 int main(int argc, char** argv) {
-  using p3dgrid::tool::ExitStatus;
-  p3dgrid::tool::prepare_process();
-  const ExitStatus work = p3dgrid::tool::attempt([&] { p3dgrid::tool::run(argc, argv); });
-  const ExitStatus output = p3dgrid::tool::attempt(p3dgrid::tool::finish_output);
+  using namespace p3dgrid::tool;
+  prepare_process();
+  const ExitStatus work = attempt([&] { run(argc, argv); });
+  const ExitStatus output = attempt(finish_output);
   return static_cast<int>(work == ExitStatus::done ? output : work);
 }

@@ -4,7 +4,9 @@
 #include <unistd.h>
 
 #include <array>
+#include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <random>
@@ -14,6 +16,64 @@
 
 namespace p3dgrid::tool {
 namespace {
+
+constexpr std::array ending_signals = {SIGHUP, SIGINT, SIGTERM};
+
+// The paths that the signal handler removes, which may touch nothing else of the program.
+constexpr std::size_t places = 32;
+std::array<std::atomic<const char*>, places> unfinished_paths{};
+static_assert(std::atomic<const char*>::is_always_lock_free);
+
+extern "C" void remove_unfinished_files(int signal) {
+  for (const auto& path : unfinished_paths) {
+    if (const char* const name = path.load()) ::unlink(name);
+  }
+  std::signal(signal, SIG_DFL);
+  std::raise(signal);
+}
+
+// All three are blocked while one is handled, so that a second one does not interrupt the removal.
+// A signal that the caller ignores, as `nohup` does, stays ignored.
+void watch_ending_signals() {
+  static const bool watched = [] {
+    struct sigaction action {};
+    action.sa_handler = remove_unfinished_files;
+    for (const int signal : ending_signals) ::sigaddset(&action.sa_mask, signal);
+    for (const int signal : ending_signals) {
+      struct sigaction before {};
+      ::sigaction(signal, nullptr, &before);
+      if (before.sa_handler != SIG_IGN) ::sigaction(signal, &action, nullptr);
+    }
+    return true;
+  }();
+  static_cast<void>(watched);
+}
+
+std::size_t take_place(const char* path) {
+  for (std::size_t place = 0; place < places; ++place) {
+    if (unfinished_paths[place] != nullptr) continue;
+    unfinished_paths[place] = path;
+    return place;
+  }
+  throw Unusable(std::string(path) + ": too many temporary files");
+}
+
+/// Blocks the ending signals while it lives.
+class SignalsBlocked {
+ public:
+  SignalsBlocked() {
+    sigset_t blocked;
+    ::sigemptyset(&blocked);
+    for (const int signal : ending_signals) ::sigaddset(&blocked, signal);
+    ::sigprocmask(SIG_BLOCK, &blocked, &before_);
+  }
+  SignalsBlocked(const SignalsBlocked&) = delete;
+  SignalsBlocked& operator=(const SignalsBlocked&) = delete;
+  ~SignalsBlocked() { ::sigprocmask(SIG_SETMASK, &before_, nullptr); }
+
+ private:
+  sigset_t before_{};
+};
 
 class Descriptor {
  public:
@@ -35,7 +95,7 @@ std::string reason(int error_number) {
 }
 
 [[noreturn]] void fail(const std::string& path, const std::string& what) {
-  throw Failure(ExitStatus::unusable, path + ": " + what);
+  throw Unusable(path + ": " + what);
 }
 
 std::optional<struct stat> status_of(const std::string& path) {
@@ -44,7 +104,17 @@ std::optional<struct stat> status_of(const std::string& path) {
   return status;
 }
 
-// Followed by hand, because the last link may lead to a file that does not exist yet.
+/// Throws a Failure when writing `output` would destroy `input`, however the two are spelt.
+void require_different_files(const std::string& input, const std::string& output) {
+  const auto read = status_of(input);
+  const auto written = status_of(output);
+  if (!read || !written) return;
+  if (read->st_dev == written->st_dev && read->st_ino == written->st_ino) {
+    fail(output, "is the file to be read; give the result another name");
+  }
+}
+
+/// Resolves links one by one, because the last one may lead to a file that does not exist yet.
 std::string target_of(const std::string& path) {
   constexpr int most_links = 40;
   std::filesystem::path target = path;
@@ -94,8 +164,27 @@ int open_new(const std::string& path, mode_t mode) {
 
 }  // namespace
 
-OutputFile::OutputFile(std::string path)
-    : path_(std::move(path)), target_(target_of(path_)), replaced_(status_of(target_)) {
+UnfinishedFile::UnfinishedFile(std::string path) : path_(std::move(path)), place_(places) {
+  watch_ending_signals();
+  place_ = take_place(path_.c_str());
+}
+
+UnfinishedFile::~UnfinishedFile() {
+  if (place_ == places) return;
+  ::unlink(path_.c_str());
+  release();
+}
+
+void UnfinishedFile::release() {
+  unfinished_paths[place_] = nullptr;
+  place_ = places;
+}
+
+OutputFile::OutputFile(std::string path, std::initializer_list<std::string> inputs)
+    : path_(std::move(path)) {
+  for (const std::string& input : inputs) require_different_files(input, path_);
+  target_ = target_of(path_);
+  replaced_ = status_of(target_);
   const std::filesystem::path target = target_;
   if (replaced_ && !S_ISREG(replaced_->st_mode)) {
     fail(path_, std::string("is ") + kind_of(*replaced_) + "; only regular files are replaced");
@@ -108,10 +197,10 @@ OutputFile::OutputFile(std::string path)
 }
 
 void OutputFile::reserve() {
-  // Nobody may read the new file who could not read the one it replaces.
+  // The new file must not be readable for more users than the one it replaces.
   const mode_t mode = replaced_ ? (replaced_->st_mode & 0666) | S_IRUSR | S_IWUSR : 0666;
   const std::filesystem::path folder = std::filesystem::path(target_).parent_path();
-  const SignalsHeld held;
+  const SignalsBlocked blocked;
   for (int attempt = 0; attempt < 100; ++attempt) {
     const std::string path = (folder / temporary_name()).string();
     if (Descriptor(open_new(path, mode)).open()) {
@@ -123,13 +212,24 @@ void OutputFile::reserve() {
   fail(path_, "cannot be written in its folder: " + reason(errno));
 }
 
+void OutputFile::require_writable(const std::string& obstacle) const {
+  if (!obstacle.empty()) fail(path_, "not written: " + obstacle);
+}
+
+void OutputFile::write(const std::function<void()>& step) const {
+  try {
+    step();
+  } catch (const Failure& failure) {
+    throw Failure(failure.status(), path_ + ": not written: " + failure.what());
+  }
+}
+
 void OutputFile::commit() {
   {
     const Descriptor file(::open(temporary_path().c_str(), O_RDONLY | O_CLOEXEC));
     if (!file.open()) fail(path_, "cannot be completed: " + reason(errno));
     if (replaced_) {
-      // The owner is a courtesy that only some users can extend; permissions follow because a
-      // change of owner may take some away.
+      // Only some users can change the owner. A change may clear permission bits, so they follow.
       if (::fchown(file.number(), replaced_->st_uid, replaced_->st_gid) != 0) errno = 0;
       if (::fchmod(file.number(), replaced_->st_mode & 07777) != 0) {
         fail(path_, "cannot keep its permissions: " + reason(errno));
@@ -142,20 +242,11 @@ void OutputFile::commit() {
   }
   temporary_->release();
 
-  // The name itself is on the disk only once its folder is; not every file system offers that.
+  // The new name is on the disk only once its folder is, which not every file system supports.
   const std::filesystem::path folder = std::filesystem::path(target_).parent_path();
   const Descriptor directory(
       ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (directory.open()) static_cast<void>(force_to_disk(directory));
-}
-
-void require_different_files(const std::string& input, const std::string& output) {
-  const auto read = status_of(input);
-  const auto written = status_of(output);
-  if (!read || !written) return;
-  if (read->st_dev == written->st_dev && read->st_ino == written->st_ino) {
-    fail(output, "is the file to be read; give the result another name");
-  }
 }
 
 }  // namespace p3dgrid::tool

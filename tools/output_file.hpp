@@ -2,27 +2,49 @@
 
 #include <sys/stat.h>
 
+#include <cstddef>
+#include <functional>
+#include <initializer_list>
 #include <optional>
 #include <string>
 
-#include "unfinished_file.hpp"
-
 namespace p3dgrid::tool {
+
+/// A file that is removed with this object, and when a signal (HUP, INT, TERM) ends the process
+/// before that. The file need not exist.
+class UnfinishedFile {
+ public:
+  /// Throws a Failure if the signal handler's table is full.
+  explicit UnfinishedFile(std::string path);
+  UnfinishedFile(const UnfinishedFile&) = delete;
+  UnfinishedFile& operator=(const UnfinishedFile&) = delete;
+  ~UnfinishedFile();
+
+  [[nodiscard]] const std::string& path() const { return path_; }
+
+  /// Keeps the file.
+  void release();
+
+ private:
+  std::string path_;
+  std::size_t place_;  ///< in the handler's table
+};
 
 /// What the names of temporary files begin with.
 inline constexpr const char* temporary_prefix = ".p3dgrid-";
 
-/// A file that comes into being whole or not at all.
+/// A file that is replaced whole or not at all.
 ///
 /// It is written under a temporary name in the folder of its final one, `.p3dgrid-...tmp`, and
-/// `commit` puts it in place in one step. Whatever ends the work before that (a failure, a signal)
-/// removes the temporary file and leaves an earlier file of the final name as it was.
+/// `commit` renames it. A failure or a signal before that removes the temporary file and leaves an
+/// earlier file as it was.
 class OutputFile {
  public:
-  /// Reserves the temporary file. Throws a Failure where `path` could not be put in place: its
-  /// folder takes no files, or something else than a writable regular file stands there. A
-  /// symbolic link stays, and the file it leads to is the one replaced.
-  explicit OutputFile(std::string path);
+  /// Creates the temporary file. Throws a Failure if the file could not be put in place: its folder
+  /// is not writable, or `path` is something else than a writable regular file. A symbolic link
+  /// stays, and the file it leads to is replaced.
+  /// @param inputs  files that are read; `path` must not be one of them
+  explicit OutputFile(std::string path, std::initializer_list<std::string> inputs = {});
   OutputFile(const OutputFile&) = delete;
   OutputFile& operator=(const OutputFile&) = delete;
   ~OutputFile() = default;
@@ -30,8 +52,14 @@ class OutputFile {
   /// Where to write until `commit`.
   [[nodiscard]] const std::string& temporary_path() const { return temporary_->path(); }
 
-  /// Forces the contents to the disk, then gives the file its name. An earlier file is replaced
-  /// and hands on its permissions and, where the user may do that, its owner.
+  /// Throws a Failure if there is an obstacle to writing the file.
+  void require_writable(const std::string& obstacle) const;
+
+  /// Runs a step of writing the temporary file. Failures of it name the final file.
+  void write(const std::function<void()>& step) const;
+
+  /// Forces the contents to the disk, then renames the file. It takes over the permissions of an
+  /// earlier file and, if the user may do that, its owner.
   void commit();
 
  private:
@@ -42,8 +70,5 @@ class OutputFile {
   std::optional<struct stat> replaced_;  ///< the file that stands there
   std::optional<UnfinishedFile> temporary_;
 };
-
-/// Throws a Failure when writing `output` would destroy `input`, however the two are spelt.
-void require_different_files(const std::string& input, const std::string& output);
 
 }  // namespace p3dgrid::tool

@@ -7,7 +7,7 @@ namespace p3dgrid::tool {
 /// Ratio of specific heats of air.
 inline constexpr double gamma_of_air = 1.4;
 
-/// What the variables of a PLOT3D solution come to at a point, in the file's own units.
+/// Primitive variables at a point, in the units of the file.
 struct Primitive {
   double u = 0;
   double v = 0;
@@ -16,8 +16,14 @@ struct Primitive {
   double density = 0;
 };
 
-/// @param conserved  density, three components of the momentum, and energy. A density of 0 gives
-///                   infinities and NaN, as arithmetic has it.
-[[nodiscard]] Primitive primitive_of(std::span<const float> conserved, double gamma);
+/// @param conserved  density, momentum and energy. A density of 0 gives infinities and NaN.
+[[nodiscard]] inline Primitive primitive_of(std::span<const float> conserved, double gamma) {
+  const double density = conserved[0];
+  const double u = conserved[1] / density;
+  const double v = conserved[2] / density;
+  const double w = conserved[3] / density;
+  const double kinetic_energy = 0.5 * density * (u * u + v * v + w * w);
+  return {u, v, w, (gamma - 1) * (conserved[4] - kinetic_energy), density};
+}
 
 }  // namespace p3dgrid::tool

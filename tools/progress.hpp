@@ -1,25 +1,19 @@
 #pragma once
 
-#include <sys/types.h>
-
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
-#include <mutex>
-#include <optional>
+#include <mod_p3dgrid/run.hpp>
+#include <p3dgrid/form.hpp>
 #include <string>
-#include <thread>
 
 namespace p3dgrid::tool {
 
-/// Says how much the file will hold that is written next, for the time left to be known.
-void expect_output(std::int64_t bytes);
+/// Announces the values in the file that is written next, from which its size is estimated. The
+/// size of text is unknown.
+void expect_values(const Coding& coding, std::int64_t reals, std::int64_t integers = 0);
 
-/// Shows on standard error how far the reading and writing of files is, while it lives: from its
-/// second second on, one line that is written over several times a second.
-///
-/// It asks the system how much the process has read and written and which files it has open; those
-/// who do the work know nothing of it.
+/// Shows on standard error how far reading and writing is, while it lives: after one second, one
+/// line that is overwritten several times a second.
 class Progress {
  public:
   Progress();
@@ -27,47 +21,21 @@ class Progress {
   Progress& operator=(const Progress&) = delete;
   ~Progress();
 
-  /// True when standard error is a terminal, for which alone the line is meant.
+  /// True if standard error is a terminal.
   [[nodiscard]] static bool has_reader();
 
  private:
   using Clock = std::chrono::steady_clock;
 
-  /// Bytes that the process has moved so far.
-  struct Counts {
-    std::int64_t read = 0;
-    std::int64_t written = 0;
-  };
+  void update(const mod_p3dgrid::FileProgress& now);
+  [[nodiscard]] std::string line_for(const mod_p3dgrid::FileProgress& now, double seconds) const;
 
-  /// An open file.
-  struct File {
-    std::string name;
-    dev_t device = 0;
-    ino_t number = 0;
-    std::int64_t size = 0;
-    bool for_writing = false;
-  };
-
-  /// Work on one file in one direction.
-  struct Work {
-    File file;
-    std::int64_t begin = 0;  ///< count when it began
-    Clock::time_point since;
-  };
-
-  [[nodiscard]] static std::optional<Counts> counts();
-  [[nodiscard]] static std::optional<File> open_file(bool for_writing);
-  [[nodiscard]] static std::string line_for(const Work& work, std::int64_t done, double seconds);
-  void watch();
-  [[nodiscard]] std::string look();
-
-  std::mutex mutex_;
-  std::condition_variable ended_;
-  bool end_ = false;
-  Counts last_;
-  Clock::time_point last_look_;
-  std::optional<Work> work_;
-  std::thread thread_;
+  Clock::time_point next_line_;  ///< no line is shown before
+  std::string path_;             ///< of the file read or written
+  bool writing_ = false;
+  std::int64_t bytes_ = 0;        ///< at the last update
+  std::int64_t first_bytes_ = 0;  ///< at the first update of this file
+  Clock::time_point first_update_;
 };
 
 }  // namespace p3dgrid::tool

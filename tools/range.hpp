@@ -5,7 +5,7 @@
 
 namespace p3dgrid::tool {
 
-/// Smallest and largest of the values that have been included.
+/// The smallest and largest of the included values.
 struct Range {
   float low = std::numeric_limits<float>::infinity();
   float high = -std::numeric_limits<float>::infinity();

@@ -5,13 +5,11 @@
 namespace p3dgrid::tool {
 namespace {
 
-using mod_p3dgrid::integer;
-
 std::string layout_text(Layout layout) {
   return std::string("layout ") + name_of(layout);
 }
 
-/// Collects the names of what is set to 0 for want of a value.
+/// Names of the values that are set to 0 because they are unknown.
 struct Missing {
   std::string names;
   std::string options;
@@ -40,11 +38,11 @@ void settle_step(Restart& restart, const HeaderValues& values, Missing& missing)
   restart.step = step;
 }
 
-// A header of layout 0 has the parameters of the flow, but no time.
+// Layout 0 holds the flow parameters without the time.
 void settle_parameters(Restart& restart, const RestartForm& form, const HeaderValues& values,
                        Missing& missing) {
   const bool read = !restart.parameters.empty();
-  const bool with_time = traits_of(form.layout).parameters;
+  const bool with_time = traits_of(form.layout).parameters > 0;
   restart.parameters.resize(restart.extents.i.size());
   for (FlowParameters& block : restart.parameters) {
     missing = {};
@@ -61,7 +59,7 @@ bool begins_with_solution(const Sections& sections) {
 
 void settle_sections(Restart& restart, Layout written, Layout read) {
   const integer variables = restart.variables();
-  if (written == Layout::function && read != written) restart.sections = {{1, variables}};
+  if (traits_of(written).counted_variables && read != written) restart.sections = {{1, variables}};
   if (!traits_of(written).triplets || begins_with_solution(restart.sections)) return;
   restart.sections = {{1, solution_variables}};
   if (variables > solution_variables) {
@@ -69,10 +67,11 @@ void settle_sections(Restart& restart, Layout written, Layout read) {
   }
 }
 
-/// By what sections the file written is read, where that is not the default.
+/// The option that reading the file requires, if its sections are not the default.
 std::string sections_note(const Sections& sections, Layout written) {
-  const Sections usual = written == Layout::function ? Sections{{1, variables_in(sections)}}
-                                                     : Sections{{1, solution_variables}};
+  const Sections usual = traits_of(written).counted_variables
+                             ? Sections{{1, variables_in(sections)}}
+                             : Sections{{1, solution_variables}};
   if (sections == usual) return "";
   return "is read with --sections " + describe(sections);
 }
@@ -95,7 +94,7 @@ std::string obstacle(const Restart& restart, const RestartForm& read, const Rest
     return "a file without a block count (--to-multiblock no) holds one block, and there are " +
            std::to_string(blocks);
   }
-  const bool five = traits_of(written.layout).parameters || traits_of(written.layout).triplets;
+  const bool five = traits_of(written.layout).parameters > 0 || traits_of(written.layout).triplets;
   if (five && written.layout != read.layout && restart.variables() < solution_variables) {
     return layout + " holds five variables, and there " +
            (restart.variables() == 1 ? "is one" : "are " + std::to_string(restart.variables()));
@@ -107,7 +106,7 @@ std::string obstacle(const HeaderValues& values, Layout layout) {
   const bool parameters = values.mach || values.alpha || values.reynolds || values.time;
   const bool step = values.step || values.step_size;
   const std::string text = layout_text(layout);
-  if (parameters && !traits_of(layout).parameters) {
+  if (parameters && traits_of(layout).parameters == 0) {
     return text + " has no place for --mach, --alpha, --reynolds and --time";
   }
   if (step && !traits_of(layout).holds_step())
@@ -120,13 +119,13 @@ std::vector<std::string> adapt(Restart& restart, const RestartForm& read,
   std::vector<std::string> notes;
   Missing missing;
   if (traits_of(written.layout).holds_step()) settle_step(restart, values, missing);
-  if (traits_of(written.layout).parameters) settle_parameters(restart, read, values, missing);
+  if (traits_of(written.layout).parameters > 0) settle_parameters(restart, read, values, missing);
   if (!missing.names.empty()) {
     notes.push_back("holds 0 for what the file read does not give: " + missing.names + " (" +
                     missing.options + ")");
   }
   const bool extensions_stay =
-      written.layout == Layout::single_block && read.layout == Layout::single_block;
+      traits_of(written.layout).extensions && traits_of(read.layout).extensions;
   if (!extensions_stay) {
     for (const Section& gap : restart.missing) {
       notes.push_back("holds 0 for the variables " + describe(Sections{gap}) +

@@ -1,56 +1,70 @@
 #include "restart_stream.hpp"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
-#include <new>
+#include <array>
+#include <cstdio>
+#include <deque>
 #include <utility>
 
 #include "failure.hpp"
-#include "paths.hpp"
-#include "restart_steps.hpp"
-#include "section_table.hpp"
-#include "variable_files.hpp"
+#include "library.hpp"
+#include "restart_module.hpp"
 
 namespace p3dgrid::tool {
 namespace {
 
-using mod_p3dgrid::integer;
-using mod_p3dgrid::logical;
-
-logical precision_flag(const RestartForm& form) {
-  return form.coding.precision == Precision::double_precision;
-}
-
-// Text is made of temporary files in double precision.
-logical temporary_precision(const RestartForm& written) {
-  return written.coding.encoding == Encoding::formatted || precision_flag(written);
-}
-
-// A whole read in double precision loses the triplets of layout 100, so that there is nothing to
-// miss.
+/// Whether a whole read returns triplets. In double precision those of layout 100 are lost.
 bool gives_triplets(const RestartForm& form) {
-  if (form.layout == Layout::single_block) return true;
-  return form.layout == Layout::triplets && form.coding.encoding == Encoding::formatted;
+  const LayoutTraits& layout = traits_of(form.layout);
+  return layout.extensions || (layout.triplets && is_text(form.coding));
 }
 
-// OUT's own temporary file is there already, which makes these names as unique as its name.
-std::string stem_beside(const std::string& temporary_path) {
-  return temporary_path.substr(0, temporary_path.rfind('.')) + "-";
-}
+/// Most variables that the library keeps in temporary files.
+constexpr integer most_streamed_variables = 15;
 
-/// Runs a step of writing; failures come to name the file that is wanted.
-template <class Step>
-void writing(const std::string& shown, const Step& step) {
-  try {
-    step();
-  } catch (const Failure& failure) {
-    throw Failure(failure.status(), shown + ": not written: " + failure.what());
+/// The temporary files for one variable each. They are removed with this object, or when a signal
+/// ends the process. While it lives, new files are readable for the user alone.
+class VariableFiles {
+ public:
+  /// @param stem  unique beginning of their paths
+  VariableFiles(const std::string& stem, integer variables)
+      : prefix_(prefix_for(stem)), mask_before_(::umask(0077)) {
+    // Registered before they exist: a signal may come while the library is writing one.
+    for (integer v = 1; v <= variables; ++v) {
+      // The library appends the same to its prefix.
+      std::array<char, 24> end{};
+      std::snprintf(end.data(), end.size(), "%06d.tmp", static_cast<int>(v));
+      files_.emplace_back(stem + end.data());
+    }
   }
-}
+  VariableFiles(const VariableFiles&) = delete;
+  VariableFiles& operator=(const VariableFiles&) = delete;
+  ~VariableFiles() { ::umask(mask_before_); }
+
+  [[nodiscard]] const mod_p3dgrid::FileName& prefix() const { return prefix_; }
+
+  /// Throws a Failure if the library has written the variable to another file than expected.
+  void require_own(integer variable) const {
+    const std::string& expected = files_[static_cast<std::size_t>(variable) - 1].path();
+    const std::string written = path_behind(mod_p3dgrid::tmpfile(variable).view());
+    if (written == expected) return;
+    ::unlink(written.c_str());
+    throw Unusable(expected + ": is there already");
+  }
+
+ private:
+  mod_p3dgrid::FileName prefix_;
+  std::deque<UnfinishedFile> files_;
+  mode_t mask_before_;
+};
 
 }  // namespace
 
 std::string obstacle_to_streaming(const RestartForm& read, const RestartForm& written) {
-  if (read.layout == Layout::triplets && !reads_triplets(traits_of(read.layout), read.coding)) {
+  if (traits_of(read.layout).triplets && !reads_triplets(traits_of(read.layout), read.coding)) {
     return "--stream takes the blocks of layout 100 to begin with triplets, and single-precision "
            "files of it are read without; leave --stream out";
   }
@@ -67,7 +81,7 @@ std::string obstacle_to_streaming(const std::string& path, const RestartForm& re
     return "--stream takes at most " + std::to_string(most_streamed_variables) +
            " variables, and there are " + std::to_string(restart.variables());
   }
-  if (read.coding.encoding == Encoding::formatted && !survives_double_precision(path)) {
+  if (is_text(read.coding) && !survives_double_precision(path)) {
     return "--stream reads text by way of double precision, and " + path +
            " holds numbers that this would round otherwise, or more than plain numbers; leave "
            "--stream out";
@@ -77,39 +91,35 @@ std::string obstacle_to_streaming(const std::string& path, const RestartForm& re
 
 void RestartStream::read_variable(integer variable, integer variables) {
   mod_gridvars::readallvars = true;
-  fill_section_table(in_blocks_, form_.layout, variables);
+  set_section_table(in_blocks_, form_.layout, variables);
   mod_p3dgrid::readnextp3dvar(variable, name_for(path_, form_.coding.byte_order),
-                              static_cast<integer>(form_.coding.encoding), precision_flag(form_),
+                              format_code(form_.coding), precision_flag(form_.coding),
                               extents_.blocks(), points_, values_, extents_.i, extents_.j,
                               extents_.k, static_cast<integer>(form_.layout), form_.multiblock);
 }
 
+/// Reads one variable, and of the header what comes only with it.
+void RestartStream::read_first(Restart& restart) {
+  extents_ = restart.extents;
+  in_blocks_ = restart.sections;
+  for (std::size_t b = 0; b < extents_.i.size(); ++b) {
+    points_.push_back(static_cast<integer>(extents_.points_of(b)));
+  }
+  require_memory(values_.allocate(1, extents_.points()));
+  mod_p3dgrid::sqvar.deallocate();
+  mod_p3dgrid::dqvar.deallocate();
+  // The flags of layout 101 are read only for a variable that they may announce.
+  const bool flags = traits_of(form_.layout).extensions;
+  const integer first_announced = solution_variables + 1;
+  read_variable(flags ? first_announced : 1,
+                flags ? std::max(first_announced, restart.variables()) : restart.variables());
+  take_run_data(restart, form_.layout);
+  if (flags) take_extensions(path_, restart);
+  variables_ = restart.variables();
+}
+
 Restart RestartStream::begin() {
-  Restart restart;
-  with_advice(path_, form_, grid_, [&] {
-    restart = outline_of(path_, form_, extents_to_read_by(found_, grid_));
-    extents_ = restart.extents;
-    in_blocks_ = restart.sections;
-    for (std::size_t b = 0; b < extents_.i.size(); ++b) {
-      points_.push_back(static_cast<integer>(extents_.points_of(b)));
-    }
-    if (values_.allocate(1, extents_.points()) != mod_p3dgrid::allocation_done) {
-      throw std::bad_alloc();
-    }
-    mod_p3dgrid::sqvar.deallocate();
-    mod_p3dgrid::dqvar.deallocate();
-    // The flags of layout 101 are read only for a variable that they may announce.
-    const bool flags = form_.layout == Layout::single_block;
-    const integer first_announced = solution_variables + 1;
-    read_variable(flags ? first_announced : 1,
-                  flags ? std::max(first_announced, restart.variables()) : restart.variables());
-    take_run_data(restart, form_.layout);
-    if (flags) take_extensions(path_, restart);
-    variables_ = restart.variables();
-    if (is_proven(found_)) return;
-    require_plan(path_, form_, in_blocks_, extents_, grid_);
-  });
-  return restart;
+  return read_restart(path_, found_, grid_, [this](Restart& restart) { read_first(restart); });
 }
 
 std::span<const float> RestartStream::read(integer variable) {
@@ -117,29 +127,32 @@ std::span<const float> RestartStream::read(integer variable) {
   return std::as_const(values_).span();
 }
 
-void RestartStream::write(const std::string& path, const std::string& shown,
-                          const RestartForm& written, const Restart& restart) {
+void RestartStream::write(const OutputFile& output, const RestartForm& written,
+                          const Restart& restart) {
+  const std::string& path = output.temporary_path();
   const integer count = counted_variables(written.layout, restart.variables());
   const integer blocks = extents_.blocks();
-  const VariableFiles files(stem_beside(path), count);
+  // Based on the name of the output's temporary file, these names are as unique as that one.
+  const VariableFiles files(path.substr(0, path.rfind('.')) + "-", count);
+  // The library combines text from temporary files in double precision.
+  const mod_p3dgrid::logical precision = is_text(written.coding) || precision_flag(written.coding);
   for (integer v = 1; v <= count; ++v) {
     read_variable(v, variables_);
-    writing(shown, [&] {
-      mod_p3dgrid::writenextp3dvar(v, files.prefix(), temporary_precision(written), blocks, points_,
-                                   values_, extents_.i, extents_.j, extents_.k);
+    output.write([&] {
+      mod_p3dgrid::writenextp3dvar(v, files.prefix(), precision, blocks, points_, values_,
+                                   extents_.i, extents_.j, extents_.k);
       files.require_own(v);
     });
   }
   values_.deallocate();
   set_run_data(restart, written.layout);
-  fill_section_table(sections_in_blocks(restart, written.layout), written.layout,
-                     restart.variables());
-  writing(shown, [&] {
+  set_section_table(sections_in_blocks(restart, written.layout), written.layout,
+                    restart.variables());
+  output.write([&] {
     mod_p3dgrid::combinep3dvarfiles(restart.triplets, name_for(path, written.coding.byte_order),
-                                    static_cast<integer>(written.coding.encoding),
-                                    precision_flag(written), blocks, blocks, extents_.i, extents_.j,
-                                    extents_.k, static_cast<integer>(written.layout),
-                                    written.multiblock);
+                                    format_code(written.coding), precision_flag(written.coding),
+                                    blocks, blocks, extents_.i, extents_.j, extents_.k,
+                                    static_cast<integer>(written.layout), written.multiblock);
   });
 }
 

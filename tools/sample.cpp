@@ -1,15 +1,12 @@
-#include <array>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <string>
-#include <vector>
 
-#include "commands.hpp"
+#include "command.hpp"
 #include "console.hpp"
 #include "cylinder.hpp"
-#include "cylinder_flow.hpp"
 #include "failure.hpp"
-#include "grid_file.hpp"
 #include "options.hpp"
 #include "output_file.hpp"
 #include "table.hpp"
@@ -17,38 +14,25 @@
 namespace p3dgrid::tool {
 namespace {
 
-struct GridFile {
-  const char* name;
-  GridForm form;
+struct SampleFile {
+  std::string name;
+  std::string contents;
+  std::function<void(const std::string& path)> write;
 };
 
-struct RestartFile {
-  const char* name;
-  RestartForm form;
-};
+SampleFile grid_file(const char* name, const Grid& grid, const GridForm& form = {}) {
+  return {name, counted(extents_of(grid)) + ", " + describe(form),
+          [&grid, form](const std::string& path) { write_grid(path, form, grid); }};
+}
 
-const std::array grid_files = {
-    GridFile{"grid.p3d", {}},
-    GridFile{"grid-iblank.p3d", {.iblank = true}},
-    GridFile{"grid.txt", {.coding = {.encoding = Encoding::formatted}}},
-};
-
-// Text, because layout 100 is read without its triplets from other files.
-const std::array solution_files = {
-    RestartFile{"flow.q", {.layout = Layout::solution}},
-    RestartFile{"flow-1.rst", {.layout = Layout::time_step}},
-    RestartFile{"flow-100.txt",
-                {.layout = Layout::triplets, .coding = {.encoding = Encoding::formatted}}},
-};
-
-const RestartFile function_file{"flow.f", {.layout = Layout::function}};
-
-// Layouts that hold one block.
-const GridFile upper_grid_file{"upper.p3d", {}};
-const std::array upper_solution_files = {
-    RestartFile{"upper-101.rst", {.layout = Layout::single_block}},
-    RestartFile{"upper-102.rst", {.layout = Layout::bare}},
-};
+SampleFile restart_file(const char* name, const Restart& restart, Layout layout,
+                        Encoding encoding = Encoding::unformatted) {
+  const RestartForm form{.layout = layout, .coding = {.encoding = encoding}};
+  return {name,
+          counted(restart.extents) + ", " + counted(restart.variables(), "variable") + ", " +
+              describe(form),
+          [&restart, form](const std::string& path) { write_restart(path, form, restart); }};
+}
 
 struct SampleOptions {
   std::string folder;
@@ -61,79 +45,60 @@ void create_folder(const std::filesystem::path& folder) {
   if (!error && !std::filesystem::is_directory(folder, error)) {
     error = std::make_error_code(std::errc::not_a_directory);
   }
-  if (error) throw Failure(ExitStatus::unusable, folder.string() + ": " + error.message());
+  if (error) throw Unusable(folder.string() + ": " + error.message());
 }
 
-std::vector<const char*> names() {
-  std::vector<const char*> all;
-  for (const GridFile& file : grid_files) all.push_back(file.name);
-  for (const RestartFile& file : solution_files) all.push_back(file.name);
-  all.push_back(function_file.name);
-  all.push_back(upper_grid_file.name);
-  for (const RestartFile& file : upper_solution_files) all.push_back(file.name);
-  return all;
+// The folder may hold a grid of the user's with the same name.
+void require_missing(const std::filesystem::path& path) {
+  std::error_code error;
+  const auto status = std::filesystem::symlink_status(path, error);
+  if (status.type() == std::filesystem::file_type::not_found) return;
+  throw Unusable(path.string() + ": is there already; --replace writes over it");
 }
 
-// The folder may be one in which the user keeps a grid of the same name.
-void require_nothing_there(const std::filesystem::path& folder) {
-  for (const char* name : names()) {
-    const auto path = folder / name;
-    std::error_code error;
-    if (std::filesystem::symlink_status(path, error).type() ==
-        std::filesystem::file_type::not_found)
-      continue;
-    throw Failure(ExitStatus::unusable,
-                  path.string() + ": is there already; --replace writes over it");
-  }
-}
-
-void write_file(const std::filesystem::path& folder, const GridFile& file, const Grid& grid) {
-  const std::string path = (folder / file.name).string();
+void write_file(const std::string& path, const SampleFile& file) {
   OutputFile output(path);
-  write_grid(output.temporary_path(), file.form, grid);
+  file.write(output.temporary_path());
   output.commit();
-  print_line(path + ": " + counted(grid.blocks, "block") + ", " + counted(grid.points(), "point") +
-             ", " + describe(file.form));
-}
-
-void write_file(const std::filesystem::path& folder, const RestartFile& file,
-                const Restart& restart) {
-  const std::string path = (folder / file.name).string();
-  OutputFile output(path);
-  write_restart(output.temporary_path(), file.form, restart);
-  output.commit();
-  print_line(path + ": " + counted(restart.extents.blocks(), "block") + ", " +
-             counted(restart.extents.points(), "point") + ", " +
-             counted(restart.variables(), "variable") + ", " + describe(file.form));
+  print_line(path + ": " + file.contents);
 }
 
 void write_sample(const SampleOptions& options) {
+  const Grid grid = cylinder_grid();
+  const Restart solution = cylinder_solution(grid);
+  const Restart functions = cylinder_functions(grid);
+  const Grid upper = upper_half(grid);  // for layouts that hold one block
+  const Restart upper_solution = cylinder_solution(upper);
+  const SampleFile files[] = {
+      grid_file("grid.p3d", grid), grid_file("grid-iblank.p3d", grid, {.iblank = true}),
+      grid_file("grid.txt", grid, {.coding = {.encoding = Encoding::formatted}}),
+      restart_file("flow.q", solution, Layout::solution),
+      restart_file("flow-1.rst", solution, Layout::time_step),
+      // Text, because the triplets of layout 100 are not read from other single-precision files.
+      restart_file("flow-100.txt", solution, Layout::triplets, Encoding::formatted),
+      restart_file("flow.f", functions, Layout::function), grid_file("upper.p3d", upper),
+      restart_file("upper-101.rst", upper_solution, Layout::single_block),
+      restart_file("upper-102.rst", upper_solution, Layout::bare)};
   const std::filesystem::path folder = options.folder;
   create_folder(folder);
-  if (!options.replace) require_nothing_there(folder);
-  const Grid grid = cylinder_grid();
-  for (const GridFile& file : grid_files) write_file(folder, file, grid);
-  const Restart solution = cylinder_solution(grid);
-  for (const RestartFile& file : solution_files) write_file(folder, file, solution);
-  write_file(folder, function_file, cylinder_functions(grid));
-
-  const Grid upper = first_block(grid);
-  write_file(folder, upper_grid_file, upper);
-  const Restart upper_solution = cylinder_solution(upper);
-  for (const RestartFile& file : upper_solution_files) write_file(folder, file, upper_solution);
+  for (const SampleFile& file : files) {
+    if (!options.replace) require_missing(folder / file.name);
+  }
+  for (const SampleFile& file : files) write_file((folder / file.name).string(), file);
 }
 
 }  // namespace
 
-Command add_sample(CLI::App& program) {
-  CLI::App* line = program.add_subcommand(
-      "sample",
-      "Write a small case to try everything on: a cylinder in cross flow, grid and solutions");
+Command sample_command() {
   const auto options = std::make_shared<SampleOptions>();
-  add_path(*line, "DIR", options->folder, "Folder for the files; made if it is not there");
-  line->add_flag("--replace", options->replace, "Write over files of an earlier sample");
-  line->footer("Example:\n  p3dgrid sample demo");
-  return {line, [options] { write_sample(*options); }};
+  return {
+      .name = "sample",
+      .meaning =
+          "Write a small case to try everything on: a cylinder in cross flow, grid and solutions",
+      .footer = "Example:\n  p3dgrid sample demo",
+      .arguments = {{"DIR", &options->folder, "Folder for the files; made if it is not there"}},
+      .options = {{"--replace", &options->replace, "Write over files of an earlier sample"}},
+      .run = [options] { write_sample(*options); }};
 }
 
 }  // namespace p3dgrid::tool

@@ -46,4 +46,8 @@ std::string counted(std::int64_t count, const std::string& noun) {
   return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
+std::string counted(const Extents& extents) {
+  return counted(extents.blocks(), "block") + ", " + counted(extents.points(), "point");
+}
+
 }  // namespace p3dgrid::tool

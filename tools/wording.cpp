@@ -9,32 +9,19 @@ namespace {
 
 constexpr std::size_t most_named = 4;
 
-std::string joined(const std::vector<std::string>& parts, const char* between) {
-  std::string text;
-  for (const std::string& part : parts) text.append(text.empty() ? "" : between).append(part);
-  return text;
-}
-
-/// Options of a reading that not all of its kind share; where it is alone of its kind, the first of
-/// its options tells that.
-std::vector<FormOption> telling_options(const Reading& reading,
-                                        const std::vector<Reading>& readings) {
-  const std::vector<FormOption> all = options_of(reading);
-  const auto is_told = [&](const Reading& other, const FormOption& option) {
-    const auto options = options_of(other);
-    return other.is_grid() == reading.is_grid() &&
-           std::ranges::none_of(options, [&](const FormOption& of_other) {
-             return of_other.text() == option.text();
-           });
-  };
-  std::vector<FormOption> telling;
-  for (const FormOption& option : all) {
-    const bool tells =
-        std::ranges::any_of(readings, [&](const Reading& other) { return is_told(other, option); });
-    if (tells) telling.push_back(option);
-  }
-  if (telling.empty()) telling.push_back(all.front());
-  return telling;
+/// The options by which a reading differs from the others of its kind; without any, its first
+/// option, which tells its kind.
+std::vector<FormOption> distinguishing_options(const Reading& reading,
+                                               const std::vector<Reading>& readings) {
+  std::vector<FormOption> options = options_of(reading);
+  const FormOption first = options.front();
+  std::erase_if(options, [&](const FormOption& option) {
+    return std::ranges::all_of(readings, [&](const Reading& other) {
+      return other.is_grid() != reading.is_grid() ||
+             std::ranges::count(options_of(other), option) > 0;
+    });
+  });
+  return options.empty() ? std::vector{first} : options;
 }
 
 }  // namespace
@@ -46,13 +33,9 @@ std::vector<FormOption> options_of(const Reading& reading) {
 std::string named(const std::vector<Reading>& readings) {
   std::string lines;
   for (const Reading& reading : readings) {
-    std::vector<std::string> options;
-    for (const FormOption& option : telling_options(reading, readings)) {
-      options.push_back(option.text());
-    }
-    std::string text = "\n  " + describe(reading) + " (" + joined(options, " ") + ")";
-    if (!reading.unreadable.empty()) text += ", which " + reading.unreadable;
-    lines += text;
+    lines += "\n  " + describe(reading) + " (" +
+             text_of(distinguishing_options(reading, readings)) + ")";
+    if (!reading.unreadable.empty()) lines += ", which " + reading.unreadable;
   }
   return lines;
 }
@@ -65,16 +48,18 @@ std::string departure(const std::vector<Reading>& nearest) {
   if (nearest.empty()) return "";
   std::vector<std::string> forms;
   for (const Reading& reading : nearest) {
-    std::string form = describe(reading);  // that does not tell flags apart
+    std::string form = describe(reading);  // the same for readings that differ in flags
     if (std::ranges::find(forms, form) == forms.end()) forms.push_back(std::move(form));
   }
   if (forms.size() > most_named) {
     forms.resize(most_named);
     forms.emplace_back("others");
   }
+  std::string text = forms.front();
+  for (std::size_t n = 1; n < forms.size(); ++n) text += "; or as " + forms[n];
   const Fit& fit = nearest.front().fit;
   return (fit.agreement == Fit::Agreement::cut ? "is cut short: " : "") + fit.what + "; taken as " +
-         joined(forms, "; or as ");
+         text;
 }
 
 std::string reason(const Reading& reading, std::int64_t file_size) {

@@ -9,15 +9,14 @@
 
 namespace p3dgrid::tool {
 
-/// Every option that says something of the file when it is taken so.
+/// Every option that applies to the file in this reading.
 [[nodiscard]] std::vector<FormOption> options_of(const Reading& reading);
 
-/// The readings as a list for people, each on a line of its own behind a line end, with the options
-/// in which it differs from the others:
-/// "  layout 102, ... (--restart-precision single)".
+/// A list of the readings, each on a new line, with the options in which it differs from the
+/// others: "  layout 102, ... (--restart-precision single)".
 [[nodiscard]] std::string named(const std::vector<Reading>& readings);
 
-/// "a grid in two dimensions, ..., which cannot be read; ...": a reading and why it is of no use.
+/// "a grid in two dimensions, ..., which cannot be read; ...".
 [[nodiscard]] std::string unreadable_form(const Reading& reading);
 
 /// Where the file departs from the reading that agrees furthest, and from others as near, as part

@@ -71,6 +71,20 @@ void p3dsethugepages(bool wanted);
 /// no records, are not affected.
 void p3dsetwholerecords(bool wanted);
 
+/// How far the reading or writing of a file has got.
+struct FileProgress {
+  std::string_view path;   ///< of the file; valid during the call
+  bool writing = false;    ///< the file is written
+  std::int64_t bytes = 0;  ///< offset that reading has reached, or bytes written so far
+  std::int64_t size = 0;   ///< of a file that is read; 0 for one that is written
+};
+
+/// Lets a host show how far long work is: `observer` is called whenever bytes of a regular file
+/// have been read or written, once per full buffer and at least once per 64 MiB, never per value.
+/// The thread that does the work calls it; it must not throw. An empty function restores the
+/// default: nothing is called.
+void p3dsetprogress(std::function<void(const FileProgress&)> observer);
+
 /// Closes the unit: flushes what was written and disconnects the file. Harmless when nothing is
 /// connected to the unit. A failing flush or close is a fatal error.
 ///

@@ -30,7 +30,7 @@ const std::string& checked(const std::string& path) {
 }  // namespace
 
 Evidence::Evidence(const std::string& path)
-    : path_(path), size_(0), file_(checked(path), marker_buffer) {
+    : path_(path), size_(0), file_(checked(path_), marker_buffer) {
   size_ = file_.remaining().value_or(0);
 }
 

@@ -9,7 +9,9 @@
 #include <cerrno>
 #include <cstring>
 #include <system_error>
+#include <utility>
 
+#include "recordio/progress.hpp"
 #include "recordio/read_error.hpp"
 
 namespace mod_p3dgrid::recordio {
@@ -38,10 +40,11 @@ int open_existing(const std::string& path) {
 
 }  // namespace
 
-InputFile::InputFile(const std::string& path, std::size_t buffer_size)
-    : buffer_(std::make_unique_for_overwrite<char[]>(room + buffer_size + room)),
+InputFile::InputFile(std::string path, std::size_t buffer_size)
+    : path_(std::move(path)),
+      buffer_(std::make_unique_for_overwrite<char[]>(room + buffer_size + room)),
       buffer_size_(buffer_size),
-      descriptor_(open_existing(path)),
+      descriptor_(open_existing(path_)),
       nowhere_(not_open) {
   struct stat status;
   const int error = ::fstat(descriptor_, &status) != 0 ? errno
@@ -52,6 +55,7 @@ InputFile::InputFile(const std::string& path, std::size_t buffer_size)
     throw SystemError{"cannot open", error};
   }
   has_size_ = S_ISREG(status.st_mode);
+  size_ = status.st_size;
   begin_ = end_ = front();
   std::memset(buffer_.get(), 0, room + room);
 }
@@ -81,11 +85,17 @@ std::size_t InputFile::completed(std::int64_t at, Read read) {
 
 std::size_t InputFile::read_some(void* destination, std::size_t bytes) {
   const auto most = static_cast<std::size_t>(std::max<std::int64_t>(0, end_at_ - file_offset_));
-  const std::size_t got = completed(
-      file_offset_, [&] { return ::read(descriptor_, destination, std::min(bytes, most)); });
+  const std::size_t got = completed(file_offset_, [&] {
+    return ::read(descriptor_, destination, std::min({bytes, most, most_bytes_per_call}));
+  });
   file_offset_ += static_cast<std::int64_t>(got);
   bytes_taken_ += static_cast<std::int64_t>(got);
+  report(file_offset_);
   return got;
+}
+
+void InputFile::report(std::int64_t bytes) const {
+  if (has_size_) report_progress({path_, false, bytes, size_});
 }
 
 void InputFile::drop_buffer() {
@@ -131,10 +141,12 @@ std::int64_t InputFile::read_to_nowhere(std::int64_t bytes) {
   if (!has_size_) return 0;
   if (nowhere_ == not_open) nowhere_ = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
   if (nowhere_ == not_open) return 0;
-  const ssize_t got = ::sendfile(nowhere_, descriptor_, nullptr, static_cast<std::size_t>(bytes));
+  const ssize_t got = ::sendfile(nowhere_, descriptor_, nullptr,
+                                 std::min(static_cast<std::size_t>(bytes), most_bytes_per_call));
   if (got <= 0) return 0;
   drop_buffer();
   file_offset_ += got;
+  report(file_offset_);
   return got;
 }
 
@@ -154,6 +166,7 @@ void InputFile::discard(std::int64_t bytes) {
 }
 
 void InputFile::skip(std::int64_t bytes) {
+  ahead_ = 0;
   if (bytes <= end_ - begin_) {
     begin_ += bytes;
     return;
@@ -191,6 +204,8 @@ void InputFile::read_ahead(std::int64_t distance, void* destination, std::int64_
     const std::size_t got = completed(
         at, [&] { return ::pread(descriptor_, to, static_cast<std::size_t>(bytes), at); });
     if (got == 0) ends_before(bytes, at);
+    ahead_ += static_cast<std::int64_t>(got);
+    report(offset() + ahead_);
     to += got;
     at += static_cast<std::int64_t>(got);
     bytes -= static_cast<std::int64_t>(got);

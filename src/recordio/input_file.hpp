@@ -13,7 +13,7 @@ namespace mod_p3dgrid::recordio {
 class InputFile {
  public:
   /// Opens the file. Throws `SystemError` for one that cannot be opened, and for a directory.
-  InputFile(const std::string& path, std::size_t buffer_size);
+  InputFile(std::string path, std::size_t buffer_size);
   InputFile(const InputFile&) = delete;
   InputFile& operator=(const InputFile&) = delete;
   ~InputFile();
@@ -85,15 +85,19 @@ class InputFile {
   template <class Read>
   [[nodiscard]] static std::size_t completed(std::int64_t at, Read read);
   std::size_t read_some(void* destination, std::size_t bytes);
+  void report(std::int64_t bytes) const;
   void drop_buffer();
   [[nodiscard]] std::int64_t read_to_nowhere(std::int64_t bytes);
   [[noreturn]] static void ends_before(std::int64_t missing, std::int64_t at);
 
+  std::string path_;
   std::unique_ptr<char[]> buffer_;
   std::size_t buffer_size_;
   int descriptor_;
   int nowhere_;  ///< the null device, once it is needed
   bool has_size_ = false;
+  std::int64_t size_ = 0;   ///< when it was opened, if it has one
+  std::int64_t ahead_ = 0;  ///< bytes read ahead since `skip`
   const char* begin_ = nullptr;
   const char* end_ = nullptr;
   std::int64_t file_offset_ = 0;  ///< byte behind those at hand

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <utility>
 
+#include "recordio/progress.hpp"
 #include "recordio/read_error.hpp"
 
 namespace mod_p3dgrid::recordio {
@@ -31,9 +32,10 @@ int create(const std::string& path, Creation creation) {
 
 }  // namespace
 
-OutputFile::OutputFile(const std::string& path, Creation creation)
-    : buffer_(std::make_unique_for_overwrite<char[]>(buffer_size)),
-      descriptor_(create(path, creation)) {
+OutputFile::OutputFile(std::string path, Creation creation)
+    : path_(std::move(path)),
+      buffer_(std::make_unique_for_overwrite<char[]>(buffer_size)),
+      descriptor_(create(path_, creation)) {
   struct stat status;
   // Without its old size the file could not be cut to the new one.
   if (::fstat(descriptor_, &status) != 0) fail("cannot create", errno);
@@ -117,12 +119,15 @@ void OutputFile::write_at(const char* source, std::size_t bytes, std::int64_t at
   if (descriptor_ == closed) return;
   while (bytes > 0) {
     const ssize_t taken =
-        has_size_ ? ::pwrite(descriptor_, source, bytes, at) : ::write(descriptor_, source, bytes);
+        has_size_ ? ::pwrite(descriptor_, source, std::min(bytes, most_bytes_per_call), at)
+                  : ::write(descriptor_, source, bytes);
     if (taken < 0 && errno == EINTR) continue;
     if (taken <= 0) fail("cannot write", taken < 0 ? errno : EIO);
     source += taken;
     at += taken;
     bytes -= static_cast<std::size_t>(taken);
+    moved_ += taken;
+    if (has_size_) report_progress({path_, true, moved_});
   }
 }
 

@@ -20,7 +20,7 @@ enum class Creation {
 /// which writing has not begun stays as it was.
 class OutputFile {
  public:
-  OutputFile(const std::string& path, Creation creation);
+  OutputFile(std::string path, Creation creation);
   OutputFile(const OutputFile&) = delete;
   OutputFile& operator=(const OutputFile&) = delete;
   /// Drops what is not flushed: call `close` to keep it.
@@ -58,12 +58,14 @@ class OutputFile {
   [[nodiscard]] bool cut();
   [[noreturn]] void fail(const char* operation, int error);
 
+  std::string path_;
   std::unique_ptr<char[]> buffer_;
   int descriptor_;
   bool begun_ = false;        ///< what the file held before is given up
   bool has_size_ = false;     ///< a regular file, which is written at places of our choice
   std::int64_t space_ = 0;    ///< bytes that the file had or that were asked for, from the start
   std::int64_t written_ = 0;  ///< bytes handed to the system, all from the start
+  std::int64_t moved_ = 0;    ///< bytes handed to the system, ahead of `written_` too
   std::size_t used_ = 0;      ///< bytes in the buffer, behind those
 };
 

@@ -20,7 +20,8 @@ class TextLimit : public test_support::InScratchFolder {
     const Coding coding{.encoding = Encoding::formatted};
     const auto outline = file.grid_outline(coding, true, EmptyBlocks::refused);
     FilePlan plan(outline->sizes, outline->extents, iblank);
-    recordio::InputFile part("grid", 4096);
+    const std::string path = "grid";
+    recordio::InputFile part(path, 4096);
     TextCount count;
     const std::vector<Fit> fits = fit_of_text(part, std::span(&plan, 1), limit, count);
     return fits.front();

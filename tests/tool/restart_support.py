@@ -1,4 +1,4 @@
-"""Restart files packed by hand: every layout and encoding, record by record."""
+"""Builds restart files byte by byte, in every layout and encoding."""
 
 import struct
 
@@ -8,7 +8,7 @@ LAYOUTS = (1, 2, 3, 100, 101, 102)
 
 
 class RestartForm:
-    """What has to be known of a restart file to read it."""
+    """The form of a restart file."""
 
     def __init__(self, layout=2, encoding="unformatted", double=False, multiblock=True,
                  order=NATIVE):
@@ -26,7 +26,7 @@ class RestartForm:
             f"--{name}-format", self.encoding,
             f"--{name}-precision", "double" if self.double else "single",
             f"--{name}-multiblock", "yes" if self.multiblock else "no",
-            # Nothing but reals, which are numbers in either order.
+            # Only reals, which are valid in either byte order.
             *(("--restart-byte-order", self.order)
               if self.layout == 102 and self.encoding == "binary" and not target else ()),
         ]
@@ -40,7 +40,7 @@ class RestartForm:
 
 
 def encodings():
-    """Encoding and precision, each that makes a difference."""
+    """Encodings with the precisions that they distinguish."""
     return (("unformatted", False), ("unformatted", True), ("binary", False), ("binary", True),
             ("formatted", False))
 
@@ -64,7 +64,7 @@ class Solution:
 
 
 def sample_solution(extents, variables=5, **more):
-    """Every value different, and none of them exact in single precision."""
+    """Distinct values, none of them exact in single precision."""
     def values(block, number):
         points = extents[block][0] * extents[block][1] * extents[block][2]
         return [1000 * number + 100 * block + point + 0.1 for point in range(points)]
@@ -116,7 +116,7 @@ def body_records(form, solution, leading):
 
 def pack(records, form, rounded=False):
     """The records' bytes. Items are integers (i), reals of the file's precision (r) or doubles (d);
-    `rounded` when reals have passed through single precision."""
+    `rounded` if reals have passed through single precision."""
     if not form.records:
         return "".join(" ".join(repr(value) for _, values in items for value in values) + "\n"
                        for items in records).encode()
@@ -139,7 +139,7 @@ def restart_records(form, solution, leading=None):
 
 
 def restart_bytes(form, solution, leading=None, rounded=False):
-    """The file of that form. Header values are not rounded but by the file's own precision."""
+    """The file in that form. Header values are rounded to the precision of the file only."""
     head = list(header_records(form, solution))
     body = restart_records(form, solution, leading)[len(head):]
     if form.layout != 2:

@@ -1,4 +1,4 @@
-"""What the tests of the command share: running it, and grid files packed by hand."""
+"""Runs the command, and builds grid files byte by byte."""
 
 import contextlib
 import errno
@@ -20,7 +20,7 @@ SIGNS = {"little": "<", "big": ">"}  # of struct formats
 
 
 class Form:
-    """What has to be known of a grid file to read it."""
+    """The form of a grid file."""
 
     def __init__(self, encoding="unformatted", double=False, multiblock=True, iblank=False,
                  order=NATIVE):
@@ -61,7 +61,7 @@ class Block:
         assert all(len(values) == points for values in (*self.xyz, self.iblank))
 
 
-# Values that single precision does not hold exactly are among them on purpose.
+# Some values are not exact in single precision.
 TWO_BLOCKS = [
     Block((2, 2, 2), [0.1, 1, 2, 3, 4, 5, 6, 7.25], [-1e-30, 0, 0, 0, 0, 0, 0, 1 / 3],
           [10, 11, 12, 13, 14, 15, 16, 1.5e20], [1, 0, 1, 1, -2, 1, 3, 0]),
@@ -71,7 +71,7 @@ ONE_BLOCK = TWO_BLOCKS[:1]
 
 
 def single(value):
-    """The value as single precision holds it."""
+    """The value in single precision."""
     return struct.unpack("=f", struct.pack("=f", value))[0]
 
 
@@ -81,7 +81,7 @@ def record(payload, encoding="unformatted", order=NATIVE):
 
 
 def grid_bytes(form, blocks, rounded=False):
-    """The file of that form; `rounded` when its values have passed through single precision."""
+    """The file in that form; `rounded` if its values have passed through single precision."""
     if form.encoding == "formatted":
         return text_bytes(form, blocks)
     parts = []
@@ -103,7 +103,7 @@ def grid_bytes(form, blocks, rounded=False):
 
 
 def text_bytes(form, blocks):
-    """Text as a person might type it: one component a line."""
+    """Text with one component per line."""
     lines = [str(len(blocks))] if form.multiblock else []
     lines.append(" ".join(str(extent) for block in blocks for extent in block.extents))
     for block in blocks:
@@ -114,7 +114,7 @@ def text_bytes(form, blocks):
 
 
 def values_of(form, blocks):
-    """Every value of the file in order, coordinates as single precision holds them."""
+    """All values of the file in order, coordinates in single precision."""
     values = [len(blocks)] if form.multiblock else []
     values += [extent for block in blocks for extent in block.extents]
     for block in blocks:
@@ -125,7 +125,7 @@ def values_of(form, blocks):
 
 
 class ToolTest(unittest.TestCase):
-    """A folder of its own for each test, and ways to run the command in it."""
+    """Gives each test a folder, and runs the command in it."""
 
     maxDiff = None
 
@@ -151,7 +151,7 @@ class ToolTest(unittest.TestCase):
         options.setdefault("stdout", subprocess.PIPE)
         options.setdefault("stderr", subprocess.PIPE)
         options.setdefault("stdin", subprocess.DEVNULL)
-        # New memory is filled, so that values which were never set show.
+        # New memory is filled, so that uninitialised values show.
         options.setdefault("env", {**os.environ, "MALLOC_PERTURB_": "165"})
         command = options.pop("command", COMMAND)
         return subprocess.Popen([command, *map(str, arguments)], text=True, **options)
@@ -167,7 +167,7 @@ class ToolTest(unittest.TestCase):
         return process
 
     def feed(self, process, pipe, content):
-        """Writes into a named pipe, never waiting for a process that has ended."""
+        """Writes to a named pipe without waiting for a process that has ended."""
         while True:
             try:
                 writer = os.open(self.path(pipe), os.O_WRONLY | os.O_NONBLOCK)
@@ -205,12 +205,12 @@ class ToolTest(unittest.TestCase):
 
     @contextlib.contextmanager
     def unprivileged(self):
-        """Options to run the command as somebody whom permissions stop, root or not."""
+        """Options that run the command as a user without root's permissions."""
         if os.geteuid() != 0:
             yield {}
             return
         os.chmod(self.folder, 0o755)
-        # A copy, because the folders above the command may be closed to others.
+        # A copy, because other users may have no access to the folders above the command.
         with tempfile.TemporaryDirectory() as bin_folder:
             os.chmod(bin_folder, 0o755)
             command = pathlib.Path(bin_folder) / "p3dgrid"

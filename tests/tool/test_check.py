@@ -1,4 +1,4 @@
-"""p3dgrid check: what it says of grids and restart files packed by hand, and of real ones."""
+"""p3dgrid check: its reports on generated and real grids and restart files."""
 
 import itertools
 import math
@@ -109,7 +109,7 @@ class Headers(CheckTest):
         self.fail_with(1, "check", "grid", "flow", says=("grid: is cut short", "record 4 of 4"))
 
     def test_function_file_after_one_of_fewer_blocks(self):
-        # The counts of variables are read twice in a run, into the same room.
+        # The counts of variables are read twice in a run, into the same array.
         self.write_restart("flow", RestartForm(3), TWO * 40)
         self.write_grid("grid", blocks=TWO_BLOCKS * 40)
         self.agree("--layout", "3")
@@ -176,7 +176,7 @@ class Alone(CheckTest):
 
     def test_a_marker_that_is_wrong(self):
         content = self.path("grid").read_bytes()
-        # Behind the record of block 1, and before that of block 2.
+        # After the record of block 1 and before that of block 2.
         for offset, says in ((44 + 4 + 96, "record 3 of 4 at byte 44: its marker at byte 144 says "
                                            "7 where 96 is expected"),
                              (44 + 104, "record 4 of 4 at byte 148 holds 7 bytes by its marker "
@@ -200,7 +200,7 @@ class Alone(CheckTest):
         self.fail_with(1, "check", "grid", says=("grid: ", "line 4"))
 
     def test_values_are_what_a_reader_takes(self):
-        """Blanking values are integers, and a NUL byte belongs to no number."""
+        """Blanking values are integers, and a NUL byte is not part of a number."""
         for value in ("1.5", "1e0", "99999999999"):
             self.write("grid", f"1\n1 1 2\n1 2 3 4 5 6\n1 {value}\n".encode())
             self.fail_with(1, "check", "grid", "--grid-iblank", "yes",
@@ -212,7 +212,7 @@ class Alone(CheckTest):
         self.assertIn("with blanking", self.succeed("check", "grid"))
 
     def test_long_words_are_numbers(self):
-        """As Fortran programs take them; a word without end is none."""
+        """The words are those that Fortran accepts; a word without an end is not one."""
         for digits in (5000, 100_000):
             one = "0" * digits + "1"
             self.write("grid", f"1\n{one} 1 1\n{one}.5 {one} {one}e-3\n".encode())
@@ -237,7 +237,7 @@ class Alone(CheckTest):
                       "left out", result.stderr_text)
 
     def test_the_nearest_reading_is_named(self):
-        """Damage is told by the form whose lengths are off by the least."""
+        """Damage is reported for the form with the smallest difference in length."""
         content = grid_bytes(Form(double=True, iblank=True), TWO_BLOCKS)
         self.write("grid", content[:44] + struct.pack("=i", 225) + content[48:])
         message = self.fail_with(1, "check", "grid", says=(
@@ -319,7 +319,7 @@ class Alone(CheckTest):
 
 
 class Foreign(CheckTest):
-    """Forms of other programs, which are named instead of taken for something else."""
+    """Forms of other programs, which are recognised and named."""
 
     def records(self, *contents, marker="i"):
         return b"".join(struct.pack("=" + marker, len(content)) + content +
@@ -343,7 +343,7 @@ class Foreign(CheckTest):
         self.fail_with(1, "info", "file", says="file: is a grid in two dimensions")
 
     def planar_with_blanking(self, order, third, extents=(9, 7)):
-        """One block of single precision behind its block count: x, y, and 32 bits more a point."""
+        """One block in single precision after its block count: x, y and 32 more bits per point."""
         sign, points = SIGNS[order], extents[0] * extents[1]
         xy = struct.pack(f"{sign}{2 * points}f", *(n / 4 for n in range(2 * points)))
         return struct.pack(sign + "3i", 1, *extents) + xy + third
@@ -393,7 +393,7 @@ class Foreign(CheckTest):
         self.fail_with(1, "info", "file", "--layout", "2", says="is a solution in two dimensions")
         self.fail_with(1, "check", "grid", "file", "--restart-format", "unformatted",
                        says="file: is a solution in two dimensions")
-        # What has been stated of another file is mended first.
+        # Wrong options for the other file are reported first.
         self.fail_with(1, "info", "grid", "--grid-format", "binary",
                        says="it is that of a file read with --grid-format unformatted")
 
@@ -438,10 +438,10 @@ class Foreign(CheckTest):
 
 
 class Bounded(CheckTest):
-    """What it takes to answer does not depend on what damaged headers announce."""
+    """Memory and time do not depend on the sizes in damaged headers."""
 
     def limited(self, *arguments):
-        """Runs the command with room for 64 MiB besides itself, and two seconds."""
+        """Runs the command with at most 64 MiB of additional memory and two seconds."""
         def limit():
             resource.setrlimit(resource.RLIMIT_DATA, (80 << 20, 80 << 20))
             resource.setrlimit(resource.RLIMIT_CPU, (2, 2))

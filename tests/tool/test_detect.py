@@ -1,4 +1,4 @@
-"""What p3dgrid finds out of files by itself: every form that it can write, real files, damage."""
+"""Detection of the form: every form that p3dgrid can write, real files, damaged files."""
 
 import itertools
 import json
@@ -30,8 +30,8 @@ TABLES = {
     "1-8": [(1, 8)],
 }
 
-# Files that other readings explain to their last byte as well. Without markers, blocks of a few
-# points have lengths that come out even in more than one way.
+# Files that other readings fit as well. Without markers, the lengths of blocks of a few points
+# fit more than one form.
 AMBIGUOUS_GRIDS = {
     "one binary double count blanking, or restart",
     "one binary double no count blanking, or restart",
@@ -90,7 +90,7 @@ def block_of(extents):
 
 
 def coded_forms(make):
-    """Every encoding, precision and byte order that makes a difference."""
+    """Encodings with the precisions and byte orders that they distinguish."""
     for encoding, double, order in itertools.product(("unformatted", "binary"), (False, True),
                                                      (NATIVE, OTHER)):
         yield make(encoding, double, order)
@@ -99,7 +99,7 @@ def coded_forms(make):
 
 class DetectTest(ToolTest):
     def found(self, name, *options):
-        """What `info` finds: its report, or None and the message where it asks."""
+        """The report of `info`, or None and the message if the file is ambiguous."""
         result = self.run_tool("info", name, "--json", *options)
         if result.returncode == 2:
             self.assertEqual(result.stdout_text, "")
@@ -156,7 +156,7 @@ class Grids(DetectTest):
         self.assertIn(text, message)
 
     def test_reals_are_no_blanking_values(self):
-        """A file of another kind, as long as a block of single precision with blanking values."""
+        """A file of another kind, as long as a single-precision block with blanking values."""
         content = struct.pack("=3i", 1, 9, 7) + struct.pack("=126d", *range(126))
         self.write("grid", content)
         self.fail_with(1, "info", "grid", says="grid: ")
@@ -248,7 +248,7 @@ class Restarts(DetectTest):
                                  for table in tables.split()})
 
     def visible(self, form, sections):
-        """The sections as far as the file shows them: without markers only their sum."""
+        """The sections as far as they can be detected: without markers only their sum."""
         last = sections[-1][1]
         if form.encoding == "unformatted":
             return [list(section) for section in sections]
@@ -354,7 +354,7 @@ class Text(DetectTest):
         self.fail_with(1, "info", "grid", says="grid: ")
 
     def test_lines_that_end_records(self):
-        # What is left of a line is not read.
+        # The rest of a line is not read.
         self.write("grid", b"1 2 1 1\n1 2 3 4 5 6\n")
         self.fail_with(1, "info", "grid", says="grid: ")
 
@@ -367,9 +367,9 @@ class Damage(DetectTest):
             content = grid_bytes(form, self.BLOCKS)
             text = form.encoding == "formatted"
             step = len(content) // 40 if text else 4
-            # A binary file may be cut just where one of fewer values would end.
+            # A truncated binary file may have the length of one with fewer values.
             others = {len(grid_bytes(other, self.BLOCKS)) for other in all_forms()}
-            # So may one of the first three numbers as extents.
+            # So may one whose extents are its first three numbers.
             others |= {12 + 3 * 4 * 3 * size for size in (12, 16, 24, 28)}
             for length in range(len(content) // 3, len(content) - 1, step):
                 if form.encoding == "binary" and (length in others or length % 512 == 0):

@@ -1,4 +1,4 @@
-"""What goes wrong, and what the command says of it: exit status 1 and 2."""
+"""Failures, with their messages and exit status 1 or 2."""
 
 import json
 import os
@@ -59,12 +59,12 @@ class FilesThatCannotBeUsed(ToolTest):
 
 
 class NamesWithControlCharacters(ToolTest):
-    """They are shown escaped, so that no name can draw on a terminal or pass for a line."""
+    """They are escaped, so that names cannot control a terminal or look like a line of output."""
     NAME = "a\n  b\x1b[2J\t\x9b"
     SHOWN = r"a\n  b\x1b[2J\t\xc2\x9b"
 
     def lines(self, status, *arguments):
-        """What the command prints, on both streams, name for name."""
+        """What the command prints on both streams, for each name."""
         result = self.run_tool(*arguments)
         text = result.stdout_text + result.stderr_text
         self.assertEqual(result.returncode, status, text)
@@ -80,7 +80,7 @@ class NamesWithControlCharacters(ToolTest):
             line, = self.lines(status, "info", self.NAME)
             self.assertTrue(line.startswith(f"p3dgrid: {self.SHOWN}: "), line)
             self.assertIn(says, line)
-        # As the library tells it.
+        # The library's message.
         self.write(self.NAME, grid_bytes(Form("formatted"), ONE_BLOCK).replace(b"3.0", b"x"))
         self.assertIn(f"p3dgrid: {self.SHOWN}: line 3: found \"x\", expected a real number",
                       self.lines(1, "info", self.NAME, *Form("formatted").options("grid"))[-1])
@@ -169,7 +169,7 @@ class DamagedFiles(ToolTest):
 
 
 class FilesOfAnotherForm(ToolTest):
-    """Stated wrongly: never a success, and the option that would help is named."""
+    """Wrong options never succeed, and the message names the option that helps."""
 
     def refuse(self, stated, says):
         return self.fail_with(1, "info", "grid", *stated.options("grid"), says=("grid: ", says))
@@ -189,7 +189,7 @@ class FilesOfAnotherForm(ToolTest):
     def test_text_with_and_without_block_count(self):
         self.write_grid("grid", Form("formatted", multiblock=False), ONE_BLOCK)
         self.refuse(Form("formatted"), "--grid-multiblock no")
-        # These can be read to their end as what they are not.
+        # These can be read completely in a wrong form.
         self.write("grid", b"1\n2, 2, 2\n" + b"1 2 3 4 5 6 7 8\n" * 3)
         self.refuse(Form("formatted", multiblock=False), "--grid-multiblock yes")
         self.write("grid", b"1 1 3\n1 2 3\n" + b"4 5 6 7 8 9\n" * 6)
@@ -222,7 +222,7 @@ class FilesOfAnotherForm(ToolTest):
                            says="--grid-byte-order " + OTHER)
 
     def test_every_form_stated_as_every_other(self):
-        # An odd size, so that no file has by chance the length of another form too.
+        # A size for which no file has the length of another form.
         two_blocks = [*ONE_BLOCK, Block((7, 1, 1), *([n + 0.5 for n in range(7)],) * 3)]
         for actual in all_forms():
             if actual.encoding == "formatted":
@@ -230,7 +230,7 @@ class FilesOfAnotherForm(ToolTest):
             self.write_grid("grid", actual, two_blocks if actual.multiblock else ONE_BLOCK)
             for stated in all_forms():
                 same = vars(stated) == vars(actual)
-                # What is left of a record is skipped, blanking values at its end as well.
+                # The rest of a record is skipped, including blanking values at its end.
                 skips = (actual.encoding == stated.encoding == "unformatted" and actual.iblank
                          and (stated.double, stated.multiblock)
                          == (actual.double, actual.multiblock))
@@ -347,7 +347,7 @@ class StandardOutput(ToolTest):
             with self.subTest(arguments=arguments), open("/dev/full", "w") as full:
                 self.fail_with(2, *arguments, stdout=full,
                                says=("standard output", "No space left on device"))
-        # The work itself was done.
+        # The work was done.
         self.assertEqual(self.path("out").read_bytes(), grid_bytes(Form(), TWO_BLOCKS))
 
     def test_closed_pipe(self):
@@ -363,7 +363,7 @@ class StandardOutput(ToolTest):
         self.assertIn("standard output", result.stderr)
 
     def test_closed_streams_do_not_end_up_in_files(self):
-        # So many blocks that the library's lines are written out while the files are open.
+        # So many blocks that the library's lines are flushed while the files are open.
         blocks = [Block((1, 1, 1), [n], [0], [0]) for n in range(1000)]
         content = self.write_grid("grid", Form(), blocks).read_bytes()
         for closed in ("<&-", ">&-", "<&- >&-", "<&- >&- 2>&-"):

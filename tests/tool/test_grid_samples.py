@@ -1,4 +1,4 @@
-"""`info` on real grid files of others, against what Python itself finds in them."""
+"""`info` on real grid files, compared with values read by Python."""
 
 import os
 import pathlib

@@ -1,4 +1,4 @@
-"""p3dgrid info: what it says of grids packed by hand."""
+"""p3dgrid info on generated grids."""
 
 import os
 import re
@@ -7,13 +7,13 @@ import struct
 from support import NATIVE, ONE_BLOCK, TWO_BLOCKS, Block, Form, ToolTest, all_forms, grid_bytes, main
 
 
-# So many points that no length comes out even in several ways.
+# So many points that the lengths fit only one form.
 LARGER_BLOCKS = [Block((7, 3, 2), *([n + 0.5 for n in range(42)],) * 3),
                  Block((4, 1, 6), *([n - 0.5 for n in range(24)],) * 3)]
 
 
 def rows(output):
-    """The tables' rows below their headers, as lists of words."""
+    """The rows of the tables, as lists of words."""
     return [line.split() for line in output.splitlines() if re.match(r"\s+(\d+|all)\s", line)]
 
 

@@ -1,5 +1,4 @@
-"""What comes with the command when it is installed: manual page, completions, help whose examples
-run, the Debian package."""
+"""The installed manual page, completions, examples of the help, and Debian package."""
 
 import gzip
 import os
@@ -31,7 +30,7 @@ class InstalledTest(ToolTest):
         return re.findall(r"^  ([a-z]+) ", listed, re.MULTILINE)
 
     def options_of(self, *command):
-        """The options of a command, each with what its help says of its value."""
+        """The options of a command with the values in its help."""
         return dict(OPTION.findall(self.succeed(*command, "--help")))
 
     def all_options(self):
@@ -47,7 +46,7 @@ class Help(InstalledTest):
                          ["sample", "info", "convert", "check", "restart", "tecplot", "plot"])
 
     def test_examples_run(self):
-        """Each in the folder of a sample case, whose files stand in for those of the examples."""
+        """Runs each in the folder of a sample case, whose files replace those of the example."""
         for command in [(), *((name,) for name in self.commands())]:
             text = self.succeed(*command, "--help")
             examples = re.findall(r"^  (p3dgrid .*)$", text.split("xample", 1)[1], re.MULTILINE)
@@ -135,7 +134,7 @@ class ManualPage(InstalledTest):
 
 class BashCompletion(InstalledTest):
     def complete(self, line):
-        """What bash would offer behind the line."""
+        """The completions that bash offers for the line."""
         words = line.split(" ")
         quoted = " ".join(shlex.quote(word) for word in words)
         script = (f"source {shlex.quote(str(SOURCE / 'tools/completion/p3dgrid.bash'))}\n"
@@ -172,7 +171,7 @@ class BashCompletion(InstalledTest):
 
 
 class ZshCompletion(InstalledTest):
-    """In a shell of its own, on a terminal, with the tabulator."""
+    """Tab completion in an interactive shell on a terminal."""
 
     def setUp(self):
         super().setUp()
@@ -252,7 +251,7 @@ class DebianPackage(InstalledTest):
         self.assert_changelog(root / "usr/share/doc/p3dgrid/changelog.gz", version)
 
     def assert_changelog(self, packed, version):
-        """As dpkg wants it, and leading to the one that people read."""
+        """It has dpkg's format and names the full changelog."""
         plain = self.path("changelog")
         plain.write_bytes(gzip.decompress(packed.read_bytes()))
         read = self.run_checked("dpkg-parsechangelog", "--file", plain)

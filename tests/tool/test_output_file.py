@@ -1,4 +1,4 @@
-"""How an output file comes into being: whole, in its place, and nothing else touched."""
+"""Output files are replaced whole or not at all, and nothing else is changed."""
 
 import os
 import resource
@@ -155,7 +155,7 @@ class Refused(ToolTest):
 
 
 class Interrupted(ToolTest):
-    """OUT and its folder after a run that did not come to its end."""
+    """OUT and its folder after an interrupted run."""
 
     def setUp(self):
         super().setUp()
@@ -166,9 +166,9 @@ class Interrupted(ToolTest):
         self.assert_no_leftovers()
 
     def start_blocked(self, **options):
-        """A conversion that waits for its input, its temporary file in place."""
+        """A conversion that waits for its input after creating its temporary file."""
         os.mkfifo(self.path("pipe"))
-        # What a pipe holds cannot be looked at before it is read.
+        # A pipe cannot be examined before it is read.
         process = self.start("convert", "pipe", "out", *Form().options("grid"),
                              "--grid-byte-order", Form().order, **options)
         deadline = time.monotonic() + 30
@@ -207,7 +207,7 @@ class Interrupted(ToolTest):
         self.assert_untouched()
 
     def test_no_room_for_the_output(self):
-        # A limit on the size of files fails a write in its middle, as a full disk does.
+        # A file-size limit makes a write fail part-way, like a full disk.
         points = 40_000
         values = [n / 7 for n in range(points)]
         self.write_grid("in", blocks=[Block((points, 1, 1), values, values, values)])
@@ -221,7 +221,7 @@ class Interrupted(ToolTest):
                 self.assert_untouched()
 
     def test_small_output_without_room(self):
-        # The whole file fits the library's buffer, so that the failure comes with the close.
+        # The whole file fits in the library's buffer, so that only the close fails.
         self.write_grid("in", blocks=ONE_BLOCK)
         self.fail_with(2, "convert", "in", "out", says=("out: not written: ", "File too large"),
                        preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (10, 10)))

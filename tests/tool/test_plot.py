@@ -1,4 +1,4 @@
-"""p3dgrid plot: what is in the pictures, pixel by pixel where that says something."""
+"""p3dgrid plot: the contents of pictures, by their pixels."""
 
 import functools
 import math
@@ -59,7 +59,7 @@ class Picture:
         return tuple(self.rows[y][3 * x:3 * x + 3])
 
     def inner(self):
-        """Corners of what the frame around a flat view encloses: the frame's are the longest dark
+        """Corners of the area inside the frame of a flat view. The frame has the longest dark
         lines."""
         def dark(pixel):
             return max(pixel) < 0x50
@@ -73,13 +73,13 @@ class Picture:
         return left + 1, rows[0] + 1, right, rows[-1]
 
     def share(self, across, up):
-        """The pixel at that share of the way across and up the frame."""
+        """The pixel at these shares of the width and height of the frame."""
         left, top, right, bottom = self.inner()
         return self.pixel(round(left + across * (right - left)), round(bottom - up * (bottom - top)))
 
 
 def plane(columns=5, rows=5, iblank=None, at=lambda i, j: (i, j, 0)):
-    """One block of one plane, a unit apart."""
+    """One block of one plane with unit spacing."""
     points = [at(i, j) for j in range(rows) for i in range(columns)]
     return Block((columns, rows, 1), *zip(*points), iblank)
 
@@ -91,13 +91,13 @@ def light(pixel):
 
 class PlotTest(ToolTest):
     def write_flow(self, blocks, *variables, **form):
-        """A solution of one block, or of blocks that are alike."""
+        """A solution of one block, or of identical blocks."""
         flow = [[list(v) for v in variables] for _ in blocks]
         solution = Solution([block.extents for block in blocks], flow)
         self.write("flow", restart_bytes(RestartForm(**form), solution))
 
     def plot(self, *arguments):
-        """Draws a small picture; returns the line that says what is in it, and the picture."""
+        """Draws a small picture; returns its summary line and the picture."""
         said = self.succeed("plot", *arguments, "--width", "600")
         self.assert_no_leftovers()
         out = next(str(word) for word in arguments if str(word).endswith(".png"))
@@ -140,7 +140,7 @@ class Mesh(PlotTest):
                 self.assertEqual(picture.share(0.6, 0.6), WHITE)
         self.write_grid("grid", blocks=[plane(at=lambda i, j: (1e-3 * j, i, 3))])
         self.assertEqual(self.plot("grid", "out.png")[0], "mesh, x enlarged 200 times")
-        # A hundredth is seen as it is, and so is a plate of no thickness.
+        # A thickness of one hundredth is not enlarged, nor is a plate without thickness.
         self.write_grid("grid", blocks=[plane(at=lambda i, j: (100 * i, 1.01 * j, 0))])
         self.assertEqual(self.plot("grid", "out.png")[0], "mesh")
         points = [(i, j, k / 1000) for k in range(2) for j in range(3) for i in range(3)]
@@ -199,7 +199,7 @@ class Mesh(PlotTest):
                 self.plot("grid", "out.png", "--view", *view)
 
     def test_far_from_the_origin(self):
-        """Lines stay whole on their surfaces, and long labels stay on the page."""
+        """Lines are drawn completely on their surfaces, and long labels stay on the page."""
         def block(*origin):
             points = [(k, j, i) for k in range(5) for j in range(9) for i in range(9)]
             return Block((9, 9, 5), *([first + 8 * point[2 - c] for point in points]
@@ -238,7 +238,7 @@ class Mesh(PlotTest):
         self.assertGreater(len(colours), 4)  # paper, and more than one for the values
 
     def test_points_that_are_nowhere(self):
-        """What is left out for them is said; at blanked points nothing is missed."""
+        """A remark names them; blanked points need none."""
         block = plane(at=lambda i, j: (math.nan if (i, j) == (2, 2) else i, j, 0))
         says = ", cells left out where a point is infinite or no number"
         self.write_grid("grid", blocks=[block])
@@ -253,7 +253,7 @@ class Mesh(PlotTest):
         self.assertNotEqual(picture.rows[20:60], without.rows[20:60])  # the words below the title
 
     def test_odd_places(self):
-        """Grids that no scale fits, and what is not finite."""
+        """Grids without a common scale, and values that are not finite."""
         nan, inf = math.nan, math.inf
         flat = {
             "far": lambda i, j: (i, j, 1e30), "far in plane": lambda i, j: (1e30 + i, j, 0),
@@ -285,7 +285,7 @@ class Contour(PlotTest):
         self.assertEqual(lights, sorted(lights))
         self.assertGreater(lights[-1] - lights[0], 100)
         self.assertGreater(len(set(row)), 8)
-        # The same all the way up.
+        # The same for the whole height.
         self.assertEqual(len({picture.share(0.53, y / 10) for y in range(2, 9)}), 1)
 
     def test_no_number_is_grey_and_blanked_is_nothing(self):

@@ -1,4 +1,4 @@
-"""The line on standard error that says how far long work is."""
+"""The progress line on standard error."""
 
 import os
 import pty
@@ -26,7 +26,7 @@ class ProgressTest(ToolTest):
                 grid.write(layer)
 
     def wait_until_read(self, process, count):
-        """Until the command has read so many bytes, a small part of its file."""
+        """Waits until the command has read `count` bytes, a small part of its file."""
         deadline = time.monotonic() + 60
         text = "0"
         while int(text) < count:
@@ -36,7 +36,7 @@ class ProgressTest(ToolTest):
                 text = counts.readline().split()[1]
 
     def hold_up(self, process, enough, seconds):
-        """Lets the command go on for moments only, so many seconds or until `enough` holds."""
+        """Slows the command down, for `seconds` or until `enough` holds."""
         deadline = time.monotonic() + seconds
         while time.monotonic() < deadline and not enough():
             process.send_signal(signal.SIGSTOP)
@@ -46,7 +46,7 @@ class ProgressTest(ToolTest):
         self.assertIsNone(process.poll(), "the command ends before it is long work")
 
     def run_slowly(self, stderr, *more, name="grid", enough=lambda: False, seconds=LONG):
-        """The command, held up for as long as it takes to be taken for long work."""
+        """The command, slowed down until it shows progress."""
         process = self.start("info", name, "--grid-format", "formatted", "--grid-multiblock",
                              "yes", *more, stderr=stderr, stdout=subprocess.DEVNULL)
         self.wait_until_read(process, 1_000_000)
@@ -54,8 +54,8 @@ class ProgressTest(ToolTest):
         return process
 
     def on_terminal(self, *more, name="grid", until=None):
-        """What a terminal gets to see on standard error, with the command held up no longer than
-        until there is what was waited for."""
+        """What the slowed command prints on a terminal, with normal speed once `until` was
+        printed."""
         terminal, stderr = pty.openpty()
         seen = b""
 

@@ -1,4 +1,4 @@
-"""p3dgrid restart: the bytes it writes, and what it says of what it cannot carry over."""
+"""p3dgrid restart: the bytes it writes, and its notes on values that are lost."""
 
 import copy
 import math
@@ -24,7 +24,7 @@ LITTLE_ENDIAN_GOLDEN = bytes.fromhex(
 
 
 def readable(form):
-    """Single-precision records of layout 100 are read without the triplets they are written with."""
+    """Single-precision records of layout 100 are written with triplets but read without."""
     return form.layout != 100 or form.double or not form.records
 
 
@@ -36,7 +36,7 @@ def forms(multiblock=(True,)):
 
 
 def carried_over(solution, source, target):
-    """What is left of a solution that was read in one form when it is written in the other."""
+    """The part of a solution that remains when it is converted from one form to the other."""
     left = copy.deepcopy(solution)
     rounded = single if source.records and not source.double else (lambda value: value)
     left.step = (solution.step[0], rounded(solution.step[1])) \
@@ -196,7 +196,7 @@ class SectionsOfVariables(RestartTest):
             for layout in (1, 2):
                 form = RestartForm(layout, encoding, double)
                 self.write_restart("in", form, solution)
-                # Where records leave no trace it does not matter how variables are spread.
+                # Without record markers the distribution over sections makes no difference.
                 for sections in ("1-4", "1-6", "1-5,6-7",
                                  *(() if encoding == "binary" else ("1-2,3-5",))):
                     with self.subTest(form=form, sections=sections):
@@ -213,7 +213,7 @@ class SectionsOfVariables(RestartTest):
         self.write_restart("in", RestartForm(101), sample_solution(ONE))
         self.fail_with(1, "restart", "one", "in", "out", "--layout", "101", "--sections", "1-4",
                        says="in: is not what --layout 101 --sections 1-4 says")
-        # Everything stated is believed.
+        # A form that is stated completely is not checked against others.
         self.fail_with(2, "restart", "one", "in", "out", *RestartForm(101).options(),
                        "--restart-byte-order", NATIVE, "--sections", "1-4",
                        says="--sections must begin with 1-5")
@@ -366,7 +366,7 @@ class Talven(RestartTest):
             self.write("in", pack(talven_records(sample_solution(TWO)), form))
             self.fail_with(1, "restart", "two", "in", "out", *form.options(), "--to-layout", "1",
                            says="layout 0 with flow parameters cannot be read in single precision")
-        # A wrong precision is told from one that cannot be read.
+        # A wrong precision is distinguished from one that cannot be read.
         self.write("in", pack(talven_records(sample_solution(TWO)), self.FORM))
         self.fail_with(1, "restart", "two", "in", "out", "--layout", "0", "--to-layout", "1",
                        "--restart-precision", "single", says="--restart-precision double")
@@ -429,7 +429,7 @@ class Triplets(RestartTest):
 
 class Extensions(RestartTest):
     CHAINS = (
-        # flags, their variables, variables in all, those that no record holds
+        # flags, their variables, number of variables, variables in no record
         ((1, 999), [(6, 10)], 10, None),
         ((41, 999), [(6, 8)], 8, None),
         ((1, 41, 999), [(6, 10), (11, 13)], 13, None),
@@ -572,7 +572,7 @@ class Refused(RestartTest):
         for layout in (1, 2, 3, 100, 101, 102):
             for encoding, double in (("unformatted", True), ("binary", True)):
                 form = RestartForm(layout, encoding, double)
-                # Binary files can end where those of fewer variables would.
+                # A truncated binary file may have the length of one with fewer variables.
                 stated = ("--sections", "1-5") if encoding == "binary" else ()
                 content = restart_bytes(form, sample_solution(ONE))
                 for length in range(0, len(content), 7):

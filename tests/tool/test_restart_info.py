@@ -1,4 +1,4 @@
-"""p3dgrid info on restart files packed by hand, and on real ones."""
+"""p3dgrid info on generated and real restart files."""
 
 import math
 import os
@@ -264,7 +264,7 @@ class GridOrRestart(InfoTest):
 
 @unittest.skipUnless(SAMPLES, "P3DGRID_SAMPLES names no folder of real files")
 class RealFiles(InfoTest):
-    # As the files hold them, read by hand at their offsets.
+    # Read from the files at their offsets.
     PARAMETERS = ["2.95", "0", "2100000", "1.3911"]
 
     def info_of(self, name, *options):
@@ -284,7 +284,7 @@ class RealFiles(InfoTest):
                              [single(min(values)), single(max(values))])
 
     def binary_flow(self, header, per_block, variables):
-        """The values of each variable in the binary file, or in the unformatted one of records."""
+        """The values of each variable in a binary or unformatted file."""
         content = (pathlib.Path(SAMPLES) / "vtk_data" / header).read_bytes()
         records = header.endswith("multi-bin.q") or header.endswith(".f")
         marker = 4 if records else 0

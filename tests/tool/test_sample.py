@@ -1,4 +1,4 @@
-"""p3dgrid sample: the files it writes, and the grid that is in them."""
+"""p3dgrid sample: its files and their grid."""
 
 import math
 import os
@@ -13,7 +13,7 @@ FILES = sorted([*GRID_FILES, *SOLUTION_FILES, *UPPER_FILES])
 
 
 class Reader:
-    """Takes records off a file of unformatted records in single precision."""
+    """Reads records of an unformatted single-precision file."""
 
     def __init__(self, content):
         self.content = content

@@ -1,4 +1,4 @@
-"""The scripts behind the Makefile's targets."""
+"""The scripts that the Makefile calls."""
 
 import os
 import pathlib
@@ -32,7 +32,7 @@ class Demo(ToolTest):
 
 
 class InstallPackages(ToolTest):
-    """With stand-ins for the package tools, which write down how they are called."""
+    """Replaces the package tools by programs that record how they are called."""
 
     def stand_in(self, name, script):
         program = self.path("bin") / name

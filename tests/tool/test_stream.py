@@ -1,4 +1,4 @@
-"""p3dgrid restart --stream: the bytes of a whole conversion, and no temporary file left behind."""
+"""p3dgrid restart --stream: the bytes of a whole conversion, and no remaining temporary files."""
 
 import os
 import resource

@@ -1,4 +1,4 @@
-"""p3dgrid tecplot: its lines against lines put together here."""
+"""p3dgrid tecplot: its lines compared with expected lines."""
 
 import math
 import re
@@ -101,7 +101,7 @@ class Tecplot(ToolTest):
         self.assertEqual(list(map(float, columns))[:3], [1 / 3, 2 / 3, 0])
 
     def test_densities_that_are_none(self):
-        """What arithmetic gives is written; there is nothing better to say."""
+        """Infinite and NaN results are written as they are."""
         columns = self.flow_columns((-2, 4, 6, 0, 20))
         self.assertEqual(list(map(float, columns)), [-2, -3, 0, (1.4 - 1) * 33, -2])
         nan, inf = float("nan"), float("inf")

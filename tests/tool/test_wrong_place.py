@@ -1,4 +1,4 @@
-"""A solution where a grid belongs, and the reverse: what each command says of them."""
+"""Messages of each command for a solution in place of a grid, and the reverse."""
 
 import os
 import pathlib
@@ -42,7 +42,7 @@ class WrongPlaceTest(ToolTest):
 
 class Places(WrongPlaceTest):
     def pairs(self):
-        """Command lines with places for grid and restart file, and what they are in messages."""
+        """Command lines with a grid and a restart file, and how messages show them."""
         yield "check {0} {1}", "p3dgrid check {0} {1}"
         yield "restart {0} {1} out", "p3dgrid restart {0} {1} OUT"
         yield "tecplot {0} {1} out", "p3dgrid tecplot {0} {1} OUT"
@@ -129,15 +129,15 @@ class Forms(WrongPlaceTest):
 
 
 class NoClaim(WrongPlaceTest):
-    """Where it is not certain what a file is, nothing is said of it."""
+    """Nothing is claimed about files of uncertain kind."""
 
     def assert_no_claim(self, name, *arguments):
-        """Of the file of that name, on the command line that follows."""
+        """Checks the message for that file, on the command line that follows."""
         result = self.run_tool(*arguments)
         for claim in (NO_GRID, NO_RESTART):
             self.assertNotIn(f"{name}: {claim}", result.stderr_text, arguments)
 
-    # Markers prove of every part of a file that it is no whole one of another form.
+    # Markers show that no part of a file is a whole file of another form.
     def test_damaged_grids(self):
         for form in (Form(), Form(double=True), Form(multiblock=False), Form(iblank=True)):
             content = grid_bytes(form, blocks([(3, 1, 1)]))
@@ -157,7 +157,7 @@ class NoClaim(WrongPlaceTest):
                 self.assert_no_claim("cut", "check", "cut", "grid")
 
     def test_lengths_that_come_out_by_chance(self):
-        # Four variables fill the file, but no solution has so few.
+        # Four variables fit the file, but a solution has at least five.
         self.write_flow("in", RestartForm(encoding="binary"), variables=4)
         self.assert_no_claim("in", "convert", "in", "out")
 

@@ -3,10 +3,10 @@
 #include <filesystem>
 #include <locale>
 
-#include "agreement.hpp"
 #include "console.hpp"
 #include "failure.hpp"
 #include "grid_file.hpp"
+#include "input_files.hpp"
 #include "plot/flow.hpp"
 #include "plot/picture.hpp"
 #include "plot/scale.hpp"
@@ -20,14 +20,8 @@ using mod_p3dgrid::integer;
 constexpr double default_azimuth = -60;
 constexpr double default_elevation = 25;
 
-constexpr Usage usage = {
-    .pair =
-        [](const std::string& grid, const std::string& restart) {
-          return "p3dgrid plot " + grid + " " + restart + " OUT.png";
-        },
-    .grid_alone =
-        [](const std::string& grid) { return "'p3dgrid plot " + grid + " OUT.png' draws it"; },
-};
+constexpr Usage usage = {.command_line = "p3dgrid plot GRID RESTART OUT.png",
+                         .grid_alone = "'p3dgrid plot GRID OUT.png' draws it"};
 
 Case find_files(const Request& request) {
   const std::string& grid = request.grid_path;

@@ -52,7 +52,7 @@ FlowVariable numbered(integer number, Layout layout) {
   const std::string text = std::to_string(number);
   FlowVariable variable{
       "variable " + text, "Variable " + text, "variable " + text, {number}, false, as_read};
-  if (layout == Layout::solution && number <= solution_variables) {
+  if (traits_of(layout).parameters > 0 && number <= solution_variables) {
     variable.title = titles[number - 1];
     variable.label = labels[number - 1];
   }
@@ -68,7 +68,7 @@ FlowVariable variable_wanted(const Request& request, Layout layout, integer vari
   };
   const auto known = std::ranges::find(named, text, &FlowVariable::name);
   if (known != named.end()) {
-    if (layout != Layout::solution) {
+    if (traits_of(layout).parameters == 0) {
       refuse("only of layout 2 is it known which variable is '" + text + "'");
     }
     if (known->needs.back() > variables) refuse("has no momentum and energy to give " + text);
@@ -131,7 +131,7 @@ FlowVariable take_values(std::vector<Surface>& surfaces, const Request& request,
   // 100 have another form.
   const bool whole =
       form.coding.encoding == Encoding::formatted ||
-      (form.layout == Layout::triplets && !reads_triplets(traits_of(form.layout), form.coding));
+      (traits_of(form.layout).triplets && !reads_triplets(traits_of(form.layout), form.coding));
   if (whole) {
     const Restart restart = read_restart(request.restart_path, found.restart, extents);
     const auto variable = variable_wanted(request, form.layout, restart.variables());

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "agreement.hpp"
+#include "input_files.hpp"
 #include "plot/picture.hpp"
 
 namespace p3dgrid::tool::plot {

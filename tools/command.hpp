@@ -1,0 +1,83 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "library.hpp"
+
+namespace p3dgrid::tool {
+
+/// Returns what is wrong with the text of a value; empty if nothing is.
+using Check = std::function<std::string(const std::string& text)>;
+
+/// Where the value of an option goes. `bool` makes it a flag, a vector takes two numbers.
+using Target = std::variant<bool*, integer*, double*, std::string*, std::vector<double>*,
+                            std::optional<integer>*, std::optional<double>*,
+                            std::function<void(const std::string&)>>;
+
+/// Refuses an empty name.
+[[nodiscard]] std::string not_empty(const std::string& text);
+
+/// Accept numbers from `low` to `high`.
+[[nodiscard]] Check in_range(integer low, integer high);
+[[nodiscard]] Check in_range(double low, double high);
+
+struct Option {
+  std::string name;
+  Target target;
+  std::string meaning;
+  std::string value_name = {};  ///< in the help; empty for the name of its type
+  Check check = {};
+  std::vector<std::string> choices = {};  ///< its possible values; empty for any
+  std::string group = {};                 ///< heading in the help; empty for the default
+  std::string excludes = {};              ///< an option that cannot be given together with it
+};
+
+/// A file or folder that a command works on.
+struct Argument {
+  enum class Presence {
+    required,
+    optional,
+    last,  ///< required; takes the last word, so that the one before it may be left out
+  };
+
+  std::string name;
+  std::string* target;
+  std::string meaning;
+  Presence presence = Presence::required;
+};
+
+/// A command of the program. Its targets must outlive the parsing of the command line.
+struct Command {
+  std::string name;
+  std::string meaning;
+  std::string footer;
+  std::vector<Argument> arguments = {};
+  std::vector<Option> options = {};
+  std::function<void()> run;  ///< Throws a Failure when the work cannot be done.
+};
+
+[[nodiscard]] Command sample_command();
+[[nodiscard]] Command info_command();
+[[nodiscard]] Command convert_command();
+[[nodiscard]] Command check_command();
+[[nodiscard]] Command restart_command();
+[[nodiscard]] Command tecplot_command();
+[[nodiscard]] Command plot_command();
+
+/// A parsed command line: a command to run, or else a text to print (help, version).
+struct Request {
+  std::function<void()> run = {};
+  std::string text;
+  bool quiet = false;
+  bool verbose = false;
+  bool no_progress = false;
+};
+
+/// Throws a Failure for a wrong command line.
+[[nodiscard]] Request read_command_line(int argc, const char* const* argv);
+
+}  // namespace p3dgrid::tool

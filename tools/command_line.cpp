@@ -1,0 +1,173 @@
+#include <CLI/CLI.hpp>
+#include <array>
+#include <memory>
+#include <sstream>
+#include <utility>
+#include <vector>
+
+#include "command.hpp"
+#include "failure.hpp"
+
+namespace p3dgrid::tool {
+namespace {
+
+constexpr std::array all_commands = {sample_command, info_command,    convert_command,
+                                     check_command,  restart_command, tecplot_command,
+                                     plot_command};
+
+/// Shows the last argument without brackets in the usage line.
+class UsageFormatter : public CLI::Formatter {
+ public:
+  explicit UsageFormatter(std::string last) : last_(std::move(last)) {}
+  std::string make_option_usage(const CLI::Option* option) const override {
+    return option->get_name() == last_ ? last_ : Formatter::make_option_usage(option);
+  }
+
+ private:
+  std::string last_;
+};
+
+void add_argument(CLI::App& line, const Argument& argument) {
+  line.add_option(argument.name, *argument.target, argument.meaning)
+      ->required(argument.presence == Argument::Presence::required)
+      ->check(not_empty)
+      ->type_name("");
+}
+
+/// Moves the last word to the argument that takes it, if an optional one before it was left out.
+void take_last(CLI::App& line, const Argument& last, std::string& before) {
+  line.formatter(std::make_shared<UsageFormatter>(last.name));
+  line.callback([&before, &text = *last.target, name = last.name] {
+    if (text.empty()) std::swap(text, before);
+    if (text.empty()) throw CLI::RequiredError(name);
+  });
+}
+
+void add_arguments(CLI::App& line, const std::vector<Argument>& arguments) {
+  std::string* before = nullptr;
+  for (const Argument& argument : arguments) {
+    add_argument(line, argument);
+    if (argument.presence == Argument::Presence::last) take_last(line, argument, *before);
+    before = argument.target;
+  }
+}
+
+CLI::Option* add_option_for(CLI::App& line, const Option& option, bool* flag) {
+  return line.add_flag(option.name, *flag, option.meaning);
+}
+CLI::Option* add_option_for(CLI::App& line, const Option& option, std::vector<double>* pair) {
+  return line.add_option(option.name, *pair, option.meaning)->expected(2);
+}
+CLI::Option* add_option_for(CLI::App& line, const Option& option,
+                            const std::function<void(const std::string&)>& take) {
+  return line.add_option_function<std::string>(option.name, take, option.meaning);
+}
+CLI::Option* add_option_for(CLI::App& line, const Option& option, auto* value) {
+  return line.add_option(option.name, *value, option.meaning);
+}
+
+void add_option(CLI::App& line, const Option& option) {
+  CLI::Option* const added = std::visit(
+      [&](const auto& target) { return add_option_for(line, option, target); }, option.target);
+  if (!option.value_name.empty()) added->type_name(option.value_name);
+  if (option.check) added->check(option.check);
+  if (!option.choices.empty()) {
+    added->check(CLI::IsMember(option.choices).description(""))
+        ->type_name(CLI::detail::join(option.choices, "|"));
+  }
+  if (!option.group.empty()) added->group(option.group);
+  if (!option.excludes.empty()) added->excludes(option.excludes);
+}
+
+/// Adds the options that every command has.
+void add_common_options(CLI::App& line, Request& request) {
+  line.add_flag("--quiet", request.quiet, "Leave out notes and the line that says what was done");
+  line.add_flag("--verbose", request.verbose,
+                "Print the library's own lines too: what it reads and writes, block by block");
+  line.add_flag("--no-progress", request.no_progress,
+                "Do not show on a terminal how far long reading and writing is");
+}
+
+void add_command(CLI::App& program, const Command& command, Request& request) {
+  CLI::App& line = *program.add_subcommand(command.name, command.meaning);
+  add_arguments(line, command.arguments);
+  for (const Option& option : command.options) add_option(line, option);
+  add_common_options(line, request);
+  line.footer(command.footer);
+}
+
+void describe_program(CLI::App& program) {
+  program.name("p3dgrid");
+  program.set_version_flag("--version", "p3dgrid " P3DGRID_VERSION, "Print the version and exit");
+  program.require_subcommand(0, 1);  // the message for none at all is our own
+  program.footer(
+      "Exit status: 0 done, 1 a file is damaged or not what it was said to be,\n"
+      "2 wrong usage, a file that can be more than one thing, or one that cannot be opened or\n"
+      "written.\n\n"
+      "Examples:\n"
+      "  p3dgrid sample demo\n"
+      "  p3dgrid info demo/grid.p3d\n"
+      "  p3dgrid convert demo/grid.p3d grid.txt --to-format formatted\n"
+      "  p3dgrid check demo/grid.p3d demo/flow.q\n"
+      "  p3dgrid restart demo/grid.p3d demo/flow.q flow.txt --to-format formatted\n"
+      "  p3dgrid tecplot demo/grid.p3d demo/flow.q flow.dat\n"
+      "  p3dgrid plot demo/grid.p3d demo/flow.q flow.png --plane k=1\n"
+      "  p3dgrid convert --help");
+}
+
+std::string without_last_line_end(std::string text) {
+  while (!text.empty() && text.back() == '\n') text.pop_back();
+  return text;
+}
+
+Failure usage_failure(const std::string& what, const std::string& command = "") {
+  return {ExitStatus::unusable,
+          without_last_line_end(what) + "; 'p3dgrid " + command + "--help' shows the usage"};
+}
+
+}  // namespace
+
+std::string not_empty(const std::string& text) {
+  return text.empty() ? "the name is empty" : "";
+}
+
+Check in_range(integer low, integer high) {
+  return CLI::Range(low, high);
+}
+
+Check in_range(double low, double high) {
+  return CLI::Range(low, high);
+}
+
+Request read_command_line(int argc, const char* const* argv) {
+  CLI::App program("Reads, describes and converts PLOT3D multi-block grids and flow solutions");
+  Request request;
+  describe_program(program);
+  add_common_options(program, request);
+  std::vector<Command> commands;
+  for (const auto command : all_commands) {
+    commands.push_back(command());
+    add_command(program, commands.back(), request);
+  }
+  try {
+    program.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    if (error.get_exit_code() != 0) {
+      const auto parsed = program.get_subcommands();
+      throw usage_failure(error.what(), parsed.empty() ? "" : parsed.front()->get_name() + " ");
+    }
+    std::ostringstream text;
+    program.exit(error, text, text);
+    return {.text = without_last_line_end(text.str())};
+  }
+  if (request.quiet && request.verbose) {
+    throw usage_failure("--quiet and --verbose exclude each other");
+  }
+  for (const Command& command : commands) {
+    if (program.got_subcommand(command.name)) request.run = command.run;
+  }
+  if (!request.run) throw Unusable("no command; 'p3dgrid --help' shows them");
+  return request;
+}
+
+}  // namespace p3dgrid::tool

@@ -1,0 +1,141 @@
+#include <array>
+#include <cmath>
+
+#include "info.hpp"
+#include "table.hpp"
+
+namespace p3dgrid::tool {
+namespace {
+
+constexpr std::array coordinate_names = {"x", "y", "z"};
+constexpr std::array solution_names = {"density", "x-momentum", "y-momentum", "z-momentum",
+                                       "energy"};
+
+/// Accumulates the values of one variable; points are counted from 0.
+struct Running {
+  std::int64_t low = -1;
+  std::int64_t high = -1;
+  float lowest = 0;
+  float highest = 0;
+  std::int64_t nan = 0;
+  std::int64_t infinite = 0;
+
+  void add(float value, std::int64_t point) {
+    if (!std::isfinite(value)) {
+      ++(std::isnan(value) ? nan : infinite);
+      return;
+    }
+    if (low < 0 || value < lowest) {
+      lowest = value;
+      low = point;
+    }
+    if (high < 0 || value > highest) {
+      highest = value;
+      high = point;
+    }
+  }
+};
+
+std::optional<Extreme> extreme(float value, std::int64_t point, const Extents& extents) {
+  if (point < 0) return std::nullopt;
+  std::size_t block = 0;
+  while (point >= extents.points_of(block)) point -= extents.points_of(block++);
+  const std::int64_t i = extents.i[block];
+  const std::int64_t j = extents.j[block];
+  return Extreme{value, static_cast<integer>(block + 1), static_cast<integer>(point % i + 1),
+                 static_cast<integer>(point / i % j + 1),
+                 static_cast<integer>(point / (i * j) + 1)};
+}
+
+/// @param values  (variable, point)
+std::vector<Survey> survey(const allocatable<float, 2>& values, const Extents& extents) {
+  std::vector<Running> running(static_cast<std::size_t>(values.extent(1)));
+  const float* value = values.data();
+  for (std::int64_t point = 0; point < values.extent(2); ++point) {
+    for (Running& variable : running) variable.add(*value++, point);
+  }
+  std::vector<Survey> surveys;
+  for (const Running& variable : running) {
+    surveys.push_back({.label = std::to_string(surveys.size() + 1),
+                       .name = "",
+                       .low = extreme(variable.lowest, variable.low, extents),
+                       .high = extreme(variable.highest, variable.high, extents),
+                       .nan = variable.nan,
+                       .infinite = variable.infinite});
+  }
+  return surveys;
+}
+
+}  // namespace
+
+std::vector<Survey> survey(const Grid& grid) {
+  std::vector<Survey> surveys = survey(grid.xyz, extents_of(grid));
+  for (std::size_t c = 0; c < surveys.size(); ++c) surveys[c].label = coordinate_names.at(c);
+  return surveys;
+}
+
+std::vector<Survey> survey(const Restart& restart, Layout layout) {
+  std::vector<Survey> surveys = survey(restart.flow, restart.extents);
+  surveys.resize(static_cast<std::size_t>(restart.variables()));
+  for (std::size_t v = 0; v < surveys.size() && v < solution_names.size(); ++v) {
+    if (traits_of(layout).parameters > 0) surveys[v].name = solution_names[v];
+  }
+  if (!restart.triplets.allocated()) return surveys;
+  for (Survey& triplet : survey(restart.triplets, restart.extents)) {
+    triplet.label = "triplet " + triplet.label;
+    surveys.push_back(std::move(triplet));
+  }
+  return surveys;
+}
+
+std::vector<BlankingCounts> count_blanking(const Grid& grid) {
+  std::vector<BlankingCounts> blocks;
+  const integer* value = grid.iblank.data();
+  for (integer b = 1; grid.iblank.allocated() && b <= grid.blocks; ++b) {
+    BlankingCounts& counts = blocks.emplace_back();
+    for (std::int64_t p = grid.points_of(b); p > 0; --p, ++value) {
+      ++counts[*value == 0 ? 0 : *value == 1 ? 1 : *value < 0 ? 2 : 3];
+    }
+  }
+  return blocks;
+}
+
+std::string digits_in(const RestartForm& form, double value) {
+  const bool rounded = !is_text(form.coding) && !holds_doubles(form.coding);
+  return rounded ? digits(static_cast<float>(value)) : digits(value);
+}
+
+std::string HeaderValue::text(const RestartForm& form) const {
+  const integer* count = std::get_if<integer>(&value);
+  return count != nullptr ? std::to_string(*count) : digits_in(form, std::get<double>(value));
+}
+
+std::vector<HeaderValue> header_values(const RestartForm& form) {
+  if (!traits_of(form.layout).holds_step()) return {};
+  const bool talven = traits_of(form.layout).header == HeaderKind::talven;
+  std::vector<HeaderValue> values;
+  if (talven) {
+    values = {{"file_version", "file version", mod_p3dgrid::fileversion},
+              {"equation_set", "equation set", mod_p3dgrid::eqid},
+              {"flow_variables", "flow variables named", mod_p3dgrid::talnvar},
+              {"time_integration", "time integration", mod_p3dgrid::itimeint},
+              {"ibeta", "ibeta", mod_p3dgrid::ibeta}};
+  }
+  values.push_back({"step_count", "step count", mod_p3dgrid::nstep});
+  values.push_back({"step_size", "step size", mod_p3dgrid::dtau});
+  if (!talven || !talven_parameters_read()) return values;
+  const HeaderValue parameters[] = {
+      {"sub_grid_scale_model", "sub-grid-scale model", mod_p3dgrid::isgsmodel},
+      {"reynolds", "Reynolds number", mod_p3dgrid::talre},
+      {"mach", "Mach number", mod_p3dgrid::talxm1},
+      {"alpha", "angle of attack", mod_p3dgrid::talalfa},
+      {"beta", "side-slip angle", mod_p3dgrid::talbeta},
+      {"gamma", "ratio of specific heats", mod_p3dgrid::talgam},
+      {"s1", "s1", mod_p3dgrid::tals1},
+      {"prandtl", "Prandtl number", mod_p3dgrid::talpr},
+      {"turbulent_prandtl", "turbulent Prandtl number", mod_p3dgrid::talprt}};
+  values.insert(values.end(), std::begin(parameters), std::end(parameters));
+  return values;
+}
+
+}  // namespace p3dgrid::tool

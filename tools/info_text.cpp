@@ -1,0 +1,212 @@
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include "console.hpp"
+#include "info.hpp"
+#include "range.hpp"
+#include "table.hpp"
+
+namespace p3dgrid::tool {
+namespace {
+
+constexpr const char* none = "-";
+
+void print_below_blank(const Table& table) {
+  print_line("");
+  table.print();
+}
+
+void append_place(std::vector<std::string>& row, const std::optional<Extreme>& extreme) {
+  if (!extreme) {
+    row.insert(row.end(), 4, none);
+    return;
+  }
+  for (const auto number : {extreme->block, extreme->i, extreme->j, extreme->k}) {
+    row.push_back(std::to_string(number));
+  }
+}
+
+/// Prints ranges with NaN and infinity counts, and the points of the smallest and largest values.
+void print_variables(const std::vector<Survey>& surveys, const std::string& what) {
+  const auto value_text = [](const std::optional<Extreme>& extreme) {
+    return extreme ? digits(extreme->value) : none;
+  };
+  Table ranges({what, "", "min", "max", "NaN", "infinite"});
+  Table places({what, "min in block", "i", "j", "k", "max in block", "i", "j", "k"});
+  for (const Survey& survey : surveys) {
+    ranges.add({survey.label, survey.name, value_text(survey.low), value_text(survey.high),
+                std::to_string(survey.nan), std::to_string(survey.infinite)});
+    std::vector<std::string> row = {survey.label};
+    append_place(row, survey.low);
+    append_place(row, survey.high);
+    places.add(row);
+  }
+  print_below_blank(ranges);
+  print_below_blank(places);
+}
+
+void print_beginning(const std::string& path, const Found& found, const std::string& form,
+                     const std::string& contents) {
+  print_line("file    " + path);
+  print_line("read as " + form);
+  print_line("because " + found.reason);
+  print_line("holds   " + contents);
+}
+
+/// Additional columns of the table of blocks.
+struct BlockColumns {
+  std::vector<std::string> titles;
+  std::vector<std::vector<std::int64_t>> rows;
+};
+
+void append(std::vector<std::string>& row, const std::vector<std::int64_t>& numbers) {
+  for (const std::int64_t number : numbers) row.push_back(std::to_string(number));
+}
+
+/// @param with_total  append a row for all blocks
+void print_extents(const Extents& extents, const BlockColumns& more, bool with_total) {
+  std::vector<std::string> header = {"block", "i", "j", "k", "points"};
+  header.insert(header.end(), more.titles.begin(), more.titles.end());
+  Table table(header);
+  std::vector<std::int64_t> totals(more.titles.size());
+  for (std::size_t b = 0; b < extents.i.size(); ++b) {
+    std::vector<std::string> row = {std::to_string(b + 1)};
+    append(row, {extents.i[b], extents.j[b], extents.k[b], extents.points_of(b)});
+    if (!more.rows.empty()) append(row, more.rows[b]);
+    for (std::size_t n = 0; n < totals.size(); ++n) totals[n] += more.rows[b][n];
+    table.add(row);
+  }
+  if (with_total) {
+    std::vector<std::string> row = {"all", "", "", "", std::to_string(extents.points())};
+    append(row, totals);
+    table.add(row);
+  }
+  print_below_blank(table);
+}
+
+/// The bounding box of a block, or of all.
+struct Box {
+  std::array<Range, 3> ranges;
+  std::int64_t not_finite = 0;  ///< points with an infinite or NaN coordinate
+
+  void include(const float* xyz) {
+    if (!std::all_of(xyz, xyz + 3, [](float value) { return std::isfinite(value); })) {
+      ++not_finite;
+      return;
+    }
+    for (std::size_t c = 0; c < 3; ++c) ranges[c].include(xyz[c]);
+  }
+  void include(const Box& other) {
+    for (std::size_t c = 0; c < 3; ++c) ranges[c].include(other.ranges[c]);
+    not_finite += other.not_finite;
+  }
+};
+
+void print_boxes(const Grid& grid) {
+  std::vector<Box> boxes;
+  Box all;
+  const float* xyz = grid.xyz.data();
+  for (integer b = 1; b <= grid.blocks; ++b) {
+    Box& box = boxes.emplace_back();
+    for (std::int64_t p = grid.points_of(b); p > 0; --p, xyz += 3) box.include(xyz);
+    all.include(box);
+  }
+  boxes.push_back(all);
+  std::vector<std::string> header = {"block", "x min", "x max", "y min", "y max", "z min", "z max"};
+  if (all.not_finite > 0) header.emplace_back("not finite");
+  Table table(header);
+  for (std::size_t n = 0; n < boxes.size(); ++n) {
+    std::vector<std::string> row = {n + 1 < boxes.size() ? std::to_string(n + 1) : "all"};
+    for (const Range& range : boxes[n].ranges) {
+      row.push_back(range.empty() ? none : digits(range.low));
+      row.push_back(range.empty() ? none : digits(range.high));
+    }
+    if (all.not_finite > 0) row.push_back(std::to_string(boxes[n].not_finite));
+    table.add(row);
+  }
+  print_below_blank(table);
+}
+
+void print_header_values(const RestartForm& form) {
+  const std::vector<HeaderValue> values = header_values(form);
+  if (!values.empty()) print_line("");
+  for (const HeaderValue& value : values) {
+    constexpr std::size_t width = 24;
+    std::string label = value.label;
+    label.resize(std::max(width, label.size() + 1), ' ');
+    print_line(label + value.text(form));
+  }
+}
+
+void print_flow_parameters(const RestartForm& form, const std::vector<FlowParameters>& parameters) {
+  Table table({"block", "Mach number", "angle of attack", "Reynolds number", "time"});
+  for (std::size_t b = 0; b < parameters.size(); ++b) {
+    const FlowParameters& block = parameters[b];
+    table.add({std::to_string(b + 1), digits_in(form, block.mach), digits_in(form, block.alpha),
+               digits_in(form, block.reynolds), digits_in(form, block.time)});
+  }
+  print_below_blank(table);
+}
+
+BlockColumns blanking_columns(const Grid& grid) {
+  if (!grid.iblank.allocated()) return {};
+  BlockColumns columns{{"blank 0", "blank 1", "blank <0", "blank >1"}, {}};
+  for (const BlankingCounts& counts : count_blanking(grid)) {
+    columns.rows.emplace_back(counts.begin(), counts.end());
+  }
+  return columns;
+}
+
+BlockColumns function_columns(const RestartHeader& header) {
+  if (header.functions.empty()) return {};
+  BlockColumns columns{{"functions"}, {}};
+  for (const integer functions : header.functions) columns.rows.push_back({functions});
+  return columns;
+}
+
+std::string contents_of(const RestartReport& report) {
+  std::string text = counted(report.header.blocks, "block");
+  if (report.body) text += ", " + counted(report.body->extents.points(), "point");
+  const Sections* sections = report.sections();
+  if (sections != nullptr && (report.body || report.header.functions.empty())) {
+    text += ", " + counted(variables_in(*sections), "variable") + " in the sections " +
+            describe(*sections) + (report.body ? "" : " as stated");
+  }
+  return text;
+}
+
+}  // namespace
+
+void print_info(const std::string& path, const Found& found, const Grid& grid) {
+  const Extents extents = extents_of(grid);
+  print_beginning(path, found, describe(found.grid()), counted(extents));
+  print_extents(extents, blanking_columns(grid), true);
+  print_boxes(grid);
+  print_variables(survey(grid), "coordinate");
+}
+
+void print_info(const std::string& path, const RestartReport& report) {
+  const RestartForm& form = report.found.restart();
+  const LayoutTraits& layout = traits_of(form.layout);
+  print_beginning(path, report.found, describe(form) + " (" + layout.meaning + ")",
+                  contents_of(report));
+  if (!report.body && report.header.extents.i.empty()) {
+    print_line("extents not in the file; --grid GRID shows them, and the ranges of its variables");
+  } else if (!report.found.reading.own_extents) {
+    print_line("extents those of the grid; the file gives none");
+  }
+  if (report.body) {
+    for (const Section& gap : report.body->missing) {
+      print_line("skips   the variables " + describe(Sections{gap}) + ", shown as 0");
+    }
+  }
+  print_header_values(form);
+  if (report.body && layout.parameters) print_flow_parameters(form, report.body->parameters);
+  if (!report.extents().i.empty()) {
+    print_extents(report.extents(), function_columns(report.header), false);
+  }
+  if (report.body) print_variables(survey(*report.body, form.layout), "variable");
+}
+
+}  // namespace p3dgrid::tool

@@ -1,0 +1,219 @@
+#include "input_files.hpp"
+
+#include <optional>
+
+#include "console.hpp"
+#include "failure.hpp"
+#include "grid_file.hpp"
+#include "library.hpp"
+#include "restart_file.hpp"
+#include "table.hpp"
+
+namespace p3dgrid::tool {
+namespace {
+
+/// The reading that a search finds, if there is no doubt about it.
+template <class Find>
+std::optional<Reading> certain(const Find& find) {
+  try {
+    Reading reading = find().reading;
+    if (reading.checked && reading.fit.whole() && !reading.free_count) return reading;
+  } catch (const Failure&) {
+    // No reading fits, or several do.
+  }
+  return std::nullopt;
+}
+
+std::optional<Reading> known(const std::string& path) {
+  return certain([&] { return find_any(path); });
+}
+
+/// The same with a grid, by whose extents layouts without extents of their own are recognised.
+std::optional<Reading> known_beside(const std::string& path, const Extents& grid) {
+  auto reading = known(path);
+  if (reading) return reading;
+  reading = certain([&] { return find_restart(path, {}, grid); });
+  // A grid can look like a solution of fewer variables than five.
+  const bool solution = reading && !reading->own_extents && reading->restart().sections &&
+                        variables_in(*reading->restart().sections) >= solution_variables;
+  return solution ? reading : std::nullopt;
+}
+
+[[noreturn]] void refuse(const std::string& path, const Reading& reading,
+                         const std::string& meant) {
+  const std::string what =
+      reading.is_grid()
+          ? "is a grid, not a restart (flow-solution) file: " + describe(reading.grid())
+          : "is a restart (flow-solution) file, not a grid: " + describe(reading);
+  throw Unreadable(path + ": " + what + "; " + meant);
+}
+
+void refuse_if_restart(const std::string& path, const std::string& meant) {
+  const auto reading = known(path);
+  if (reading && !reading->is_grid()) refuse(path, *reading, meant);
+}
+
+void refuse_if_grid(const std::string& path, const std::string& meant) {
+  const auto reading = known(path);
+  if (reading && reading->is_grid()) refuse(path, *reading, meant);
+}
+
+/// The restart file of the command may be the grid.
+void refuse_if_restart(const std::string& path, const std::string& restart_path,
+                       const Usage& usage) {
+  const auto other = known(restart_path);
+  if (!other || !other->is_grid()) {
+    return refuse_if_restart(path, "'" + usage.pair("GRID", path) + "' takes it with its grid");
+  }
+  const auto reading = known_beside(path, *other->extents);
+  if (reading && !reading->is_grid()) {
+    refuse(path, *reading, restart_path + " is the grid: '" + usage.pair(restart_path, path) + "'");
+  }
+}
+
+/// Runs `find`. If the file is unreadable, `explain` may throw a Failure that says more.
+template <class Find, class Explain>
+Found find_or_explain(const Find& find, const Explain& explain) {
+  try {
+    return find();
+  } catch (const Unreadable&) {
+    explain();
+    throw;
+  }
+}
+
+std::string filled_in(std::string_view text, const std::string& grid, const std::string& restart) {
+  std::string result;
+  while (!text.empty()) {
+    if (text.starts_with("GRID")) {
+      result += grid;
+      text.remove_prefix(4);
+    } else if (text.starts_with("RESTART")) {
+      result += restart;
+      text.remove_prefix(7);
+    } else {
+      result += text.front();
+      text.remove_prefix(1);
+    }
+  }
+  return result;
+}
+
+void refuse_if_grid(const std::string& path, const std::string& grid_path, const Usage& usage) {
+  refuse_if_grid(path, usage.grid_alone != nullptr ? filled_in(usage.grid_alone, path, "")
+                                                   : "'" + usage.pair(grid_path, "RESTART") +
+                                                         "' takes a restart file there");
+}
+
+/// The two files to compare.
+struct Pair {
+  const std::string& grid_path;
+  const GridForm& grid;
+  const std::string& restart_path;
+  const RestartForm& restart;
+
+  [[nodiscard]] std::string disagreement() const {
+    return restart_path + ": does not belong to " + grid_path;
+  }
+};
+
+/// Prints the library's report of how the two differ, and throws. All its later lines are printed.
+void report_by_library(const Pair& pair) {
+  mod_p3dgrid::p3dsetmessages(print_result);
+  try {
+    // The library reuses an allocated array, even with the counts of another file.
+    mod_p3dgrid::nfvar.deallocate();
+    mod_p3dgrid::checkp3drstrtheader(
+        name_for(pair.grid_path, pair.grid.coding.byte_order), format_code(pair.grid.coding),
+        name_for(pair.restart_path, pair.restart.coding.byte_order),
+        format_code(pair.restart.coding), precision_flag(pair.restart.coding),
+        static_cast<integer>(pair.restart.layout), pair.grid.multiblock);
+  } catch (const Halt&) {
+    throw Mismatch(pair.disagreement());
+  }
+}
+
+/// For pairs that the library cannot compare.
+void require_same_extents(const Pair& pair, const Extents& grid, const Extents& restart) {
+  if (grid.blocks() != restart.blocks()) {
+    throw Mismatch(pair.disagreement() + ": it holds " + counted(restart.blocks(), "block") +
+                   ", the grid " + std::to_string(grid.blocks()));
+  }
+  for (std::size_t b = 0; b < grid.i.size(); ++b) {
+    const std::string of_grid = grid.text_of(b);
+    const std::string of_restart = restart.text_of(b);
+    if (of_grid == of_restart) continue;
+    throw Mismatch(pair.disagreement() + ": its block " + std::to_string(b + 1) + " is " +
+                   of_restart + ", the grid's " + of_grid);
+  }
+}
+
+/// The library compares two files with a block count or two without, if the layout holds extents.
+bool library_can_compare(const Pair& pair) {
+  if (!traits_of(pair.restart.layout).holds_extents()) return false;
+  return traits_of(pair.restart.layout).may_hold_count()
+             ? pair.restart.multiblock == pair.grid.multiblock
+             : pair.grid.multiblock;
+}
+
+Extents extents_of_grid(const std::string& path, const Found& grid) {
+  if (grid.reading.extents != nullptr) return *grid.reading.extents;
+  return extents_of(read_grid(path, grid));
+}
+
+}  // namespace
+
+std::string Usage::pair(const std::string& grid, const std::string& restart) const {
+  return filled_in(command_line, grid, restart);
+}
+
+Found find_file(const AnyFile& file, Look look) {
+  const std::string& path = file.path;
+  const std::string& grid_option = file.grid_option;
+  const std::string& restart_option = file.restart_option;
+  if (!grid_option.empty() && !restart_option.empty()) {
+    throw Unusable(grid_option + " describes a grid, and " + restart_option + " makes " + path +
+                   " a restart file; --grid names its grid");
+  }
+  if (!grid_option.empty()) {
+    return find_or_explain([&] { return find_grid(path, file.grid, look); },
+                           [&] { refuse_if_restart(path, grid_option + " describes a grid"); });
+  }
+  if (!restart_option.empty()) {
+    return find_or_explain(
+        [&] { return find_restart(path, file.restart, std::nullopt, look); },
+        [&] { refuse_if_grid(path, restart_option + " describes a restart file"); });
+  }
+  return find_any(path);
+}
+
+Found find_grid(const std::string& path, const StatedGridForm& stated, const std::string& meant) {
+  return find_or_explain([&] { return find_grid(path, stated); },
+                         [&] { refuse_if_restart(path, meant); });
+}
+
+Case find_case(const std::string& grid_path, const StatedGridForm& grid,
+               const std::string& restart_path, const StatedRestartForm& restart,
+               const Usage& usage, Look look) {
+  require_regular_file(restart_path);
+  Case found{.grid = find_or_explain([&] { return find_grid(grid_path, grid, look); },
+                                     [&] { refuse_if_restart(grid_path, restart_path, usage); })};
+  found.extents = extents_of_grid(grid_path, found.grid);
+  found.restart =
+      find_or_explain([&] { return find_restart(restart_path, restart, found.extents, look); },
+                      [&] { refuse_if_grid(restart_path, grid_path, usage); });
+  const Reading& reading = found.restart.reading;
+  const Pair pair{grid_path, found.grid.grid(), restart_path, found.restart.restart()};
+  if (reading.extents == nullptr) {
+    // A layout without extents, or an invalid header, which the library reports.
+    static_cast<void>(header_with_advice(restart_path, found.restart.restart()));
+    return found;
+  }
+  if (*reading.extents == found.extents) return found;
+  if (reading.free_count) refuse_if_grid(restart_path, grid_path, usage);
+  if (library_can_compare(pair)) report_by_library(pair);
+  require_same_extents(pair, found.extents, *reading.extents);
+  return found;
+}
+
+}  // namespace p3dgrid::tool

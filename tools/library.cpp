@@ -1,0 +1,119 @@
+#include "library.hpp"
+
+#include <map>
+
+#include "failure.hpp"
+
+namespace p3dgrid::tool {
+namespace {
+
+using mod_p3dgrid::FileName;
+
+struct NamedFile {
+  std::string path;
+  ByteOrder order = ByteOrder::native;
+};
+
+std::map<std::string, NamedFile, std::less<>>& files_by_name() {
+  static std::map<std::string, NamedFile, std::less<>> files;
+  return files;
+}
+
+std::map<std::string, std::string, std::less<>>& stems_by_prefix() {
+  static std::map<std::string, std::string, std::less<>> stems;
+  return stems;
+}
+
+/// The prefix of the name and its stem; null if it has none.
+const std::pair<const std::string, std::string>* prefix_of(std::string_view name) {
+  for (const auto& entry : stems_by_prefix()) {
+    if (name.starts_with(entry.first)) return &entry;
+  }
+  return nullptr;
+}
+
+ByteOrder order_of(std::string_view name) {
+  const auto found = files_by_name().find(name);
+  return found == files_by_name().end() ? ByteOrder::native : found->second.order;
+}
+
+// Trailing blanks are padding in a library name, so a path that ends in one is not its own name.
+bool can_be_a_name(const std::string& path) {
+  return !path.empty() && path.size() <= FileName::length && path.back() != ' ';
+}
+
+bool claim(const std::string& name, const std::string& path) {
+  if (!can_be_a_name(name) || prefix_of(name) != nullptr) return false;
+  return files_by_name().try_emplace(name, NamedFile{path}).first->second.path == path;
+}
+
+}  // namespace
+
+FileName name_for(const std::string& path, ByteOrder order) {
+  mod_p3dgrid::p3dsetpaths(path_behind);
+  mod_p3dgrid::p3dsetbyteorder(order_of);
+  std::string name = path;
+  for (int number = 1; !claim(name, path); ++number) name = "file-" + std::to_string(number);
+  files_by_name()[name].order = order;
+  return name;
+}
+
+FileName prefix_for(const std::string& path_stem) {
+  mod_p3dgrid::p3dsetpaths(path_behind);
+  for (int number = 1;; ++number) {
+    const std::string prefix = "v" + std::to_string(number) + "-";
+    const auto next = files_by_name().lower_bound(prefix);
+    const bool begins_a_name = next != files_by_name().end() && next->first.starts_with(prefix);
+    if (begins_a_name || prefix_of(prefix) != nullptr) continue;
+    stems_by_prefix().emplace(prefix, path_stem);
+    return prefix;
+  }
+}
+
+std::string path_behind(std::string_view name) {
+  const auto found = files_by_name().find(name);
+  if (found != files_by_name().end()) return found->second.path;
+  const auto* const prefix = prefix_of(name);
+  if (prefix == nullptr) return std::string(name);
+  return prefix->second + std::string(name.substr(prefix->first.size()));
+}
+
+}  // namespace p3dgrid::tool
+
+// What the library requires of its host: see mod_gridvars.hpp.
+namespace mod_gridvars {
+namespace {
+
+using p3dgrid::tool::Unusable;
+
+// A failed allocation is reported without a file name; `dispreadwrite` has named it before.
+std::string& file_at_work() {
+  static std::string path;
+  return path;
+}
+
+}  // namespace
+
+integer nfilesect = 0;
+mod_p3dgrid::fixed_array<integer, 30, 2> rstrtvarsct;
+mod_p3dgrid::fixed_array<integer, 30> numrstrtvar;
+logical readallvars = true;
+
+void dispreadwrite(const integer&, const integer&, const integer&, const FileName& filename,
+                   const integer&, const logical&, const std::optional<integer>&,
+                   const std::optional<logical>&, const std::optional<logical>&,
+                   const std::optional<logical>&, const std::optional<logical>&) {
+  file_at_work() = p3dgrid::tool::path_behind(filename.view());
+}
+
+void checkallocationerror(const integer& status) {
+  // An array that is already allocated is used as it is.
+  if (status == mod_p3dgrid::allocation_done || status == mod_p3dgrid::already_allocated) return;
+  throw Unusable(file_at_work() + ": not enough memory for this file");
+}
+
+void dispfilereaderror() {
+  throw p3dgrid::tool::Unreadable(mod_p3dgrid::p3dlastfailure().describe());
+}
+
+}  // namespace mod_gridvars
