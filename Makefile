@@ -50,7 +50,7 @@ demo: build
 docs:
 	scripts/install-packages docs
 	$(CONFIGURE) -DBUILD_TESTING=OFF $(CMAKE_FLAGS)
-	cmake --build $(BUILD) --target docs
+	cmake --build $(BUILD) --target p3dgrid_docs
 
 test:
 	scripts/install-packages test
@@ -65,7 +65,7 @@ bench:
 	cmake --build $(BENCH) --parallel $(JOBS)
 	bench/run $(BENCH)/bench --points $(POINTS) --only '$(ONLY)' --repetitions $(REPETITIONS) \
 	  --data $(DATA) --json $(RESULTS)
-	[ ! -x $(BENCH)/bench/bench_pieces ] || $(BENCH)/bench/bench_pieces --benchmark_min_time=0.05 \
+	[ ! -x $(BENCH)/bench/p3dgrid_bench_pieces ] || $(BENCH)/bench/p3dgrid_bench_pieces --benchmark_min_time=0.05 \
 	  --benchmark_out=$(BENCH)/pieces.json --benchmark_out_format=json
 
 clean:

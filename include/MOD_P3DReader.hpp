@@ -47,6 +47,8 @@
 #include "mod_p3dgrid/logical.hpp"
 #include "mod_p3dgrid/run.hpp"
 
+#pragma GCC visibility push(default)
+
 /// The operations, the variables that they share, and the types of their arguments.
 namespace mod_p3dgrid {
 
@@ -430,3 +432,5 @@ void writetecplotfile_p3d(const FileName& filename, integer nblocks,
                           logical useiblank);
 
 }  // namespace mod_p3dgrid
+
+#pragma GCC visibility pop
