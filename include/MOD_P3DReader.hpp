@@ -46,6 +46,7 @@
 #include "mod_p3dgrid/file_name.hpp"
 #include "mod_p3dgrid/logical.hpp"
 #include "mod_p3dgrid/run.hpp"
+#include "mod_p3dgrid/version.hpp"
 
 #pragma GCC visibility push(default)
 
