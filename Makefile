@@ -16,7 +16,7 @@ RESULTS ?= $(BENCH)/results.json
 
 PREFIX ?= /usr/local
 DESTDIR ?=
-CONFIGURE = cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo
+CONFIGURE = cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_UNITY_BUILD=ON
 
 .PHONY: help build demo install package docs test bench clean
 

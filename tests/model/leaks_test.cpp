@@ -4,6 +4,7 @@
 
 #include <filesystem>
 
+#include "MOD_P3DReader.hpp"
 #include "model/generators.hpp"
 #include "model/live_arrays.hpp"
 #include "model/module_model.hpp"

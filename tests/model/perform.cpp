@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <sstream>
 
+#include "MOD_P3DReader.hpp"
 #include "model/module_model.hpp"
 #include "restart/restart_case.hpp"
 #include "restart/staging.hpp"

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "MOD_P3DReader.hpp"
 #include "recordio/unit.hpp"
 #include "restart/restart_case.hpp"
 

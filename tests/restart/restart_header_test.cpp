@@ -3,6 +3,7 @@
 
 #include <functional>
 
+#include "MOD_P3DReader.hpp"
 #include "grid/grid_case.hpp"
 #include "recordio/unit.hpp"
 #include "restart/restart_case.hpp"

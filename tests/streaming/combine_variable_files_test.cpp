@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "MOD_P3DReader.hpp"
 #include "recordio/unit.hpp"
 #include "restart/restart_case.hpp"
 

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <limits>
 
+#include "MOD_P3DReader.hpp"
 #include "grid/grid_case.hpp"
 #include "recordio/unit.hpp"
 #include "restart/restart_case.hpp"
