@@ -31,7 +31,7 @@ foreach(module mod_p3dgrid mod_p3dgrid-gridvars_minimal)
           DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endforeach()
 
-install(FILES README.md CHANGELOG.md CONTRIBUTING.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES README.md CHANGELOG.md CONTRIBUTING.md LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR}
         PATTERN Doxyfile.in EXCLUDE PATTERN "*.dox" EXCLUDE)
 # What the pages link to, at the same place beside them.

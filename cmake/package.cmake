@@ -1,9 +1,9 @@
 # A Debian package of command, library and documents: run cpack in the build folder.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME p3dgrid)
-set(CPACK_PACKAGE_VENDOR "mod_p3dgrid developers")
-# Whoever hands packages on states an address: -DCPACK_PACKAGE_CONTACT='NAME <ADDRESS>'.
-set(CPACK_PACKAGE_CONTACT "mod_p3dgrid developers <developers>" CACHE STRING
+set(CPACK_PACKAGE_VENDOR "the mod_p3dgrid authors")
+# Distributors set their address: -DCPACK_PACKAGE_CONTACT='NAME <ADDRESS>'.
+set(CPACK_PACKAGE_CONTACT "mod_p3dgrid authors <authors>" CACHE STRING
     "Maintainer of the Debian package")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "PLOT3D grids and flow solutions: convert, check, draw")
 set(CPACK_PACKAGE_DESCRIPTION

@@ -25,10 +25,12 @@ void take_parameters(Restart& restart) {
   take(mod_p3dgrid::dqvar);
 }
 
-void set_parameters(const Restart& restart) {
+void set_parameters(const Restart& restart, Layout layout) {
   mod_p3dgrid::sqvar.deallocate();
   mod_p3dgrid::dqvar.deallocate();
-  require_memory(mod_p3dgrid::dqvar.allocate(restart.extents.blocks(), parameters_per_block));
+  require_memory(
+      mod_p3dgrid::dqvar.allocate(restart.extents.blocks(), traits_of(layout).parameters));
+  std::ranges::fill(mod_p3dgrid::dqvar.span(), 0);
   for (std::size_t b = 0; b < restart.parameters.size(); ++b) {
     const FlowParameters& parameters = restart.parameters[b];
     mod_p3dgrid::dqvar(b + 1, 1) = parameters.mach;
@@ -43,7 +45,7 @@ void set_parameters(const Restart& restart) {
 void take_run_data(Restart& restart, Layout layout) {
   if (traits_of(layout).holds_step())
     restart.step = TimeStep{mod_p3dgrid::nstep, mod_p3dgrid::dtau};
-  if (traits_of(layout).parameters) take_parameters(restart);
+  if (traits_of(layout).parameters > 0) take_parameters(restart);
   if (layout == Layout::talven && talven_parameters_read()) {
     const FlowParameters parameters{mod_p3dgrid::talxm1, mod_p3dgrid::talalfa, mod_p3dgrid::talre,
                                     0.0};
@@ -56,7 +58,7 @@ void set_run_data(const Restart& restart, Layout layout) {
     mod_p3dgrid::nstep = restart.step.value().count;
     mod_p3dgrid::dtau = restart.step.value().size;
   }
-  if (traits_of(layout).parameters) set_parameters(restart);
+  if (traits_of(layout).parameters > 0) set_parameters(restart, layout);
   if (layout == Layout::function) {
     mod_p3dgrid::nfvar.deallocate();
     require_memory(mod_p3dgrid::nfvar.allocate(restart.extents.blocks()));

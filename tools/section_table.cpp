@@ -9,7 +9,7 @@ namespace {
 using mod_p3dgrid::integer;
 
 bool first_entry_is_set_by_library(Layout layout) {
-  return traits_of(layout).parameters || traits_of(layout).triplets;
+  return traits_of(layout).parameters > 0 || traits_of(layout).triplets;
 }
 
 }  // namespace

@@ -11,7 +11,7 @@ namespace {
 std::string name_of_variable(Layout layout, std::size_t number) {
   static constexpr std::array names = {"density", "x-momentum", "y-momentum", "z-momentum",
                                        "energy"};
-  if (!traits_of(layout).parameters || number > names.size()) return "";
+  if (traits_of(layout).parameters == 0 || number > names.size()) return "";
   return names.at(number - 1);
 }
 

@@ -63,7 +63,7 @@ std::vector<Real> sample_values(std::size_t count) {
 template std::vector<float> sample_values(std::size_t count);
 template std::vector<double> sample_values(std::size_t count);
 
-mod_p3dgrid::recordio::Unit unit_of(mod_p3dgrid::integer iformat) {
+mod_p3dgrid::Unit unit_of(mod_p3dgrid::integer iformat) {
   constexpr mod_p3dgrid::integer number = 99;
   return {number, iformat};
 }

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "recordio/unit.hpp"
+#include "state/unit.hpp"
 
 namespace pieces {
 
@@ -27,6 +27,6 @@ inline constexpr mod_p3dgrid::integer unformatted = 0;
 inline constexpr mod_p3dgrid::integer formatted = 1;
 inline constexpr mod_p3dgrid::integer binary = 2;
 
-[[nodiscard]] mod_p3dgrid::recordio::Unit unit_of(mod_p3dgrid::integer iformat);
+[[nodiscard]] mod_p3dgrid::Unit unit_of(mod_p3dgrid::integer iformat);
 
 }  // namespace pieces

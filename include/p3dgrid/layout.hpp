@@ -32,7 +32,7 @@ struct LayoutTraits {
   DimensionKind dimensions = DimensionKind::none;  ///< what its header ends with
   std::int32_t iparm1 = 20;                        ///< how a host is told of it
   std::int32_t iparm2 = 300;                       ///< the same
-  bool parameters = false;                         ///< a block begins with its four flow parameters
+  std::int32_t parameters = 0;                     ///< flow parameters that a block begins with
   bool counted_variables = false;  ///< the header tells the number of variables of each block
   bool triplets = false;           ///< the first record of a block begins with three values a point
   bool extensions = false;         ///< flags and the variables that they announce follow the blocks
@@ -67,9 +67,6 @@ inline constexpr std::int32_t equations_with_parameters = 1;
 
 /// Values per point at the head of a leading record.
 inline constexpr std::int64_t triplet = 3;
-
-/// Flow parameters at the head of a block of layout 2.
-inline constexpr std::int32_t parameters_per_block = 4;
 
 /// The variables that a flag behind the blocks announces.
 struct Extension {

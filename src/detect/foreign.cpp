@@ -77,7 +77,7 @@ std::string overflow_solution(Evidence& file, const Coding& coding) {
   const auto parameters = records.next();
   const auto flow = records.next();
   if (variables < solution_variables || species < 0 || species > variables || !parameters ||
-      !flow || parameters->length <= parameters_per_block * real_bytes(coding)) {
+      !flow || parameters->length <= traits_of(Layout::solution).parameters * real_bytes(coding)) {
     return "";
   }
   std::int64_t values = variables;

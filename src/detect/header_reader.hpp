@@ -14,11 +14,10 @@ class HeaderReader {
     file_.go_to(0);
   }
 
-  bool operator()(const recordio::ReadList& list) {
+  void operator()(const recordio::ReadList& list) {
     sizes.add(list, real_kind(coding_));
-    recordio::read_record(file_, recordio::form_of(static_cast<std::int32_t>(coding_.encoding)),
-                          coding_.byte_order, list, recordio::RestOfRecord::skipped, lines_);
-    return true;
+    recordio::read_record(file_, coding_.encoding, coding_.byte_order, list,
+                          recordio::RestOfRecord::skipped, lines_);
   }
 
   /// Runs a walk over header records; false if the file does not hold them.

@@ -44,11 +44,11 @@ struct Dimensions {
   }
 
   template <class Visit>
-  bool walk(DimensionKind kind, std::int32_t blocks, Visit& visit) {
+  void walk(DimensionKind kind, std::int32_t blocks, Visit& visit) {
     std::vector<std::int32_t*> columns = {extents.i.data(), extents.j.data()};
     if (!planar_) columns.push_back(extents.k.data());
     if (!functions.empty()) columns.push_back(functions.data());
-    return walk_dimensions<std::int32_t>(kind, blocks, columns, visit);
+    walk_dimensions<std::int32_t>(kind, blocks, columns, visit);
   }
 
   [[nodiscard]] bool plausible(EmptyBlocks empty) const {
@@ -91,12 +91,14 @@ bool read_dimensions(Evidence& evidence, HeaderReader& reader, const Coding& cod
     const HeaderReader::Place begin(reader);
     const HeaderSizes sizes = reader.sizes;
     Dimensions sample(kind, planar, sample_blocks);
-    if (!sample.walk(kind, sample_blocks, reader) || !sample.plausible(empty)) return false;
+    sample.walk(kind, sample_blocks, reader);
+    if (!sample.plausible(empty)) return false;
     reader.sizes = sizes;
     begin.go_back();
   }
   Dimensions all(kind, planar, outline.blocks);
-  if (!all.walk(kind, outline.blocks, reader) || !all.plausible(empty)) return false;
+  all.walk(kind, outline.blocks, reader);
+  if (!all.plausible(empty)) return false;
   outline.functions = std::move(all.functions);
   outline.extents = std::make_shared<const Extents>(std::move(all.extents));
   return true;

@@ -110,7 +110,7 @@ std::vector<Sections> sections_in_records(const SectionSearch& search) {
   recordio::RecordScanner scanner = search.file.records(search.form.coding.byte_order);
   std::vector<Sections> tables;
   for (std::size_t count = 1; count <= most_sections; ++count) {
-    const std::size_t leading = traits_of(search.form.layout).parameters ? 1 : 0;
+    const std::size_t leading = traits_of(search.form.layout).parameters > 0 ? 1 : 0;
     const std::size_t per_block =
         leading + count + static_cast<std::size_t>(search.outline.older_levels);
     const std::size_t first =

@@ -1,18 +1,15 @@
-#include <new>
 #include <string>
 
 #include "MOD_P3DReader.hpp"
-#include "recordio/unit.hpp"
 #include "state/messages.hpp"
 #include "state/point_numbering.hpp"
 #include "state/run_end.hpp"
+#include "state/unit.hpp"
 #include "state/unit_numbers.hpp"
 
 namespace mod_p3dgrid {
 namespace {
 
-using recordio::OpenStatus;
-using recordio::Unit;
 using recordio::WriteList;
 
 constexpr integer formatted = 1;
@@ -22,7 +19,8 @@ constexpr const char* variables_line = R"( VARIABLES = "X", "Y", "Z", "U", "V", 
 constexpr const char* blanked_variables_line =
     R"( VARIABLES = "X", "Y", "Z", "U", "V", "W", "P", "RHO","IBLANK")";
 
-std::string zone_line(integer block, integer i, integer j, integer k) {
+std::string zone_line(integer block, const BlockExtents& extents) {
+  const auto [i, j, k] = extents;
   constexpr std::size_t block_digits = 6;
   constexpr std::size_t extent_digits = 4;
   return "ZONE T=\"ZONE-" + zero_padded(block, block_digits) +
@@ -53,8 +51,9 @@ void writetecplotfile_p3d(const FileName& filename, integer nblocks,
                           array_view<const integer, 1> kdim, array_view<const integer, 1> iblank,
                           logical useiblank) try {
   message("Writing to Tecplot file ", left_adjusted(filename), "...");
-  const std::string file = "Tecplot file " + recordio::path_of(filename);
-  const PointNumbering points = checked_numbering(file, nblocks, idim, jdim, kdim);
+  const std::string file = "Tecplot file " + path_of(filename);
+  const ExtentViews extents{idim, jdim, kdim};
+  const PointNumbering points = checked_numbering(file, nblocks, extents);
   check_points(file, "xyz", xyz.extent(2), points);
   check_points(file, "qvar", qvar.extent(2), points);
   if (useiblank) check_points(file, "iblank", iblank.extent(1), points);
@@ -63,15 +62,15 @@ void writetecplotfile_p3d(const FileName& filename, integer nblocks,
   unit.open(filename, OpenStatus::unknown);
   unit.write_line(useiblank ? blanked_variables_line : variables_line);
   for (integer b = 1; b <= nblocks; ++b) {
-    unit.write_line(zone_line(b, idim(b), jdim(b), kdim(b)));
+    unit.write_line(zone_line(b, extents.of(b)));
     WriteList list{columns(xyz, points, b), columns(qvar, points, b)};
     if (useiblank) {
       list.push_back(recordio::values(iblank.data() + points.before(b), points.npts(b)));
     }
     unit.write_points(list, points.npts(b));
   }
-} catch (const std::bad_alloc&) {
-  recordio::fail_without_memory("write Tecplot file", filename);
+} catch (...) {
+  end_operation("write Tecplot file", filename);
 }
 
 }  // namespace mod_p3dgrid

@@ -5,7 +5,9 @@ namespace p3dgrid {
 std::vector<BodyRecord> block_records(const LayoutTraits& layout, const BlockShape& shape) {
   using Kind = BodyRecordKind;
   std::vector<BodyRecord> records;
-  if (layout.parameters) records.push_back({Kind::parameters});
+  if (layout.parameters > 0) {
+    records.push_back({.kind = Kind::parameters, .parameters = layout.parameters});
+  }
   if (shape.leading) records.push_back({Kind::leading, {1, *shape.leading}});
   for (std::size_t n = shape.leading ? 1 : 0; n < shape.sections.size(); ++n) {
     records.push_back({Kind::section, shape.sections[n]});

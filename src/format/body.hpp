@@ -18,7 +18,7 @@ namespace p3dgrid {
 
 enum class BodyRecordKind : std::uint8_t {
   block,        ///< no record: the block begins
-  parameters,   ///< the flow parameters
+  parameters,   ///< the flow parameters of the block
   leading,      ///< triplets, then variables
   section,      ///< variables
   older_level,  ///< variables of an older time level
@@ -31,6 +31,7 @@ struct BodyRecord {
   Section variables = {};
   std::int32_t block = 0;  ///< from 1; of a flag 0
   std::int32_t flag = 0;   ///< position of the flag itself, or of the one that announces the record
+  std::int32_t parameters = 0;  ///< flow parameters that it holds
 
   /// Values per point that it holds.
   [[nodiscard]] std::int64_t values_per_point() const {

@@ -44,7 +44,7 @@ std::optional<RecordSize> FilePlan::next_of_body() {
     RecordSize size{.kind = record->kind};
     if (record->kind == BodyRecordKind::block) continue;
     if (record->kind == BodyRecordKind::parameters) {
-      size.reals = parameters_per_block;
+      size.reals = record->parameters;
     } else if (record->kind == BodyRecordKind::flag) {
       size.integers = 1;
       flag_ = record->flag;

@@ -12,8 +12,8 @@
 #include "recordio/record_list.hpp"
 
 /// The header records of grid and restart files, each stated once. Readers, writers and those who
-/// only measure walk them with a visitor: `visit(list)` reads, writes or measures one record and
-/// returns whether to go on. A walk ends at the first visit that returns false, and returns that.
+/// only measure walk them with a visitor: `visit(list)` reads, writes or measures one record. A
+/// visitor that cannot go on throws.
 namespace p3dgrid {
 
 namespace recordio = mod_p3dgrid::recordio;
@@ -37,25 +37,23 @@ namespace recordio = mod_p3dgrid::recordio;
 /// @param header  has the members named here, integers and doubles or references to them; const
 ///                for a writer
 template <class Header, class Visit>
-bool walk_lead(const LayoutTraits& layout, const Coding& coding, bool multiblock, Header& header,
+void walk_lead(const LayoutTraits& layout, const Coding& coding, bool multiblock, Header& header,
                Visit&& visit) {
   using recordio::scalar;
   const auto record = [&](auto... values) {
     using Memory = std::remove_pointer_t<std::common_type_t<decltype(values.memory)...>>;
-    return visit(recordio::RecordList<Memory>{values...});
+    visit(recordio::RecordList<Memory>{values...});
   };
   const auto step = [&] { return recordio::real_scalar(header.dtau, step_kind(coding)); };
   switch (layout.header) {
     case HeaderKind::none:
-      return true;
+      return;
     case HeaderKind::talven:
-      if (!record(scalar(header.fileversion), scalar(header.eqid)) ||
-          !record(scalar(header.nblocks), scalar(header.talnvar), scalar(header.itimeint),
-                  scalar(header.ibeta), scalar(header.nstep), step())) {
-        return false;
-      }
-      return header.eqid != equations_with_parameters ||
-             record(scalar(header.isgsmodel), scalar(header.talre), scalar(header.talxm1),
+      record(scalar(header.fileversion), scalar(header.eqid));
+      record(scalar(header.nblocks), scalar(header.talnvar), scalar(header.itimeint),
+             scalar(header.ibeta), scalar(header.nstep), step());
+      if (header.eqid != equations_with_parameters) return;
+      return record(scalar(header.isgsmodel), scalar(header.talre), scalar(header.talxm1),
                     scalar(header.talalfa), scalar(header.talbeta), scalar(header.talgam),
                     scalar(header.tals1), scalar(header.talpr), scalar(header.talprt));
     case HeaderKind::time_step:
@@ -64,9 +62,8 @@ bool walk_lead(const LayoutTraits& layout, const Coding& coding, bool multiblock
       return record(scalar(header.i), scalar(header.j), scalar(header.k), scalar(header.nstep),
                     step());
     case HeaderKind::plot3d:
-      return !multiblock || record(scalar(header.nblocks));
+      if (multiblock) record(scalar(header.nblocks));
   }
-  return true;
 }
 
 /// The block dimensions of a restart file; those of a grid are `DimensionKind::one_record`.
@@ -74,18 +71,16 @@ bool walk_lead(const LayoutTraits& layout, const Coding& coding, bool multiblock
 ///                 block each; const for a writer. What a failed or short read leaves out keeps
 ///                 its value.
 template <class Int, class Visit>
-bool walk_dimensions(DimensionKind kind, std::int32_t nblocks, std::span<Int* const> columns,
+void walk_dimensions(DimensionKind kind, std::int32_t nblocks, std::span<Int* const> columns,
                      Visit&& visit) {
   using recordio::scalar;
-  if (kind == DimensionKind::none) return true;
+  if (kind == DimensionKind::none) return;
   if (kind == DimensionKind::record_per_block) {
     for (std::int32_t b = 0; b < nblocks; ++b) {
-      if (!visit(recordio::RecordList<recordio::MemoryOf<Int>>{
-              scalar(columns[0][b]), scalar(columns[1][b]), scalar(columns[2][b])})) {
-        return false;
-      }
+      visit(recordio::RecordList<recordio::MemoryOf<Int>>{
+          scalar(columns[0][b]), scalar(columns[1][b]), scalar(columns[2][b])});
     }
-    return true;
+    return;
   }
   // The file has the entries of one block next to each other.
   std::vector<std::int32_t> table(columns.size() * static_cast<std::size_t>(std::max(nblocks, 0)));
@@ -97,12 +92,22 @@ bool walk_dimensions(DimensionKind kind, std::int32_t nblocks, std::span<Int* co
   };
   for_each_entry([](std::int32_t& value, Int& entry) { value = entry; });
   using Memory = std::conditional_t<std::is_const_v<Int>, const std::int32_t, std::int32_t>;
-  const bool complete = visit(recordio::RecordList<recordio::MemoryOf<Int>>{
-      recordio::values(static_cast<Memory*>(table.data()), std::ssize(table))});
-  if constexpr (!std::is_const_v<Int>) {
-    for_each_entry([](std::int32_t& value, Int& entry) { entry = value; });
+  const recordio::RecordList<recordio::MemoryOf<Int>> list{
+      recordio::values(static_cast<Memory*>(table.data()), std::ssize(table))};
+  if constexpr (std::is_const_v<Int>) {
+    visit(list);
+  } else {
+    const auto distribute = [&] {
+      for_each_entry([](std::int32_t& value, Int& entry) { entry = value; });
+    };
+    try {
+      visit(list);
+    } catch (...) {
+      distribute();
+      throw;
+    }
+    distribute();
   }
-  return complete;
 }
 
 }  // namespace p3dgrid

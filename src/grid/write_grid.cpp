@@ -1,15 +1,11 @@
 #include <algorithm>
-#include <new>
 #include <string>
 #include <utility>
 
 #include "MOD_P3DReader.hpp"
-#include "grid/dimension_record.hpp"
-#include "grid/grid_file.hpp"
-#include "recordio/unit.hpp"
-#include "state/allocation.hpp"
+#include "grid/coordinates.hpp"
+#include "grid/dimensions.hpp"
 #include "state/messages.hpp"
-#include "state/point_numbering.hpp"
 #include "state/run_end.hpp"
 #include "state/unit_numbers.hpp"
 
@@ -17,24 +13,20 @@ namespace mod_p3dgrid {
 namespace {
 
 using recordio::FileKind;
-using recordio::OpenStatus;
-using recordio::Unit;
 
 /// What the caller wants written.
 struct GridToWrite {
   integer nblocks;
   integer ndim;
   array_view<const float, 2> xyz;
-  array_view<const integer, 1> idim;
-  array_view<const integer, 1> jdim;
-  array_view<const integer, 1> kdim;
+  ExtentViews extents;
   array_view<const integer, 1> iblank;
   logical useiblank;
 };
 
 /// What messages about the file begin with.
 std::string grid_file(const FileName& filename) {
-  return "cannot write grid " + recordio::path_of(filename);
+  return "cannot write grid " + path_of(filename);
 }
 
 [[noreturn]] void refuse(const FileName& filename, const std::string& reason) {
@@ -72,15 +64,15 @@ void writep3dgrid(const FileName& filename, integer iformat, logical dblprec, in
                   integer ndim, array_view<const float, 2> xyz, array_view<const integer, 1> idim,
                   array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
                   array_view<const integer, 1> iblank, logical useiblank, logical multiblock) try {
-  announce_grid(announce_write, filename, iformat, dblprec, useiblank, multiblock);
+  announce_grid(host::announce_write, filename, iformat, dblprec, useiblank, multiblock);
   const Unit unit(unit_number::grid, iformat);
   if (unit.known()) {
-    const GridToWrite grid{nblocks, ndim, xyz, idim, jdim, kdim, iblank, useiblank};
-    const PointNumbering points = checked_numbering(grid_file(filename), nblocks, idim, jdim, kdim);
+    const GridToWrite grid{nblocks, ndim, xyz, {idim, jdim, kdim}, iblank, useiblank};
+    const PointNumbering points = checked_numbering(grid_file(filename), nblocks, grid.extents);
     check_arrays(filename, grid, points);
     unit.open(filename, OpenStatus::unknown);
     if (multiblock) unit.write({recordio::scalar(std::as_const(nblocks))});
-    write_dimension_record(unit, nblocks, {idim, jdim, kdim});
+    write_dimensions(unit, DimensionKind::one_record, nblocks, grid.extents);
     allocatable<double, 2> staging;
     if (coordinate_kind(unit, dblprec) == FileKind::real8 &&
         !allocate_checked(staging, ndim, points.total)) {
@@ -89,8 +81,8 @@ void writep3dgrid(const FileName& filename, integer iformat, logical dblprec, in
     write_blocks(unit, grid, points, staging);
   }
   unit.close();
-} catch (const std::bad_alloc&) {
-  recordio::fail_without_memory("write grid", filename);
+} catch (...) {
+  end_operation("write grid", filename);
 }
 
 }  // namespace mod_p3dgrid

@@ -6,7 +6,6 @@
 #include "recordio/list_writer.hpp"
 #include "recordio/unformatted_record.hpp"
 #include "recordio/value_transfer.hpp"
-#include "state/run_end.hpp"
 
 namespace mod_p3dgrid::recordio {
 namespace {
@@ -24,32 +23,30 @@ constexpr std::int64_t least_part_left = 16;
 
 }  // namespace
 
-void read_record(InputFile& file, Form form, std::endian order, const ReadList& list,
+void read_record(InputFile& file, Encoding encoding, std::endian order, const ReadList& list,
                  RestOfRecord rest, std::int64_t& lines) {
-  switch (form) {
-    case Form::unformatted: {
+  switch (encoding) {
+    case Encoding::unformatted: {
       UnformattedRecordReader record(file, order);
       for (const auto& entry : list) read_values(record, order, entry);
       if (rest == RestOfRecord::refused) record.expect_end();
       return record.finish();
     }
-    case Form::binary:
+    case Encoding::binary:
       for (const auto& entry : list) read_values(file, order, entry);
       return;
-    case Form::formatted: {
+    case Encoding::formatted: {
       ListReader reader(file, lines);
       for (const auto& entry : list) reader.read_values(entry);
       return reader.finish();
     }
-    case Form::none:
-      return;
   }
 }
 
-Connection::Connection(std::string path, Form form, OpenStatus status, std::endian order)
-    : path_(std::move(path)), form_(form), order_(order) {
+Connection::Connection(std::string path, Encoding encoding, OpenStatus status, std::endian order)
+    : path_(std::move(path)), encoding_(encoding), order_(order) {
   if (status == OpenStatus::old) {
-    file_.emplace<InputFile>(path_, form == Form::formatted ? text_buffer_size : byte_buffer_size);
+    file_.emplace<InputFile>(path_, is_text() ? text_buffer_size : byte_buffer_size);
   } else {
     file_.emplace<OutputFile>(path_,
                               status == OpenStatus::fresh ? Creation::fresh : Creation::replace);
@@ -62,17 +59,15 @@ InputFile& Connection::input_or_error() {
 }
 
 OutputFile& Connection::begin_write() {
-  if (auto* const file = std::get_if<OutputFile>(&file_)) {
-    file->begin();
-    return *file;
-  }
-  fail_run("cannot write " + path_ + ": it is open for reading");
+  auto& file = std::get<OutputFile>(file_);
+  file.begin();
+  return file;
 }
 
 void Connection::read(const ReadList& list, RestOfRecord rest) {
   InputFile& file = input_or_error();
   ++record_;
-  read_record(file, form_, order_, list, rest, lines_);
+  read_record(file, encoding_, order_, list, rest, lines_);
 }
 
 void Connection::expect_end() {
@@ -85,22 +80,20 @@ void Connection::expect_end() {
 void Connection::write(const WriteList& list) {
   OutputFile& file = begin_write();
   ++record_;
-  switch (form_) {
-    case Form::unformatted: {
+  switch (encoding_) {
+    case Encoding::unformatted: {
       UnformattedRecordWriter record(file, order_, bytes_of(list));
       for (const auto& entry : list) write_values(record, order_, entry);
       return record.finish();
     }
-    case Form::binary:
+    case Encoding::binary:
       for (const auto& entry : list) write_values(file, order_, entry);
       return;
-    case Form::formatted: {
+    case Encoding::formatted: {
       ListWriter writer(file);
       for (const auto& entry : list) writer.write_values(entry);
       return writer.finish();
     }
-    case Form::none:
-      return;
   }
 }
 
@@ -121,10 +114,10 @@ void Connection::close() {
 bool Connection::can_hold(std::int64_t values, FileKind kind, Claim claim) const {
   const auto* const file = std::get_if<InputFile>(&file_);
   const auto remaining = file == nullptr ? std::nullopt : file->remaining();
-  const bool in_part = claim == Claim::as_far_as_it_goes;
+  const bool in_part = claim == Claim::may_be_truncated;
   if (!remaining || (in_part && values <= trusted_bytes / bytes_of(kind))) return true;
   const std::int64_t needed = in_part ? values / least_part_left : values;
-  if (form_ != Form::formatted) return needed <= *remaining / bytes_of(kind);
+  if (!is_text()) return needed <= *remaining / bytes_of(kind);
   if (needed <= *remaining) return true;
   // A record of text may hold more values than bytes.
   return claim != Claim::records && file->may_hold_values(needed);

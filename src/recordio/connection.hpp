@@ -7,13 +7,15 @@
 #include <string_view>
 #include <variant>
 
-#include "recordio/form.hpp"
+#include "p3dgrid/form.hpp"
 #include "recordio/input_file.hpp"
 #include "recordio/output_file.hpp"
 #include "recordio/read_error.hpp"
 #include "recordio/record_list.hpp"
 
 namespace mod_p3dgrid::recordio {
+
+using p3dgrid::Encoding;
 
 /// How `Unit::open` treats the file.
 enum class OpenStatus : std::uint8_t {
@@ -24,9 +26,9 @@ enum class OpenStatus : std::uint8_t {
 
 /// What a header claims to follow it.
 enum class Claim : std::uint8_t {
-  one_record,         ///< values in one record, which must be there whole
-  records,            ///< values spread over records, so that text has a byte for each at least
-  as_far_as_it_goes,  ///< values of which a file cut short may have lost all but a sixteenth
+  one_record,        ///< values in one record, which must be complete
+  records,           ///< values spread over records, so that text has a byte for each at least
+  may_be_truncated,  ///< values of which a truncated file may have lost all but a sixteenth
 };
 
 /// What becomes of values that a record of an unformatted file holds beyond its list.
@@ -35,14 +37,15 @@ enum class RestOfRecord : std::uint8_t { skipped, refused };
 /// Reads one record of a file. Throws `ReadError`.
 /// @param order  byte order of the values and markers in the file; text has none
 /// @param lines  of text: line ends that lie before; counted on
-void read_record(InputFile& file, Form form, std::endian order, const ReadList& list,
+void read_record(InputFile& file, Encoding encoding, std::endian order, const ReadList& list,
                  RestOfRecord rest, std::int64_t& lines);
 
 /// A file connected to a unit: carries out record lists in the form of the file.
 class Connection {
  public:
+  /// Throws `SystemError`.
   /// @param order  byte order of the values and markers in the file; text has none
-  Connection(std::string path, Form form, OpenStatus status, std::endian order);
+  Connection(std::string path, Encoding encoding, OpenStatus status, std::endian order);
 
   /// Reads one record. Throws `ReadError`.
   void read(const ReadList& list, RestOfRecord rest);
@@ -50,7 +53,10 @@ class Connection {
   /// Throws `ReadError` if something is left to read.
   void expect_end();
 
-  /// Writes one record.
+  /// Whether the file is open for reading. Then nothing can be written.
+  [[nodiscard]] bool is_input() const { return std::holds_alternative<InputFile>(file_); }
+
+  /// Writes one record. Throws `SystemError`, as all that follows.
   void write(const WriteList& list);
 
   /// @name Lines of text, for files that are no records
@@ -70,14 +76,15 @@ class Connection {
   [[nodiscard]] std::int64_t record() const { return record_; }
   [[nodiscard]] std::int64_t offset() const;
   /// Line of a text file at which reading stands, from 1; 0 for other files.
-  [[nodiscard]] std::int64_t line() const { return form_ == Form::formatted ? lines_ + 1 : 0; }
+  [[nodiscard]] std::int64_t line() const { return is_text() ? lines_ + 1 : 0; }
 
  private:
+  [[nodiscard]] bool is_text() const { return encoding_ == Encoding::formatted; }
   [[nodiscard]] InputFile& input_or_error();
   [[nodiscard]] OutputFile& begin_write();
 
   std::string path_;
-  Form form_;
+  Encoding encoding_;
   std::endian order_;
   std::variant<std::monostate, InputFile, OutputFile> file_;
   std::int64_t record_ = 0;  ///< records begun

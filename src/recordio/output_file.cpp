@@ -9,7 +9,7 @@
 #include <cstring>
 #include <utility>
 
-#include "state/run_end.hpp"
+#include "recordio/read_error.hpp"
 
 namespace mod_p3dgrid::recordio {
 namespace {
@@ -25,16 +25,15 @@ int create(const std::string& path, Creation creation) {
   do {
     descriptor = ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | how, permissions);
   } while (descriptor < 0 && errno == EINTR);
-  if (descriptor < 0) fail_run("cannot create", path, errno);
+  if (descriptor < 0) throw SystemError{"cannot create", errno};
   return descriptor;
 }
 
 }  // namespace
 
-OutputFile::OutputFile(std::string path, Creation creation)
-    : path_(std::move(path)),
-      buffer_(std::make_unique_for_overwrite<char[]>(buffer_size)),
-      descriptor_(create(path_, creation)) {
+OutputFile::OutputFile(const std::string& path, Creation creation)
+    : buffer_(std::make_unique_for_overwrite<char[]>(buffer_size)),
+      descriptor_(create(path, creation)) {
   struct stat status;
   // Without its old size the file could not be cut to the new one.
   if (::fstat(descriptor_, &status) != 0) fail("cannot create", errno);
@@ -133,7 +132,7 @@ void OutputFile::close() {
   if (!cut()) fail("cannot shorten", errno);
   // The descriptor is gone whatever close says; after EINTR too.
   if (::close(std::exchange(descriptor_, closed)) != 0 && errno != EINTR) {
-    fail_run("cannot close", path_, errno);
+    throw SystemError{"cannot close", errno};
   }
 }
 
@@ -141,7 +140,7 @@ void OutputFile::fail(const char* operation, int error) {
   used_ = 0;
   static_cast<void>(cut());
   ::close(std::exchange(descriptor_, closed));
-  fail_run(operation, path_, error);
+  throw SystemError{operation, error};
 }
 
 }  // namespace mod_p3dgrid::recordio

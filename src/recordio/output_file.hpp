@@ -12,15 +12,15 @@ enum class Creation {
   fresh,    ///< the file must not exist
 };
 
-/// A file written from its start to its end through one buffer. Every failure is an error of the
-/// run; after one the file accepts and reports nothing more.
+/// A file written from its start to its end through one buffer. Failures throw `SystemError`; after
+/// one the file accepts and reports nothing more.
 ///
 /// An existing file is overwritten in place, which saves the system from giving its pages back and
 /// fetching new ones, and is cut to its new length when it is closed, in whatever way. One for
 /// which writing has not begun stays as it was.
 class OutputFile {
  public:
-  OutputFile(std::string path, Creation creation);
+  OutputFile(const std::string& path, Creation creation);
   OutputFile(const OutputFile&) = delete;
   OutputFile& operator=(const OutputFile&) = delete;
   /// Drops what is not flushed: call `close` to keep it.
@@ -58,7 +58,6 @@ class OutputFile {
   [[nodiscard]] bool cut();
   [[noreturn]] void fail(const char* operation, int error);
 
-  std::string path_;
   std::unique_ptr<char[]> buffer_;
   int descriptor_;
   bool begun_ = false;        ///< what the file held before is given up

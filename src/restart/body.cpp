@@ -13,7 +13,7 @@ namespace mod_p3dgrid {
 
 using recordio::FileKind;
 
-Coding coding_of(const recordio::Unit& unit, logical dblprec) {
+Coding coding_of(const Unit& unit, logical dblprec) {
   using p3dgrid::Encoding;
   using p3dgrid::Precision;
   return {.encoding = unit.stores_kinds() ? Encoding::unformatted : Encoding::formatted,
@@ -100,27 +100,25 @@ integer variables_of_block(integer block) {
   return nfvar(block);
 }
 
-bool skip_older_level(const recordio::Unit& unit, const Coding& coding, integer points,
+void skip_older_level(const Unit& unit, const Coding& coding, integer points,
                       const BodyRecord& record) {
   // The table may name more variables than 64 bits count the bytes of, and no file holds.
   constexpr std::int64_t most =
       std::numeric_limits<std::int64_t>::max() / bytes_of(FileKind::real8);
   const std::int64_t values = std::min(most, record.values_per_point() * points);
-  return unit.read({recordio::dropped(real_kind(coding), values)});
+  unit.read({recordio::dropped(real_kind(coding), values)});
 }
 
-bool ReadingVisitor::move_flag(integer position) const {
-  return unit_.read({recordio::scalar(iflag(position))});
+void ReadingVisitor::move_flag(integer position) const {
+  unit_.read({recordio::scalar(iflag(position))});
 }
 
-bool ReadingVisitor::chain_without_end() const {
+void ReadingVisitor::chain_without_end() const {
   unit_.fail("three flags, none of them 999", "a chain of at most three flags that ends with 999");
-  return false;
 }
 
-bool WritingVisitor::move_flag(integer position) const {
+void WritingVisitor::move_flag(integer position) const {
   unit_.write({recordio::scalar(std::as_const(iflag)(position))});
-  return true;
 }
 
 bool extension_chain_ends() {

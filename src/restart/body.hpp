@@ -9,8 +9,8 @@
 #include "MOD_P3DReader.hpp"
 #include "format/body.hpp"
 #include "format/header.hpp"
-#include "recordio/unit.hpp"
 #include "state/point_numbering.hpp"
+#include "state/unit.hpp"
 
 /// How the operations read and write the records of a body (`format/body.hpp`): by the section
 /// table and the module variables, into and out of the arrays of their callers.
@@ -22,12 +22,11 @@ using p3dgrid::BodyWalk;
 using p3dgrid::Coding;
 using p3dgrid::Extension;
 using p3dgrid::LayoutTraits;
-using p3dgrid::parameters_per_block;
 using p3dgrid::real_kind;
 using p3dgrid::triplet;
 
 /// The coding of the file on a unit, except for its byte order, which the unit applies itself.
-[[nodiscard]] Coding coding_of(const recordio::Unit& unit, logical dblprec);
+[[nodiscard]] Coding coding_of(const Unit& unit, logical dblprec);
 
 /// Whether the flow parameters of layout 2 live in `dqvar` rather than `sqvar`. Text always keeps
 /// them in double precision.
@@ -64,62 +63,61 @@ inline constexpr integer leading_variables = p3dgrid::solution_variables;
 /// Whether the chain in `iflag` ends within it.
 [[nodiscard]] bool extension_chain_ends();
 
-/// Goes through a body in file order, and ends at the first step that returns false. The visitor
-/// has
-/// - `bool begin_block(integer block)`,
-/// - `bool move(const BodyRecord&)`, which reads or writes one record,
-/// - `bool move_flag(integer position)`, which reads or writes `iflag(position)`,
-/// - `bool extend(const Extension&)`, before the records of an extension,
-/// - `bool chain_without_end()`, when `iflag` is used up.
+/// Goes through a body in file order. The visitor has
+/// - `begin_block(integer block)`,
+/// - `move(const BodyRecord&)`, which reads or writes one record,
+/// - `move_flag(integer position)`, which reads or writes `iflag(position)`,
+/// - `extend(const Extension&)`, before the records of an extension,
+/// - `chain_without_end()`, when `iflag` is used up.
 template <class Visitor>
-bool walk_body(BodyWalk walk, Visitor& visitor) {
+void walk_body(BodyWalk walk, Visitor& visitor) {
   while (const std::optional<BodyRecord> record = walk.next()) {
     if (record->kind == BodyRecordKind::block) {
-      if (!visitor.begin_block(record->block)) return false;
+      visitor.begin_block(record->block);
     } else if (record->kind == BodyRecordKind::flag) {
-      if (!visitor.move_flag(record->flag)) return false;
+      visitor.move_flag(record->flag);
       const integer flag = iflag(record->flag);
       walk.take_flag(flag);
       const Extension* const extension = p3dgrid::extension_of(flag, record->flag);
-      if (extension != nullptr && !visitor.extend(*extension)) return false;
-    } else if (!visitor.move(*record)) {
-      return false;
+      if (extension != nullptr) visitor.extend(*extension);
+    } else {
+      visitor.move(*record);
     }
   }
-  return !walk.chain_without_end() || visitor.chain_without_end();
+  if (walk.chain_without_end()) visitor.chain_without_end();
 }
 
 /// Reads a record of an older time level and drops it. Not for text, which has no such records.
-[[nodiscard]] bool skip_older_level(const recordio::Unit& unit, const Coding& coding,
-                                    integer points, const BodyRecord& record);
+void skip_older_level(const Unit& unit, const Coding& coding, integer points,
+                      const BodyRecord& record);
 
 /// What visitors that read a body have in common: flags are read into `iflag`, and a chain of them
 /// that does not end is a failed read.
 class ReadingVisitor {
  public:
-  [[nodiscard]] bool move_flag(integer position) const;
-  [[nodiscard]] bool chain_without_end() const;
+  void move_flag(integer position) const;
+  void chain_without_end() const;
 
  protected:
-  explicit ReadingVisitor(const recordio::Unit& unit) : unit_(unit) {}
-  const recordio::Unit& unit_;
+  explicit ReadingVisitor(const Unit& unit) : unit_(unit) {}
+  const Unit& unit_;
 };
 
 /// What visitors that write a body have in common: flags are written from `iflag`, whose chain has
 /// been seen to end before the file was opened.
 class WritingVisitor {
  public:
-  [[nodiscard]] bool move_flag(integer position) const;
-  [[nodiscard]] bool chain_without_end() const { return true; }
+  void move_flag(integer position) const;
+  void chain_without_end() const {}
 
  protected:
-  explicit WritingVisitor(const recordio::Unit& unit) : unit_(unit) {}
-  const recordio::Unit& unit_;
+  explicit WritingVisitor(const Unit& unit) : unit_(unit) {}
+  const Unit& unit_;
 };
 
 /// The list of what a record of a block holds, put together by whoever has the values: `arrays`
 /// adds the entries for
-/// - `add_parameters(list, block)`, the four flow parameters,
+/// - `add_parameters(list, record)`, the flow parameters,
 /// - `add_triplets(list, block)`, the three values per point,
 /// - `add_variables(list, block, first, last)`, variables in turn.
 /// Records of older time levels are not listed here: nobody keeps or writes their values.
@@ -127,7 +125,7 @@ template <class Memory, class Arrays>
 [[nodiscard]] recordio::RecordList<Memory> list_of(Arrays& arrays, const BodyRecord& record) {
   recordio::RecordList<Memory> list;
   if (record.kind == BodyRecordKind::parameters) {
-    arrays.add_parameters(list, record.block);
+    arrays.add_parameters(list, record);
     return list;
   }
   if (record.kind == BodyRecordKind::leading) arrays.add_triplets(list, record.block);
@@ -162,13 +160,13 @@ template <class Real>
 
 /// The list entry for the flow parameters in a row of `sqvar` or `dqvar`, as the coding has it.
 template <class Memory>
-[[nodiscard]] recordio::Values<Memory> parameter_row(const Coding& coding, integer row) {
-  const auto entry = [row](const char* name, auto& parameters) -> recordio::Values<Memory> {
-    check_still_held(name, row,
-                     parameters.extent(2) < parameters_per_block ? 0 : parameters.extent(1));
+[[nodiscard]] recordio::Values<Memory> parameter_row(const Coding& coding, const BodyRecord& record,
+                                                     integer row) {
+  const integer count = record.parameters;
+  const auto entry = [row, count](const char* name, auto& parameters) -> recordio::Values<Memory> {
+    check_still_held(name, row, parameters.extent(2) < count ? 0 : parameters.extent(1));
     const auto kind = recordio::kind_of<std::remove_reference_t<decltype(*parameters.data())>>();
-    return {
-        kind, kind, parameters.data() + (row - 1), 1, parameters.extent(1), parameters_per_block};
+    return {kind, kind, parameters.data() + (row - 1), 1, parameters.extent(1), count};
   };
   return parameters_are_double(coding) ? entry("dqvar", dqvar) : entry("sqvar", sqvar);
 }
@@ -192,9 +190,9 @@ struct WholeArrays {
   StagingArrays staging = {};
 
   template <class List>
-  void add_parameters(List& list, integer block) const {
-    list.push_back(
-        parameter_row<recordio::MemoryOf<Real>>(coding, std::min(block, last_parameter_row)));
+  void add_parameters(List& list, const BodyRecord& record) const {
+    list.push_back(parameter_row<recordio::MemoryOf<Real>>(
+        coding, record, std::min(record.block, last_parameter_row)));
   }
   template <class List>
   void add_triplets(List& list, integer block) const {

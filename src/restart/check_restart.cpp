@@ -1,12 +1,8 @@
-#include <algorithm>
-#include <new>
 #include <string>
 
 #include "MOD_P3DReader.hpp"
-#include "grid/dimension_record.hpp"
-#include "recordio/unit.hpp"
+#include "grid/dimensions.hpp"
 #include "restart/restart_header.hpp"
-#include "state/allocation.hpp"
 #include "state/host.hpp"
 #include "state/messages.hpp"
 #include "state/run_end.hpp"
@@ -14,9 +10,6 @@
 
 namespace mod_p3dgrid {
 namespace {
-
-using recordio::OpenStatus;
-using recordio::Unit;
 
 [[noreturn]] void halt() {
   write_line("");
@@ -31,42 +24,23 @@ void report_block_counts(integer ngrid, integer nrst) {
   message("Number of Restart blocks: ", nrst);
 }
 
-struct Extents {
-  integer i;
-  integer j;
-  integer k;
-  friend bool operator==(const Extents&, const Extents&) = default;
-};
-
-std::string columns(const Extents& extents) {
-  constexpr std::size_t width = 6;
-  return column(extents.i, width) + column(extents.j, width) + column(extents.k, width);
+/// Extents of a block; 0 for a block that the file does not have.
+BlockExtents extents_of(const ExtentArrays& all, integer block) {
+  return block > all.i.size() ? BlockExtents{} : all.views().of(block);
 }
 
-void report_block(integer block, const Extents& grid, const Extents& restart) {
+std::string columns(const BlockExtents& extents) {
+  std::string text;
+  for (const integer extent : extents) text += column(extent, 6);
+  return text;
+}
+
+void report_block(integer block, const BlockExtents& grid, const BlockExtents& restart) {
   write_line("");
   message("Indecies for block ", block, " in grid and restart file do not match.");
   message("              i     j     k  ");
   write_line(" Grid   : " + columns(grid));
   write_line(" Restart: " + columns(restart));
-}
-
-/// Reads the grid's extents; false if that fails.
-bool read_grid_extents(const Unit& unit, integer ngrid, HeaderExtents& grid) {
-  auto& [igrid, jgrid, kgrid] = grid;
-  if (!can_hold_dimensions(unit, ngrid)) return false;
-  if (!allocate_group_checked(std::max(ngrid, 0), igrid, jgrid, kgrid)) {
-    unit.fail("no memory", "arrays for the extents");
-    return false;
-  }
-  for (auto* extents : {&igrid, &jgrid, &kgrid}) std::ranges::fill(extents->span(), 0);
-  return read_dimension_record(unit, ngrid, {igrid, jgrid, kgrid});
-}
-
-/// Extents of a block; 0 for one that the file does not have.
-Extents extents_of(const HeaderExtents& all, integer block) {
-  if (block > all.IENG.size()) return {0, 0, 0};
-  return {all.IENG(block), all.JENG(block), all.KENG(block)};
 }
 
 }  // namespace
@@ -77,26 +51,29 @@ void checkp3drstrtheader(const FileName& gridfile, integer gridformat, const Fil
   const Unit grid_unit(unit_number::grid_header, gridformat);
   integer ngrid = 1;
   grid_unit.open(gridfile, OpenStatus::old);
-  if (multiblock && !grid_unit.read({recordio::scalar(ngrid)})) {
-    return host::dispfilereaderror();
-  }
+  if (multiblock) grid_unit.read({recordio::scalar(ngrid)});
   integer nrst = 1;
-  HeaderExtents restart;
-  const bool header_read =
-      read_restart_header(rstfile, rstformat, dblprec, nrst, rsttype, multiblock, restart);
+  ExtentArrays restart;
+  try {
+    read_restart_header(rstfile, rstformat, dblprec, nrst, rsttype, multiblock, restart);
+  } catch (const FailedRead&) {
+    // There is nothing to compare with.
+    host::dispfilereaderror();
+    return p3dcloseunit(unit_number::restart_read);
+  }
   p3dcloseunit(unit_number::restart_read);
-  // The host knows already; there is nothing to compare with.
-  if (!header_read) return;
   if (multiblock && ngrid != nrst) {
     report_block_counts(ngrid, nrst);
     halt();
   }
-  HeaderExtents grid;
-  if (!read_grid_extents(grid_unit, ngrid, grid)) return host::dispfilereaderror();
+  ExtentArrays grid;
+  require_room_for_dimensions(grid_unit, ngrid);
+  allocate_extents(grid_unit, ngrid, grid.targets());
+  read_dimensions(grid_unit, DimensionKind::one_record, ngrid, grid.targets());
   bool differ = false;
   for (integer b = 1; b <= ngrid; ++b) {
-    const Extents of_grid = extents_of(grid, b);
-    const Extents of_restart = extents_of(restart, b);
+    const BlockExtents of_grid = extents_of(grid, b);
+    const BlockExtents of_restart = extents_of(restart, b);
     if (of_grid == of_restart) continue;
     report_block(b, of_grid, of_restart);
     differ = true;
@@ -104,8 +81,8 @@ void checkp3drstrtheader(const FileName& gridfile, integer gridformat, const Fil
   p3dcloseunit(unit_number::grid_header);
   p3dcloseunit(unit_number::spare);
   if (differ) halt();
-} catch (const std::bad_alloc&) {
-  recordio::fail_without_memory("check restart file", rstfile);
+} catch (...) {
+  end_operation("check restart file", rstfile);
 }
 
 }  // namespace mod_p3dgrid

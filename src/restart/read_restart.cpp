@@ -1,11 +1,9 @@
 #include <algorithm>
-#include <new>
 #include <string>
 #include <type_traits>
 #include <utility>
 
 #include "MOD_P3DReader.hpp"
-#include "recordio/unit.hpp"
 #include "restart/body.hpp"
 #include "restart/restart_arguments.hpp"
 #include "restart/restart_header.hpp"
@@ -18,8 +16,6 @@
 
 namespace mod_p3dgrid {
 namespace {
-
-using recordio::Unit;
 
 allocatable<double, 2>& enlarged(const allocatable<double, 2>&) {
   return restart_staging().DWTMP;
@@ -44,7 +40,7 @@ class WholeReader : public ReadingVisitor {
               allocatable<Real, 2>& flow)
       : ReadingVisitor(unit), layout_(layout), arrays_(arrays), flow_(flow) {}
 
-  bool begin_block(integer block) const {
+  void begin_block(integer block) const {
     if (debugprint) message("Reading flow variables for grid ", block);
     if (layout_.counted_variables) mod_gridvars::numrstrtvar(1) = variables_of_block(block);
     // What text leaves out, and rows that no record fills, hold 0. Block by block: of an array that
@@ -53,31 +49,26 @@ class WholeReader : public ReadingVisitor {
       clear(arrays_.flow, block);
       if (layout_.triplets) clear(arrays_.triplets, block);
     }
-    return true;
   }
 
-  bool move(const BodyRecord& record) const {
+  void move(const BodyRecord& record) const {
     if (record.kind == BodyRecordKind::older_level) return skip_older_level(record);
-    if (!unit_.read(list_of<void>(arrays_, record))) return false;
+    unit_.read(list_of<void>(arrays_, record));
     if (record.kind == BodyRecordKind::parameters) copy_parameters(record.block);
-    return true;
   }
 
-  bool extend(const Extension& extension) {
-    if (flow_.extent(1) < extension.variables.last && !enlarge(extension)) return false;
+  void extend(const Extension& extension) {
+    if (flow_.extent(1) < extension.variables.last) enlarge(extension);
     mod_gridvars::numrstrtvar(2) = extension.numrstrtvar;
-    return true;
   }
 
  private:
   /// Text is asked for the record without being text, and that is a failed read.
-  bool skip_older_level(const BodyRecord& record) const {
+  void skip_older_level(const BodyRecord& record) const {
     if (is_text(arrays_.coding)) {
       unit_.fail("a text file", "an unformatted record of an older time level");
-      return false;
     }
-    return mod_p3dgrid::skip_older_level(unit_, arrays_.coding, arrays_.points.npts(record.block),
-                                         record);
+    mod_p3dgrid::skip_older_level(unit_, arrays_.coding, arrays_.points.npts(record.block), record);
   }
 
   void clear(array_view<Real, 2> array, integer block) const {
@@ -86,19 +77,16 @@ class WholeReader : public ReadingVisitor {
                 arrays_.points.npts(block) * rows, Real{0});
   }
 
-  bool enlarge(const Extension& extension) {
+  void enlarge(const Extension& extension) {
     const std::int64_t points = arrays_.points.total;
     allocatable<Real, 2>& larger = enlarged(flow_);
-    if (!allocate_staging(larger, extension.variables.last, points)) {
-      unit_.fail("no memory", std::to_string(extension.variables.last) + " flow variables");
-      return false;
-    }
+    unit_.require_array(allocate_staging(larger, extension.variables.last, points),
+                        "a larger array for the flow variables");
     // Rows that no record fills, because a chain skips them or leaves values out, hold 0.
     std::ranges::fill(larger.span(), Real{0});
     copy_rows(flow_, larger, extension.kept, points);
     flow_ = std::move(larger);
     arrays_.flow = flow_;
-    return true;
   }
 
   /// Makes the module's copies those of the block just read. They follow files of records only;
@@ -130,20 +118,15 @@ struct RestartRead {
   allocatable<float, 2>& varvalues;
   allocatable<float, 2>& auxvalues;
 
-  [[nodiscard]] bool fail(const char* expected) const {
-    unit.fail("no array to read into", expected);
-    return false;
-  }
-
   [[nodiscard]] std::vector<BodyRecord> records() const {
     const bool leading = reads_triplets(layout, coding);
     return block_records(layout, leading ? std::optional(leading_variables) : std::nullopt,
                          p3dgrid::older_levels(itimeint));
   }
 
-  /// Whether the file can hold the flow that its header tells, or the section table asks for;
-  /// looked at before memory is taken for it.
-  [[nodiscard]] bool may_hold_flow() const {
+  /// Requires that the file can hold the flow that its header announces or the section table asks
+  /// for; called before memory is taken for it.
+  void require_room_for_flow() const {
     std::int64_t per_point = 0;
     for (const BodyRecord& record : records()) per_point += record.variables.variables();
     // The largest count sizes the flow of all blocks.
@@ -153,76 +136,83 @@ struct RestartRead {
       if (variables < 0) {
         unit.fail(std::to_string(variables) + " variables in block " + std::to_string(b),
                   "a count from 0 on");
-        return false;
       }
       counted = std::max<std::int64_t>(counted, variables);
     }
-    return unit.can_hold(values_of(points.total, std::max(counted, per_point)), real_kind(coding),
-                         recordio::Claim::as_far_as_it_goes,
-                         "the flow variables of " + std::to_string(points.total) + " points");
+    unit.require_room(values_of(points.total, std::max(counted, per_point)), real_kind(coding),
+                      recordio::Claim::may_be_truncated,
+                      "the flow variables of " + std::to_string(points.total) + " points");
   }
 
   /// Allocates what layouts 100 and 101 need besides the flow array.
-  [[nodiscard]] bool prepare_triplets() const {
-    if (!layout.triplets) return true;
+  void prepare_triplets() const {
+    if (!layout.triplets) return;
     mod_gridvars::numrstrtvar(1) = leading_variables;
     iflag.fill(0);
     integer status = auxvalues.allocate(triplet, points.total);
-    if (!holds_doubles(coding)) {
-      host::checkallocationerror(status);
-      return covers(auxvalues, triplet, points.total) || fail("an unallocated array for triplets");
-    }
+    bool usable = true;
     auto& DX = restart_staging().DX;
-    if (status == allocation_done) status = DX.allocate(triplet, points.total);
+    const bool doubles = holds_doubles(coding);
+    if (doubles && status == allocation_done) status = DX.allocate(triplet, points.total);
     host::checkallocationerror(status);
-    if (!covers(DX, triplet, points.total)) DX.deallocate();
-    const bool staged = DX.allocated() || DX.allocate(triplet, points.total) == allocation_done;
-    return (staged && covers(auxvalues, triplet, points.total)) ||
-           fail("an unallocated array for triplets");
+    if (doubles) {
+      if (!covers(DX, triplet, points.total)) DX.deallocate();
+      usable = DX.allocated() || DX.allocate(triplet, points.total) == allocation_done;
+    }
+    unit.require_array(usable && covers(auxvalues, triplet, points.total),
+                       "an unallocated array for triplets");
   }
 
   /// Reads the body into arrays that the caller has allocated.
   template <class Real>
-  [[nodiscard]] bool read_into(allocatable<Real, 2>& flow, allocatable<Real, 2>& triplets,
-                               const StagingArrays& staging = {}) {
-    if (!prepare_triplets()) return false;
+  void read_into(allocatable<Real, 2>& flow, allocatable<Real, 2>& triplets,
+                 const StagingArrays& staging = {}) {
+    prepare_triplets();
     WholeReader<Real> reader(unit, layout, {coding, points, flow, triplets, ngrid, staging}, flow);
-    return walk_body({records(), ngrid, layout.extensions}, reader);
+    walk_body({records(), ngrid, layout.extensions}, reader);
   }
 
   /// Looks at table and file before memory is taken, so that a mistake leaves none behind.
-  [[nodiscard]] bool read() {
+  void read() {
     const std::int64_t variables = variables_per_point();
     const integer highest = checked_highest_variable(records());
     if (points.total > 0) check_variables(filename, highest, variables);
-    if (!may_hold_flow()) return false;
+    require_room_for_flow();
     if (holds_doubles(coding)) {
-      return allocate_staging(restart_staging().DW, variables, points.total)
-                 ? read_staged()
-                 : fail("a staging array for the flow variables");
+      unit.require_array(allocate_staging(restart_staging().DW, variables, points.total),
+                         "a staging array for the flow variables");
+      read_staged();
+    } else {
+      require_flow(allocate_checked(varvalues, variables, points.total));
+      read_into(varvalues, auxvalues);
     }
-    return allocate_checked(varvalues, variables, points.total)
-               ? read_into(varvalues, auxvalues)
-               : fail("an unallocated array for the flow variables");
+  }
+
+  void require_flow(bool usable) const {
+    unit.require_array(usable, "an unallocated array for the flow variables");
   }
 
   /// Reads through the staging arrays. Values are rounded while they are in the cache; the result
   /// is to be allocated at the end, so until then its memory belongs to an array of this read. Flow
   /// that may be enlarged is rounded as a whole at the end. If there is no memory for the result,
   /// the body is read all the same: the host is told when the result's turn comes.
-  [[nodiscard]] bool read_staged() {
+  void read_staged() {
     auto& DW = restart_staging().DW;
     auto& DX = restart_staging().DX;
     allocatable<float, 2> rounded;
     const integer status =
         layout.triplets ? allocation_done : rounded.allocate(variables_per_point(), points.total);
     const bool at_once = rounded.allocated();
-    if (!(at_once ? read_into(rounded, auxvalues, {DW, {}}) : read_into(DW, DX))) return false;
+    if (at_once) {
+      read_into(rounded, auxvalues, {DW, {}});
+    } else {
+      read_into(DW, DX);
+    }
     if (layout.extensions) {
       // The triplets' array exists since before the blocks were read, and the host is told so. For
       // layout 100 this step is missing: its triplets stay unset and `DX` stays allocated.
       host::checkallocationerror(auxvalues.allocate(triplet, points.total));
-      if (!covers(auxvalues, triplet, points.total)) return fail("an array for the triplets");
+      unit.require_array(covers(auxvalues, triplet, points.total), "an array for the triplets");
       copy_rows(DX, auxvalues, triplet, points.total);
       DX.deallocate();
     }
@@ -231,55 +221,48 @@ struct RestartRead {
     if (status != allocation_done && !varvalues.allocated()) {
       varvalues = std::move(rounded);  // its extents are known all the same
       host::checkallocationerror(status);
-      return fail("an unallocated array for the flow variables");
+      require_flow(false);
     }
-    if (!(at_once ? hand_over(rounded) : hand_over(DW))) return false;
+    if (at_once) {
+      hand_over(rounded);
+    } else {
+      hand_over(DW);
+    }
     DW.deallocate();
-    return true;
   }
 
   /// Allocates the result for a copy of what was read, or with the memory of that if it has the
   /// kind and the shape.
   template <class Real>
-  [[nodiscard]] bool hand_over(allocatable<Real, 2>& flow) {
+  void hand_over(allocatable<Real, 2>& flow) {
     const std::int64_t variables = variables_per_point();
     if constexpr (std::is_same_v<Real, float>) {
       if (!varvalues.allocated() && flow.extent(1) == variables) {
         varvalues = std::move(flow);
-        host::checkallocationerror(allocation_done);
-        return true;
+        return host::checkallocationerror(allocation_done);
       }
     }
-    if (!allocate_checked(varvalues, variables, points.total)) {
-      return fail("an unallocated array for the flow variables");
-    }
+    require_flow(allocate_checked(varvalues, variables, points.total));
     copy_rows(flow, varvalues, variables, points.total);
-    return true;
   }
-};
-
-/// The caller's extents, one entry per block.
-struct CallerExtents {
-  array_view<const integer, 1> idim;
-  array_view<const integer, 1> jdim;
-  array_view<const integer, 1> kdim;
 };
 
 /// The parameters of layout 2, one row of zeros per block.
 template <class Parameters>
-bool allocate_parameters(const Unit& unit, Parameters& parameters, integer ngrid) {
-  const bool usable = allocate_checked(parameters, std::max(ngrid, 0), parameters_per_block);
+void allocate_parameters(const RestartRead& read, Parameters& parameters) {
+  const bool usable = allocate_checked(parameters, read.ngrid, read.layout.parameters);
   std::ranges::fill(parameters.span(), 0);
-  if (!usable) unit.fail("no array to read into", "an unallocated array for the flow parameters");
-  return usable;
+  read.unit.require_array(usable, "an unallocated array for the flow parameters");
 }
 
-bool prepare_parameters(const Unit& unit, integer iformat, logical dblprec, integer ngrid) {
-  constexpr integer variables = 5;
-  mod_gridvars::numrstrtvar(1) = variables;
-  const bool in_single = !dblprec && recordio::form_of(iformat) != recordio::Form::formatted;
-  return in_single ? allocate_parameters(unit, sqvar, ngrid)
-                   : allocate_parameters(unit, dqvar, ngrid);
+void prepare_parameters(const RestartRead& read, integer iformat, logical dblprec) {
+  if (read.layout.parameters == 0) return;
+  mod_gridvars::numrstrtvar(1) = p3dgrid::solution_variables;
+  if (!dblprec && iformat != static_cast<integer>(Encoding::formatted)) {
+    allocate_parameters(read, sqvar);
+  } else {
+    allocate_parameters(read, dqvar);
+  }
 }
 
 /// With `readallvars` false the flow array is sized for one variable and left unset.
@@ -288,19 +271,16 @@ void size_for_one_variable(array_view<const integer, 1> blockpoints,
   host::checkallocationerror(varvalues.allocate(1, sum(blockpoints)));
 }
 
-bool read_whole_body(RestartRead& read, integer nblocks, const CallerExtents& extents) {
+void read_whole_body(RestartRead& read, integer nblocks, const ExtentViews& extents) {
   if (read.unit.known()) {
     if (read.ngrid > nblocks) {
       read.unit.fail("a header of " + std::to_string(read.ngrid) + " blocks",
                      "at most " + std::to_string(nblocks));
-      return false;
     }
-    read.points = checked_numbering(restart_file(read.filename), read.ngrid, extents.idim,
-                                    extents.jdim, extents.kdim);
+    read.points = checked_numbering(restart_file(read.filename), read.ngrid, extents);
   }
   if (read.layout.counted_variables) mod_gridvars::numrstrtvar(1) = most_variables();
-  if (!read.unit.known()) return true;
-  return read.read();
+  if (read.unit.known()) read.read();
 }
 
 /// Releases what a read that ends in an exception has staged.
@@ -312,22 +292,17 @@ void release_staging(const LayoutTraits& layout) {
   if (layout.triplets) staging.DX.deallocate();
 }
 
-/// False after a failed read that the host has not been told of.
-bool read_restart(RestartRead& read, integer iformat, logical dblprec, integer nblocks,
-                  array_view<const integer, 1> blockpoints, const CallerExtents& extents) {
-  if (read.layout.parameters && !prepare_parameters(read.unit, iformat, dblprec, read.ngrid)) {
-    return false;
-  }
+void read_restart(RestartRead& read, integer iformat, logical dblprec, integer nblocks,
+                  array_view<const integer, 1> blockpoints, const ExtentViews& extents) {
+  prepare_parameters(read, iformat, dblprec);
   if (!mod_gridvars::readallvars) {
     size_for_one_variable(blockpoints, read.varvalues);
-    read.unit.close();
-    return true;
+    return read.unit.close();
   }
   message("Number of grids is ", read.ngrid);
-  if (!read_whole_body(read, nblocks, extents)) return false;
+  read_whole_body(read, nblocks, extents);
   read.unit.close();
   if (read.layout.counted_variables) mod_gridvars::numrstrtvar(1) = most_variables();
-  return true;
 }
 
 }  // namespace
@@ -343,27 +318,25 @@ void readp3drestart(const FileName& filename, integer iformat, logical dblprec, 
                     array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
                     integer rsttype, logical multiblock) try {
   const LayoutTraits& layout = p3dgrid::traits_of(rsttype);
-  announce_restart(announce_restart_read, filename, iformat, dblprec, layout, multiblock);
+  announce_restart(host::announce_read, filename, iformat, dblprec, layout, multiblock);
   check_layout(filename, layout, rsttype);
   const Unit unit(unit_number::restart_read, iformat);
   integer ngrid = 1;
-  HeaderExtents extents;
-  if (!read_restart_header(filename, iformat, dblprec, ngrid, rsttype, multiblock, extents)) {
-    return;
-  }
-  if (!can_be_of_blocks(unit, extents)) return host::dispfilereaderror();
+  ExtentArrays extents;
+  read_restart_header(filename, iformat, dblprec, ngrid, rsttype, multiblock, extents);
+  require_plausible_extents(unit, extents);
   RestartRead read{filename, unit, layout,    coding_of(unit, dblprec),
                    ngrid,    {},   varvalues, auxvalues};
-  bool complete = false;
   try {
-    complete = read_restart(read, iformat, dblprec, nblocks, blockpoints, {idim, jdim, kdim});
+    read_restart(read, iformat, dblprec, nblocks, blockpoints, {idim, jdim, kdim});
+  } catch (const FailedRead&) {
+    throw;
   } catch (...) {
     release_staging(layout);
     throw;
   }
-  if (!complete) host::dispfilereaderror();
-} catch (const std::bad_alloc&) {
-  recordio::fail_without_memory("read restart file", filename);
+} catch (...) {
+  end_operation("read restart file", filename);
 }
 
 }  // namespace mod_p3dgrid

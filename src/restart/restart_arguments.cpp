@@ -13,12 +13,12 @@ namespace mod_p3dgrid {
 void announce_restart(integer mode, const FileName& filename, integer iformat, logical dblprec,
                       const LayoutTraits& layout, logical multiblock,
                       std::optional<integer> variable) {
-  host::call(mod_gridvars::dispreadwrite, mode, layout.iparm1, layout.iparm2, filename, iformat,
-             dblprec, variable, std::nullopt, multiblock, std::nullopt, std::nullopt);
+  host::dispreadwrite(mode, layout.iparm1, layout.iparm2, filename, iformat, dblprec, variable,
+                      std::nullopt, multiblock);
 }
 
 std::string restart_file(const FileName& filename) {
-  return "restart file " + recordio::path_of(filename);
+  return "restart file " + path_of(filename);
 }
 
 void refuse_restart(const FileName& filename, const std::string& reason) {

@@ -11,13 +11,10 @@ namespace mod_p3dgrid {
 using p3dgrid::LayoutTraits;
 
 /// Tells the host that a restart file is about to be read or written.
-/// @param mode      1 for a read, 2 for a write
 /// @param variable  the one variable that is read, where one is
 void announce_restart(integer mode, const FileName& filename, integer iformat, logical dblprec,
                       const LayoutTraits& layout, logical multiblock,
                       std::optional<integer> variable = {});
-inline constexpr integer announce_restart_read = 1;
-inline constexpr integer announce_restart_write = 2;
 
 /// Refuses a restart layout code that is none.
 void check_layout(const FileName& filename, const LayoutTraits& layout, integer rsttype);

@@ -1,9 +1,7 @@
 #include <algorithm>
-#include <new>
 #include <string>
 
 #include "MOD_P3DReader.hpp"
-#include "recordio/unit.hpp"
 #include "restart/body.hpp"
 #include "restart/flow_parameters.hpp"
 #include "restart/restart_arguments.hpp"
@@ -16,24 +14,18 @@
 namespace mod_p3dgrid {
 namespace {
 
-using recordio::Unit;
-
 /// Writes a whole body.
 class WholeWriter : public WritingVisitor {
  public:
   WholeWriter(const Unit& unit, const LayoutTraits& layout, WholeArrays<const float> arrays)
       : WritingVisitor(unit), layout_(layout), arrays_(arrays) {}
 
-  bool begin_block(integer block) const {
+  void begin_block(integer block) const {
     message("Writing flow variables for grid ", block);
     if (layout_.counted_variables) mod_gridvars::numrstrtvar(1) = variables_of_block(block);
-    return true;
   }
-  bool move(const BodyRecord& record) const {
-    unit_.write(list_of<const void>(arrays_, record));
-    return true;
-  }
-  bool extend(const Extension&) const { return true; }
+  void move(const BodyRecord& record) const { unit_.write(list_of<const void>(arrays_, record)); }
+  void extend(const Extension&) const {}
 
  private:
   const LayoutTraits& layout_;
@@ -51,6 +43,8 @@ struct RestartWrite {
   array_view<const float, 2> varvalues;
   array_view<const float, 2> auxvalues;
   PointNumbering points;
+
+  [[nodiscard]] FlowParameters parameters() const { return {filename, layout, coding, nblocks}; }
 };
 
 /// Rows of the flow array that are at hand when the records are written.
@@ -66,9 +60,7 @@ void check_arguments(const RestartWrite& write) {
       std::max(checked_highest_variable(block_records_with_leading(write.layout)),
                write.layout.extensions ? highest_extension_variable() : 0);
   if (write.points.total > 0) check_variables(write.filename, highest, flow_rows(write));
-  if (write.layout.parameters) {
-    check_parameters_to_write(write.filename, write.coding, write.nblocks, write.nparamrows);
-  }
+  write.parameters().check_to_write(write.nparamrows);
   check_points(write.filename, "varvalues", write.varvalues.extent(2), write.points);
   if (write.layout.triplets) {
     check_triplets(write.filename, "auxvalues", write.auxvalues, write.points);
@@ -86,9 +78,7 @@ void allocate_staging(const RestartWrite& write, allocatable<double, 2>& flow,
 }
 
 void write_body(const RestartWrite& write) {
-  if (write.layout.parameters) {
-    create_parameters_to_write(write.filename, write.coding, write.nblocks, write.nparamrows);
-  }
+  write.parameters().create_to_write(write.nparamrows);
   allocatable<double, 2> flow;
   allocatable<double, 2> triplets;
   allocate_staging(write, flow, triplets);
@@ -99,8 +89,8 @@ void write_body(const RestartWrite& write) {
                       write.auxvalues,
                       write.nparamrows,
                       {flow, triplets}});
-  static_cast<void>(walk_body(
-      {block_records_with_leading(write.layout), write.nblocks, write.layout.extensions}, writer));
+  walk_body({block_records_with_leading(write.layout), write.nblocks, write.layout.extensions},
+            writer);
 }
 
 /// Layout 3 counts its variables per block, layout 101 has five; the others keep what is set.
@@ -117,25 +107,26 @@ void writep3drestart(const FileName& filename, integer iformat, logical dblprec,
                      array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
                      integer rsttype, logical multiblock) try {
   const LayoutTraits& layout = p3dgrid::traits_of(rsttype);
-  announce_restart(announce_restart_write, filename, iformat, dblprec, layout, multiblock);
+  announce_restart(host::announce_write, filename, iformat, dblprec, layout, multiblock);
   check_layout(filename, layout, rsttype);
   const Unit unit(unit_number::restart_write, iformat);
   RestartWrite write{filename,  unit,      layout, coding_of(unit, dblprec), nparamrows, nblocks,
                      varvalues, auxvalues, {}};
+  const ExtentViews extents{idim, jdim, kdim};
   const bool writable = unit.known() && layout.writable;
   set_variables_of_first_section(layout);
   // The header is going to allocate a missing nfvar, with zeros.
   if (layout.counted_variables && !nfvar.allocated()) mod_gridvars::numrstrtvar(1) = 0;
   if (writable) {
-    write.points = checked_numbering(restart_file(filename), nblocks, idim, jdim, kdim);
+    write.points = checked_numbering(restart_file(filename), nblocks, extents);
     check_arguments(write);
   }
-  write_restart_header(filename, iformat, dblprec, nblocks, idim, jdim, kdim, rsttype, multiblock);
+  write_restart_header(filename, iformat, dblprec, nblocks, extents, rsttype, multiblock);
   set_variables_of_first_section(layout);
   if (writable) write_body(write);
   p3dcloseunit(unit_number::restart_read);
-} catch (const std::bad_alloc&) {
-  recordio::fail_without_memory("write restart file", filename);
+} catch (...) {
+  end_operation("write restart file", filename);
 }
 
 }  // namespace mod_p3dgrid

@@ -1,11 +1,8 @@
 #include <algorithm>
-#include <new>
 #include <string>
 #include <utility>
 
 #include "MOD_P3DReader.hpp"
-#include "grid/dimension_record.hpp"
-#include "recordio/unit.hpp"
 #include "restart/body.hpp"
 #include "restart/restart_header.hpp"
 #include "state/allocation.hpp"
@@ -16,27 +13,21 @@
 namespace mod_p3dgrid {
 namespace {
 
-using p3dgrid::DimensionKind;
-using recordio::OpenStatus;
-using recordio::Unit;
-
-using Extents = array_view<const integer, 1>;
-
 /// Refuses extents or variable counts of fewer blocks than are to be written, before the file is
 /// touched.
 void check_extents(const FileName& filename, const LayoutTraits& layout, integer nblocks,
-                   std::initializer_list<const Extents*> columns) {
+                   const ExtentViews& extents) {
   const integer needed = layout.header == p3dgrid::HeaderKind::single_block ? 1
                          : layout.dimensions == DimensionKind::none         ? 0
                                                                             : nblocks;
-  for (const Extents* column : columns) {
-    if (column->extent(1) >= needed) continue;
-    fail_run("cannot write restart file " + recordio::path_of(filename) + ": extents of " +
-             std::to_string(column->extent(1)) + " blocks, " + std::to_string(needed) +
+  for (const auto& array : {extents.i, extents.j, extents.k}) {
+    if (array.extent(1) >= needed) continue;
+    fail_run("cannot write restart file " + path_of(filename) + ": extents of " +
+             std::to_string(array.extent(1)) + " blocks, " + std::to_string(needed) +
              " are to be written");
   }
   if (layout.counted_variables && nfvar.allocated() && nfvar.size() < nblocks) {
-    fail_run("cannot write restart file " + recordio::path_of(filename) + ": nfvar holds " +
+    fail_run("cannot write restart file " + path_of(filename) + ": nfvar holds " +
              std::to_string(nfvar.size()) + " blocks, " + std::to_string(nblocks) +
              " are to be written");
   }
@@ -56,30 +47,26 @@ struct HeaderSource {
   static constexpr double talpr = 0, talprt = 0;
 };
 
-void write_extents(const Unit& unit, DimensionKind dimensions, integer nblocks, const Extents& idim,
-                   const Extents& jdim, const Extents& kdim) {
-  if (dimensions == DimensionKind::none) return;
-  if (dimensions != DimensionKind::one_record_with_variables) {
-    return write_dimensions(unit, dimensions, nblocks, {idim, jdim, kdim});
-  }
-  if (!nfvar.allocated()) {
-    static_cast<void>(allocate_checked(nfvar, std::max(nblocks, 0)));
+void write_extents(const Unit& unit, DimensionKind dimensions, integer nblocks,
+                   const ExtentViews& extents) {
+  const bool counts = dimensions == DimensionKind::one_record_with_variables;
+  if (counts && !nfvar.allocated()) {
+    static_cast<void>(allocate_checked(nfvar, nblocks));
     std::ranges::fill(nfvar.span(), 0);
     if (nfvar.size() < nblocks) fail_run("out of memory for the variable counts");
   }
-  write_dimensions(unit, dimensions, nblocks, {idim, jdim, kdim, std::as_const(nfvar)});
+  if (dimensions == DimensionKind::none) return;
+  write_dimensions(unit, dimensions, nblocks, extents, std::as_const(nfvar));
 }
 
 }  // namespace
 
 void write_restart_header(const FileName& filename, integer iformat, logical dblprec,
-                          integer nblocks, array_view<const integer, 1> idim,
-                          array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
-                          integer rsttype, logical multiblock) {
+                          integer nblocks, const ExtentViews& extents, integer rsttype,
+                          logical multiblock) {
   const LayoutTraits& layout = p3dgrid::traits_of(rsttype);
   const Unit unit(unit_number::restart_write, iformat);
-  if (unit.known() && layout.writable)
-    check_extents(filename, layout, nblocks, {&idim, &jdim, &kdim});
+  if (unit.known() && layout.writable) check_extents(filename, layout, nblocks, extents);
   unit.open(filename, OpenStatus::unknown);
   if (!layout.writable) {
     message("TALVEN Writer not implimented!");
@@ -88,23 +75,23 @@ void write_restart_header(const FileName& filename, integer iformat, logical dbl
   if (!unit.known()) return;
   const integer none = 0;
   const bool single_block = layout.header == p3dgrid::HeaderKind::single_block;
-  const HeaderSource header{nblocks, single_block ? idim(1) : none, single_block ? jdim(1) : none,
-                            single_block ? kdim(1) : none};
+  const auto first = [&](const array_view<const integer, 1>& array) -> const integer& {
+    return single_block ? array(1) : none;
+  };
+  const HeaderSource header{nblocks, first(extents.i), first(extents.j), first(extents.k)};
   walk_lead(layout, coding_of(unit, dblprec), static_cast<bool>(multiblock), header,
-            [&](const recordio::WriteList& list) {
-              unit.write(list);
-              return true;
-            });
-  write_extents(unit, layout.dimensions, nblocks, idim, jdim, kdim);
+            [&](const recordio::WriteList& list) { unit.write(list); });
+  write_extents(unit, layout.dimensions, nblocks, extents);
 }
 
 void writerestartheader(const FileName& filename, integer iformat, logical dblprec, integer nblocks,
                         array_view<const integer, 1> idim, array_view<const integer, 1> jdim,
                         array_view<const integer, 1> kdim, integer rsttype,
                         logical multiblock) try {
-  write_restart_header(filename, iformat, dblprec, nblocks, idim, jdim, kdim, rsttype, multiblock);
-} catch (const std::bad_alloc&) {
-  recordio::fail_without_memory("write restart file", filename);
+  write_restart_header(filename, iformat, dblprec, nblocks, {idim, jdim, kdim}, rsttype,
+                       multiblock);
+} catch (...) {
+  end_operation("write restart file", filename);
 }
 
 }  // namespace mod_p3dgrid

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <new>
+#include <optional>
 #include <utility>
 
 #include "mod_gridvars.hpp"
@@ -32,6 +33,15 @@ decltype(auto) call(const Procedure& procedure, Arguments&&... arguments) {
 inline void checkallocationerror(integer status) {
   call(mod_gridvars::checkallocationerror, status);
 }
+
+inline void dispreadwrite(integer mode, integer iparm1, integer iparm2, const FileName& filename,
+                          integer iformat, logical dblprec, std::optional<integer> variable,
+                          std::optional<logical> useiblank, logical multiblock) {
+  call(mod_gridvars::dispreadwrite, mode, iparm1, iparm2, filename, iformat, dblprec, variable,
+       useiblank, multiblock, std::nullopt, std::nullopt);
+}
+inline constexpr integer announce_read = 1;   ///< mode of `dispreadwrite`
+inline constexpr integer announce_write = 2;  ///< mode of `dispreadwrite`
 
 inline void dispfilereaderror() {
   call(mod_gridvars::dispfilereaderror);

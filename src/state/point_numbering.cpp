@@ -12,7 +12,8 @@ std::int64_t values_of(std::int64_t points, std::int64_t values_per_point) {
   return too_many ? std::numeric_limits<std::int64_t>::max() : values;
 }
 
-std::optional<integer> points_of_block(integer i, integer j, integer k) {
+std::optional<integer> points_of_block(const BlockExtents& extents) {
+  const auto [i, j, k] = extents;
   if (i < 0 || j < 0 || k < 0) return std::nullopt;
   // i*j fits 64 bits; with k it may not.
   const std::int64_t points = values_of(std::int64_t{i} * j, k);
@@ -20,8 +21,8 @@ std::optional<integer> points_of_block(integer i, integer j, integer k) {
   return static_cast<integer>(points);
 }
 
-bool PointNumbering::number_block(integer block, integer i, integer j, integer k) {
-  const std::optional<integer> points = points_of_block(i, j, k);
+bool PointNumbering::number_block(integer block, const BlockExtents& extents) {
+  const std::optional<integer> points = points_of_block(extents);
   if (!points) return false;
   npts(block) = *points;
   istart(block) = total + 1;
@@ -31,12 +32,10 @@ bool PointNumbering::number_block(integer block, integer i, integer j, integer k
 }
 
 PointNumbering checked_numbering(const std::string& file, integer nblocks,
-                                 array_view<const integer, 1> idim,
-                                 array_view<const integer, 1> jdim,
-                                 array_view<const integer, 1> kdim) {
-  for (const auto* column : {&idim, &jdim, &kdim}) {
-    if (column->extent(1) >= nblocks) continue;
-    fail_run(file + ": extents of " + std::to_string(column->extent(1)) + " blocks for " +
+                                 const ExtentViews& extents) {
+  for (const auto& array : {extents.i, extents.j, extents.k}) {
+    if (array.extent(1) >= nblocks) continue;
+    fail_run(file + ": extents of " + std::to_string(array.extent(1)) + " blocks for " +
              std::to_string(nblocks));
   }
   PointNumbering points;
@@ -46,7 +45,7 @@ PointNumbering checked_numbering(const std::string& file, integer nblocks,
     fail_run(file + ": out of memory");
   }
   for (integer b = 1; b <= nblocks; ++b) {
-    if (points.number_block(b, idim(b), jdim(b), kdim(b))) continue;
+    if (points.number_block(b, extents.of(b))) continue;
     fail_run(file + ": extents of block " + std::to_string(b) +
              " are below 0 or more than 32 bits can count");
   }

@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
+#include <memory>
 #include <new>
 #include <system_error>
 #include <utility>
@@ -13,7 +15,9 @@ namespace mod_p3dgrid {
 namespace {
 
 constexpr integer status_halted = 0;
-constexpr integer status_error = 2;
+
+/// Shared, so that a copy needs no memory.
+using RunEndHandler = std::shared_ptr<const std::function<void(const RunEnd&)>>;
 
 RunEndHandler& run_end_handler() {
   // Never destroyed: a run may end while static objects are.
@@ -22,10 +26,30 @@ RunEndHandler& run_end_handler() {
   return handler;
 }
 
+void print(const std::string& message) {
+  std::fprintf(stderr, "mod_p3dgrid: %s\n", message.c_str());
+}
+
+std::string in_one_line(std::string message) {
+  try {
+    return p3dprintable(std::move(message));
+  } catch (const std::bad_alloc&) {
+    return out_of_memory_message;
+  }
+}
+
+std::string message_of(const char* operation, const std::string& path, int error) {
+  try {
+    return std::string(operation) + " " + path + ": " + std::generic_category().message(error);
+  } catch (const std::bad_alloc&) {
+    return operation;
+  }
+}
+
 [[noreturn]] void end_run(const RunEnd& end) {
   // A copy, because the handler may install another one.
   if (const RunEndHandler handler = run_end_handler()) host::call(*handler, end);
-  if (!end.message.empty()) std::fprintf(stderr, "mod_p3dgrid: %s\n", end.message.c_str());
+  if (!end.message.empty()) print(end.message);
   // Units still connected are flushed and closed on the way out, by the unit table.
   std::exit(end.status);
 }
@@ -33,11 +57,7 @@ RunEndHandler& run_end_handler() {
 }  // namespace
 
 void p3dsetrunend(std::function<void(const RunEnd&)> handler) {
-  set_run_end_handler(handler ? std::make_shared<decltype(handler)>(std::move(handler)) : nullptr);
-}
-
-void set_run_end_handler(RunEndHandler handler) noexcept {
-  run_end_handler() = std::move(handler);
+  run_end_handler() = handler ? std::make_shared<decltype(handler)>(std::move(handler)) : nullptr;
 }
 
 void stop_run() {
@@ -45,22 +65,15 @@ void stop_run() {
 }
 
 void fail_run(std::string message) {
-  try {
-    message = p3dprintable(std::move(message));
-  } catch (const std::bad_alloc&) {
-    message = out_of_memory_message;
-  }
-  end_run({status_error, std::move(message)});
+  end_run({status_of_fatal_errors, in_one_line(std::move(message))});
 }
 
 void fail_run(const char* operation, const std::string& path, int error) {
-  std::string message;
-  try {
-    message = std::string(operation) + " " + path + ": " + std::generic_category().message(error);
-  } catch (const std::bad_alloc&) {
-    message = operation;
-  }
-  fail_run(std::move(message));
+  fail_run(message_of(operation, path, error));
+}
+
+void report_at_exit(const char* operation, const std::string& path, int error) {
+  print(in_one_line(message_of(operation, path, error)));
 }
 
 void fail_without_memory(std::string message) {

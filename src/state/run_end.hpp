@@ -1,18 +1,10 @@
 #pragma once
 
-#include <functional>
-#include <memory>
 #include <string>
 
 #include "mod_p3dgrid/run.hpp"
 
 namespace mod_p3dgrid {
-
-/// What is done when the run ends. Shared, so that handing it on needs no memory.
-using RunEndHandler = std::shared_ptr<const std::function<void(const RunEnd&)>>;
-
-/// Installs a handler; does what `p3dsetrunend` does, without memory.
-void set_run_end_handler(RunEndHandler handler) noexcept;
 
 /// Halts the run with an empty stop code: the module has found an inconsistency and said so.
 [[noreturn]] void stop_run();
@@ -25,6 +17,12 @@ void set_run_end_handler(RunEndHandler handler) noexcept;
 /// the message it is `operation` alone, a text of at most 15
 /// characters, which needs none.
 [[noreturn]] void fail_run(const char* operation, const std::string& path, int error);
+
+/// Prints the same failure while the process exits, when there is no handler left to call.
+void report_at_exit(const char* operation, const std::string& path, int error);
+
+/// Exit status of fatal errors.
+inline constexpr integer status_of_fatal_errors = 2;
 
 /// Says it without needing memory for the text.
 inline constexpr const char* out_of_memory_message = "out of memory";

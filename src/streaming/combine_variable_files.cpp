@@ -1,9 +1,7 @@
 #include <algorithm>
-#include <new>
 #include <string>
 
 #include "MOD_P3DReader.hpp"
-#include "recordio/unit.hpp"
 #include "restart/body.hpp"
 #include "restart/flow_parameters.hpp"
 #include "restart/restart_arguments.hpp"
@@ -16,9 +14,6 @@
 
 namespace mod_p3dgrid {
 namespace {
-
-using recordio::OpenStatus;
-using recordio::Unit;
 
 constexpr integer unformatted = 0;
 
@@ -33,6 +28,8 @@ struct Combination {
   integer nblocks;
   std::int64_t variables;
   PointNumbering points;
+
+  [[nodiscard]] FlowParameters parameters() const { return {filename, layout, coding, nblocks}; }
 };
 
 /// The temporary files, each open on its own unit, read in step.
@@ -64,9 +61,9 @@ struct BlockSlots {
   allocatable<Real, 2>& slots;  ///< (point of the block, variable)
 
   template <class List>
-  void add_parameters(List& list, integer block) const {
-    list.push_back(
-        parameter_row<const void>(combination.coding, std::min(block, combination.nparamrows)));
+  void add_parameters(List& list, const BodyRecord& record) const {
+    list.push_back(parameter_row<const void>(combination.coding, record,
+                                             std::min(record.block, combination.nparamrows)));
   }
   template <class List>
   void add_triplets(List& list, integer block) const {
@@ -102,59 +99,47 @@ class Combiner : public WritingVisitor {
         records_(records),
         slots_(slots) {}
 
-  bool begin_block(integer block) {
+  void begin_block(integer block) {
     const integer first_section = mod_gridvars::numrstrtvar(1);
-    if (!read_variables(block, {1, first_section})) return false;
+    read_variables(block, {1, first_section});
     // Further sections may name variables beyond those of the first.
     for (const BodyRecord& record : records_) {
-      if (record.kind == BodyRecordKind::section && !read_variables(block, record.variables)) {
-        return false;
-      }
+      if (record.kind == BodyRecordKind::section) read_variables(block, record.variables);
     }
     message("Writing flow variables for grid ", block);
-    return true;
   }
 
-  bool move(const BodyRecord& record) {
-    if (record.kind == BodyRecordKind::extension &&
-        !read_variables(record.block, record.variables)) {
-      return false;
-    }
+  void move(const BodyRecord& record) {
+    if (record.kind == BodyRecordKind::extension) read_variables(record.block, record.variables);
     unit_.write(list_of<const void>(slots_, record));
-    return true;
   }
 
   /// A variable that has been read before is read from its start again.
-  bool extend(const Extension& extension) {
+  void extend(const Extension& extension) {
     for (integer m = extension.variables.first; m <= extension.variables.last; ++m) {
       if (block_in_slot_(m) != 0) files_.open(m);
       block_in_slot_(m) = 0;
     }
-    return true;
   }
 
-  /// Whether every file that was read has been read to its end.
-  [[nodiscard]] bool all_used_up() const {
+  /// Throws `FailedRead` unless every file that was read has been read to its end.
+  void expect_ends() const {
     for (integer m = 1; m <= combination_.variables; ++m) {
-      if (block_in_slot_(m) != 0 && !files_.unit(m).expect_end()) return false;
+      if (block_in_slot_(m) != 0) files_.unit(m).expect_end();
     }
-    return true;
   }
 
  private:
   /// Reads the block of each variable whose slot does not hold it yet.
-  bool read_variables(integer block, const p3dgrid::Section& variables) {
+  void read_variables(integer block, const p3dgrid::Section& variables) {
     if (variables.variables() > 0) check_still_held(variables, combination_.variables);
     for (integer m = variables.first; m <= variables.last; ++m) {
       if (block_in_slot_(m) == block) continue;
       message("Reading flow variable ", m, " for grid ", block);
-      if (!files_.unit(m).read_whole(
-              {recordio::values(slots_.slot_of(m), combination_.points.npts(block))})) {
-        return false;
-      }
+      files_.unit(m).read_whole(
+          {recordio::values(slots_.slot_of(m), combination_.points.npts(block))});
       block_in_slot_(m) = block;
     }
-    return true;
   }
 
   const Combination& combination_;
@@ -176,7 +161,7 @@ void check_count(const Combination& combination) {
 void check_arguments(const Combination& combination) {
   const FileName& filename = combination.filename;
   for (integer m = 1; m <= combination.variables; ++m) {
-    if (!recordio::same_file(filename, tmpfile(m))) continue;
+    if (!same_file(filename, tmpfile(m))) continue;
     refuse_restart(filename, "it is the temporary file of variable " + std::to_string(m));
   }
   check_state_to_write(filename, combination.layout, combination.nblocks);
@@ -185,17 +170,14 @@ void check_arguments(const Combination& combination) {
                mod_gridvars::numrstrtvar(1));
   if (combination.layout.extensions) highest = std::max(highest, highest_extension_variable());
   if (combination.nblocks > 0) check_variables(filename, highest, combination.variables);
-  if (combination.layout.parameters) {
-    check_parameters_to_write(filename, combination.coding, combination.nblocks,
-                              combination.nparamrows);
-  }
+  combination.parameters().check_to_write(combination.nparamrows);
   if (combination.layout.triplets) {
     check_triplets(filename, "leadvalues", combination.leadvalues, combination.points);
   }
 }
 
 template <class Real>
-bool write_body(const Combination& combination, const VariableFiles& files) {
+void write_body(const Combination& combination, const VariableFiles& files) {
   integer largest = 0;
   for (const integer points : combination.points.npts.span()) largest = std::max(largest, points);
   allocatable<Real, 2> slots;
@@ -204,8 +186,8 @@ bool write_body(const Combination& combination, const VariableFiles& files) {
   }
   const auto records = block_records_with_leading(combination.layout);
   Combiner<Real> combiner(combination, files, records, {combination, slots});
-  return walk_body({records, combination.nblocks, combination.layout.extensions}, combiner) &&
-         combiner.all_used_up();
+  walk_body({records, combination.nblocks, combination.layout.extensions}, combiner);
+  combiner.expect_ends();
 }
 
 /// Opens all variable files at once, on units that follow the output's.
@@ -232,6 +214,7 @@ void combinep3dvarfiles(array_view<const float, 2> leadvalues, const FileName& f
   const LayoutTraits& layout = p3dgrid::traits_of(rsttype);
   check_layout(filename, layout, rsttype);
   const Unit output(unit_number::restart_write, iformat);
+  const ExtentViews extents{idim, jdim, kdim};
   Combination combination{leadvalues,
                           filename,
                           output,
@@ -240,7 +223,7 @@ void combinep3dvarfiles(array_view<const float, 2> leadvalues, const FileName& f
                           nparamrows,
                           nblocks,
                           variables_per_point(),
-                          checked_numbering(restart_file(filename), nblocks, idim, jdim, kdim)};
+                          checked_numbering(restart_file(filename), nblocks, extents)};
   const bool writable = output.known() && layout.writable;
   check_count(combination);
   if (writable) check_arguments(combination);
@@ -252,16 +235,17 @@ void combinep3dvarfiles(array_view<const float, 2> leadvalues, const FileName& f
   message("Combining the Temporary Variable Files into ", left_adjusted(filename));
   const VariableFiles files(units);
   open_variable_files(files, units);
-  write_restart_header(filename, iformat, dblprec, nblocks, idim, jdim, kdim, rsttype, multiblock);
+  write_restart_header(filename, iformat, dblprec, nblocks, extents, rsttype, multiblock);
   if (writable) {
-    if (layout.parameters) {
-      create_parameters_to_write(filename, combination.coding, nblocks, nparamrows);
-    }
-    const bool complete = !parameters_are_double(combination.coding)
-                              ? write_body<float>(combination, files)
-                              : write_body<double>(combination, files);
-    if (!complete) {
-      // By design the temporary data are gone before the failure is told.
+    combination.parameters().create_to_write(nparamrows);
+    try {
+      if (parameters_are_double(combination.coding)) {
+        write_body<double>(combination, files);
+      } else {
+        write_body<float>(combination, files);
+      }
+    } catch (const FailedRead&) {
+      // By design the temporary data are deleted before the failure is reported.
       const std::string reason = files.close_and_delete();
       host::dispfilereaderror();
       return fail_if(reason);
@@ -270,8 +254,8 @@ void combinep3dvarfiles(array_view<const float, 2> leadvalues, const FileName& f
   // Some file systems tell only now that they are full. The temporary data are still there then.
   output.close();
   fail_if(files.close_and_delete());
-} catch (const std::bad_alloc&) {
-  recordio::fail_without_memory("write restart file", filename);
+} catch (...) {
+  end_operation("write restart file", filename);
 }
 
 }  // namespace mod_p3dgrid

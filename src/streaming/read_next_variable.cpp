@@ -1,11 +1,9 @@
 #include <algorithm>
-#include <new>
 #include <numeric>
 #include <string>
 #include <vector>
 
 #include "MOD_P3DReader.hpp"
-#include "recordio/unit.hpp"
 #include "restart/body.hpp"
 #include "restart/flow_parameters.hpp"
 #include "restart/restart_arguments.hpp"
@@ -19,8 +17,6 @@
 
 namespace mod_p3dgrid {
 namespace {
-
-using recordio::Unit;
 
 /// Variables from here on may stand behind the blocks of layout 101.
 constexpr integer first_extension_variable = 6;
@@ -46,8 +42,8 @@ struct PickedVariable {
   const allocatable<integer, 1>& steps;
 
   template <class List>
-  void add_parameters(List& list, integer block) const {
-    list.push_back(parameter_row<void>(read.coding, block));
+  void add_parameters(List& list, const BodyRecord& record) const {
+    list.push_back(parameter_row<void>(read.coding, record, record.block));
   }
   template <class List>
   void add_triplets(List& list, integer block) const {
@@ -83,17 +79,16 @@ class VariableReader : public ReadingVisitor {
   VariableReader(const VariableRead& read, PickedVariable<Real> arrays)
       : ReadingVisitor(read.unit), read_(read), arrays_(arrays) {}
 
-  bool begin_block(integer block) const {
+  void begin_block(integer block) const {
     message("Reading flow variable ", read_.ivar, " for grid ", block);
-    return true;
   }
-  bool move(const BodyRecord& record) const {
+  void move(const BodyRecord& record) const {
     if (record.kind == BodyRecordKind::older_level) {
       return skip_older_level(read_.unit, read_.coding, read_.points.npts(record.block), record);
     }
-    return read_.unit.read(list_of<void>(arrays_, record));
+    read_.unit.read(list_of<void>(arrays_, record));
   }
-  bool extend(const Extension&) const { return true; }
+  void extend(const Extension&) const {}
 
  private:
   const VariableRead& read_;
@@ -132,7 +127,7 @@ bool blocks_fill_it(const VariableRead& read, const std::vector<BodyRecord>& rec
 /// Allocates the staging array and the two tables, one entry per variable of the file. What the
 /// file leaves unset in the staging array is zero.
 template <class Real>
-bool prepare(const VariableRead& read, const std::vector<BodyRecord>& records,
+void prepare(const VariableRead& read, const std::vector<BodyRecord>& records,
              allocatable<Real, 2>& staging, allocatable<Real*, 1>& targets,
              allocatable<integer, 1>& steps) {
   const std::int64_t variables = variables_per_point();
@@ -140,20 +135,16 @@ bool prepare(const VariableRead& read, const std::vector<BodyRecord>& records,
   bool usable = allocate_staging(staging, 1, read.allpoints);
   usable = allocate_staging(targets, variables) && usable;
   usable = allocate_staging(steps, variables) && usable;
-  if (!usable || staging.extent(1) != 1) {
-    read.unit.fail("no array to read into", "unallocated staging arrays");
-    return false;
-  }
+  read.unit.require_array(usable && staging.extent(1) == 1, "unallocated staging arrays");
   if (!blocks_fill_it(read, records)) std::ranges::fill(staging.span(), Real{0});
   std::ranges::fill(targets.span(), nullptr);
   std::ranges::fill(steps.span(), 0);
   targets(read.ivar) = staging.data();
   steps(read.ivar) = 1;
-  return true;
 }
 
 template <class Real>
-bool read_variable(const VariableRead& read, allocatable<Real, 2>& staging,
+void read_variable(const VariableRead& read, allocatable<Real, 2>& staging,
                    allocatable<Real*, 1>& targets) {
   // Text has no records of older levels.
   const auto records = block_records_with_leading(
@@ -161,24 +152,25 @@ bool read_variable(const VariableRead& read, allocatable<Real, 2>& staging,
   const integer highest = checked_highest_variable(records);
   if (read.points.total > 0) check_variables(read.filename, highest, variables_per_point());
   allocatable<integer, 1>& steps = one_variable_staging().READII;
-  if (!prepare(read, records, staging, targets, steps)) return false;
-  if (read.layout.parameters) create_parameters_to_read(read.filename, read.coding, read.nblocks);
+  prepare(read, records, staging, targets, steps);
+  FlowParameters{read.filename, read.layout, read.coding, read.nblocks}.create_to_read();
   VariableReader<Real> reader(read, {read, targets, steps});
   const bool extensions = read.layout.extensions && read.ivar >= first_extension_variable;
-  const bool complete = walk_body({records, read.nblocks, extensions}, reader);
-  if (!complete) return false;
+  walk_body({records, read.nblocks, extensions}, reader);
   convert_rows(staging.data(), 1, read.varvalues.data(), read.varvalues.extent(1), 1,
                read.allpoints);
   staging.deallocate();
   targets.deallocate();
   steps.deallocate();
-  return true;
 }
 
-bool read_body(const VariableRead& read) {
+void read_body(const VariableRead& read) {
   OneVariableStaging& staging = one_variable_staging();
-  return parameters_are_double(read.coding) ? read_variable(read, staging.DW, staging.DPNTR)
-                                            : read_variable(read, staging.SW, staging.SPNTR);
+  if (parameters_are_double(read.coding)) {
+    read_variable(read, staging.DW, staging.DPNTR);
+  } else {
+    read_variable(read, staging.SW, staging.SPNTR);
+  }
 }
 
 }  // namespace
@@ -189,32 +181,30 @@ void readnextp3dvar(integer ivar, const FileName& filename, integer iformat, log
                     array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
                     integer rsttype, logical multiblock) try {
   const LayoutTraits& layout = p3dgrid::traits_of(rsttype);
-  announce_restart(announce_restart_read, filename, iformat, dblprec, layout, multiblock, ivar);
+  announce_restart(host::announce_read, filename, iformat, dblprec, layout, multiblock, ivar);
   check_layout(filename, layout, rsttype);
   const Unit unit(unit_number::restart_read, iformat);
   VariableRead read{ivar,    filename,         unit,      layout, coding_of(unit, dblprec),
                     nblocks, sum(blockpoints), varvalues, {}};
   if (unit.known()) {
-    read.points = checked_numbering(restart_file(filename), nblocks, idim, jdim, kdim);
+    read.points = checked_numbering(restart_file(filename), nblocks, {idim, jdim, kdim});
     check_arguments(read);
   }
   integer scratch = 1;
-  HeaderExtents extents;
-  if (!read_restart_header(filename, iformat, dblprec, scratch, rsttype, multiblock, extents)) {
-    return;
-  }
-  if (!can_be_of_blocks(unit, extents)) return host::dispfilereaderror();
-  bool complete = true;
+  ExtentArrays extents;
+  read_restart_header(filename, iformat, dblprec, scratch, rsttype, multiblock, extents);
+  require_plausible_extents(unit, extents);
   try {
-    complete = !unit.known() || read_body(read);
+    if (unit.known()) read_body(read);
+  } catch (const FailedRead&) {
+    throw;
   } catch (...) {
     one_variable_staging() = {};
     throw;
   }
-  if (!complete) return host::dispfilereaderror();
   unit.close();
-} catch (const std::bad_alloc&) {
-  recordio::fail_without_memory("read restart file", filename);
+} catch (...) {
+  end_operation("read restart file", filename);
 }
 
 }  // namespace mod_p3dgrid

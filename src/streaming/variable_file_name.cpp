@@ -2,9 +2,9 @@
 
 #include <string>
 
-#include "recordio/unit.hpp"
 #include "state/messages.hpp"
 #include "state/run_end.hpp"
+#include "state/unit.hpp"
 
 namespace mod_p3dgrid {
 
@@ -14,10 +14,10 @@ FileName variable_file_name(std::string_view prefix, integer variable) {
 }
 
 FileName first_free_name(FileName name) {
-  while (recordio::file_exists(name)) {
+  while (file_exists(name)) {
     const FileName longer = FileName::cut(std::string(name.view()) + "t");
     if (longer == name) {
-      fail_run("no free name for a temporary file: " + recordio::path_of(name) +
+      fail_run("no free name for a temporary file: " + path_of(name) +
                " exists and cannot be longer");
     }
     name = longer;

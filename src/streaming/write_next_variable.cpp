@@ -1,9 +1,7 @@
 #include <algorithm>
-#include <new>
 #include <string>
 
 #include "MOD_P3DReader.hpp"
-#include "recordio/unit.hpp"
 #include "restart/body.hpp"
 #include "restart/restart_arguments.hpp"
 #include "state/allocation.hpp"
@@ -15,9 +13,6 @@
 
 namespace mod_p3dgrid {
 namespace {
-
-using recordio::OpenStatus;
-using recordio::Unit;
 
 constexpr integer unformatted = 0;
 
@@ -67,7 +62,7 @@ void writenextp3dvar(integer ivar, const FileName& prefix, logical dblprec, inte
              std::to_string(tmpfile.size()) + " can");
   }
   FileName name = variable_file_name(prefix.view(), ivar);
-  const PointNumbering points = checked_numbering(restart_file(name), nblocks, idim, jdim, kdim);
+  const PointNumbering points = checked_numbering(restart_file(name), nblocks, {idim, jdim, kdim});
   const std::int64_t allpoints = sum(blockpoints);
   check_points(name, "varvalues", varvalues.extent(1) > 0 ? varvalues.extent(2) : 0, points);
   if (dblprec) check_points(name, "blockpoints", allpoints, points);
@@ -86,8 +81,8 @@ void writenextp3dvar(integer ivar, const FileName& prefix, logical dblprec, inte
     write_blocks(unit, ivar, points, nblocks, varvalues);
   }
   unit.close();
-} catch (const std::bad_alloc&) {
-  recordio::fail_without_memory("write variable file", prefix);
+} catch (...) {
+  end_operation("write variable file", prefix);
 }
 
 }  // namespace mod_p3dgrid

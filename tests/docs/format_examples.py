@@ -1,4 +1,4 @@
-"""The example files of docs/formats.md, record by record, packed here by hand."""
+"""The example files of docs/formats.md, packed record by record without the library."""
 
 import struct
 
@@ -16,20 +16,20 @@ def marker(length):
 
 
 class Field:
-    """Values of one kind, `i` integer, `r` real of the file's precision, `d` double. The library
-    hands them out under the name `key`; without one it does not."""
+    """Values of one kind: `i` integer, `r` real of the file's precision, `d` double. `key` is the
+    name under which the library returns them, None if it does not."""
 
     def __init__(self, label, kind, values, key=None):
         self.label, self.kind, self.values, self.key = label, kind, list(values), key
 
 
 def kept(name, kind, values):
-    """A field that is called the same on the page and by the library."""
+    """A field that has the same name on the page and in the library."""
     return Field(name, kind, values, name)
 
 
 class Example:
-    """A file: its form, its records, and how the library is asked for it."""
+    """A file: its form, its records, and the arguments to read and write it."""
 
     def __init__(self, name, encoding, reals, records, variant, blocks, count=True, sections="",
                  flags="999", limit=None):
@@ -46,7 +46,7 @@ class Example:
         return {"i": "i", "d": "d", "r": "d" if self.reals == 8 else "f"}[field.kind]
 
     def rows(self):
-        """The page's lines: some bytes and what they are."""
+        """Lines of the page: bytes and their description."""
         for record in self.records:
             rows = [row for field in record for row in self.rows_of(field)]
             if self.encoding == "unformatted":
@@ -69,7 +69,7 @@ class Example:
             yield marker(-length if has_begun else length), "marker"
 
     def rows_of(self, field):
-        """At most 16 bytes to a line."""
+        """At most 16 bytes per line."""
         code = self.code(field)
         at_a_time = 16 // struct.calcsize(code)
         for first in range(0, len(field.values), at_a_time):
@@ -116,7 +116,7 @@ def variables(block, points, first, last):
 
 
 def triplets(block, points):
-    """Whole reads do not hand them out from every file, so they are not compared."""
+    """Not compared, since whole reads do not return them from every file."""
     return [Field(f"value {c} of block {block}", "r", [-(10 * c + p) for p in points])
             for c in (1, 2, 3)]
 
@@ -206,7 +206,7 @@ EXAMPLES = [
             sections="1-2,3-3"),
 ]
 
-# Their text is what the library writes, so only their values are known here.
+# The library writes their text, so only the values are given here.
 TEXTS = [
     Example("grid.txt", "formatted", 4, list(grid_records(GRID_BLOCKS, True, True)), 1,
             GRID_BLOCKS),
@@ -224,10 +224,10 @@ def text_rows(content):
 
 
 def hex_block(rows):
-    """Rows as they stand on the page."""
+    """Rows as shown on the page."""
     return "".join(f"{content.hex(' '):47} | {label}".rstrip() + "\n" for content, label in rows)
 
 
 def bytes_of(block):
-    """The bytes that a page's block shows."""
+    """The bytes shown in a block of the page."""
     return b"".join(bytes.fromhex(line.split("|")[0]) for line in block.splitlines())

@@ -1,5 +1,5 @@
-/// Prints what the library calls in its host: the operations of examples/host.cpp, and a read of a
-/// file that ends early, on a small case of the tests.
+/// Prints the calls that a host receives from the operations of examples/host.cpp and from a read
+/// of a file that ends early.
 
 #include <algorithm>
 #include <cstdio>

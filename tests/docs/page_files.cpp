@@ -6,8 +6,8 @@
 ///     page_files read-restart FILE FORMAT REALS LAYOUT COUNT EXTENTS SECTIONS
 ///
 /// FORMAT is a file-format code, REALS 4 or 8, BLANKING and COUNT (of blocks) are 0 or 1, EXTENTS
-/// are such as 2x2x1,1x1x2, SECTIONS such as 1-5,6-7, FLAGS such as 41,999. A read prints a name
-/// and its values a line. Files are little-endian, whatever the machine.
+/// like 2x2x1,1x1x2, SECTIONS like 1-5,6-7, FLAGS like 41,999. A read prints a line per name with
+/// its values. Files are little-endian on all machines.
 
 #include <MOD_P3DReader.hpp>
 #include <cstdio>
@@ -20,7 +20,7 @@ using namespace mod_p3dgrid;
 
 namespace {
 
-/// The numbers of a text, whatever stands between them.
+/// The numbers of a text with any separators.
 std::vector<integer> numbers(const char* text) {
   std::vector<integer> all;
   while (*text != '\0') {
@@ -136,7 +136,7 @@ integer set_sections(const char* text) {
   return bounds.back();
 }
 
-/// Header values and what else a restart file takes from the module's variables.
+/// Sets the module variables that a restart file is written from.
 void set_module_variables(const Extents& extents, integer variables) {
   nstep = 400;
   dtau = 0.25;

@@ -1,5 +1,5 @@
-! The example files of docs/formats.md as a Fortran program writes and reads them: f-NAME for each
-! file of records, and a line with its name for each text that holds what it should.
+! Writes and reads the example files of docs/formats.md. Writes f-NAME for each file of records, and
+! prints the name of each text that has the expected values.
 program page_files
   use, intrinsic :: iso_fortran_env, only: real32, real64
   implicit none

@@ -1,4 +1,4 @@
-"""What the tests of the documentation share: its pages, and the code blocks in them."""
+"""Shared by the tests of the documentation: pages and their code blocks."""
 
 import os
 import pathlib
@@ -19,7 +19,7 @@ def name_of(page):
 
 
 class Block:
-    """A code block: its language, what stands behind that, and its text."""
+    """A code block: its language, the title after the language, its text."""
 
     def __init__(self, page, match):
         language, self.title, self.text = match.groups()
@@ -28,7 +28,7 @@ class Block:
 
 
 def pages():
-    """Every page of the tree; what was built or installed in it does not count."""
+    """Every page of the tree, except in build and installation folders."""
     found = [page for folder in FOLDERS for page in (SOURCE / folder).rglob("*.md")]
     return sorted([*SOURCE.glob("*.md"), *found])
 
@@ -39,12 +39,12 @@ def all_blocks(page):
 
 
 def blocks(page, language):
-    """Those in that language."""
+    """The code blocks of the page in that language."""
     return [block for block in all_blocks(page) if block.language == language]
 
 
 def update(page, text_of):
-    """Puts `text_of(language, title)` into each of the page's code blocks; None leaves one as it is."""
+    """Replaces each code block by `text_of(language, title)`; None leaves it unchanged."""
     def renewed(match):
         language, title, old = match.groups()
         new = text_of(language, title)
@@ -54,7 +54,7 @@ def update(page, text_of):
 
 
 def main(update_page=None):
-    """Runs the tests or, with the argument `--update`, what puts their page up to date."""
+    """Runs the tests or, with the argument `--update`, updates their page."""
     if update_page and sys.argv[1:] == ["--update"]:
         update_page()
     else:

@@ -1,5 +1,5 @@
-"""scripts/check-documented-commands: every command line of the pages is run by somebody, and it
-notices what it has to notice. What the text names between backticks is looked up here."""
+"""scripts/check-documented-commands: something runs every command line of the pages, and the script
+reports those that nothing runs. Commands in the text between backticks exist."""
 
 import os
 import pathlib
@@ -17,15 +17,15 @@ SCRIPT = SOURCE / "scripts" / "check-documented-commands"
 NAMED = re.compile(r"`((?:make |ctest -|scripts/|bench/check)[^`]*)`")
 
 
-def run_script(source, *words):
-    """Its exit status and what it says of the pages of that tree."""
-    result = subprocess.run([SCRIPT, *words], capture_output=True, text=True, timeout=120,
+def run_script(source, *arguments):
+    """Its exit status and output for the pages of that tree."""
+    result = subprocess.run([SCRIPT, *arguments], capture_output=True, text=True, timeout=120,
                             env={**os.environ, "P3DGRID_SOURCE": str(source)})
     return result.returncode, result.stdout + result.stderr
 
 
 class Tree(unittest.TestCase):
-    def test_somebody_runs_every_command(self):
+    def test_every_command_is_run(self):
         status, said = run_script(SOURCE, "--list")
         self.assertEqual(status, 0, said)
         for line in ("README.md:.*: make demo\n    this script",
@@ -33,29 +33,30 @@ class Tree(unittest.TestCase):
                      "README.md:.*: build/tools/p3dgrid .*\n    tests/tool/test_readme.py"):
             self.assertRegex(said, line)
 
-    def test_what_the_text_names_is_there(self):
+    def test_named_commands_exist(self):
         look_up = {"make": self.look_up_targets, "ctest": self.look_up_tests}
         for page in pages():
             for command in NAMED.findall(FENCED.sub("", page.read_text())):
                 with self.subTest(page=name_of(page), command=command):
-                    words = shlex.split(command)
-                    look_up.get(words[0], self.look_up_files)(words)
+                    arguments = shlex.split(command)
+                    look_up.get(arguments[0], self.look_up_files)(arguments)
 
-    def look_up_targets(self, words):
-        result = subprocess.run(["make", "-n", *words[1:]], cwd=SOURCE, capture_output=True, text=True)
+    def look_up_targets(self, arguments):
+        result = subprocess.run(["make", "-n", *arguments[1:]], cwd=SOURCE, capture_output=True,
+                                text=True)
         self.assertEqual(result.returncode, 0, result.stderr)
 
-    def look_up_tests(self, words):
-        self.assertEqual(words[1], "-L")
-        self.assertIn(words[2], first_column("label"))
+    def look_up_tests(self, arguments):
+        self.assertEqual(arguments[1], "-L")
+        self.assertIn(arguments[2], first_column("label"))
 
-    def look_up_files(self, words):
-        self.assertTrue((SOURCE / words[0]).exists(), words[0])
+    def look_up_files(self, arguments):
+        self.assertTrue((SOURCE / arguments[0]).exists(), arguments[0])
 
 
 @unittest.skipUnless(shutil.which("git"), "no git, which says what belongs to a tree")
 class Script(unittest.TestCase):
-    """On trees of one page."""
+    """Trees with a single page."""
 
     def setUp(self):
         folder = tempfile.TemporaryDirectory()
@@ -83,11 +84,11 @@ class Script(unittest.TestCase):
         self.assertIn("page.md:1: grep -c one made\n    exit status 0", said)
         self.assertEqual(sorted(path.name for path in self.source.iterdir()), [".git", "page.md"])
 
-    def test_the_first_that_fails(self):
+    def test_stops_at_the_first_failure(self):
         self.assert_refused("```sh\ntrue\necho why; exit 3\necho next\n```\n",
                             r"page.md:1: echo why; exit 3\n    exit status 3 after 0 s\nwhy\n\Z")
 
-    def test_what_others_run(self):
+    def test_commands_run_by_others_are_skipped(self):
         self.write(".ci/run", "set -e\nfalse a \\\n  b\n")
         self.write("test_page.py", "# runs page.md")
         page = "```sh\nfalse a b\n.ci/run\n```\n```sh test_page.py\nfalse c\n```\n"
@@ -95,7 +96,7 @@ class Script(unittest.TestCase):
         self.assertEqual((status, said.count("page.md:")), (0, 1), said)
         self.assert_refused(page + "```sh\nfalse a\n```\n", "false a\n    exit status 1")
 
-    def test_what_nobody_runs(self):
+    def test_commands_that_nothing_runs_are_refused(self):
         self.write("other.py", "# runs other.md")
         for text in ("```bash\nmake\n```\n", "```\nmake\n```\n"):
             self.assert_refused(text, "page.md:1: who runs a block of")

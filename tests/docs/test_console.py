@@ -1,8 +1,8 @@
-"""Every session in the documentation is run.
+"""Runs every session in the documentation.
 
-`console` blocks are sessions: lines that begin with `$ ` are run in order, those of one page in one
-folder that is empty at first. What stands below a command is its output; a line `...` stands for
-any lines, and nothing for whatever comes. A command must succeed."""
+`console` blocks are sessions. Lines that begin with `$ ` are commands. Those of one page run in
+order, in one folder that is empty at first, and must succeed. The lines below a command are its
+output. A line `...` matches any lines, and a command without lines below it may print anything."""
 
 import itertools
 import os
@@ -43,14 +43,14 @@ def matches(shown, printed):
 
 
 def programs_in(command):
-    """The first word of each part of a command line."""
+    """The program of each part of a command line."""
     words = list(shlex.shlex(command, posix=True, punctuation_chars=True))
     starts = itertools.chain([True], (set(word) <= set("|&;") for word in words))
     return [word for word, first in zip(words, starts) if first]
 
 
 class Session:
-    """A folder with the command in it, as a page's reader has it."""
+    """A folder in which p3dgrid is on the path."""
 
     def __init__(self, folder):
         self.folder = pathlib.Path(folder) / "page"
@@ -62,7 +62,7 @@ class Session:
     def run(self, block):
         for command, shown in steps(block):
             unknown = set(programs_in(command)) - PROGRAMS
-            assert not unknown, f"{block.place}: {command}: {unknown} is not to be run here"
+            assert not unknown, f"{block.place}: {command}: {unknown} must not be run here"
             result = subprocess.run(
                 ["sh", "-c", command], cwd=self.folder, stdin=subprocess.DEVNULL, text=True,
                 stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=120,
@@ -93,7 +93,7 @@ class Sessions(ScratchTest):
 
 
 class Runner(ScratchTest):
-    """That the session above notices what it has to notice."""
+    """A session reports wrong output and failing commands."""
 
     def block(self, text):
         return Block(pathlib.Path("page.md"), re.match(r"(.*?) ?(.*)\n((?:.*\n)*)", f"\n{text}"))
@@ -113,9 +113,9 @@ class Runner(ScratchTest):
         self.assert_refused("$ echo one\none\ntwo\n", "prints")
         self.assert_refused("$ echo one; echo two\n...\none\n", "prints")
 
-    def test_failing_and_strange_commands(self):
+    def test_failing_and_forbidden_commands(self):
         self.assert_refused("$ p3dgrid info missing.p3d\n", "exit status 2")
-        self.assert_refused("$ echo one | rm -r page\n", "not to be run")
+        self.assert_refused("$ echo one | rm -r page\n", "must not be run")
         self.assert_refused("echo one\n", "does not begin with a command")
 
 

@@ -1,5 +1,4 @@
-"""CONTRIBUTING.md and CHANGELOG.md: labels, build options, files and the version are those of the
-tree."""
+"""CONTRIBUTING.md and CHANGELOG.md name the labels, build options, files and version of the tree."""
 
 import re
 import unittest
@@ -7,7 +6,7 @@ import unittest
 from support import FENCED, SOURCE, main
 
 PAGE = (SOURCE / "CONTRIBUTING.md").read_text()
-# Paths of other pages too, where they stand between backticks.
+# Also checked on the pages of docs/.
 PATH = re.compile(r"`((?:src|include|tests|tools|docs|examples|bench|scripts|cmake|\.ci)/[\w./-]*)`")
 
 

@@ -1,5 +1,5 @@
-"""docs/formats.md: every byte and every number on the page is what the library writes and reads,
-and what a Fortran program makes of it. `--update` puts the examples into the page."""
+"""docs/formats.md: the library and a Fortran program write and read every byte and number of the
+page. `--update` writes the examples into the page."""
 
 import os
 import pathlib
@@ -18,13 +18,13 @@ FORTRAN = os.environ.get("FC") or shutil.which("gfortran")
 DIRECTORY = pathlib.Path(__file__).parent
 
 
-def page_files(*words, folder):
-    return subprocess.run([PAGE_FILES, *words], cwd=folder, capture_output=True, text=True,
+def page_files(*arguments, folder):
+    return subprocess.run([PAGE_FILES, *arguments], cwd=folder, capture_output=True, text=True,
                           timeout=60)
 
 
 def write(example, folder):
-    """The file's bytes as the library writes them."""
+    """The bytes that the library writes."""
     result = page_files(f"write-{example.kind}", example.name, *example.to_write, folder=folder)
     assert result.returncode == 0, result.stderr
     return (folder / example.name).read_bytes()
@@ -47,7 +47,7 @@ class FormatsTest(unittest.TestCase):
         return {block.title: block.text for block in blocks(PAGE, language)}
 
     def read(self, example, name=None):
-        """What the library finds in the file."""
+        """The values that the library reads from the file."""
         result = page_files(f"read-{example.kind}", name or example.name, *example.to_read,
                             folder=self.folder)
         self.assertEqual(result.returncode, 0, result.stderr)
@@ -103,12 +103,12 @@ class Text(FormatsTest):
                 self.assertEqual(bytes_of(shown[name]).decode(), text)
                 self.assertEqual(shown[name], hex_block(text_rows(text.encode())))
 
-    def test_what_a_person_has_typed(self):
+    def test_typed_text(self):
         (self.folder / "typed.txt").write_text(self.shown("text")["typed.txt"])
         self.assert_holds(TEXTS[0], self.read(TEXTS[0], "typed.txt"))
 
     def test_numbers(self):
-        """Each in place of the first values of a block of five points."""
+        """Each text replaces the first values of a block of five points."""
         table = PAGE.read_text().split("\n### Numbers\n")[1].split("\n#")[0]
         rows = re.findall(r"^\| (`.*`) \| (.+) \|$", table, re.MULTILINE)
         self.assertGreater(len(rows), 10)
@@ -163,7 +163,7 @@ class Fortran(FormatsTest):
 
 
 def update_page():
-    """Puts the examples as they are into the page."""
+    """Writes the examples into the page."""
     with tempfile.TemporaryDirectory() as folder:
         texts = {example.name: write(example, pathlib.Path(folder)) for example in TEXTS}
     shown = {("hex", example.name): hex_block(example.rows()) for example in EXAMPLES}

@@ -1,5 +1,5 @@
-"""docs/hosting.md: the code on the page is that of the files that it names, and the calls are those
-that a host gets. `--update` puts both into the page."""
+"""docs/hosting.md: code blocks equal the files that they name, and the list of calls equals the calls
+that a host receives. `--update` writes both into the page."""
 
 import os
 import re
@@ -22,7 +22,7 @@ class Hosting(unittest.TestCase):
     maxDiff = None
 
     def test_code_is_that_of_the_files(self):
-        """On this page and on all others that show a file."""
+        """On all pages that show a file."""
         shown = [block for page in pages() for language in ("cpp", "cmake", "f90", "python")
                  for block in blocks(page, language) if block.title]
         for block in shown:
@@ -33,8 +33,8 @@ class Hosting(unittest.TestCase):
         shown, = (block for block in blocks(PAGE, "text") if block.title == "calls")
         self.assertEqual(shown.text, calls())
 
-    def test_nothing_of_the_contract_is_left_out(self):
-        """Nor of what else a host can call besides the operations."""
+    def test_names_of_the_contract_are_complete(self):
+        """The page names every function and variable of the contract and of run.hpp."""
         text = PAGE.read_text()
         for header in ("mod_gridvars.hpp", "mod_p3dgrid/run.hpp"):
             declared = (SOURCE / "include" / header).read_text()

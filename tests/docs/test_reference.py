@@ -1,4 +1,4 @@
-"""The reference pages of the public headers: made without a warning, and complete."""
+"""The reference pages of the public headers are complete and free of warnings."""
 
 import os
 import pathlib
@@ -22,7 +22,7 @@ class Reference(unittest.TestCase):
         self.folder = pathlib.Path(folder.name)
 
     def run_doxygen(self, *settings):
-        """Runs doxygen with the project's settings, the last of which count."""
+        """Runs doxygen with the settings of the project, overridden by `settings`."""
         text = (BUILD / "Doxyfile").read_text()
         text += "\n".join([f'\nOUTPUT_DIRECTORY = "{self.folder}"', *settings]) + "\n"
         return subprocess.run([DOXYGEN, "-"], input=text, text=True, capture_output=True,

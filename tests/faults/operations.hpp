@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "mod_p3dgrid/arrays.hpp"
-#include "recordio/form.hpp"
 
 /// Every operation of the module on every kind of file, as cases that can be run again and again.
 namespace faults {

@@ -14,7 +14,7 @@
 
 #include "list_cases.hpp"
 #include "mod_p3dgrid/run.hpp"
-#include "recordio/unit.hpp"
+#include "state/unit.hpp"
 #include "support/run_program.hpp"
 #include "support/scratch_directory.hpp"
 
@@ -114,13 +114,15 @@ Outcomes read_with_library(const std::string& path, std::string_view reads) {
   constexpr integer unit_number = 99;
   constexpr integer formatted = 1;
   mod_p3dgrid::p3dsetpaths([path](std::string_view) { return path; });
-  const recordio::Unit unit(unit_number, formatted);
+  const mod_p3dgrid::Unit unit(unit_number, formatted);
   unit.open("list", recordio::OpenStatus::old);
   Destinations destinations;
   Outcomes outcomes;
   for (const char read : reads) {
     Status status = Status::done;
-    if (!unit.read(destinations.list(read))) {
+    try {
+      unit.read(destinations.list(read));
+    } catch (const mod_p3dgrid::FailedRead&) {
       status = mod_p3dgrid::p3dlastfailure().status < 0 ? Status::end_of_file : Status::error;
     }
     outcomes.push_back(destinations.outcome(status));

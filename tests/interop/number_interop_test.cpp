@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "mod_p3dgrid/run.hpp"
-#include "recordio/unit.hpp"
+#include "state/unit.hpp"
 #include "support/awkward_values.hpp"
 #include "support/grid.hpp"
 #include "support/library_grid.hpp"
@@ -39,7 +39,7 @@ TEST(NumberInterop, FortranReadsDoublesToTheSameBits) {
   const ScratchDirectory scratch;
   mod_p3dgrid::p3dsetpaths([path = scratch.file("grid")](std::string_view) { return path; });
   constexpr integer formatted = 1;
-  const recordio::Unit unit(99, formatted);
+  const mod_p3dgrid::Unit unit(99, formatted);
   unit.open("grid", recordio::OpenStatus::unknown);
   unit.write({recordio::values(grid.extents[0].data(), 3)});
   unit.write({recordio::values(grid.coordinates.data(), 3 * points)});

@@ -5,12 +5,14 @@
 #include <string>
 #include <vector>
 
-#include "recordio/unit.hpp"
 #include "support/recording_host.hpp"
 #include "support/scratch_folder.hpp"
+#include "support/unit.hpp"
 
 namespace mod_p3dgrid::recordio {
 namespace {
+
+using test_support::Unit;
 
 using Reals = std::vector<float>;
 using Integers = std::vector<integer>;

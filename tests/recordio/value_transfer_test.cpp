@@ -13,15 +13,16 @@
 #include <vector>
 
 #include "recordio/record_markers.hpp"
-#include "recordio/unit.hpp"
 #include "support/recording_host.hpp"
 #include "support/scratch_folder.hpp"
+#include "support/unit.hpp"
 
 namespace mod_p3dgrid::recordio {
 namespace {
 
 using test_support::Bytes;
 using test_support::read_file;
+using test_support::Unit;
 using test_support::write_file;
 
 constexpr integer unformatted = 0;

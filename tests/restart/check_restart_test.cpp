@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 
 #include "MOD_P3DReader.hpp"
-#include "recordio/unit.hpp"
 #include "restart/restart_case.hpp"
+#include "support/unit.hpp"
 
 namespace mod_p3dgrid {
 namespace {
@@ -43,7 +43,7 @@ TEST_F(CheckRestart, ReturnsInSilenceWhenTheTwoAgree) {
 
 TEST_F(CheckRestart, ClosesUnit23Too) {
   write_file("spare", std::string("x"));
-  recordio::Unit(23, 0).open("spare", recordio::OpenStatus::old);
+  test_support::Unit(23, 0).open("spare", recordio::OpenStatus::old);
   const Bytes both = Bytes().i4(1).i4s({2, 3, 4});
   check(both, both);
   EXPECT_FALSE(is_open("spare"));

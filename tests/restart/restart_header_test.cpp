@@ -5,8 +5,8 @@
 
 #include "MOD_P3DReader.hpp"
 #include "grid/grid_case.hpp"
-#include "recordio/unit.hpp"
 #include "restart/restart_case.hpp"
+#include "support/unit.hpp"
 
 namespace mod_p3dgrid {
 namespace {
@@ -45,7 +45,7 @@ class ReadRestartHeader : public InScratchFolder {
   /// The integer that the next read of the open file finds.
   static integer next_integer(int iformat) {
     integer value = unset;
-    EXPECT_TRUE(recordio::Unit(201, iformat).read({recordio::scalar(value)}));
+    EXPECT_TRUE(test_support::Unit(201, iformat).read({recordio::scalar(value)}));
     return value;
   }
 };

@@ -4,12 +4,12 @@
 #include <cstdlib>
 
 #include "MOD_P3DReader.hpp"
-#include "recordio/unit.hpp"
 #include "state/messages.hpp"
 #include "state/run_end.hpp"
 #include "state/unit_numbers.hpp"
 #include "support/recording_host.hpp"
 #include "support/scratch_folder.hpp"
+#include "support/unit.hpp"
 
 namespace mod_p3dgrid {
 namespace {
@@ -110,7 +110,7 @@ TEST_F(RunEnds, ControlCharactersInNamesAreShownEscaped) {
 /// Opens a file for text, writes a number into it and leaves it open.
 void leave_a_file_open(const char* name) {
   const integer number = 42;
-  const recordio::Unit unit(unit_number::grid, 1);
+  const test_support::Unit unit(unit_number::grid, 1);
   unit.open(name, recordio::OpenStatus::unknown);
   unit.write({recordio::scalar(number)});
 }
@@ -144,7 +144,7 @@ TEST_F(RunEndsDeathTest, AnErrorByDefaultIsOneLineWhateverTheNameHolds) {
   EXPECT_EXIT(
       {
         p3dsetrunend({});
-        recordio::Unit(unit_number::grid, 1).open("no\nfile", recordio::OpenStatus::old);
+        test_support::Unit(unit_number::grid, 1).open("no\nfile", recordio::OpenStatus::old);
       },
       ::testing::ExitedWithCode(2), R"(^mod_p3dgrid: cannot open no\\nfile: No such file)");
 }
@@ -183,7 +183,7 @@ TEST_F(RunEndsDeathTest, OneFileThatCannotBeFlushedKeepsNoOtherFromIt) {
       {
         leave_a_file_open("/dev/full");  // on the unit that is closed first
         const integer number = 43;
-        const recordio::Unit unit(unit_number::restart_write, 1);
+        const test_support::Unit unit(unit_number::restart_write, 1);
         unit.open("left.txt", recordio::OpenStatus::unknown);
         unit.write({recordio::scalar(number)});
         std::exit(0);

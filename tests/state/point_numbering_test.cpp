@@ -20,8 +20,8 @@ PointNumbering numbering_for(integer blocks) {
 
 TEST(PointNumbering, BlocksFollowEachOther) {
   PointNumbering points = numbering_for(2);
-  ASSERT_TRUE(points.number_block(1, 2, 2, 2));
-  ASSERT_TRUE(points.number_block(2, 3, 1, 1));
+  ASSERT_TRUE(points.number_block(1, {2, 2, 2}));
+  ASSERT_TRUE(points.number_block(2, {3, 1, 1}));
   EXPECT_EQ(points.npts(1), 8);
   EXPECT_EQ(points.npts(2), 3);
   EXPECT_EQ(points.istart(1), 1);
@@ -35,9 +35,9 @@ TEST(PointNumbering, BlocksFollowEachOther) {
 
 TEST(PointNumbering, ABlockWithoutPointsEndsBeforeItStarts) {
   PointNumbering points = numbering_for(3);
-  ASSERT_TRUE(points.number_block(1, 4, 1, 1));
-  ASSERT_TRUE(points.number_block(2, 7, 0, 7));
-  ASSERT_TRUE(points.number_block(3, 1, 1, 2));
+  ASSERT_TRUE(points.number_block(1, {4, 1, 1}));
+  ASSERT_TRUE(points.number_block(2, {7, 0, 7}));
+  ASSERT_TRUE(points.number_block(3, {1, 1, 2}));
   EXPECT_EQ(points.istart(2), 5);
   EXPECT_EQ(points.iend(2), 4);
   EXPECT_EQ(points.before(2), 4);
@@ -47,8 +47,8 @@ TEST(PointNumbering, ABlockWithoutPointsEndsBeforeItStarts) {
 
 TEST(PointNumbering, CountsMorePointsInAllThanInABlock) {
   PointNumbering points = numbering_for(4);
-  for (integer b = 1; b <= 3; ++b) ASSERT_TRUE(points.number_block(b, 1000, 1000, 1000)) << b;
-  ASSERT_TRUE(points.number_block(4, most, 1, 1));
+  for (integer b = 1; b <= 3; ++b) ASSERT_TRUE(points.number_block(b, {1000, 1000, 1000})) << b;
+  ASSERT_TRUE(points.number_block(4, {most, 1, 1}));
   EXPECT_EQ(points.npts(3), 1'000'000'000);
   EXPECT_EQ(points.istart(3), 2'000'000'001);
   EXPECT_EQ(points.iend(3), 3'000'000'000);
@@ -61,21 +61,21 @@ TEST(PointNumbering, CountsMorePointsInAllThanInABlock) {
 
 TEST(PointNumbering, RefusesABlockThatThirtyTwoBitsCannotCountAndChangesNothing) {
   PointNumbering points = numbering_for(2);
-  ASSERT_TRUE(points.number_block(1, most, 1, 1));
-  EXPECT_FALSE(points.number_block(2, most, 2, 1));
-  EXPECT_FALSE(points.number_block(2, most, most, most));
-  EXPECT_FALSE(points.number_block(2, 65536, 65536, 1));
-  EXPECT_FALSE(points.number_block(2, 65536, 32768, 1));
-  EXPECT_FALSE(points.number_block(2, -1, 0, 1));
-  EXPECT_FALSE(points.number_block(2, -1, -1, 1));
+  ASSERT_TRUE(points.number_block(1, {most, 1, 1}));
+  EXPECT_FALSE(points.number_block(2, {most, 2, 1}));
+  EXPECT_FALSE(points.number_block(2, {most, most, most}));
+  EXPECT_FALSE(points.number_block(2, {65536, 65536, 1}));
+  EXPECT_FALSE(points.number_block(2, {65536, 32768, 1}));
+  EXPECT_FALSE(points.number_block(2, {-1, 0, 1}));
+  EXPECT_FALSE(points.number_block(2, {-1, -1, 1}));
   EXPECT_EQ(points.total, most);
-  ASSERT_TRUE(points.number_block(2, 0, most, most));
+  ASSERT_TRUE(points.number_block(2, {0, most, most}));
   EXPECT_EQ(points.before(2), most);
 }
 
 TEST(PointNumbering, IsThatOfTheCallersExtents) {
   const std::vector<integer> thousands(3, 1000);
-  const PointNumbering points = checked_numbering("file", 3, thousands, thousands, thousands);
+  const PointNumbering points = checked_numbering("file", 3, {thousands, thousands, thousands});
   EXPECT_EQ(points.total, 3'000'000'000);
   EXPECT_EQ(points.before(3), 2'000'000'000);
 }

@@ -4,8 +4,8 @@
 #include <unistd.h>
 
 #include "MOD_P3DReader.hpp"
-#include "recordio/unit.hpp"
 #include "restart/restart_case.hpp"
+#include "support/unit.hpp"
 
 namespace mod_p3dgrid {
 namespace {
@@ -97,7 +97,7 @@ TEST_F(CombineVariableFiles, AllFilesAreOpenAtOnceOnTheirUnits) {
     for (const char* name : {"v1", "v2", "v3"}) EXPECT_TRUE(is_open(name));
     p3dcloseunit(303);
     EXPECT_FALSE(is_open("v2"));
-    recordio::Unit(303, 0).open("v2", recordio::OpenStatus::old);
+    test_support::Unit(303, 0).open("v2", recordio::OpenStatus::old);
   };
   combine(0, false, 1);
   EXPECT_EQ(count_calls("dispfilereaderror"), 0);

@@ -9,9 +9,9 @@
 
 #include "MOD_P3DReader.hpp"
 #include "grid/grid_case.hpp"
-#include "recordio/unit.hpp"
 #include "restart/restart_case.hpp"
 #include "streaming/staging.hpp"
+#include "support/unit.hpp"
 
 namespace mod_p3dgrid {
 namespace {
@@ -426,7 +426,7 @@ TEST_F(ReadNextVariableDeathTest, HoldsOneVariableWhateverTheFileHolds) {
   constexpr integer variables = 30;
   const std::vector<float> one(points, 0.5F);
   {
-    const recordio::Unit unit(301, 0);
+    const test_support::Unit unit(301, 0);
     unit.open("restart", recordio::OpenStatus::unknown);
     const integer extents[]{100, 100, 100};
     unit.write({recordio::values(extents, 3)});

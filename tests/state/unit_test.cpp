@@ -1,4 +1,4 @@
-#include "recordio/unit.hpp"
+#include "support/unit.hpp"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -18,6 +18,7 @@ namespace {
 using test_support::Bytes;
 using test_support::read_file;
 using test_support::RunEnded;
+using test_support::Unit;
 using test_support::write_file;
 
 class Units : public test_support::InScratchFolder {};
@@ -330,11 +331,9 @@ TEST_F(Units, TextMayHoldMoreValuesThanCharacters) {
         Text{"1 536870000*2 912*\n", false, true}, Text{"1 536870000*2 9*\n", false, false}}) {
     write_file("file", std::string(text));
     unit.open("file", OpenStatus::old);
-    const auto can_hold = [&](Claim claim) {
-      return unit.can_hold(many, FileKind::real4, claim, "many values");
-    };
+    const auto can_hold = [&](Claim claim) { return unit.can_hold(many, FileKind::real4, claim); };
     EXPECT_EQ(can_hold(Claim::one_record), in_one_record) << text;
-    EXPECT_EQ(can_hold(Claim::as_far_as_it_goes), in_part) << text;
+    EXPECT_EQ(can_hold(Claim::may_be_truncated), in_part) << text;
     EXPECT_FALSE(can_hold(Claim::records)) << text;
   }
 }

@@ -1,12 +1,10 @@
 #pragma once
 
-#include <optional>
-
 #include "mod_p3dgrid/arrays.hpp"
 #include "recordio/record_list.hpp"
-#include "recordio/unit.hpp"
 #include "state/host.hpp"
 #include "state/point_numbering.hpp"
+#include "state/unit.hpp"
 
 /// What reading and writing a grid file have in common.
 namespace mod_p3dgrid {
@@ -14,18 +12,14 @@ namespace mod_p3dgrid {
 inline constexpr integer coordinates_per_point = 3;
 
 /// Tells the host that a grid file is about to be read or written.
-/// @param mode  `announce_read` or `announce_write`
 inline void announce_grid(integer mode, const FileName& filename, integer iformat, logical dblprec,
                           logical useiblank, logical multiblock) {
-  host::call(mod_gridvars::dispreadwrite, mode, 10, 200, filename, iformat, dblprec, std::nullopt,
-             useiblank, multiblock, std::nullopt, std::nullopt);
+  host::dispreadwrite(mode, 10, 200, filename, iformat, dblprec, std::nullopt, useiblank,
+                      multiblock);
 }
-inline constexpr integer announce_read = 1;
-inline constexpr integer announce_write = 2;
 
 /// Kind of the coordinates in the file. Text is made of singles, whatever the precision flag says.
-[[nodiscard]] inline recordio::FileKind coordinate_kind(const recordio::Unit& unit,
-                                                        logical dblprec) {
+[[nodiscard]] inline recordio::FileKind coordinate_kind(const Unit& unit, logical dblprec) {
   return dblprec && unit.stores_kinds() ? recordio::FileKind::real8 : recordio::FileKind::real4;
 }
 

@@ -1,0 +1,65 @@
+#include "grid/dimensions.hpp"
+
+#include <string>
+#include <vector>
+
+#include "state/run_end.hpp"
+
+namespace mod_p3dgrid {
+namespace {
+
+/// Arrays for so many blocks are allocated without checking the length of the file: 4 MiB each, and
+/// far more blocks than grids have.
+constexpr integer trusted_blocks = integer{1} << 20;
+
+std::string extents_of(integer nblocks) {
+  return "the extents of " + std::to_string(nblocks) + " blocks";
+}
+
+}  // namespace
+
+void read_dimensions(const Unit& unit, DimensionKind kind, integer nblocks,
+                     const ExtentTargets& extents, allocatable<integer, 1>* functions) {
+  std::vector<integer*> columns;
+  for (auto* array : {extents[0], extents[1], extents[2], functions}) {
+    if (array == nullptr) continue;
+    if (array->extent(1) < nblocks) unit.fail("no array to read into", extents_of(nblocks));
+    columns.push_back(array->data());
+  }
+  p3dgrid::walk_dimensions<integer>(kind, nblocks, columns,
+                                    [&](const recordio::ReadList& list) { unit.read(list); });
+}
+
+void write_dimensions(const Unit& unit, DimensionKind kind, integer nblocks,
+                      const ExtentViews& extents, array_view<const integer, 1> functions) {
+  std::vector<const integer*> columns;
+  const auto add = [&](array_view<const integer, 1> array) {
+    if (array.extent(1) < nblocks) {
+      fail_run("cannot write " + extents_of(nblocks) + ": the arrays are shorter");
+    }
+    columns.push_back(array.data());
+  };
+  for (const auto& array : {extents.i, extents.j, extents.k}) add(array);
+  if (kind == DimensionKind::one_record_with_variables) add(functions);
+  p3dgrid::walk_dimensions<const integer>(
+      kind, nblocks, columns, [&](const recordio::WriteList& list) { unit.write(list); });
+}
+
+void require_room_for_dimensions(const Unit& unit, integer nblocks, recordio::Claim claim) {
+  using recordio::FileKind;
+  constexpr std::int64_t extents_per_block = 3;
+  if (nblocks <= trusted_blocks) return;
+  // A repeat count may stand for all extents of a text, but each block has a line of its own behind
+  // them.
+  unit.require_room(nblocks, FileKind::integer4, recordio::Claim::records, extents_of(nblocks));
+  unit.require_room(nblocks * extents_per_block, FileKind::integer4, claim, extents_of(nblocks));
+}
+
+void fail_on_extents(const Unit& unit, integer block, const BlockExtents& extents) {
+  const auto [i, j, k] = extents;
+  unit.fail("block " + std::to_string(block) + " of " + std::to_string(i) + " x " +
+                std::to_string(j) + " x " + std::to_string(k) + " points",
+            "extents from 0 on, and points that 32 bits can count");
+}
+
+}  // namespace mod_p3dgrid

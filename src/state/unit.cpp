@@ -1,0 +1,267 @@
+#include "state/unit.hpp"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <memory>
+#include <new>
+#include <system_error>
+#include <utility>
+
+#include "mod_p3dgrid/run.hpp"
+#include "recordio/read_error.hpp"
+#include "state/host.hpp"
+#include "state/read_failure.hpp"
+#include "state/run_end.hpp"
+
+namespace mod_p3dgrid {
+namespace {
+
+using recordio::Connection;
+using recordio::ReadError;
+using recordio::RestOfRecord;
+using recordio::SystemError;
+
+using Connections = std::map<integer, std::unique_ptr<Connection>>;
+
+void close_at_exit();
+
+/// All connected units. Never destroyed, so that it is there whenever the run ends.
+Connections& connections() {
+  static Connections& all = []() -> Connections& {
+    auto& table = *new Connections;
+    std::atexit(close_at_exit);
+    return table;
+  }();
+  return all;
+}
+
+/// Flushes and closes what is still open when the run ends, in the order of the units. There is no
+/// host left to ask: failures are reported on standard error, and decide the exit status.
+void close_at_exit() {
+  bool failed = false;
+  for (auto& [number, connection] : connections()) {
+    try {
+      connection->close();
+    } catch (const SystemError& error) {
+      report_at_exit(error.operation, connection->path(), error.error);
+      failed = true;
+    }
+  }
+  connections().clear();
+  if (!failed) return;
+  std::fflush(nullptr);
+  std::_Exit(status_of_fatal_errors);
+}
+
+/// Takes the connection off the table, so that it is gone even if closing it fails.
+std::unique_ptr<Connection> disconnect(integer number) {
+  const auto node = connections().extract(number);
+  return node ? std::move(node.mapped()) : nullptr;
+}
+
+Connection* connected(integer number) {
+  const auto found = connections().find(number);
+  return found == connections().end() ? nullptr : found->second.get();
+}
+
+/// Runs what opens, writes or closes a file; a failure is a fatal error.
+template <class Action>
+void on_file(const std::string& path, Action action) {
+  try {
+    action();
+  } catch (const SystemError& error) {
+    fail_run(error.operation, path, error.error);
+  }
+}
+
+void close_unit(integer number) {
+  const auto connection = disconnect(number);
+  if (connection != nullptr) on_file(connection->path(), [&] { connection->close(); });
+}
+
+std::function<std::string(std::string_view)>& path_resolver() {
+  static auto& resolver = *new std::function<std::string(std::string_view)>;
+  return resolver;
+}
+
+std::function<std::endian(std::string_view)>& byte_order_chooser() {
+  static auto& chooser = *new std::function<std::endian(std::string_view)>;
+  return chooser;
+}
+
+std::endian byte_order_of(const FileName& name) {
+  const auto chooser = byte_order_chooser();
+  return chooser ? host::call(chooser, name.view()) : std::endian::native;
+}
+
+bool whole_records = false;
+
+/// Keeps the failure for the host.
+[[noreturn]] void fail_read(integer number, const Connection* connection, ReadError error) {
+  ReadFailure failure;
+  failure.unit = number;
+  failure.status = error.status;
+  failure.offset = error.offset;
+  failure.found = std::move(error.found);
+  failure.expected = std::move(error.expected);
+  if (connection != nullptr) {
+    failure.file = connection->path();
+    failure.record = connection->record();
+    failure.line = connection->line();
+  }
+  set_last_failure(std::move(failure));
+  throw FailedRead();
+}
+
+}  // namespace
+
+std::string path_of(const FileName& name) {
+  // A copy, because the resolver may install another one.
+  const auto resolver = path_resolver();
+  return resolver ? host::call(resolver, name.view()) : std::string(name.view());
+}
+
+Unit::Unit(integer number, integer iformat) : number_(number) {
+  if (iformat >= 0 && iformat <= 2) encoding_ = Encoding{iformat};
+}
+
+void Unit::open(const FileName& name, OpenStatus status) const {
+  if (!known()) return;
+  close();
+  const std::string path = path_of(name);
+  const std::endian order = byte_order_of(name);
+  on_file(path, [&] {
+    connections()[number_] = std::make_unique<Connection>(path, *encoding_, status, order);
+  });
+}
+
+template <class Action>
+void Unit::read_with(Action action) const {
+  if (!known()) return;
+  Connection* const connection = connected(number_);
+  if (connection == nullptr) fail("no file connected", "a file to read");
+  try {
+    action(*connection);
+  } catch (ReadError& error) {
+    fail_read(number_, connection, std::move(error));
+  }
+}
+
+void Unit::read(const recordio::ReadList& list) const {
+  const RestOfRecord rest = whole_records ? RestOfRecord::refused : RestOfRecord::skipped;
+  read_with([&](Connection& connection) { connection.read(list, rest); });
+}
+
+void Unit::read_whole(const recordio::ReadList& list) const {
+  read_with([&](Connection& connection) { connection.read(list, RestOfRecord::refused); });
+}
+
+void Unit::expect_end() const {
+  read_with([](Connection& connection) { connection.expect_end(); });
+}
+
+template <class Action>
+void Unit::write_with(Action action) const {
+  if (!known()) return;
+  Connection* const connection = connected(number_);
+  if (connection == nullptr) {
+    fail_run("no file is connected to unit " + std::to_string(number_) + " to write to");
+  }
+  if (connection->is_input()) {
+    fail_run("cannot write " + connection->path() + ": it is open for reading");
+  }
+  on_file(connection->path(), [&] { action(*connection); });
+}
+
+void Unit::write(const recordio::WriteList& list) const {
+  write_with([&](Connection& connection) { connection.write(list); });
+}
+
+void Unit::write_line(std::string_view line) const {
+  write_with([&](Connection& connection) { connection.write_line(line); });
+}
+
+void Unit::write_points(const recordio::WriteList& list, std::int64_t points) const {
+  write_with([&](Connection& connection) { connection.write_points(list, points); });
+}
+
+void Unit::close() const {
+  close_unit(number_);
+}
+
+std::string Unit::close_and_delete() const {
+  const std::unique_ptr<Connection> connection = disconnect(number_);
+  if (connection == nullptr) return {};
+  const std::string& path = connection->path();
+  if (::unlink(path.c_str()) == 0 || errno == ENOENT) return {};
+  return "cannot delete " + path + ": " + std::generic_category().message(errno);
+}
+
+void Unit::require_room(std::int64_t values, recordio::FileKind kind, recordio::Claim claim,
+                        const std::string& announced) const {
+  read_with([&](const Connection& connection) {
+    if (!connection.can_hold(values, kind, claim)) fail("a file far too short for that", announced);
+  });
+}
+
+void Unit::fail(std::string found, std::string expected) const {
+  const Connection* const connection = connected(number_);
+  const std::int64_t offset = connection == nullptr ? 0 : connection->offset();
+  fail_read(number_, connection,
+            {recordio::status_error, offset, std::move(found), std::move(expected)});
+}
+
+void end_operation(const char* doing, const FileName& file) {
+  try {
+    try {
+      throw;
+    } catch (const FailedRead&) {
+      host::dispfilereaderror();
+    }
+  } catch (const std::bad_alloc&) {
+    host::pass_on_bad_alloc();
+    std::string message = out_of_memory_message;
+    try {
+      message = std::string("cannot ") + doing + " " + path_of(file) + ": " + out_of_memory_message;
+    } catch (const std::bad_alloc&) {
+      host::threw_bad_alloc = false;
+    }
+    fail_without_memory(std::move(message));
+  }
+}
+
+bool same_file(const FileName& one, const FileName& other) {
+  struct stat first;
+  struct stat second;
+  return ::stat(path_of(one).c_str(), &first) == 0 &&
+         ::stat(path_of(other).c_str(), &second) == 0 && first.st_dev == second.st_dev &&
+         first.st_ino == second.st_ino;
+}
+
+bool file_exists(const FileName& name) {
+  struct stat status;
+  return ::lstat(path_of(name).c_str(), &status) == 0;
+}
+
+void p3dcloseunit(integer unit) try { close_unit(unit); } catch (const std::bad_alloc&) {
+  fail_without_memory(out_of_memory_message);
+}
+
+void p3dsetpaths(std::function<std::string(std::string_view name)> resolver) {
+  path_resolver() = std::move(resolver);
+}
+
+void p3dsetbyteorder(std::function<std::endian(std::string_view name)> chooser) {
+  byte_order_chooser() = std::move(chooser);
+}
+
+void p3dsetwholerecords(bool wanted) {
+  whole_records = wanted;
+}
+
+}  // namespace mod_p3dgrid
