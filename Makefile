@@ -16,7 +16,7 @@ RESULTS ?= $(BENCH)/results.json
 
 PREFIX ?= /usr/local
 DESTDIR ?=
-CONFIGURE = cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo
+CONFIGURE = cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_UNITY_BUILD=ON
 
 .PHONY: help build demo install package docs test bench clean
 
@@ -50,7 +50,7 @@ demo: build
 docs:
 	scripts/install-packages docs
 	$(CONFIGURE) -DBUILD_TESTING=OFF $(CMAKE_FLAGS)
-	cmake --build $(BUILD) --target docs
+	cmake --build $(BUILD) --target p3dgrid_docs
 
 test:
 	scripts/install-packages test
@@ -65,7 +65,7 @@ bench:
 	cmake --build $(BENCH) --parallel $(JOBS)
 	bench/run $(BENCH)/bench --points $(POINTS) --only '$(ONLY)' --repetitions $(REPETITIONS) \
 	  --data $(DATA) --json $(RESULTS)
-	[ ! -x $(BENCH)/bench/bench_pieces ] || $(BENCH)/bench/bench_pieces --benchmark_min_time=0.05 \
+	[ ! -x $(BENCH)/bench/p3dgrid_bench_pieces ] || $(BENCH)/bench/p3dgrid_bench_pieces --benchmark_min_time=0.05 \
 	  --benchmark_out=$(BENCH)/pieces.json --benchmark_out_format=json
 
 clean:

@@ -47,8 +47,8 @@ class Programs:
     """The programs of a build folder."""
 
     def __init__(self, build):
-        self.ours = build / "ours"
-        self.peer = build / "peer"
+        self.ours = build / "p3dgrid_bench_ours"
+        self.peer = build / "p3dgrid_bench_peer"
         self.command = build.parent / "tools" / "p3dgrid"
         self.vtk = pathlib.Path(__file__).with_name("vtk_peer.py")
 

@@ -46,6 +46,9 @@
 #include "mod_p3dgrid/file_name.hpp"
 #include "mod_p3dgrid/logical.hpp"
 #include "mod_p3dgrid/run.hpp"
+#include "mod_p3dgrid/version.hpp"
+
+#pragma GCC visibility push(default)
 
 /// The operations, the variables that they share, and the types of their arguments.
 namespace mod_p3dgrid {
@@ -430,3 +433,5 @@ void writetecplotfile_p3d(const FileName& filename, integer nblocks,
                           logical useiblank);
 
 }  // namespace mod_p3dgrid
+
+#pragma GCC visibility pop

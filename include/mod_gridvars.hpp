@@ -11,6 +11,8 @@
 #include "mod_p3dgrid/file_name.hpp"
 #include "mod_p3dgrid/logical.hpp"
 
+#pragma GCC visibility push(default)
+
 /// The host's part: every name in it is the host's to define.
 namespace mod_gridvars {
 
@@ -66,3 +68,5 @@ void checkallocationerror(const integer& status);
 void dispfilereaderror();
 
 }  // namespace mod_gridvars
+
+#pragma GCC visibility pop

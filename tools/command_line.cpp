@@ -1,6 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <array>
 #include <memory>
+#include <mod_p3dgrid/version.hpp>
 #include <sstream>
 #include <utility>
 #include <vector>
@@ -98,7 +99,8 @@ void add_command(CLI::App& program, const Command& command, Request& request) {
 
 void describe_program(CLI::App& program) {
   program.name("p3dgrid");
-  program.set_version_flag("--version", "p3dgrid " P3DGRID_VERSION, "Print the version and exit");
+  program.set_version_flag("--version", "p3dgrid " MOD_P3DGRID_VERSION,
+                           "Print the version and exit");
   program.require_subcommand(0, 1);  // the message for none at all is our own
   program.footer(
       "Exit status: 0 done, 1 a file is damaged or not what it was said to be,\n"

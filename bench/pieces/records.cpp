@@ -19,7 +19,6 @@ constexpr std::int64_t points = 100'000;
 constexpr std::int64_t rows = 3;
 constexpr int small_records = 10'000;
 
-
 template <class Real, integer iformat>
 void write_coordinates(benchmark::State& state) {
   pieces::use_scratch_file();

@@ -12,6 +12,8 @@
 
 #include "mod_p3dgrid/logical.hpp"
 
+#pragma GCC visibility push(default)
+
 namespace mod_p3dgrid {
 
 /// @name Status of an allocation
@@ -272,3 +274,5 @@ class array_view {
 };
 
 }  // namespace mod_p3dgrid
+
+#pragma GCC visibility pop

@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#pragma GCC visibility push(default)
+
 namespace mod_p3dgrid {
 
 /// File name of 40 characters, padded with blanks; trailing blanks are not part of the name.
@@ -51,3 +53,5 @@ class FileName {
 };
 
 }  // namespace mod_p3dgrid
+
+#pragma GCC visibility pop

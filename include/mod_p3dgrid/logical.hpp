@@ -3,6 +3,8 @@
 #include <concepts>
 #include <cstdint>
 
+#pragma GCC visibility push(default)
+
 namespace mod_p3dgrid {
 
 /// Default integer of the system: 32 bits, signed.
@@ -44,3 +46,5 @@ class logical {
 };
 
 }  // namespace mod_p3dgrid
+
+#pragma GCC visibility pop

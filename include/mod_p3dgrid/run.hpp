@@ -9,6 +9,8 @@
 #include "mod_p3dgrid/file_name.hpp"
 #include "mod_p3dgrid/logical.hpp"
 
+#pragma GCC visibility push(default)
+
 namespace mod_p3dgrid {
 
 /// The text with its control characters escaped: `\n`, `\t`, `\r`, all others as their bytes in
@@ -118,3 +120,5 @@ struct ReadFailure {
 void p3dclearfailure();
 
 }  // namespace mod_p3dgrid
+
+#pragma GCC visibility pop

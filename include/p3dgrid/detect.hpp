@@ -8,6 +8,8 @@
 
 #include "p3dgrid/form.hpp"
 
+#pragma GCC visibility push(default)
+
 /// Finds out which form a grid or restart file has.
 namespace p3dgrid {
 
@@ -146,3 +148,5 @@ inline constexpr const char* triplets_not_read =
     "write it in double precision or as text";
 
 }  // namespace p3dgrid
+
+#pragma GCC visibility pop

@@ -8,6 +8,8 @@
 #include <type_traits>
 #include <vector>
 
+#pragma GCC visibility push(default)
+
 /// The form of a grid or restart file, which has to be known to read it and is not stored in it.
 namespace p3dgrid {
 
@@ -240,3 +242,5 @@ struct Extents {
 };
 
 }  // namespace p3dgrid
+
+#pragma GCC visibility pop

@@ -2,6 +2,8 @@
 
 #include "p3dgrid/form.hpp"
 
+#pragma GCC visibility push(default)
+
 namespace p3dgrid {
 
 /// What stands in front of the block dimensions of a restart file.
@@ -83,3 +85,5 @@ inline constexpr std::int32_t most_flags = 3;
 [[nodiscard]] const Extension* extension_of(std::int32_t flag, std::int32_t position);
 
 }  // namespace p3dgrid
+
+#pragma GCC visibility pop

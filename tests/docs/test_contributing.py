@@ -38,8 +38,8 @@ class Contributing(unittest.TestCase):
 
 class Changelog(unittest.TestCase):
     def test_version(self):
-        version, = re.findall(r"^project\(\w+ VERSION (\S+)", (SOURCE / "CMakeLists.txt").read_text(),
-                              re.MULTILINE)
+        header = (SOURCE / "include" / "mod_p3dgrid" / "version.hpp").read_text()
+        version, = re.findall(r'^#define MOD_P3DGRID_VERSION "(.*)"', header, re.MULTILINE)
         newest = re.findall(r"^## \[(\S+)\]", (SOURCE / "CHANGELOG.md").read_text(), re.MULTILINE)[0]
         self.assertIn(newest, (version, "Unreleased"))
 

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <limits>
 
+#include "MOD_P3DReader.hpp"
 #include "support/recording_host.hpp"
 #include "support/scratch_folder.hpp"
 

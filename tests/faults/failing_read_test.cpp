@@ -8,6 +8,7 @@
 #include <system_error>
 #include <utility>
 
+#include "MOD_P3DReader.hpp"
 #include "faults/attempt.hpp"
 #include "faults/system_calls.hpp"
 #include "support/recording_host.hpp"

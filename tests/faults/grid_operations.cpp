@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <memory>
 
+#include "MOD_P3DReader.hpp"
 #include "faults/operations.hpp"
 #include "faults/plain_grid_reader.hpp"
 #include "grid/grid_case.hpp"

@@ -11,6 +11,7 @@
 #include <set>
 #include <string>
 
+#include "MOD_P3DReader.hpp"
 #include "faults/attempt.hpp"
 #include "faults/child.hpp"
 #include "faults/memory.hpp"

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <memory>
 
+#include "MOD_P3DReader.hpp"
 #include "faults/operations.hpp"
 #include "faults/restart_forms.hpp"
 #include "support/scratch_folder.hpp"

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "MOD_P3DReader.hpp"
 #include "support/recording_host.hpp"
 #include "support/scratch_folder.hpp"
 

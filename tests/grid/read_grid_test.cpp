@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <limits>
 
+#include "MOD_P3DReader.hpp"
 #include "grid/grid_case.hpp"
 #include "recordio/record_markers.hpp"
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
+#include "MOD_P3DReader.hpp"
 #include "grid/grid_case.hpp"
 #include "model/generators.hpp"
 

@@ -53,11 +53,7 @@ struct Operation {
 
   [[nodiscard]] bool known_form() const { return iformat != 7; }
   [[nodiscard]] bool text() const { return iformat == 1; }
-  [[nodiscard]] bool records_in_double() const { return dblprec && known_form() && !text(); }
-  /// Whether flow parameters live in `dqvar`.
-  [[nodiscard]] bool parameters_in_double() const { return dblprec || text(); }
   [[nodiscard]] bool triplets() const { return layout == 100 || layout == 101; }
-  [[nodiscard]] bool counted() const { return multiblock && (layout == 2 || layout == 3); }
   /// The step that writes variable `m` so that it can be combined.
   [[nodiscard]] Operation of_variable(int m) const {
     Operation written = *this;

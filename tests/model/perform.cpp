@@ -1,12 +1,10 @@
-/// Has the module do what its model does, and looks at it afterwards.
+#include "model/perform.hpp"
 
 #include <filesystem>
-#include <sstream>
 
-#include "model/module_model.hpp"
+#include "MOD_P3DReader.hpp"
+#include "model/restart_records.hpp"
 #include "restart/restart_case.hpp"
-#include "restart/staging.hpp"
-#include "streaming/staging.hpp"
 #include "support/scratch_folder.hpp"
 
 namespace model {
@@ -49,11 +47,23 @@ void set_table(const Operation& of, bool with_extensions) {
 }
 
 void make_restart(const Operation& of, bool leading) {
-  test_support::write_file("restart", Cursor(of, restart_records(of, leading)).bytes());
+  test_support::write_file("restart", encoded(of, restart_records(of, leading)));
 }
 
 void make_grid(const Operation& of, int blocks) {
-  test_support::write_file("grid", Cursor(of, grid_records(of, blocks)).bytes());
+  test_support::write_file("grid", encoded(of, grid_records(of, blocks)));
+}
+
+/// Blocks of the grid that a restart file is checked against.
+int blocks_of_checked_grid(const Operation& operation) {
+  const bool one_more = operation.multiblock && operation.variable >= 6 && operation.blocks < 3;
+  return operation.blocks + (one_more ? 1 : 0);
+}
+
+/// Whether a whole read of the file takes the triplets of its blocks.
+bool whole_read_takes_triplets(const Operation& operation) {
+  return operation.layout == 101 ||
+         (operation.layout == 100 && (operation.text() || operation.dblprec));
 }
 
 void read_grid(const Operation& of) {
@@ -185,7 +195,27 @@ void act(const Operation& of) {
   }
 }
 
-/// Files of this folder that the process has open, as the system tells.
+int failed_allocations() {
+  return test_support::count_calls("checkallocationerror") -
+         static_cast<int>(std::ranges::count(test_support::calls, "checkallocationerror(0)"));
+}
+
+}  // namespace
+
+Outcome perform(const Operation& operation) {
+  test_support::calls.clear();
+  test_support::messages.clear();
+  Outcome outcome;
+  try {
+    act(operation);
+  } catch (const test_support::RunEnded& end) {
+    outcome.ended = end.status;
+  }
+  outcome.failed_allocations = failed_allocations();
+  outcome.failed_reads = test_support::count_calls("dispfilereaderror");
+  return outcome;
+}
+
 std::vector<std::string> open_files() {
   const std::string folder = fs::current_path().string() + "/";
   std::vector<std::string> open;
@@ -198,103 +228,6 @@ std::vector<std::string> open_files() {
   }
   std::ranges::sort(open);
   return open;
-}
-
-std::vector<std::string> variable_files() {
-  std::vector<std::string> files;
-  for (const auto& entry : fs::directory_iterator(fs::current_path())) {
-    const std::string name = entry.path().filename().string();
-    if (name.find(".tmp") != name.npos) files.push_back(name);
-  }
-  std::ranges::sort(files);
-  return files;
-}
-
-template <class Range>
-std::string text_of(const Range& values) {
-  std::ostringstream text;
-  for (const auto& value : values) text << value << ' ';
-  return text.str();
-}
-
-template <class Real>
-std::string text_of_parameters(const allocatable<Real, 2>& array) {
-  if (!array.allocated()) return "-";
-  std::string text = std::to_string(array.extent(1)) + " rows: ";
-  for (std::int64_t b = 1; b <= array.extent(1); ++b) {
-    text += text_of(std::array{array(b, 1), array(b, 2), array(b, 3), array(b, 4)});
-  }
-  return text;
-}
-
-template <class T, std::size_t Rank>
-void add_staging(std::string& all, const char* name, const allocatable<T, Rank>& array) {
-  if (!array.allocated()) return;
-  all += std::string(name) + "(" + std::to_string(array.extent(1)) + "," +
-         std::to_string(Rank == 2 ? array.extent(Rank) : 1) + ") ";
-}
-
-/// In the order of the names, as the model tells them.
-std::string staging() {
-  std::string all;
-  const RestartStaging& whole = restart_staging();
-  add_staging(all, "DW", whole.DW);
-  add_staging(all, "DWTMP", whole.DWTMP);
-  add_staging(all, "DX", whole.DX);
-  add_staging(all, "WTMP", whole.WTMP);
-  const OneVariableStaging& one = one_variable_staging();
-  add_staging(all, "one.DPNTR", one.DPNTR);
-  add_staging(all, "one.DW", one.DW);
-  add_staging(all, "one.READII", one.READII);
-  add_staging(all, "one.SPNTR", one.SPNTR);
-  add_staging(all, "one.SW", one.SW);
-  add_staging(all, "write.DW", variable_write_staging().DW);
-  return all;
-}
-
-std::int64_t failed_allocations() {
-  return test_support::count_calls("checkallocationerror") -
-         std::ranges::count(test_support::calls, "checkallocationerror(0)");
-}
-
-}  // namespace
-
-int perform(const Operation& operation) {
-  test_support::calls.clear();
-  test_support::messages.clear();
-  try {
-    act(operation);
-    return -1;
-  } catch (const test_support::RunEnded& end) {
-    return end.status;
-  }
-}
-
-State observed(int ended) {
-  State state{{"eqid", std::to_string(eqid)},         {"fileversion", std::to_string(fileversion)},
-              {"nstep", std::to_string(nstep)},       {"ibeta", std::to_string(ibeta)},
-              {"itimeint", std::to_string(itimeint)}, {"isgsmodel", std::to_string(isgsmodel)},
-              {"talnvar", std::to_string(talnvar)},   {"dtau", std::to_string(dtau)}};
-  state["open files"] = text_of(open_files());
-  state["variable files"] = text_of(variable_files());
-  state["tal values"] =
-      text_of(std::array{talre, talxm1, talalfa, talbeta, talgam, tals1, talpr, talprt});
-  state["p3d values"] = text_of(std::array{p3dxm1, p3dalfa, p3dre, p3dtau});
-  state["debugprint"] = debugprint ? "1" : "0";
-  state["iflag"] = text_of(iflag.span());
-  state["numrstrtvar"] = text_of(mod_gridvars::numrstrtvar.span().first(2));
-  state["nfvar"] = nfvar.allocated() ? text_of(nfvar.span()) : "-";
-  state["sqvar"] = text_of_parameters(sqvar);
-  state["dqvar"] = text_of_parameters(dqvar);
-  std::string names;
-  for (const FileName& name : mod_p3dgrid::tmpfile.span()) names += std::string(name.view()) + " ";
-  state["tmpfile"] = names;
-  state["staging"] = staging();
-  state["announcements"] = std::to_string(test_support::count_calls("dispreadwrite"));
-  state["failed allocations"] = std::to_string(failed_allocations());
-  state["failed reads"] = std::to_string(test_support::count_calls("dispfilereaderror"));
-  state["run ended with"] = std::to_string(ended);
-  return state;
 }
 
 }  // namespace model

@@ -115,8 +115,9 @@ std::vector<Record> restart_records(const Operation& operation, bool leading) {
   return records;
 }
 
-std::string encoded(const Operation& operation, const std::vector<Record>& records,
-                    std::size_t kept) {
+std::string encoded(const Operation& operation, const std::vector<Record>& records) {
+  const auto missing = static_cast<std::size_t>(operation.missing);
+  const std::size_t kept = records.size() - std::min(missing, records.size());
   test_support::Bytes file;
   std::string text;
   for (std::size_t r = 0; r < kept; ++r) {
@@ -144,18 +145,6 @@ std::string encoded(const Operation& operation, const std::vector<Record>& recor
     }
   }
   return operation.text() ? text : file.str();
-}
-
-Cursor::Cursor(const Operation& operation, std::vector<Record> records)
-    : operation_(operation), records_(std::move(records)) {
-  const auto missing = static_cast<std::size_t>(operation.missing);
-  kept_ = records_.size() - std::min(missing, records_.size());
-}
-
-bool Cursor::take() {
-  const std::size_t at = next_++;
-  // Without markers a record of nothing is there wherever it is looked for.
-  return at < kept_ || (operation_.iformat == 2 && records_[at].empty());
 }
 
 }  // namespace model

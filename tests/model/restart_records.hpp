@@ -28,22 +28,7 @@ using Record = std::vector<Item>;
 /// @param leading  blocks of layouts 100 and 101 begin with the record that holds the triplets
 [[nodiscard]] std::vector<Record> restart_records(const Operation& operation, bool leading);
 
-/// The first `kept` records as bytes, put together by hand.
-[[nodiscard]] std::string encoded(const Operation& operation, const std::vector<Record>& records,
-                                  std::size_t kept);
-
-/// Goes through the records of a file as a reader does: false where the file has ended.
-class Cursor {
- public:
-  Cursor(const Operation& operation, std::vector<Record> records);
-  [[nodiscard]] bool take();
-  [[nodiscard]] std::string bytes() const { return encoded(operation_, records_, kept_); }
-
- private:
-  const Operation& operation_;
-  std::vector<Record> records_;
-  std::size_t kept_;
-  std::size_t next_ = 0;
-};
+/// The records as bytes, put together by hand, without those that the operation lacks.
+[[nodiscard]] std::string encoded(const Operation& operation, const std::vector<Record>& records);
 
 }  // namespace model

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <ostream>
 
+#include "MOD_P3DReader.hpp"
 #include "restart/restart_case.hpp"
 
 namespace model {

@@ -4,6 +4,7 @@
 
 #include <cmath>
 
+#include "MOD_P3DReader.hpp"
 #include "model/solution.hpp"
 
 namespace model {

@@ -1,8 +1,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "support/unit.hpp"
+#include "MOD_P3DReader.hpp"
 #include "restart/restart_case.hpp"
+#include "support/unit.hpp"
 
 namespace mod_p3dgrid {
 namespace {

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "MOD_P3DReader.hpp"
 #include "grid/grid_case.hpp"
 #include "restart/restart_case.hpp"
 #include "restart/staging.hpp"

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "MOD_P3DReader.hpp"
+
 namespace test_support {
 
 using mod_p3dgrid::integer;

@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "mod_p3dgrid/arrays.hpp"
 #include "support/recording_host.hpp"
 #include "support/scratch_folder.hpp"
 

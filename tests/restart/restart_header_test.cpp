@@ -3,9 +3,10 @@
 
 #include <functional>
 
+#include "MOD_P3DReader.hpp"
 #include "grid/grid_case.hpp"
-#include "support/unit.hpp"
 #include "restart/restart_case.hpp"
+#include "support/unit.hpp"
 
 namespace mod_p3dgrid {
 namespace {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "MOD_P3DReader.hpp"
 #include "grid/grid_case.hpp"
 #include "restart/restart_case.hpp"
 

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "MOD_P3DReader.hpp"
 #include "grid/grid_case.hpp"
 #include "restart/restart_case.hpp"
 

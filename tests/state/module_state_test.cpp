@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 
+#include "MOD_P3DReader.hpp"
 #include "state/messages.hpp"
 #include "state/run_end.hpp"
 #include "state/unit_numbers.hpp"

@@ -2,6 +2,7 @@
 
 #include <type_traits>
 
+#include "mod_gridvars.hpp"
 #include "support/recording_host.hpp"
 #include "support/scratch_folder.hpp"
 

@@ -7,10 +7,11 @@
 #include <cstdlib>
 #include <limits>
 
+#include "MOD_P3DReader.hpp"
 #include "grid/grid_case.hpp"
-#include "support/unit.hpp"
 #include "restart/restart_case.hpp"
 #include "streaming/staging.hpp"
+#include "support/unit.hpp"
 
 namespace mod_p3dgrid {
 namespace {

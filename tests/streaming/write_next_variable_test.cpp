@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include "MOD_P3DReader.hpp"
 #include "restart/restart_case.hpp"
 #include "streaming/variable_file_name.hpp"
 

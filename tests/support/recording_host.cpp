@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <sstream>
 
+#include "mod_gridvars.hpp"
 #include "support/module_state.hpp"
 
 namespace test_support {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "MOD_P3DReader.hpp"
+#include "mod_p3dgrid/run.hpp"
 
 /// A host for tests: defines `mod_gridvars`, writes down every call and message, and turns the end
 /// of the run into an exception.

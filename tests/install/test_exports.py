@@ -1,0 +1,68 @@
+"""A shared library made of the library's objects exports what the public headers declare and nothing
+else, and leaves to the host what mod_gridvars.hpp declares.
+
+    test_exports.py NM LIBRARY INCLUDE
+"""
+
+import pathlib
+import re
+import subprocess
+import sys
+import unittest
+
+NM, LIBRARY, INCLUDE = sys.argv[1:]
+STRONG = "BDRT"  # not of templates, inline functions and types
+OURS = ("mod_p3dgrid::", "p3dgrid::")
+
+
+def symbols(which):
+    """Kind and C++ name, without parameters, of those in the dynamic symbol table."""
+    listed = subprocess.run([NM, "--dynamic", "--demangle", which, LIBRARY], capture_output=True,
+                            text=True, check=True).stdout
+    for kind, name in re.findall(r"^[0-9a-f ]{16} (\w) (.*)$", listed, re.MULTILINE):
+        yield kind, re.split(r"[(\[]", name)[0]
+
+
+def code_of(header):
+    return re.sub(r"//.*", "", header.read_text())
+
+
+class Exports(unittest.TestCase):
+    def setUp(self):
+        headers = pathlib.Path(INCLUDE).rglob("*.hpp")
+        self.declared = set(re.findall(r"\w+", "".join(map(code_of, headers))))
+        self.exported = [(kind, name) for kind, name in symbols("--defined-only")
+                         if not name.startswith("__")]  # those are the sanitizers'
+
+    def test_only_public_names_are_exported(self):
+        strong = [name for kind, name in self.exported if kind in STRONG]
+        self.assertGreater(len(strong), 70)
+        self.assertEqual([name for name in strong if not name.startswith(OURS) or
+                          name.split("::")[-1] not in self.declared], [])
+
+    def test_only_public_types_and_templates_are_exported(self):
+        """The rest are instances of the standard library's templates, for public types."""
+        self.assertLess(len(self.exported), 200)
+        parts = {part for kind, name in self.exported if kind not in STRONG
+                 for part in re.findall(r"\bp3dgrid::(\w+)", name)}
+        self.assertEqual(parts - self.declared, set())
+
+    def test_operations_and_variables_are_exported(self):
+        exported = {name for _, name in self.exported}
+        reader = code_of(pathlib.Path(INCLUDE, "MOD_P3DReader.hpp"))
+        names = re.findall(r"^(?:void |extern .* )(\w+)[(;]", reader, re.MULTILINE)
+        self.assertGreater(len(names), 30)
+        for name in names:
+            self.assertIn(f"mod_p3dgrid::{name}", exported)
+
+    def test_the_host_supplies_its_part(self):
+        contract = code_of(pathlib.Path(INCLUDE, "mod_gridvars.hpp"))
+        names = re.findall(r"^(?:void |extern .* )(\w+)[(;]", contract, re.MULTILINE)
+        self.assertEqual(len(names), 7)
+        undefined = {name for _, name in symbols("--undefined-only")}
+        self.assertEqual({name for name in undefined if name.startswith("mod_")},
+                         {f"mod_gridvars::{name}" for name in names})
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1])
