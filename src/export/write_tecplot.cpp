@@ -14,7 +14,7 @@ using recordio::WriteList;
 
 constexpr integer formatted = 1;
 
-/// Free-format lines begin with a blank; none stands before the name of the blanking variable.
+/// Known quirk: the line begins with a blank, and "IBLANK" has none before it.
 constexpr const char* variables_line = R"( VARIABLES = "X", "Y", "Z", "U", "V", "W", "P", "RHO")";
 constexpr const char* blanked_variables_line =
     R"( VARIABLES = "X", "Y", "Z", "U", "V", "W", "P", "RHO","IBLANK")";

@@ -12,9 +12,6 @@
 namespace mod_p3dgrid {
 namespace {
 
-using recordio::FileKind;
-
-/// What the caller wants written.
 struct GridToWrite {
   integer nblocks;
   integer ndim;
@@ -24,7 +21,7 @@ struct GridToWrite {
   logical useiblank;
 };
 
-/// What messages about the file begin with.
+/// Beginning of messages about the file.
 std::string grid_file(const FileName& filename) {
   return "cannot write grid " + path_of(filename);
 }
@@ -33,7 +30,7 @@ std::string grid_file(const FileName& filename) {
   fail_run(grid_file(filename) + ": " + reason);
 }
 
-/// Refuses arrays that do not hold all points.
+/// Arrays that do not hold all points are a fatal error.
 void check_arrays(const FileName& filename, const GridToWrite& grid, const PointNumbering& points) {
   if (grid.ndim < coordinates_per_point || grid.xyz.extent(1) < grid.ndim ||
       grid.xyz.extent(2) < points.total) {
@@ -48,7 +45,6 @@ void check_arrays(const FileName& filename, const GridToWrite& grid, const Point
   }
 }
 
-/// Writes one coordinate record per block.
 void write_blocks(const Unit& unit, const GridToWrite& grid, const PointNumbering& points,
                   array_view<double, 2> staging) {
   for (integer b = 1; b <= grid.nblocks; ++b) {
@@ -74,8 +70,7 @@ void writep3dgrid(const FileName& filename, integer iformat, logical dblprec, in
     if (multiblock) unit.write({recordio::scalar(std::as_const(nblocks))});
     write_dimensions(unit, DimensionKind::one_record, nblocks, grid.extents);
     allocatable<double, 2> staging;
-    if (coordinate_kind(unit, dblprec) == FileKind::real8 &&
-        !allocate_checked(staging, ndim, points.total)) {
+    if (holds_doubles(unit.coding(dblprec)) && !allocate_checked(staging, ndim, points.total)) {
       refuse(filename, "out of memory for its coordinates in double precision");
     }
     write_blocks(unit, grid, points, staging);

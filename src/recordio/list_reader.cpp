@@ -1,26 +1,13 @@
 #include "recordio/list_reader.hpp"
 
 #include <algorithm>
+#include <type_traits>
 
 #include "recordio/number_text.hpp"
 #include "recordio/plain_number.hpp"
 #include "recordio/read_error.hpp"
-#include "recordio/token_characters.hpp"
 
 namespace mod_p3dgrid::recordio {
-namespace {
-
-const char* expected_kind(integer) {
-  return "an integer of 32 bits";
-}
-const char* expected_kind(float) {
-  return "a real number";
-}
-const char* expected_kind(double) {
-  return "a real number";
-}
-
-}  // namespace
 
 void ListReader::read_values(const Values<void>& entry) {
   const auto take_lines = [&](auto number) {
@@ -40,7 +27,7 @@ void ListReader::read_values(const Values<void>& entry) {
   }
 }
 
-/// Fills a line, or drops its values if there is nothing to fill.
+/// Fills a row, or discards its values if `to` is null.
 template <class Number>
 void ListReader::take_line(Number* to, const Values<void>& entry) {
   const std::int64_t count = entry.count;
@@ -70,8 +57,8 @@ void ListReader::take_line(Number* to, const Values<void>& entry) {
   if (entry.zero_where_left_out) set(count - taken, Number{0});
 }
 
-/// Goes over blanks and line ends and, where `comma` allows it, one comma. Counts the line ends.
-const char* skip_separators_at_hand(const char* from, bool comma, std::int64_t& lines) {
+/// Skips blanks, line ends and, if `comma`, at most one comma. Counts the line ends.
+const char* skip_separators(const char* from, bool comma, std::int64_t& lines) {
   for (; is_blank(*from) || (comma && *from == ','); ++from) {
     lines += *from == '\n';
     if (*from == ',') comma = false;
@@ -79,25 +66,25 @@ const char* skip_separators_at_hand(const char* from, bool comma, std::int64_t& 
   return from;
 }
 
-/// Takes plain numbers one after another, without a copy of their text, up to the first that is
-/// anything else; returns how many.
+/// Reads plain numbers directly from the buffer, up to the first item of another form. Returns how
+/// many.
 template <bool keep, class Number>
 std::int64_t ListReader::take_plain(Number* to, std::int64_t stride, std::int64_t count) {
   std::int64_t left = count;
   std::int64_t lines = 0;
   bool comma = comma_may_end_;
   bool plain = true;
-  while (plain && left > 0 && number_at_hand()) {
+  while (plain && left > 0 && number_is_buffered()) {
     const char* at = file_.begin();
     const char* const end = file_.end();
     do {
       std::int64_t line_ends = 0;
       const char* from = at;
       while (*from == ' ') ++from;
-      if (*from <= ',') from = skip_separators_at_hand(from, comma, line_ends);
+      if (*from <= ',') from = skip_separators(from, comma, line_ends);
       Number value;
       const char* const stop = keep ? parse_plain(from, end, value) : skip_plain<Number>(from, end);
-      // The byte at `end` ends no number.
+      // The zero byte at `end` does not end a number.
       plain = stop != nullptr && ends_token(*stop);
       if (!plain) break;
       if constexpr (keep) to[(count - left) * stride] = value;
@@ -105,8 +92,8 @@ std::int64_t ListReader::take_plain(Number* to, std::int64_t stride, std::int64_
       comma = true;
       at = stop;
       --left;
-    } while (left > 0 && end - at >= bytes_at_hand);
-    file_.use_up_to(at);
+    } while (left > 0 && end - at >= lookahead_bytes);
+    file_.consume_to(at);
   }
   line_ += lines;
   comma_may_end_ = comma;
@@ -117,11 +104,14 @@ std::int64_t ListReader::take_plain(Number* to, std::int64_t stride, std::int64_
 template <class Number>
 Number ListReader::parsed(std::string_view token) {
   Number value{};
-  if (!parse_number(token, value)) not_a_number(token, expected_kind(value));
+  constexpr bool whole = std::is_same_v<Number, integer>;
+  if (!parse_number(token, value)) {
+    not_a_number(token, whole ? "an integer of 32 bits" : "a real number");
+  }
   return value;
 }
 
-/// Sets `token_` and `repeats_` to what comes next, or `ended_` at a slash.
+/// Reads the next item to `token_` and `repeats_`, or sets `ended_` at a slash.
 void ListReader::next_item() {
   skip_blanks();
   if (take_comma()) skip_blanks();
@@ -137,7 +127,7 @@ void ListReader::skip_blanks() {
     if (file_.at_end()) {
       throw ReadError{status_end_of_file, file_.offset(), "the end of the file", "more values"};
     }
-  } while (skip_blanks_at_hand(true));
+  } while (skip_buffered_blanks(true));
 }
 
 void ListReader::finish() {

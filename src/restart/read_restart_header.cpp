@@ -11,7 +11,8 @@
 namespace mod_p3dgrid {
 namespace {
 
-/// What the header is read into: module variables, and extents that are allocated on the way.
+/// Destination of header values: module variables, and the extents of a single block, which are
+/// dropped.
 struct HeaderTarget {
   integer& nblocks;
   integer i = 0;
@@ -35,17 +36,16 @@ struct HeaderTarget {
   double& talprt = mod_p3dgrid::talprt;
 };
 
-/// Reads what stands in front of the block dimensions. The flow parameters of layout 0 are always
-/// doubles, and a single-precision file that has them is refused before its step size is stored.
+/// Reads the records before the block dimensions. The flow parameters of layout 0 are always
+/// doubles; a single-precision file that has them halts the run before `dtau` changes.
 void read_lead(const Unit& unit, const LayoutTraits& layout, integer& nblocks, logical dblprec,
                logical multiblock, ExtentArrays& extents) {
   if (!unit.known()) return;
-  // The extents of a single block are read into arrays of their own, which those of all layouts
-  // replace.
+  // Known quirk: these arrays are replaced unused, but their allocation is reported.
   if (layout.header == p3dgrid::HeaderKind::single_block) {
     allocate_extents(unit, 1, extents.targets());
   }
-  const Coding coding = coding_of(unit, dblprec);
+  const Coding coding = unit.coding(dblprec);
   const bool talven = layout.header == p3dgrid::HeaderKind::talven;
   const bool single_records = !is_text(coding) && !holds_doubles(coding);
   const double old_dtau = dtau;
@@ -64,8 +64,8 @@ void read_lead(const Unit& unit, const LayoutTraits& layout, integer& nblocks, l
             });
 }
 
-/// Makes `nfvar` hold an entry per block. One that is allocated already is used as it is, but
-/// never beyond its end.
+/// Allocates `nfvar` with zeros if it is not allocated. Throws `FailedRead` if it has fewer entries
+/// than blocks.
 void prepare_variable_counts(const Unit& unit, integer nblocks) {
   if (!nfvar.allocated()) {
     const bool usable = allocate_checked(nfvar, nblocks);
@@ -77,7 +77,7 @@ void prepare_variable_counts(const Unit& unit, integer nblocks) {
             "at most " + std::to_string(nfvar.size()) + ", for which nfvar is allocated");
 }
 
-/// A block without extents of its own has a record in the body.
+/// Blocks without extents have a record in the body.
 recordio::Claim claim_of(DimensionKind dimensions) {
   const bool in_one_record = dimensions == DimensionKind::one_record ||
                              dimensions == DimensionKind::one_record_with_variables;

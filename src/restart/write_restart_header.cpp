@@ -13,8 +13,7 @@
 namespace mod_p3dgrid {
 namespace {
 
-/// Refuses extents or variable counts of fewer blocks than are to be written, before the file is
-/// touched.
+/// Refuses extents or variable counts of fewer blocks than are written.
 void check_extents(const FileName& filename, const LayoutTraits& layout, integer nblocks,
                    const ExtentViews& extents) {
   const integer needed = layout.header == p3dgrid::HeaderKind::single_block ? 1
@@ -32,20 +31,6 @@ void check_extents(const FileName& filename, const LayoutTraits& layout, integer
              " are to be written");
   }
 }
-
-/// What the header is written from. Layout 0, which alone has more, is not written.
-struct HeaderSource {
-  const integer& nblocks;
-  const integer& i;
-  const integer& j;
-  const integer& k;
-  const integer& nstep = mod_p3dgrid::nstep;
-  const double& dtau = mod_p3dgrid::dtau;
-  static constexpr integer fileversion = 0, eqid = 0, talnvar = 0, itimeint = 0, ibeta = 0;
-  static constexpr integer isgsmodel = 0;
-  static constexpr double talre = 0, talxm1 = 0, talalfa = 0, talbeta = 0, talgam = 0, tals1 = 0;
-  static constexpr double talpr = 0, talprt = 0;
-};
 
 void write_extents(const Unit& unit, DimensionKind dimensions, integer nblocks,
                    const ExtentViews& extents) {
@@ -73,13 +58,13 @@ void write_restart_header(const FileName& filename, integer iformat, logical dbl
     stop_run();
   }
   if (!unit.known()) return;
-  const integer none = 0;
-  const bool single_block = layout.header == p3dgrid::HeaderKind::single_block;
-  const auto first = [&](const array_view<const integer, 1>& array) -> const integer& {
-    return single_block ? array(1) : none;
-  };
-  const HeaderSource header{nblocks, first(extents.i), first(extents.j), first(extents.k)};
-  walk_lead(layout, coding_of(unit, dblprec), static_cast<bool>(multiblock), header,
+  p3dgrid::HeaderValues header{.nblocks = nblocks, .nstep = nstep, .dtau = dtau};
+  if (layout.header == p3dgrid::HeaderKind::single_block) {
+    header.i = extents.i(1);
+    header.j = extents.j(1);
+    header.k = extents.k(1);
+  }
+  walk_lead(layout, unit.coding(dblprec), static_cast<bool>(multiblock), std::as_const(header),
             [&](const recordio::WriteList& list) { unit.write(list); });
   write_extents(unit, layout.dimensions, nblocks, extents);
 }

@@ -7,7 +7,7 @@
 #include <limits>
 
 #include "grid/grid_case.hpp"
-#include "recordio/record_markers.hpp"
+#include "recordio/unformatted_record.hpp"
 
 namespace mod_p3dgrid {
 namespace {

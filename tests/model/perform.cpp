@@ -6,7 +6,6 @@
 #include "model/module_model.hpp"
 #include "restart/restart_case.hpp"
 #include "restart/staging.hpp"
-#include "streaming/staging.hpp"
 #include "support/scratch_folder.hpp"
 
 namespace model {

@@ -8,9 +8,9 @@
 #include <limits>
 
 #include "grid/grid_case.hpp"
-#include "support/unit.hpp"
 #include "restart/restart_case.hpp"
-#include "streaming/staging.hpp"
+#include "restart/staging.hpp"
+#include "support/unit.hpp"
 
 namespace mod_p3dgrid {
 namespace {
