@@ -13,6 +13,10 @@
 /// Text in vectors of sixteen characters, with SSE2 where it is available.
 namespace mod_p3dgrid::recordio {
 
+inline bool is_digit(char c) {
+  return static_cast<unsigned char>(c - '0') <= 9;
+}
+
 inline constexpr int characters_at_once = 16;
 
 using Characters [[gnu::vector_size(characters_at_once)]] = unsigned char;

@@ -52,7 +52,6 @@ class Connection {
   /// Throws `ReadError` if something is left to read.
   void expect_end();
 
-  /// Whether the file is open for reading, not for writing.
   [[nodiscard]] bool is_input() const { return std::holds_alternative<InputFile>(file_); }
 
   /// Writes one record. Throws `SystemError`.

@@ -4,7 +4,6 @@
 #include <type_traits>
 
 #include "recordio/number_text.hpp"
-#include "recordio/plain_number.hpp"
 #include "recordio/read_error.hpp"
 
 namespace mod_p3dgrid::recordio {
@@ -39,8 +38,13 @@ void ListReader::take_line(Number* to, const Values<void>& entry) {
   };
   while (taken < count && !ended_) {
     if (repeats_ == 0) {
-      taken += to == nullptr ? take_plain<false>(to, stride, count - taken)
-                             : take_plain<true>(to + taken * stride, stride, count - taken);
+      const std::int64_t left = count - taken;
+      const auto always = [] { return true; };
+      const std::int64_t plain =
+          to == nullptr ? take_plain<false, true>(to, stride, left, always)
+                        : take_plain<true, true>(to + taken * stride, stride, left, always);
+      any_taken_ = any_taken_ || plain > 0;
+      taken += plain;
     }
     if (taken == count) return;
     if (repeats_ == 0) next_item();
@@ -55,50 +59,6 @@ void ListReader::take_line(Number* to, const Values<void>& entry) {
     taken += run;
   }
   if (entry.zero_where_left_out) set(count - taken, Number{0});
-}
-
-/// Skips blanks, line ends and, if `comma`, at most one comma. Counts the line ends.
-const char* skip_separators(const char* from, bool comma, std::int64_t& lines) {
-  for (; is_blank(*from) || (comma && *from == ','); ++from) {
-    lines += *from == '\n';
-    if (*from == ',') comma = false;
-  }
-  return from;
-}
-
-/// Reads plain numbers directly from the buffer, up to the first item of another form. Returns how
-/// many.
-template <bool keep, class Number>
-std::int64_t ListReader::take_plain(Number* to, std::int64_t stride, std::int64_t count) {
-  std::int64_t left = count;
-  std::int64_t lines = 0;
-  bool comma = comma_may_end_;
-  bool plain = true;
-  while (plain && left > 0 && number_is_buffered()) {
-    const char* at = file_.begin();
-    const char* const end = file_.end();
-    do {
-      std::int64_t line_ends = 0;
-      const char* from = at;
-      while (*from == ' ') ++from;
-      if (*from <= ',') from = skip_separators(from, comma, line_ends);
-      Number value;
-      const char* const stop = keep ? parse_plain(from, end, value) : skip_plain<Number>(from, end);
-      // The zero byte at `end` does not end a number.
-      plain = stop != nullptr && ends_token(*stop);
-      if (!plain) break;
-      if constexpr (keep) to[(count - left) * stride] = value;
-      lines += line_ends;
-      comma = true;
-      at = stop;
-      --left;
-    } while (left > 0 && end - at >= lookahead_bytes);
-    file_.consume_to(at);
-  }
-  line_ += lines;
-  comma_may_end_ = comma;
-  any_taken_ = any_taken_ || left < count;
-  return count - left;
 }
 
 template <class Number>

@@ -21,8 +21,6 @@ class ListReader : private ListTokens {
  private:
   template <class Number>
   void take_line(Number* to, const Values<void>& entry);
-  template <bool keep, class Number>
-  std::int64_t take_plain(Number* to, std::int64_t stride, std::int64_t count);
   template <class Number>
   [[nodiscard]] Number parsed(std::string_view token);
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "recordio/number_text.hpp"
-#include "recordio/plain_number.hpp"
 #include "recordio/read_error.hpp"
 
 namespace mod_p3dgrid::recordio {
@@ -25,8 +24,8 @@ ListScanner::Taken ListScanner::take(std::int64_t most, bool integers) {
   while (values < most) {
     if (repeats_ == 0) {
       // A single integer goes to `token_`, for `last_integer`.
-      if (!integers) values += take_plain<double>(most - values);
-      if (integers && most > 1) values += take_plain<integer>(most - values);
+      if (!integers) values += skip_plain_numbers<double>(most - values);
+      if (integers && most > 1) values += skip_plain_numbers<integer>(most - values);
       if (values == most) break;
       if (const auto stop = next_item()) return {values, *stop};
     }
@@ -39,37 +38,6 @@ ListScanner::Taken ListScanner::take(std::int64_t most, bool integers) {
     values += run;
   }
   return {values, Stop::enough};
-}
-
-/// Skips plain numbers of the line, up to the first item of another form. Returns how many.
-template <class Number>
-std::int64_t ListScanner::take_plain(std::int64_t most) {
-  std::int64_t left = most;
-  bool plain = true;
-  while (plain && left > 0 && work() < most_work_ && number_is_buffered()) {
-    const char* at = file_.begin();
-    const char* const end = file_.end();
-    do {
-      const char* from = at;
-      for (bool comma = comma_may_end_;; ++from) {
-        if (*from == ',' && comma) {
-          comma = false;
-        } else if (*from != ' ' && *from != '\t' && *from != '\r') {
-          break;
-        }
-      }
-      const char* const stop = *from == '\n' ? nullptr : skip_plain<Number>(from, end);
-      // The zero byte at `end` does not end a number.
-      plain = stop != nullptr && ends_token(*stop);
-      if (!plain) break;
-      comma_may_end_ = true;
-      at = stop;
-      --left;
-    } while (left > 0 && end - at >= lookahead_bytes);
-    file_.consume_to(at);
-  }
-  plain_ += most - left;
-  return most - left;
 }
 
 /// Reads the next item of the line, or returns why there is none.

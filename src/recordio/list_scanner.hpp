@@ -61,7 +61,13 @@ class ListScanner : private ListTokens {
 
  private:
   template <class Number>
-  [[nodiscard]] std::int64_t take_plain(std::int64_t most);
+  [[nodiscard]] std::int64_t skip_plain_numbers(std::int64_t most) {
+    const auto within_limit = [&] { return work() < most_work_; };
+    const std::int64_t skipped =
+        take_plain<false, false>(static_cast<Number*>(nullptr), 1, most, within_limit);
+    plain_ += skipped;
+    return skipped;
+  }
   [[nodiscard]] std::optional<Stop> next_item();
 
   std::int64_t most_work_;

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "recordio/input_file.hpp"
+#include "recordio/plain_number.hpp"
 
 namespace mod_p3dgrid::recordio {
 
@@ -45,6 +46,13 @@ class ListTokens {
   /// `repeats_`, 0 if it is invalid. Slashes and the comma after a null value are not consumed.
   [[nodiscard]] Item take_item();
 
+  /// Reads plain numbers directly from the buffer while `may_continue`, up to the first item of
+  /// another form or, without `line_ends`, to the end of the line. Returns how many.
+  /// @tparam keep  stores the numbers; else `to` is null
+  template <bool keep, bool line_ends, class Number, class MayContinue>
+  std::int64_t take_plain(Number* to, std::int64_t stride, std::int64_t count,
+                          MayContinue may_continue);
+
   /// Skips to the beginning of the next line; false if there is none.
   bool skip_to_next_line();
 
@@ -55,8 +63,56 @@ class ListTokens {
   std::int64_t repeats_ = 0;    ///< remaining repetitions of `token_`
 
  private:
+  template <bool line_ends>
+  [[nodiscard]] static const char* skip_separators(const char* from, bool comma,
+                                                   std::int64_t& lines);
   void take_word();
 };
+
+/// Skips blanks, counted line ends and, if `comma`, at most one comma.
+template <bool line_ends>
+const char* ListTokens::skip_separators(const char* from, bool comma, std::int64_t& lines) {
+  for (; (is_blank(*from) && (line_ends || *from != '\n')) || (comma && *from == ','); ++from) {
+    lines += *from == '\n';
+    if (*from == ',') comma = false;
+  }
+  return from;
+}
+
+template <bool keep, bool line_ends, class Number, class MayContinue>
+std::int64_t ListTokens::take_plain(Number* to, std::int64_t stride, std::int64_t count,
+                                    MayContinue may_continue) {
+  std::int64_t left = count;
+  std::int64_t lines = 0;
+  bool comma = comma_may_end_;
+  bool plain = true;
+  while (plain && left > 0 && may_continue() && number_is_buffered()) {
+    const char* at = file_.begin();
+    const char* const end = file_.end();
+    do {
+      std::int64_t lines_before = 0;
+      const char* from = at;
+      while (*from == ' ') ++from;
+      if (*from <= ',') from = skip_separators<line_ends>(from, comma, lines_before);
+      plain = line_ends || *from != '\n';
+      if (!plain) break;
+      Number value;
+      const char* const stop = keep ? parse_plain(from, end, value) : skip_plain<Number>(from, end);
+      // The zero byte at `end` does not end a number.
+      plain = stop != nullptr && ends_token(*stop);
+      if (!plain) break;
+      if constexpr (keep) to[(count - left) * stride] = value;
+      lines += lines_before;
+      comma = true;
+      at = stop;
+      --left;
+    } while (left > 0 && end - at >= lookahead_bytes);
+    file_.consume_to(at);
+  }
+  line_ += lines;
+  comma_may_end_ = comma;
+  return count - left;
+}
 
 /// At most 40 characters of a word for messages, unprintable ones replaced.
 [[nodiscard]] std::string printable(std::string_view word);

@@ -19,10 +19,6 @@ namespace {
 template <class Real>
 using BitsOf = std::conditional_t<sizeof(Real) == 4, std::uint32_t, std::uint64_t>;
 
-bool is_digit(char c) {
-  return c >= '0' && c <= '9';
-}
-
 char lower(char c) {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
@@ -107,27 +103,6 @@ std::string with_plain_exponent(std::string_view text) {
     return plain;
   }
   return plain;
-}
-
-template <class Real>
-bool parse_real(std::string_view token, Real& value) {
-  bool negative = false;
-  if (!token.empty() && (token.front() == '+' || token.front() == '-')) {
-    negative = token.front() == '-';
-    token.remove_prefix(1);
-  }
-  std::string_view word = token;
-  if (take_word(word, "nan")) return parse_nan(word, negative, value);
-  Real magnitude = 0;
-  if (take_word(word, "inf")) {
-    if (!word.empty() && !(take_word(word, "inity") && word.empty())) return false;
-    magnitude = std::numeric_limits<Real>::infinity();
-  } else if (const std::string plain = with_plain_exponent(token);
-             plain.empty() || !parse_decimal(std::string_view(plain), magnitude)) {
-    return false;
-  }
-  value = negative ? -magnitude : magnitude;
-  return true;
 }
 
 __extension__ using Wide = unsigned __int128;
@@ -258,12 +233,28 @@ bool parse_number(std::string_view token, integer& value) {
   return true;
 }
 
-bool parse_number(std::string_view token, float& value) {
-  return parse_real(token, value);
+template <std::floating_point Real>
+bool parse_number(std::string_view token, Real& value) {
+  bool negative = false;
+  if (!token.empty() && (token.front() == '+' || token.front() == '-')) {
+    negative = token.front() == '-';
+    token.remove_prefix(1);
+  }
+  std::string_view word = token;
+  if (take_word(word, "nan")) return parse_nan(word, negative, value);
+  Real magnitude = 0;
+  if (take_word(word, "inf")) {
+    if (!word.empty() && !(take_word(word, "inity") && word.empty())) return false;
+    magnitude = std::numeric_limits<Real>::infinity();
+  } else if (const std::string plain = with_plain_exponent(token);
+             plain.empty() || !parse_decimal(std::string_view(plain), magnitude)) {
+    return false;
+  }
+  value = negative ? -magnitude : magnitude;
+  return true;
 }
-bool parse_number(std::string_view token, double& value) {
-  return parse_real(token, value);
-}
+template bool parse_number(std::string_view, float&);
+template bool parse_number(std::string_view, double&);
 
 char* write_number(char* to, integer value) {
   return std::to_chars(to, to + number_room, value).ptr;

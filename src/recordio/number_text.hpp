@@ -20,8 +20,8 @@ namespace mod_p3dgrid::recordio {
 ///
 /// Integers: optional sign, digits; the value must fit 32 bits.
 [[nodiscard]] bool parse_number(std::string_view token, integer& value);
-[[nodiscard]] bool parse_number(std::string_view token, float& value);
-[[nodiscard]] bool parse_number(std::string_view token, double& value);
+template <std::floating_point Real>
+[[nodiscard]] bool parse_number(std::string_view token, Real& value);
 
 /// A number and its shortest digits, which are meaningless where `shortest_decimal` has none.
 template <class Real>

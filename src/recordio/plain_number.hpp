@@ -30,10 +30,6 @@ struct ScannedDecimal {
 /// Limit on digits, so that they fit 64 bits.
 inline constexpr std::uint64_t most_digits = 18;
 
-inline bool is_digit(char c) {
-  return static_cast<unsigned char>(c - '0') <= 9;
-}
-
 inline void append_digit(std::uint64_t& digits, char digit) {
   digits = digits * 10 + static_cast<std::uint64_t>(digit - '0');
 }

@@ -35,7 +35,6 @@ class UnformattedRecordReader {
   /// Reads payload bytes and discards them. Throws `ReadError` if there are fewer.
   void discard(std::int64_t bytes);
 
-  /// Payload bytes read so far.
   [[nodiscard]] std::int64_t bytes_read() const { return payload_ - subrecord_left(); }
 
   [[nodiscard]] bool surely_holds(std::int64_t bytes) const {

@@ -147,24 +147,12 @@ void read_tiles_or_lines(Payload& payload, bool swap, const Values<void>& entry)
   }
 }
 
-template <class T, class Payload>
-void write_run(Payload& payload, bool swap, const T* from, std::int64_t count) {
-  if (!swap) return payload.write(from, bytes_for<T>(count));
-  std::array<T, piece_values> piece;
-  for (std::int64_t done = 0; done < count; done += piece_values) {
-    const std::int64_t n = std::min(piece_values, count - done);
-    std::copy_n(from + done, n, piece.data());
-    swap_bytes(piece.data(), n);
-    payload.write(piece.data(), bytes_for<T>(n));
-  }
-}
-
 template <class Stored, class Kept, class Payload>
 void write_lines(Payload& payload, bool swap, const Values<const void>& entry) {
   for (std::int64_t row = 0; row < entry.rows; ++row) {
     if constexpr (std::is_same_v<Stored, Kept>) {
-      if (entry.stride == 1 && entry.staging == nullptr) {
-        write_run(payload, swap, static_cast<const Kept*>(entry.memory) + row, entry.count);
+      if (entry.stride == 1 && entry.staging == nullptr && !swap) {
+        payload.write(place_of<Kept>(entry, row, 0), bytes_for<Kept>(entry.count));
         continue;
       }
     }
