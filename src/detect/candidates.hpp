@@ -6,7 +6,6 @@
 
 namespace p3dgrid {
 
-/// A reading of a file and the records that it expects.
 struct Candidate {
   Reading reading;
   FilePlan plan;

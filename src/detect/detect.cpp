@@ -13,7 +13,6 @@ namespace {
 /// Limit on work on text, less than two seconds.
 constexpr std::int64_t most_text_work = 1'800'000'000;
 
-/// Whether at least one record of some reading agrees with the file.
 bool is_supported(const Detection& found) {
   return found.proven() || std::ranges::any_of(found.nearest, [](const Reading& reading) {
            return reading.fit.records > 0;

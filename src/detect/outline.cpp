@@ -39,21 +39,17 @@ class HeaderReader {
     }
   }
 
-  /// Saves the position of a reader and restores it.
-  class Place {
-   public:
-    explicit Place(HeaderReader& reader)
-        : reader_(reader), offset_(reader.file_.offset()), lines_(reader.lines_) {}
-    void go_back() const {
-      reader_.file_.seek(offset_);
-      reader_.lines_ = lines_;
-    }
-
-   private:
-    HeaderReader& reader_;
-    std::int64_t offset_;
-    std::int64_t lines_;
+  struct State {
+    std::int64_t offset;
+    std::int64_t lines;
+    HeaderSizes sizes;
   };
+  [[nodiscard]] State state() const { return {file_.offset(), lines_, sizes}; }
+  void restore(State state) {
+    file_.seek(state.offset);
+    lines_ = state.lines;
+    sizes = std::move(state.sizes);
+  }
 
   HeaderSizes sizes;
 
@@ -129,13 +125,11 @@ bool read_dimensions(Evidence& evidence, HeaderReader& reader, const Coding& cod
     if (is_text(coding) && outline.blocks > evidence.text_lines()) return false;
   }
   if (outline.blocks > sample_blocks) {
-    const HeaderReader::Place begin(reader);
-    const HeaderSizes sizes = reader.sizes;
+    HeaderReader::State begin = reader.state();
     Dimensions sample(kind, planar, sample_blocks);
     sample.walk(kind, sample_blocks, reader);
     if (!sample.plausible(empty)) return false;
-    reader.sizes = sizes;
-    begin.go_back();
+    reader.restore(std::move(begin));
   }
   Dimensions all(kind, planar, outline.blocks);
   all.walk(kind, outline.blocks, reader);

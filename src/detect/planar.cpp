@@ -3,22 +3,6 @@
 namespace p3dgrid {
 namespace {
 
-constexpr std::int32_t variables = solution_variables - 1;
-
-std::string planar_form(Evidence& file, const Coding& coding, bool multiblock) {
-  const auto outline = file.grid_outline(coding, multiblock, EmptyBlocks::refused, true);
-  if (!outline) return "";
-  std::vector<FilePlan> plans;
-  for (const bool iblank : {false, true}) {
-    plans.emplace_back(outline->sizes, outline->extents, iblank, 2);
-  }
-  plans.emplace_back(outline->sizes, outline->extents, traits_of(Layout::solution),
-                     BodyPlan{.shape = {.sections = {{1, variables}}}});
-  const std::vector<Fit> fits = file.fit(coding, plans);
-  if (fits[0].whole() || fits[1].whole()) return "a grid in two dimensions";
-  return fits[2].whole() ? "a solution in two dimensions" : "";
-}
-
 /// Samples what is either the third coordinates of a block 1 x ni x nj or the blanking values of a
 /// two-dimensional block ni x nj.
 IntegerSample third_values(Evidence& file, const GridForm& form, const Extents& extents) {
@@ -49,8 +33,20 @@ Reading planar_reading(const Reading& reading) {
 }  // namespace
 
 std::string planar_form(Evidence& file, const Coding& coding) {
-  const std::string form = planar_form(file, coding, true);
-  return form.empty() ? planar_form(file, coding, false) : form;
+  for (const bool multiblock : {true, false}) {
+    const auto outline = file.grid_outline(coding, multiblock, EmptyBlocks::refused, true);
+    if (!outline) continue;
+    std::vector<FilePlan> plans;
+    for (const bool iblank : {false, true}) {
+      plans.emplace_back(outline->sizes, outline->extents, iblank, 2);
+    }
+    plans.emplace_back(outline->sizes, outline->extents, traits_of(Layout::solution),
+                       BodyPlan{.shape = {.sections = {{1, solution_variables - 1}}}});
+    const std::vector<Fit> fits = file.fit(coding, plans);
+    if (fits[0].whole() || fits[1].whole()) return "a grid in two dimensions";
+    if (fits[2].whole()) return "a solution in two dimensions";
+  }
+  return "";
 }
 
 bool is_planar_instead(Evidence& file, const GridForm& form, const Extents& extents) {

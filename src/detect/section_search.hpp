@@ -10,7 +10,6 @@ namespace p3dgrid {
 inline constexpr std::size_t most_sections = 30;
 inline constexpr std::int32_t most_variables = 1'000'000;
 
-/// A restart file whose sections are searched for.
 struct SectionSearch {
   Evidence& file;
   RestartForm form;
@@ -21,7 +20,6 @@ struct SectionSearch {
   [[nodiscard]] FilePlan plan(const Sections& sections) const;
 };
 
-/// The usual sections of a layout.
 [[nodiscard]] Sections usual_sections(const SectionSearch& search);
 
 /// Whether the body can have the sections that the form states.
