@@ -6,12 +6,10 @@
 #include "state/point_numbering.hpp"
 #include "state/unit.hpp"
 
-/// Common parts of reading and writing grid files.
 namespace mod_p3dgrid {
 
 inline constexpr integer coordinates_per_point = 3;
 
-/// Tells the host that a grid file is about to be read or written.
 inline void announce_grid(integer mode, const FileName& filename, integer iformat, logical dblprec,
                           logical useiblank, logical multiblock) {
   host::dispreadwrite(mode, 10, 200, filename, iformat, dblprec, std::nullopt, useiblank,

@@ -13,7 +13,6 @@ namespace mod_p3dgrid {
 
 using p3dgrid::DimensionKind;
 
-/// The arrays that i, j and k extents are read into.
 using ExtentTargets = std::array<allocatable<integer, 1>*, 3>;
 
 /// Extents that are read from a header and owned by the operation.

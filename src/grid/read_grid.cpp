@@ -34,15 +34,6 @@ void number_points(const Unit& unit, integer nblocks, const ExtentViews& extents
   if (wrong_block != 0) fail_on_extents(unit, wrong_block, extents.of(wrong_block));
 }
 
-/// Reads the coordinate records of all blocks.
-void read_blocks(const Unit& unit, const GridBody& grid, array_view<double, 2> staging) {
-  for (integer b = 1; b <= grid.numbering.npts.size(); ++b) {
-    if (debugprint) message("Reading grid point data for grid ", b);
-    integer* const iblank = grid.useiblank ? grid.iblank.data() : nullptr;
-    unit.read(coordinate_record<float>(grid.xyz, staging, iblank, grid.numbering, b));
-  }
-}
-
 void read_body(const Unit& unit, GridBody& grid) {
   const std::int64_t total = grid.numbering.total;
   const FileKind kind = p3dgrid::real_kind(unit.coding(grid.dblprec));
@@ -63,7 +54,11 @@ void read_body(const Unit& unit, GridBody& grid) {
     unit.require_array(allocate_checked(staging, coordinates_per_point, total),
                        "a staging array for the coordinates");
   }
-  read_blocks(unit, grid, staging);
+  for (integer b = 1; b <= grid.numbering.npts.size(); ++b) {
+    if (debugprint) message("Reading grid point data for grid ", b);
+    integer* const iblank = grid.useiblank ? grid.iblank.data() : nullptr;
+    unit.read(coordinate_record<float>(grid.xyz, staging, iblank, grid.numbering, b));
+  }
 }
 
 }  // namespace

@@ -30,20 +30,17 @@ struct VariableWriteStaging {
   allocatable<double, 2> DW;
 };
 
-/// The staging arrays of one kind.
-template <class Staging>
-[[nodiscard]] Staging& staging_of() {
-  static Staging staging;
+[[nodiscard]] inline RestartStaging& restart_staging() {
+  static RestartStaging staging;
   return staging;
 }
-[[nodiscard]] inline RestartStaging& restart_staging() {
-  return staging_of<RestartStaging>();
-}
 [[nodiscard]] inline OneVariableStaging& one_variable_staging() {
-  return staging_of<OneVariableStaging>();
+  static OneVariableStaging staging;
+  return staging;
 }
 [[nodiscard]] inline VariableWriteStaging& variable_write_staging() {
-  return staging_of<VariableWriteStaging>();
+  static VariableWriteStaging staging;
+  return staging;
 }
 
 }  // namespace mod_p3dgrid

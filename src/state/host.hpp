@@ -18,7 +18,6 @@ inline void pass_on_bad_alloc() {
   if (std::exchange(threw_bad_alloc, false)) throw;
 }
 
-/// Calls a procedure of the host.
 template <class Procedure, class... Arguments>
 decltype(auto) call(const Procedure& procedure, Arguments&&... arguments) {
   try {

@@ -32,10 +32,7 @@ void message(const Items&... items) {
 }
 
 /// `number` right-justified in `width` columns; asterisks if it does not fit.
-[[nodiscard]] std::string column(integer number, std::size_t width);
-
-/// `number` with leading zeros; asterisks if it does not fit.
-[[nodiscard]] std::string zero_padded(integer number, std::size_t digits);
+[[nodiscard]] std::string column(integer number, std::size_t width, char fill = ' ');
 
 /// A file name without blanks around it; valid as long as `name`.
 [[nodiscard]] std::string_view left_adjusted(const FileName& name);

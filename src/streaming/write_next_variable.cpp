@@ -72,7 +72,7 @@ void writenextp3dvar(integer ivar, const FileName& prefix, logical dblprec, inte
     fail_run("variable " + std::to_string(ivar) + " cannot be streamed, only 1 to " +
              std::to_string(tmpfile.size()) + " can");
   }
-  FileName name = FileName::cut(std::string(prefix.view()) + zero_padded(ivar, 6) + ".tmp");
+  FileName name = FileName::cut(std::string(prefix.view()) + column(ivar, 6, '0') + ".tmp");
   const PointNumbering points = checked_numbering(restart_file(name), nblocks, {idim, jdim, kdim});
   const std::int64_t allpoints = sum(blockpoints);
   check_points(name, "varvalues", varvalues.extent(1) > 0 ? varvalues.extent(2) : 0, points);
