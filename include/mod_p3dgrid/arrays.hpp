@@ -17,22 +17,21 @@
 namespace mod_p3dgrid {
 
 /// @name Status of an allocation
-/// What `allocate` and `deallocate` return, and what the module hands to
-/// `mod_gridvars::checkallocationerror`.
+/// Returned by `allocate` and `deallocate`, and passed to `mod_gridvars::checkallocationerror`.
 /// @{
 
-/// It has been done.
+/// Success.
 inline constexpr integer allocation_done = 0;
-/// The array is allocated already; it is left as it was.
+/// The array is allocated already; it is unchanged.
 inline constexpr integer already_allocated = 1;
-/// The memory could not be had (or its size cannot be expressed); the array is not allocated.
+/// Not enough memory, or the size is not representable; the array is not allocated.
 inline constexpr integer out_of_memory = 2;
 /// The array to release is not allocated.
 inline constexpr integer not_allocated = 3;
 /// @}
 
 namespace detail {
-/// Storage for `bytes` bytes, aligned for any array element, its contents unset; null on failure.
+/// Uninitialised storage, aligned for any element; null on failure.
 [[nodiscard]] void* acquire_storage(std::uint64_t bytes) noexcept;
 void release_storage(void* storage) noexcept;
 
@@ -56,9 +55,9 @@ class array_view;
 
 /// Array of rank 1 or 2 that owns its storage and is allocated and released explicitly.
 ///
-/// Elements lie in Fortran order (first index fastest) and are addressed from 1: `a(i)`, `a(i, j)`.
-/// A new allocation is not cleared. Moving hands the storage over; there is no copy by accident.
-/// The storage is free for the taking as a span or pointer, valid until it is released or moved.
+/// Elements are in Fortran order (first index fastest) with indices from 1: `a(i)`, `a(i, j)`.
+/// Allocation leaves them uninitialised. Spans and pointers are valid until the storage is
+/// released.
 template <class T, std::size_t Rank>
 class allocatable {
   static_assert(std::is_trivially_copyable_v<T> && (Rank == 1 || Rank == 2));
@@ -66,14 +65,14 @@ class allocatable {
  public:
   /// An array that is not allocated.
   allocatable() noexcept = default;
-  /// There are no copies by accident.
+  /// Arrays are not copied implicitly.
   allocatable(const allocatable&) = delete;
   allocatable& operator=(const allocatable&) = delete;
-  /// Takes over the storage; `other` is not allocated afterwards.
+  /// Takes the storage of `other`, which is not allocated afterwards.
   allocatable(allocatable&& other) noexcept
       : storage_(std::exchange(other.storage_, nullptr)),
         extents_(std::exchange(other.extents_, {})) {}
-  /// Releases what it has and takes over the other's storage.
+  /// Releases the storage and takes that of `other`, which is not allocated afterwards.
   allocatable& operator=(allocatable&& other) noexcept {
     if (this != &other) {
       detail::release_storage(storage_);
@@ -85,10 +84,9 @@ class allocatable {
   /// Releases the storage.
   ~allocatable() { detail::release_storage(storage_); }
 
-  /// Allocates with the given extents, one for each dimension; an extent below 0 counts as 0.
-  ///
-  /// Returns `allocation_done`, `already_allocated` or `out_of_memory`. After `out_of_memory` the
-  /// extents asked for are recorded, but the array is not allocated and its size is 0.
+  /// Allocates with the given extents; a negative extent counts as 0. Returns `allocation_done`,
+  /// `already_allocated` or `out_of_memory`. After `out_of_memory` `extent` returns the requested
+  /// extents, but the array is not allocated and its size is 0.
   template <class... Extent>
   [[nodiscard]] integer allocate(Extent... extent) noexcept {
     static_assert(sizeof...(Extent) == Rank, "one extent for each dimension");
@@ -112,10 +110,10 @@ class allocatable {
     return allocation_done;
   }
 
-  /// Whether it has storage, be it for no elements.
+  /// Whether it has storage, even for no elements.
   [[nodiscard]] bool allocated() const noexcept { return storage_ != nullptr; }
 
-  /// Extent of dimension 1 or 2, as last asked for.
+  /// Extent of dimension 1 or 2 of the last `allocate`.
   [[nodiscard]] std::int64_t extent(std::size_t dimension) const noexcept {
     assert(dimension >= 1 && dimension <= Rank);
     return extents_[dimension - 1];
@@ -142,7 +140,7 @@ class allocatable {
     return {storage_, static_cast<std::size_t>(size())};
   }
 
-  /// Element at 1-based indices; the indices are checked where `assert` is.
+  /// Element at 1-based indices; checked by `assert`.
   template <class... Index>
   [[nodiscard]] T& operator()(Index... index) noexcept {
     assert(allocated());
@@ -160,7 +158,7 @@ class allocatable {
   std::array<std::int64_t, Rank> extents_{};
 };
 
-/// Array of fixed shape inside the module's state, addressed from 1 in Fortran order.
+/// Array of fixed shape, in Fortran order with indices from 1.
 template <class T, std::int64_t... Extent>
 class fixed_array {
  public:
@@ -185,7 +183,7 @@ class fixed_array {
   /// Sets every element to `value`.
   void fill(const T& value) { values_.fill(value); }
 
-  /// Element at 1-based indices; the indices are checked where `assert` is.
+  /// Element at 1-based indices; checked by `assert`.
   template <class... Index>
   [[nodiscard]] T& operator()(Index... index) noexcept {
     return values_[detail::fortran_offset(extents, index...)];
@@ -204,31 +202,30 @@ class fixed_array {
   std::array<T, static_cast<std::size_t>(size())> values_{};
 };
 
-/// View of an array that somebody else owns: what operations take for arrays they only read or
-/// fill. Fortran order, indices from 1. Made from an `allocatable` or from a pointer and extents;
-/// of rank 1 also from a span or a vector. It must not outlive the storage it views.
+/// Non-owning view of an array in Fortran order with indices from 1, made from an `allocatable` or
+/// from a pointer and extents; of rank 1 also from a span or a vector.
 template <class T, std::size_t Rank>
 class array_view {
   using Value = std::remove_const_t<T>;
 
  public:
-  /// A view of nothing: all extents 0.
+  /// An empty view.
   constexpr array_view() noexcept = default;
 
-  /// `data` holds the elements in Fortran order, as many as the product of the extents.
+  /// A view of as many elements as the product of the extents.
   template <class... Extent>
   requires(sizeof...(Extent) == Rank &&
            (std::is_integral_v<Extent> && ...)) constexpr array_view(T* data,
                                                                      Extent... extent) noexcept
       : data_(data), extents_{static_cast<std::int64_t>(extent)...} {}
 
-  /// The whole array; nothing of one that is not allocated.
+  /// The whole array; empty if it is not allocated.
   array_view(allocatable<Value, Rank>& array) noexcept { take(array); }
   /// The same, for reading.
   array_view(const allocatable<Value, Rank>& array) noexcept requires std::is_const_v<T> {
     take(array);
   }
-  /// A view for reading of what another may change.
+  /// A read-only view of the same array.
   template <std::same_as<Value> U>
   array_view(const array_view<U, Rank>& other) noexcept requires std::is_const_v<T>
       : data_(other.data()), extents_(other.extents()) {}
@@ -242,7 +239,7 @@ class array_view {
   array_view(const std::vector<Value>& values) noexcept requires(Rank == 1 && std::is_const_v<T>)
       : array_view(std::span<T>(values)) {}
 
-  /// The first element; null for a view of nothing.
+  /// The first element; null for an empty view.
   [[nodiscard]] constexpr T* data() const noexcept { return data_; }
   /// All extents.
   [[nodiscard]] constexpr const std::array<std::int64_t, Rank>& extents() const noexcept {
@@ -254,7 +251,7 @@ class array_view {
     return extents_[dimension - 1];
   }
 
-  /// Element at 1-based indices; the indices are checked where `assert` is.
+  /// Element at 1-based indices; checked by `assert`.
   template <class... Index>
   [[nodiscard]] constexpr T& operator()(Index... index) const noexcept {
     return data_[detail::fortran_offset(extents_, index...)];
@@ -263,8 +260,7 @@ class array_view {
  private:
   template <class Array>
   void take(Array& array) noexcept {
-    if (!array.allocated())
-      return;  // recorded extents of an array without storage count for nothing
+    if (!array.allocated()) return;  // its extents may not be 0
     data_ = array.data();
     for (std::size_t d = 0; d < Rank; ++d) extents_[d] = array.extent(d + 1);
   }

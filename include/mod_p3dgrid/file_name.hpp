@@ -12,30 +12,29 @@ namespace mod_p3dgrid {
 
 /// File name of 40 characters, padded with blanks; trailing blanks are not part of the name.
 ///
-/// A name that does not fit, or that holds a NUL character, is a fatal error (see
-/// `p3dsetrunend`): it is never cut in silence. `FileName::cut` is the one place that cuts.
-/// Hosts with longer paths give short names and let `p3dsetpaths` turn them into paths.
+/// A longer name, or one with a NUL character, is a fatal error (see `p3dsetrunend`). Hosts with
+/// longer paths use short names and translate them with `p3dsetpaths`.
 class FileName {
  public:
-  /// Characters that a name has.
+  /// Number of characters.
   static constexpr std::size_t length = 40;
 
   /// The blank name.
   FileName() noexcept { characters_.fill(' '); }
 
-  /// The name, padded; one that does not fit is a fatal error.
+  /// The padded name.
   FileName(std::string_view name);
-  /// The same of a text that ends with a NUL character.
+  /// @copydoc FileName(std::string_view)
   FileName(const char* name) : FileName(std::string_view(name)) {}
-  /// The same of a string.
+  /// @copydoc FileName(std::string_view)
   FileName(const std::string& name) : FileName(std::string_view(name)) {}
 
-  /// The first 40 characters of `name`, the rest dropped.
+  /// The first 40 characters of `name`.
   [[nodiscard]] static FileName cut(std::string_view name) {
     return FileName(name.substr(0, length));
   }
 
-  /// The name without its trailing blanks; valid as long as this object.
+  /// The name without trailing blanks; valid as long as this object.
   [[nodiscard]] std::string_view view() const noexcept {
     const auto end =
         std::find_if(characters_.rbegin(), characters_.rend(), [](char c) { return c != ' '; });

@@ -10,91 +10,90 @@
 
 #pragma GCC visibility push(default)
 
-/// Finds out which form a grid or restart file has.
+/// Detection of the form of grid and restart files.
 namespace p3dgrid {
 
 /// How far a file agrees with the records that a reading expects.
 struct Fit {
-  /// How far they agree.
+  /// Kinds of agreement.
   enum class Agreement {
-    whole,   ///< record by record to the end
-    padded,  ///< the same, and zero bytes up to a full block of the disk
-    longer,  ///< all records are there, and more follows
-    remark,  ///< all values of text are there, and words follow, which readers leave out
-    so_far,  ///< text agrees up to a limit, and nothing behind that has been looked at
-    cut,     ///< as far as the file goes, which ends too early
-    other,   ///< a record is another, or damaged
+    whole,   ///< all records agree
+    padded,  ///< the same, followed by zero bytes up to a full disk block
+    longer,  ///< all records agree, and more follows
+    remark,  ///< all values of text agree, and words follow, which readers ignore
+    so_far,  ///< text agrees up to a limit; the rest has not been read
+    cut,     ///< the file ends too early
+    other,   ///< a record differs or is damaged
   };
 
-  Agreement agreement = Agreement::whole;  ///< how far they agree
-  std::int64_t records = 0;                ///< records that agree, from the first on
-  std::string what = {};                   ///< unless whole: where and how, as part of a sentence
-  std::int64_t line = 0;                   ///< of text: up to where it may be so
+  Agreement agreement = Agreement::whole;  ///< kind of agreement
+  std::int64_t records = 0;                ///< agreeing records before the first that differs
+  std::string what = {};                   ///< unless whole: the difference as part of a sentence
+  std::int64_t line = 0;                   ///< of text: line up to which it agrees
   /// Expected size divided by actual size: in bytes for a binary file and for the record that
   /// differs, in values for text; 0 if unknown.
   double share = 0;
-  std::int64_t end = 0;  ///< of a binary file: byte behind the last record asked for
+  std::int64_t end = 0;  ///< of a binary file: expected size
 
-  /// Nothing is missing, and nothing follows but padding.
+  /// Nothing is missing, and nothing but padding follows.
   [[nodiscard]] bool whole() const {
     return agreement == Agreement::whole || agreement == Agreement::padded;
   }
 };
 
-/// True if all records are there and what follows them can be ignored.
+/// Whether all records agree and what follows them can be ignored.
 [[nodiscard]] bool only_followed(const Fit& fit, Encoding encoding);
 
 /// One interpretation of a file, and how far the file agrees with it.
 struct Reading {
-  std::variant<GridForm, RestartForm> form;  ///< as which it is taken
-  /// Extents of its blocks, of the file itself or of its grid; null if none are known.
+  std::variant<GridForm, RestartForm> form;  ///< the assumed form
+  /// Extents of the blocks, from the file or from its grid; null if unknown.
   std::shared_ptr<const Extents> extents = {};
-  bool own_extents = true;      ///< they stand in the file
-  std::int64_t records = 0;     ///< that it asks for
-  Fit fit = {};                 ///< how the file goes together with that
-  bool free_count = false;      ///< its variables are as many as fill the file, not a usual number
-  bool unknown_flag = false;    ///< of layout 101: a flag that announces nothing
-  bool checked = true;          ///< false where only the header could be compared
-  bool planar = false;          ///< a grid in two dimensions
-  std::string unreadable = {};  ///< why a file like this cannot be read: "layout ..., which ..."
+  bool own_extents = true;      ///< the extents are in the file
+  std::int64_t records = 0;     ///< expected records
+  Fit fit = {};                 ///< agreement of the file
+  bool free_count = false;      ///< the number of variables follows from the size, and is unusual
+  bool unknown_flag = false;    ///< layout 101: a flag has no meaning
+  bool checked = true;          ///< false if only the header could be compared
+  bool planar = false;          ///< a two-dimensional grid
+  std::string unreadable = {};  ///< why such a file cannot be read: "layout ..., which ..."
 
-  /// Taken as a grid, not as a restart file.
+  /// Whether the form is that of a grid.
   [[nodiscard]] bool is_grid() const { return std::holds_alternative<GridForm>(form); }
   /// The coding of its form.
   [[nodiscard]] const Coding& coding() const {
     return std::visit([](const auto& any) -> const Coding& { return any.coding; }, form);
   }
-  /// Its form, of a grid.
+  /// The form of a grid.
   [[nodiscard]] const GridForm& grid() const { return std::get<GridForm>(form); }
-  /// Its form, of a restart file.
+  /// The form of a restart file.
   [[nodiscard]] const RestartForm& restart() const { return std::get<RestartForm>(form); }
 };
 
 /// "grid, binary, ..." or "layout 2, unformatted, ..., sections 1-5".
 [[nodiscard]] std::string describe(const Reading& reading);
 
-/// What has been found out of a file.
+/// Result of a detection.
 struct Detection {
-  /// Readings that agree with the file. With one, the form is known; with several, it is
-  /// ambiguous.
+  /// Readings that agree with the file. With several the form is ambiguous.
   std::vector<Reading> fitting = {};
-  std::vector<Reading> nearest = {};  ///< where none fits: those that agree furthest
+  std::vector<Reading> nearest = {};  ///< if none fits: those that agree furthest
   /// @name Set if no reading is proven: parts of a sentence, or empty
   /// @{
   std::string foreign = {};    ///< a form that cannot be read: "is a grid in two dimensions, ..."
-  std::string damage = {};     ///< where the header is damaged
-  std::string beginning = {};  ///< what the file begins with
-  std::string planar = {};     ///< a form in two dimensions that is as long: "a grid in ..."
+  std::string damage = {};     ///< damage of the header
+  std::string beginning = {};  ///< beginning of the file
+  std::string planar = {};     ///< a two-dimensional form of the same length: "a grid in ..."
   /// @}
   std::int64_t size = 0;        ///< bytes of the file
-  std::int64_t bytes_read = 0;  ///< that it took
+  std::int64_t bytes_read = 0;  ///< bytes read from it
 
-  /// A reading has been compared with the file to its end.
+  /// Whether a reading has been compared with the whole file and agrees.
   [[nodiscard]] bool proven() const;
 };
 
-/// Thrown for a file that cannot be examined: one that cannot be opened or read, or that is not
-/// a regular file. `what()` is the path and the reason.
+/// Thrown for a file that cannot be opened or read, or is not a regular file. `what()` is the path
+/// and the reason.
 class FileError : public std::runtime_error {
  public:
   /// @param message  the path and the reason
@@ -102,47 +101,44 @@ class FileError : public std::runtime_error {
 };
 
 /// Detects the members of a file's form that are not stated. Text is read for less than two
-/// seconds, which is 200 MB at least in lines of three values. Readings that agree up to there fit
-/// `so_far`; `compare` looks at the rest. Of other files only headers, markers and the length are
-/// looked at. Memory: at most twice the tables of extents of the file and 64 MiB. Throws
-/// `FileError`.
+/// seconds, which is at least 200 MB in lines of three values. Readings that agree up to there fit
+/// `so_far`; `compare` reads all of it. Of other files only headers, markers and the length are
+/// examined. Memory: at most twice the extents in the file and 64 MiB. Throws `FileError`.
 [[nodiscard]] Detection detect_grid(const std::string& path, const StatedGridForm& stated = {});
-/// The same of a restart file.
+/// The same for a restart file.
 /// @param path    of the file
-/// @param stated  what is known of its form
-/// @param grid    extents of its grid, for layouts that hold none
+/// @param stated  known members of its form
+/// @param grid    extents of its grid, for layouts without extents
 [[nodiscard]] Detection detect_restart(const std::string& path,
                                        const StatedRestartForm& stated = {},
                                        const std::shared_ptr<const Extents>& grid = {});
-/// The same of a file of which nothing is known.
+/// The same for a file of unknown kind.
 [[nodiscard]] Detection detect_any(const std::string& path);
 
-/// Compares the records of a file with a form, of text all of it. Extents are read from the header
-/// of the file. Returns `Agreement::whole` without a comparison if the header is not valid in this
-/// form. Throws `FileError`.
+/// Compares the records of a file, and the whole of a text, with a form. Extents are read from its
+/// header. Returns `Agreement::whole` without a comparison if the header is invalid in this form.
+/// Throws `FileError`.
 [[nodiscard]] Fit compare(const std::string& path, const GridForm& form);
-/// The same of a restart file.
+/// The same for a restart file.
 /// @param path            of the file
 /// @param form            to compare it with
-/// @param grid            extents for layouts that hold none
-/// @param leading_record  whether the blocks begin with their triplets
+/// @param grid            extents for layouts without extents
+/// @param leading_record  whether blocks begin with their triplets
 [[nodiscard]] Fit compare(const std::string& path, const RestartForm& form,
                           const std::shared_ptr<const Extents>& grid, bool leading_record);
 
-/// The extents that the header of a file of this form holds; null where there are none. Throws
-/// `FileError`.
+/// The extents in the header of a file of this form; null if there are none. Throws `FileError`.
 [[nodiscard]] std::shared_ptr<const Extents> extents_in(const std::string& path,
                                                         const GridForm& form);
 /// @copydoc extents_in
 [[nodiscard]] std::shared_ptr<const Extents> extents_in(const std::string& path,
                                                         const RestartForm& form);
 
-/// True when every number of a text file becomes the same single-precision value directly and by
-/// way of double precision; false also for text that holds more than finite numbers. Throws
-/// `FileError`.
+/// Whether each number of a text file rounds to the same single-precision value directly and by way
+/// of double precision. False if an item is not a finite number. Throws `FileError`.
 [[nodiscard]] bool survives_double_precision(const std::string& path);
 
-/// Why single-precision records of layout 100 cannot be read as they are written.
+/// Why single-precision files of layout 100 cannot be read, as part of a sentence.
 inline constexpr const char* triplets_not_read =
     "begins its blocks with triplets, and single-precision files of layout 100 are read without; "
     "write it in double precision or as text";

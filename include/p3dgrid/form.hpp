@@ -10,7 +10,7 @@
 
 #pragma GCC visibility push(default)
 
-/// The form of a grid or restart file, which has to be known to read it and is not stored in it.
+/// The form of a grid or restart file: what must be known to read it and is not stored in it.
 namespace p3dgrid {
 
 /// How a file holds its records. The values are the module's file-format codes.
@@ -23,7 +23,7 @@ enum class Encoding : std::int32_t {
 /// Size of the reals of an unformatted or binary file.
 enum class Precision : std::uint8_t { single_precision, double_precision };
 
-/// Of integers, reals and record markers.
+/// Byte order of integers, reals and record markers.
 using ByteOrder = std::endian;
 
 /// Layouts of restart files. The values are the module's restart layout codes.
@@ -37,21 +37,20 @@ enum class Layout : std::int32_t {
   bare = 102,
 };
 
-/// The variables `first` to `last` of a restart file, counted from 1, that one record holds; none
-/// if the last is below the first.
+/// The variables `first` to `last` of a restart file, which one record holds.
 struct Section {
   std::int32_t first = 1;  ///< from 1
-  std::int32_t last = 0;   ///< below the first for none
+  std::int32_t last = 0;   ///< less than `first` for none
 
-  /// How many they are.
+  /// Number of variables.
   [[nodiscard]] constexpr std::int64_t variables() const {
     return last < first ? 0 : std::int64_t{last} - first + 1;
   }
-  /// Both ends alike.
+  /// Compares both ends.
   friend bool operator==(const Section&, const Section&) = default;
 };
 
-/// How the variables of a block are spread over records, in file order.
+/// The sections of a block in file order.
 using Sections = std::vector<Section>;
 
 /// Number of variables in all sections.
@@ -64,10 +63,10 @@ inline constexpr std::int32_t solution_variables = 5;
 template <class Value>
 struct Member {
   const char* name;                ///< "format"
-  std::span<const Value> choices;  ///< its possible values; empty where they are not few
-  const char* meaning;             ///< what it says of a file
-  bool only_in_records = false;    ///< text has none
-  bool only_in_restarts = false;   ///< grids have none
+  std::span<const Value> choices;  ///< its possible values; empty if they cannot be listed
+  const char* meaning;             ///< description of its values
+  bool only_in_records = false;    ///< meaningless for text
+  bool only_in_restarts = false;   ///< meaningless for grids
 };
 
 extern const Member<Encoding> encoding_member;        ///< how records are held
@@ -86,11 +85,11 @@ extern const Member<std::optional<Sections>> sections_member;  ///< variables of
 [[nodiscard]] const char* name_of(Layout layout);        ///< @copydoc name_of
 [[nodiscard]] const char* name_of(bool choice);          ///< @copydoc name_of
 
-/// Holder of a known member; `std::optional` is the holder of one that may be stated.
+/// Holder of a known member. The holder of one that may be stated is `std::optional`.
 template <class T>
 using Known = T;
 
-/// Initial value of a member: `value` if it is known, none if it may be stated.
+/// Initial value of a member: `value` for `Known`, none for `std::optional`.
 template <class Held, class Value>
 constexpr Held unless_stated(Value value) {
   if constexpr (std::is_same_v<Held, Value>) {
@@ -100,8 +99,8 @@ constexpr Held unless_stated(Value value) {
   }
 }
 
-/// How the numbers of a file are coded. A new member is added here and in `for_each_member`, which
-/// options, comparison, messages and JSON iterate over.
+/// How the numbers of a file are coded. New members must be added to `for_each_member`, which
+/// options, comparison, messages and JSON use.
 template <template <class> class Holder>
 struct BasicCoding {
   Holder<Encoding> encoding = {};    ///< how records are held
@@ -117,17 +116,17 @@ struct BasicCoding {
     visit(byte_order_member, codings.byte_order...);
   }
 
-  /// Member by member.
+  /// Compares all members.
   friend bool operator==(const BasicCoding&, const BasicCoding&) = default;
 };
 using Coding = BasicCoding<Known>;                ///< of a file
-using StatedCoding = BasicCoding<std::optional>;  ///< as far as it is known beforehand
+using StatedCoding = BasicCoding<std::optional>;  ///< the known members
 
 /// Whether the file is list-directed text.
 [[nodiscard]] constexpr bool is_text(const Coding& coding) {
   return coding.encoding == Encoding::formatted;
 }
-/// Whether the file holds 64-bit reals. Text holds digits, whatever the precision.
+/// Whether the file holds 64-bit reals; false for text.
 [[nodiscard]] constexpr bool holds_doubles(const Coding& coding) {
   return !is_text(coding) && coding.precision == Precision::double_precision;
 }
@@ -152,23 +151,23 @@ struct BasicGridForm {
     visit(iblank_member, forms.iblank...);
   }
 
-  /// Member by member.
+  /// Compares all members.
   friend bool operator==(const BasicGridForm&, const BasicGridForm&) = default;
 };
 using GridForm = BasicGridForm<Known>;  ///< of a grid file
 
-/// What is known of a grid file's form beforehand; the rest is to be found out.
+/// The known members of a grid file's form; the others are detected.
 using StatedGridForm = BasicGridForm<std::optional>;
 
 /// The form of a restart file.
 template <template <class> class Holder>
 struct BasicRestartForm {
-  /// Which records it has.
+  /// Determines its records.
   Holder<Layout> layout = unless_stated<Holder<Layout>>(Layout::solution);
   BasicCoding<Holder> coding = {};  ///< of its numbers
   /// Layouts 2 and 3: the file begins with its block count.
   Holder<bool> multiblock = unless_stated<Holder<bool>>(true);
-  /// Where none are stated, the usual ones: variables 1 to 5, or all of a function file.
+  /// None for the usual ones: variables 1 to 5, or all of a function file.
   std::optional<Sections> sections = {};
 
   /// Calls `visit(member, its value in each form...)` for every member.
@@ -180,28 +179,28 @@ struct BasicRestartForm {
     visit(sections_member, forms.sections...);
   }
 
-  /// Member by member.
+  /// Compares all members.
   friend bool operator==(const BasicRestartForm&, const BasicRestartForm&) = default;
 };
 using RestartForm = BasicRestartForm<Known>;                ///< of a restart file
-using StatedRestartForm = BasicRestartForm<std::optional>;  ///< as far as it is known beforehand
+using StatedRestartForm = BasicRestartForm<std::optional>;  ///< the known members
 
-/// The form with every member that is stated in the place of its own.
+/// The form with its members replaced by those that are stated.
 [[nodiscard]] GridForm applied_to(GridForm form, const StatedGridForm& stated);
 /// @copydoc applied_to
 [[nodiscard]] RestartForm applied_to(RestartForm form, const StatedRestartForm& stated);
 
-/// Everything of a form, as if it had been stated.
+/// The form with all members stated.
 [[nodiscard]] StatedGridForm stated_as(const GridForm& form);
 /// @copydoc stated_as
 [[nodiscard]] StatedRestartForm stated_as(const RestartForm& form);
 
-/// Whether nothing is left to be found out.
+/// Whether all members that matter are stated.
 [[nodiscard]] bool says_all(const StatedGridForm& stated);
 /// @copydoc says_all
 [[nodiscard]] bool says_all(const StatedRestartForm& stated);
 
-/// For people: "unformatted, little-endian, single precision", "formatted".
+/// "unformatted, little-endian, single precision" or "formatted".
 [[nodiscard]] std::string describe(const Coding& coding);
 /// "binary, little-endian, double precision, multi-block, with blanking".
 [[nodiscard]] std::string describe(const GridForm& form);
@@ -210,7 +209,7 @@ using StatedRestartForm = BasicRestartForm<std::optional>;  ///< as far as it is
 /// "1-5,6-7".
 [[nodiscard]] std::string describe(const Sections& sections);
 
-/// Points of each block in the three directions.
+/// Number of points of each block in the three directions.
 struct Extents {
   std::vector<std::int32_t> i;  ///< an entry per block
   std::vector<std::int32_t> j;  ///< an entry per block
@@ -231,13 +230,13 @@ struct Extents {
     return sum;
   }
 
-  /// "49x25x5", the block counted from 0.
+  /// Extents of a block, counted from 0, such as "49x25x5".
   [[nodiscard]] std::string text_of(std::size_t block) const {
     return std::to_string(i[block]) + "x" + std::to_string(j[block]) + "x" +
            std::to_string(k[block]);
   }
 
-  /// Block by block.
+  /// Compares all blocks.
   friend bool operator==(const Extents&, const Extents&) = default;
 };
 

@@ -4,22 +4,21 @@
 #include <iterator>
 
 #include "detect/planar.hpp"
-#include "detect/words.hpp"
 
 namespace p3dgrid {
 namespace {
 
-/// Whether the words at the end of the last block of a binary file are plausible blanking values.
-/// Binary files have no markers, so only the length and these words can be checked.
-bool blanking_is_one(Evidence& file, const Reading& reading) {
+/// Whether the last block of a binary file ends with plausible blanking values. Without markers
+/// nothing but the length and these values can be checked.
+bool has_plausible_blanking(Evidence& file, const Reading& reading) {
   const std::int64_t points = reading.extents->points_of(reading.extents->i.size() - 1);
-  return look_at_words(file, reading.fit.end - 4 * points, points, reading.coding().byte_order)
+  return file.sample_integers(reading.fit.end - 4 * points, points, reading.coding().byte_order)
       .small;
 }
 
 }  // namespace
 
-// Text has neither precision nor byte order; one of each stands for all.
+// Text has neither precision nor byte order; any will do.
 std::vector<Coding> codings_of(Evidence& file, const StatedCoding& stated) {
   constexpr auto other =
       ByteOrder::native == ByteOrder::little ? ByteOrder::big : ByteOrder::little;
@@ -33,7 +32,7 @@ std::vector<Coding> codings_of(Evidence& file, const StatedCoding& stated) {
                                             file.all_records_sound(ByteOrder::big));
   std::vector<Coding> codings;
   for (const Encoding e : choices(stated.encoding, {Encoding::unformatted, Encoding::binary})) {
-    // Values do not look like matching markers throughout a file.
+    // Values never look like matching markers throughout a file.
     if (markers && e == Encoding::binary) continue;
     for (const ByteOrder o : choices(stated.byte_order, {ByteOrder::native, other})) {
       for (const Precision p :
@@ -93,8 +92,8 @@ std::vector<Reading> grid_readings(Evidence& file, const StatedGridForm& stated,
     const bool by_length =
         reading.coding().encoding == Encoding::binary && reading.fit.whole() && reading.is_grid();
     if (by_length && !reading.grid().iblank) {
-      std::ranges::move(with_planar_twin(file, reading, stated), std::back_inserter(possible));
-    } else if (!by_length || stated.iblank || blanking_is_one(file, reading)) {
+      std::ranges::move(with_planar_reading(file, reading, stated), std::back_inserter(possible));
+    } else if (!by_length || stated.iblank || has_plausible_blanking(file, reading)) {
       possible.push_back(std::move(reading));
     }
   }

@@ -6,35 +6,42 @@
 
 namespace p3dgrid {
 
-/// A reading of a file and the records that it expects.
 struct Candidate {
   Reading reading;
   FilePlan plan;
 };
 
-/// The codings that are possible of a file and have not been ruled out by what is stated.
+/// The possible codings of a file that agree with what is stated.
 [[nodiscard]] std::vector<Coding> codings_of(Evidence& file, const StatedCoding& stated);
 
-/// All readings of the file as a grid whose header is plausible.
+/// All readings of the file as a grid with a plausible header.
 [[nodiscard]] std::vector<Candidate> grid_candidates(Evidence& file, const StatedGridForm& stated,
                                                      EmptyBlocks empty);
 
-/// Compares candidates with the file, those of one coding side by side.
+/// Compares candidates with the file, those of one coding in one pass.
 [[nodiscard]] std::vector<Reading> fitted(Evidence& file, std::vector<Candidate> candidates);
 
-/// The readings of a grid, and two-dimensional grids of the same length where they are possible.
+/// Removes or adds readings that only the values can tell apart: blanking values in binary files,
+/// and two-dimensional grids of the same length.
 [[nodiscard]] std::vector<Reading> grid_readings(Evidence& file, const StatedGridForm& stated,
                                                  std::vector<Reading> readings);
 
-/// All readings of the file as a restart file whose header is plausible, compared with the file.
+/// All readings of the file as a restart file with a plausible header, compared with the file.
 /// @param grid    extents of its grid, for layouts that hold none
-/// @param others  candidates of another kind, to be compared with text in the same pass
+/// @param others  candidates of another kind, to compare with text in the same pass
 [[nodiscard]] std::vector<Reading> restart_readings(Evidence& file, const StatedRestartForm& stated,
                                                     const std::shared_ptr<const Extents>& grid,
                                                     EmptyBlocks empty,
                                                     std::vector<Candidate> others = {});
 
-/// The values that a choice leaves open.
+/// Selects the readings that agree with the file: first those that agree to the last byte, then
+/// unformatted ones followed by further records, then those of which only the header could be
+/// compared. If there is none, selects those that agree furthest.
+/// @param grid  extents of the grid if known; readings with these extents are preferred
+[[nodiscard]] Detection select_readings(std::vector<Reading> readings,
+                                        const std::shared_ptr<const Extents>& grid);
+
+/// The possible values of a choice that may be stated.
 template <class Choice>
 [[nodiscard]] std::vector<Choice> choices(const std::optional<Choice>& stated,
                                           std::vector<Choice> all) {

@@ -3,19 +3,16 @@
 #include <algorithm>
 
 #include "detect/candidates.hpp"
-#include "detect/foreign.hpp"
-#include "detect/header_damage.hpp"
+#include "detect/diagnosis.hpp"
 #include "detect/planar.hpp"
 #include "detect/section_search.hpp"
-#include "detect/verdict.hpp"
 
 namespace p3dgrid {
 namespace {
 
-/// Work on text that takes less than two seconds.
-constexpr std::int64_t most_text = 1'800'000'000;
+/// Limit on work on text, less than two seconds.
+constexpr std::int64_t most_text_work = 1'800'000'000;
 
-/// Whether at least one record of some reading agrees with the file.
 bool is_supported(const Detection& found) {
   return found.proven() || std::ranges::any_of(found.nearest, [](const Reading& reading) {
            return reading.fit.records > 0;
@@ -24,14 +21,14 @@ bool is_supported(const Detection& found) {
 
 /// Selects the readings that agree, and describes the file otherwise if none is proven. Readings
 /// with empty blocks are tried last.
-/// @param readings  takes `EmptyBlocks`
+/// @param readings  function of `EmptyBlocks`
 template <class Readings>
 Detection detect(Evidence& file, const std::shared_ptr<const Extents>& grid, Readings readings) {
-  file.limit_text(most_text);
-  Detection found = judge(readings(EmptyBlocks::refused), grid);
+  file.limit_text(most_text_work);
+  Detection found = select_readings(readings(EmptyBlocks::refused), grid);
   if (!found.proven() && file.size() > 0) {
     std::string foreign = foreign_form(file);
-    if (foreign.empty()) found = judge(readings(EmptyBlocks::taken), grid);
+    if (foreign.empty()) found = select_readings(readings(EmptyBlocks::accepted), grid);
     found.foreign = std::move(foreign);
     if (!is_supported(found)) found.damage = header_damage(file);
     found.beginning = beginning_of(file);
@@ -58,7 +55,7 @@ std::string describe(const Reading& reading) {
 }
 
 Detection detect_grid(const std::string& path, const StatedGridForm& stated) {
-  return looking_into(path, [&](Evidence& file) {
+  return with_evidence(path, [&](Evidence& file) {
     return detect(file, nullptr, [&](EmptyBlocks empty) {
       return grid_readings(file, stated, fitted(file, grid_candidates(file, stated, empty)));
     });
@@ -67,14 +64,14 @@ Detection detect_grid(const std::string& path, const StatedGridForm& stated) {
 
 Detection detect_restart(const std::string& path, const StatedRestartForm& stated,
                          const std::shared_ptr<const Extents>& grid) {
-  return looking_into(path, [&](Evidence& file) {
+  return with_evidence(path, [&](Evidence& file) {
     return detect(file, grid,
                   [&](EmptyBlocks empty) { return restart_readings(file, stated, grid, empty); });
   });
 }
 
 Detection detect_any(const std::string& path) {
-  return looking_into(path, [&](Evidence& file) {
+  return with_evidence(path, [&](Evidence& file) {
     return detect(file, nullptr, [&](EmptyBlocks empty) {
       return grid_readings(
           file, {}, restart_readings(file, {}, nullptr, empty, grid_candidates(file, {}, empty)));
@@ -83,11 +80,11 @@ Detection detect_any(const std::string& path) {
 }
 
 Fit compare(const std::string& path, const GridForm& form) {
-  return looking_into(path, [&](Evidence& file) {
-    const auto outline = file.grid_outline(form.coding, form.multiblock, EmptyBlocks::taken);
+  return with_evidence(path, [&](Evidence& file) {
+    const auto outline = file.grid_outline(form.coding, form.multiblock, EmptyBlocks::accepted);
     if (!outline) return Fit{};
     Fit fit = file.fit(form.coding, FilePlan(outline->sizes, outline->extents, form.iblank));
-    if (fit.whole() && is_planar_twin(file, form, *outline->extents)) {
+    if (fit.whole() && is_planar_instead(file, form, *outline->extents)) {
       fit.agreement = Fit::Agreement::other;
       fit.what = "the file holds integers in the place of its third coordinates";
     }
@@ -97,11 +94,11 @@ Fit compare(const std::string& path, const GridForm& form) {
 
 Fit compare(const std::string& path, const RestartForm& form,
             const std::shared_ptr<const Extents>& grid, bool leading_record) {
-  return looking_into(path, [&](Evidence& file) {
-    const auto outline = file.restart_outline(form, EmptyBlocks::taken);
+  return with_evidence(path, [&](Evidence& file) {
+    auto outline = file.restart_outline(form, EmptyBlocks::accepted);
     if (!outline) return Fit{};
-    const auto& extents = outline->extents ? outline->extents : grid;
-    const SectionSearch search{file, form, *outline, extents, leading_record};
+    const auto extents = outline->extents ? outline->extents : grid;
+    const SectionSearch search{file, form, std::move(*outline), extents, leading_record};
     if (!extents || (form.sections && !can_have_stated_sections(search))) {
       return Fit{.agreement = Fit::Agreement::other,
                  .what = extents ? "its blocks cannot have these sections" : "holds no extents"};
@@ -111,15 +108,15 @@ Fit compare(const std::string& path, const RestartForm& form,
 }
 
 std::shared_ptr<const Extents> extents_in(const std::string& path, const GridForm& form) {
-  return looking_into(path, [&](Evidence& file) {
-    const auto outline = file.grid_outline(form.coding, form.multiblock, EmptyBlocks::taken);
+  return with_evidence(path, [&](Evidence& file) {
+    const auto outline = file.grid_outline(form.coding, form.multiblock, EmptyBlocks::accepted);
     return outline ? outline->extents : nullptr;
   });
 }
 
 std::shared_ptr<const Extents> extents_in(const std::string& path, const RestartForm& form) {
-  return looking_into(path, [&](Evidence& file) {
-    const auto outline = file.restart_outline(form, EmptyBlocks::taken);
+  return with_evidence(path, [&](Evidence& file) {
+    const auto outline = file.restart_outline(form, EmptyBlocks::accepted);
     return outline ? outline->extents : nullptr;
   });
 }

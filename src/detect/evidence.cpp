@@ -2,18 +2,17 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdlib>
 #include <filesystem>
 #include <string_view>
-#include <system_error>
 #include <utility>
 
 #include "detect/fit.hpp"
-#include "recordio/read_error.hpp"
 
 namespace p3dgrid {
 namespace {
 
-/// Markers are far apart, except that behind a record and that before the next.
+/// Only the markers after a record and before the next are adjacent.
 constexpr std::size_t marker_buffer = 128;
 constexpr std::size_t text_buffer = std::size_t{256} * 1024;
 
@@ -36,13 +35,13 @@ Evidence::Evidence(const std::string& path)
 
 recordio::InputFile& Evidence::text() {
   if (!text_file_) text_file_.emplace(path_, text_buffer);
-  text_file_->go_to(0);
+  text_file_->seek(0);
   return *text_file_;
 }
 
 std::string Evidence::beginning(std::int64_t count) {
   std::string bytes(static_cast<std::size_t>(std::min(count, size_)), '\0');
-  file_.go_to(0);
+  file_.seek(0);
   file_.read(bytes.data(), std::ssize(bytes));
   return bytes;
 }
@@ -61,18 +60,18 @@ bool Evidence::begins_with_text() {
 bool Evidence::all_records_sound(ByteOrder order) {
   const auto known = sound_.find(order);
   if (known != sound_.end()) return known->second;
-  const auto look = [&] {
-    constexpr int proof = 1000;
+  const auto check = [&] {
+    constexpr int most_records = 1000;
     recordio::RecordScanner scanner = records(order);
     auto record = scanner.next();
-    // A file of zeros would be an endless list of empty records.
+    // A file of zeros looks like empty records.
     if (!record || record->length == 0) return false;
-    for (int n = 0; n < proof && record; ++n, record = scanner.next()) {
+    for (int n = 0; n < most_records && record; ++n, record = scanner.next()) {
       if (!record->sound()) return false;
     }
     return true;
   };
-  return sound_[order] = look();
+  return sound_[order] = check();
 }
 
 std::int64_t Evidence::text_lines() {
@@ -80,7 +79,7 @@ std::int64_t Evidence::text_lines() {
   recordio::InputFile lines(path_, text_buffer);
   lines.end_at(text_work_ / 4);
   std::int64_t count = 0;
-  for (bool blank = true; !lines.at_end(); lines.use_up_to(lines.end())) {
+  for (bool blank = true; !lines.at_end(); lines.consume_to(lines.end())) {
     for (const char c : std::string_view(lines.begin(), lines.end())) {
       if (c > ' ' && std::exchange(blank, false)) ++count;
       if (c == '\n') blank = true;
@@ -90,13 +89,30 @@ std::int64_t Evidence::text_lines() {
   return count;
 }
 
+IntegerSample Evidence::sample_integers(std::int64_t begin, std::int64_t count, ByteOrder order) {
+  // More than any number of blocks, and less than a single-precision NaN taken for an integer.
+  constexpr std::int64_t largest_small = 1 << 20;
+  constexpr std::int64_t runs = 16;
+  constexpr std::int64_t run_length = 64;
+  IntegerSample sample{.all = count <= runs * run_length};
+  const std::int64_t distance = sample.all ? run_length : (count - run_length) / (runs - 1);
+  for (std::int64_t n = 0; n < std::min(count, runs * run_length) && sample.small; ++n) {
+    const std::int64_t index = n / run_length * distance + n % run_length;
+    const auto word = integer(begin + 4 * index, order);
+    if (!word) continue;  // the file has become shorter
+    sample.zero = sample.zero && *word == 0;
+    sample.small = std::abs(std::int64_t{*word}) <= largest_small;
+  }
+  return sample;
+}
+
 bool Evidence::has_readable_header(const Coding& coding) {
   const std::pair key(coding.encoding, coding.byte_order);
   const auto known = readable_header_.find(key);
   if (known != readable_header_.end()) return known->second;
-  const auto look = [&] {
+  const auto check = [&] {
     constexpr std::int64_t longest_line = std::int64_t{64} * 1024;
-    constexpr int most_header_records = 4;  // in front of records for each block
+    constexpr int most_header_records = 4;  // before the records of the blocks
     if (is_text(coding)) {
       return size_ <= longest_line || beginning(longest_line).find('\n') != std::string::npos;
     }
@@ -108,13 +124,13 @@ bool Evidence::has_readable_header(const Coding& coding) {
     }
     return !record || !record->has_many_subrecords;
   };
-  return readable_header_[key] = look();
+  return readable_header_[key] = check();
 }
 
 std::vector<Fit> Evidence::fit(const Coding& coding, std::span<FilePlan> plans) {
   if (is_text(coding)) {
     TextCount count;
-    // Text may have to be compared again, with other plans.
+    // Half of the work is left for another comparison with other plans.
     std::vector<Fit> fits = fit_of_text(text(), plans, text_work_ / 2, count);
     text_work_ -= count.work;
     text_values_ = count.whole ? std::optional(count.values) : std::nullopt;

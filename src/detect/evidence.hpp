@@ -16,19 +16,26 @@
 namespace p3dgrid {
 
 /// Whether readings may have blocks without points. They are tried only if no other reading agrees,
-/// and only with a limited number of blocks, because a run of zeros looks like any number of them.
-enum class EmptyBlocks : bool { refused, taken };
+/// and only with a limited number of blocks, because zeros look like any number of them.
+enum class EmptyBlocks : bool { refused, accepted };
 
-/// What a header says of the records that follow, and the sizes of its own.
+/// The contents of a header and the sizes of its records.
 struct Outline {
   std::int32_t blocks = 1;
-  std::shared_ptr<const Extents> extents;  ///< null where the header has none
+  std::shared_ptr<const Extents> extents;  ///< null if the header has none
   std::vector<std::int32_t> functions;     ///< variables of each block, layout 3 only
-  std::int32_t older_levels = 0;           ///< layout 0: records behind each block
+  std::int32_t older_levels = 0;           ///< layout 0: records of older levels per block
   HeaderSizes sizes;
 };
 
-/// The file being examined, and what is known of it so far.
+/// A sample of 32-bit words.
+struct IntegerSample {
+  bool small = true;  ///< all could be flags or block numbers; reals taken for integers rarely are
+  bool zero = true;   ///< all are zero, so they could be reals as well
+  bool all = true;    ///< the sample contains all words
+};
+
+/// The file being examined, and cached results about it.
 class Evidence {
  public:
   /// Throws `FileError`.
@@ -38,11 +45,11 @@ class Evidence {
   [[nodiscard]] std::int64_t bytes_read() const {
     return file_.bytes_taken() + (text_file_ ? text_file_->bytes_taken() : 0);
   }
-  /// The file, to be read from wherever `go_to` goes, a few bytes at a time.
+  /// The file with a small buffer, for reads of a few bytes after `seek`.
   recordio::InputFile& file() { return file_; }
-  /// The same through a large buffer, from its beginning.
+  /// The file with a large buffer, at its beginning.
   recordio::InputFile& text();
-  /// Limits the work of all that `fit` and `text_lines` do with text.
+  /// Limits the work of `fit` and `text_lines` on text.
   void limit_text(std::int64_t work) { text_work_ = work; }
 
   /// The first bytes of the file, at most `count`.
@@ -56,23 +63,26 @@ class Evidence {
   /// Number of lines of text that are not blank.
   [[nodiscard]] std::int64_t text_lines();
 
-  /// Whether a header can be read at all, in bounded time: unformatted header records are not
-  /// chains of many sub-records, and the first line of text has an end within 64 KiB.
+  /// Whether the header can be read in bounded time: unformatted header records are not chains of
+  /// many sub-records, and the first line of text ends within 64 KiB.
   [[nodiscard]] bool has_readable_header(const Coding& coding);
 
   [[nodiscard]] recordio::RecordScanner records(ByteOrder order) { return {file_, order, size_}; }
-  /// The integer at a byte; none behind the end of the file.
+  /// The integer at a byte; none beyond the end of the file.
   [[nodiscard]] std::optional<std::int32_t> integer(std::int64_t offset, ByteOrder order) {
     if (offset < 0 || offset > size_ - 4) return std::nullopt;
     return recordio::integer_at(file_, offset, order);
   }
+  /// Samples `count` integers from byte `begin` on.
+  [[nodiscard]] IntegerSample sample_integers(std::int64_t begin, std::int64_t count,
+                                              ByteOrder order);
 
-  /// The header of a grid; none where it cannot be one: a block count below 1 or beyond what the
-  /// file has room for, negative extents, more points than any machine holds.
-  /// @param planar  with i and j extents alone; those in k are 1 then
+  /// The header of a grid; none if it is invalid: a block count below 1 or too large for the file,
+  /// negative extents, more than 2^36 points.
+  /// @param planar  the header holds i and j extents only; those in k are 1
   [[nodiscard]] std::optional<Outline> grid_outline(const Coding& coding, bool multiblock,
                                                     EmptyBlocks empty, bool planar = false);
-  /// The header of a restart file likewise.
+  /// The same of a restart file.
   [[nodiscard]] std::optional<Outline> restart_outline(const RestartForm& form, EmptyBlocks empty);
 
   /// Compares the file with plans of one coding. The plans are consumed.
@@ -81,9 +91,9 @@ class Evidence {
     return fit(coding, std::span(&plan, 1)).front();
   }
 
-  /// Of text: all values, counted by the last `fit`; none where it has not come to the end.
+  /// Number of all values of text according to the last `fit`; none if that reached its limit.
   [[nodiscard]] std::optional<std::int64_t> text_values() const { return text_values_; }
-  /// Of text: lines that hold a value more where a record begins with them.
+  /// Lines of text that begin with a comma, and so hold one more value if a record begins there.
   [[nodiscard]] std::int64_t text_commas() const { return text_commas_; }
 
  private:
@@ -100,12 +110,12 @@ class Evidence {
   std::int64_t text_commas_ = 0;
 };
 
-/// Runs `look` on a file and turns errors of the system into `FileError`.
-template <class Look>
-auto looking_into(const std::string& path, Look look) {
+/// Examines a file with `examine`. Throws `FileError` for errors of the system.
+template <class Examine>
+auto with_evidence(const std::string& path, Examine examine) {
   try {
     Evidence file(path);
-    return look(file);
+    return examine(file);
   } catch (const recordio::SystemError& failure) {
     throw FileError(path + ": " + std::generic_category().message(failure.error));
   } catch (const recordio::ReadError& failure) {

@@ -6,17 +6,17 @@ namespace p3dgrid {
 namespace {
 
 using Agreement = Fit::Agreement;
+using recordio::marker_bytes;
 using recordio::ScannedRecord;
 
-constexpr std::int64_t marker_bytes = 4;
 constexpr std::int64_t disk_block = 512;
 
-/// Whether the rest of the file is zeros that fill its last disk block, as some systems write.
+/// Whether the rest of the file is zeros that fill its last disk block.
 bool is_padding(Evidence& file, std::int64_t begin) {
   const std::int64_t size = file.size();
   if (size <= begin || size - begin >= disk_block || size % disk_block != 0) return false;
   std::array<char, disk_block> rest{};
-  file.file().go_to(begin);
+  file.file().seek(begin);
   file.file().read(rest.data(), size - begin);
   return std::all_of(rest.begin(), rest.begin() + (size - begin), [](char c) { return c == 0; });
 }
@@ -74,12 +74,12 @@ Fit fit_of_records(Evidence& file, const Coding& coding, FilePlan& plan) {
     Fit fit = fit_of_record(*record, size->bytes(coding), agreeing, plan);
     if (!fit.whole()) return fit;
     if (size->kind == BodyRecordKind::flag) {
-      plan.take_flag(file.integer(record->offset + marker_bytes, coding.byte_order).value_or(0));
+      plan.set_flag(file.integer(record->offset + marker_bytes, coding.byte_order).value_or(0));
     }
     ++agreeing;
     end = record->end;
   }
-  if (plan.chain_without_end()) {
+  if (plan.unterminated_chain()) {
     return {Agreement::other, agreeing, chain_text};
   }
   if (end == file.size()) return {Agreement::whole, agreeing, ""};
@@ -92,12 +92,12 @@ Fit fit_of_length(Evidence& file, const Coding& coding, FilePlan& plan) {
   std::int64_t expected = 0;
   while (const auto size = plan.next()) {
     if (size->kind == BodyRecordKind::flag) {
-      plan.take_flag(file.integer(expected, coding.byte_order).value_or(end_of_extensions));
+      plan.set_flag(file.integer(expected, coding.byte_order).value_or(end_of_extensions));
     }
     expected += size->bytes(coding);
   }
   const double share = share_of(expected, file.size());
-  if (plan.chain_without_end()) {
+  if (plan.unterminated_chain()) {
     return {.agreement = Agreement::other, .what = chain_text};
   }
   if (file.size() == expected) return {.share = share, .end = expected};

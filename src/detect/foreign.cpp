@@ -1,18 +1,17 @@
-#include "detect/foreign.hpp"
-
 #include <algorithm>
 
 #include "detect/candidates.hpp"
+#include "detect/diagnosis.hpp"
 #include "detect/fit.hpp"
 #include "detect/planar.hpp"
 
 namespace p3dgrid {
 namespace {
 
-constexpr std::int64_t marker_bytes = 4;
+using recordio::marker_bytes;
 
-/// The grid with its blocks in pieces: k planes, or one for each coordinate.
-FilePlan in_pieces(const Outline& outline, bool planes) {
+/// The grid with several records per block: one for each k plane, or one for each coordinate.
+FilePlan split_blocks(const Outline& outline, bool planes) {
   HeaderSizes sizes = outline.sizes;
   const Extents& extents = *outline.extents;
   for (std::size_t b = 0; b < extents.i.size(); ++b) {
@@ -22,13 +21,13 @@ FilePlan in_pieces(const Outline& outline, bool planes) {
   return {std::move(sizes), std::make_shared<const Extents>(), false};
 }
 
-bool is_in_pieces(Evidence& file, const Coding& coding, bool multiblock) {
+bool has_split_blocks(Evidence& file, const Coding& coding, bool multiblock) {
   const auto outline = file.grid_outline(coding, multiblock, EmptyBlocks::refused);
-  return outline && (file.fit(coding, in_pieces(*outline, true)).whole() ||
-                     file.fit(coding, in_pieces(*outline, false)).whole());
+  return outline && (file.fit(coding, split_blocks(*outline, true)).whole() ||
+                     file.fit(coding, split_blocks(*outline, false)).whole());
 }
 
-/// The 64-bit integer at an offset if it fits 31 bits, else 0.
+/// The 64-bit integer at an offset if it has at most 31 bits, else 0.
 std::int32_t wide_integer(Evidence& file, std::int64_t offset, ByteOrder order) {
   const bool big = order == ByteOrder::big;
   const auto low = file.integer(offset + (big ? 4 : 0), order);
@@ -36,7 +35,7 @@ std::int32_t wide_integer(Evidence& file, std::int64_t offset, ByteOrder order) 
   return low && high && *high == 0 ? std::max(*low, 0) : 0;
 }
 
-/// A count in a record, and behind it a record of as many extents.
+/// Whether the file begins with 64-bit block count and extents.
 bool has_wide_integers(Evidence& file, ByteOrder order) {
   constexpr std::int64_t bytes = 8;
   recordio::RecordScanner records = file.records(order);
@@ -56,8 +55,8 @@ bool has_wide_markers(Evidence& file, ByteOrder order) {
          wide_integer(file, behind + bytes, order) > 0;
 }
 
-/// A solution whose record of extents goes on with two integers, the number of variables and that
-/// of species among them, and whose blocks begin with more than four parameters.
+/// A solution whose record of extents ends with the numbers of variables and of species, and whose
+/// blocks begin with more than four parameters. Empty for other files.
 std::string overflow_solution(Evidence& file, const Coding& coding) {
   recordio::RecordScanner records = file.records(coding.byte_order);
   auto record = records.next();
@@ -92,10 +91,10 @@ std::string overflow_solution(Evidence& file, const Coding& coding) {
          "with four flow parameters can";
 }
 
-/// Of unformatted files.
-std::string other_records(Evidence& file, const Coding& coding) {
+/// Unsupported forms of unformatted files.
+std::string unsupported_records(Evidence& file, const Coding& coding) {
   if (std::string what = overflow_solution(file, coding); !what.empty()) return what;
-  if (is_in_pieces(file, coding, true) || is_in_pieces(file, coding, false)) {
+  if (has_split_blocks(file, coding, true) || has_split_blocks(file, coding, false)) {
     return "has the values of a block in several records, by k planes or by coordinates; only one "
            "record for each block can be read";
   }
@@ -108,7 +107,7 @@ std::string other_records(Evidence& file, const Coding& coding) {
   return "";
 }
 
-/// Carriage returns alone end no line for any Fortran program, and all of the text is one.
+/// For Fortran programs text whose lines end with carriage returns alone is one line.
 bool has_bare_returns(Evidence& file) {
   if (!file.begins_with_text()) return false;
   const std::string start = file.beginning(1 << 16);
@@ -127,7 +126,7 @@ std::string foreign_form(Evidence& file) {
     const std::string planar = planar_form(file, coding);
     if (!planar.empty()) return "is " + planar + ", which " + planar_not_read;
     if (coding.encoding != Encoding::unformatted) continue;
-    if (std::string what = other_records(file, coding); !what.empty()) return what;
+    if (std::string what = unsupported_records(file, coding); !what.empty()) return what;
   }
   return "";
 }

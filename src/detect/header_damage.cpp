@@ -1,45 +1,42 @@
-#include "detect/header_damage.hpp"
-
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstdio>
 #include <string_view>
 
+#include "detect/diagnosis.hpp"
 #include "detect/fit.hpp"
+#include "recordio/number_text.hpp"
 
 namespace p3dgrid {
 namespace {
 
-constexpr std::int64_t marker_bytes = 4;
+using recordio::marker_bytes;
+
 constexpr std::int64_t integer_bytes = 4;
 constexpr std::int64_t extents_bytes = 3 * integer_bytes;
 
-std::string text_of(std::int64_t number) {
-  return std::to_string(number);
-}
-
-/// Length of the record at that byte if its markers match, else 0.
+/// Length of the record at a byte if its markers match, else 0.
 std::int64_t length_at(Evidence& file, std::int64_t offset, ByteOrder order) {
   const auto head = file.integer(offset, order);
   if (!head || *head <= 0) return 0;
   return file.integer(offset + marker_bytes + *head, order) == *head ? *head : 0;
 }
 
-/// Describes a first record of which one of the two markers is wrong.
+/// Describes a first record with one wrong marker.
 std::string first_marker(Evidence& file, ByteOrder order, std::int64_t length) {
   const auto head = file.integer(0, order);
   const auto tail = file.integer(marker_bytes + length, order);
   if (!head || !tail || (*head == length) == (*tail == length)) return "";
   if (length_at(file, length + 2 * marker_bytes, order) == 0) return "";
   const bool first = *head != length;
-  return "record 1 at byte 0: its marker at byte " + text_of(first ? 0 : marker_bytes + length) +
-         " says " + std::to_string(first ? *head : *tail) + " where " + text_of(length) +
-         " is expected, as at byte " + text_of(first ? marker_bytes + length : 0);
+  return "record 1 at byte 0: its marker at byte " +
+         std::to_string(first ? 0 : marker_bytes + length) + " says " +
+         std::to_string(first ? *head : *tail) + " where " + std::to_string(length) +
+         " is expected, as at byte " + std::to_string(first ? marker_bytes + length : 0);
 }
 
-/// Describes extents that are negative or too large for the file; `record` holds those of all
-/// blocks.
+/// Describes extents that are negative or too large for the file.
+/// @param record  holds the extents of all blocks
 std::string impossible_extents(Evidence& file, const recordio::ScannedRecord& record,
                                ByteOrder order, std::int32_t blocks) {
   for (std::int32_t b = 0; b < blocks; ++b) {
@@ -52,15 +49,15 @@ std::string impossible_extents(Evidence& file, const recordio::ScannedRecord& re
     }
     const bool negative = std::ranges::any_of(extents, [](std::int32_t e) { return e < 0; });
     if (!negative && bytes <= static_cast<double>(file.size())) continue;
-    return "record 2 at byte " + text_of(record.offset) + " gives block " + std::to_string(b + 1) +
-           " the extents " + std::to_string(extents[0]) + " " + std::to_string(extents[1]) + " " +
-           std::to_string(extents[2]) + ", which a file of " + text_of(file.size()) +
-           " bytes cannot hold";
+    return "record 2 at byte " + std::to_string(record.offset) + " gives block " +
+           std::to_string(b + 1) + " the extents " + std::to_string(extents[0]) + " " +
+           std::to_string(extents[1]) + " " + std::to_string(extents[2]) + ", which a file of " +
+           std::to_string(file.size()) + " bytes cannot hold";
   }
   return "";
 }
 
-/// Describes what is wrong behind the record of the block count.
+/// Describes damage after the record of the block count.
 std::string behind_count(Evidence& file, ByteOrder order) {
   constexpr const char* asked = " are expected for the extents of ";
   recordio::RecordScanner records = file.records(order);
@@ -70,11 +67,11 @@ std::string behind_count(Evidence& file, ByteOrder order) {
   const std::int64_t expected = blocks * extents_bytes;
   const auto record = records.next();
   if (!record) {
-    return "is cut short: the file ends at byte " + text_of(file.size()) +
-           " behind record 1, where " + text_of(expected) + " bytes" + asked +
+    return "is cut short: the file ends at byte " + std::to_string(file.size()) +
+           " behind record 1, where " + std::to_string(expected) + " bytes" + asked +
            counted(blocks, "block");
   }
-  const std::string where = "record 2 at byte " + text_of(record->offset);
+  const std::string where = "record 2 at byte " + std::to_string(record->offset);
   if (!record->sound()) {
     const bool cut = record->state == recordio::ScannedRecord::State::cut;
     return (cut ? "is cut short: " : "") + where + ": " + record->what;
@@ -82,20 +79,22 @@ std::string behind_count(Evidence& file, ByteOrder order) {
   if (record->length == expected) {
     return impossible_extents(file, *record, order, blocks);
   }
-  return where + " holds " + text_of(record->length) + " bytes by its marker where " +
-         text_of(expected) + asked + counted(blocks, "block");
+  return where + " holds " + std::to_string(record->length) + " bytes by its marker where " +
+         std::to_string(expected) + asked + counted(blocks, "block");
 }
 
-/// Describes a block count larger than the possible number of lines; each block has at least one.
+/// Describes a block count that exceeds the possible number of lines.
 std::string missing_lines(Evidence& file) {
   const std::string start = file.beginning(80);
   const std::size_t begin = std::min(start.find_first_not_of(' '), start.size());
   const std::size_t end = std::min(start.find_first_of("\r\n"), start.size());
-  std::int64_t blocks = 0;
-  const auto [stop, error] = std::from_chars(start.data() + begin, start.data() + end, blocks);
-  if (error != std::errc() || stop != start.data() + end || blocks <= file.size()) return "";
-  return "line 1 announces " + text_of(blocks) + " blocks, and a text of " + text_of(file.size()) +
-         " bytes has no lines for them";
+  std::int32_t blocks = 0;
+  if (!recordio::parse_number(std::string_view(start).substr(begin, end - begin), blocks) ||
+      blocks <= file.size()) {
+    return "";
+  }
+  return "line 1 announces " + std::to_string(blocks) + " blocks, and a text of " +
+         std::to_string(file.size()) + " bytes has no lines for them";
 }
 
 }  // namespace

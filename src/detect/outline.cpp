@@ -1,37 +1,74 @@
-#include "detect/header_reader.hpp"
+#include "detect/evidence.hpp"
+#include "recordio/connection.hpp"
 
 namespace p3dgrid {
 namespace {
 
-/// More points than any machine holds; sums and products of them stay far from the limits of 64
-/// bits.
+/// Limit on points, so that sums and products of them cannot overflow 64 bits.
 constexpr std::int64_t most_points = std::int64_t{1} << 36;
 
 constexpr std::int32_t most_functions = 1'000'000;
 constexpr std::int32_t most_blocks_with_empty = 1 << 18;
 
-/// Blocks whose extents are looked at before memory is taken for those of all.
+/// Blocks whose extents are checked before memory for those of all blocks is allocated.
 constexpr std::int32_t sample_blocks = 1024;
 
-/// The values of a restart header, under the names of the module's variables.
-struct HeaderValues {
-  std::int32_t fileversion = 0, eqid = 0, nblocks = 1, talnvar = 0, itimeint = 0, ibeta = 0;
-  std::int32_t nstep = 0, isgsmodel = 0, i = 0, j = 0, k = 0;
-  double dtau = 0, talre = 0, talxm1 = 0, talalfa = 0, talbeta = 0, talgam = 0, tals1 = 0;
-  double talpr = 0, talprt = 0;
+/// Reads header records from the beginning of a file, and keeps their sizes.
+class HeaderReader {
+ public:
+  HeaderReader(Evidence& evidence, const Coding& coding)
+      : file_(is_text(coding) ? evidence.text() : evidence.file()), coding_(coding) {
+    file_.seek(0);
+  }
+
+  void operator()(const recordio::ReadList& list) {
+    sizes.add(list, real_kind(coding_));
+    recordio::read_record(file_, coding_.encoding, coding_.byte_order, list,
+                          recordio::RestOfRecord::skipped, lines_);
+  }
+
+  /// Runs a walk over header records; false if the file holds other records.
+  template <class Walk>
+  static bool succeeds(Walk walk) {
+    try {
+      return walk();
+    } catch (const recordio::ReadError& error) {
+      // Rethrow errors of the system.
+      if (error.status > recordio::status_error) throw;
+      return false;
+    }
+  }
+
+  struct State {
+    std::int64_t offset;
+    std::int64_t lines;
+    HeaderSizes sizes;
+  };
+  [[nodiscard]] State state() const { return {file_.offset(), lines_, sizes}; }
+  void restore(State state) {
+    file_.seek(state.offset);
+    lines_ = state.lines;
+    sizes = std::move(state.sizes);
+  }
+
+  HeaderSizes sizes;
+
+ private:
+  recordio::InputFile& file_;
+  const Coding& coding_;
+  std::int64_t lines_ = 0;
 };
 
-/// Extents that can be those of a block, and their points.
+/// Adds the points of a block. False for extents that no block can have.
 bool add_points(std::int64_t& points, std::int32_t i, std::int32_t j, std::int32_t k,
                 EmptyBlocks empty) {
   if (i < 0 || j < 0 || k < 0) return false;
   const std::int64_t plane = std::int64_t{i} * j;  // 31 bits times 31 bits
   if (plane > most_points || (plane > 0 && k > most_points / plane)) return false;
   points += plane * k;
-  return points <= most_points && (plane * k > 0 || empty == EmptyBlocks::taken);
+  return points <= most_points && (plane * k > 0 || empty == EmptyBlocks::accepted);
 }
 
-/// Block dimensions as they are read.
 struct Dimensions {
   Extents extents;
   std::vector<std::int32_t> functions;
@@ -64,15 +101,15 @@ struct Dimensions {
   bool planar_;  ///< the file has no k extents
 };
 
-/// Blocks that the file has room for: their extents, and a record or a line each.
-/// @param extents  of each block in the header
+/// Most blocks that fit the file with their extents and a record or a line each.
+/// @param extents  number of extents per block in the header
 std::int64_t most_blocks(std::int64_t size, Encoding encoding, std::int64_t extents) {
   if (encoding == Encoding::formatted) return size;
   const std::int64_t markers = encoding == Encoding::unformatted ? 8 : 0;
   return size / std::max<std::int64_t>(1, 4 * extents + markers);
 }
 
-/// Reads the block dimensions, the first of many before memory is taken for all.
+/// Reads the block dimensions. Checks a sample of them first if there are many.
 bool read_dimensions(Evidence& evidence, HeaderReader& reader, const Coding& coding,
                      DimensionKind kind, EmptyBlocks empty, Outline& outline, bool planar = false) {
   if (outline.blocks < 1 || outline.blocks > most_blocks(evidence.size(), coding.encoding,
@@ -84,17 +121,15 @@ bool read_dimensions(Evidence& evidence, HeaderReader& reader, const Coding& cod
   if (kind == DimensionKind::none) return true;
   if (outline.blocks > most_blocks_with_empty) {
     empty = EmptyBlocks::refused;
-    // Every block with points has a line of text.
+    // A block with points has at least one line of text.
     if (is_text(coding) && outline.blocks > evidence.text_lines()) return false;
   }
   if (outline.blocks > sample_blocks) {
-    const HeaderReader::Place begin(reader);
-    const HeaderSizes sizes = reader.sizes;
+    HeaderReader::State begin = reader.state();
     Dimensions sample(kind, planar, sample_blocks);
     sample.walk(kind, sample_blocks, reader);
     if (!sample.plausible(empty)) return false;
-    reader.sizes = sizes;
-    begin.go_back();
+    reader.restore(std::move(begin));
   }
   Dimensions all(kind, planar, outline.blocks);
   all.walk(kind, outline.blocks, reader);

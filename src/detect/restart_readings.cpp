@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <iterator>
 
 #include "detect/candidates.hpp"
 #include "detect/fit.hpp"
@@ -8,29 +7,27 @@
 namespace p3dgrid {
 namespace {
 
-/// The forms that a layout takes of a coding, apart from its sections.
+/// The possible forms of a layout, without sections that are not stated.
 std::vector<RestartForm> forms_of(const LayoutTraits& layout, const Coding& coding,
                                   const StatedRestartForm& stated) {
-  // Layouts without a block count have one form.
-  if (!layout.may_hold_count()) {
-    return {{layout.layout, coding, stated.multiblock.value_or(true), stated.sections}};
-  }
+  const std::vector<bool> counts =
+      layout.may_hold_count() ? std::vector{true, false} : std::vector{true};
   std::vector<RestartForm> forms;
-  for (const bool multiblock : choices(stated.multiblock, {true, false})) {
+  for (const bool multiblock : choices(stated.multiblock, counts)) {
     forms.push_back({layout.layout, coding, multiblock, stated.sections});
   }
   return forms;
 }
 
-/// Whether a file without extents may be listed as a reading although its body cannot be compared.
-/// Without markers every file would qualify, so its layout must be stated.
+/// Whether a file without known extents is a reading although its body cannot be compared. Without
+/// markers any file would be, so its layout must be stated.
 bool may_go_unchecked(Evidence& file, const RestartForm& form, bool stated) {
   if (form.coding.encoding != Encoding::unformatted) return stated;
   return file.all_records_sound(form.coding.byte_order);
 }
 
-/// Whether blocks are taken to begin with a leading record. Layout 100 in single-precision records
-/// is written with it and read without.
+/// Whether blocks can begin with a leading record. Layout 100 in single-precision records is
+/// written with it and read without.
 std::vector<bool> possible_leading(const RestartForm& form) {
   const LayoutTraits& layout = traits_of(form.layout);
   if (!layout.triplets) return {false};
@@ -38,7 +35,6 @@ std::vector<bool> possible_leading(const RestartForm& form) {
   return {true, false};
 }
 
-/// Collects the readings of a file as a restart file.
 class RestartSearch {
  public:
   RestartSearch(Evidence& file, const StatedRestartForm& stated,
@@ -50,26 +46,18 @@ class RestartSearch {
     for (const Coding& coding : codings_of(file_, stated_.coding)) {
       for (const LayoutTraits& layout : all_layouts()) {
         if (stated_.layout.value_or(layout.layout) != layout.layout) continue;
-        for (const RestartForm& form : forms_of(layout, coding, stated_)) look_at(form);
+        for (const RestartForm& form : forms_of(layout, coding, stated_)) examine(form);
       }
     }
     take_fits();
     // The number of variables of a text follows from the number of its values.
-    for (const Open& open : std::exchange(open_, {})) add_by_size(open);
+    for (const SectionSearch& search : std::exchange(texts_, {})) add_by_size(search);
     take_fits();
     return std::move(readings_);
   }
 
  private:
-  /// A text whose sections are not known yet.
-  struct Open {
-    RestartForm form;
-    Outline outline;
-    std::shared_ptr<const Extents> extents;
-    bool leading;
-  };
-
-  void look_at(const RestartForm& form) {
+  void examine(const RestartForm& form) {
     const auto outline = file_.restart_outline(form, empty_);
     if (!outline) return;
     const bool own = outline->extents != nullptr;
@@ -83,29 +71,28 @@ class RestartSearch {
       readings_.push_back({.form = form, .own_extents = false, .fit = std::move(other)});
     } else {
       for (const bool leading : possible_leading(form)) {
-        add(Open{form, *outline, own ? outline->extents : grid_, leading});
+        add({file_, form, *outline, own ? outline->extents : grid_, leading});
       }
     }
   }
 
-  void add(const Open& open) {
-    const SectionSearch search{file_, open.form, open.outline, open.extents, open.leading};
-    if (open.form.sections) {
-      if (can_have_stated_sections(search)) add(search, *open.form.sections);
+  void add(const SectionSearch& search) {
+    const RestartForm& form = search.form;
+    if (form.sections) {
+      if (can_have_stated_sections(search)) add(search, *form.sections);
       return;
     }
     std::vector<Sections> tables;
-    const Encoding encoding = open.form.coding.encoding;
-    const bool counted = traits_of(open.form.layout).counted_variables;
+    const Encoding encoding = form.coding.encoding;
+    const bool counted = traits_of(form.layout).counted_variables;
     if (encoding == Encoding::unformatted) tables = sections_in_records(search);
     if (encoding == Encoding::binary && !counted) tables = sections_by_size(search);
-    if (encoding == Encoding::formatted && !counted) open_.push_back(open);
+    if (encoding == Encoding::formatted && !counted) texts_.push_back(search);
     tables.push_back(usual_sections(search));
     add(search, std::move(tables));
   }
 
-  void add_by_size(const Open& open) {
-    const SectionSearch search{file_, open.form, open.outline, open.extents, open.leading};
+  void add_by_size(const SectionSearch& search) {
     std::vector<Sections> tables = sections_by_size(search);
     std::erase(tables, usual_sections(search));
     add(search, std::move(tables));
@@ -134,7 +121,7 @@ class RestartSearch {
 
   void take_fits() {
     for (Reading& reading : fitted(file_, std::exchange(candidates_, {}))) {
-      // With both the number of variables and the flag free, any file would agree.
+      // With a free number of variables and a free flag any file agrees.
       if (reading.free_count && reading.unknown_flag) continue;
       readings_.push_back(std::move(reading));
     }
@@ -145,7 +132,7 @@ class RestartSearch {
   const std::shared_ptr<const Extents>& grid_;
   EmptyBlocks empty_;
   std::vector<Candidate> candidates_;
-  std::vector<Open> open_;
+  std::vector<SectionSearch> texts_;  ///< text without stated sections
   std::vector<Reading> readings_;
 };
 

@@ -6,14 +6,13 @@
 namespace p3dgrid {
 namespace {
 
-/// Most variables of a record whose second marker is missing or wrong. The first may be any number
-/// then.
+/// Most variables of a record without a matching second marker, whose first one may be wrong.
 constexpr std::int64_t most_of_unproven_record = 1000;
 
-/// Most records that are read in search of a block with points.
+/// Most records that are scanned for a block with points.
 constexpr std::size_t most_records = 4096;
 
-/// The table of sections with so many variables, one after another.
+/// Adjacent sections with these numbers of variables.
 Sections in_order(const std::vector<std::int64_t>& counts) {
   Sections sections;
   std::int32_t last = 0;
@@ -28,7 +27,7 @@ bool differ(const std::vector<std::int32_t>& counts) {
   return std::ranges::adjacent_find(counts, std::ranges::not_equal_to()) != counts.end();
 }
 
-/// The table of `count` sections that the records of one block show, if they can hold it.
+/// The sections that the records of one block can hold.
 std::optional<Sections> sections_shown(const SectionSearch& search,
                                        std::span<const recordio::ScannedRecord> records,
                                        std::int64_t points) {
@@ -47,17 +46,17 @@ std::optional<Sections> sections_shown(const SectionSearch& search,
   return in_order(counts);
 }
 
-/// Bytes of records, or values of text, that a plan asks for if its flags are these.
+/// Expected bytes, or values of text, with these flags.
 std::int64_t amount(FilePlan plan, const Coding& coding, std::span<const std::int32_t> flags) {
   std::int64_t sum = 0;
   for (std::size_t flag = 0; const auto size = plan.next();) {
     sum += is_text(coding) ? size->values() : size->bytes(coding);
-    if (size->kind == BodyRecordKind::flag) plan.take_flag(flags[flag++]);
+    if (size->kind == BodyRecordKind::flag) plan.set_flag(flags[flag++]);
   }
   return sum;
 }
 
-/// Chains of flags that announce different records; 0 stands for a flag that announces none.
+/// Chains of flags that announce different records; 0 is a flag without meaning.
 std::vector<std::array<std::int32_t, most_flags>> possible_flags(const LayoutTraits& layout) {
   std::vector<std::array<std::int32_t, most_flags>> chains = {{end_of_extensions}};
   if (!layout.extensions) return chains;
@@ -142,7 +141,7 @@ std::vector<Sections> sections_by_size(const SectionSearch& search) {
   std::vector<Sections> tables;
   for (const auto& flags : possible_flags(traits_of(search.form.layout))) {
     const std::int64_t rest = found - amount(search.plan({}), coding, flags);
-    // Of text each line that begins with a comma may hold a value more than has been counted.
+    // A line of text that begins with a comma can hold one more value than counted.
     const std::int64_t most = rest + (text ? search.file.text_commas() : 0);
     const std::int64_t variables = most / variable;
     if (most < 0 || variables * variable < rest || variables > most_variables) continue;

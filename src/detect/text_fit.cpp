@@ -15,23 +15,22 @@ using Stop = ListScanner::Stop;
 
 constexpr std::int64_t no_limit = std::numeric_limits<std::int64_t>::max();
 
-/// If so much of a text is expected values, the rest has been appended.
+/// If at least this part of a text agrees, the rest counts as appended.
 constexpr double most_of_a_text = 0.9;
 
-/// The current line, as far as it has been scanned.
 struct Line {
   std::int64_t number;
   std::int64_t values = 0;
   Stop stop = Stop::enough;
-  std::string word = {};  ///< behind the values, if they are followed by what is no number
+  std::string word = {};  ///< after the values, if it is not a number
 };
 
-/// Compares one plan with the text, line by line.
+/// Compares one plan with the text.
 class TextCursor {
  public:
   explicit TextCursor(FilePlan& plan) : plan_(plan), begin_(plan) { next_record(); }
 
-  /// Values up to the end of the current segment of the record.
+  /// Values of one type that the record expects next.
   [[nodiscard]] std::int64_t wanted() const { return reals_ > 0 ? reals_ : integers_; }
   [[nodiscard]] bool in_record() const { return reals_ + integers_ > 0; }
   [[nodiscard]] bool failed() const { return state_ == State::failed; }
@@ -52,23 +51,19 @@ class TextCursor {
     at_record_ = false;
     if (in_record()) return;
     ended_at_ = line.values;
-    take_flag(scanner.last_integer());
+    set_flag(scanner.last_integer());
   }
 
   void refuse_real(const Line& line) {
     if (!wants_integers()) return;
-    fail(Agreement::other, line.number,
-         "line " + std::to_string(line.number) + " holds \"" + line.word +
-             "\" where an integer is expected");
+    fail_at_word(line, "an integer");
   }
 
   void end_line(const Line& line) {
     if (state_ == State::failed) return;
-    if (state_ == State::done) return look_behind_end(line);
+    if (state_ == State::done) return check_after_end(line);
     if (in_record() && line.stop == Stop::not_number) {
-      return fail(Agreement::other, line.number,
-                  "line " + std::to_string(line.number) + " holds \"" + line.word +
-                      "\" where a number is expected");
+      return fail_at_word(line, "a number");
     }
     // A slash ends the record.
     if (in_record() && line.stop != Stop::slash) return;
@@ -81,14 +76,14 @@ class TextCursor {
                   "line " + std::to_string(line.number) + " holds " + counted(more, "more value") +
                       " behind the last that is expected there");
     }
-    take_flag(0);  // one that is left out stays as it is
+    set_flag(0);  // for a flag that is left out
     ++records_;
     next_record();
   }
 
   /// Ends the comparison at a limit.
   void stop(const Line& line) {
-    if (state_ == State::failed || longer_line_ > 0 || words_line_ > 0) return;
+    if (state_ == State::failed || longer_line_ > 0 || remark_line_ > 0) return;
     fit_.agreement = Agreement::so_far;
     fit_.what = "compared up to line " + std::to_string(line.number);
     state_ = State::failed;
@@ -103,13 +98,13 @@ class TextCursor {
                     : counted(reals_ + integers_, "value") + " short"));
   }
 
-  /// @param values  of all the text
-  /// @param end     the line behind its last
+  /// @param values  number of values of the text
+  /// @param end     number of the line after the last
   [[nodiscard]] Fit fit(std::int64_t values, std::int64_t end) {
     if (state_ == State::failed || longer_line_ > 0) fit_.share = share_of(expected(), values);
     if (state_ == State::failed) return fit_;
     fit_.records = records_;
-    if (plan_.chain_without_end()) {
+    if (plan_.unterminated_chain()) {
       fit_.agreement = Agreement::other;
       fit_.what = chain_text;
     } else if (longer_line_ > 0) {
@@ -117,10 +112,10 @@ class TextCursor {
       fit_.what = "more values follow behind the last record, from line " +
                   std::to_string(longer_line_) + " on";
       fit_.line = fit_.share > most_of_a_text ? end : longer_line_;
-    } else if (words_line_ > 0) {
+    } else if (remark_line_ > 0) {
       fit_.agreement = Agreement::remark;
-      fit_.what = "words follow behind the last record, \"" + words_ + "\" on line " +
-                  std::to_string(words_line_);
+      fit_.what = "words follow behind the last record, \"" + remark_ + "\" on line " +
+                  std::to_string(remark_line_);
     }
     return fit_;
   }
@@ -128,9 +123,9 @@ class TextCursor {
  private:
   enum class State : std::uint8_t { in_records, done, failed };
 
-  void take_flag(std::int32_t flag) {
+  void set_flag(std::int32_t flag) {
     if (size_.kind == BodyRecordKind::flag && !std::exchange(flag_taken_, true)) {
-      plan_.take_flag(flag);
+      plan_.set_flag(flag);
     }
   }
 
@@ -159,43 +154,49 @@ class TextCursor {
     reals_ = integers_ = 0;
   }
 
-  void look_behind_end(const Line& line) {
+  void fail_at_word(const Line& line, const std::string& expected) {
+    fail(Agreement::other, line.number,
+         "line " + std::to_string(line.number) + " holds \"" + line.word + "\" where " + expected +
+             " is expected");
+  }
+
+  void check_after_end(const Line& line) {
     if (longer_line_ > 0) return;
     if (line.values > 0) longer_line_ = line.number;
-    if (line.values == 0 && line.stop == Stop::not_number && words_line_ == 0) {
-      words_line_ = line.number;
-      words_ = line.word;
+    if (line.values == 0 && line.stop == Stop::not_number && remark_line_ == 0) {
+      remark_line_ = line.number;
+      remark_ = line.word;
     }
   }
 
-  /// Values that the plan asks for, as far as its flags are known.
+  /// Number of values that the plan expects without further flags.
   [[nodiscard]] std::int64_t expected() const {
     FilePlan plan = begin_;
     std::int64_t values = 0;
     while (const auto size = plan.next()) {
       values += size->values();
-      if (size->kind == BodyRecordKind::flag) plan.take_flag(end_of_extensions);
+      if (size->kind == BodyRecordKind::flag) plan.set_flag(end_of_extensions);
     }
     return values;
   }
 
   FilePlan& plan_;
-  FilePlan begin_;  ///< the plan before it has been gone through
+  FilePlan begin_;  ///< the plan at its beginning
   Fit fit_;
   State state_ = State::in_records;
   RecordSize size_;
   std::int64_t records_ = 0;
-  std::int64_t reals_ = 0;     ///< values of the record that are still to be taken
-  std::int64_t integers_ = 0;  ///< and those behind them that are integers
-  bool flag_taken_ = false;    ///< the plan knows the flag that the record is
-  bool at_record_ = true;      ///< nothing of the record has been taken
-  std::int64_t ended_at_ = 0;  ///< values of the line that the record has ended on, up to its end
-  std::int64_t longer_line_ = 0;
-  std::int64_t words_line_ = 0;
-  std::string words_;
+  std::int64_t reals_ = 0;        ///< remaining reals of the record
+  std::int64_t integers_ = 0;     ///< remaining integers, which follow the reals
+  bool flag_taken_ = false;       ///< the plan has the value of the flag
+  bool at_record_ = true;         ///< no value of the record has been scanned
+  std::int64_t ended_at_ = 0;     ///< values of the line up to the end of the record
+  std::int64_t longer_line_ = 0;  ///< first line with more values, 0 for none
+  std::int64_t remark_line_ = 0;  ///< first line of words after the last record, 0 for none
+  std::string remark_;
 };
 
-/// Takes values of the line for all cursors.
+/// Scans values of the line for all cursors.
 void take_line(ListScanner& scanner, std::span<TextCursor* const> cursors, Line& line) {
   for (;;) {
     std::int64_t wanted = no_limit;
@@ -227,9 +228,9 @@ std::vector<Fit> fit_of_text(recordio::InputFile& file, std::span<FilePlan> plan
   std::vector<TextCursor> cursors;
   cursors.reserve(plans.size());
   for (FilePlan& plan : plans) cursors.emplace_back(plan);
-  std::vector<TextCursor*> running;  // all that have not failed; every line is compared with these
+  std::vector<TextCursor*> running;
   for (TextCursor& cursor : cursors) running.push_back(&cursor);
-  std::int64_t last_line = 0;  // that holds anything or has an end
+  std::int64_t last_line = 0;  // the last one with contents or a line end
   for (;;) {
     if (std::ranges::none_of(running, &TextCursor::wants_line)) scanner.skip_blank_lines();
     last_line = scanner.line() - 1;
@@ -245,7 +246,7 @@ std::vector<Fit> fit_of_text(recordio::InputFile& file, std::span<FilePlan> plan
       count.values = no_limit / 2;
     }
     if (line.values > 0 || line.stop != Stop::end) last_line = line.number;
-    // At the limit the last line may be part of one.
+    // At the limit the last line may be incomplete.
     count.whole = scanner.work() < most_work;
     for (TextCursor* cursor : running) count.whole ? cursor->end_line(line) : cursor->stop(line);
     std::erase_if(running, std::mem_fn(&TextCursor::failed));

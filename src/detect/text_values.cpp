@@ -10,16 +10,16 @@ namespace p3dgrid {
 
 namespace {
 
-/// Iterates over the plain numbers of a text.
-class Words : private recordio::ListTokens {
+/// Iterates over the numbers of a text without their repeat counts.
+class NumberWords : private recordio::ListTokens {
  public:
-  explicit Words(recordio::InputFile& file) : ListTokens(file, lines_) {}
+  explicit NumberWords(recordio::InputFile& file) : ListTokens(file, lines_) {}
 
   /// The next number as text; empty for null values and slashes, none at the end.
   std::optional<std::string_view> next() {
     do {
       if (file_.at_end()) return std::nullopt;
-    } while (skip_blanks_at_hand(true) || take_comma());
+    } while (skip_buffered_blanks(true) || take_comma());
     return take_item() == Item::token && repeats_ > 0 ? token_ : std::string_view();
   }
 
@@ -30,14 +30,15 @@ class Words : private recordio::ListTokens {
 }  // namespace
 
 bool survives_double_precision(const std::string& path) {
-  return looking_into(path, [](Evidence& evidence) {
-    Words words(evidence.text());
+  return with_evidence(path, [](Evidence& evidence) {
+    NumberWords words(evidence.text());
     while (const auto word = words.next()) {
       float direct = 0;
-      double by_way = 0;
+      double through_double = 0;
       // A NaN is not equal to itself.
-      if (!recordio::parse_number(*word, direct) || !recordio::parse_number(*word, by_way) ||
-          !std::isfinite(direct) || direct != static_cast<float>(by_way)) {
+      if (!recordio::parse_number(*word, direct) ||
+          !recordio::parse_number(*word, through_double) || !std::isfinite(direct) ||
+          direct != static_cast<float>(through_double)) {
         return false;
       }
     }

@@ -14,7 +14,7 @@ using recordio::WriteList;
 
 constexpr integer formatted = 1;
 
-/// Free-format lines begin with a blank; none stands before the name of the blanking variable.
+/// Known quirk: the line begins with a blank, and "IBLANK" has none before it.
 constexpr const char* variables_line = R"( VARIABLES = "X", "Y", "Z", "U", "V", "W", "P", "RHO")";
 constexpr const char* blanked_variables_line =
     R"( VARIABLES = "X", "Y", "Z", "U", "V", "W", "P", "RHO","IBLANK")";
@@ -23,9 +23,9 @@ std::string zone_line(integer block, const BlockExtents& extents) {
   const auto [i, j, k] = extents;
   constexpr std::size_t block_digits = 6;
   constexpr std::size_t extent_digits = 4;
-  return "ZONE T=\"ZONE-" + zero_padded(block, block_digits) +
-         "\" I=" + zero_padded(i, extent_digits) + " J=" + zero_padded(j, extent_digits) +
-         " K=" + zero_padded(k, extent_digits);
+  return "ZONE T=\"ZONE-" + column(block, block_digits, '0') +
+         "\" I=" + column(i, extent_digits, '0') + " J=" + column(j, extent_digits, '0') +
+         " K=" + column(k, extent_digits, '0');
 }
 
 void check_points(const std::string& file, const char* name, std::int64_t held,

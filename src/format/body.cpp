@@ -36,7 +36,7 @@ std::optional<BodyRecord> BodyWalk::next() {
   return BodyRecord{.kind = BodyRecordKind::flag, .flag = flag_};
 }
 
-void BodyWalk::take_flag(std::int32_t flag) {
+void BodyWalk::set_flag(std::int32_t flag) {
   extensions_ = flag != end_of_extensions;
   announced_ = extensions_ ? extension_of(flag, flag_) : nullptr;
   block_ = 1;

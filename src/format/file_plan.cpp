@@ -58,8 +58,8 @@ std::optional<RecordSize> FilePlan::next_of_body() {
   }
 }
 
-void FilePlan::take_flag(std::int32_t flag) {
-  body_->take_flag(flag);
+void FilePlan::set_flag(std::int32_t flag) {
+  body_->set_flag(flag);
   if (flag == end_of_extensions) return;
   records_ += flag_ < most_flags;
   const bool announces = extension_of(flag, flag_) != nullptr;

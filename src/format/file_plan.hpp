@@ -11,10 +11,10 @@
 
 namespace p3dgrid {
 
-/// Number of values in a record. Reals precede integers, except in headers, where they are mixed.
+/// Numbers of values in a record. Reals precede integers, except in headers.
 struct RecordSize {
   std::int64_t reals = 0;    ///< of the file's precision
-  std::int64_t doubles = 0;  ///< 64-bit whatever the file's precision
+  std::int64_t doubles = 0;  ///< 64-bit in all files
   std::int64_t integers = 0;
   BodyRecordKind kind = BodyRecordKind::section;
   bool in_header = false;
@@ -63,7 +63,7 @@ struct BodyPlan {
   std::vector<std::int32_t> functions = {};  ///< variables of each block, if they differ
 };
 
-/// Goes through the sizes of all records of a file in order, one at a time.
+/// Iterates over the sizes of all records of a file in order.
 class FilePlan {
  public:
   /// Of a grid.
@@ -73,16 +73,16 @@ class FilePlan {
   FilePlan(HeaderSizes header, std::shared_ptr<const Extents> extents, const LayoutTraits& layout,
            BodyPlan body);
 
-  /// The next record; none at the end. Behind a flag, `take_flag` comes first.
+  /// The next record; none at the end. After a flag, call `set_flag` first.
   [[nodiscard]] std::optional<RecordSize> next();
-  void take_flag(std::int32_t flag);
+  void set_flag(std::int32_t flag);
 
   /// Number of records of the file, as far as the flags are known.
   [[nodiscard]] std::int64_t records() const { return records_; }
-  /// Whether a flag has been taken that announces nothing.
+  /// Whether a flag had no meaning.
   [[nodiscard]] bool unknown_flag() const { return unknown_flag_; }
-  /// Whether the third flag did not end the chain.
-  [[nodiscard]] bool chain_without_end() const { return body_ && body_->chain_without_end(); }
+  /// Whether the last possible flag did not end the chain.
+  [[nodiscard]] bool unterminated_chain() const { return body_ && body_->unterminated_chain(); }
 
  private:
   [[nodiscard]] std::optional<RecordSize> next_of_body();
@@ -94,9 +94,9 @@ class FilePlan {
   std::optional<BodyWalk> body_;  ///< none for a grid
   std::vector<std::int32_t> functions_;
   std::int64_t records_ = 0;
-  std::size_t run_ = 0;         ///< of the header
-  std::int64_t in_run_ = 0;     ///< records of it handed out
-  std::size_t grid_block_ = 0;  ///< blocks of a grid handed out
+  std::size_t run_ = 0;         ///< current run of the header
+  std::int64_t in_run_ = 0;     ///< records of it returned by `next`
+  std::size_t grid_block_ = 0;  ///< next block of a grid
   std::int32_t flag_ = 0;       ///< position of the last flag
   bool unknown_flag_ = false;
 };

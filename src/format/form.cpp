@@ -1,7 +1,6 @@
 #include "p3dgrid/form.hpp"
 
 #include <array>
-#include <type_traits>
 
 #include "p3dgrid/layout.hpp"
 
@@ -16,13 +15,7 @@ constexpr std::array yes_or_no = {true, false};
 template <class Form, class Stated>
 Form with(Form form, const Stated& stated) {
   const auto apply = [](const auto&, auto& value, const auto& choice) {
-    if (!choice) return;
-    if constexpr (std::is_same_v<std::remove_const_t<std::remove_reference_t<decltype(choice)>>,
-                                 std::remove_reference_t<decltype(value)>>) {
-      value = choice;
-    } else {
-      value = *choice;
-    }
+    if (choice) value = *choice;
   };
   Form::for_each_member(apply, form, stated);
   return form;

@@ -5,37 +5,43 @@
 #include <cstdint>
 #include <span>
 #include <type_traits>
-#include <utility>
 #include <vector>
 
 #include "p3dgrid/layout.hpp"
 #include "recordio/record_list.hpp"
 
-/// The header records of grid and restart files, each stated once. Readers, writers and those who
-/// only measure walk them with a visitor: `visit(list)` reads, writes or measures one record. A
-/// visitor that cannot go on throws.
+/// The header records of grid and restart files. `visit(list)` reads, writes or measures one
+/// record; it may throw.
 namespace p3dgrid {
 
 namespace recordio = mod_p3dgrid::recordio;
 
-/// Kind of the reals of a body, and of coordinates. Text is made of singles.
+/// Kind of the reals of a body, and of coordinates. Text has the digits of singles.
 [[nodiscard]] constexpr recordio::FileKind real_kind(const Coding& coding) {
   return holds_doubles(coding) ? recordio::FileKind::real8 : recordio::FileKind::real4;
 }
 
-/// Kind of a header's time-step size. Text carries it in double precision.
+/// Kind of the time-step size of a header. Text has the digits of a double.
 [[nodiscard]] constexpr recordio::FileKind step_kind(const Coding& coding) {
   return is_text(coding) ? recordio::FileKind::real8 : real_kind(coding);
 }
 
-/// Records of older time levels per block that go with a time integration of layout 0.
+/// Records of older time levels per block of layout 0 for a time-integration scheme.
 [[nodiscard]] constexpr std::int32_t older_levels(std::int32_t itimeint) {
   return itimeint == 3 ? 2 : itimeint >= 2 ? 1 : 0;
 }
 
-/// The records in front of the block dimensions of a restart file.
-/// @param header  has the members named here, integers and doubles or references to them; const
-///                for a writer
+/// The values of a restart header, under the names of the module variables. Single-block headers
+/// contain the extents.
+struct HeaderValues {
+  std::int32_t fileversion = 0, eqid = 0, nblocks = 1, talnvar = 0, itimeint = 0, ibeta = 0;
+  std::int32_t nstep = 0, isgsmodel = 0, i = 0, j = 0, k = 0;
+  double dtau = 0, talre = 0, talxm1 = 0, talalfa = 0, talbeta = 0, talgam = 0, tals1 = 0;
+  double talpr = 0, talprt = 0;
+};
+
+/// Walks the records before the block dimensions of a restart file.
+/// @param header  `HeaderValues`, const for writing, or references to variables of these names
 template <class Header, class Visit>
 void walk_lead(const LayoutTraits& layout, const Coding& coding, bool multiblock, Header& header,
                Visit&& visit) {
@@ -44,7 +50,7 @@ void walk_lead(const LayoutTraits& layout, const Coding& coding, bool multiblock
     using Memory = std::remove_pointer_t<std::common_type_t<decltype(values.memory)...>>;
     visit(recordio::RecordList<Memory>{values...});
   };
-  const auto step = [&] { return recordio::real_scalar(header.dtau, step_kind(coding)); };
+  const auto step = [&] { return recordio::stored_as(step_kind(coding), scalar(header.dtau)); };
   switch (layout.header) {
     case HeaderKind::none:
       return;
@@ -66,10 +72,10 @@ void walk_lead(const LayoutTraits& layout, const Coding& coding, bool multiblock
   }
 }
 
-/// The block dimensions of a restart file; those of a grid are `DimensionKind::one_record`.
-/// @param columns  i, j and k extents and, where the file has them, variable counts, an entry per
-///                 block each; const for a writer. What a failed or short read leaves out keeps
-///                 its value.
+/// Walks the block dimensions of a restart file; those of a grid are `DimensionKind::one_record`.
+/// @param columns  arrays with an entry per block: i, j and k extents and, if the file has them,
+///                 variable counts; const for writing. Values that a read leaves out, or does not
+///                 reach before it fails, are unchanged.
 template <class Int, class Visit>
 void walk_dimensions(DimensionKind kind, std::int32_t nblocks, std::span<Int* const> columns,
                      Visit&& visit) {
@@ -82,7 +88,7 @@ void walk_dimensions(DimensionKind kind, std::int32_t nblocks, std::span<Int* co
     }
     return;
   }
-  // The file has the entries of one block next to each other.
+  // In the file the entries of one block are adjacent.
   std::vector<std::int32_t> table(columns.size() * static_cast<std::size_t>(std::max(nblocks, 0)));
   const auto for_each_entry = [&](auto move) {
     auto value = table.begin();

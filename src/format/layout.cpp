@@ -95,7 +95,7 @@ const Extension* extension_of(std::int32_t flag, std::int32_t position) {
   if (flag == 1) return &five_variables;
   if (flag == 41 && position == 1) return &three_variables;
   if (flag == 41 && position == 2) return &three_more_variables;
-  return nullptr;  // 41 further on has no meaning, like any other flag
+  return nullptr;  // 41 at a later position has no meaning, like any other flag
 }
 
 }  // namespace p3dgrid

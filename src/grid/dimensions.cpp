@@ -8,8 +8,8 @@
 namespace mod_p3dgrid {
 namespace {
 
-/// Arrays for so many blocks are allocated without checking the length of the file: 4 MiB each, and
-/// far more blocks than grids have.
+/// Arrays for up to this many blocks, 4 MiB each, are allocated without a check of the file's
+/// length. Grids have far fewer blocks.
 constexpr integer trusted_blocks = integer{1} << 20;
 
 std::string extents_of(integer nblocks) {
@@ -49,8 +49,7 @@ void require_room_for_dimensions(const Unit& unit, integer nblocks, recordio::Cl
   using recordio::FileKind;
   constexpr std::int64_t extents_per_block = 3;
   if (nblocks <= trusted_blocks) return;
-  // A repeat count may stand for all extents of a text, but each block has a line of its own behind
-  // them.
+  // One repeat count can stand for all extents of a text, but each block has a later line.
   unit.require_room(nblocks, FileKind::integer4, recordio::Claim::records, extents_of(nblocks));
   unit.require_room(nblocks * extents_per_block, FileKind::integer4, claim, extents_of(nblocks));
 }

@@ -13,10 +13,9 @@ namespace mod_p3dgrid {
 
 using p3dgrid::DimensionKind;
 
-/// The arrays that i, j and k extents are read into.
 using ExtentTargets = std::array<allocatable<integer, 1>*, 3>;
 
-/// Extents of an operation's own, as read from a header.
+/// Extents that are read from a header and owned by the operation.
 struct ExtentArrays {
   allocatable<integer, 1> i, j, k;
 
@@ -24,8 +23,9 @@ struct ExtentArrays {
   [[nodiscard]] ExtentViews views() const { return {i, j, k}; }
 };
 
-/// Allocates an entry per block in the extents and in `others`, and sets the extents to 0: what the
-/// file leaves out must not stay uninitialised.
+/// Allocates an entry per block in the extents and in `others`. Sets the extents to 0, so that
+/// values that the file leaves out are not uninitialised. Throws `FailedRead` if arrays cannot be
+/// used.
 template <class... Others>
 void allocate_extents(const Unit& unit, integer nblocks, const ExtentTargets& extents,
                       Others&... others) {
@@ -35,23 +35,24 @@ void allocate_extents(const Unit& unit, integer nblocks, const ExtentTargets& ex
   for (auto* array : extents) std::ranges::fill(array->span(), 0);
 }
 
-/// Reads block dimensions. What a failed read or a null value leaves out keeps its value.
+/// Reads block dimensions. Values that the file leaves out, or that a failed read does not reach,
+/// are unchanged. Throws `FailedRead`.
 /// @param functions  variable counts of function files; else null
 void read_dimensions(const Unit& unit, DimensionKind kind, integer nblocks,
                      const ExtentTargets& extents, allocatable<integer, 1>* functions = nullptr);
 
-/// Writes them. Fewer extents than blocks are a fatal error.
+/// Writes block dimensions. Fewer extents than blocks are a fatal error.
 /// @param functions  variable counts of function files; else empty
 void write_dimensions(const Unit& unit, DimensionKind kind, integer nblocks,
                       const ExtentViews& extents, array_view<const integer, 1> functions = {});
 
-/// Throws `FailedRead` unless arrays for so many blocks may be allocated: up to a fixed number of
-/// blocks always, above it if the file is long enough for their extents.
-/// @param claim  `one_record` for a dimension record, `records` where each block has its own
+/// Throws `FailedRead` if arrays for `nblocks` blocks must not be allocated: above a fixed number
+/// of blocks, if the file is too short for their extents.
+/// @param claim  `one_record` for a dimension record, `records` if each block has its own
 void require_room_for_dimensions(const Unit& unit, integer nblocks,
                                  recordio::Claim claim = recordio::Claim::one_record);
 
-/// Throws `FailedRead` for extents that no block can have.
+/// Throws `FailedRead` for invalid extents.
 [[noreturn]] void fail_on_extents(const Unit& unit, integer block, const BlockExtents& extents);
 
 }  // namespace mod_p3dgrid

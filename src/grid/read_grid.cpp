@@ -12,7 +12,6 @@ namespace {
 
 using recordio::FileKind;
 
-/// The caller's result arrays and what a grid's body needs besides.
 struct GridBody {
   allocatable<float, 2>& xyz;
   allocatable<integer, 1>& iblank;
@@ -21,7 +20,6 @@ struct GridBody {
   PointNumbering numbering;
 };
 
-/// Numbers the points of all blocks.
 void number_points(const Unit& unit, integer nblocks, const ExtentViews& extents,
                    PointNumbering& numbering) {
   integer wrong_block = 0;
@@ -36,24 +34,15 @@ void number_points(const Unit& unit, integer nblocks, const ExtentViews& extents
   if (wrong_block != 0) fail_on_extents(unit, wrong_block, extents.of(wrong_block));
 }
 
-/// Reads the coordinate records of all blocks.
-void read_blocks(const Unit& unit, const GridBody& grid, array_view<double, 2> staging) {
-  for (integer b = 1; b <= grid.numbering.npts.size(); ++b) {
-    if (debugprint) message("Reading grid point data for grid ", b);
-    integer* const iblank = grid.useiblank ? grid.iblank.data() : nullptr;
-    unit.read(coordinate_record<float>(grid.xyz, staging, iblank, grid.numbering, b));
-  }
-}
-
 void read_body(const Unit& unit, GridBody& grid) {
   const std::int64_t total = grid.numbering.total;
-  const FileKind kind = coordinate_kind(unit, grid.dblprec);
+  const FileKind kind = p3dgrid::real_kind(unit.coding(grid.dblprec));
   unit.require_room(values_of(total, coordinates_per_point), kind,
                     recordio::Claim::may_be_truncated, std::to_string(total) + " points");
   bool usable = true;
   if (grid.useiblank) {
     usable = allocate_checked(grid.iblank, total);
-    // What a failed read does not reach counts as not blanked.
+    // Points that a failed read does not reach are not blanked.
     std::ranges::fill(grid.iblank.span(), 1);
   }
   usable = allocate_checked(grid.xyz, coordinates_per_point, total) && usable;
@@ -65,7 +54,11 @@ void read_body(const Unit& unit, GridBody& grid) {
     unit.require_array(allocate_checked(staging, coordinates_per_point, total),
                        "a staging array for the coordinates");
   }
-  read_blocks(unit, grid, staging);
+  for (integer b = 1; b <= grid.numbering.npts.size(); ++b) {
+    if (debugprint) message("Reading grid point data for grid ", b);
+    integer* const iblank = grid.useiblank ? grid.iblank.data() : nullptr;
+    unit.read(coordinate_record<float>(grid.xyz, staging, iblank, grid.numbering, b));
+  }
 }
 
 }  // namespace
@@ -84,9 +77,8 @@ void readp3dgrid(const FileName& filename, integer iformat, logical dblprec, int
   nblocks = count;
   require_room_for_dimensions(unit, count);
   GridBody grid{xyz, iblank, useiblank, dblprec, {}};
-  auto& [npts, istart, iend, total] = grid.numbering;
   const ExtentTargets extents{&idim, &jdim, &kdim};
-  allocate_extents(unit, count, extents, npts, istart, iend);
+  allocate_extents(unit, count, extents, grid.numbering.npts, grid.numbering.iend);
   read_dimensions(unit, DimensionKind::one_record, count, extents);
   number_points(unit, count, {idim, jdim, kdim}, grid.numbering);
   read_body(unit, grid);

@@ -8,7 +8,7 @@
 namespace mod_p3dgrid {
 namespace {
 
-/// Sum of the blocks' points, formed in 32 bits that wrap around.
+/// Points of all blocks, summed in 32 bits with wrap-around.
 integer wrapped_points(const ExtentArrays& extents) {
   const auto& [i, j, k] = extents;
   std::uint32_t sum = 0;
@@ -19,7 +19,7 @@ integer wrapped_points(const ExtentArrays& extents) {
   return static_cast<integer>(sum);
 }
 
-/// @param npoints  null when the dimension record is not wanted
+/// @param npoints  null to read the block count alone
 void read_grid_header(const FileName& filename, integer iformat, integer& nblocks, integer& ndim,
                       logical multiblock, integer* npoints) try {
   const Unit unit(unit_number::grid_header, iformat);

@@ -12,19 +12,7 @@
 namespace mod_p3dgrid {
 namespace {
 
-using recordio::FileKind;
-
-/// What the caller wants written.
-struct GridToWrite {
-  integer nblocks;
-  integer ndim;
-  array_view<const float, 2> xyz;
-  ExtentViews extents;
-  array_view<const integer, 1> iblank;
-  logical useiblank;
-};
-
-/// What messages about the file begin with.
+/// Beginning of messages about the file.
 std::string grid_file(const FileName& filename) {
   return "cannot write grid " + path_of(filename);
 }
@@ -33,28 +21,17 @@ std::string grid_file(const FileName& filename) {
   fail_run(grid_file(filename) + ": " + reason);
 }
 
-/// Refuses arrays that do not hold all points.
-void check_arrays(const FileName& filename, const GridToWrite& grid, const PointNumbering& points) {
-  if (grid.ndim < coordinates_per_point || grid.xyz.extent(1) < grid.ndim ||
-      grid.xyz.extent(2) < points.total) {
-    refuse(filename, "coordinates for " + std::to_string(grid.xyz.extent(2)) + " points with " +
-                         std::to_string(std::min<std::int64_t>(grid.ndim, grid.xyz.extent(1))) +
+void check_arrays(const FileName& filename, integer ndim, array_view<const float, 2> xyz,
+                  const array_view<const integer, 1>* iblank, const PointNumbering& points) {
+  if (ndim < coordinates_per_point || xyz.extent(1) < ndim || xyz.extent(2) < points.total) {
+    refuse(filename, "coordinates for " + std::to_string(xyz.extent(2)) + " points with " +
+                         std::to_string(std::min<std::int64_t>(ndim, xyz.extent(1))) +
                          " values each, the extents ask for " + std::to_string(points.total) +
                          " with 3 each");
   }
-  if (grid.useiblank && grid.iblank.extent(1) < points.total) {
-    refuse(filename, "blanking values for " + std::to_string(grid.iblank.extent(1)) +
+  if (iblank != nullptr && iblank->extent(1) < points.total) {
+    refuse(filename, "blanking values for " + std::to_string(iblank->extent(1)) +
                          " points, the extents ask for " + std::to_string(points.total));
-  }
-}
-
-/// Writes one coordinate record per block.
-void write_blocks(const Unit& unit, const GridToWrite& grid, const PointNumbering& points,
-                  array_view<double, 2> staging) {
-  for (integer b = 1; b <= grid.nblocks; ++b) {
-    message("Writing grid point data for grid ", b);
-    unit.write(coordinate_record(grid.xyz, staging, grid.useiblank ? grid.iblank.data() : nullptr,
-                                 points, b));
   }
 }
 
@@ -67,18 +44,21 @@ void writep3dgrid(const FileName& filename, integer iformat, logical dblprec, in
   announce_grid(host::announce_write, filename, iformat, dblprec, useiblank, multiblock);
   const Unit unit(unit_number::grid, iformat);
   if (unit.known()) {
-    const GridToWrite grid{nblocks, ndim, xyz, {idim, jdim, kdim}, iblank, useiblank};
-    const PointNumbering points = checked_numbering(grid_file(filename), nblocks, grid.extents);
-    check_arrays(filename, grid, points);
+    const ExtentViews extents{idim, jdim, kdim};
+    const PointNumbering points = checked_numbering(grid_file(filename), nblocks, extents);
+    check_arrays(filename, ndim, xyz, useiblank ? &iblank : nullptr, points);
     unit.open(filename, OpenStatus::unknown);
     if (multiblock) unit.write({recordio::scalar(std::as_const(nblocks))});
-    write_dimensions(unit, DimensionKind::one_record, nblocks, grid.extents);
+    write_dimensions(unit, DimensionKind::one_record, nblocks, extents);
     allocatable<double, 2> staging;
-    if (coordinate_kind(unit, dblprec) == FileKind::real8 &&
-        !allocate_checked(staging, ndim, points.total)) {
+    if (holds_doubles(unit.coding(dblprec)) && !allocate_checked(staging, ndim, points.total)) {
       refuse(filename, "out of memory for its coordinates in double precision");
     }
-    write_blocks(unit, grid, points, staging);
+    for (integer b = 1; b <= nblocks; ++b) {
+      message("Writing grid point data for grid ", b);
+      unit.write(coordinate_record(xyz, array_view<double, 2>(staging),
+                                   useiblank ? iblank.data() : nullptr, points, b));
+    }
   }
   unit.close();
 } catch (...) {

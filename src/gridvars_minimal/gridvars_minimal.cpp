@@ -15,24 +15,20 @@ namespace {
 constexpr integer flow_variables = 5;
 constexpr int status_error = 2;
 
-mod_p3dgrid::fixed_array<integer, 30, 2> one_section() {
+}  // namespace
+
+integer nfilesect = 1;
+mod_p3dgrid::fixed_array<integer, 30, 2> rstrtvarsct = [] {
   mod_p3dgrid::fixed_array<integer, 30, 2> sections;
   sections(1, 1) = 1;
   sections(1, 2) = flow_variables;
   return sections;
-}
-
-mod_p3dgrid::fixed_array<integer, 30> variables_of_one_section() {
+}();
+mod_p3dgrid::fixed_array<integer, 30> numrstrtvar = [] {
   mod_p3dgrid::fixed_array<integer, 30> counts;
   counts(1) = flow_variables;
   return counts;
-}
-
-}  // namespace
-
-integer nfilesect = 1;
-mod_p3dgrid::fixed_array<integer, 30, 2> rstrtvarsct = one_section();
-mod_p3dgrid::fixed_array<integer, 30> numrstrtvar = variables_of_one_section();
+}();
 logical readallvars = true;
 
 void dispreadwrite(const integer&, const integer&, const integer&, const FileName&, const integer&,

@@ -10,9 +10,12 @@
 #include <cstdint>
 #include <cstring>
 
-/// Sixteen characters of text at a time. Compilers keep them in one register where the processor
-/// has such, as every x86 of 64 bits does, and take smaller steps elsewhere.
+/// Text in vectors of sixteen characters, with SSE2 where it is available.
 namespace mod_p3dgrid::recordio {
+
+inline bool is_digit(char c) {
+  return static_cast<unsigned char>(c - '0') <= 9;
+}
 
 inline constexpr int characters_at_once = 16;
 
@@ -26,7 +29,7 @@ using Characters [[gnu::vector_size(characters_at_once)]] = unsigned char;
 
 namespace detail {
 
-/// What `bits_of` and `number_of` do without a processor's help.
+/// `bits_of` and `number_of` without SSE2.
 template <class Flags>
 [[nodiscard]] std::uint32_t bits_one_by_one(Flags flags) {
   std::uint32_t bits = 0;
@@ -61,10 +64,10 @@ template <class Flags>
   return nullptr;
 }
 
-/// The number that sixteen digits make, given as their values.
+/// The number with these sixteen digits, each 0 to 9.
 [[nodiscard]] inline std::uint64_t number_of(Characters digits) {
 #ifdef __SSE2__
-  // Pairs, fours and eights of digits are put together side by side.
+  // Combines digits to numbers of two, four and eight digits in parallel.
   using Pairs [[gnu::vector_size(characters_at_once)]] = std::uint16_t;
   const auto bytes = reinterpret_cast<Pairs>(digits);
   const Pairs pairs = (bytes & 0xFF) * 10 + (bytes >> 8);
@@ -77,10 +80,10 @@ template <class Flags>
 #endif
 }
 
-/// Makes a number of the last `count`, 0 to 16, of the sixteen characters in front of `end`. False
-/// if they are not all digits.
+/// Parses the last `count` characters before `end`, 0 to 16 of them, of which 16 must be readable.
+/// False if they are not all digits.
 inline bool take_last_digits(const char* end, std::int64_t count, std::uint64_t& number) {
-  // Sixteen bytes that drop a character and sixteen that keep one.
+  // A mask for each count: sixteen bytes that clear a character, then sixteen that keep one.
   static constexpr auto kept = [] {
     std::array<unsigned char, 32> bytes{};
     std::fill(bytes.begin() + characters_at_once, bytes.end(), 0xFF);
@@ -93,8 +96,8 @@ inline bool take_last_digits(const char* end, std::int64_t count, std::uint64_t&
   return true;
 }
 
-/// Eight digits, the first in the lowest byte, each 0 to 9: halves, quarters and single digits are
-/// divided apart side by side.
+/// Splits a number below 10^8 into eight digits, each 0 to 9, the first in the lowest byte. Each
+/// step divides all parts in parallel.
 [[nodiscard]] inline std::uint64_t eight_digits(std::uint32_t number) {
   std::uint64_t parts = number / 10000 | std::uint64_t{number % 10000} << 32;
   const std::uint64_t hundreds = parts * 10486 >> 20 & 0x0000007F'0000007F;
@@ -103,11 +106,12 @@ inline bool take_last_digits(const char* end, std::int64_t count, std::uint64_t&
   return tens | (parts - tens * 10) << 8;
 }
 
-/// The first eight of sixteen digits and the others.
+/// Sixteen digits as two words of `eight_digits`, the first word first.
 using SixteenDigits = std::array<std::uint64_t, 2>;
 
 namespace detail {
 
+/// `sixteen_digits` without SSE2.
 [[nodiscard]] inline SixteenDigits digits_eight_by_eight(std::uint64_t number) {
   return {eight_digits(static_cast<std::uint32_t>(number / 100'000'000)),
           eight_digits(static_cast<std::uint32_t>(number % 100'000'000))};
@@ -118,7 +122,7 @@ namespace detail {
 /// The digits of a number below 10^16.
 [[nodiscard]] inline SixteenDigits sixteen_digits(std::uint64_t number) {
 #ifdef __SSE2__
-  // The same as in `eight_digits`, for both halves at a time.
+  // `eight_digits` of both halves in parallel.
   const auto first = static_cast<std::int64_t>(number / 100'000'000);
   const auto others = static_cast<std::int64_t>(number % 100'000'000);
   const __m128i halves = _mm_set_epi64x(others, first);

@@ -13,13 +13,13 @@ namespace {
 constexpr std::size_t text_buffer_size = std::size_t{256} * 1024;
 constexpr std::size_t byte_buffer_size = std::size_t{64} * 1024;
 
-/// An array of this size is allocated without asking whether the file can hold its values. Memory
-/// that nothing is read into is never touched, and costs address space alone.
+/// Arrays up to this size are allocated without a check of the file's length. Memory that nothing
+/// is read into is never touched and costs only address space.
 constexpr std::int64_t trusted_bytes = std::int64_t{1024} * 1024 * 1024;
 
-/// A file cut short is read as far as it goes, if this part of it is left. With less its header is
-/// taken to be damaged, before memory is taken for what it announces.
-constexpr std::int64_t least_part_left = 16;
+/// A truncated file is read as far as it goes if at least one part in this many is left. With less
+/// its header counts as damaged, and nothing is allocated for it.
+constexpr std::int64_t most_truncation = 16;
 
 }  // namespace
 
@@ -116,10 +116,10 @@ bool Connection::can_hold(std::int64_t values, FileKind kind, Claim claim) const
   const auto remaining = file == nullptr ? std::nullopt : file->remaining();
   const bool in_part = claim == Claim::may_be_truncated;
   if (!remaining || (in_part && values <= trusted_bytes / bytes_of(kind))) return true;
-  const std::int64_t needed = in_part ? values / least_part_left : values;
+  const std::int64_t needed = in_part ? values / most_truncation : values;
   if (!is_text()) return needed <= *remaining / bytes_of(kind);
   if (needed <= *remaining) return true;
-  // A record of text may hold more values than bytes.
+  // With repeat counts a record of text can hold more values than bytes.
   return claim != Claim::records && file->may_hold_values(needed);
 }
 

@@ -2,7 +2,6 @@
 
 #include <bit>
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -24,26 +23,26 @@ enum class OpenStatus : std::uint8_t {
   fresh,    ///< must not exist; it is written
 };
 
-/// What a header claims to follow it.
+/// How the values that a header announces are stored.
 enum class Claim : std::uint8_t {
-  one_record,        ///< values in one record, which must be complete
-  records,           ///< values spread over records, so that text has a byte for each at least
-  may_be_truncated,  ///< values of which a truncated file may have lost all but a sixteenth
+  one_record,        ///< in one record, which must be complete
+  records,           ///< in several records; text has at least one byte for each value
+  may_be_truncated,  ///< a truncated file may hold only a sixteenth of them
 };
 
-/// What becomes of values that a record of an unformatted file holds beyond its list.
+/// Treatment of values in an unformatted record that the list does not ask for.
 enum class RestOfRecord : std::uint8_t { skipped, refused };
 
 /// Reads one record of a file. Throws `ReadError`.
 /// @param order  byte order of the values and markers in the file; text has none
-/// @param lines  of text: line ends that lie before; counted on
+/// @param lines  number of lines of text before the record; updated
 void read_record(InputFile& file, Encoding encoding, std::endian order, const ReadList& list,
                  RestOfRecord rest, std::int64_t& lines);
 
-/// A file connected to a unit: carries out record lists in the form of the file.
+/// A file connected to a unit: reads and writes record lists in the encoding of the file.
 class Connection {
  public:
-  /// Throws `SystemError`.
+  /// Opens the file. Throws `SystemError`.
   /// @param order  byte order of the values and markers in the file; text has none
   Connection(std::string path, Encoding encoding, OpenStatus status, std::endian order);
 
@@ -53,29 +52,29 @@ class Connection {
   /// Throws `ReadError` if something is left to read.
   void expect_end();
 
-  /// Whether the file is open for reading. Then nothing can be written.
   [[nodiscard]] bool is_input() const { return std::holds_alternative<InputFile>(file_); }
 
-  /// Writes one record. Throws `SystemError`, as all that follows.
+  /// Writes one record. Throws `SystemError`.
   void write(const WriteList& list);
 
-  /// @name Lines of text, for files that are no records
+  /// @name Lines of text that are not list-directed records
+  /// Throw `SystemError`.
   /// @{
   void write_line(std::string_view line);
   void write_points(const WriteList& list, std::int64_t points);
   /// @}
 
-  /// Flushes and closes; needed by a connection that writes.
+  /// Flushes and closes a file that is written. Throws `SystemError`.
   void close();
 
-  /// Whether the rest of the file can hold so many values, or is of no known size. For a
-  /// file that may be truncated, up to 1 GiB is accepted without a check.
+  /// Whether the rest of the file can hold `values` values; true if its size is unknown. With
+  /// `may_be_truncated`, up to 1 GiB is accepted without a check.
   [[nodiscard]] bool can_hold(std::int64_t values, FileKind kind, Claim claim) const;
 
   [[nodiscard]] const std::string& path() const { return path_; }
   [[nodiscard]] std::int64_t record() const { return record_; }
   [[nodiscard]] std::int64_t offset() const;
-  /// Line of a text file at which reading stands, from 1; 0 for other files.
+  /// Current line of a text file, from 1; 0 for other files.
   [[nodiscard]] std::int64_t line() const { return is_text() ? lines_ + 1 : 0; }
 
  private:

@@ -17,7 +17,7 @@
 namespace mod_p3dgrid::recordio {
 namespace {
 
-/// Bytes in front of the bytes at hand and behind them that may be looked at.
+/// Readable bytes before and after the buffered ones.
 constexpr std::size_t room = 32;
 
 /// Reads of at least this size go straight to their destination.
@@ -25,8 +25,8 @@ constexpr std::int64_t direct_read_size = std::int64_t{16} * 1024;
 
 constexpr int not_open = -1;
 
-/// A repeat count, or a slash, is taken to stand for no more values than this: more than a record
-/// has, and so few that their sum over a piece of text cannot overflow.
+/// Limit on the values that a repeat count or a slash stands for: more than a record holds, and
+/// small enough that their sum over a text cannot overflow.
 constexpr std::int64_t most_repeats = std::int64_t{1} << 44;
 
 int open_existing(const std::string& path) {
@@ -45,7 +45,7 @@ InputFile::InputFile(std::string path, std::size_t buffer_size)
       buffer_(std::make_unique_for_overwrite<char[]>(room + buffer_size + room)),
       buffer_size_(buffer_size),
       descriptor_(open_existing(path_)),
-      nowhere_(not_open) {
+      null_device_(not_open) {
   struct stat status;
   const int error = ::fstat(descriptor_, &status) != 0 ? errno
                     : S_ISDIR(status.st_mode)          ? EISDIR
@@ -62,16 +62,14 @@ InputFile::InputFile(std::string path, std::size_t buffer_size)
 
 InputFile::~InputFile() {
   ::close(descriptor_);
-  if (nowhere_ != not_open) ::close(nowhere_);
+  if (null_device_ != not_open) ::close(null_device_);
 }
 
-/// Where the buffer begins.
 char* InputFile::front() const {
   return buffer_.get() + room;
 }
 
-/// What a read at byte `at` returns in the end, however often it is interrupted. Throws `ReadError`
-/// if it fails.
+/// Repeats an interrupted read at byte `at`. Throws `ReadError` if it fails.
 template <class Read>
 std::size_t InputFile::completed(std::int64_t at, Read read) {
   ssize_t got;
@@ -135,13 +133,13 @@ void InputFile::read(void* destination, std::int64_t bytes) {
   }
 }
 
-/// Has the system read bytes, in order, and drop them before they are copied to this process: four
-/// times as fast as taking them. Returns how many; 0 where that does not work.
-std::int64_t InputFile::read_to_nowhere(std::int64_t bytes) {
+/// Reads and discards bytes without copying them to this process, which is four times as fast.
+/// Returns how many; 0 if the system does not support it.
+std::int64_t InputFile::discard_in_kernel(std::int64_t bytes) {
   if (!has_size_) return 0;
-  if (nowhere_ == not_open) nowhere_ = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
-  if (nowhere_ == not_open) return 0;
-  const ssize_t got = ::sendfile(nowhere_, descriptor_, nullptr,
+  if (null_device_ == not_open) null_device_ = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
+  if (null_device_ == not_open) return 0;
+  const ssize_t got = ::sendfile(null_device_, descriptor_, nullptr,
                                  std::min(static_cast<std::size_t>(bytes), most_bytes_per_call));
   if (got <= 0) return 0;
   drop_buffer();
@@ -153,10 +151,9 @@ std::int64_t InputFile::read_to_nowhere(std::int64_t bytes) {
 void InputFile::discard(std::int64_t bytes) {
   while (bytes > 0) {
     if (begin_ == end_ && bytes >= direct_read_size) {
-      if (const std::int64_t passed = read_to_nowhere(bytes); passed > 0) {
-        bytes -= passed;
-        continue;
-      }
+      const std::int64_t discarded = discard_in_kernel(bytes);
+      bytes -= discarded;
+      if (discarded > 0) continue;
     }
     if (at_end()) ends_before(bytes, offset());
     const std::int64_t piece = std::min<std::int64_t>(bytes, end_ - begin_);
@@ -180,7 +177,7 @@ void InputFile::skip(std::int64_t bytes) {
   drop_buffer();
 }
 
-void InputFile::go_to(std::int64_t offset) {
+void InputFile::seek(std::int64_t offset) {
   if (offset <= file_offset_ && offset >= file_offset_ - (end_ - front())) {
     begin_ = end_ - (file_offset_ - offset);
     return;
@@ -193,7 +190,7 @@ void InputFile::go_to(std::int64_t offset) {
   drop_buffer();
 }
 
-bool InputFile::lies_ahead(std::int64_t bytes) const {
+bool InputFile::allows_random_access(std::int64_t bytes) const {
   const std::optional<std::int64_t> left = remaining();
   return left && bytes <= *left;
 }
@@ -219,8 +216,8 @@ std::optional<std::int64_t> InputFile::remaining() const {
 }
 
 bool InputFile::may_hold_values(std::int64_t wanted) const {
-  // Every separator may end a value; a repeat count stands for as many as it says, and a slash for
-  // all that its record still wants.
+  // Each separator may end a value. A repeat count stands for that many values, and a slash for the
+  // rest of its record.
   constexpr std::size_t piece_size = std::size_t{64} * 1024;
   const auto piece = std::make_unique_for_overwrite<char[]>(piece_size);
   std::int64_t values = 1;

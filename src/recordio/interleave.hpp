@@ -2,15 +2,14 @@
 
 #include <cstdint>
 
-/// Files hold values variable after variable, memory point after point. These loops turn one order
-/// into the other for a piece that fits the cache.
+/// Transposes between files, which hold variable after variable, and memory, which holds point
+/// after point, for a tile that fits the cache.
 ///
-/// `lines` begins with a line of `count` values, the next begins `distance` values behind it, and
-/// so on. Value i of line r belongs to `points[i * stride + r]`. Where the kinds of lines and
-/// points differ, values are rounded or widened.
+/// Line r holds `count` values from `lines[r * distance]`. Its value i corresponds to
+/// `points[i * stride + r]`. If their types differ, values are rounded or widened.
 namespace mod_p3dgrid::recordio {
 
-/// Moves `rows` lines to their points.
+/// Copies `rows` lines to their points.
 template <class Line, class Point>
 void interleave(const Line* lines, std::int64_t distance, std::int64_t rows, std::int64_t count,
                 Point* points, std::int64_t stride);

@@ -1,26 +1,12 @@
 #include "recordio/list_reader.hpp"
 
 #include <algorithm>
+#include <type_traits>
 
 #include "recordio/number_text.hpp"
-#include "recordio/plain_number.hpp"
 #include "recordio/read_error.hpp"
-#include "recordio/token_characters.hpp"
 
 namespace mod_p3dgrid::recordio {
-namespace {
-
-const char* expected_kind(integer) {
-  return "an integer of 32 bits";
-}
-const char* expected_kind(float) {
-  return "a real number";
-}
-const char* expected_kind(double) {
-  return "a real number";
-}
-
-}  // namespace
 
 void ListReader::read_values(const Values<void>& entry) {
   const auto take_lines = [&](auto number) {
@@ -40,7 +26,7 @@ void ListReader::read_values(const Values<void>& entry) {
   }
 }
 
-/// Fills a line, or drops its values if there is nothing to fill.
+/// Fills a row, or discards its values if `to` is null.
 template <class Number>
 void ListReader::take_line(Number* to, const Values<void>& entry) {
   const std::int64_t count = entry.count;
@@ -52,8 +38,13 @@ void ListReader::take_line(Number* to, const Values<void>& entry) {
   };
   while (taken < count && !ended_) {
     if (repeats_ == 0) {
-      taken += to == nullptr ? take_plain<false>(to, stride, count - taken)
-                             : take_plain<true>(to + taken * stride, stride, count - taken);
+      const std::int64_t left = count - taken;
+      const auto always = [] { return true; };
+      const std::int64_t plain =
+          to == nullptr ? take_plain<false, true>(to, stride, left, always)
+                        : take_plain<true, true>(to + taken * stride, stride, left, always);
+      any_taken_ = any_taken_ || plain > 0;
+      taken += plain;
     }
     if (taken == count) return;
     if (repeats_ == 0) next_item();
@@ -70,58 +61,17 @@ void ListReader::take_line(Number* to, const Values<void>& entry) {
   if (entry.zero_where_left_out) set(count - taken, Number{0});
 }
 
-/// Goes over blanks and line ends and, where `comma` allows it, one comma. Counts the line ends.
-const char* skip_separators_at_hand(const char* from, bool comma, std::int64_t& lines) {
-  for (; is_blank(*from) || (comma && *from == ','); ++from) {
-    lines += *from == '\n';
-    if (*from == ',') comma = false;
-  }
-  return from;
-}
-
-/// Takes plain numbers one after another, without a copy of their text, up to the first that is
-/// anything else; returns how many.
-template <bool keep, class Number>
-std::int64_t ListReader::take_plain(Number* to, std::int64_t stride, std::int64_t count) {
-  std::int64_t left = count;
-  std::int64_t lines = 0;
-  bool comma = comma_may_end_;
-  bool plain = true;
-  while (plain && left > 0 && number_at_hand()) {
-    const char* at = file_.begin();
-    const char* const end = file_.end();
-    do {
-      std::int64_t line_ends = 0;
-      const char* from = at;
-      while (*from == ' ') ++from;
-      if (*from <= ',') from = skip_separators_at_hand(from, comma, line_ends);
-      Number value;
-      const char* const stop = keep ? parse_plain(from, end, value) : skip_plain<Number>(from, end);
-      // The byte at `end` ends no number.
-      plain = stop != nullptr && ends_token(*stop);
-      if (!plain) break;
-      if constexpr (keep) to[(count - left) * stride] = value;
-      lines += line_ends;
-      comma = true;
-      at = stop;
-      --left;
-    } while (left > 0 && end - at >= bytes_at_hand);
-    file_.use_up_to(at);
-  }
-  line_ += lines;
-  comma_may_end_ = comma;
-  any_taken_ = any_taken_ || left < count;
-  return count - left;
-}
-
 template <class Number>
 Number ListReader::parsed(std::string_view token) {
   Number value{};
-  if (!parse_number(token, value)) not_a_number(token, expected_kind(value));
+  constexpr bool whole = std::is_same_v<Number, integer>;
+  if (!parse_number(token, value)) {
+    not_a_number(token, whole ? "an integer of 32 bits" : "a real number");
+  }
   return value;
 }
 
-/// Sets `token_` and `repeats_` to what comes next, or `ended_` at a slash.
+/// Reads the next item to `token_` and `repeats_`, or sets `ended_` at a slash.
 void ListReader::next_item() {
   skip_blanks();
   if (take_comma()) skip_blanks();
@@ -137,7 +87,7 @@ void ListReader::skip_blanks() {
     if (file_.at_end()) {
       throw ReadError{status_end_of_file, file_.offset(), "the end of the file", "more values"};
     }
-  } while (skip_blanks_at_hand(true));
+  } while (skip_buffered_blanks(true));
 }
 
 void ListReader::finish() {

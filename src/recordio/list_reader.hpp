@@ -5,24 +5,22 @@
 
 namespace mod_p3dgrid::recordio {
 
-/// One list-directed read of a text file. It begins at the start of a line, takes values across as
-/// many lines as its list needs and ends with the line that it stopped on. A null value leaves its
-/// destination as it is; a slash leaves the rest of the list as it is.
+/// One list-directed read of a text file. It begins at the start of a line, reads as many lines as
+/// its list needs and skips the rest of the last one. A null value leaves its destination
+/// unchanged; a slash leaves the rest of the list unchanged.
 class ListReader : private ListTokens {
  public:
-  /// @param line  number of lines that lie before the read; counted on.
+  /// @param line  number of lines before the read; updated
   ListReader(InputFile& file, std::int64_t& line) : ListTokens(file, line) {}
 
   void read_values(const Values<void>& entry);
 
-  /// Goes on to the next line. A read that takes no value must still find a line.
+  /// Skips the rest of the line. Throws `ReadError` if a read without values finds no line.
   void finish();
 
  private:
   template <class Number>
   void take_line(Number* to, const Values<void>& entry);
-  template <bool keep, class Number>
-  std::int64_t take_plain(Number* to, std::int64_t stride, std::int64_t count);
   template <class Number>
   [[nodiscard]] Number parsed(std::string_view token);
 
@@ -30,8 +28,8 @@ class ListReader : private ListTokens {
   void skip_blanks();
   [[noreturn]] void not_a_number(std::string_view token, const char* expected);
 
-  bool any_taken_ = false;  ///< something of a line has been used
-  bool ended_ = false;      ///< a slash was met
+  bool any_taken_ = false;  ///< an item has been read
+  bool ended_ = false;      ///< a slash has been read
 };
 
 }  // namespace mod_p3dgrid::recordio

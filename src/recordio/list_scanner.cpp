@@ -1,22 +1,19 @@
 #include "recordio/list_scanner.hpp"
 
 #include <algorithm>
-#include <cstring>
 
 #include "recordio/number_text.hpp"
-#include "recordio/plain_number.hpp"
 #include "recordio/read_error.hpp"
-#include "recordio/token_characters.hpp"
 
 namespace mod_p3dgrid::recordio {
 
 void ListScanner::skip_blank_lines() {
-  while (!file_.at_end() && skip_blanks_at_hand(true)) {
+  while (!file_.at_end() && skip_buffered_blanks(true)) {
   }
 }
 
 bool ListScanner::begin_line() {
-  while (skip_blanks_at_hand(false)) {
+  while (skip_buffered_blanks(false)) {
     if (file_.at_end()) return false;
   }
   return take_comma();
@@ -26,9 +23,9 @@ ListScanner::Taken ListScanner::take(std::int64_t most, bool integers) {
   std::int64_t values = 0;
   while (values < most) {
     if (repeats_ == 0) {
-      // The value of a single integer is kept, for `last_integer`.
-      if (!integers) values += take_plain<double>(most - values);
-      if (integers && most > 1) values += take_plain<integer>(most - values);
+      // A single integer goes to `token_`, for `last_integer`.
+      if (!integers) values += skip_plain_numbers<double>(most - values);
+      if (integers && most > 1) values += skip_plain_numbers<integer>(most - values);
       if (values == most) break;
       if (const auto stop = next_item()) return {values, *stop};
     }
@@ -43,47 +40,16 @@ ListScanner::Taken ListScanner::take(std::int64_t most, bool integers) {
   return {values, Stop::enough};
 }
 
-/// Takes plain numbers of the line up to the first that is anything else; returns how many.
-template <class Number>
-std::int64_t ListScanner::take_plain(std::int64_t most) {
-  std::int64_t left = most;
-  bool plain = true;
-  while (plain && left > 0 && work() < most_work_ && number_at_hand()) {
-    const char* at = file_.begin();
-    const char* const end = file_.end();
-    do {
-      const char* from = at;
-      for (bool comma = comma_may_end_;; ++from) {
-        if (*from == ',' && comma) {
-          comma = false;
-        } else if (*from != ' ' && *from != '\t' && *from != '\r') {
-          break;
-        }
-      }
-      const char* const stop = *from == '\n' ? nullptr : skip_plain<Number>(from, end);
-      // The byte at `end` ends no number.
-      plain = stop != nullptr && ends_token(*stop);
-      if (!plain) break;
-      comma_may_end_ = true;
-      at = stop;
-      --left;
-    } while (left > 0 && end - at >= bytes_at_hand);
-    file_.use_up_to(at);
-  }
-  plain_ += most - left;
-  return most - left;
-}
-
-/// Takes the next item of the line, or says why there is none.
+/// Reads the next item of the line, or returns why there is none.
 std::optional<ListScanner::Stop> ListScanner::next_item() {
   if (work() >= most_work_) return Stop::end;
   ++items_;
   do {
-    while (skip_blanks_at_hand(false)) {
+    while (skip_buffered_blanks(false)) {
       if (file_.at_end()) return Stop::end;
     }
     if (*file_.begin() == '\n') {
-      file_.use_up_to(file_.begin() + 1);
+      file_.consume_to(file_.begin() + 1);
       ++lines_;
       return Stop::line_end;
     }
@@ -92,7 +58,7 @@ std::optional<ListScanner::Stop> ListScanner::next_item() {
   try {
     item = take_item();
   } catch (const ReadError& error) {
-    // A word that is too long is not a number; the scan goes on behind it.
+    // A word that is too long is not a number; the scan continues after it.
     if (error.status != status_error) throw;
     repeats_ = 0;
     return Stop::not_number;

@@ -6,32 +6,31 @@
 #include <system_error>
 
 #include "recordio/read_error.hpp"
-#include "recordio/token_characters.hpp"
 
 namespace mod_p3dgrid::recordio {
 namespace {
 
-/// Limit on the memory for one word. A file without separators is not text.
+/// Limit on memory for files without separators, which are not text.
 constexpr std::ptrdiff_t longest_word = std::ptrdiff_t{1024} * 1024;
 
 }  // namespace
 
-bool ListTokens::number_at_hand() {
-  const auto enough = [&] { return file_.end() - file_.begin() >= bytes_at_hand; };
+bool ListTokens::number_is_buffered() {
+  const auto enough = [&] { return file_.end() - file_.begin() >= lookahead_bytes; };
   return enough() || (file_.more() && enough());
 }
 
-bool ListTokens::skip_blanks_at_hand(bool line_ends) {
+bool ListTokens::skip_buffered_blanks(bool line_ends) {
   const char* const end = file_.end();
   const char* at = file_.begin();
   for (; at != end && is_blank(*at) && (line_ends || *at != '\n'); ++at) line_ += *at == '\n';
-  file_.use_up_to(at);
+  file_.consume_to(at);
   return at == end;
 }
 
 bool ListTokens::take_comma() {
   if (!comma_may_end_ || *file_.begin() != ',') return false;
-  file_.use_up_to(file_.begin() + 1);
+  file_.consume_to(file_.begin() + 1);
   comma_may_end_ = false;
   return true;
 }
@@ -61,7 +60,7 @@ void ListTokens::take_word() {
     const char* const begin = file_.begin();
     const char* const end = std::find_if(begin, file_.end(), ends_token);
     token_.append(begin, end);
-    file_.use_up_to(end);
+    file_.consume_to(end);
     if (std::ssize(token_) > longest_word) {
       throw ReadError{status_error, file_.offset(),
                       "a word of more than " + std::to_string(longest_word) + " characters",
@@ -75,10 +74,10 @@ bool ListTokens::skip_to_next_line() {
     const char* const begin = file_.begin();
     const void* found = std::memchr(begin, '\n', static_cast<std::size_t>(file_.end() - begin));
     if (found != nullptr) {
-      file_.use_up_to(static_cast<const char*>(found) + 1);
+      file_.consume_to(static_cast<const char*>(found) + 1);
       return true;
     }
-    file_.use_up_to(file_.end());
+    file_.consume_to(file_.end());
   }
   return false;
 }

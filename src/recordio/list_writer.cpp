@@ -14,14 +14,14 @@ namespace {
 
 constexpr std::int64_t line_width = 80;
 
-/// Values written between two looks at the room in the file's buffer.
+/// Values written between two calls of `OutputFile::reserve`.
 constexpr std::int64_t values_at_a_time = 64;
 
-/// A value, the blank in front of it and a line end.
+/// A value, the blank before it and a line end.
 constexpr std::int64_t room_for_value = number_room + 2;
 static_assert(values_at_a_time * room_for_value <= std::int64_t{OutputFile::reserve_limit});
 
-/// A double that is written as a single if single precision can hold it to the bit.
+/// A double that is written as a single if that has the same value.
 struct ShortenedNumber {
   double value;
   Decimal digits;
@@ -43,8 +43,8 @@ char* write_number(char* to, const ShortenedNumber& number) {
   return write_number(to, NumberWithDigits<float>{static_cast<float>(value), digits});
 }
 
-/// Calls `visit` with the entry's memory in its kind, and with what prepares one of its values for
-/// `write_number`.
+/// Calls `visit` with the typed memory of the entry and the function that prepares one of its
+/// values for `write_number`.
 template <class Visit>
 void with_kind(const Values<const void>& entry, Visit visit) {
   switch (entry.memory_kind) {
@@ -98,7 +98,7 @@ void ListWriter::put_line(const Number* from, std::int64_t stride, std::int64_t 
       to = end;
       used_columns_ += end - separator;
       if (used_columns_ <= line_width) return;
-      // It does not fit any more: it begins the next line, behind that line's own blank.
+      // The value does not fit. It begins the next line, after that line's own blank.
       used_columns_ = end - separator;
       std::copy_backward(separator, end, end + 1);
       *separator = '\n';
@@ -115,18 +115,19 @@ void ListWriter::finish() {
 
 namespace {
 
-/// The value, with the usual NaN for any NaN: readers of such lines know no bits behind the word.
+/// Replaces any NaN with the usual one: readers of such lines do not accept its bits.
 template <class Number>
 Number without_nan_bits(Number value) {
   return std::isnan(value) ? std::numeric_limits<Number>::quiet_NaN() : value;
 }
 
-/// Appends the values of one entry at one point.
-char* put_point(char* to, const Values<const void>& entry, std::int64_t point) {
+/// Appends the values of `rows` rows from `row` on at one point.
+char* put_point(char* to, const Values<const void>& entry, std::int64_t point, std::int64_t row,
+                std::int64_t rows) {
   with_kind(entry, [&](const auto* memory, auto prepare) {
-    const auto* const values = memory + point * entry.stride;
+    const auto* const values = memory + point * entry.stride + row;
     const auto prepare_plain = [&](auto value) { return prepare(without_nan_bits(value)); };
-    put_values(values, 1, entry.rows, prepare_plain, [&](const auto& number) {
+    put_values(values, 1, rows, prepare_plain, [&](const auto& number) {
       *to++ = ' ';
       to = write_number(to, number);
     });
@@ -134,29 +135,16 @@ char* put_point(char* to, const Values<const void>& entry, std::int64_t point) {
   return to;
 }
 
-/// The list with entries of no more rows than are written at a time.
-WriteList in_parts(const WriteList& list) {
-  WriteList parts;
-  for (const auto& entry : list) {
-    for (std::int64_t row = 0; row < entry.rows; row += values_at_a_time) {
-      parts.push_back(entry);
-      parts.back().memory =
-          static_cast<const char*>(entry.memory) + row * bytes_of(entry.memory_kind);
-      parts.back().rows = std::min(values_at_a_time, entry.rows - row);
-    }
-  }
-  return parts;
-}
-
 }  // namespace
 
 void write_points(OutputFile& file, const WriteList& list, std::int64_t points) {
-  const WriteList parts = in_parts(list);
   for (std::int64_t point = 0; point < points; ++point) {
-    for (const auto& part : parts) {
-      const std::int64_t room = part.rows * (number_room + 1);
-      char* const start = file.reserve(static_cast<std::size_t>(room));
-      file.commit(static_cast<std::size_t>(put_point(start, part, point) - start));
+    for (const auto& entry : list) {
+      for (std::int64_t row = 0; row < entry.rows; row += values_at_a_time) {
+        const std::int64_t rows = std::min(values_at_a_time, entry.rows - row);
+        char* const start = file.reserve(static_cast<std::size_t>(rows * room_for_value));
+        file.commit(static_cast<std::size_t>(put_point(start, entry, point, row, rows) - start));
+      }
     }
     *file.reserve(1) = '\n';
     file.commit(1);

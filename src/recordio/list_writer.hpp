@@ -5,15 +5,15 @@
 
 namespace mod_p3dgrid::recordio {
 
-/// One list-directed write of a text file: values separated by blanks, each line beginning with a
-/// blank and ending within 80 columns.
+/// One list-directed write of a text file: values separated by blanks, in lines that begin with a
+/// blank and have at most 80 columns.
 class ListWriter {
  public:
   explicit ListWriter(OutputFile& file) : file_(file) {}
 
   void write_values(const Values<const void>& entry);
 
-  /// Ends the last line; a write without values is a line with a blank.
+  /// Ends the last line. A write without values is a line with a blank.
   void finish();
 
  private:
@@ -24,8 +24,8 @@ class ListWriter {
   std::int64_t used_columns_ = 0;
 };
 
-/// Writes a line for each of `points` points, without regard to its width: a blank and the value
-/// for all rows of every entry at that point. Any NaN stands as `NaN`.
+/// Writes a line of any width for each of `points` points: a blank and the value for all rows of
+/// every entry at that point. Any NaN is written as `NaN`.
 void write_points(OutputFile& file, const WriteList& list, std::int64_t points);
 
 }  // namespace mod_p3dgrid::recordio

@@ -1,9 +1,7 @@
 #include "recordio/number_text.hpp"
 
 #include <algorithm>
-#include <array>
 #include <bit>
-#include <cctype>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
@@ -14,7 +12,6 @@
 #include <type_traits>
 
 #include "recordio/characters.hpp"
-#include "recordio/shortest_decimal.hpp"
 
 namespace mod_p3dgrid::recordio {
 namespace {
@@ -22,15 +19,11 @@ namespace {
 template <class Real>
 using BitsOf = std::conditional_t<sizeof(Real) == 4, std::uint32_t, std::uint64_t>;
 
-bool is_digit(char c) {
-  return c >= '0' && c <= '9';
-}
-
 char lower(char c) {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-/// Whether `text` in lower case begins with `word`; if so, drops the word from it.
+/// Removes `word` from the beginning of `text`, ignoring case. False if it does not begin with it.
 bool take_word(std::string_view& text, std::string_view word) {
   if (text.size() < word.size()) return false;
   if (!std::equal(word.begin(), word.end(), text.begin(),
@@ -41,8 +34,8 @@ bool take_word(std::string_view& text, std::string_view word) {
   return true;
 }
 
-/// The NaN that `text`, what follows the word nan, stands for: a quiet one, or in parentheses the
-/// bits as as many hexadecimal digits as the type has. Other texts in parentheses say nothing.
+/// Parses the text that follows `nan`: nothing, or in parentheses the bits, with all hexadecimal
+/// digits of the type. Other text in parentheses is ignored. False for anything else.
 template <class Real>
 bool parse_nan(std::string_view text, bool negative, Real& value) {
   Real result =
@@ -62,14 +55,14 @@ bool parse_nan(std::string_view text, bool negative, Real& value) {
   return true;
 }
 
-/// A decimal number without sign, its exponent marked by `e` alone.
+/// Parses a decimal number without sign, whose exponent begins with `e`.
 template <class Real>
 bool parse_decimal(std::string_view text, Real& value) {
   const auto [end, error] =
       std::from_chars(text.begin(), text.end(), value, std::chars_format::general);
   if (end != text.end()) return false;
   if (error != std::errc::result_out_of_range) return error == std::errc{};
-  // Beyond the range on either side: the place of the first digit that counts tells which.
+  // Too large or too small: the power of ten of the first non-zero digit tells which.
   const std::size_t mark = text.find('e');
   const std::string_view digits = text.substr(0, mark);
   const std::size_t point = std::min(digits.find('.'), digits.size());
@@ -88,7 +81,8 @@ bool parse_decimal(std::string_view text, Real& value) {
   return true;
 }
 
-/// The number with its exponent in the one form that `std::from_chars` knows; empty if it is none.
+/// The number with its exponent in the form that `std::from_chars` accepts; empty if it is not a
+/// number.
 std::string with_plain_exponent(std::string_view text) {
   std::string plain;
   plain.reserve(text.size() + 1);
@@ -111,30 +105,9 @@ std::string with_plain_exponent(std::string_view text) {
   return plain;
 }
 
-template <class Real>
-bool parse_real(std::string_view token, Real& value) {
-  bool negative = false;
-  if (!token.empty() && (token.front() == '+' || token.front() == '-')) {
-    negative = token.front() == '-';
-    token.remove_prefix(1);
-  }
-  std::string_view word = token;
-  if (take_word(word, "nan")) return parse_nan(word, negative, value);
-  Real magnitude = 0;
-  if (take_word(word, "inf")) {
-    if (!word.empty() && !(take_word(word, "inity") && word.empty())) return false;
-    magnitude = std::numeric_limits<Real>::infinity();
-  } else if (const std::string plain = with_plain_exponent(token);
-             plain.empty() || !parse_decimal(std::string_view(plain), magnitude)) {
-    return false;
-  }
-  value = negative ? -magnitude : magnitude;
-  return true;
-}
-
 __extension__ using Wide = unsigned __int128;
 
-/// Digits as text, as many as the word has bytes; the first in its lowest byte.
+/// Stores digits, the first of which is in the lowest byte, as text.
 void store(char* to, std::uint64_t digits) {
   digits |= 0x30303030'30303030;
   if constexpr (std::endian::native == std::endian::big) digits = __builtin_bswap64(digits);
@@ -153,8 +126,8 @@ int zeros_at_end(Wide digits) {
   return last != 0 ? zeros_at_end(last) : 8 + zeros_at_end(static_cast<std::uint64_t>(digits));
 }
 
-/// The digits of a real as text, without zeros at the end: one digit, and a word of as many as
-/// there may be behind it. How many there are is anybody's guess, so nothing here jumps on it.
+/// The digits of a real without trailing zeros: one digit, and a word with the most that can
+/// follow. Their number is unpredictable, hence branch-free.
 template <class Real>
 class Digits {
  public:
@@ -163,7 +136,7 @@ class Digits {
     const Number one_missing = digits < least;
     digits += 9 * digits * one_missing;
     exponent -= static_cast<int>(one_missing);
-    for (; digits < least; digits *= 10) --exponent;  // a few numbers have even less
+    for (; digits < least; digits *= 10) --exponent;  // rare
     first_ = static_cast<char>('0' + digits / least);
     others_ = text_of(digits % least);
     const int zeros = zeros_at_end(others_);
@@ -171,7 +144,7 @@ class Digits {
     exponent += zeros;
   }
 
-  /// Writes the digits from `first` on, and something behind them so as not to loop.
+  /// Writes the digits from `first` on, followed by unused characters.
   void copy(char* to, int first) const {
     if (first > 0) return store(to, others_ >> 8 * (first - 1));
     *to = first_;
@@ -179,7 +152,7 @@ class Digits {
   }
 
   int count;
-  int exponent;  ///< power of ten that the last digit counts
+  int exponent;  ///< power of ten of the last digit
 
  private:
   static constexpr bool single = sizeof(Real) == 4;
@@ -208,14 +181,14 @@ char* write_exponent(char* to, int exponent) {
   return to;
 }
 
-/// Writes the number with a point in it or with an exponent, whichever is shorter. Null for a whole
-/// number that is to be written with more digits than it is given with.
+/// Writes the number with a point or with an exponent, whichever is shorter. Null for a whole
+/// number that needs more digits than `digits` has.
 template <class Real>
 char* write_decimal(char* to, const Digits<Real>& digits) {
   const int count = digits.count;
   const int exponent = digits.exponent;
   const int before_point = count + exponent;
-  // "1.5e-07" takes five characters besides its digits, and four without a point.
+  // "1.5e-07" has five characters besides its digits; without a point it has four.
   const int besides = count == 1 ? 4 : 5;
   if (exponent > besides || 2 - exponent > count + besides) {
     digits.copy(to + 1, 0);
@@ -244,26 +217,9 @@ char* write_nan(char* to, Real value) {
   to += 3;
   if (bits == std::bit_cast<BitsOf<Real>>(std::numeric_limits<Real>::quiet_NaN())) return to;
   *to++ = '(';
-  // A NaN's bits fill all digits of its type, less a sign bit of 0 in the first.
   to = std::to_chars(to, to + 2 * sizeof(Real), bits, 16).ptr;
   *to++ = ')';
   return to;
-}
-
-template <class Real>
-char* write_real(char* to, const NumberWithDigits<Real>& number) {
-  const Real value = number.value;
-  using Bits = BitsOf<Real>;
-  constexpr Bits fraction = (Bits{1} << (std::numeric_limits<Real>::digits - 1)) - 1;
-  if (std::isnan(value)) return write_nan(to, value);
-  *to = '-';
-  to += std::signbit(value);
-  const Real magnitude = std::fabs(value);
-  if ((std::bit_cast<Bits>(value) & fraction) != 0) {
-    if (char* const end = write_decimal(to, Digits<Real>(number.digits))) return end;
-  }
-  // Zero, infinity, powers of two, and whole numbers whose shortest digits are not all they have.
-  return std::to_chars(to, to + number_room, magnitude).ptr;
 }
 
 }  // namespace
@@ -277,28 +233,49 @@ bool parse_number(std::string_view token, integer& value) {
   return true;
 }
 
-bool parse_number(std::string_view token, float& value) {
-  return parse_real(token, value);
+template <std::floating_point Real>
+bool parse_number(std::string_view token, Real& value) {
+  bool negative = false;
+  if (!token.empty() && (token.front() == '+' || token.front() == '-')) {
+    negative = token.front() == '-';
+    token.remove_prefix(1);
+  }
+  std::string_view word = token;
+  if (take_word(word, "nan")) return parse_nan(word, negative, value);
+  Real magnitude = 0;
+  if (take_word(word, "inf")) {
+    if (!word.empty() && !(take_word(word, "inity") && word.empty())) return false;
+    magnitude = std::numeric_limits<Real>::infinity();
+  } else if (const std::string plain = with_plain_exponent(token);
+             plain.empty() || !parse_decimal(std::string_view(plain), magnitude)) {
+    return false;
+  }
+  value = negative ? -magnitude : magnitude;
+  return true;
 }
-bool parse_number(std::string_view token, double& value) {
-  return parse_real(token, value);
-}
+template bool parse_number(std::string_view, float&);
+template bool parse_number(std::string_view, double&);
 
 char* write_number(char* to, integer value) {
   return std::to_chars(to, to + number_room, value).ptr;
 }
-NumberWithDigits<float> with_digits(float value) {
-  return {value, shortest_decimal(std::fabs(value))};
-}
-NumberWithDigits<double> with_digits(double value) {
-  return {value, shortest_decimal(std::fabs(value))};
-}
 
-char* write_number(char* to, const NumberWithDigits<float>& number) {
-  return write_real(to, number);
+template <class Real>
+char* write_number(char* to, const NumberWithDigits<Real>& number) {
+  const Real value = number.value;
+  using Bits = BitsOf<Real>;
+  constexpr Bits fraction = (Bits{1} << (std::numeric_limits<Real>::digits - 1)) - 1;
+  if (std::isnan(value)) return write_nan(to, value);
+  *to = '-';
+  to += std::signbit(value);
+  const Real magnitude = std::fabs(value);
+  if ((std::bit_cast<Bits>(value) & fraction) != 0) {
+    if (char* const end = write_decimal(to, Digits<Real>(number.digits))) return end;
+  }
+  // Zero, infinity, powers of two, and whole numbers with more digits than their shortest ones.
+  return std::to_chars(to, to + number_room, magnitude).ptr;
 }
-char* write_number(char* to, const NumberWithDigits<double>& number) {
-  return write_real(to, number);
-}
+template char* write_number(char*, const NumberWithDigits<float>&);
+template char* write_number(char*, const NumberWithDigits<double>&);
 
 }  // namespace mod_p3dgrid::recordio

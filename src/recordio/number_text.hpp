@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cmath>
+#include <concepts>
 #include <cstdint>
 #include <string_view>
 
@@ -9,43 +11,42 @@
 /// Numbers as text: one token to one value and back.
 namespace mod_p3dgrid::recordio {
 
-/// Reads a whole token as a number. False if it is not wholly one, `value` untouched then.
+/// Parses a token. If it is not a number as a whole, returns false and leaves `value` unchanged.
 ///
-/// Reals: sign or none, digits with at most one point, an exponent with the letter e, d or q or
-/// with its sign alone (`1.5+3`), in either case; `inf`, `infinity`, `nan`, `nan(...)`. Rounded to
-/// nearest; what is too large becomes infinite, what is too small zero, as rounding has it. A NaN
-/// written by `write_number` keeps its bits.
+/// Reals: optional sign, digits with at most one point, optional exponent with the letter e, d or q
+/// or with only its sign (`1.5+3`); `inf`, `infinity`, `nan`, `nan(...)`; in upper or lower case.
+/// They are rounded to nearest, to infinity and to zero if out of range. A NaN written by
+/// `write_number` keeps its bits.
 ///
-/// Integers: sign or none, digits; the value must fit 32 bits.
+/// Integers: optional sign, digits; the value must fit 32 bits.
 [[nodiscard]] bool parse_number(std::string_view token, integer& value);
-[[nodiscard]] bool parse_number(std::string_view token, float& value);
-[[nodiscard]] bool parse_number(std::string_view token, double& value);
+template <std::floating_point Real>
+[[nodiscard]] bool parse_number(std::string_view token, Real& value);
 
-/// A number and its shortest digits, which say nothing if `shortest_decimal` has none for it.
+/// A number and its shortest digits, which are meaningless where `shortest_decimal` has none.
 template <class Real>
 struct NumberWithDigits {
   Real value;
   Decimal digits;
 };
 
-/// Finds the digits that a number is written with. Many numbers take less time if the digits of
-/// several are found before the first is written, since a processor works at more than one then.
-[[nodiscard]] NumberWithDigits<float> with_digits(float value);
-[[nodiscard]] NumberWithDigits<double> with_digits(double value);
+/// Computes the digits of a number. Doing this for several numbers before the first is written is
+/// faster, because the processor overlaps the computations.
+template <class Real>
+[[nodiscard]] NumberWithDigits<Real> with_digits(Real value) {
+  return {value, shortest_decimal(std::fabs(value))};
+}
 
-/// Room that `write_number` needs: more than the text, which it writes in pieces of fixed length.
+/// Bytes that `write_number` may overwrite; more than the text, which it writes in fixed lengths.
 inline constexpr std::int64_t number_room = 48;
 
-/// Writes the shortest text that `parse_number` turns back into the same bits; returns its end.
-/// Finite numbers look as `std::to_chars` writes them.
+/// Writes the shortest text that `parse_number` converts back to the same bits; returns its end.
+/// The format of finite numbers is that of `std::to_chars`.
 char* write_number(char* to, integer value);
-char* write_number(char* to, const NumberWithDigits<float>& number);
-char* write_number(char* to, const NumberWithDigits<double>& number);
-
-inline char* write_number(char* to, float value) {
-  return write_number(to, with_digits(value));
-}
-inline char* write_number(char* to, double value) {
+template <class Real>
+char* write_number(char* to, const NumberWithDigits<Real>& number);
+template <std::floating_point Real>
+char* write_number(char* to, Real value) {
   return write_number(to, with_digits(value));
 }
 

@@ -18,7 +18,7 @@ namespace {
 /// Writes of 1 MiB cost 40 % less on a new file than writes of 64 KiB.
 constexpr std::size_t buffer_size = std::size_t{1024} * 1024;
 constexpr int closed = -1;
-constexpr mode_t permissions = 0666;  // less the umask
+constexpr mode_t permissions = 0666;  // without the umask
 
 int create(const std::string& path, Creation creation) {
   const int how = creation == Creation::fresh ? O_EXCL : 0;
@@ -37,7 +37,7 @@ OutputFile::OutputFile(std::string path, Creation creation)
       buffer_(std::make_unique_for_overwrite<char[]>(buffer_size)),
       descriptor_(create(path_, creation)) {
   struct stat status;
-  // Without its old size the file could not be cut to the new one.
+  // The old size is needed to truncate the file.
   if (::fstat(descriptor_, &status) != 0) fail("cannot create", errno);
   if (!S_ISREG(status.st_mode)) return;
   has_size_ = true;
@@ -46,13 +46,12 @@ OutputFile::OutputFile(std::string path, Creation creation)
 
 OutputFile::~OutputFile() {
   if (descriptor_ == closed) return;
-  static_cast<void>(cut());
+  static_cast<void>(truncate());
   ::close(descriptor_);
 }
 
-/// Cuts off what is left of the file that was there before, and gives back space that was asked for
-/// in vain.
-bool OutputFile::cut() {
+/// Removes the rest of the old file, and preallocated space that was not used.
+bool OutputFile::truncate() {
   if (!begun_ || !has_size_ || space_ <= written_) return true;
   int result;
   do {
@@ -61,16 +60,16 @@ bool OutputFile::cut() {
   return result == 0;
 }
 
-/// Has the system find disk space for the next `bytes` bytes in one go, rather than page by page:
-/// half the time for a new file. The file gets no longer by that. It is a wish: where it cannot be
-/// had, nothing is lost, and the disk is full only when a write says so.
-void OutputFile::ask_for_space(std::int64_t bytes) {
+/// Allocates disk space for the next `bytes` bytes at once, which halves the time to write a new
+/// file. The length of the file does not change. Errors are ignored: if the disk is full, a write
+/// reports it.
+void OutputFile::preallocate(std::int64_t bytes) {
   constexpr std::int64_t least_bytes = std::int64_t{256} * 1024;
   const std::int64_t from = std::max(space_, written_);
   const std::int64_t missing = written_ + bytes - from;
   if (!has_size_ || missing < least_bytes) return;
   static_cast<void>(::fallocate(descriptor_, FALLOC_FL_KEEP_SIZE, from, missing));
-  space_ = from + missing;  // a part of it may be there if not all could be had
+  space_ = from + missing;  // after an error a part may have been allocated
 }
 
 void OutputFile::write(const void* source, std::int64_t bytes) {
@@ -79,7 +78,7 @@ void OutputFile::write(const void* source, std::int64_t bytes) {
   std::size_t left = static_cast<std::size_t>(bytes);
   if (left > buffer_size - used_) {
     flush();
-    ask_for_space(static_cast<std::int64_t>(left));
+    preallocate(static_cast<std::int64_t>(left));
     const std::size_t whole = left - left % buffer_size;
     write_through(from, whole);
     from += whole;
@@ -99,10 +98,10 @@ void OutputFile::flush() {
   write_through(buffer_.get(), bytes);
 }
 
-bool OutputFile::lies_ahead(std::int64_t bytes) {
+bool OutputFile::allows_random_access(std::int64_t bytes) {
   if (!has_size_ || descriptor_ == closed) return false;
   flush();
-  ask_for_space(bytes);
+  preallocate(bytes);
   return true;
 }
 
@@ -134,8 +133,8 @@ void OutputFile::write_at(const char* source, std::size_t bytes, std::int64_t at
 void OutputFile::close() {
   if (descriptor_ == closed) return;
   flush();
-  if (!cut()) fail("cannot shorten", errno);
-  // The descriptor is gone whatever close says; after EINTR too.
+  if (!truncate()) fail("cannot shorten", errno);
+  // The descriptor is released in any case, after EINTR too.
   if (::close(std::exchange(descriptor_, closed)) != 0 && errno != EINTR) {
     throw SystemError{"cannot close", errno};
   }
@@ -143,7 +142,7 @@ void OutputFile::close() {
 
 void OutputFile::fail(const char* operation, int error) {
   used_ = 0;
-  static_cast<void>(cut());
+  static_cast<void>(truncate());
   ::close(std::exchange(descriptor_, closed));
   throw SystemError{operation, error};
 }

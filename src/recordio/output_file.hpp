@@ -12,61 +12,58 @@ enum class Creation {
   fresh,    ///< the file must not exist
 };
 
-/// A file written from its start to its end through one buffer. Failures throw `SystemError`; after
-/// one the file accepts and reports nothing more.
+/// A file that is written sequentially through one buffer. Failures throw `SystemError`; after one
+/// all further calls do nothing.
 ///
-/// An existing file is overwritten in place, which saves the system from giving its pages back and
-/// fetching new ones, and is cut to its new length when it is closed, in whatever way. One for
-/// which writing has not begun stays as it was.
+/// An existing file is overwritten in place, which is faster than freeing its pages first, and is
+/// truncated when it is closed or destroyed. Without a call of `begin` it stays unchanged.
 class OutputFile {
  public:
   OutputFile(std::string path, Creation creation);
   OutputFile(const OutputFile&) = delete;
   OutputFile& operator=(const OutputFile&) = delete;
-  /// Drops what is not flushed: call `close` to keep it.
+  /// Discards what has not been flushed; call `close` to keep it.
   ~OutputFile();
 
-  /// Gives up what the file held before. To be called before anything is written, and where a
-  /// record of no bytes is.
+  /// Gives up the old contents. To be called before the first record, even an empty one.
   void begin() { begun_ = true; }
 
   void write(const void* source, std::int64_t bytes);
 
-  /// Room for `bytes` bytes, at most `reserve_limit`, to be filled and then taken with `commit`.
+  /// Buffer for `bytes` bytes, at most `reserve_limit`, to be filled and then appended by `commit`.
   static constexpr std::size_t reserve_limit = std::size_t{64} * 1024;
   [[nodiscard]] char* reserve(std::size_t bytes);
   void commit(std::size_t bytes) { used_ += bytes; }
 
-  /// Whether the next `bytes` bytes can be written in any order.
-  [[nodiscard]] bool lies_ahead(std::int64_t bytes);
+  /// Whether `write_ahead` can write the next `bytes` bytes.
+  [[nodiscard]] bool allows_random_access(std::int64_t bytes);
 
-  /// Writes `bytes` bytes at `distance` bytes behind the place where writing stands, which stays.
-  /// Only where that lies ahead; `skip` then takes all of it as written.
+  /// Writes `bytes` bytes `distance` bytes after the current position, which stays. Requires
+  /// `allows_random_access`; `skip` then advances the position.
   void write_ahead(std::int64_t distance, const void* source, std::int64_t bytes);
   void skip(std::int64_t bytes) { written_ += bytes; }
 
-  /// Hands everything to the system.
   void flush();
 
-  /// Hands everything to the system and closes the file. A second call does nothing.
+  /// Flushes, truncates and closes the file. A second call does nothing.
   void close();
 
  private:
   void write_through(const char* source, std::size_t bytes);
   void write_at(const char* source, std::size_t bytes, std::int64_t at);
-  void ask_for_space(std::int64_t bytes);
-  [[nodiscard]] bool cut();
+  void preallocate(std::int64_t bytes);
+  [[nodiscard]] bool truncate();
   [[noreturn]] void fail(const char* operation, int error);
 
   std::string path_;
   std::unique_ptr<char[]> buffer_;
   int descriptor_;
-  bool begun_ = false;        ///< what the file held before is given up
-  bool has_size_ = false;     ///< a regular file, which is written at places of our choice
-  std::int64_t space_ = 0;    ///< bytes that the file had or that were asked for, from the start
-  std::int64_t written_ = 0;  ///< bytes handed to the system, all from the start
-  std::int64_t moved_ = 0;    ///< bytes handed to the system, ahead of `written_` too
-  std::size_t used_ = 0;      ///< bytes in the buffer, behind those
+  bool begun_ = false;        ///< the old contents are given up
+  bool has_size_ = false;     ///< a regular file, which allows random access
+  std::int64_t space_ = 0;    ///< old size of the file, or preallocated size if larger
+  std::int64_t written_ = 0;  ///< position: bytes written before the buffered ones
+  std::int64_t moved_ = 0;    ///< bytes written, random access included
+  std::size_t used_ = 0;      ///< bytes in the buffer
 };
 
 }  // namespace mod_p3dgrid::recordio

@@ -12,42 +12,36 @@
 #include "mod_p3dgrid/logical.hpp"
 #include "recordio/characters.hpp"
 
-/// The fast path for numbers in their usual forms, straight from a file's buffer. What it does not
-/// take is read by `parse_number`; what it takes has the same value.
+/// Fast parser for numbers in the usual forms. It returns the same values as `parse_number`, and
+/// null for numbers that it does not handle.
 ///
-/// The text must go on behind the number: with a zero byte behind what is valid, and with 16 bytes
-/// in front of it and 32 behind it that may be looked at.
+/// A zero byte must follow the valid text, and 16 bytes before the number and 32 after it must be
+/// readable.
 namespace mod_p3dgrid::recordio {
 namespace detail {
 
-/// A number as its text has it: `digits * 10^exponent`.
+/// The number `digits * 10^exponent`.
 struct ScannedDecimal {
   std::uint64_t digits = 0;
   std::int64_t exponent = 0;
   std::uint64_t negative = 0;  ///< 1 if it is
 };
 
-/// More digits might not fit.
+/// Limit on digits, so that they fit 64 bits.
 inline constexpr std::uint64_t most_digits = 18;
-
-inline bool is_digit(char c) {
-  return static_cast<unsigned char>(c - '0') <= 9;
-}
 
 inline void append_digit(std::uint64_t& digits, char digit) {
   digits = digits * 10 + static_cast<std::uint64_t>(digit - '0');
 }
 
-constexpr std::array<std::uint64_t, characters_at_once + 1> make_whole_powers() {
+/// Powers of ten for up to `characters_at_once` digits.
+inline constexpr auto whole_powers = [] {
   std::array<std::uint64_t, characters_at_once + 1> powers{1};
   for (std::size_t i = 1; i < powers.size(); ++i) powers[i] = powers[i - 1] * 10;
   return powers;
-}
+}();
 
-/// Powers of ten up to that of as many digits as are taken at once.
-inline constexpr auto whole_powers = make_whole_powers();
-
-/// Takes a sign and digits with or without a point, up to `end`. False if they look otherwise.
+/// Parses a sign and digits with at most one point, up to `end`. False for other text.
 inline bool take_digits(const char* from, const char* end, ScannedDecimal& number) {
   number.negative = *from == '-';
   from += number.negative | static_cast<std::uint64_t>(*from == '+');
@@ -68,8 +62,8 @@ inline bool take_digits(const char* from, const char* end, ScannedDecimal& numbe
   return true;
 }
 
-/// Takes the exponent that ends at `end` if there is one of a letter, a sign and two digits, and
-/// moves `end` in front of it. False if it looks otherwise.
+/// Parses an exponent of a letter, a sign and two digits that ends at `end`, and moves `end` to its
+/// beginning. True without an exponent, false for one of another form.
 inline bool take_usual_exponent(const char*& end, std::int64_t& exponent) {
   constexpr int but_case_and_last_bit = 0xDE;
   if ((end[-4] & but_case_and_last_bit) != ('D' & 'E')) return true;
@@ -81,9 +75,9 @@ inline bool take_usual_exponent(const char*& end, std::int64_t& exponent) {
   return true;
 }
 
-/// Takes an exponent of a letter, a sign or none, and one to four digits. False if there is none.
-/// Looks backwards from the end, no further than an exponent is long. `take_digits` refuses what
-/// has its exponent in front of where it begins.
+/// Parses an exponent of a letter, an optional sign and one to four digits that ends at `end`, and
+/// moves `end` to its beginning. False if there is none. If it begins before the number,
+/// `take_digits` fails.
 inline bool take_exponent(const char*& end, std::int64_t& exponent) {
   constexpr std::ptrdiff_t most = 4;
   const char* first = end;
@@ -99,8 +93,7 @@ inline bool take_exponent(const char*& end, std::int64_t& exponent) {
   return true;
 }
 
-/// What `scan_decimal` does not see in most files. Returned by value, so that the usual number can
-/// stay in registers.
+/// The rare case of `scan_decimal`. Returns by value, so that the usual number stays in registers.
 [[gnu::noinline]] inline std::optional<ScannedDecimal> scan_with_other_exponent(const char* from,
                                                                                 const char* end) {
   ScannedDecimal number;
@@ -108,8 +101,8 @@ inline bool take_exponent(const char*& end, std::int64_t& exponent) {
   return number;
 }
 
-/// Takes a number of digits with or without a point, and an exponent with a letter. Where it ends
-/// is found first, so that what follows need not wait for its digits. Null if it looks otherwise.
+/// Parses digits with at most one point, and an exponent with a letter. The end of the number is
+/// found first, so that the next number need not wait for its digits. Null for other text.
 inline const char* scan_decimal(const char* from, ScannedDecimal& number) {
   const char* const end = end_of_word(from);
   if (end == nullptr) return nullptr;
@@ -123,41 +116,37 @@ inline const char* scan_decimal(const char* from, ScannedDecimal& number) {
   return end;
 }
 
-/// Powers of ten that doubles hold exactly.
+/// Powers of ten that are exact in double precision.
 inline constexpr std::array<double, 23> exact_powers{1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
                                                      1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
                                                      1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 
 inline constexpr std::int64_t greatest_exact_power = exact_powers.size() - 1;
 
-constexpr std::array<double, 2 * greatest_exact_power + 1> make_near_powers() {
+/// `near_powers[greatest_exact_power + e]` is 10^e, rounded if e is below 0.
+inline constexpr auto near_powers = [] {
   std::array<double, 2 * greatest_exact_power + 1> powers{};
   for (std::size_t i = 0; i < exact_powers.size(); ++i) {
     powers[greatest_exact_power + i] = exact_powers[i];
     powers[greatest_exact_power - i] = 1 / exact_powers[i];
   }
   return powers;
-}
+}();
 
-/// The same and their reciprocals, as near as doubles come: `near_powers[greatest_exact_power + e]`
-/// is the one of e.
-inline constexpr auto near_powers = make_near_powers();
-
-/// With the number's sign.
 template <class Real>
 Real signed_value(const ScannedDecimal& number, double magnitude) {
   const auto bits = std::bit_cast<std::uint64_t>(magnitude) | number.negative << 63;
   return static_cast<Real>(std::bit_cast<double>(bits));
 }
 
-/// Rounds as IEEE arithmetic does. False where that is not certain to be right.
+/// Rounds to nearest. False if the result is not certain to be correct.
 inline bool round_decimal(const ScannedDecimal& number, float& value) {
   const auto power = static_cast<std::uint64_t>(number.exponent + greatest_exact_power);
   if (power >= near_powers.size()) return false;
   const double magnitude =
       static_cast<double>(static_cast<std::int64_t>(number.digits)) * near_powers[power];
-  // At most three roundings, which put the double off by less than four of its last places.
-  // Rounding once more is right unless the border between two singles lies as near.
+  // The double has an error of less than four units in the last place, from three roundings at
+  // most. Rounding it is correct unless the midpoint between two singles is that close.
   constexpr std::uint64_t below_single = (std::uint64_t{1} << 29) - 1;
   constexpr std::uint64_t border = std::uint64_t{1} << 28;
   constexpr std::uint64_t doubt = 4;
@@ -170,7 +159,7 @@ inline bool round_decimal(const ScannedDecimal& number, float& value) {
 inline bool round_decimal(const ScannedDecimal& number, double& value) {
   const auto power =
       static_cast<std::uint64_t>(number.exponent < 0 ? -number.exponent : number.exponent);
-  // Where both operands are exact, the one rounding is right.
+  // With exact operands the only rounding is correct.
   if (power >= exact_powers.size() || number.digits > std::uint64_t{1} << 53) return false;
   const auto digits = static_cast<double>(static_cast<std::int64_t>(number.digits));
   value = signed_value<double>(
@@ -178,14 +167,13 @@ inline bool round_decimal(const ScannedDecimal& number, double& value) {
   return true;
 }
 
-/// Longer ones are left to the caller, who knows how long a number may be. One that is cut off here
-/// ends at a character that ends no number.
+/// Limit for `parse_unusual`. Longer numbers end at a digit here, and are left to `parse_number`.
 inline constexpr std::ptrdiff_t most_characters = 64;
 
-/// Takes what else is a number. Separate, since it is rarely wanted.
+/// Parses other numbers. Not inline, because it is rarely called.
 template <class Real>
 [[gnu::noinline]] const char* parse_unusual(const char* from, const char* end, Real& value) {
-  // Letters, behind a sign too, are infinities and NaNs.
+  // Letters begin infinities and NaNs, which are left to `parse_number`.
   const char* const first = *from == '-' && from + 1 != end ? from + 1 : from;
   if (*first > '9') return nullptr;
   const auto [last, error] = std::from_chars(from, std::min(end, from + most_characters), value);
@@ -194,8 +182,8 @@ template <class Real>
 
 }  // namespace detail
 
-/// Reads a real that begins at `from`; returns where it ends, or null if it is not for the fast
-/// path. `end` is where the valid text ends.
+/// Parses a real at `from`. Returns its end, or null if it is not for the fast path.
+/// @param end  end of the valid text
 template <class Real>
 const char* parse_plain(const char* from, const char* end, Real& value) {
   detail::ScannedDecimal number;
@@ -210,7 +198,7 @@ inline const char* parse_plain(const char* from, const char* end, integer& value
   return error == std::errc{} ? stop : nullptr;
 }
 
-/// Goes over a number that is not kept: checks it, and makes no value.
+/// The same without computing the value.
 template <class Number>
 const char* skip_plain(const char* from, const char* end) {
   if constexpr (std::is_same_v<Number, integer>) {

@@ -5,10 +5,11 @@
 #include <cstddef>
 #include <cstdint>
 
-/// Powers of ten as 128-bit binary fractions, computed when the library is compiled.
+/// Powers of ten as 128-bit binary fractions, computed at compile time.
 namespace mod_p3dgrid::recordio {
 
-/// 2^127 <= `high * 2^64 + low` < 2^128; the power is this times a power of two, rounded up.
+/// A power of ten, rounded up, as `high * 2^64 + low` times a power of two. `high` has its highest
+/// bit set.
 struct PowerOfTen {
   std::uint64_t high;
   std::uint64_t low;
@@ -20,7 +21,7 @@ inline constexpr int greatest_power = 326;
 
 namespace detail {
 
-/// A natural number below 2^1088, in words of 32 bits, the least first.
+/// A natural number below 2^1088 in words of 32 bits, the lowest first.
 class Natural {
  public:
   constexpr explicit Natural(std::uint32_t value) { words_[0] = value; }
@@ -49,7 +50,7 @@ class Natural {
     }
   }
 
-  /// The 128 leading bits, rounded up if `exact` is false or a bit behind them is set.
+  /// The 128 leading bits, rounded up if `exact` is false or a lower bit is set.
   [[nodiscard]] constexpr PowerOfTen leading_bits(bool exact) const {
     std::int64_t top = std::int64_t{words} - 1;
     while (word(top) == 0) --top;
@@ -79,7 +80,7 @@ class Natural {
 
 constexpr auto compute_powers_of_ten() {
   std::array<PowerOfTen, greatest_power - least_power + 1> powers{};
-  // A factor of two only moves the bits, so powers of five serve.
+  // Powers of five have the same leading bits.
   Natural positive(1);
   for (int e = 0; e <= greatest_power; ++e, positive.multiply_by_five()) {
     powers[static_cast<std::size_t>(e - least_power)] = positive.leading_bits(true);

@@ -10,16 +10,15 @@ namespace mod_p3dgrid::recordio {
 inline constexpr integer status_end_of_file = -1;
 inline constexpr integer status_error = 1;
 
-/// Thrown where a file cannot be opened, written or closed: what was tried, and the system's error
-/// number. The file is known to those who catch it.
+/// Thrown if a file cannot be opened, written or closed. Callers know which file it is.
 struct SystemError {
   const char* operation;
-  int error;
+  int error;  ///< `errno`
 };
 
-/// Thrown where a read cannot go on.
+/// Thrown by a read that fails.
 struct ReadError {
-  integer status;
+  integer status;       ///< one of the above, or `errno`
   std::int64_t offset;  ///< byte of the file, from 0
   std::string found;
   std::string expected;

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <algorithm>
-#include <cstddef>
 #include <cstdint>
 #include <type_traits>
 #include <vector>
@@ -11,7 +10,7 @@
 
 namespace mod_p3dgrid::recordio {
 
-/// How one value is stored in an unformatted or binary file. Text knows no kinds.
+/// How a value is stored in an unformatted or binary file.
 enum class FileKind : std::uint8_t { integer4, real4, real8 };
 
 [[nodiscard]] constexpr std::int64_t bytes_of(FileKind kind) {
@@ -29,18 +28,18 @@ template <class T>
                                         : FileKind::real8;
 }
 
-/// One entry of a record list: `rows` times `count` values, row after row. Value i of row r lies
-/// at element `r + i * stride` of `memory`, so that a row is a line of a Fortran array whose first
-/// extent is `stride`. Dropped values have no memory: they are read, checked and forgotten.
+/// One entry of a record list: `rows` times `count` values, row after row. Value i of row r is
+/// element `r + i * stride` of `memory`, a Fortran array whose first extent is `stride`. Dropped
+/// values have no memory: they are read, checked and discarded.
 ///
-/// The values in memory have the kind `memory_kind`; in an unformatted or binary file they have
-/// `file_kind`. Text is read into the kind in memory; written, a double that is to be `real4` and
-/// that single precision can hold stands there as that single.
+/// Values have the kind `memory_kind` in memory and `file_kind` in an unformatted or binary file.
+/// Text is read into `memory_kind`. A double with `file_kind` `real4` is written to text with the
+/// digits of a single if that has the same value.
 ///
-/// Values may pass through a staging array of kind `file_kind` on their way between an unformatted
-/// or binary file and memory. It has room for all of them; they pass through its beginning, piece
-/// after piece, so that the rest of it is never touched and costs nothing.
-/// @tparam Memory  `void` for a list to read into, `const void` for a list to write from.
+/// With a staging array of kind `file_kind`, values of unformatted and binary files are converted
+/// there. It has room for all of them, but only its beginning is used, piece by piece, so the rest
+/// costs no memory.
+/// @tparam Memory  `void` for reading, `const void` for writing
 template <class Memory>
 struct Values {
   FileKind file_kind;
@@ -50,13 +49,15 @@ struct Values {
   std::int64_t stride;
   std::int64_t count;
   bool drop = false;
-  void* staging = nullptr;           ///< null for none
-  bool zero_where_left_out = false;  ///< what a value left out of text sets; else it sets nothing
+  void* staging = nullptr;  ///< null for none
+  /// Values left out of text become 0 rather than keep what `memory` holds. This saves clearing an
+  /// array that may be much larger than the text.
+  bool zero_where_left_out = false;
 
   [[nodiscard]] std::int64_t bytes() const { return rows * count * bytes_of(file_kind); }
 };
 
-/// What one record holds, in order. The operations build these lists; the encodings carry them out.
+/// The contents of one record in order.
 template <class Memory>
 using RecordList = std::vector<Values<Memory>>;
 using ReadList = RecordList<void>;
@@ -65,14 +66,14 @@ using WriteList = RecordList<const void>;
 template <class T>
 using MemoryOf = std::conditional_t<std::is_const_v<T>, const void, void>;
 
-/// `count` values that lie next to each other.
+/// `count` contiguous values.
 template <class T>
 [[nodiscard]] Values<MemoryOf<T>> values(T* memory, std::int64_t count) {
   return {kind_of<T>(), kind_of<T>(), memory, 1, 1, std::max<std::int64_t>(0, count)};
 }
 
-/// `rows` lines of an array of first extent `stride`, `count` values each; `memory` is the first
-/// value of the first line.
+/// `rows` rows of an array whose first extent is `stride`, `count` values each. `memory` points to
+/// the first value of the first row.
 template <class T>
 [[nodiscard]] Values<MemoryOf<T>> lines(T* memory, std::int64_t rows, std::int64_t stride,
                                         std::int64_t count) {
@@ -81,23 +82,22 @@ template <class T>
           stride,       std::max<std::int64_t>(0, count)};
 }
 
-/// One value.
 template <class T>
 [[nodiscard]] Values<MemoryOf<T>> scalar(T& value) {
   return values(&value, 1);
 }
 
-/// The same values, stored as `file_kind`.
+/// The entry with another kind in the file.
 template <class Memory>
 [[nodiscard]] Values<Memory> stored_as(FileKind file_kind, Values<Memory> entry) {
   entry.file_kind = file_kind;
   return entry;
 }
 
-/// The same values, which pass through the array `staging` and are stored as it keeps them; an
-/// empty one changes nothing. Without room for all of them they pass through other memory.
+/// The entry with a staging array and its kind in the file. An empty array changes nothing; one
+/// without room for all values only sets the kind.
 template <class Memory, class Staging>
-[[nodiscard]] Values<Memory> by_way_of(array_view<Staging, 2> staging, Values<Memory> entry) {
+[[nodiscard]] Values<Memory> through_staging(array_view<Staging, 2> staging, Values<Memory> entry) {
   if (staging.data() == nullptr) return entry;
   entry.file_kind = kind_of<Staging>();
   const bool has_room = entry.rows * entry.count <= staging.extent(1) * staging.extent(2);
@@ -105,27 +105,12 @@ template <class Memory, class Staging>
   return entry;
 }
 
-/// The same values, of which those that are left out of text are 0 once they have been read. Saves
-/// clearing an array that may be much larger than what there is to read into it.
-template <class Memory>
-[[nodiscard]] Values<Memory> zero_where_left_out(Values<Memory> entry) {
-  entry.zero_where_left_out = true;
-  return entry;
-}
-
-/// One real that is stored as `file_kind` and kept in double precision.
-template <class Double>
-[[nodiscard]] Values<MemoryOf<Double>> real_scalar(Double& value, FileKind file_kind) {
-  static_assert(std::is_same_v<std::remove_const_t<Double>, double>);
-  return stored_as(file_kind, scalar(value));
-}
-
-/// `count` values that are read, checked and dropped.
+/// `count` values that are read, checked and discarded.
 [[nodiscard]] inline Values<void> dropped(FileKind kind, std::int64_t count) {
   return {kind, kind, nullptr, 1, 1, std::max<std::int64_t>(0, count), true};
 }
 
-/// Bytes that the list takes in an unformatted or binary file, without markers.
+/// Bytes of the list in an unformatted or binary file, without markers.
 template <class Memory>
 [[nodiscard]] std::int64_t bytes_of(const RecordList<Memory>& list) {
   std::int64_t bytes = 0;

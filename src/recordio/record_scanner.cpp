@@ -4,15 +4,11 @@
 
 #include "recordio/byte_order.hpp"
 #include "recordio/read_error.hpp"
-#include "recordio/record_markers.hpp"
 
 namespace mod_p3dgrid::recordio {
 namespace {
 
-constexpr std::int64_t marker_bytes = sizeof(Marker);
-
-/// Sub-records are split off at about 2 GiB. A chain of more is damage, and would take long to
-/// walk.
+/// Sub-records have about 2 GiB. A longer chain is damage, and would take long to scan.
 constexpr int most_subrecords = 65536;
 
 }  // namespace
@@ -20,13 +16,13 @@ constexpr int most_subrecords = 65536;
 std::optional<std::int32_t> integer_at(InputFile& file, std::int64_t offset, std::endian order) {
   std::int32_t value;
   try {
-    file.go_to(offset);
+    file.seek(offset);
     file.read(&value, sizeof value);
   } catch (const ReadError& error) {
     if (error.status == status_end_of_file) return std::nullopt;
     throw;
   }
-  if (is_foreign(order)) reverse_bytes(&value, 1);
+  if (needs_swap(order)) swap_bytes(&value, 1);
   return value;
 }
 
@@ -45,7 +41,7 @@ std::optional<ScannedRecord> RecordScanner::next() {
   return record;
 }
 
-/// Takes one sub-record with its two markers; true when another follows.
+/// Scans one sub-record with its two markers; true if another follows.
 bool RecordScanner::take_subrecord(ScannedRecord& record, bool first) {
   const std::int64_t begin = record.end;
   const auto head = integer_at(file_, begin, order_);
@@ -66,7 +62,6 @@ bool RecordScanner::take_subrecord(ScannedRecord& record, bool first) {
                   ", and the file ends at byte " + std::to_string(size_);
     return false;
   }
-  // Behind a sub-record that follows another the marker is negative.
   const std::int64_t expected = first ? length : -length;
   if (*tail != expected) {
     record.state = ScannedRecord::State::broken;

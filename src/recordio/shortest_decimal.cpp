@@ -18,21 +18,21 @@ constexpr int log10_of_power_of_two(int e) {
   return (e * 1262611) >> 22;
 }
 
-/// A number times a power of ten: its integer part, and whether there is nothing behind it.
+/// A product: its integer part, and whether its fraction is zero.
 template <class Word>
 struct Scaled {
   Word integer;
   bool whole;
 };
 
-/// The lowest bit of an integer part, and whether there is nothing behind it.
+/// The lowest bit of an integer part, and whether the fraction is zero.
 struct Parity {
   bool odd;
   bool whole;
 };
 
-/// A power of ten times 2^(`beta` - 63) for singles, which need no more bits of it. It is chosen so
-/// that the interval that rounds to a number holds between 10^kappa and 10^(kappa + 1) units.
+/// A power of ten times 2^(`beta` - 63), with the precision that singles need. It is chosen so that
+/// the interval that rounds to a number has between 10^kappa and 10^(kappa + 1) units.
 class PowerForSingles {
  public:
   using Word = std::uint32_t;
@@ -48,12 +48,12 @@ class PowerForSingles {
     const auto product = static_cast<std::uint64_t>(Wide{power_} * (factor << beta_) >> 32);
     return {static_cast<Word>(product >> 32), static_cast<Word>(product) == 0};
   }
-  /// The same, where no more than the lowest bit and what is behind it is asked for.
+  /// The lowest bit and the fraction of `times(factor)`.
   [[nodiscard]] Parity parity(Word factor) const {
     const std::uint64_t low = power_ * factor;
     return {(low >> (64 - beta_) & 1) != 0, static_cast<Word>(low >> (32 - beta_)) == 0};
   }
-  /// A tenth, for at most 100.
+  /// `number / 10` for numbers up to 100.
   [[nodiscard]] static Word small_quotient(Word number) { return number * 6554 >> 16; }
 
  private:
@@ -80,7 +80,7 @@ class PowerForDoubles {
     const Wide low = (Wide{high} << 64) + Wide{power_.low} * factor;
     return {(low >> (128 - beta_) & 1) != 0, static_cast<Word>(low >> (64 - beta_)) == 0};
   }
-  /// A hundredth, for at most 1000.
+  /// `number / 100` for numbers up to 1000.
   [[nodiscard]] static Word small_quotient(Word number) { return number * 656 >> 16; }
 
  private:
@@ -114,13 +114,13 @@ Decimal shortest(Real value) {
   constexpr Word large = 10 * small;
   const auto [c, q] = parts_of<Word>(value);
 
-  // Few values are whole; which of them are below 1 is anybody's guess, and not asked first.
+  // Branch-free, because whether a value is below 1 is unpredictable; whole values are rare.
   const int behind_point = -q & (std::numeric_limits<Word>::digits - 1);
   const bool fraction_is_zero = (c & ((Word{1} << behind_point) - 1)) == 0;
   if (fraction_is_zero & (q <= 0) & (q >= -fraction_bits)) return {c >> -q, 0};
 
-  // From here on in units of 10^k, of which the interval that rounds to the value holds `length`,
-  // between `small` and `large`. Its ends belong to it if c is even.
+  // From here on in units of 10^k. The interval that rounds to the value has `length` of them,
+  // between `small` and `large`. It includes its ends if c is even.
   const int k = log10_of_power_of_two(q) - Power::kappa;
   const Power power(powers_of_ten[static_cast<std::size_t>(-k - least_power)],
                     q + log2_of_power_of_ten(-k));
@@ -128,7 +128,7 @@ Decimal shortest(Real value) {
   const bool with_ends = c % 2 == 0;
   const Scaled<Word> upper = power.times(2 * c + 1);
 
-  // The multiple of `large` below the upper end, and whether it lies inside.
+  // The greatest multiple of `large` below the upper end, and whether it is inside the interval.
   Word multiple = upper.integer / large;
   Word below = upper.integer - multiple * large;
   bool inside = below < length;
@@ -141,13 +141,13 @@ Decimal shortest(Real value) {
     inside = false;
   }
 
-  // Otherwise the multiple of `small` nearest to the value. Whether it is needed is anybody's
-  // guess, so it is worked out in any case, and without a jump.
+  // Otherwise the multiple of `small` nearest to the value. Whether it is needed is unpredictable,
+  // hence branch-free.
   const Word distance = below - length / 2 + small / 2;
   const Word steps = Power::small_quotient(distance);
   Word digits = 10 * multiple + (steps & -static_cast<Word>(!inside));
   if (distance - steps * small + inside == 0) {
-    // The value lies about in the middle of two.
+    // The value is close to the midpoint of two multiples.
     const Parity middle = power.parity(2 * c);
     const bool expected_odd = ((distance ^ (small / 2)) & 1) != 0;
     digits -= (middle.odd != expected_odd) | (middle.whole & (digits % 2 != 0));

@@ -11,16 +11,14 @@ struct Decimal {
   int exponent;
 };
 
-/// The decimal number with the fewest digits that lies nearer to `value` than to any other number
-/// of its type; of several the one nearest to `value`. The digits may end in zeros; those of a
-/// single are below 10^9.
+/// The decimal number with the fewest digits that rounds to `value`; of several the nearest one.
+/// The digits may end in zeros; those of a single are below 10^9.
 ///
 /// Follows J. Jeon, "Dragonbox: a new floating-point binary-to-decimal conversion algorithm"
-/// (2020): of the interval that rounds to `value` one end is scaled by a tabulated power of ten;
-/// its integer part tells all but the rare cases, in which the other end or the middle is looked
-/// at.
-/// @param value  finite, above 0 and no power of two, whose neighbours lie at two distances; of any
-///               other the digits say nothing
+/// (2020): the upper end of the interval that rounds to `value` is scaled by a tabulated power of
+/// ten. Its integer part is enough except in rare cases, which need the other end or the middle.
+/// @param value  finite, above 0 and not a power of two, whose neighbours have different distances;
+///               the result for others is meaningless
 [[nodiscard]] Decimal shortest_decimal(float value);
 [[nodiscard]] Decimal shortest_decimal(double value);
 

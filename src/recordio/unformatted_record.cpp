@@ -28,50 +28,50 @@ UnformattedRecordReader::UnformattedRecordReader(InputFile& file, std::endian or
   if (file_.at_end()) {
     throw ReadError{status_end_of_file, file_.offset(), "the end of the file", "a record"};
   }
-  begin_piece();
+  begin_subrecord();
 }
 
 Marker UnformattedRecordReader::read_marker() {
   Marker marker;
   file_.read(&marker, sizeof marker);
-  if (is_foreign(order_)) reverse_bytes(&marker, 1);
+  if (needs_swap(order_)) swap_bytes(&marker, 1);
   return marker;
 }
 
-void UnformattedRecordReader::begin_piece() {
+void UnformattedRecordReader::begin_subrecord() {
   const std::int64_t at = file_.offset();
   const Marker marker = read_marker();
   if (marker == std::numeric_limits<Marker>::min()) {
     throw ReadError{status_error, at, "the marker " + std::to_string(marker), "a record length"};
   }
   more_follow_ = marker < 0;
-  piece_length_ = more_follow_ ? -std::int64_t{marker} : marker;
-  piece_end_ = file_.offset() + piece_length_;
-  payload_ += piece_length_;
+  subrecord_length_ = more_follow_ ? -std::int64_t{marker} : marker;
+  subrecord_end_ = file_.offset() + subrecord_length_;
+  payload_ += subrecord_length_;
 }
 
-void UnformattedRecordReader::end_piece() {
+void UnformattedRecordReader::end_subrecord() {
   const std::int64_t at = file_.offset();
   const Marker marker = read_marker();
-  const std::int64_t expected = first_piece_ ? piece_length_ : -piece_length_;
+  const std::int64_t expected = first_subrecord_ ? subrecord_length_ : -subrecord_length_;
   if (marker != expected) {
     throw ReadError{status_error, at, "the marker " + std::to_string(marker) + " behind a record",
                     std::to_string(expected) + " as before it"};
   }
-  first_piece_ = false;
+  first_subrecord_ = false;
 }
 
-/// Bytes, of those wanted, that no marker interrupts.
+/// Number of the wanted bytes that are in the current sub-record; begins the next one if needed.
 std::int64_t UnformattedRecordReader::next_run(std::int64_t wanted) {
-  while (piece_left() == 0) {
+  while (subrecord_left() == 0) {
     if (!more_follow_) {
       throw ReadError{status_error, file_.offset(),
                       "the end of a record of " + std::to_string(payload_) + " bytes",
                       std::to_string(wanted) + " more bytes in it"};
     }
-    next_piece();
+    next_subrecord();
   }
-  return std::min(wanted, piece_left());
+  return std::min(wanted, subrecord_left());
 }
 
 void UnformattedRecordReader::read(void* destination, std::int64_t bytes) {
@@ -95,66 +95,66 @@ void UnformattedRecordReader::discard(std::int64_t bytes) {
 void UnformattedRecordReader::expect_end() {
   const std::int64_t at = file_.offset();
   const std::int64_t read = bytes_read();
-  while (more_follow_) next_piece();
+  while (more_follow_) next_subrecord();
   if (payload_ == read) return;
   throw ReadError{status_error, at, "a record of " + std::to_string(payload_) + " bytes",
                   "one of " + std::to_string(read)};
 }
 
-void UnformattedRecordReader::next_piece() {
-  file_.skip(piece_left());
-  end_piece();
-  begin_piece();
+void UnformattedRecordReader::next_subrecord() {
+  file_.skip(subrecord_left());
+  end_subrecord();
+  begin_subrecord();
 }
 
 void UnformattedRecordReader::finish() {
-  while (more_follow_) next_piece();
-  file_.skip(piece_left());
-  end_piece();
+  while (more_follow_) next_subrecord();
+  file_.skip(subrecord_left());
+  end_subrecord();
 }
 
 UnformattedRecordWriter::UnformattedRecordWriter(OutputFile& file, std::endian order,
                                                  std::int64_t payload)
     : file_(file), order_(order), payload_left_(payload) {
-  begin_piece();
+  begin_subrecord();
 }
 
 void UnformattedRecordWriter::write_marker(Marker marker) {
-  if (is_foreign(order_)) reverse_bytes(&marker, 1);
+  if (needs_swap(order_)) swap_bytes(&marker, 1);
   file_.write(&marker, sizeof marker);
 }
 
-void UnformattedRecordWriter::begin_piece() {
-  piece_length_ = piece_left_ = std::min(payload_left_, subrecord_limit());
-  payload_left_ -= piece_length_;
-  const Marker length = static_cast<Marker>(piece_length_);
+void UnformattedRecordWriter::begin_subrecord() {
+  subrecord_length_ = subrecord_left_ = std::min(payload_left_, subrecord_limit());
+  payload_left_ -= subrecord_length_;
+  const Marker length = static_cast<Marker>(subrecord_length_);
   write_marker(payload_left_ > 0 ? -length : length);
 }
 
-void UnformattedRecordWriter::end_piece() {
-  const Marker length = static_cast<Marker>(piece_length_);
-  write_marker(first_piece_ ? length : -length);
-  first_piece_ = false;
+void UnformattedRecordWriter::end_subrecord() {
+  const Marker length = static_cast<Marker>(subrecord_length_);
+  write_marker(first_subrecord_ ? length : -length);
+  first_subrecord_ = false;
 }
 
 void UnformattedRecordWriter::write(const void* source, std::int64_t bytes) {
   const char* from = static_cast<const char*>(source);
   while (bytes > 0) {
-    if (piece_left_ == 0) {
-      end_piece();
-      begin_piece();
+    if (subrecord_left_ == 0) {
+      end_subrecord();
+      begin_subrecord();
     }
-    const std::int64_t run = std::min(bytes, piece_left_);
+    const std::int64_t run = std::min(bytes, subrecord_left_);
     file_.write(from, run);
     from += run;
     bytes -= run;
-    piece_left_ -= run;
+    subrecord_left_ -= run;
   }
 }
 
 void UnformattedRecordWriter::finish() {
-  assert(piece_left_ == 0 && payload_left_ == 0);
-  end_piece();
+  assert(subrecord_left_ == 0 && payload_left_ == 0);
+  end_subrecord();
 }
 
 }  // namespace mod_p3dgrid::recordio

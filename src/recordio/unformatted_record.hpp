@@ -5,35 +5,47 @@
 
 #include "recordio/input_file.hpp"
 #include "recordio/output_file.hpp"
-#include "recordio/record_markers.hpp"
 
+/// Framing of unformatted records, as common Fortran run-time libraries write them: a 4-byte marker
+/// with the length of the payload before and after it. A record that is too long for one marker is
+/// a chain of sub-records. The marker before a sub-record is negative if another follows; the
+/// marker after it is negative if another precedes.
 namespace mod_p3dgrid::recordio {
 
-/// One framed record being read: its payload as a run of bytes, whatever its sub-records.
+using Marker = std::int32_t;
+
+/// Longest payload of one sub-record.
+inline constexpr std::int64_t default_subrecord_limit = 2'147'483'639;
+
+/// The limit of the writer. The reader accepts sub-records of any length.
+[[nodiscard]] std::int64_t subrecord_limit();
+/// Lowers the limit, at least to 1, to test splitting on small files.
+void set_subrecord_limit(std::int64_t limit);
+
+/// Reads one record. Its payload is one sequence of bytes, whatever its sub-records.
 class UnformattedRecordReader {
  public:
   /// Reads the first marker.
   /// @param order  byte order of the markers
   UnformattedRecordReader(InputFile& file, std::endian order);
 
-  /// Moves payload bytes. Throws `ReadError` when the record or the file holds fewer, once it has
-  /// moved those.
+  /// Copies payload bytes. If the record or the file holds fewer, copies those and throws
+  /// `ReadError`.
   void read(void* destination, std::int64_t bytes);
-  /// Reads payload bytes and drops them.
+  /// Reads payload bytes and discards them. Throws `ReadError` if there are fewer.
   void discard(std::int64_t bytes);
 
-  /// Payload bytes read so far.
-  [[nodiscard]] std::int64_t bytes_read() const { return payload_ - piece_left(); }
+  [[nodiscard]] std::int64_t bytes_read() const { return payload_ - subrecord_left(); }
 
   [[nodiscard]] bool surely_holds(std::int64_t bytes) const {
-    return bytes <= piece_left() && file_.surely_holds(bytes);
+    return bytes <= subrecord_left() && file_.surely_holds(bytes);
   }
 
-  /// @name Payload in any order
-  /// As in `InputFile`, for payload that no marker interrupts.
+  /// @name Random access
+  /// As in `InputFile`, within one sub-record.
   /// @{
-  [[nodiscard]] bool lies_ahead(std::int64_t bytes) const {
-    return bytes <= piece_left() && file_.lies_ahead(bytes);
+  [[nodiscard]] bool allows_random_access(std::int64_t bytes) const {
+    return bytes <= subrecord_left() && file_.allows_random_access(bytes);
   }
   void read_ahead(std::int64_t distance, void* destination, std::int64_t bytes) {
     file_.read_ahead(distance, destination, bytes);
@@ -41,30 +53,30 @@ class UnformattedRecordReader {
   void skip(std::int64_t bytes) { file_.skip(next_run(bytes)); }
   /// @}
 
-  /// Throws `ReadError` if the payload goes on; it is gone through for its length.
+  /// Throws `ReadError` if payload is left. Skips it to report the length of the record.
   void expect_end();
 
-  /// Skips the rest of the payload and checks the last marker.
+  /// Skips the rest of the payload and checks the last marker. Throws `ReadError`.
   void finish();
 
  private:
-  void begin_piece();
-  void end_piece();
-  void next_piece();
+  void begin_subrecord();
+  void end_subrecord();
+  void next_subrecord();
   [[nodiscard]] std::int64_t next_run(std::int64_t wanted);
   [[nodiscard]] Marker read_marker();
-  [[nodiscard]] std::int64_t piece_left() const { return piece_end_ - file_.offset(); }
+  [[nodiscard]] std::int64_t subrecord_left() const { return subrecord_end_ - file_.offset(); }
 
   InputFile& file_;
   std::endian order_;
-  std::int64_t payload_ = 0;  ///< bytes of the pieces begun so far
-  std::int64_t piece_length_ = 0;
-  std::int64_t piece_end_ = 0;  ///< byte of the file behind the piece
-  bool first_piece_ = true;
+  std::int64_t payload_ = 0;  ///< bytes of the sub-records begun so far
+  std::int64_t subrecord_length_ = 0;
+  std::int64_t subrecord_end_ = 0;  ///< offset of the marker after it
+  bool first_subrecord_ = true;
   bool more_follow_ = false;
 };
 
-/// One framed record being written; its length is known from the start.
+/// Writes one record of known length.
 class UnformattedRecordWriter {
  public:
   /// Writes the first marker.
@@ -73,35 +85,35 @@ class UnformattedRecordWriter {
 
   void write(const void* source, std::int64_t bytes);
 
-  /// @name Payload in any order
-  /// As in `OutputFile`, for payload that no marker interrupts.
+  /// @name Random access
+  /// As in `OutputFile`, within one sub-record.
   /// @{
-  [[nodiscard]] bool lies_ahead(std::int64_t bytes) {
-    return bytes <= piece_left_ && file_.lies_ahead(bytes);
+  [[nodiscard]] bool allows_random_access(std::int64_t bytes) {
+    return bytes <= subrecord_left_ && file_.allows_random_access(bytes);
   }
   void write_ahead(std::int64_t distance, const void* source, std::int64_t bytes) {
     file_.write_ahead(distance, source, bytes);
   }
   void skip(std::int64_t bytes) {
     file_.skip(bytes);
-    piece_left_ -= bytes;
+    subrecord_left_ -= bytes;
   }
   /// @}
 
-  /// Writes the last marker. Exactly the payload announced must have been written.
+  /// Writes the last marker. The announced payload must have been written.
   void finish();
 
  private:
-  void begin_piece();
-  void end_piece();
+  void begin_subrecord();
+  void end_subrecord();
   void write_marker(Marker marker);
 
   OutputFile& file_;
   std::endian order_;
-  std::int64_t payload_left_;  ///< of pieces not begun yet
-  std::int64_t piece_length_ = 0;
-  std::int64_t piece_left_ = 0;
-  bool first_piece_ = true;
+  std::int64_t payload_left_;  ///< of sub-records not begun yet
+  std::int64_t subrecord_length_ = 0;
+  std::int64_t subrecord_left_ = 0;
+  bool first_subrecord_ = true;
 };
 
 }  // namespace mod_p3dgrid::recordio

@@ -1,6 +1,5 @@
 #include "restart/body.hpp"
 
-#include <algorithm>
 #include <limits>
 #include <numeric>
 #include <string>
@@ -12,13 +11,6 @@
 namespace mod_p3dgrid {
 
 using recordio::FileKind;
-
-Coding coding_of(const Unit& unit, logical dblprec) {
-  using p3dgrid::Encoding;
-  using p3dgrid::Precision;
-  return {.encoding = unit.stores_kinds() ? Encoding::unformatted : Encoding::formatted,
-          .precision = dblprec ? Precision::double_precision : Precision::single_precision};
-}
 
 bool parameters_are_double(const Coding& coding) {
   return is_text(coding) || holds_doubles(coding);
@@ -82,27 +74,27 @@ integer highest_extension_variable() {
   return highest;
 }
 
-void check_still_held(const p3dgrid::Section& variables, std::int64_t held) {
+void check_unchanged(const p3dgrid::Section& variables, std::int64_t held) {
   const auto [first, last] = variables;
   if (first >= 1 && last <= held) return;
   fail_run("the section table was changed while it was in use: variables " + std::to_string(first) +
            " to " + std::to_string(last) + " of " + std::to_string(held));
 }
 
-void check_still_held(const char* array, std::int64_t row, std::int64_t held) {
+void check_unchanged(const char* array, std::int64_t row, std::int64_t held) {
   if (row >= 1 && row <= held) return;
   fail_run(std::string(array) + " was changed while it was in use: row " + std::to_string(row) +
            " of " + std::to_string(held));
 }
 
 integer variables_of_block(integer block) {
-  check_still_held("nfvar", block, nfvar.size());
+  check_unchanged("nfvar", block, nfvar.size());
   return nfvar(block);
 }
 
 void skip_older_level(const Unit& unit, const Coding& coding, integer points,
                       const BodyRecord& record) {
-  // The table may name more variables than 64 bits count the bytes of, and no file holds.
+  // With an invalid table the number of bytes could exceed 64 bits.
   constexpr std::int64_t most =
       std::numeric_limits<std::int64_t>::max() / bytes_of(FileKind::real8);
   const std::int64_t values = std::min(most, record.values_per_point() * points);
@@ -113,7 +105,7 @@ void ReadingVisitor::move_flag(integer position) const {
   unit_.read({recordio::scalar(iflag(position))});
 }
 
-void ReadingVisitor::chain_without_end() const {
+void ReadingVisitor::unterminated_chain() const {
   unit_.fail("three flags, none of them 999", "a chain of at most three flags that ends with 999");
 }
 

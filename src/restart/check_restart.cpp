@@ -57,7 +57,6 @@ void checkp3drstrtheader(const FileName& gridfile, integer gridformat, const Fil
   try {
     read_restart_header(rstfile, rstformat, dblprec, nrst, rsttype, multiblock, restart);
   } catch (const FailedRead&) {
-    // There is nothing to compare with.
     host::dispfilereaderror();
     return p3dcloseunit(unit_number::restart_read);
   }

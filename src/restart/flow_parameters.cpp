@@ -8,7 +8,7 @@
 
 namespace mod_p3dgrid {
 
-/// Calls `act(name, array of the coding, name of the other, the other array)`.
+/// Calls `act(name, array, other name, other array)`, where `array` is the one of the coding.
 template <class Act>
 void FlowParameters::with_arrays(Act act) const {
   if (layout.parameters == 0) return;

@@ -5,23 +5,23 @@
 
 namespace mod_p3dgrid {
 
-/// The flow parameters of a file whose layout has them, one row per block in `sqvar` or `dqvar`,
-/// whichever the coding uses. Does nothing for other layouts.
+/// The flow parameters of a file, one row per block in `sqvar` or `dqvar`, depending on the coding.
+/// Does nothing for layouts without them.
 struct FlowParameters {
   const FileName& filename;
   const LayoutTraits& layout;
   Coding coding;
   integer nblocks;
 
-  /// Refuses a parameter array without the rows that are to be written (block n takes row
-  /// min(n, nparamrows)), and two that are missing.
+  /// Missing arrays, and arrays without the rows to be written, are a fatal error. Block n is
+  /// written from row min(n, nparamrows).
   void check_to_write(integer nparamrows) const;
 
-  /// Creates the array to write from out of the other one, if it is missing.
+  /// Creates a missing array from the other one.
   void create_to_write(integer nparamrows) const;
 
-  /// Makes the array to read into hold a row per block: one that is missing is allocated with the
-  /// other one's values, or zeros; one that is too small is a fatal error.
+  /// Creates a missing array with the values of the other one, or zeros. An array with fewer rows
+  /// than blocks is a fatal error.
   void create_to_read() const;
 
  private:

@@ -11,7 +11,6 @@
 #include "state/allocation.hpp"
 #include "state/host.hpp"
 #include "state/messages.hpp"
-#include "state/precision.hpp"
 #include "state/unit_numbers.hpp"
 
 namespace mod_p3dgrid {
@@ -24,7 +23,7 @@ allocatable<float, 2>& enlarged(const allocatable<float, 2>&) {
   return restart_staging().WTMP;
 }
 
-/// Copies the rows that both arrays have, point by point, for `points` points.
+/// Copies at most `rows` rows that both arrays have.
 template <class To, class From>
 void copy_rows(const allocatable<From, 2>& from, allocatable<To, 2>& to, std::int64_t rows,
                std::int64_t points) {
@@ -32,7 +31,6 @@ void copy_rows(const allocatable<From, 2>& from, allocatable<To, 2>& to, std::in
                std::min({rows, from.extent(1), to.extent(1)}), points);
 }
 
-/// Reads a whole body into arrays of kind `Real`.
 template <class Real>
 class WholeReader : public ReadingVisitor {
  public:
@@ -43,8 +41,8 @@ class WholeReader : public ReadingVisitor {
   void begin_block(integer block) const {
     if (debugprint) message("Reading flow variables for grid ", block);
     if (layout_.counted_variables) mod_gridvars::numrstrtvar(1) = variables_of_block(block);
-    // What text leaves out, and rows that no record fills, hold 0. Block by block: of an array that
-    // is far larger than the text only the beginning is touched.
+    // Values that text leaves out, and rows that no record fills, are 0. Cleared block by block,
+    // because the array may be far larger than the text.
     if (is_text(arrays_.coding)) {
       clear(arrays_.flow, block);
       if (layout_.triplets) clear(arrays_.triplets, block);
@@ -63,7 +61,7 @@ class WholeReader : public ReadingVisitor {
   }
 
  private:
-  /// Text is asked for the record without being text, and that is a failed read.
+  /// For text this is a failed read, since older levels are read as unformatted records.
   void skip_older_level(const BodyRecord& record) const {
     if (is_text(arrays_.coding)) {
       unit_.fail("a text file", "an unformatted record of an older time level");
@@ -82,15 +80,14 @@ class WholeReader : public ReadingVisitor {
     allocatable<Real, 2>& larger = enlarged(flow_);
     unit_.require_array(allocate_staging(larger, extension.variables.last, points),
                         "a larger array for the flow variables");
-    // Rows that no record fills, because a chain skips them or leaves values out, hold 0.
+    // Rows that no record fills are 0.
     std::ranges::fill(larger.span(), Real{0});
     copy_rows(flow_, larger, extension.kept, points);
     flow_ = std::move(larger);
     arrays_.flow = flow_;
   }
 
-  /// Makes the module's copies those of the block just read. They follow files of records only;
-  /// text leaves them as they were.
+  /// Copies the parameters of the block to the module variables, except from text.
   void copy_parameters(integer block) const {
     const auto copy = [block](const auto& parameters) {
       p3dxm1 = static_cast<double>(parameters(block, 1));
@@ -107,7 +104,7 @@ class WholeReader : public ReadingVisitor {
   allocatable<Real, 2>& flow_;
 };
 
-/// The arguments and the header's findings that a body is read with.
+/// Arguments and results of the header.
 struct RestartRead {
   const FileName& filename;
   const Unit& unit;
@@ -120,16 +117,17 @@ struct RestartRead {
 
   [[nodiscard]] std::vector<BodyRecord> records() const {
     const bool leading = reads_triplets(layout, coding);
-    return block_records(layout, leading ? std::optional(leading_variables) : std::nullopt,
+    return block_records(layout,
+                         leading ? std::optional(p3dgrid::solution_variables) : std::nullopt,
                          p3dgrid::older_levels(itimeint));
   }
 
-  /// Requires that the file can hold the flow that its header announces or the section table asks
-  /// for; called before memory is taken for it.
+  /// Throws `FailedRead` if the file cannot hold the flow that the header announces or the section
+  /// table asks for. Called before memory is allocated for it.
   void require_room_for_flow() const {
     std::int64_t per_point = 0;
     for (const BodyRecord& record : records()) per_point += record.variables.variables();
-    // The largest count sizes the flow of all blocks.
+    // The largest count determines the array.
     std::int64_t counted = 0;
     for (integer b = 1; layout.counted_variables && b <= ngrid; ++b) {
       const integer variables = variables_of_block(b);
@@ -144,10 +142,10 @@ struct RestartRead {
                       "the flow variables of " + std::to_string(points.total) + " points");
   }
 
-  /// Allocates what layouts 100 and 101 need besides the flow array.
+  /// Allocates the triplets of layouts 100 and 101.
   void prepare_triplets() const {
     if (!layout.triplets) return;
-    mod_gridvars::numrstrtvar(1) = leading_variables;
+    mod_gridvars::numrstrtvar(1) = p3dgrid::solution_variables;
     iflag.fill(0);
     integer status = auxvalues.allocate(triplet, points.total);
     bool usable = true;
@@ -163,7 +161,7 @@ struct RestartRead {
                        "an unallocated array for triplets");
   }
 
-  /// Reads the body into arrays that the caller has allocated.
+  /// Reads the body into allocated arrays.
   template <class Real>
   void read_into(allocatable<Real, 2>& flow, allocatable<Real, 2>& triplets,
                  const StagingArrays& staging = {}) {
@@ -172,7 +170,7 @@ struct RestartRead {
     walk_body({records(), ngrid, layout.extensions}, reader);
   }
 
-  /// Looks at table and file before memory is taken, so that a mistake leaves none behind.
+  /// Checks the table and the file before memory is allocated.
   void read() {
     const std::int64_t variables = variables_per_point();
     const integer highest = checked_highest_variable(records());
@@ -192,10 +190,10 @@ struct RestartRead {
     unit.require_array(usable, "an unallocated array for the flow variables");
   }
 
-  /// Reads through the staging arrays. Values are rounded while they are in the cache; the result
-  /// is to be allocated at the end, so until then its memory belongs to an array of this read. Flow
-  /// that may be enlarged is rounded as a whole at the end. If there is no memory for the result,
-  /// the body is read all the same: the host is told when the result's turn comes.
+  /// Reads through the staging arrays. Values are rounded piece by piece into `rounded`, because
+  /// hosts expect that the result is allocated after the read. Flow that may be enlarged is rounded
+  /// at the end. If there is no memory for the result, the body is read all the same and the
+  /// failure is reported afterwards.
   void read_staged() {
     auto& DW = restart_staging().DW;
     auto& DX = restart_staging().DX;
@@ -209,17 +207,17 @@ struct RestartRead {
       read_into(DW, DX);
     }
     if (layout.extensions) {
-      // The triplets' array exists since before the blocks were read, and the host is told so. For
-      // layout 100 this step is missing: its triplets stay unset and `DX` stays allocated.
+      // The second allocation of `auxvalues` is a known quirk, as is that it is missing for layout
+      // 100, whose triplets stay unset and whose `DX` stays allocated.
       host::checkallocationerror(auxvalues.allocate(triplet, points.total));
       unit.require_array(covers(auxvalues, triplet, points.total), "an array for the triplets");
       copy_rows(DX, auxvalues, triplet, points.total);
       DX.deallocate();
     }
-    // The last block's count may not be the largest; all that was read is handed over.
+    // The visitor has left the count of the last block.
     if (layout.counted_variables) mod_gridvars::numrstrtvar(1) = most_variables();
     if (status != allocation_done && !varvalues.allocated()) {
-      varvalues = std::move(rounded);  // its extents are known all the same
+      varvalues = std::move(rounded);  // without storage, but with extents
       host::checkallocationerror(status);
       require_flow(false);
     }
@@ -231,8 +229,7 @@ struct RestartRead {
     DW.deallocate();
   }
 
-  /// Allocates the result for a copy of what was read, or with the memory of that if it has the
-  /// kind and the shape.
+  /// Moves `flow` to the result if type and shape agree, else copies it.
   template <class Real>
   void hand_over(allocatable<Real, 2>& flow) {
     const std::int64_t variables = variables_per_point();
@@ -247,7 +244,6 @@ struct RestartRead {
   }
 };
 
-/// The parameters of layout 2, one row of zeros per block.
 template <class Parameters>
 void allocate_parameters(const RestartRead& read, Parameters& parameters) {
   const bool usable = allocate_checked(parameters, read.ngrid, read.layout.parameters);
@@ -265,12 +261,6 @@ void prepare_parameters(const RestartRead& read, integer iformat, logical dblpre
   }
 }
 
-/// With `readallvars` false the flow array is sized for one variable and left unset.
-void size_for_one_variable(array_view<const integer, 1> blockpoints,
-                           allocatable<float, 2>& varvalues) {
-  host::checkallocationerror(varvalues.allocate(1, sum(blockpoints)));
-}
-
 void read_whole_body(RestartRead& read, integer nblocks, const ExtentViews& extents) {
   if (read.unit.known()) {
     if (read.ngrid > nblocks) {
@@ -283,7 +273,7 @@ void read_whole_body(RestartRead& read, integer nblocks, const ExtentViews& exte
   if (read.unit.known()) read.read();
 }
 
-/// Releases what a read that ends in an exception has staged.
+/// Releases the staging arrays after an exception.
 void release_staging(const LayoutTraits& layout) {
   RestartStaging& staging = restart_staging();
   staging.DW.deallocate();
@@ -296,7 +286,7 @@ void read_restart(RestartRead& read, integer iformat, logical dblprec, integer n
                   array_view<const integer, 1> blockpoints, const ExtentViews& extents) {
   prepare_parameters(read, iformat, dblprec);
   if (!mod_gridvars::readallvars) {
-    size_for_one_variable(blockpoints, read.varvalues);
+    host::checkallocationerror(read.varvalues.allocate(1, sum(blockpoints)));
     return read.unit.close();
   }
   message("Number of grids is ", read.ngrid);
@@ -306,11 +296,6 @@ void read_restart(RestartRead& read, integer iformat, logical dblprec, integer n
 }
 
 }  // namespace
-
-RestartStaging& restart_staging() {
-  static RestartStaging staging;
-  return staging;
-}
 
 void readp3drestart(const FileName& filename, integer iformat, logical dblprec, integer nblocks,
                     array_view<const integer, 1> blockpoints, allocatable<float, 2>& varvalues,
@@ -325,8 +310,7 @@ void readp3drestart(const FileName& filename, integer iformat, logical dblprec, 
   ExtentArrays extents;
   read_restart_header(filename, iformat, dblprec, ngrid, rsttype, multiblock, extents);
   require_plausible_extents(unit, extents);
-  RestartRead read{filename, unit, layout,    coding_of(unit, dblprec),
-                   ngrid,    {},   varvalues, auxvalues};
+  RestartRead read{filename, unit, layout, unit.coding(dblprec), ngrid, {}, varvalues, auxvalues};
   try {
     read_restart(read, iformat, dblprec, nblocks, blockpoints, {idim, jdim, kdim});
   } catch (const FailedRead&) {

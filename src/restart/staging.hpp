@@ -4,16 +4,43 @@
 
 namespace mod_p3dgrid {
 
-/// The arrays that `readp3drestart` reads through. They are released at the end of a successful
-/// read, except `DX` after layout 100; what a failed read leaves allocated is reported by the next
-/// allocation.
+/// Staging arrays of `readp3drestart`. A successful read releases them, except `DX` of layout 100.
+/// Arrays that a failed read leaves are reported by the next allocation, as those below.
 struct RestartStaging {
   allocatable<double, 2> DW;     ///< flow variables of a double-precision file
   allocatable<double, 2> DX;     ///< triplets of a double-precision file
-  allocatable<double, 2> DWTMP;  ///< `DW` enlarged
-  allocatable<float, 2> WTMP;    ///< the flow array enlarged
+  allocatable<double, 2> DWTMP;  ///< enlarged `DW`
+  allocatable<float, 2> WTMP;    ///< enlarged flow array
 };
 
-[[nodiscard]] RestartStaging& restart_staging();
+/// Staging arrays of `readnextp3dvar`. A successful call releases them.
+struct OneVariableStaging {
+  allocatable<double, 2> DW;  ///< (1, points) of text and double-precision records
+  allocatable<float, 2> SW;   ///< (1, points) of single-precision records
+  /// @name Unused tables of which hosts are told, with an entry per variable of the file
+  /// @{
+  allocatable<double*, 1> DPNTR;
+  allocatable<float*, 1> SPNTR;
+  allocatable<integer, 1> READII;
+  /// @}
+};
+
+/// Staging array of `writenextp3dvar`, released before it returns.
+struct VariableWriteStaging {
+  allocatable<double, 2> DW;
+};
+
+[[nodiscard]] inline RestartStaging& restart_staging() {
+  static RestartStaging staging;
+  return staging;
+}
+[[nodiscard]] inline OneVariableStaging& one_variable_staging() {
+  static OneVariableStaging staging;
+  return staging;
+}
+[[nodiscard]] inline VariableWriteStaging& variable_write_staging() {
+  static VariableWriteStaging staging;
+  return staging;
+}
 
 }  // namespace mod_p3dgrid

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <string>
 
 #include "MOD_P3DReader.hpp"
 #include "restart/body.hpp"
@@ -14,7 +13,6 @@
 namespace mod_p3dgrid {
 namespace {
 
-/// Writes a whole body.
 class WholeWriter : public WritingVisitor {
  public:
   WholeWriter(const Unit& unit, const LayoutTraits& layout, WholeArrays<const float> arrays)
@@ -32,7 +30,6 @@ class WholeWriter : public WritingVisitor {
   WholeArrays<const float> arrays_;
 };
 
-/// The arguments that a body is written with.
 struct RestartWrite {
   const FileName& filename;
   const Unit& unit;
@@ -47,13 +44,13 @@ struct RestartWrite {
   [[nodiscard]] FlowParameters parameters() const { return {filename, layout, coding, nblocks}; }
 };
 
-/// Rows of the flow array that are at hand when the records are written.
+/// Rows of the flow array, or of its staging array if that is smaller.
 std::int64_t flow_rows(const RestartWrite& write) {
   const std::int64_t rows = write.varvalues.extent(1);
   return holds_doubles(write.coding) ? std::min(variables_per_point(), rows) : rows;
 }
 
-/// Refuses, before the file is touched, what cannot be written.
+/// Refuses invalid arguments before the file is touched.
 void check_arguments(const RestartWrite& write) {
   check_state_to_write(write.filename, write.layout, write.nblocks);
   const integer highest =
@@ -67,7 +64,7 @@ void check_arguments(const RestartWrite& write) {
   }
 }
 
-/// Allocates the arrays that values pass through into a double-precision file.
+/// Allocates the staging arrays of a double-precision file.
 void allocate_staging(const RestartWrite& write, allocatable<double, 2>& flow,
                       allocatable<double, 2>& triplets) {
   if (!holds_doubles(write.coding)) return;
@@ -93,10 +90,10 @@ void write_body(const RestartWrite& write) {
             writer);
 }
 
-/// Layout 3 counts its variables per block, layout 101 has five; the others keep what is set.
+/// Layout 3 has a count per block, and layout 101 five variables; other layouts keep the setting.
 void set_variables_of_first_section(const LayoutTraits& layout) {
   if (layout.counted_variables) mod_gridvars::numrstrtvar(1) = most_variables();
-  if (layout.extensions) mod_gridvars::numrstrtvar(1) = leading_variables;
+  if (layout.extensions) mod_gridvars::numrstrtvar(1) = p3dgrid::solution_variables;
 }
 
 }  // namespace
@@ -110,12 +107,12 @@ void writep3drestart(const FileName& filename, integer iformat, logical dblprec,
   announce_restart(host::announce_write, filename, iformat, dblprec, layout, multiblock);
   check_layout(filename, layout, rsttype);
   const Unit unit(unit_number::restart_write, iformat);
-  RestartWrite write{filename,  unit,      layout, coding_of(unit, dblprec), nparamrows, nblocks,
+  RestartWrite write{filename,  unit,      layout, unit.coding(dblprec), nparamrows, nblocks,
                      varvalues, auxvalues, {}};
   const ExtentViews extents{idim, jdim, kdim};
   const bool writable = unit.known() && layout.writable;
   set_variables_of_first_section(layout);
-  // The header is going to allocate a missing nfvar, with zeros.
+  // `write_restart_header` allocates a missing `nfvar` with zeros.
   if (layout.counted_variables && !nfvar.allocated()) mod_gridvars::numrstrtvar(1) = 0;
   if (writable) {
     write.points = checked_numbering(restart_file(filename), nblocks, extents);

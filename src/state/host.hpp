@@ -6,20 +6,18 @@
 
 #include "mod_gridvars.hpp"
 
-/// The host's procedures as the operations call them. What they throw leaves the operation as it
-/// is: a host that throws `std::bad_alloc` means just that, and is told apart here from memory that
-/// runs out inside an operation.
+/// Calls of the host's procedures. Their exceptions pass through the operations. A `std::bad_alloc`
+/// of the host is marked, so that it can be told from one of the library.
 namespace mod_p3dgrid::host {
 
-/// Whether a `std::bad_alloc` on its way out of an operation is the host's own.
+/// Whether the current `std::bad_alloc` was thrown by the host.
 inline bool threw_bad_alloc = false;
 
-/// Called where a `std::bad_alloc` is handled: throws on the host's own.
+/// Rethrows the current `std::bad_alloc` if it was thrown by the host.
 inline void pass_on_bad_alloc() {
   if (std::exchange(threw_bad_alloc, false)) throw;
 }
 
-/// Calls what belongs to the host.
 template <class Procedure, class... Arguments>
 decltype(auto) call(const Procedure& procedure, Arguments&&... arguments) {
   try {

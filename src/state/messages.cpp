@@ -45,16 +45,10 @@ void ListLine::append(integer item) {
 
 }  // namespace detail
 
-std::string column(integer number, std::size_t width) {
+std::string column(integer number, std::size_t width, char fill) {
   const std::string digits = std::to_string(number);
   if (digits.size() > width) return std::string(width, '*');
-  return std::string(width - digits.size(), ' ') + digits;
-}
-
-std::string zero_padded(integer number, std::size_t digits) {
-  const std::string text = std::to_string(number);
-  if (number < 0 || text.size() > digits) return std::string(digits, '*');
-  return std::string(digits - text.size(), '0') + text;
+  return std::string(width - digits.size(), fill) + digits;
 }
 
 std::string_view left_adjusted(const FileName& name) {

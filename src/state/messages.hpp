@@ -1,6 +1,5 @@
 #pragma once
 
-#include <concepts>
 #include <string>
 #include <string_view>
 
@@ -9,11 +8,11 @@
 
 namespace mod_p3dgrid {
 
-/// Sends one finished line to where the module's messages go.
+/// Passes one line to the sink of `p3dsetmessages`, or to standard output.
 void write_line(std::string_view line);
 
 namespace detail {
-/// A list-directed line as its items are put into it.
+/// A list-directed line to which items are appended.
 struct ListLine {
   std::string text = " ";
   bool ends_with_number = false;
@@ -23,8 +22,8 @@ struct ListLine {
 };
 }  // namespace detail
 
-/// Writes one list-directed line: a leading blank, then the items. Texts follow each other without
-/// a separator; a number stands apart from its neighbours by at least one blank.
+/// Writes one list-directed line: a blank, then the items. At least one blank separates numbers
+/// from their neighbours; texts are not separated.
 template <class... Items>
 void message(const Items&... items) {
   detail::ListLine line;
@@ -33,10 +32,7 @@ void message(const Items&... items) {
 }
 
 /// `number` right-justified in `width` columns; asterisks if it does not fit.
-[[nodiscard]] std::string column(integer number, std::size_t width);
-
-/// `number` as just so many digits, with leading zeros; asterisks if it does not fit.
-[[nodiscard]] std::string zero_padded(integer number, std::size_t digits);
+[[nodiscard]] std::string column(integer number, std::size_t width, char fill = ' ');
 
 /// A file name without blanks around it; valid as long as `name`.
 [[nodiscard]] std::string_view left_adjusted(const FileName& name);

@@ -15,7 +15,7 @@ std::int64_t values_of(std::int64_t points, std::int64_t values_per_point) {
 std::optional<integer> points_of_block(const BlockExtents& extents) {
   const auto [i, j, k] = extents;
   if (i < 0 || j < 0 || k < 0) return std::nullopt;
-  // i*j fits 64 bits; with k it may not.
+  // i*j fits 64 bits, i*j*k may not.
   const std::int64_t points = values_of(std::int64_t{i} * j, k);
   if (points > std::numeric_limits<integer>::max()) return std::nullopt;
   return static_cast<integer>(points);
@@ -25,7 +25,6 @@ bool PointNumbering::number_block(integer block, const BlockExtents& extents) {
   const std::optional<integer> points = points_of_block(extents);
   if (!points) return false;
   npts(block) = *points;
-  istart(block) = total + 1;
   total += *points;
   iend(block) = total;
   return true;
@@ -40,7 +39,6 @@ PointNumbering checked_numbering(const std::string& file, integer nblocks,
   }
   PointNumbering points;
   if (points.npts.allocate(nblocks) != allocation_done ||
-      points.istart.allocate(nblocks) != allocation_done ||
       points.iend.allocate(nblocks) != allocation_done) {
     fail_run(file + ": out of memory");
   }

@@ -6,8 +6,8 @@
 namespace mod_p3dgrid {
 namespace {
 
-/// Whether the byte at that place is a control character, or part of one of UTF-8's: those from
-/// U+0080 to U+009F are C2 and a second byte.
+/// Whether the byte is a control character, or part of U+0080 to U+009F, which have two bytes in
+/// UTF-8, the first of which is C2.
 bool is_control(const std::string& text, std::size_t at) {
   const auto byte = [&](std::size_t place) { return static_cast<unsigned char>(text[place]); };
   const auto begins_one = [&](std::size_t place) {
@@ -36,17 +36,13 @@ std::string escaped(char character) {
 }  // namespace
 
 std::string p3dprintable(std::string text) {
-  // Most texts hold none, and need no memory then.
+  // Most texts have no control characters and need no memory.
   std::size_t at = 0;
   while (at < text.size() && !is_control(text, at)) ++at;
   if (at == text.size()) return text;
   std::string shown = text.substr(0, at);
   for (; at < text.size(); ++at) {
-    if (is_control(text, at)) {
-      shown += escaped(text[at]);
-    } else {
-      shown += text[at];
-    }
+    shown += is_control(text, at) ? escaped(text[at]) : std::string(1, text[at]);
   }
   return shown;
 }

@@ -30,7 +30,7 @@ void print(const std::string& message) {
   std::fprintf(stderr, "mod_p3dgrid: %s\n", message.c_str());
 }
 
-std::string in_one_line(std::string message) {
+std::string escaped_line(std::string message) {
   try {
     return p3dprintable(std::move(message));
   } catch (const std::bad_alloc&) {
@@ -50,7 +50,7 @@ std::string message_of(const char* operation, const std::string& path, int error
   // A copy, because the handler may install another one.
   if (const RunEndHandler handler = run_end_handler()) host::call(*handler, end);
   if (!end.message.empty()) print(end.message);
-  // Units still connected are flushed and closed on the way out, by the unit table.
+  // `close_at_exit` of the table of units flushes and closes open units.
   std::exit(end.status);
 }
 
@@ -65,7 +65,7 @@ void stop_run() {
 }
 
 void fail_run(std::string message) {
-  end_run({status_of_fatal_errors, in_one_line(std::move(message))});
+  end_run({status_of_fatal_errors, escaped_line(std::move(message))});
 }
 
 void fail_run(const char* operation, const std::string& path, int error) {
@@ -73,7 +73,7 @@ void fail_run(const char* operation, const std::string& path, int error) {
 }
 
 void report_at_exit(const char* operation, const std::string& path, int error) {
-  print(in_one_line(message_of(operation, path, error)));
+  print(escaped_line(message_of(operation, path, error)));
 }
 
 void fail_without_memory(std::string message) {

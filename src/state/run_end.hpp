@@ -6,29 +6,28 @@
 
 namespace mod_p3dgrid {
 
-/// Halts the run with an empty stop code: the module has found an inconsistency and said so.
+/// Halts the run with status 0, after the reason has been printed.
 [[noreturn]] void stop_run();
 
-/// Ends the run because of an error; `message` says operation, file and reason. Control characters
-/// in it are escaped, so that it is one line whatever the name of the file.
+/// Fatal error. `message` is the operation, the file and the reason; its control characters are
+/// escaped.
 [[noreturn]] void fail_run(std::string message);
 
-/// `operation` on `path` failed with the system's error number `error`. Without memory for all of
-/// the message it is `operation` alone, a text of at most 15
-/// characters, which needs none.
+/// Fatal error: `operation` on `path` failed with the system's error number `error`. Without memory
+/// for the message it is `operation`, which has at most 15 characters and so needs no memory.
 [[noreturn]] void fail_run(const char* operation, const std::string& path, int error);
 
-/// Prints the same failure while the process exits, when there is no handler left to call.
+/// Prints the same failure while the process exits, without calling the handler.
 void report_at_exit(const char* operation, const std::string& path, int error);
 
 /// Exit status of fatal errors.
 inline constexpr integer status_of_fatal_errors = 2;
 
-/// Says it without needing memory for the text.
+/// Short enough to need no memory as a string.
 inline constexpr const char* out_of_memory_message = "out of memory";
 
-/// Ends the run because memory has run out; called where a `std::bad_alloc` is handled. The host's
-/// own goes on as it is.
+/// Fatal error for lack of memory, called in handlers of `std::bad_alloc`. Rethrows the exception
+/// if it was thrown by the host.
 [[noreturn]] void fail_without_memory(std::string message);
 
 }  // namespace mod_p3dgrid

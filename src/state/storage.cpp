@@ -10,15 +10,14 @@
 namespace mod_p3dgrid {
 namespace {
 
-/// A cache line, so that no array shares one with another.
+/// A cache line.
 constexpr std::align_val_t alignment{64};
 
 constexpr std::uintptr_t huge_page = std::uintptr_t{2} * 1024 * 1024;
 
 bool huge_pages = false;
 
-/// Asks for huge pages where whole ones lie within the storage. It is advice: nothing depends on
-/// whether the system follows it.
+/// Advises the system to use huge pages for the whole ones within the storage.
 void advise_huge_pages(void* storage, std::uint64_t bytes) {
   const auto begin = reinterpret_cast<std::uintptr_t>(storage);
   const std::uintptr_t first = (begin + huge_page - 1) / huge_page * huge_page;
@@ -39,7 +38,7 @@ void* acquire_storage(std::uint64_t bytes) noexcept {
   if (bytes > static_cast<std::uint64_t>(std::numeric_limits<std::ptrdiff_t>::max())) {
     return nullptr;
   }
-  // An array without elements is allocated too, so it needs an address.
+  // An allocated array without elements needs an address too.
   void* const storage = ::operator new(bytes == 0 ? 1 : bytes, alignment, std::nothrow);
   if (huge_pages && storage != nullptr) advise_huge_pages(storage, bytes);
   return storage;

@@ -15,7 +15,6 @@
 #include "mod_p3dgrid/run.hpp"
 #include "recordio/read_error.hpp"
 #include "state/host.hpp"
-#include "state/read_failure.hpp"
 #include "state/run_end.hpp"
 
 namespace mod_p3dgrid {
@@ -30,7 +29,7 @@ using Connections = std::map<integer, std::unique_ptr<Connection>>;
 
 void close_at_exit();
 
-/// All connected units. Never destroyed, so that it is there whenever the run ends.
+/// All connected units. Never destroyed, because it is used at exit.
 Connections& connections() {
   static Connections& all = []() -> Connections& {
     auto& table = *new Connections;
@@ -40,8 +39,8 @@ Connections& connections() {
   return all;
 }
 
-/// Flushes and closes what is still open when the run ends, in the order of the units. There is no
-/// host left to ask: failures are reported on standard error, and decide the exit status.
+/// Flushes and closes open units in the order of their numbers. Failures are printed on standard
+/// error and set the exit status.
 void close_at_exit() {
   bool failed = false;
   for (auto& [number, connection] : connections()) {
@@ -58,7 +57,7 @@ void close_at_exit() {
   std::_Exit(status_of_fatal_errors);
 }
 
-/// Takes the connection off the table, so that it is gone even if closing it fails.
+/// Removes the connection from the table, even if closing it fails later.
 std::unique_ptr<Connection> disconnect(integer number) {
   const auto node = connections().extract(number);
   return node ? std::move(node.mapped()) : nullptr;
@@ -69,7 +68,7 @@ Connection* connected(integer number) {
   return found == connections().end() ? nullptr : found->second.get();
 }
 
-/// Runs what opens, writes or closes a file; a failure is a fatal error.
+/// Runs an action on a file whose failure is a fatal error.
 template <class Action>
 void on_file(const std::string& path, Action action) {
   try {
@@ -101,7 +100,12 @@ std::endian byte_order_of(const FileName& name) {
 
 bool whole_records = false;
 
-/// Keeps the failure for the host.
+ReadFailure& last_failure() {
+  static auto& failure = *new ReadFailure;
+  return failure;
+}
+
+/// Stores the failure for the host.
 [[noreturn]] void fail_read(integer number, const Connection* connection, ReadError error) {
   ReadFailure failure;
   failure.unit = number;
@@ -114,7 +118,7 @@ bool whole_records = false;
     failure.record = connection->record();
     failure.line = connection->line();
   }
-  set_last_failure(std::move(failure));
+  last_failure() = std::move(failure);
   throw FailedRead();
 }
 
@@ -128,6 +132,12 @@ std::string path_of(const FileName& name) {
 
 Unit::Unit(integer number, integer iformat) : number_(number) {
   if (iformat >= 0 && iformat <= 2) encoding_ = Encoding{iformat};
+}
+
+p3dgrid::Coding Unit::coding(logical dblprec) const {
+  using p3dgrid::Precision;
+  return {.encoding = encoding_.value_or(Encoding::formatted),
+          .precision = dblprec ? Precision::double_precision : Precision::single_precision};
 }
 
 void Unit::open(const FileName& name, OpenStatus status) const {
@@ -250,6 +260,24 @@ bool file_exists(const FileName& name) {
 
 void p3dcloseunit(integer unit) try { close_unit(unit); } catch (const std::bad_alloc&) {
   fail_without_memory(out_of_memory_message);
+}
+
+const ReadFailure& p3dlastfailure() {
+  return last_failure();
+}
+
+void p3dclearfailure() {
+  last_failure() = {};
+}
+
+std::string ReadFailure::describe() const {
+  std::string text = (file.empty() ? "unit " + std::to_string(unit) : file) + ": ";
+  if (line > 0) {
+    text += "line " + std::to_string(line);
+  } else {
+    text += "record " + std::to_string(record) + ", byte " + std::to_string(offset);
+  }
+  return p3dprintable(text + ": found " + found + ", expected " + expected);
 }
 
 void p3dsetpaths(std::function<std::string(std::string_view name)> resolver) {

@@ -14,65 +14,64 @@ namespace mod_p3dgrid {
 using p3dgrid::Encoding;
 using recordio::OpenStatus;
 
-/// Thrown by a failed read, for which `p3dlastfailure` gives the reason. `end_operation` tells the
-/// host.
+/// Thrown by a failed read after its reason has been stored for `p3dlastfailure`. `end_operation`
+/// reports it to the host.
 struct FailedRead {};
 
-/// An operation's handle on one of the fixed unit numbers, in the encoding its caller asked for.
-/// The connection itself outlives the handle: it lasts until the unit is closed.
+/// Handle of an operation on a unit number and an encoding. The connection stays open until the
+/// unit is closed.
 ///
-/// With an unknown file-format code the handle opens, reads and writes nothing and reports success;
-/// `close` closes whatever an earlier operation left connected.
+/// With an unknown file-format code it opens, reads and writes nothing; `close` closes a connection
+/// that an earlier operation left.
 ///
-/// Failing opens, writes and closes are fatal errors.
+/// Errors of opening, writing and closing are fatal.
 class Unit {
  public:
   Unit(integer number, integer iformat);
 
-  /// Whether the file-format code is a known one.
+  /// Whether the file-format code is known.
   [[nodiscard]] bool known() const { return encoding_.has_value(); }
 
-  /// Whether the file stores values in the kinds of the record lists, rather than as text.
-  [[nodiscard]] bool stores_kinds() const { return known() && encoding_ != Encoding::formatted; }
+  /// The coding of the file, except for its byte order, which the unit applies itself. Unknown
+  /// file-format codes count as text.
+  [[nodiscard]] p3dgrid::Coding coding(logical dblprec) const;
 
-  /// Connects the file, from its start; what was connected before is closed first.
+  /// Closes the unit and connects it to the file.
   void open(const FileName& name, OpenStatus status) const;
 
-  /// Reads one record. Throws `FailedRead`; values read until then have been stored.
+  /// Reads one record. If that fails, stores the values read until then and throws `FailedRead`.
   void read(const recordio::ReadList& list) const;
 
-  /// Reads one record that must hold just what is listed: more in it is an error too.
+  /// The same for a record that must not hold more than the list.
   void read_whole(const recordio::ReadList& list) const;
 
-  /// Throws `FailedRead` if something is left to read.
+  /// Throws `FailedRead` unless the end of the file is reached.
   void expect_end() const;
 
   /// Writes one record.
   void write(const recordio::WriteList& list) const;
 
-  /// Writes a line of text as it stands.
   void write_line(std::string_view line) const;
 
-  /// Writes a line of text for each of `points` points: of every entry the values of all its rows
-  /// at that point, in turn.
+  /// Writes a line of text for each of `points` points: the values of all rows of every entry at
+  /// that point.
   void write_points(const recordio::WriteList& list, std::int64_t points) const;
 
-  /// Flushes and disconnects the file; harmless without one.
+  /// Flushes and disconnects the file, if there is one.
   void close() const;
   /// Disconnects the file and deletes it. Returns why it could not be deleted; empty if it is gone.
   [[nodiscard]] std::string close_and_delete() const;
 
-  /// Throws `FailedRead` unless the rest of the file may hold what its header announces; asked
-  /// before memory is taken for it.
-  /// @param announced  what was expected
+  /// Throws `FailedRead` if the rest of the file cannot hold the values that its header announces.
+  /// Called before memory is allocated for them.
+  /// @param announced  their description for the error
   void require_room(std::int64_t values, recordio::FileKind kind, recordio::Claim claim,
                     const std::string& announced) const;
 
-  /// Throws `FailedRead` for what an operation found in the file.
+  /// Throws `FailedRead`.
   [[noreturn]] void fail(std::string found, std::string expected) const;
 
-  /// Throws `FailedRead` unless the arrays of a read are usable, as a host that returns from a
-  /// failed allocation may leave them.
+  /// Throws `FailedRead` unless `usable`: a host may have returned from a failed allocation.
   void require_array(bool usable, const char* expected) const {
     if (!usable) fail("no array to read into", expected);
   }
@@ -87,20 +86,18 @@ class Unit {
   std::optional<Encoding> encoding_;
 };
 
-/// Ends an operation that an exception has left; called in its `catch (...)`. The host is told of a
-/// failed read, and memory that has run out is a fatal error. Everything else passes: it comes from
-/// the host, its own `std::bad_alloc` included.
+/// Handles an exception in `catch (...)` of an operation. Reports a failed read to the host, and
+/// makes lack of memory a fatal error. Exceptions of the host are rethrown.
 /// @param doing  the operation, such as "read grid"
-/// @param file   its file
 void end_operation(const char* doing, const FileName& file);
 
-/// The path that the host's names stand for: what is opened, and what messages show.
+/// The path of a file name according to `p3dsetpaths`.
 [[nodiscard]] std::string path_of(const FileName& name);
 
-/// Whether two names stand for one existing file.
+/// Whether both names refer to one existing file.
 [[nodiscard]] bool same_file(const FileName& one, const FileName& other);
 
-/// Whether something of that name exists, be it a link that leads nowhere.
+/// Whether the name exists, even as a dangling link.
 [[nodiscard]] bool file_exists(const FileName& name);
 
 }  // namespace mod_p3dgrid

@@ -17,7 +17,6 @@ namespace {
 
 constexpr integer unformatted = 0;
 
-/// The arguments that variable files are combined with.
 struct Combination {
   array_view<const float, 2> leadvalues;
   const FileName& filename;
@@ -32,29 +31,27 @@ struct Combination {
   [[nodiscard]] FlowParameters parameters() const { return {filename, layout, coding, nblocks}; }
 };
 
-/// The temporary files, each open on its own unit, read in step.
-class VariableFiles {
- public:
-  explicit VariableFiles(const allocatable<integer, 1>& units) : units_(units) {}
+/// The unit of the temporary file of a variable.
+Unit unit_of(integer variable) {
+  return {unit_number::temporary(variable), unformatted};
+}
 
-  void open(integer variable) const { unit(variable).open(tmpfile(variable), OpenStatus::old); }
-  [[nodiscard]] Unit unit(integer variable) const { return Unit(units_(variable), unformatted); }
+void open_variable_file(integer variable) {
+  unit_of(variable).open(tmpfile(variable), OpenStatus::old);
+}
 
-  /// Deletes every file that can be deleted; returns why the first of the others could not be.
-  [[nodiscard]] std::string close_and_delete() const {
-    std::string first_reason;
-    for (integer m = 1; m <= units_.size(); ++m) {
-      const std::string reason = unit(m).close_and_delete();
-      if (first_reason.empty()) first_reason = reason;
-    }
-    return first_reason;
+/// Deletes the temporary files. Returns the first reason why one could not be deleted; empty for
+/// success.
+std::string delete_variable_files(std::int64_t variables) {
+  std::string first_reason;
+  for (integer m = 1; m <= variables; ++m) {
+    const std::string reason = unit_of(m).close_and_delete();
+    if (first_reason.empty()) first_reason = reason;
   }
+  return first_reason;
+}
 
- private:
-  const allocatable<integer, 1>& units_;
-};
-
-/// One block of all variables, a slot for each.
+/// One block of all variables.
 template <class Real>
 struct BlockSlots {
   const Combination& combination;
@@ -73,9 +70,9 @@ struct BlockSlots {
   }
   template <class List>
   void add_variables(List& list, integer block, const p3dgrid::Section& variables) const {
-    if (variables.variables() > 0) check_still_held(variables, combination.variables);
+    if (variables.variables() > 0) check_unchanged(variables, combination.variables);
     for (integer m = variables.first; m <= variables.last; ++m) {
-      // Text is made of single-precision values, which the temporary files hold widened.
+      // Text is written with the digits of singles, which the temporary files hold as doubles.
       const Real* const slot = slot_of(m);
       list.push_back(stored_as(real_kind(combination.coding),
                                recordio::values(slot, combination.points.npts(block))));
@@ -87,15 +84,14 @@ struct BlockSlots {
   }
 };
 
-/// Writes a body out of the variable files, block by block.
+/// Writes a body from the variable files, block by block.
 template <class Real>
 class Combiner : public WritingVisitor {
  public:
-  Combiner(const Combination& combination, const VariableFiles& files,
-           const std::vector<BodyRecord>& records, BlockSlots<Real> slots)
+  Combiner(const Combination& combination, const std::vector<BodyRecord>& records,
+           BlockSlots<Real> slots)
       : WritingVisitor(combination.output),
         combination_(combination),
-        files_(files),
         records_(records),
         slots_(slots) {}
 
@@ -114,42 +110,40 @@ class Combiner : public WritingVisitor {
     unit_.write(list_of<const void>(slots_, record));
   }
 
-  /// A variable that has been read before is read from its start again.
+  /// Reopens the files of variables that have been read, to read them from the start.
   void extend(const Extension& extension) {
     for (integer m = extension.variables.first; m <= extension.variables.last; ++m) {
-      if (block_in_slot_(m) != 0) files_.open(m);
+      if (block_in_slot_(m) != 0) open_variable_file(m);
       block_in_slot_(m) = 0;
     }
   }
 
-  /// Throws `FailedRead` unless every file that was read has been read to its end.
+  /// Throws `FailedRead` if a file has more records than have been read.
   void expect_ends() const {
     for (integer m = 1; m <= combination_.variables; ++m) {
-      if (block_in_slot_(m) != 0) files_.unit(m).expect_end();
+      if (block_in_slot_(m) != 0) unit_of(m).expect_end();
     }
   }
 
  private:
-  /// Reads the block of each variable whose slot does not hold it yet.
+  /// Reads the block of each variable into its slot, unless it is there.
   void read_variables(integer block, const p3dgrid::Section& variables) {
-    if (variables.variables() > 0) check_still_held(variables, combination_.variables);
+    if (variables.variables() > 0) check_unchanged(variables, combination_.variables);
     for (integer m = variables.first; m <= variables.last; ++m) {
       if (block_in_slot_(m) == block) continue;
       message("Reading flow variable ", m, " for grid ", block);
-      files_.unit(m).read_whole(
-          {recordio::values(slots_.slot_of(m), combination_.points.npts(block))});
+      unit_of(m).read_whole({recordio::values(slots_.slot_of(m), combination_.points.npts(block))});
       block_in_slot_(m) = block;
     }
   }
 
   const Combination& combination_;
-  const VariableFiles& files_;
   const std::vector<BodyRecord>& records_;
   BlockSlots<Real> slots_;
-  fixed_array<integer, 15> block_in_slot_;  ///< 0 for a variable that was not read yet
+  fixed_array<integer, 15> block_in_slot_;  ///< 0 for a variable that has not been read
 };
 
-/// Refuses more variables than have names, whatever is to become of them.
+/// Refuses more variables than `tmpfile` holds.
 void check_count(const Combination& combination) {
   if (combination.variables <= tmpfile.size()) return;
   refuse_restart(combination.filename, std::to_string(combination.variables) +
@@ -157,7 +151,7 @@ void check_count(const Combination& combination) {
                                            std::to_string(tmpfile.size()) + " can");
 }
 
-/// Refuses, before a file is opened, what cannot be written.
+/// Refuses invalid arguments before a file is opened.
 void check_arguments(const Combination& combination) {
   const FileName& filename = combination.filename;
   for (integer m = 1; m <= combination.variables; ++m) {
@@ -177,7 +171,7 @@ void check_arguments(const Combination& combination) {
 }
 
 template <class Real>
-void write_body(const Combination& combination, const VariableFiles& files) {
+void write_body(const Combination& combination) {
   integer largest = 0;
   for (const integer points : combination.points.npts.span()) largest = std::max(largest, points);
   allocatable<Real, 2> slots;
@@ -185,21 +179,11 @@ void write_body(const Combination& combination, const VariableFiles& files) {
     refuse_restart(combination.filename, "out of memory for one block of all variables");
   }
   const auto records = block_records_with_leading(combination.layout);
-  Combiner<Real> combiner(combination, files, records, {combination, slots});
+  Combiner<Real> combiner(combination, records, {combination, slots});
   walk_body({records, combination.nblocks, combination.layout.extensions}, combiner);
   combiner.expect_ends();
 }
 
-/// Opens all variable files at once, on units that follow the output's.
-void open_variable_files(const VariableFiles& files, allocatable<integer, 1>& units) {
-  for (integer m = 1; m <= units.size(); ++m) {
-    message("Reading variable ", m, " from file", left_adjusted(tmpfile(m)));
-    units(m) = unit_number::temporary(m);
-    files.open(m);
-  }
-}
-
-/// Ends the run if there is a reason to.
 void fail_if(const std::string& reason) {
   if (!reason.empty()) fail_run(reason);
 }
@@ -219,7 +203,7 @@ void combinep3dvarfiles(array_view<const float, 2> leadvalues, const FileName& f
                           filename,
                           output,
                           layout,
-                          coding_of(output, dblprec),
+                          output.coding(dblprec),
                           nparamrows,
                           nblocks,
                           variables_per_point(),
@@ -227,33 +211,33 @@ void combinep3dvarfiles(array_view<const float, 2> leadvalues, const FileName& f
   const bool writable = output.known() && layout.writable;
   check_count(combination);
   if (writable) check_arguments(combination);
+  // The table is not used, but hosts are told of its allocation.
   allocatable<integer, 1> units;
   if (!allocate_checked(units, combination.variables)) {
     refuse_restart(filename, "out of memory for the table of units");
   }
   write_line("");
   message("Combining the Temporary Variable Files into ", left_adjusted(filename));
-  const VariableFiles files(units);
-  open_variable_files(files, units);
+  for (integer m = 1; m <= combination.variables; ++m) {
+    message("Reading variable ", m, " from file", left_adjusted(tmpfile(m)));
+    open_variable_file(m);
+  }
   write_restart_header(filename, iformat, dblprec, nblocks, extents, rsttype, multiblock);
   if (writable) {
     combination.parameters().create_to_write(nparamrows);
     try {
-      if (parameters_are_double(combination.coding)) {
-        write_body<double>(combination, files);
-      } else {
-        write_body<float>(combination, files);
-      }
+      parameters_are_double(combination.coding) ? write_body<double>(combination)
+                                                : write_body<float>(combination);
     } catch (const FailedRead&) {
       // By design the temporary data are deleted before the failure is reported.
-      const std::string reason = files.close_and_delete();
+      const std::string reason = delete_variable_files(combination.variables);
       host::dispfilereaderror();
       return fail_if(reason);
     }
   }
-  // Some file systems tell only now that they are full. The temporary data are still there then.
+  // Some file systems report a full disk only now. The temporary files still exist then.
   output.close();
-  fail_if(files.close_and_delete());
+  fail_if(delete_variable_files(combination.variables));
 } catch (...) {
   end_operation("write restart file", filename);
 }

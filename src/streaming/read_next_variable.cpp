@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <numeric>
 #include <string>
 #include <vector>
 
@@ -8,20 +7,18 @@
 #include "restart/flow_parameters.hpp"
 #include "restart/restart_arguments.hpp"
 #include "restart/restart_header.hpp"
+#include "restart/staging.hpp"
 #include "state/allocation.hpp"
 #include "state/host.hpp"
 #include "state/messages.hpp"
-#include "state/precision.hpp"
 #include "state/unit_numbers.hpp"
-#include "streaming/staging.hpp"
 
 namespace mod_p3dgrid {
 namespace {
 
-/// Variables from here on may stand behind the blocks of layout 101.
+/// First variable that extensions of layout 101 can hold.
 constexpr integer first_extension_variable = 6;
 
-/// The arguments that one variable is read with.
 struct VariableRead {
   integer ivar;
   const FileName& filename;
@@ -34,12 +31,11 @@ struct VariableRead {
   PointNumbering points;
 };
 
-/// Where the values of each variable of the file go: one is kept, the others are dropped.
+/// Reads one variable into the staging array and drops all others.
 template <class Real>
 struct PickedVariable {
   const VariableRead& read;
-  const allocatable<Real*, 1>& targets;
-  const allocatable<integer, 1>& steps;
+  Real* staging;
 
   template <class List>
   void add_parameters(List& list, const BodyRecord& record) const {
@@ -49,30 +45,28 @@ struct PickedVariable {
   void add_triplets(List& list, integer block) const {
     list.push_back(recordio::dropped(real_kind(read.coding), triplet * read.points.npts(block)));
   }
-  /// The tables send one variable to the staging array and all others, with those that they do not
-  /// know, nowhere. Neighbours that go nowhere are dropped in one go.
+  /// Adjacent variables that are dropped share one entry.
   template <class List>
   void add_variables(List& list, integer block, const p3dgrid::Section& variables) const {
     const std::int64_t points = read.points.npts(block);
-    std::int64_t nowhere = 0;
+    std::int64_t dropped = 0;
     const auto drop = [&] {
-      list.push_back(recordio::dropped(real_kind(read.coding), nowhere * points));
-      nowhere = 0;
+      list.push_back(recordio::dropped(real_kind(read.coding), dropped * points));
+      dropped = 0;
     };
-    // Without points there is nothing to send anywhere, whatever the record names.
+    // Without points the record may name any variables.
     for (std::int64_t m = variables.first; points > 0 && m <= variables.last; ++m) {
-      if (m > steps.size() || steps(m) == 0) {
-        ++nowhere;
+      if (m != read.ivar) {
+        ++dropped;
         continue;
       }
       drop();
-      list.push_back(recordio::values(targets(m) + read.points.before(block), points));
+      list.push_back(recordio::values(staging + read.points.before(block), points));
     }
     drop();
   }
 };
 
-/// Walks a body for one variable.
 template <class Real>
 class VariableReader : public ReadingVisitor {
  public:
@@ -95,7 +89,7 @@ class VariableReader : public ReadingVisitor {
   PickedVariable<Real> arrays_;
 };
 
-/// Refuses a variable that is none.
+/// Refuses invalid variable numbers.
 void check_variable(const VariableRead& read, std::int64_t variables) {
   if (read.ivar >= 1 && read.ivar <= variables) return;
   refuse_restart(read.filename, "there is no variable " + std::to_string(read.ivar) +
@@ -105,7 +99,7 @@ void check_variable(const VariableRead& read, std::int64_t variables) {
 void check_arguments(const VariableRead& read) {
   check_variable(read, variables_per_point());
   check_points(read.filename, "blockpoints", read.allpoints, read.points);
-  // An array without a variable has a place for no point.
+  // An array without rows holds no points.
   const std::int64_t held = read.varvalues.extent(1) > 0 ? read.varvalues.extent(2) : 0;
   check_points(read.filename, "varvalues", held, read.points);
   if (held < read.allpoints) {
@@ -115,8 +109,8 @@ void check_arguments(const VariableRead& read) {
   }
 }
 
-/// Whether the blocks fill the staging array in any case, so that it need not be cleared before.
-bool blocks_fill_it(const VariableRead& read, const std::vector<BodyRecord>& records) {
+/// Whether the blocks always fill the staging array, so that it need not be cleared.
+bool blocks_fill_staging(const VariableRead& read, const std::vector<BodyRecord>& records) {
   if (is_text(read.coding) || read.points.total < read.allpoints) return false;
   return std::ranges::any_of(records, [&](const BodyRecord& record) {
     return record.kind != BodyRecordKind::older_level && record.variables.first <= read.ivar &&
@@ -124,23 +118,19 @@ bool blocks_fill_it(const VariableRead& read, const std::vector<BodyRecord>& rec
   });
 }
 
-/// Allocates the staging array and the two tables, one entry per variable of the file. What the
-/// file leaves unset in the staging array is zero.
+/// Allocates the staging array, and clears it if the file may not fill it. The two tables, one
+/// entry per variable of the file, are not used, but hosts are told of their allocation.
 template <class Real>
 void prepare(const VariableRead& read, const std::vector<BodyRecord>& records,
              allocatable<Real, 2>& staging, allocatable<Real*, 1>& targets,
              allocatable<integer, 1>& steps) {
   const std::int64_t variables = variables_per_point();
-  check_variable(read, variables);  // once more, since a host may count them anew meanwhile
+  check_variable(read, variables);  // again, because a host can change `numrstrtvar` in a callback
   bool usable = allocate_staging(staging, 1, read.allpoints);
   usable = allocate_staging(targets, variables) && usable;
   usable = allocate_staging(steps, variables) && usable;
   read.unit.require_array(usable && staging.extent(1) == 1, "unallocated staging arrays");
-  if (!blocks_fill_it(read, records)) std::ranges::fill(staging.span(), Real{0});
-  std::ranges::fill(targets.span(), nullptr);
-  std::ranges::fill(steps.span(), 0);
-  targets(read.ivar) = staging.data();
-  steps(read.ivar) = 1;
+  if (!blocks_fill_staging(read, records)) std::ranges::fill(staging.span(), Real{0});
 }
 
 template <class Real>
@@ -154,7 +144,7 @@ void read_variable(const VariableRead& read, allocatable<Real, 2>& staging,
   allocatable<integer, 1>& steps = one_variable_staging().READII;
   prepare(read, records, staging, targets, steps);
   FlowParameters{read.filename, read.layout, read.coding, read.nblocks}.create_to_read();
-  VariableReader<Real> reader(read, {read, targets, steps});
+  VariableReader<Real> reader(read, {read, staging.data()});
   const bool extensions = read.layout.extensions && read.ivar >= first_extension_variable;
   walk_body({records, read.nblocks, extensions}, reader);
   convert_rows(staging.data(), 1, read.varvalues.data(), read.varvalues.extent(1), 1,
@@ -184,7 +174,7 @@ void readnextp3dvar(integer ivar, const FileName& filename, integer iformat, log
   announce_restart(host::announce_read, filename, iformat, dblprec, layout, multiblock, ivar);
   check_layout(filename, layout, rsttype);
   const Unit unit(unit_number::restart_read, iformat);
-  VariableRead read{ivar,    filename,         unit,      layout, coding_of(unit, dblprec),
+  VariableRead read{ivar,    filename,         unit,      layout, unit.coding(dblprec),
                     nblocks, sum(blockpoints), varvalues, {}};
   if (unit.known()) {
     read.points = checked_numbering(restart_file(filename), nblocks, {idim, jdim, kdim});

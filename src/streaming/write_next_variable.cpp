@@ -1,23 +1,34 @@
-#include <algorithm>
 #include <string>
 
 #include "MOD_P3DReader.hpp"
 #include "restart/body.hpp"
 #include "restart/restart_arguments.hpp"
+#include "restart/staging.hpp"
 #include "state/allocation.hpp"
 #include "state/messages.hpp"
 #include "state/run_end.hpp"
 #include "state/unit_numbers.hpp"
-#include "streaming/staging.hpp"
-#include "streaming/variable_file_name.hpp"
 
 namespace mod_p3dgrid {
 namespace {
 
 constexpr integer unformatted = 0;
 
-/// Creates the file under a name that was free a moment before. If that fails, `tmpfile` does not
-/// keep the name: what has it is somebody else's, and `combinep3dvarfiles` would delete it.
+/// Appends "t" to the name until no file has it. A name that cannot grow is a fatal error.
+FileName free_file_name(FileName name) {
+  while (file_exists(name)) {
+    const FileName longer = FileName::cut(std::string(name.view()) + "t");
+    if (longer == name) {
+      fail_run("no free name for a temporary file: " + path_of(name) +
+               " exists and cannot be longer");
+    }
+    name = longer;
+  }
+  return name;
+}
+
+/// Creates the file. If that fails, clears `tmpfile(ivar)`, because a file of that name belongs to
+/// another process and `combinep3dvarfiles` would delete it.
 void create(const Unit& unit, integer ivar, const FileName& name) {
   tmpfile(ivar) = name;
   try {
@@ -35,7 +46,7 @@ void write_blocks(const Unit& unit, integer ivar, const PointNumbering& points, 
                   array_view<const float, 2> values, array_view<double, 2> staging = {}) {
   for (integer b = 1; b <= nblocks; ++b) {
     message("Writing flow variable ", ivar, " for grid ", b);
-    unit.write({recordio::by_way_of(staging, variable_lines(values, points, b, {1, 1}))});
+    unit.write({recordio::through_staging(staging, variable_lines(values, points, b, {1, 1}))});
   }
 }
 
@@ -61,13 +72,13 @@ void writenextp3dvar(integer ivar, const FileName& prefix, logical dblprec, inte
     fail_run("variable " + std::to_string(ivar) + " cannot be streamed, only 1 to " +
              std::to_string(tmpfile.size()) + " can");
   }
-  FileName name = variable_file_name(prefix.view(), ivar);
+  FileName name = FileName::cut(std::string(prefix.view()) + column(ivar, 6, '0') + ".tmp");
   const PointNumbering points = checked_numbering(restart_file(name), nblocks, {idim, jdim, kdim});
   const std::int64_t allpoints = sum(blockpoints);
   check_points(name, "varvalues", varvalues.extent(1) > 0 ? varvalues.extent(2) : 0, points);
   if (dblprec) check_points(name, "blockpoints", allpoints, points);
   tmpfile(ivar) = {};
-  name = first_free_name(name);
+  name = free_file_name(name);
   const Unit unit(unit_number::restart_write, unformatted);
   create(unit, ivar, name);
   if (dblprec) {

@@ -113,6 +113,50 @@ class Includes(unittest.TestCase):
                 "tools/f.cpp includes grid/c.hpp: tools may not include src/grid"])
 
 
+# What code outside some places must not contain: a pattern, where it is looked for, and where it is
+# allowed.
+RESERVED = [
+    # Which records a layout has, by its code: the others ask for its traits.
+    (re.compile(r"(?<!traits_of\()\bLayout::[a-z]|\brsttype [=!]="), ("src", "include", "tools"),
+     ("src/format/", "include/", "tools/sample.cpp")),
+    # Numbers of text, and byte order.
+    (re.compile(r"\bfrom_chars\b|\bstrto[a-z]+\(|\bsto(?:i|l|ll|f|d)\(|\bsscanf\b|\breverse_bytes\b|bswap"),
+     ("src", "include"), ("src/recordio/",)),
+    # The contents of files.
+    (re.compile(r"\bifstream\b|\bfopen\(|\bpread\(|(?<!\w)::read\("), ("src", "include", "tools"),
+     ("src/recordio/",)),
+]
+
+
+def misplaced(source):
+    """Lines that contain what only other files may contain, as text."""
+    return [f"{path}:{number}: {line.strip()}"
+            for pattern, folders, allowed in RESERVED for folder in folders
+            for file in sorted((source / folder).rglob("*.[ch]pp"))
+            if not (path := str(file.relative_to(source))).startswith(allowed)
+            for number, line in enumerate(file.read_text().splitlines(), 1)
+            if pattern.search(line.split("//")[0])]
+
+
+class Places(unittest.TestCase):
+    def test_formats_and_encodings_are_known_in_one_place(self):
+        self.assertEqual(misplaced(SOURCE), [])
+
+    def test_violations_are_reported(self):
+        with tempfile.TemporaryDirectory() as folder:
+            source = pathlib.Path(folder)
+            for path, text in {
+                "src/grid/a.cpp": "std::from_chars(b, e, value);  // Layout::bare",
+                "src/format/b.cpp": "Layout::bare",
+                "tools/c.cpp": "if (layout == Layout::function) std::ifstream(path);",
+                "src/recordio/d.cpp": "::read(0, to, 4);\nreverse_bytes(to, 1);",
+            }.items():
+                (source / path).parent.mkdir(parents=True, exist_ok=True)
+                (source / path).write_text(text + "\n")
+            self.assertEqual([line.split(":")[0] for line in misplaced(source)],
+                             ["tools/c.cpp", "src/grid/a.cpp", "tools/c.cpp"])
+
+
 class Names(unittest.TestCase):
     def test_every_name_exists(self):
         code = "".join(file.read_text() for folder in ("include", "src", "tools")

@@ -12,7 +12,6 @@
 #include <exception>
 
 #include "scratch.hpp"
-#include "state/read_failure.hpp"
 #include "state/unit_numbers.hpp"
 #include "support/module_state.hpp"
 
@@ -160,7 +159,7 @@ const Tally& tally() {
 Outcome attempt(const std::function<void()>& call) {
   read_errors = 0;
   message_lines = 0;
-  set_last_failure({});
+  p3dclearfailure();
   try {
     call();
   } catch (const RunEnded& ended) {

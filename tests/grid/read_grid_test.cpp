@@ -8,7 +8,7 @@
 
 #include "MOD_P3DReader.hpp"
 #include "grid/grid_case.hpp"
-#include "recordio/record_markers.hpp"
+#include "recordio/unformatted_record.hpp"
 
 namespace mod_p3dgrid {
 namespace {

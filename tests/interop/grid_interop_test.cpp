@@ -7,7 +7,7 @@
 #include <fstream>
 #include <limits>
 
-#include "recordio/record_markers.hpp"
+#include "recordio/unformatted_record.hpp"
 #include "support/awkward_values.hpp"
 #include "support/file_bytes.hpp"
 #include "support/grid.hpp"

@@ -25,7 +25,7 @@ TEST_F(InputFiles, HaveAZeroByteBehindTheBytesAtHand) {
   expect_zero_behind("opened");
   ASSERT_TRUE(file.more());
   expect_zero_behind("first bytes");
-  file.use_up_to(file.begin() + 10);
+  file.consume_to(file.begin() + 10);
   ASSERT_TRUE(file.more());
   expect_zero_behind("more bytes");
   file.skip(1000);

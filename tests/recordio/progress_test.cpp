@@ -57,7 +57,7 @@ TEST_F(FileProgressReports, GiveTheBytesWritten) {
     file.write("0123456789", 10);
     EXPECT_EQ(reports, std::vector<Report>());
     file.flush();
-    ASSERT_TRUE(file.lies_ahead(20));
+    ASSERT_TRUE(file.allows_random_access(20));
     file.write_ahead(10, "0123456789", 10);
     file.write_ahead(0, "0123456789", 10);
     file.skip(20);

@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-#include "recordio/record_markers.hpp"
+#include "recordio/unformatted_record.hpp"
 #include "support/recording_host.hpp"
 #include "support/scratch_folder.hpp"
 #include "support/unit.hpp"
@@ -154,16 +154,16 @@ void expect_passed_through_staging(const Unit& unit, const Shape& shape) {
   const std::vector<double> fresh(static_cast<std::size_t>(shape.rows * shape.count), untouched);
   std::vector<double> staging = fresh;
   unit.open("file", OpenStatus::unknown);
-  unit.write(
-      {by_way_of(view_of(staging), lines(array.data(), shape.rows, shape.stride, shape.count))});
+  unit.write({through_staging(view_of(staging),
+                              lines(array.data(), shape.rows, shape.stride, shape.count))});
   unit.close();
   EXPECT_TRUE(read_file("file") == file_of<double>(shape)) << shape;
   expect_beginning_used(staging, shape);
   staging = fresh;
   std::vector<float> again(array.size(), untouched);
   unit.open("file", OpenStatus::old);
-  ASSERT_TRUE(unit.read(
-      {by_way_of(view_of(staging), lines(again.data(), shape.rows, shape.stride, shape.count))}))
+  ASSERT_TRUE(unit.read({through_staging(
+      view_of(staging), lines(again.data(), shape.rows, shape.stride, shape.count))}))
       << p3dlastfailure().describe();
   EXPECT_TRUE(unit.expect_end());
   unit.close();
@@ -207,11 +207,11 @@ TEST_P(LinesOfArrays, LeaveAStagingArrayAloneThatIsTooSmall) {
   const std::vector<float> array{1, 2, 3, 4, 5, 6};
   std::vector<double> staging(5, untouched);
   unit.open("file", OpenStatus::unknown);
-  unit.write({by_way_of(view_of(staging), lines(array.data(), 2, 2, 3))});
+  unit.write({through_staging(view_of(staging), lines(array.data(), 2, 2, 3))});
   unit.close();
   std::vector<float> again(array.size());
   unit.open("file", OpenStatus::old);
-  ASSERT_TRUE(unit.read({by_way_of(view_of(staging), lines(again.data(), 2, 2, 3))}));
+  ASSERT_TRUE(unit.read({through_staging(view_of(staging), lines(again.data(), 2, 2, 3))}));
   unit.close();
   EXPECT_EQ(again, array);
   EXPECT_EQ(staging, std::vector<double>(5, untouched));
@@ -280,7 +280,7 @@ class PartsOfLines : public LinesOfArrays {
       std::vector<Kept> array(static_cast<std::size_t>(shape.stride * shape.count), untouched);
       auto entry =
           stored_as(kind_of<Stored>(), lines(array.data(), shape.rows, shape.stride, shape.count));
-      if (staged) entry = by_way_of(view_of(staging), entry);
+      if (staged) entry = through_staging(view_of(staging), entry);
       unit.open("file", OpenStatus::old);
       ASSERT_FALSE(unit.read({entry}));
       const auto expected =

@@ -13,7 +13,6 @@ constexpr integer most = std::numeric_limits<integer>::max();
 PointNumbering numbering_for(integer blocks) {
   PointNumbering points;
   EXPECT_EQ(points.npts.allocate(blocks), allocation_done);
-  EXPECT_EQ(points.istart.allocate(blocks), allocation_done);
   EXPECT_EQ(points.iend.allocate(blocks), allocation_done);
   return points;
 }
@@ -24,9 +23,7 @@ TEST(PointNumbering, BlocksFollowEachOther) {
   ASSERT_TRUE(points.number_block(2, {3, 1, 1}));
   EXPECT_EQ(points.npts(1), 8);
   EXPECT_EQ(points.npts(2), 3);
-  EXPECT_EQ(points.istart(1), 1);
   EXPECT_EQ(points.iend(1), 8);
-  EXPECT_EQ(points.istart(2), 9);
   EXPECT_EQ(points.iend(2), 11);
   EXPECT_EQ(points.total, 11);
   EXPECT_EQ(points.before(1), 0);
@@ -38,10 +35,8 @@ TEST(PointNumbering, ABlockWithoutPointsEndsBeforeItStarts) {
   ASSERT_TRUE(points.number_block(1, {4, 1, 1}));
   ASSERT_TRUE(points.number_block(2, {7, 0, 7}));
   ASSERT_TRUE(points.number_block(3, {1, 1, 2}));
-  EXPECT_EQ(points.istart(2), 5);
   EXPECT_EQ(points.iend(2), 4);
   EXPECT_EQ(points.before(2), 4);
-  EXPECT_EQ(points.istart(3), 5);
   EXPECT_EQ(points.iend(3), 6);
 }
 
@@ -50,10 +45,8 @@ TEST(PointNumbering, CountsMorePointsInAllThanInABlock) {
   for (integer b = 1; b <= 3; ++b) ASSERT_TRUE(points.number_block(b, {1000, 1000, 1000})) << b;
   ASSERT_TRUE(points.number_block(4, {most, 1, 1}));
   EXPECT_EQ(points.npts(3), 1'000'000'000);
-  EXPECT_EQ(points.istart(3), 2'000'000'001);
   EXPECT_EQ(points.iend(3), 3'000'000'000);
   EXPECT_EQ(points.before(3), 2'000'000'000);
-  EXPECT_EQ(points.istart(4), 3'000'000'001);
   EXPECT_EQ(points.iend(4), 5'147'483'647);
   EXPECT_EQ(points.before(4), 3'000'000'000);
   EXPECT_EQ(points.total, 5'147'483'647);

@@ -8,7 +8,7 @@
 #include <thread>
 #include <vector>
 
-#include "recordio/record_markers.hpp"
+#include "recordio/unformatted_record.hpp"
 #include "support/recording_host.hpp"
 #include "support/scratch_folder.hpp"
 
@@ -227,14 +227,15 @@ TEST_F(Units, RealScalarsAreKeptInDoublePrecisionWhateverTheFileHolds) {
   const Unit unit(13, 2);
   const double written = 0.1;
   unit.open("file", OpenStatus::unknown);
-  unit.write({real_scalar(written, FileKind::real4), real_scalar(written, FileKind::real8)});
+  unit.write(
+      {stored_as(FileKind::real4, scalar(written)), stored_as(FileKind::real8, scalar(written))});
   unit.close();
   EXPECT_EQ(read_file("file"), Bytes().r4(.1F).r8(.1).str());
   unit.open("file", OpenStatus::old);
   double single = 0;
   double full = 0;
-  ASSERT_TRUE(
-      unit.read({real_scalar(single, FileKind::real4), real_scalar(full, FileKind::real8)}));
+  ASSERT_TRUE(unit.read(
+      {stored_as(FileKind::real4, scalar(single)), stored_as(FileKind::real8, scalar(full))}));
   EXPECT_EQ(single, static_cast<double>(.1F));
   EXPECT_EQ(full, .1);
 }

@@ -10,7 +10,7 @@
 #include "MOD_P3DReader.hpp"
 #include "grid/grid_case.hpp"
 #include "restart/restart_case.hpp"
-#include "streaming/staging.hpp"
+#include "restart/staging.hpp"
 #include "support/unit.hpp"
 
 namespace mod_p3dgrid {

@@ -1,9 +1,8 @@
 #include "support/module_state.hpp"
 
 #include "MOD_P3DReader.hpp"
-#include "recordio/record_markers.hpp"
+#include "recordio/unformatted_record.hpp"
 #include "restart/staging.hpp"
-#include "streaming/staging.hpp"
 
 namespace test_support {
 

@@ -1,10 +1,8 @@
-#include "detect/verdict.hpp"
-
 #include <algorithm>
 #include <cmath>
 #include <tuple>
 
-#include "p3dgrid/layout.hpp"
+#include "detect/candidates.hpp"
 
 namespace p3dgrid {
 namespace {
@@ -19,35 +17,32 @@ bool is_of(const Extents& extents, const Reading& reading) {
   return reading.extents != nullptr && *reading.extents == extents;
 }
 
-bool explains(const Reading& reading) {
+bool agrees(const Reading& reading) {
   if (!reading.checked || reading.fit.whole()) return true;
   if (reading.fit.agreement == Agreement::so_far) return true;
   return only_followed(reading.fit, reading.coding().encoding);
 }
 
-/// How much speaks for a reading that explains its file: what would have to come out right by
-/// chance if it were wrong.
-int weight(const Reading& reading, const std::shared_ptr<const Extents>& grid) {
+/// Rank of a reading that agrees: the less likely its agreement is by chance, the higher.
+int certainty(const Reading& reading, const std::shared_ptr<const Extents>& grid) {
   if (!reading.checked) return 0;
   if (is_unformatted(reading)) return reading.own_extents ? 7 : 6;
-  // The last of the flags, whose value is known, stands where the lengths put it.
+  // The last flag has a known value at a place that depends on the lengths.
   const bool flags = !reading.is_grid() && traits_of(reading.restart().layout).extensions &&
                      reading.fit.agreement != Agreement::so_far;
   if (flags) return reading.unknown_flag ? 4 : 5;
-  if (!reading.own_extents) return 1;  // any length that the grid's points divide
+  if (!reading.own_extents) return 1;  // agrees with any multiple of the points
   return grid && is_of(*grid, reading) ? 3 : 2;
 }
 
-/// Records whose markers are those of an unformatted reading with a header to go by, however the
-/// file goes on; 0 for other readings.
+/// Agreeing records of an unformatted reading with extents of its own; 0 for other readings.
 std::int64_t proven_records(const Reading& reading) {
   return is_unformatted(reading) && reading.own_extents ? reading.fit.records : 0;
 }
 
-/// Drops readings that matching markers contradict: if the markers of a header match, readings of
-/// which only the header was compared; if that of the first body record matches too, all other
-/// encodings.
-void drop_what_markers_disprove(std::vector<Reading>& readings) {
+/// Drops readings that matching markers contradict: if those of a header match, readings of which
+/// only the header was compared; if that of the first body record matches too, other encodings.
+void drop_contradicted_by_markers(std::vector<Reading>& readings) {
   const bool header = std::ranges::any_of(
       readings, [](const Reading& reading) { return proven_records(reading) >= 2; });
   const bool body = std::ranges::any_of(readings, [](const Reading& reading) {
@@ -61,7 +56,7 @@ void drop_what_markers_disprove(std::vector<Reading>& readings) {
 
 /// With a free number of variables, a wrong header can agree with the length of a file. If readings
 /// without that freedom agree, only those with the same extents are kept.
-void drop_chance(std::vector<Reading>& readings) {
+void drop_coincidences(std::vector<Reading>& readings) {
   std::vector<Reading> bound;
   for (const Reading& reading : readings) {
     if (!reading.free_count) bound.push_back(reading);
@@ -74,13 +69,13 @@ void drop_chance(std::vector<Reading>& readings) {
   });
 }
 
-/// Keeps what is best of the readings, by a measure that is larger for better ones.
-template <class Measure>
-void keep_best(std::vector<Reading>& readings, const Measure& measure) {
+/// Keeps the readings with the largest key.
+template <class Key>
+void keep_maximal(std::vector<Reading>& readings, const Key& key) {
   if (readings.empty()) return;
-  auto best = measure(readings.front());
-  for (const Reading& reading : readings) best = std::max(best, measure(reading));
-  std::erase_if(readings, [&](const Reading& reading) { return measure(reading) < best; });
+  auto largest = key(readings.front());
+  for (const Reading& reading : readings) largest = std::max(largest, key(reading));
+  std::erase_if(readings, [&](const Reading& reading) { return key(reading) < largest; });
 }
 
 bool usual_sections(const Reading& reading) {
@@ -89,11 +84,10 @@ bool usual_sections(const Reading& reading) {
   return !sections || (sections->size() == 1 && sections->front().last == solution_variables);
 }
 
-/// How far a reading agrees with a file that it does not explain: in text up to a line, since
-/// readings with more records would seem to go further, else by its records. Of those that come to
-/// the same place the one goes first whose lengths are off by the least, and of binary files
-/// nothing else is known.
-auto nearness(const Reading& reading) {
+/// How far a reading agrees before it differs: by lines of text, because readings with more records
+/// would seem to agree further, else by records. Then, and for binary files only, by the relative
+/// difference of the lengths.
+auto agreement_key(const Reading& reading) {
   constexpr std::int64_t header = 2;  // records of block count and extents
   const Fit& fit = reading.fit;
   const std::int64_t records = fit.line > 0 ? std::min(fit.records, header) : fit.records;
@@ -104,30 +98,31 @@ auto nearness(const Reading& reading) {
 
 }  // namespace
 
-Detection judge(std::vector<Reading> readings, const std::shared_ptr<const Extents>& grid) {
-  drop_what_markers_disprove(readings);
-  Detection verdict;
-  std::ranges::copy_if(readings, std::back_inserter(verdict.fitting), explains);
-  auto& fitting = verdict.fitting;
-  keep_best(fitting, [&](const Reading& reading) { return weight(reading, grid); });
-  drop_chance(fitting);
-  keep_best(fitting, [](const Reading& r) { return r.fit.agreement == Agreement::whole; });
-  if (grid) keep_best(fitting, [&](const Reading& r) { return is_of(*grid, r); });
+Detection select_readings(std::vector<Reading> readings,
+                          const std::shared_ptr<const Extents>& grid) {
+  drop_contradicted_by_markers(readings);
+  Detection found;
+  std::ranges::copy_if(readings, std::back_inserter(found.fitting), agrees);
+  auto& fitting = found.fitting;
+  keep_maximal(fitting, [&](const Reading& reading) { return certainty(reading, grid); });
+  drop_coincidences(fitting);
+  keep_maximal(fitting, [](const Reading& r) { return r.fit.agreement == Agreement::whole; });
+  if (grid) keep_maximal(fitting, [&](const Reading& r) { return is_of(*grid, r); });
   if (!fitting.empty()) {
-    // More may follow behind fewer sections than the file has.
+    // A reading with too few sections also has more records after it.
     const bool longer = fitting.front().fit.agreement == Agreement::longer;
-    if (longer) keep_best(fitting, [](const Reading& r) { return r.fit.records; });
-    return verdict;
+    if (longer) keep_maximal(fitting, [](const Reading& r) { return r.fit.records; });
+    return found;
   }
-  // What is no header can be taken for one of no points, and then says nothing.
+  // Any bytes can look like a header without points.
   std::erase_if(readings, [](const Reading& reading) {
     return reading.own_extents && reading.extents != nullptr && reading.extents->points() == 0 &&
            reading.fit.records == 0;
   });
-  keep_best(readings, nearness);
-  keep_best(readings, usual_sections);
-  verdict.nearest = std::move(readings);
-  return verdict;
+  keep_maximal(readings, agreement_key);
+  keep_maximal(readings, usual_sections);
+  found.nearest = std::move(readings);
+  return found;
 }
 
 }  // namespace p3dgrid

@@ -1,9 +1,12 @@
+#include "restart/restart_header.hpp"
+
 #include <algorithm>
 #include <string>
 #include <utility>
 
+#include "MOD_P3DReader.hpp"
 #include "restart/body.hpp"
-#include "restart/restart_header.hpp"
+#include "state/allocation.hpp"
 #include "state/messages.hpp"
 #include "state/run_end.hpp"
 #include "state/unit_numbers.hpp"
@@ -11,12 +14,11 @@
 namespace mod_p3dgrid {
 namespace {
 
-/// What the header is read into: module variables, and extents that are allocated on the way.
+/// Destination of header values: module variables, and the extents of a single block, which are
+/// dropped.
 struct HeaderTarget {
   integer& nblocks;
-  integer i = 0;
-  integer j = 0;
-  integer k = 0;
+  integer i = 0, j = 0, k = 0;
   integer& fileversion = mod_p3dgrid::fileversion;
   integer& eqid = mod_p3dgrid::eqid;
   integer& talnvar = mod_p3dgrid::talnvar;
@@ -35,17 +37,16 @@ struct HeaderTarget {
   double& talprt = mod_p3dgrid::talprt;
 };
 
-/// Reads what stands in front of the block dimensions. The flow parameters of layout 0 are always
-/// doubles, and a single-precision file that has them is refused before its step size is stored.
+/// Reads the records before the block dimensions. The flow parameters of layout 0 are always
+/// doubles; a single-precision file that has them halts the run before `dtau` changes.
 void read_lead(const Unit& unit, const LayoutTraits& layout, integer& nblocks, logical dblprec,
                logical multiblock, ExtentArrays& extents) {
   if (!unit.known()) return;
-  // The extents of a single block are read into arrays of their own, which those of all layouts
-  // replace.
+  // Known quirk: these arrays are replaced unused, but their allocation is reported.
   if (layout.header == p3dgrid::HeaderKind::single_block) {
     allocate_extents(unit, 1, extents.targets());
   }
-  const Coding coding = coding_of(unit, dblprec);
+  const Coding coding = unit.coding(dblprec);
   const bool talven = layout.header == p3dgrid::HeaderKind::talven;
   const bool single_records = !is_text(coding) && !holds_doubles(coding);
   const double old_dtau = dtau;
@@ -64,24 +65,57 @@ void read_lead(const Unit& unit, const LayoutTraits& layout, integer& nblocks, l
             });
 }
 
-/// Makes `nfvar` hold an entry per block. One that is allocated already is used as it is, but
-/// never beyond its end.
+/// Allocates `nfvar` with zeros unless it is allocated. False if there is not enough memory.
+bool allocate_variable_counts(integer nblocks) {
+  if (nfvar.allocated()) return true;
+  const bool usable = allocate_checked(nfvar, nblocks);
+  std::ranges::fill(nfvar.span(), 0);
+  return usable;
+}
+
+/// Throws `FailedRead` if `nfvar` has fewer entries than blocks.
 void prepare_variable_counts(const Unit& unit, integer nblocks) {
-  if (!nfvar.allocated()) {
-    const bool usable = allocate_checked(nfvar, nblocks);
-    std::ranges::fill(nfvar.span(), 0);
-    unit.require_array(usable, "an unallocated array for the variable counts");
-  }
+  unit.require_array(allocate_variable_counts(nblocks),
+                     "an unallocated array for the variable counts");
   if (nfvar.size() >= nblocks || !unit.known()) return;
   unit.fail(std::to_string(nblocks) + " blocks",
             "at most " + std::to_string(nfvar.size()) + ", for which nfvar is allocated");
 }
 
-/// A block without extents of its own has a record in the body.
+/// Blocks without extents have a record in the body.
 recordio::Claim claim_of(DimensionKind dimensions) {
   const bool in_one_record = dimensions == DimensionKind::one_record ||
                              dimensions == DimensionKind::one_record_with_variables;
   return in_one_record ? recordio::Claim::one_record : recordio::Claim::records;
+}
+
+/// Refuses extents or variable counts of fewer blocks than are written.
+void check_extents(const FileName& filename, const LayoutTraits& layout, integer nblocks,
+                   const ExtentViews& extents) {
+  const integer needed = layout.header == p3dgrid::HeaderKind::single_block ? 1
+                         : layout.dimensions == DimensionKind::none         ? 0
+                                                                            : nblocks;
+  for (const auto& array : {extents.i, extents.j, extents.k}) {
+    if (array.extent(1) >= needed) continue;
+    fail_run("cannot write restart file " + path_of(filename) + ": extents of " +
+             std::to_string(array.extent(1)) + " blocks, " + std::to_string(needed) +
+             " are to be written");
+  }
+  if (layout.counted_variables && nfvar.allocated() && nfvar.size() < nblocks) {
+    fail_run("cannot write restart file " + path_of(filename) + ": nfvar holds " +
+             std::to_string(nfvar.size()) + " blocks, " + std::to_string(nblocks) +
+             " are to be written");
+  }
+}
+
+void write_extents(const Unit& unit, DimensionKind dimensions, integer nblocks,
+                   const ExtentViews& extents) {
+  const bool counts = dimensions == DimensionKind::one_record_with_variables;
+  if (counts && !allocate_variable_counts(nblocks)) {
+    fail_run("out of memory for the variable counts");
+  }
+  if (dimensions == DimensionKind::none) return;
+  write_dimensions(unit, dimensions, nblocks, extents, std::as_const(nfvar));
 }
 
 }  // namespace
@@ -129,6 +163,39 @@ void readrestartheader(const FileName& filename, integer iformat, logical dblpre
   kdim = std::move(extents.k);
 } catch (...) {
   end_operation("read restart file", filename);
+}
+
+void write_restart_header(const FileName& filename, integer iformat, logical dblprec,
+                          integer nblocks, const ExtentViews& extents, integer rsttype,
+                          logical multiblock) {
+  const LayoutTraits& layout = p3dgrid::traits_of(rsttype);
+  const Unit unit(unit_number::restart_write, iformat);
+  if (unit.known() && layout.writable) check_extents(filename, layout, nblocks, extents);
+  unit.open(filename, OpenStatus::unknown);
+  if (!layout.writable) {
+    message("TALVEN Writer not implimented!");
+    stop_run();
+  }
+  if (!unit.known()) return;
+  p3dgrid::HeaderValues header{.nblocks = nblocks, .nstep = nstep, .dtau = dtau};
+  if (layout.header == p3dgrid::HeaderKind::single_block) {
+    header.i = extents.i(1);
+    header.j = extents.j(1);
+    header.k = extents.k(1);
+  }
+  walk_lead(layout, unit.coding(dblprec), static_cast<bool>(multiblock), std::as_const(header),
+            [&](const recordio::WriteList& list) { unit.write(list); });
+  write_extents(unit, layout.dimensions, nblocks, extents);
+}
+
+void writerestartheader(const FileName& filename, integer iformat, logical dblprec, integer nblocks,
+                        array_view<const integer, 1> idim, array_view<const integer, 1> jdim,
+                        array_view<const integer, 1> kdim, integer rsttype,
+                        logical multiblock) try {
+  write_restart_header(filename, iformat, dblprec, nblocks, {idim, jdim, kdim}, rsttype,
+                       multiblock);
+} catch (...) {
+  end_operation("write restart file", filename);
 }
 
 }  // namespace mod_p3dgrid
