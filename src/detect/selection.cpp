@@ -78,7 +78,7 @@ void keep_maximal(std::vector<Reading>& readings, const Key& key) {
   std::erase_if(readings, [&](const Reading& reading) { return key(reading) < largest; });
 }
 
-bool usual_sections(const Reading& reading) {
+bool has_usual_sections(const Reading& reading) {
   if (reading.is_grid()) return true;
   const auto& sections = reading.restart().sections;
   return !sections || (sections->size() == 1 && sections->front().last == solution_variables);
@@ -120,7 +120,7 @@ Detection select_readings(std::vector<Reading> readings,
            reading.fit.records == 0;
   });
   keep_maximal(readings, agreement_key);
-  keep_maximal(readings, usual_sections);
+  keep_maximal(readings, has_usual_sections);
   found.nearest = std::move(readings);
   return found;
 }

@@ -43,4 +43,7 @@ struct VariableWriteStaging {
   return staging;
 }
 
+/// File-format code of temporary variable files: unformatted.
+inline constexpr integer temporary_file_format = 0;
+
 }  // namespace mod_p3dgrid

@@ -6,6 +6,7 @@
 #include "restart/flow_parameters.hpp"
 #include "restart/restart_arguments.hpp"
 #include "restart/restart_header.hpp"
+#include "restart/staging.hpp"
 #include "state/allocation.hpp"
 #include "state/host.hpp"
 #include "state/messages.hpp"
@@ -14,8 +15,6 @@
 
 namespace mod_p3dgrid {
 namespace {
-
-constexpr integer unformatted = 0;
 
 struct Combination {
   array_view<const float, 2> leadvalues;
@@ -33,7 +32,7 @@ struct Combination {
 
 /// The unit of the temporary file of a variable.
 Unit unit_of(integer variable) {
-  return {unit_number::temporary(variable), unformatted};
+  return {unit_number::temporary(variable), temporary_file_format};
 }
 
 void open_variable_file(integer variable) {

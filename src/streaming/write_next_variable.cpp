@@ -12,8 +12,6 @@
 namespace mod_p3dgrid {
 namespace {
 
-constexpr integer unformatted = 0;
-
 /// Appends "t" to the name until no file has it. A name that cannot grow is a fatal error.
 FileName free_file_name(FileName name) {
   while (file_exists(name)) {
@@ -79,7 +77,7 @@ void writenextp3dvar(integer ivar, const FileName& prefix, logical dblprec, inte
   if (dblprec) check_points(name, "blockpoints", allpoints, points);
   tmpfile(ivar) = {};
   name = free_file_name(name);
-  const Unit unit(unit_number::restart_write, unformatted);
+  const Unit unit(unit_number::restart_write, temporary_file_format);
   create(unit, ivar, name);
   if (dblprec) {
     try {
