@@ -64,8 +64,11 @@ static void install_handlers(const std::string& grid, const std::string& solutio
   p3dsetpaths([=](std::string_view name) {
     return name == "grid" ? grid : name == "solution" ? solution : out;
   });
-  p3dsetbyteorder(
-      [](std::string_view name) { return name == "out" ? std::endian::big : std::endian::native; });
+  p3dsetcoding([](std::string_view name) {
+    p3dgrid::StatedCoding coding;
+    if (name == "out") coding.byte_order = p3dgrid::ByteOrder::big;
+    return coding;
+  });
   p3dsetmessages([](std::string_view line) { std::cout << line << '\n'; });
   p3dsetrunend([](const RunEnd& end) {
     if (end.status == 0) throw Failure(1, "the two files do not belong together");

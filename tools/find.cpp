@@ -43,11 +43,11 @@ enum class With { what_is_stated, nothing };
 /// Detects one file with what the user has stated and, for advice, with nothing stated.
 class Search {
  public:
-  Search(const std::string& path, const std::vector<FormOption>& stated,
+  Search(const std::string& path, std::vector<FormOption> stated,
          std::function<Detection(With)> detect)
       : detection_(looking([&] { return detect(With::what_is_stated); })),
         path_(path),
-        stated_(stated),
+        stated_(std::move(stated)),
         detect_(std::move(detect)) {}
 
   /// Takes the only reading, or throws a Failure that says why there is none and what would help.

@@ -59,7 +59,7 @@ Grid read_grid(const std::string& path, const Found& found) {
   Grid grid;
   with_advice(
       [&] {
-        mod_p3dgrid::readp3dgrid(name_for(path, form.coding.byte_order), format_code(form.coding),
+        mod_p3dgrid::readp3dgrid(name_for(path, form.coding), format_code(form.coding),
                                  precision_flag(form.coding), grid.blocks, grid.ndim, grid.xyz,
                                  grid.idim, grid.jdim, grid.kdim, grid.iblank, form.iblank,
                                  form.multiblock);
@@ -78,7 +78,7 @@ Extents extents_of(const Grid& grid) {
 
 void write_grid(const std::string& path, const GridForm& form, const Grid& grid) {
   expect_values(form.coding, 3 * grid.points(), form.iblank ? grid.points() : 0);
-  mod_p3dgrid::writep3dgrid(name_for(path, form.coding.byte_order), format_code(form.coding),
+  mod_p3dgrid::writep3dgrid(name_for(path, form.coding), format_code(form.coding),
                             precision_flag(form.coding), grid.blocks, grid.ndim, grid.xyz,
                             grid.idim, grid.jdim, grid.kdim, grid.iblank, form.iblank,
                             form.multiblock);

@@ -81,9 +81,9 @@ std::vector<Survey> survey(const Restart& restart, Layout layout) {
     if (traits_of(layout).parameters > 0) surveys[v].name = solution_names[v];
   }
   if (!restart.triplets.allocated()) return surveys;
-  for (Survey& triplet : survey(restart.triplets, restart.extents)) {
-    triplet.label = "triplet " + triplet.label;
-    surveys.push_back(std::move(triplet));
+  for (Survey& value : survey(restart.triplets, restart.extents)) {
+    value.label = "triplet " + value.label;
+    surveys.push_back(std::move(value));
   }
   return surveys;
 }

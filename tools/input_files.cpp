@@ -67,7 +67,8 @@ void refuse_if_restart(const std::string& path, const std::string& restart_path,
   }
   const auto reading = known_beside(path, *other->extents);
   if (reading && !reading->is_grid()) {
-    refuse(path, *reading, restart_path + " is the grid: '" + usage.pair(restart_path, path) + "'");
+    const std::string& grid = restart_path;
+    refuse(path, *reading, grid + " is the grid: '" + usage.pair(grid, path) + "'");
   }
 }
 
@@ -124,10 +125,10 @@ void report_by_library(const Pair& pair) {
     // The library reuses an allocated array, even with the counts of another file.
     mod_p3dgrid::nfvar.deallocate();
     mod_p3dgrid::checkp3drstrtheader(
-        name_for(pair.grid_path, pair.grid.coding.byte_order), format_code(pair.grid.coding),
-        name_for(pair.restart_path, pair.restart.coding.byte_order),
-        format_code(pair.restart.coding), precision_flag(pair.restart.coding),
-        static_cast<integer>(pair.restart.layout), pair.grid.multiblock);
+        name_for(pair.grid_path, pair.grid.coding), format_code(pair.grid.coding),
+        name_for(pair.restart_path, pair.restart.coding), format_code(pair.restart.coding),
+        precision_flag(pair.restart.coding), static_cast<integer>(pair.restart.layout),
+        pair.grid.multiblock);
   } catch (const Halt&) {
     throw Mismatch(pair.disagreement());
   }

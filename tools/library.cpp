@@ -11,7 +11,7 @@ using mod_p3dgrid::FileName;
 
 struct NamedFile {
   std::string path;
-  ByteOrder order = ByteOrder::native;
+  Coding coding;
 };
 
 std::map<std::string, NamedFile, std::less<>>& files_by_name() {
@@ -32,9 +32,9 @@ const std::pair<const std::string, std::string>* prefix_of(std::string_view name
   return nullptr;
 }
 
-ByteOrder order_of(std::string_view name) {
+StatedCoding coding_of(std::string_view name) {
   const auto found = files_by_name().find(name);
-  return found == files_by_name().end() ? ByteOrder::native : found->second.order;
+  return found == files_by_name().end() ? StatedCoding() : stated_as(found->second.coding);
 }
 
 // Trailing blanks are padding in a library name, so a path that ends in one is not its own name.
@@ -44,17 +44,17 @@ bool can_be_a_name(const std::string& path) {
 
 bool claim(const std::string& name, const std::string& path) {
   if (!can_be_a_name(name) || prefix_of(name) != nullptr) return false;
-  return files_by_name().try_emplace(name, NamedFile{path}).first->second.path == path;
+  return files_by_name().try_emplace(name, NamedFile{path, {}}).first->second.path == path;
 }
 
 }  // namespace
 
-FileName name_for(const std::string& path, ByteOrder order) {
+FileName name_for(const std::string& path, const Coding& coding) {
   mod_p3dgrid::p3dsetpaths(path_behind);
-  mod_p3dgrid::p3dsetbyteorder(order_of);
+  mod_p3dgrid::p3dsetcoding(coding_of);
   std::string name = path;
   for (int number = 1; !claim(name, path); ++number) name = "file-" + std::to_string(number);
-  files_by_name()[name].order = order;
+  files_by_name()[name].coding = coding;
   return name;
 }
 

@@ -15,9 +15,8 @@ using mod_p3dgrid::integer;
 
 /// The name of a file for the library. A path that is too long gets a short name, which the library
 /// resolves to the path. Valid until the process ends.
-/// @param order  byte order of the file from now on; text has none
-[[nodiscard]] mod_p3dgrid::FileName name_for(const std::string& path,
-                                             ByteOrder order = ByteOrder::native);
+/// @param coding  of the file from now on
+[[nodiscard]] mod_p3dgrid::FileName name_for(const std::string& path, const Coding& coding = {});
 
 /// A short prefix for names that the library makes up; they resolve to `path_stem` with the same
 /// ending. No name from `name_for` begins with it.

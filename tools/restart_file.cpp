@@ -117,7 +117,7 @@ void read_body(const std::string& path, const RestartForm& form, Restart& restar
   mod_gridvars::readallvars = true;
   set_section_table(restart.sections, form.layout, restart.variables());
   mod_p3dgrid::readp3drestart(
-      name_for(path, form.coding.byte_order), format_code(form.coding), precision_flag(form.coding),
+      name_for(path, form.coding), format_code(form.coding), precision_flag(form.coding),
       restart.extents.blocks(), {}, restart.flow, restart.triplets, restart.extents.i,
       restart.extents.j, restart.extents.k, static_cast<integer>(form.layout), form.multiblock);
   take_run_data(restart, form.layout);
@@ -140,10 +140,9 @@ RestartHeader read_restart_header(const std::string& path, const RestartForm& fo
   allocatable<integer, 1> idim, jdim, kdim;
   try {
     const UnitCloser closer;
-    mod_p3dgrid::readrestartheader(name_for(path, form.coding.byte_order), format_code(form.coding),
-                                   precision_flag(form.coding), header.blocks,
-                                   static_cast<integer>(form.layout), form.multiblock, idim, jdim,
-                                   kdim);
+    mod_p3dgrid::readrestartheader(
+        name_for(path, form.coding), format_code(form.coding), precision_flag(form.coding),
+        header.blocks, static_cast<integer>(form.layout), form.multiblock, idim, jdim, kdim);
   } catch (const Halt&) {
     throw Unreadable(path + ": layout 0 with flow parameters cannot be read in single precision");
   }
@@ -216,7 +215,7 @@ void write_restart(const std::string& path, const RestartForm& form, const Resta
   expect_values(form.coding, restart.extents.points() * values);
   set_run_data(restart, form.layout);
   set_section_table(sections_in_blocks(restart, form.layout), form.layout, restart.variables());
-  mod_p3dgrid::writep3drestart(name_for(path, form.coding.byte_order), format_code(form.coding),
+  mod_p3dgrid::writep3drestart(name_for(path, form.coding), format_code(form.coding),
                                precision_flag(form.coding), restart.extents.blocks(),
                                restart.extents.blocks(), restart.flow, restart.triplets,
                                restart.extents.i, restart.extents.j, restart.extents.k,

@@ -92,10 +92,10 @@ std::string obstacle_to_streaming(const std::string& path, const RestartForm& re
 void RestartStream::read_variable(integer variable, integer variables) {
   mod_gridvars::readallvars = true;
   set_section_table(in_blocks_, form_.layout, variables);
-  mod_p3dgrid::readnextp3dvar(variable, name_for(path_, form_.coding.byte_order),
-                              format_code(form_.coding), precision_flag(form_.coding),
-                              extents_.blocks(), points_, values_, extents_.i, extents_.j,
-                              extents_.k, static_cast<integer>(form_.layout), form_.multiblock);
+  mod_p3dgrid::readnextp3dvar(variable, name_for(path_, form_.coding), format_code(form_.coding),
+                              precision_flag(form_.coding), extents_.blocks(), points_, values_,
+                              extents_.i, extents_.j, extents_.k,
+                              static_cast<integer>(form_.layout), form_.multiblock);
 }
 
 /// Reads one variable, and of the header what comes only with it.
@@ -149,7 +149,7 @@ void RestartStream::write(const OutputFile& output, const RestartForm& written,
   set_section_table(sections_in_blocks(restart, written.layout), written.layout,
                     restart.variables());
   output.write([&] {
-    mod_p3dgrid::combinep3dvarfiles(restart.triplets, name_for(path, written.coding.byte_order),
+    mod_p3dgrid::combinep3dvarfiles(restart.triplets, name_for(path, written.coding),
                                     format_code(written.coding), precision_flag(written.coding),
                                     blocks, blocks, extents_.i, extents_.j, extents_.k,
                                     static_cast<integer>(written.layout), written.multiblock);

@@ -2,6 +2,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "command.hpp"
 #include "console.hpp"
@@ -69,7 +70,7 @@ void write_sample(const SampleOptions& options) {
   const Restart functions = cylinder_functions(grid);
   const Grid upper = upper_half(grid);  // for layouts that hold one block
   const Restart upper_solution = cylinder_solution(upper);
-  const SampleFile files[] = {
+  const std::vector<SampleFile> files = {
       grid_file("grid.p3d", grid), grid_file("grid-iblank.p3d", grid, {.iblank = true}),
       grid_file("grid.txt", grid, {.coding = {.encoding = Encoding::formatted}}),
       restart_file("flow.q", solution, Layout::solution),

@@ -52,10 +52,11 @@ void read_coordinates(benchmark::State& state) {
 template <class Real>
 void read_foreign_coordinates(benchmark::State& state) {
   constexpr bool little = std::endian::native == std::endian::little;
-  mod_p3dgrid::p3dsetbyteorder(
-      [](std::string_view) { return little ? std::endian::big : std::endian::little; });
+  mod_p3dgrid::p3dsetcoding([](std::string_view) {
+    return p3dgrid::StatedCoding{.byte_order = little ? std::endian::big : std::endian::little};
+  });
   read_coordinates<Real, pieces::unformatted>(state);
-  mod_p3dgrid::p3dsetbyteorder({});
+  mod_p3dgrid::p3dsetcoding({});
 }
 
 BENCHMARK(read_foreign_coordinates<float>);

@@ -8,6 +8,7 @@
 
 #include "mod_p3dgrid/file_name.hpp"
 #include "mod_p3dgrid/logical.hpp"
+#include "p3dgrid/form.hpp"
 
 #pragma GCC visibility push(default)
 
@@ -47,14 +48,17 @@ void p3dsetmessages(std::function<void(std::string_view line)> sink);
 /// show the path. An empty function restores the default: the name is the path.
 void p3dsetpaths(std::function<std::string(std::string_view name)> resolver);
 
-/// Sets the byte order of unformatted and binary files: whenever the library opens a file,
-/// `chooser` receives its name without trailing blanks and returns the order of its values and
-/// record markers. Temporary variable files must have one order while they are written and
-/// combined. Text and values in memory are not affected. An empty function restores the default:
-/// the order of the machine.
+/// States what the arguments of the operations do not: the byte order of unformatted and binary
+/// files. Whenever the library opens a file, `chooser` receives its name without trailing blanks
+/// and returns what it knows of the file's coding; what it leaves out is that of the machine, and
+/// encoding and precision are ignored. Temporary variable files must have one order while they are
+/// written and combined. Text and values in memory are not affected. An empty function restores
+/// the default: nothing is stated.
 ///
-///     p3dsetbyteorder([](std::string_view) { return std::endian::big; });
-void p3dsetbyteorder(std::function<std::endian(std::string_view name)> chooser);
+///     p3dsetcoding([](std::string_view) {
+///       return p3dgrid::StatedCoding{.byte_order = p3dgrid::ByteOrder::big};
+///     });
+void p3dsetcoding(std::function<p3dgrid::StatedCoding(std::string_view name)> chooser);
 
 /// Advises the system to use huge pages (2 MiB) for arrays allocated from now on; off at the start
 /// of a run. This shortens the first access to new memory, which is most of the time of reading a

@@ -185,12 +185,16 @@ struct BasicRestartForm {
 using RestartForm = BasicRestartForm<Known>;                ///< of a restart file
 using StatedRestartForm = BasicRestartForm<std::optional>;  ///< the known members
 
-/// The form with its members replaced by those that are stated.
+/// The coding with its members replaced by those that are stated.
+[[nodiscard]] Coding applied_to(Coding coding, const StatedCoding& stated);
+/// @copydoc applied_to
 [[nodiscard]] GridForm applied_to(GridForm form, const StatedGridForm& stated);
 /// @copydoc applied_to
 [[nodiscard]] RestartForm applied_to(RestartForm form, const StatedRestartForm& stated);
 
 /// The form with all members stated.
+[[nodiscard]] StatedCoding stated_as(const Coding& coding);
+/// @copydoc stated_as
 [[nodiscard]] StatedGridForm stated_as(const GridForm& form);
 /// @copydoc stated_as
 [[nodiscard]] StatedRestartForm stated_as(const RestartForm& form);

@@ -26,10 +26,20 @@ const std::string& checked(const std::string& path) {
   throw FileError(path + ": is not a regular file, and cannot be looked into before it is read");
 }
 
+/// The answer for a coding; `check` is called for the first question only. Markers do not depend on
+/// the precision.
+template <class Check>
+bool remembered(std::vector<std::pair<Coding, bool>>& answers, Coding coding, Check check) {
+  coding.precision = {};
+  const auto known = std::ranges::find(answers, coding, &std::pair<Coding, bool>::first);
+  if (known != answers.end()) return known->second;
+  return answers.emplace_back(coding, check()).second;
+}
+
 }  // namespace
 
-Evidence::Evidence(const std::string& path)
-    : path_(path), size_(0), file_(checked(path_), marker_buffer) {
+Evidence::Evidence(std::string path)
+    : path_(std::move(path)), size_(0), file_(checked(path_), marker_buffer) {
   size_ = file_.remaining().value_or(0);
 }
 
@@ -57,12 +67,10 @@ bool Evidence::begins_with_text() {
   return *text_;
 }
 
-bool Evidence::all_records_sound(ByteOrder order) {
-  const auto known = sound_.find(order);
-  if (known != sound_.end()) return known->second;
-  const auto check = [&] {
+bool Evidence::all_records_sound(const Coding& coding) {
+  return remembered(sound_, coding, [&] {
     constexpr int most_records = 1000;
-    recordio::RecordScanner scanner = records(order);
+    recordio::RecordScanner scanner = records(coding);
     auto record = scanner.next();
     // A file of zeros looks like empty records.
     if (!record || record->length == 0) return false;
@@ -70,8 +78,7 @@ bool Evidence::all_records_sound(ByteOrder order) {
       if (!record->sound()) return false;
     }
     return true;
-  };
-  return sound_[order] = check();
+  });
 }
 
 std::int64_t Evidence::text_lines() {
@@ -107,24 +114,20 @@ IntegerSample Evidence::sample_integers(std::int64_t begin, std::int64_t count, 
 }
 
 bool Evidence::has_readable_header(const Coding& coding) {
-  const std::pair key(coding.encoding, coding.byte_order);
-  const auto known = readable_header_.find(key);
-  if (known != readable_header_.end()) return known->second;
-  const auto check = [&] {
+  return remembered(readable_header_, coding, [&] {
     constexpr std::int64_t longest_line = std::int64_t{64} * 1024;
     constexpr int most_header_records = 4;  // before the records of the blocks
     if (is_text(coding)) {
       return size_ <= longest_line || beginning(longest_line).find('\n') != std::string::npos;
     }
     if (coding.encoding == Encoding::binary) return true;
-    recordio::RecordScanner scanner = records(coding.byte_order);
+    recordio::RecordScanner scanner = records(coding);
     auto record = scanner.next();
     for (int n = 1; n < most_header_records && record && record->sound(); ++n) {
       record = scanner.next();
     }
     return !record || !record->has_many_subrecords;
-  };
-  return readable_header_[key] = check();
+  });
 }
 
 std::vector<Fit> Evidence::fit(const Coding& coding, std::span<FilePlan> plans) {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <limits>
-#include <map>
 #include <optional>
 #include <string>
 #include <system_error>
@@ -39,7 +38,7 @@ struct IntegerSample {
 class Evidence {
  public:
   /// Throws `FileError`.
-  explicit Evidence(const std::string& path);
+  explicit Evidence(std::string path);
 
   [[nodiscard]] std::int64_t size() const { return size_; }
   [[nodiscard]] std::int64_t bytes_read() const {
@@ -58,7 +57,7 @@ class Evidence {
 
   /// True if the file consists of records with matching markers and the first is not empty. At most
   /// the first 1000 records are checked.
-  [[nodiscard]] bool all_records_sound(ByteOrder order);
+  [[nodiscard]] bool all_records_sound(const Coding& coding);
 
   /// Number of lines of text that are not blank.
   [[nodiscard]] std::int64_t text_lines();
@@ -67,7 +66,9 @@ class Evidence {
   /// many sub-records, and the first line of text ends within 64 KiB.
   [[nodiscard]] bool has_readable_header(const Coding& coding);
 
-  [[nodiscard]] recordio::RecordScanner records(ByteOrder order) { return {file_, order, size_}; }
+  [[nodiscard]] recordio::RecordScanner records(const Coding& coding) {
+    return {file_, coding, size_};
+  }
   /// The integer at a byte; none beyond the end of the file.
   [[nodiscard]] std::optional<std::int32_t> integer(std::int64_t offset, ByteOrder order) {
     if (offset < 0 || offset > size_ - 4) return std::nullopt;
@@ -102,8 +103,8 @@ class Evidence {
   recordio::InputFile file_;
   std::optional<recordio::InputFile> text_file_;
   std::optional<bool> text_;
-  std::map<ByteOrder, bool> sound_;
-  std::map<std::pair<Encoding, ByteOrder>, bool> readable_header_;
+  std::vector<std::pair<Coding, bool>> sound_;
+  std::vector<std::pair<Coding, bool>> readable_header_;
   std::int64_t text_work_ = std::numeric_limits<std::int64_t>::max();
   std::optional<std::int64_t> text_lines_;
   std::optional<std::int64_t> text_values_;

@@ -6,7 +6,6 @@ namespace p3dgrid {
 namespace {
 
 using Agreement = Fit::Agreement;
-using recordio::marker_bytes;
 using recordio::ScannedRecord;
 
 constexpr std::int64_t disk_block = 512;
@@ -61,7 +60,7 @@ bool only_followed(const Fit& fit, Encoding encoding) {
 }
 
 Fit fit_of_records(Evidence& file, const Coding& coding, FilePlan& plan) {
-  recordio::RecordScanner records = file.records(coding.byte_order);
+  recordio::RecordScanner records = file.records(coding);
   std::int64_t agreeing = 0;
   std::int64_t end = 0;
   while (const auto size = plan.next()) {
@@ -74,7 +73,7 @@ Fit fit_of_records(Evidence& file, const Coding& coding, FilePlan& plan) {
     Fit fit = fit_of_record(*record, size->bytes(coding), agreeing, plan);
     if (!fit.whole()) return fit;
     if (size->kind == BodyRecordKind::flag) {
-      plan.set_flag(file.integer(record->offset + marker_bytes, coding.byte_order).value_or(0));
+      plan.set_flag(file.integer(record->payload, coding.byte_order).value_or(0));
     }
     ++agreeing;
     end = record->end;

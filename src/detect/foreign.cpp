@@ -38,7 +38,7 @@ std::int32_t wide_integer(Evidence& file, std::int64_t offset, ByteOrder order) 
 /// Whether the file begins with 64-bit block count and extents.
 bool has_wide_integers(Evidence& file, ByteOrder order) {
   constexpr std::int64_t bytes = 8;
-  recordio::RecordScanner records = file.records(order);
+  recordio::RecordScanner records = file.records({.byte_order = order});
   const auto first = records.next();
   const auto second = records.next();
   if (!first || !second || first->length != bytes) return false;
@@ -58,16 +58,16 @@ bool has_wide_markers(Evidence& file, ByteOrder order) {
 /// A solution whose record of extents ends with the numbers of variables and of species, and whose
 /// blocks begin with more than four parameters. Empty for other files.
 std::string overflow_solution(Evidence& file, const Coding& coding) {
-  recordio::RecordScanner records = file.records(coding.byte_order);
+  recordio::RecordScanner records = file.records(coding);
   auto record = records.next();
   std::int64_t blocks = 1;
   if (record && record->sound() && record->length == 4) {
-    blocks = file.integer(record->offset + marker_bytes, coding.byte_order).value_or(0);
+    blocks = file.integer(record->payload, coding.byte_order).value_or(0);
     record = records.next();
   }
   if (!record || !record->sound() || blocks < 1 || record->length != 12 * blocks + 8) return "";
   const std::int64_t numbers = record->end - marker_bytes - 8;
-  const std::int64_t begin = record->offset + marker_bytes;
+  const std::int64_t begin = record->payload;
   const auto at = [&](std::int64_t offset) -> std::int64_t {
     return file.integer(offset, coding.byte_order).value_or(-1);
   };

@@ -60,7 +60,7 @@ std::string impossible_extents(Evidence& file, const recordio::ScannedRecord& re
 /// Describes damage after the record of the block count.
 std::string behind_count(Evidence& file, ByteOrder order) {
   constexpr const char* asked = " are expected for the extents of ";
-  recordio::RecordScanner records = file.records(order);
+  recordio::RecordScanner records = file.records({.byte_order = order});
   static_cast<void>(records.next());
   const auto blocks = file.integer(marker_bytes, order).value_or(0);
   if (blocks < 1 || blocks > file.size()) return "";

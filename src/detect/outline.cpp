@@ -23,8 +23,7 @@ class HeaderReader {
 
   void operator()(const recordio::ReadList& list) {
     sizes.add(list, real_kind(coding_));
-    recordio::read_record(file_, coding_.encoding, coding_.byte_order, list,
-                          recordio::RestOfRecord::skipped, lines_);
+    recordio::read_record(file_, coding_, list, recordio::RestOfRecord::skipped, lines_);
   }
 
   /// Runs a walk over header records; false if the file holds other records.

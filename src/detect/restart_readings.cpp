@@ -23,7 +23,7 @@ std::vector<RestartForm> forms_of(const LayoutTraits& layout, const Coding& codi
 /// markers any file would be, so its layout must be stated.
 bool may_go_unchecked(Evidence& file, const RestartForm& form, bool stated) {
   if (form.coding.encoding != Encoding::unformatted) return stated;
-  return file.all_records_sound(form.coding.byte_order);
+  return file.all_records_sound(form.coding);
 }
 
 /// Whether blocks can begin with a leading record. Layout 100 in single-precision records is

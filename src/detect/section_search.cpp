@@ -106,7 +106,7 @@ std::vector<Sections> sections_in_records(const SectionSearch& search) {
   const auto& functions = search.outline.functions;
   if (block == extents.i.size() || differ(functions)) return {};
   std::vector<recordio::ScannedRecord> records;
-  recordio::RecordScanner scanner = search.file.records(search.form.coding.byte_order);
+  recordio::RecordScanner scanner = search.file.records(search.form.coding);
   std::vector<Sections> tables;
   for (std::size_t count = 1; count <= most_sections; ++count) {
     const std::size_t leading = traits_of(search.form.layout).parameters > 0 ? 1 : 0;

@@ -85,6 +85,10 @@ const char* name_of(bool choice) {
   return choice ? "yes" : "no";
 }
 
+Coding applied_to(Coding coding, const StatedCoding& stated) {
+  return with(coding, stated);
+}
+
 GridForm applied_to(GridForm form, const StatedGridForm& stated) {
   return with(form, stated);
 }
@@ -95,6 +99,10 @@ RestartForm applied_to(RestartForm form, const StatedRestartForm& stated) {
 
 StatedGridForm stated_as(const GridForm& form) {
   return all_of<StatedGridForm>(form);
+}
+
+StatedCoding stated_as(const Coding& coding) {
+  return all_of<StatedCoding>(coding);
 }
 
 StatedRestartForm stated_as(const RestartForm& form) {

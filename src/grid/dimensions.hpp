@@ -20,7 +20,7 @@ struct ExtentArrays {
   allocatable<integer, 1> i, j, k;
 
   [[nodiscard]] ExtentTargets targets() { return {&i, &j, &k}; }
-  [[nodiscard]] ExtentViews views() const { return {i, j, k}; }
+  [[nodiscard]] BlockExtents of(integer block) const { return {i(block), j(block), k(block)}; }
 };
 
 /// Allocates an entry per block in the extents and in `others`. Sets the extents to 0, so that

@@ -23,17 +23,17 @@ constexpr std::int64_t most_truncation = 16;
 
 }  // namespace
 
-void read_record(InputFile& file, Encoding encoding, std::endian order, const ReadList& list,
-                 RestOfRecord rest, std::int64_t& lines) {
-  switch (encoding) {
+void read_record(InputFile& file, const Coding& coding, const ReadList& list, RestOfRecord rest,
+                 std::int64_t& lines) {
+  switch (coding.encoding) {
     case Encoding::unformatted: {
-      UnformattedRecordReader record(file, order);
-      for (const auto& entry : list) read_values(record, order, entry);
+      UnformattedRecordReader record(file, coding);
+      for (const auto& entry : list) read_values(record, coding.byte_order, entry);
       if (rest == RestOfRecord::refused) record.expect_end();
       return record.finish();
     }
     case Encoding::binary:
-      for (const auto& entry : list) read_values(file, order, entry);
+      for (const auto& entry : list) read_values(file, coding.byte_order, entry);
       return;
     case Encoding::formatted: {
       ListReader reader(file, lines);
@@ -43,10 +43,10 @@ void read_record(InputFile& file, Encoding encoding, std::endian order, const Re
   }
 }
 
-Connection::Connection(std::string path, Encoding encoding, OpenStatus status, std::endian order)
-    : path_(std::move(path)), encoding_(encoding), order_(order) {
+Connection::Connection(std::string path, const Coding& coding, OpenStatus status)
+    : path_(std::move(path)), coding_(coding) {
   if (status == OpenStatus::old) {
-    file_.emplace<InputFile>(path_, is_text() ? text_buffer_size : byte_buffer_size);
+    file_.emplace<InputFile>(path_, is_text(coding_) ? text_buffer_size : byte_buffer_size);
   } else {
     file_.emplace<OutputFile>(path_,
                               status == OpenStatus::fresh ? Creation::fresh : Creation::replace);
@@ -67,7 +67,7 @@ OutputFile& Connection::begin_write() {
 void Connection::read(const ReadList& list, RestOfRecord rest) {
   InputFile& file = input_or_error();
   ++record_;
-  read_record(file, encoding_, order_, list, rest, lines_);
+  read_record(file, coding_, list, rest, lines_);
 }
 
 void Connection::expect_end() {
@@ -80,14 +80,14 @@ void Connection::expect_end() {
 void Connection::write(const WriteList& list) {
   OutputFile& file = begin_write();
   ++record_;
-  switch (encoding_) {
+  switch (coding_.encoding) {
     case Encoding::unformatted: {
-      UnformattedRecordWriter record(file, order_, bytes_of(list));
-      for (const auto& entry : list) write_values(record, order_, entry);
+      UnformattedRecordWriter record(file, coding_, bytes_of(list));
+      for (const auto& entry : list) write_values(record, coding_.byte_order, entry);
       return record.finish();
     }
     case Encoding::binary:
-      for (const auto& entry : list) write_values(file, order_, entry);
+      for (const auto& entry : list) write_values(file, coding_.byte_order, entry);
       return;
     case Encoding::formatted: {
       ListWriter writer(file);
@@ -117,7 +117,7 @@ bool Connection::can_hold(std::int64_t values, FileKind kind, Claim claim) const
   const bool in_part = claim == Claim::may_be_truncated;
   if (!remaining || (in_part && values <= trusted_bytes / bytes_of(kind))) return true;
   const std::int64_t needed = in_part ? values / most_truncation : values;
-  if (!is_text()) return needed <= *remaining / bytes_of(kind);
+  if (!is_text(coding_)) return needed <= *remaining / bytes_of(kind);
   if (needed <= *remaining) return true;
   // With repeat counts a record of text can hold more values than bytes.
   return claim != Claim::records && file->may_hold_values(needed);

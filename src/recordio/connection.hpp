@@ -14,6 +14,7 @@
 
 namespace mod_p3dgrid::recordio {
 
+using p3dgrid::Coding;
 using p3dgrid::Encoding;
 
 /// How `Unit::open` treats the file.
@@ -34,17 +35,15 @@ enum class Claim : std::uint8_t {
 enum class RestOfRecord : std::uint8_t { skipped, refused };
 
 /// Reads one record of a file. Throws `ReadError`.
-/// @param order  byte order of the values and markers in the file; text has none
 /// @param lines  number of lines of text before the record; updated
-void read_record(InputFile& file, Encoding encoding, std::endian order, const ReadList& list,
-                 RestOfRecord rest, std::int64_t& lines);
+void read_record(InputFile& file, const Coding& coding, const ReadList& list, RestOfRecord rest,
+                 std::int64_t& lines);
 
 /// A file connected to a unit: reads and writes record lists in the encoding of the file.
 class Connection {
  public:
   /// Opens the file. Throws `SystemError`.
-  /// @param order  byte order of the values and markers in the file; text has none
-  Connection(std::string path, Encoding encoding, OpenStatus status, std::endian order);
+  Connection(std::string path, const Coding& coding, OpenStatus status);
 
   /// Reads one record. Throws `ReadError`.
   void read(const ReadList& list, RestOfRecord rest);
@@ -75,16 +74,14 @@ class Connection {
   [[nodiscard]] std::int64_t record() const { return record_; }
   [[nodiscard]] std::int64_t offset() const;
   /// Current line of a text file, from 1; 0 for other files.
-  [[nodiscard]] std::int64_t line() const { return is_text() ? lines_ + 1 : 0; }
+  [[nodiscard]] std::int64_t line() const { return is_text(coding_) ? lines_ + 1 : 0; }
 
  private:
-  [[nodiscard]] bool is_text() const { return encoding_ == Encoding::formatted; }
   [[nodiscard]] InputFile& input_or_error();
   [[nodiscard]] OutputFile& begin_write();
 
   std::string path_;
-  Encoding encoding_;
-  std::endian order_;
+  Coding coding_;
   std::variant<std::monostate, InputFile, OutputFile> file_;
   std::int64_t record_ = 0;  ///< records begun
   std::int64_t lines_ = 0;   ///< lines read

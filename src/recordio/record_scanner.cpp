@@ -28,7 +28,7 @@ std::optional<std::int32_t> integer_at(InputFile& file, std::int64_t offset, std
 
 std::optional<ScannedRecord> RecordScanner::next() {
   if (at_ >= size_) return std::nullopt;
-  ScannedRecord record{.offset = at_, .end = at_};
+  ScannedRecord record{.offset = at_, .payload = at_ + marker_bytes, .end = at_};
   int subrecords = 0;
   while (take_subrecord(record, subrecords == 0)) {
     if (++subrecords < most_subrecords) continue;
@@ -44,7 +44,7 @@ std::optional<ScannedRecord> RecordScanner::next() {
 /// Scans one sub-record with its two markers; true if another follows.
 bool RecordScanner::take_subrecord(ScannedRecord& record, bool first) {
   const std::int64_t begin = record.end;
-  const auto head = integer_at(file_, begin, order_);
+  const auto head = integer_at(file_, begin, coding_.byte_order);
   if (!head) {
     record.state = ScannedRecord::State::cut;
     record.what = "the file ends inside the marker at byte " + std::to_string(begin);
@@ -54,7 +54,7 @@ bool RecordScanner::take_subrecord(ScannedRecord& record, bool first) {
   record.length += length;
   const std::int64_t behind = begin + marker_bytes + length;
   const auto tail =
-      behind <= size_ - marker_bytes ? integer_at(file_, behind, order_) : std::nullopt;
+      behind <= size_ - marker_bytes ? integer_at(file_, behind, coding_.byte_order) : std::nullopt;
   if (!tail) {
     record.state = ScannedRecord::State::cut;
     record.what = "its marker at byte " + std::to_string(begin) + " announces " +

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "p3dgrid/form.hpp"
 #include "recordio/input_file.hpp"
 #include "recordio/unformatted_record.hpp"
 
@@ -20,9 +21,10 @@ struct ScannedRecord {
     broken,  ///< the two markers of a sub-record differ, or it has too many sub-records
   };
 
-  std::int64_t offset = 0;  ///< of its first marker
-  std::int64_t end = 0;     ///< offset of the next record, if it is sound
-  std::int64_t length = 0;  ///< of its payload, by the markers before its sub-records
+  std::int64_t offset = 0;   ///< of its first marker
+  std::int64_t payload = 0;  ///< of its first byte behind that marker
+  std::int64_t end = 0;      ///< offset of the next record, if it is sound
+  std::int64_t length = 0;   ///< of its payload, by the markers before its sub-records
   State state = State::sound;
   bool has_many_subrecords = false;  ///< more than the scanner follows
   std::string what = {};             ///< the damage as part of a sentence, unless it is sound
@@ -36,8 +38,8 @@ class RecordScanner {
  public:
   /// @param file  shared: each user must seek before it reads
   /// @param size  length of the file in bytes
-  RecordScanner(InputFile& file, std::endian order, std::int64_t size)
-      : file_(file), order_(order), size_(size) {}
+  RecordScanner(InputFile& file, const p3dgrid::Coding& coding, std::int64_t size)
+      : file_(file), coding_(coding), size_(size) {}
 
   /// The next record; none at the end of the file and after a record that is not sound.
   [[nodiscard]] std::optional<ScannedRecord> next();
@@ -46,7 +48,7 @@ class RecordScanner {
   bool take_subrecord(ScannedRecord& record, bool first);
 
   InputFile& file_;
-  std::endian order_;
+  p3dgrid::Coding coding_;
   std::int64_t size_;
   std::int64_t at_ = 0;
 };

@@ -23,8 +23,8 @@ void set_subrecord_limit(std::int64_t new_limit) {
   limit = std::clamp<std::int64_t>(new_limit, 1, default_subrecord_limit);
 }
 
-UnformattedRecordReader::UnformattedRecordReader(InputFile& file, std::endian order)
-    : file_(file), order_(order) {
+UnformattedRecordReader::UnformattedRecordReader(InputFile& file, const p3dgrid::Coding& coding)
+    : file_(file), coding_(coding) {
   if (file_.at_end()) {
     throw ReadError{status_end_of_file, file_.offset(), "the end of the file", "a record"};
   }
@@ -34,7 +34,7 @@ UnformattedRecordReader::UnformattedRecordReader(InputFile& file, std::endian or
 Marker UnformattedRecordReader::read_marker() {
   Marker marker;
   file_.read(&marker, sizeof marker);
-  if (needs_swap(order_)) swap_bytes(&marker, 1);
+  if (needs_swap(coding_.byte_order)) swap_bytes(&marker, 1);
   return marker;
 }
 
@@ -113,14 +113,14 @@ void UnformattedRecordReader::finish() {
   end_subrecord();
 }
 
-UnformattedRecordWriter::UnformattedRecordWriter(OutputFile& file, std::endian order,
+UnformattedRecordWriter::UnformattedRecordWriter(OutputFile& file, const p3dgrid::Coding& coding,
                                                  std::int64_t payload)
-    : file_(file), order_(order), payload_left_(payload) {
+    : file_(file), coding_(coding), payload_left_(payload) {
   begin_subrecord();
 }
 
 void UnformattedRecordWriter::write_marker(Marker marker) {
-  if (needs_swap(order_)) swap_bytes(&marker, 1);
+  if (needs_swap(coding_.byte_order)) swap_bytes(&marker, 1);
   file_.write(&marker, sizeof marker);
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <bit>
 #include <cstdint>
 
+#include "p3dgrid/form.hpp"
 #include "recordio/input_file.hpp"
 #include "recordio/output_file.hpp"
 
@@ -26,8 +26,7 @@ void set_subrecord_limit(std::int64_t limit);
 class UnformattedRecordReader {
  public:
   /// Reads the first marker.
-  /// @param order  byte order of the markers
-  UnformattedRecordReader(InputFile& file, std::endian order);
+  UnformattedRecordReader(InputFile& file, const p3dgrid::Coding& coding);
 
   /// Copies payload bytes. If the record or the file holds fewer, copies those and throws
   /// `ReadError`.
@@ -68,7 +67,7 @@ class UnformattedRecordReader {
   [[nodiscard]] std::int64_t subrecord_left() const { return subrecord_end_ - file_.offset(); }
 
   InputFile& file_;
-  std::endian order_;
+  const p3dgrid::Coding& coding_;
   std::int64_t payload_ = 0;  ///< bytes of the sub-records begun so far
   std::int64_t subrecord_length_ = 0;
   std::int64_t subrecord_end_ = 0;  ///< offset of the marker after it
@@ -80,8 +79,7 @@ class UnformattedRecordReader {
 class UnformattedRecordWriter {
  public:
   /// Writes the first marker.
-  /// @param order  byte order of the markers
-  UnformattedRecordWriter(OutputFile& file, std::endian order, std::int64_t payload);
+  UnformattedRecordWriter(OutputFile& file, const p3dgrid::Coding& coding, std::int64_t payload);
 
   void write(const void* source, std::int64_t bytes);
 
@@ -109,7 +107,7 @@ class UnformattedRecordWriter {
   void write_marker(Marker marker);
 
   OutputFile& file_;
-  std::endian order_;
+  const p3dgrid::Coding& coding_;
   std::int64_t payload_left_;  ///< of sub-records not begun yet
   std::int64_t subrecord_length_ = 0;
   std::int64_t subrecord_left_ = 0;

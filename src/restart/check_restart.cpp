@@ -26,7 +26,7 @@ void report_block_counts(integer ngrid, integer nrst) {
 
 /// Extents of a block; 0 for a block that the file does not have.
 BlockExtents extents_of(const ExtentArrays& all, integer block) {
-  return block > all.i.size() ? BlockExtents{} : all.views().of(block);
+  return block > all.i.size() ? BlockExtents{} : all.of(block);
 }
 
 std::string columns(const BlockExtents& extents) {

@@ -140,7 +140,7 @@ void read_restart_header(const FileName& filename, integer iformat, logical dblp
 
 void require_plausible_extents(const Unit& unit, const ExtentArrays& extents) {
   for (integer b = 1; b <= extents.i.size(); ++b) {
-    const BlockExtents of_block = extents.views().of(b);
+    const BlockExtents of_block = extents.of(b);
     if (!points_of_block(of_block)) fail_on_extents(unit, b, of_block);
   }
 }

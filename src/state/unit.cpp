@@ -31,12 +31,11 @@ void close_at_exit();
 
 /// All connected units. Never destroyed, because it is used at exit.
 Connections& connections() {
-  static Connections& all = []() -> Connections& {
-    auto& table = *new Connections;
+  static auto* const all = [] {
     std::atexit(close_at_exit);
-    return table;
+    return new Connections;
   }();
-  return all;
+  return *all;
 }
 
 /// Flushes and closes open units in the order of their numbers. Failures are printed on standard
@@ -88,14 +87,17 @@ std::function<std::string(std::string_view)>& path_resolver() {
   return resolver;
 }
 
-std::function<std::endian(std::string_view)>& byte_order_chooser() {
-  static auto& chooser = *new std::function<std::endian(std::string_view)>;
+std::function<p3dgrid::StatedCoding(std::string_view)>& coding_chooser() {
+  static auto& chooser = *new std::function<p3dgrid::StatedCoding(std::string_view)>;
   return chooser;
 }
 
-std::endian byte_order_of(const FileName& name) {
-  const auto chooser = byte_order_chooser();
-  return chooser ? host::call(chooser, name.view()) : std::endian::native;
+/// The coding of a file whose encoding an operation's caller has given.
+p3dgrid::Coding coding_of(const FileName& name, Encoding encoding) {
+  p3dgrid::StatedCoding stated;
+  if (const auto chooser = coding_chooser()) stated = host::call(chooser, name.view());
+  stated.encoding = encoding;
+  return p3dgrid::applied_to({}, stated);
 }
 
 bool whole_records = false;
@@ -144,10 +146,9 @@ void Unit::open(const FileName& name, OpenStatus status) const {
   if (!known()) return;
   close();
   const std::string path = path_of(name);
-  const std::endian order = byte_order_of(name);
-  on_file(path, [&] {
-    connections()[number_] = std::make_unique<Connection>(path, *encoding_, status, order);
-  });
+  const p3dgrid::Coding coding = coding_of(name, *encoding_);
+  on_file(path,
+          [&] { connections()[number_] = std::make_unique<Connection>(path, coding, status); });
 }
 
 template <class Action>
@@ -229,7 +230,7 @@ void Unit::fail(std::string found, std::string expected) const {
 void end_operation(const char* doing, const FileName& file) {
   try {
     try {
-      throw;
+      throw;  // cppcheck-suppress rethrowNoCurrentException ; the caller handles one
     } catch (const FailedRead&) {
       host::dispfilereaderror();
     }
@@ -284,8 +285,8 @@ void p3dsetpaths(std::function<std::string(std::string_view name)> resolver) {
   path_resolver() = std::move(resolver);
 }
 
-void p3dsetbyteorder(std::function<std::endian(std::string_view name)> chooser) {
-  byte_order_chooser() = std::move(chooser);
+void p3dsetcoding(std::function<p3dgrid::StatedCoding(std::string_view name)> chooser) {
+  coding_chooser() = std::move(chooser);
 }
 
 void p3dsetwholerecords(bool wanted) {

@@ -145,9 +145,10 @@ TEST_F(Detects, FilesOfTheOtherByteOrder) {
     write_file("grid", HandMadeGrid(form).bytes(true));
     test_support::Grid grid;
     grid.read("grid", form);
-    mod_p3dgrid::p3dsetbyteorder([](std::string_view) { return other; });
+    const StatedCoding swapped{.byte_order = other};
+    mod_p3dgrid::p3dsetcoding([swapped](std::string_view) { return swapped; });
     grid.write("other", form);
-    mod_p3dgrid::p3dsetbyteorder({});
+    mod_p3dgrid::p3dsetcoding({});
     GridForm expected = form_of(form);
     expected.coding.byte_order = other;
     const Detection found = detect_grid("other");
@@ -162,11 +163,12 @@ void expect_readable(const std::string& name, const Detection& found) {
   const Reading& reading = found.fitting.front();
   if (!reading.checked || !reading.fit.whole() || !reading.unreadable.empty()) return;
   const GridForm& form = reading.grid();
-  mod_p3dgrid::p3dsetbyteorder([&](std::string_view) { return form.coding.byte_order; });
+  mod_p3dgrid::p3dsetcoding(
+      [&](std::string_view) { return StatedCoding{.byte_order = form.coding.byte_order}; });
   test_support::Grid grid;
   grid.read(name.c_str(), {static_cast<int>(form.coding.encoding), holds_doubles(form.coding),
                            form.multiblock, form.iblank});
-  mod_p3dgrid::p3dsetbyteorder({});
+  mod_p3dgrid::p3dsetcoding({});
   EXPECT_EQ(test_support::count_calls("dispfilereaderror"), 0)
       << describe(reading) << ": " << mod_p3dgrid::p3dlastfailure().describe();
   EXPECT_EQ(grid.nblocks, reading.extents->blocks());

@@ -227,7 +227,8 @@ void read_restart(const Form& form, const Extents& extents, const char* sections
 }  // namespace
 
 int main(int argc, char** argv) {
-  p3dsetbyteorder([](std::string_view) { return std::endian::little; });
+  p3dsetcoding(
+      [](std::string_view) { return p3dgrid::StatedCoding{.byte_order = std::endian::little}; });
   p3dsetmessages([](std::string_view) {});
   const std::string command = argc > 1 ? argv[1] : "";
   const auto is = [&](const char* name, int words) { return command == name && argc == 2 + words; };

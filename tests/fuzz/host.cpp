@@ -142,8 +142,9 @@ void begin_run(const Options& options) {
   p3dsetrunend([](const RunEnd& end) { throw RunEnded{end}; });
   p3dsetpaths([](std::string_view name) { return scratch_path(name); });
   const bool turned = has(options, other_byte_order);
-  p3dsetbyteorder(
-      [turned](std::string_view) { return turned ? other_order : std::endian::native; });
+  p3dsetcoding([turned](std::string_view) {
+    return p3dgrid::StatedCoding{.byte_order = turned ? other_order : std::endian::native};
+  });
   p3dsetmessages([](std::string_view line) {
     ++message_lines;
     require(line.empty() || line.front() == ' ', "a message begins with a blank");

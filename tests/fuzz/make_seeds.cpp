@@ -50,7 +50,8 @@ Options options_of(const GridForm& form) {
 
 /// Files written and read from now on have the other byte order. `begin_run` turns it back.
 void turn_byte_order() {
-  p3dsetbyteorder([](std::string_view) { return std::endian::big; });
+  p3dsetcoding(
+      [](std::string_view) { return p3dgrid::StatedCoding{.byte_order = std::endian::big}; });
 }
 
 /// A grid in the form, as the module writes it.

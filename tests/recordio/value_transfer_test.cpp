@@ -180,7 +180,7 @@ TEST_P(LinesOfArrays, ArePutTogetherInTheFile) {
   const integer iformat = std::get<0>(GetParam());
   const std::endian order = std::get<1>(GetParam());
   const Unit unit(13, iformat);
-  p3dsetbyteorder([order](std::string_view) { return order; });
+  p3dsetcoding([order](std::string_view) { return p3dgrid::StatedCoding{.byte_order = order}; });
   for (const Shape& shape : shapes(iformat, order)) {
     expect_written_and_read<float>(unit, shape);
     expect_written_and_read<double>(unit, shape);
@@ -236,7 +236,7 @@ class PartsOfLines : public LinesOfArrays {
   const std::endian order = std::get<1>(GetParam());
 
   void SetUp() override {
-    p3dsetbyteorder([this](std::string_view) { return order; });
+    p3dsetcoding([this](std::string_view) { return p3dgrid::StatedCoding{.byte_order = order}; });
   }
 
   [[nodiscard]] std::vector<Shape> some_shapes() const {
@@ -460,7 +460,7 @@ class ForeignByteOrder : public test_support::InScratchFolder {
 };
 
 TEST_F(ForeignByteOrder, TurnsMarkersAndValuesAround) {
-  p3dsetbyteorder([](std::string_view) { return foreign; });
+  p3dsetcoding([](std::string_view) { return p3dgrid::StatedCoding{.byte_order = foreign}; });
   const integer number = 0x01020304;
   const double real = 1.5;
   unit.open("file", OpenStatus::unknown);
@@ -480,9 +480,9 @@ TEST_F(ForeignByteOrder, TurnsMarkersAndValuesAround) {
 
 TEST_F(ForeignByteOrder, IsAskedForByNameAtEachOpen) {
   std::vector<std::string> asked;
-  p3dsetbyteorder([&](std::string_view name) {
+  p3dsetcoding([&](std::string_view name) {
     asked.emplace_back(name);
-    return name == "other" ? foreign : std::endian::native;
+    return p3dgrid::StatedCoding{.byte_order = name == "other" ? foreign : std::endian::native};
   });
   const integer number = 1;
   for (const char* name : {"file", "other"}) {
@@ -497,8 +497,8 @@ TEST_F(ForeignByteOrder, IsAskedForByNameAtEachOpen) {
 }
 
 TEST_F(ForeignByteOrder, EndsWithTheFunction) {
-  p3dsetbyteorder([](std::string_view) { return foreign; });
-  p3dsetbyteorder({});
+  p3dsetcoding([](std::string_view) { return p3dgrid::StatedCoding{.byte_order = foreign}; });
+  p3dsetcoding({});
   const integer number = 1;
   unit.open("file", OpenStatus::unknown);
   unit.write({scalar(number)});
@@ -507,7 +507,7 @@ TEST_F(ForeignByteOrder, EndsWithTheFunction) {
 }
 
 TEST_F(ForeignByteOrder, HasNoMeaningForText) {
-  p3dsetbyteorder([](std::string_view) { return foreign; });
+  p3dsetcoding([](std::string_view) { return p3dgrid::StatedCoding{.byte_order = foreign}; });
   const Unit text(13, 1);
   const integer number = 258;
   text.open("file", OpenStatus::unknown);

@@ -56,7 +56,7 @@ void begin_run() {
     messages.emplace_back(line);
   });
   p3dsetpaths({});
-  p3dsetbyteorder({});
+  p3dsetcoding({});
   p3dsethugepages(false);
   p3dsetwholerecords(false);
   p3dclearfailure();

@@ -100,7 +100,9 @@ std::string Ticks::label(double value) const {
   std::string text = buffer;
   if (!plain) {  // "1.5e+06" becomes "1.5e6"
     const std::size_t exponent = text.find('e') + 1;
-    text.replace(exponent, std::string::npos, std::to_string(std::stoi(text.substr(exponent))));
+    const int power = std::stoi(text.substr(exponent));
+    text.erase(exponent);
+    text += std::to_string(power);
   }
   return with_minus_sign(text);
 }
