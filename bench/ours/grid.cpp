@@ -23,32 +23,35 @@ Outcome nothing(const Request&) {
   return {};
 }
 
-Outcome read_grid(const Request& request) {
+/// The results of reading `input`.
+struct InputGrid {
   integer nblocks = 0;
   integer ndim = 0;
   allocatable<float, 2> xyz;
   allocatable<integer, 1> idim, jdim, kdim, iblank;
-  const double seconds = timed([&] {
+
+  void read(const Request& request) {
     readp3dgrid("input", form_code(request), is_double(request), nblocks, ndim, xyz, idim, jdim,
                 kdim, iblank, false, true);
-  });
-  return {seconds, bit_sum(xyz.span())};
+  }
+};
+
+Outcome read_grid(const Request& request) {
+  InputGrid grid;
+  const double seconds = timed([&] { grid.read(request); });
+  return {seconds, bit_sum(grid.xyz.span())};
 }
 
 /// Reads `input`, writes it to `output` in unformatted form and flushes that to the disk.
 Outcome convert_grid(const Request& request) {
-  integer nblocks = 0;
-  integer ndim = 0;
-  allocatable<float, 2> xyz;
-  allocatable<integer, 1> idim, jdim, kdim, iblank;
+  InputGrid grid;
   const double seconds = timed([&] {
-    readp3dgrid("input", form_code(request), is_double(request), nblocks, ndim, xyz, idim, jdim,
-                kdim, iblank, false, true);
-    writep3dgrid("output", unformatted, false, nblocks, ndim, xyz, idim, jdim, kdim, {}, false,
-                 true);
+    grid.read(request);
+    writep3dgrid("output", unformatted, false, grid.nblocks, grid.ndim, grid.xyz, grid.idim,
+                 grid.jdim, grid.kdim, {}, false, true);
     flush_to_disk(request.output);
   });
-  return {seconds, bit_sum(xyz.span())};
+  return {seconds, bit_sum(grid.xyz.span())};
 }
 
 Outcome write_grid(const Request& request) {

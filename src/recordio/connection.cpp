@@ -17,8 +17,8 @@ constexpr std::size_t byte_buffer_size = std::size_t{64} * 1024;
 /// is read into is never touched and costs only address space.
 constexpr std::int64_t trusted_bytes = std::int64_t{1024} * 1024 * 1024;
 
-/// A truncated file is read as far as it goes if at least one part in this many is left. With less
-/// its header counts as damaged, and nothing is allocated for it.
+/// A truncated file must hold at least 1/16 of the values that its header announces. With fewer the
+/// header counts as damaged, and nothing is allocated.
 constexpr std::int64_t most_truncation = 16;
 
 }  // namespace
