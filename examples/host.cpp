@@ -12,7 +12,7 @@
 #include <iostream>
 #include <stdexcept>
 
-/// What makes this host give up, with its exit status: 1 for a bad file, 2 for anything else.
+/// An error that ends this host, with its exit status: 1 for a bad file, 2 for anything else.
 struct Failure : std::runtime_error {
   Failure(int with_status, const std::string& what)
       : std::runtime_error(what), status(with_status) {}
@@ -92,7 +92,7 @@ static void convert() {
   p3dcloseunit(restart_write_unit);  // only now is the file complete
 }
 
-/// A failed operation leaves its units open. Closing one may fail again; that is no news.
+/// A failed operation leaves its units open. Closing one may fail again; that is ignored.
 static void clean_up(const std::string& unfinished) {
   try {
     p3dcloseunit(restart_write_unit);

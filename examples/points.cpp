@@ -1,5 +1,5 @@
-/// Reads grids and says how many points each holds. Its host's part is the minimal one, which goes
-/// on after a failed read: whether one has failed is asked of the library.
+/// Reads grids and prints how many points each holds. It links `gridvars_minimal`, which continues
+/// after a failed read, so it checks `p3dlastfailure` after each one.
 ///
 ///     points GRID...
 ///

@@ -103,8 +103,8 @@ void describe_program(CLI::App& program) {
                            "Print the version and exit");
   program.require_subcommand(0, 1);  // the message for none at all is our own
   program.footer(
-      "Exit status: 0 done, 1 a file is damaged or not what it was said to be,\n"
-      "2 wrong usage, a file that can be more than one thing, or one that cannot be opened or\n"
+      "Exit status: 0 done, 1 a file is damaged or not what the options say,\n"
+      "2 wrong usage, a file that matches several forms, or one that cannot be opened or\n"
       "written.\n\n"
       "Examples:\n"
       "  p3dgrid sample demo\n"

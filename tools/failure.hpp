@@ -8,7 +8,7 @@ namespace p3dgrid::tool {
 
 enum class ExitStatus {
   done = 0,
-  mismatch = 1,  ///< a file is damaged, or is not what it was said to be
+  mismatch = 1,  ///< a file is damaged, or is not what was stated
   unusable = 2,  ///< wrong usage, or a file that cannot be opened or written
 };
 
@@ -26,7 +26,7 @@ class Failure : public std::runtime_error {
   ExitStatus status_;
 };
 
-/// A file is damaged, or is not what it was said to be.
+/// A file is damaged, or is not what was stated.
 class Mismatch : public Failure {
  public:
   explicit Mismatch(const std::string& message, const std::string& more = {})

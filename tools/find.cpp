@@ -26,7 +26,7 @@ auto looking(const Look& look) {
   }
 }
 
-/// What the user has said, with the extents if the file shows them.
+/// The form that the user has stated, with the extents if they are in the file.
 template <class Form>
 Found as_stated(const std::string& path, const Form& form) {
   Found found{.reading = {.form = form, .checked = false}, .reason = "as stated", .stated = true};
@@ -136,7 +136,7 @@ class Search {
   [[noreturn]] void refuse_to_guess() const {
     const bool checked = detection_.fitting.front().checked;
     throw Unusable(
-        path_ + (checked ? ": can be more than one thing, say which by the options behind it:"
+        path_ + (checked ? ": matches several forms; select one with the options after it:"
                          : ": holds no extents, and --grid GRID would tell by those of its "
                            "grid which it is:"),
         named(detection_.fitting));

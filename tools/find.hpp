@@ -20,16 +20,16 @@ struct Found {
   [[nodiscard]] const RestartForm& restart() const { return reading.restart(); }
 };
 
-/// What to compare with the file.
+/// When to compare the file with its form.
 enum class Look {
-  where_needed,  ///< nothing, if the whole form has been stated
-  everywhere,    ///< what has been stated too
+  where_needed,  ///< unless the whole form has been stated
+  everywhere,    ///< always
 };
 
-/// Finds out the members of a grid file's form that have not been stated. Throws a Failure that
-/// names the file: an Unreadable where it is damaged or is not what has been stated, with what
-/// contradicts it and the options that would help; with `ExitStatus::unusable` where several
-/// readings fit, with all of them and their options.
+/// Detects the members of a grid file's form that have not been stated. Throws an Unreadable for a
+/// file that is damaged or contradicts what was stated; it names the contradiction and the options
+/// that would help. If several readings fit, throws a Failure with `ExitStatus::unusable`
+/// that lists them with their options.
 [[nodiscard]] Found find_grid(const std::string& path, const StatedGridForm& stated,
                               Look look = Look::where_needed);
 

@@ -12,7 +12,7 @@
 namespace p3dgrid::tool {
 namespace {
 
-/// The reading that a search finds, if there is no doubt about it.
+/// The reading that a search finds, if it is the only one and agrees with the whole file.
 template <class Find>
 std::optional<Reading> certain(const Find& find) {
   try {

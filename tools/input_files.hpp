@@ -21,7 +21,7 @@ struct AnyFile {
 /// for both are wrong usage.
 [[nodiscard]] Found find_file(const AnyFile& file, Look look = Look::where_needed);
 
-/// How a command that takes a grid and a restart file is written, for messages.
+/// Usage of a command that takes a grid and a restart file, for messages.
 struct Usage {
   const char* command_line;  ///< "p3dgrid check GRID RESTART"
   const char* grid_alone =

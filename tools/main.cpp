@@ -22,8 +22,8 @@ void occupy(int descriptor, int flags) {
   static_cast<void>(::open("/dev/null", flags));
 }
 
-/// Turns a closed pipe and a file-size limit into write errors instead of signals, and makes sure
-/// that no file of the user's becomes a standard stream.
+/// Turns a closed pipe and a file-size limit into write errors instead of signals, and occupies the
+/// descriptors of closed standard streams, so that no opened file gets one.
 void prepare_process() {
   occupy(STDIN_FILENO, O_WRONLY);
   occupy(STDOUT_FILENO, O_RDONLY);

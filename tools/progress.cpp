@@ -18,7 +18,7 @@ using mod_p3dgrid::FileProgress;
 
 constexpr auto patience = 1s;
 constexpr auto interval = 200ms;
-constexpr double least_seconds = 0.5;  // for a rate that says something
+constexpr double least_seconds = 0.5;  // shorter times give no meaningful rate
 
 std::int64_t expected_output = 0;
 

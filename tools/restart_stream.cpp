@@ -25,13 +25,24 @@ bool gives_triplets(const RestartForm& form) {
 /// Most variables that the library keeps in temporary files.
 constexpr integer most_streamed_variables = 15;
 
+/// While an object of this class lives, new files are readable for the user alone.
+class PrivateFiles {
+ public:
+  PrivateFiles() : before_(::umask(0077)) {}
+  PrivateFiles(const PrivateFiles&) = delete;
+  PrivateFiles& operator=(const PrivateFiles&) = delete;
+  ~PrivateFiles() { ::umask(before_); }
+
+ private:
+  mode_t before_;
+};
+
 /// The temporary files for one variable each. They are removed with this object, or when a signal
 /// ends the process. While it lives, new files are readable for the user alone.
 class VariableFiles {
  public:
   /// @param stem  unique beginning of their paths
-  VariableFiles(const std::string& stem, integer variables)
-      : prefix_(prefix_for(stem)), mask_before_(::umask(0077)) {
+  VariableFiles(const std::string& stem, integer variables) : prefix_(prefix_for(stem)) {
     // Registered before they exist: a signal may come while the library is writing one.
     for (integer v = 1; v <= variables; ++v) {
       // The library appends the same to its prefix.
@@ -40,9 +51,6 @@ class VariableFiles {
       files_.emplace_back(stem + end.data());
     }
   }
-  VariableFiles(const VariableFiles&) = delete;
-  VariableFiles& operator=(const VariableFiles&) = delete;
-  ~VariableFiles() { ::umask(mask_before_); }
 
   [[nodiscard]] const mod_p3dgrid::FileName& prefix() const { return prefix_; }
 
@@ -56,9 +64,9 @@ class VariableFiles {
   }
 
  private:
+  PrivateFiles private_files_;
   mod_p3dgrid::FileName prefix_;
   std::deque<UnfinishedFile> files_;
-  mode_t mask_before_;
 };
 
 }  // namespace

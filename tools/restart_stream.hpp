@@ -22,9 +22,9 @@ namespace p3dgrid::tool {
 /// A restart file that is read one variable at a time, for solutions larger than memory.
 class RestartStream {
  public:
-  /// @param grid  extents of the grid, for layouts that hold none; it must outlive the stream
-  RestartStream(const std::string& path, const Found& found, const std::optional<Extents>& grid)
-      : path_(path), found_(found), form_(found.restart()), grid_(grid) {}
+  /// @param grid  extents of the grid, for layouts that hold none
+  RestartStream(const std::string& path, const Found& found, std::optional<Extents> grid)
+      : path_(path), found_(found), form_(found.restart()), grid_(std::move(grid)) {}
 
   /// Reads the file once and returns the solution without flow variables and triplets. Throws a
   /// Failure as `read_restart` does.
@@ -44,7 +44,7 @@ class RestartStream {
   const std::string& path_;
   const Found& found_;
   const RestartForm& form_;
-  const std::optional<Extents>& grid_;
+  std::optional<Extents> grid_;
   Extents extents_;
   Sections in_blocks_;            ///< sections of the file read, without extensions
   integer variables_ = 0;         ///< of the file read, extensions among them

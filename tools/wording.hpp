@@ -19,8 +19,8 @@ namespace p3dgrid::tool {
 /// "a grid in two dimensions, ..., which cannot be read; ...".
 [[nodiscard]] std::string unreadable_form(const Reading& reading);
 
-/// Where the file departs from the reading that agrees furthest, and from others as near, as part
-/// of a sentence.
+/// The first difference between the file and the readings that agree furthest, as part of a
+/// sentence.
 [[nodiscard]] std::string departure(const std::vector<Reading>& nearest);
 
 /// What shows that a reading is right, as part of a sentence.

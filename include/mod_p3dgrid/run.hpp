@@ -48,12 +48,11 @@ void p3dsetmessages(std::function<void(std::string_view line)> sink);
 /// show the path. An empty function restores the default: the name is the path.
 void p3dsetpaths(std::function<std::string(std::string_view name)> resolver);
 
-/// States what the arguments of the operations do not: the byte order of unformatted and binary
-/// files. Whenever the library opens a file, `chooser` receives its name without trailing blanks
-/// and returns what it knows of the file's coding; what it leaves out is that of the machine, and
-/// encoding and precision are ignored. Temporary variable files must have one order while they are
-/// written and combined. Text and values in memory are not affected. An empty function restores
-/// the default: nothing is stated.
+/// Sets the byte order of unformatted and binary files. Whenever the library opens a file,
+/// `chooser` receives its name without trailing blanks and returns its coding. Only the byte order
+/// of the coding is used; if none is stated, that of the machine applies. Temporary variable files
+/// must have the same order while they are written and combined. Text and values in memory are not
+/// affected. An empty function restores the default, the order of the machine.
 ///
 ///     p3dsetcoding([](std::string_view) {
 ///       return p3dgrid::StatedCoding{.byte_order = p3dgrid::ByteOrder::big};
@@ -72,7 +71,7 @@ void p3dsethugepages(bool wanted);
 /// affected.
 void p3dsetwholerecords(bool wanted);
 
-/// How far the reading or writing of a file has got.
+/// Progress of reading or writing a file.
 struct FileProgress {
   std::string_view path;   ///< of the file; valid during the call
   bool writing = false;    ///< the file is written
@@ -80,7 +79,7 @@ struct FileProgress {
   std::int64_t size = 0;   ///< of a file that is read; 0 for one that is written
 };
 
-/// Lets a host show how far long work is: `observer` is called whenever bytes of a regular file
+/// Sets the receiver of progress: `observer` is called whenever bytes of a regular file
 /// have been read or written, once per full buffer and at least once per 64 MiB, never per value.
 /// The thread that does the work calls it; it must not throw. An empty function restores the
 /// default: nothing is called.

@@ -28,11 +28,14 @@ std::vector<Coding> codings_of(Evidence& file, const StatedCoding& stated) {
     return {{Encoding::formatted, stated.precision.value_or(Precision::single_precision),
              stated.byte_order.value_or(ByteOrder::native)}};
   }
+  // A stated byte order may be the wrong one.
+  const bool markers =
+      !stated.encoding && (file.all_records_sound({.byte_order = ByteOrder::native}) ||
+                           file.all_records_sound({.byte_order = other}));
   std::vector<Coding> codings;
   for (const Encoding e : choices(stated.encoding, {Encoding::unformatted, Encoding::binary})) {
-    // Values never look like matching markers throughout a file.
-    const auto sound = [&](const Coding& coding) { return file.all_records_sound(coding); };
-    if (!stated.encoding && e == Encoding::binary && std::ranges::any_of(codings, sound)) continue;
+    // If all markers match, the file is unformatted: values do not match in this way by chance.
+    if (markers && e == Encoding::binary) continue;
     for (const ByteOrder o : choices(stated.byte_order, {ByteOrder::native, other})) {
       for (const Precision p :
            choices(stated.precision, {Precision::single_precision, Precision::double_precision})) {

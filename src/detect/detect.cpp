@@ -10,7 +10,7 @@
 namespace p3dgrid {
 namespace {
 
-/// Limit on work on text, less than two seconds.
+/// Limit on the estimated time of scanning text, in nanoseconds, to stay below two seconds.
 constexpr std::int64_t most_text_work = 1'800'000'000;
 
 bool is_supported(const Detection& found) {

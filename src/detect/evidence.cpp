@@ -46,6 +46,7 @@ Evidence::Evidence(std::string path)
 recordio::InputFile& Evidence::text() {
   if (!text_file_) text_file_.emplace(path_, text_buffer);
   text_file_->seek(0);
+  text_file_->end_at(std::numeric_limits<std::int64_t>::max());
   return *text_file_;
 }
 
@@ -97,7 +98,7 @@ std::int64_t Evidence::text_lines() {
 }
 
 IntegerSample Evidence::sample_integers(std::int64_t begin, std::int64_t count, ByteOrder order) {
-  // More than any number of blocks, and less than a single-precision NaN taken for an integer.
+  // Above any number of blocks. Normal singles and the usual NaNs are larger as integers.
   constexpr std::int64_t largest_small = 1 << 20;
   constexpr std::int64_t runs = 16;
   constexpr std::int64_t run_length = 64;
@@ -135,7 +136,7 @@ std::vector<Fit> Evidence::fit(const Coding& coding, std::span<FilePlan> plans) 
     TextCount count;
     // Half of the work is left for another comparison with other plans.
     std::vector<Fit> fits = fit_of_text(text(), plans, text_work_ / 2, count);
-    text_work_ -= count.work;
+    text_work_ = std::max<std::int64_t>(0, text_work_ - count.work);
     text_values_ = count.whole ? std::optional(count.values) : std::nullopt;
     text_commas_ = count.commas;
     return fits;

@@ -15,7 +15,7 @@
 namespace p3dgrid {
 
 /// Whether readings may have blocks without points. They are tried only if no other reading agrees,
-/// and only with a limited number of blocks, because zeros look like any number of them.
+/// and with at most 262,144 blocks, because a run of zeros can be any number of empty blocks.
 enum class EmptyBlocks : bool { refused, accepted };
 
 /// The contents of a header and the sizes of its records.

@@ -84,9 +84,9 @@ bool has_usual_sections(const Reading& reading) {
   return !sections || (sections->size() == 1 && sections->front().last == solution_variables);
 }
 
-/// How far a reading agrees before it differs: by lines of text, because readings with more records
-/// would seem to agree further, else by records. Then, and for binary files only, by the relative
-/// difference of the lengths.
+/// Sort key, greater for a reading that agrees further: lines of text, because a reading with
+/// smaller records agrees with more of them; records of other files; then the relative difference
+/// of the lengths, the only criterion for binary files.
 auto agreement_key(const Reading& reading) {
   constexpr std::int64_t header = 2;  // records of block count and extents
   const Fit& fit = reading.fit;

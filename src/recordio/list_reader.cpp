@@ -39,7 +39,7 @@ void ListReader::take_line(Number* to, const Values<void>& entry) {
   while (taken < count && !ended_) {
     if (repeats_ == 0) {
       const std::int64_t left = count - taken;
-      const auto always = [] { return true; };
+      const auto always = [](std::int64_t) { return true; };
       const std::int64_t plain =
           to == nullptr ? take_plain<false, true>(to, stride, left, always)
                         : take_plain<true, true>(to + taken * stride, stride, left, always);

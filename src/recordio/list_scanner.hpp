@@ -62,10 +62,14 @@ class ListScanner : private ListTokens {
  private:
   template <class Number>
   [[nodiscard]] std::int64_t skip_plain_numbers(std::int64_t most) {
-    const auto within_limit = [&] { return work() < most_work_; };
+    const std::int64_t before = plain_;
+    const auto within_limit = [&](std::int64_t skipped) {
+      plain_ = before + skipped;
+      return work() < most_work_;
+    };
     const std::int64_t skipped =
         take_plain<false, false>(static_cast<Number*>(nullptr), 1, most, within_limit);
-    plain_ += skipped;
+    plain_ = before + skipped;
     return skipped;
   }
   [[nodiscard]] std::optional<Stop> next_item();

@@ -46,8 +46,9 @@ class ListTokens {
   /// `repeats_`, 0 if it is invalid. Slashes and the comma after a null value are not consumed.
   [[nodiscard]] Item take_item();
 
-  /// Reads plain numbers directly from the buffer while `may_continue`, up to the first item of
-  /// another form or, without `line_ends`, to the end of the line. Returns how many.
+  /// Reads plain numbers directly from the buffer, up to the first item of another form or, without
+  /// `line_ends`, to the end of the line. Returns how many. `may_continue(numbers)` is called with
+  /// those read so far, once per buffer.
   /// @tparam keep  stores the numbers; else `to` is null
   template <bool keep, bool line_ends, class Number, class MayContinue>
   std::int64_t take_plain(Number* to, std::int64_t stride, std::int64_t count,
@@ -86,7 +87,7 @@ std::int64_t ListTokens::take_plain(Number* to, std::int64_t stride, std::int64_
   std::int64_t lines = 0;
   bool comma = comma_may_end_;
   bool plain = true;
-  while (plain && left > 0 && may_continue() && number_is_buffered()) {
+  while (plain && left > 0 && may_continue(count - left) && number_is_buffered()) {
     const char* at = file_.begin();
     const char* const end = file_.end();
     do {

@@ -67,7 +67,7 @@ class UnformattedRecordReader {
   [[nodiscard]] std::int64_t subrecord_left() const { return subrecord_end_ - file_.offset(); }
 
   InputFile& file_;
-  const p3dgrid::Coding& coding_;
+  p3dgrid::Coding coding_;
   std::int64_t payload_ = 0;  ///< bytes of the sub-records begun so far
   std::int64_t subrecord_length_ = 0;
   std::int64_t subrecord_end_ = 0;  ///< offset of the marker after it
@@ -107,7 +107,7 @@ class UnformattedRecordWriter {
   void write_marker(Marker marker);
 
   OutputFile& file_;
-  const p3dgrid::Coding& coding_;
+  p3dgrid::Coding coding_;
   std::int64_t payload_left_;  ///< of sub-records not begun yet
   std::int64_t subrecord_length_ = 0;
   std::int64_t subrecord_left_ = 0;

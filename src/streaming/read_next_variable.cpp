@@ -17,7 +17,7 @@ namespace mod_p3dgrid {
 namespace {
 
 /// First variable that extensions of layout 101 can hold.
-constexpr integer first_extension_variable = 6;
+constexpr integer first_extension_variable = p3dgrid::solution_variables + 1;
 
 struct VariableRead {
   integer ivar;

@@ -10,6 +10,7 @@
 #include <random>
 
 #include "MOD_P3DReader.hpp"
+#include "detect/candidates.hpp"
 #include "grid/grid_case.hpp"
 #include "p3dgrid/layout.hpp"
 #include "restart/restart_case.hpp"
@@ -172,6 +173,17 @@ void expect_readable(const std::string& name, const Detection& found) {
   EXPECT_EQ(test_support::count_calls("dispfilereaderror"), 0)
       << describe(reading) << ": " << mod_p3dgrid::p3dlastfailure().describe();
   EXPECT_EQ(grid.nblocks, reading.extents->blocks());
+}
+
+// The markers show the encoding of a file although its byte order is stated wrongly.
+TEST_F(Detects, NoBinaryFileInMarkersOfTheOtherOrder) {
+  for (const ByteOrder stated : {ByteOrder::little, ByteOrder::big}) {
+    write_file("grid", HandMadeGrid(test_support::all_grid_forms().front()).bytes(true));
+    Evidence file("grid");
+    for (const Coding& coding : codings_of(file, {.byte_order = stated})) {
+      EXPECT_EQ(coding.encoding, Encoding::unformatted);
+    }
+  }
 }
 
 TEST_F(Detects, NothingThatIsNotReadWithoutAFailure) {

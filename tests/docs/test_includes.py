@@ -91,11 +91,11 @@ class Includes(unittest.TestCase):
     def setUp(self):
         self.rules = IncludeRules(PAGE.read_text())
 
-    def test_the_tree_keeps_to_the_page(self):
+    def test_includes_follow_the_rules(self):
         self.assertGreater(len(self.rules.allowed), 10)
         self.assertEqual(wrong_includes(SOURCE, self.rules), [])
 
-    def test_nothing_is_allowed_that_no_file_needs(self):
+    def test_every_rule_is_used(self):
         used = {folder: set() for folder in self.rules.allowed}
         for file in SOURCE.glob("*/**/*.[ch]pp"):
             folder = self.rules.of(str(file.relative_to(SOURCE)))
@@ -121,10 +121,10 @@ class Includes(unittest.TestCase):
                 "tools/f.cpp includes grid/c.hpp: tools may not include src/grid"])
 
 
-# What code outside some places must not contain: a pattern, where it is looked for, and where it is
-# allowed.
+# Constructs that are allowed in some places only: the pattern, the folders that are searched, and
+# the paths where it is allowed.
 RESERVED = [
-    # Which records a layout has, by its code: the others ask for its traits.
+    # Layout codes. Other code uses the traits of a layout.
     (re.compile(r"(?<!traits_of\()\bLayout::[a-z]|\brsttype [=!]="), ("src", "include", "tools"),
      ("src/format/", "include/", "tools/sample.cpp")),
     # Numbers of text, and byte order.

@@ -67,6 +67,32 @@ TEST_F(FileProgressReports, GiveTheBytesWritten) {
                          {"file", true, 10, 0}, {"file", true, 20, 0}, {"file", true, 30, 0}}));
 }
 
+TEST_F(FileProgressReports, CoverLargeTransfers) {
+  const std::string large(64 * 1024, 'x');
+  test_support::write_file("file", large);
+  InputFile dropped(path, 64);
+  dropped.discard(std::ssize(large));
+  ASSERT_FALSE(reports.empty());
+  EXPECT_EQ(reports.back(), (Report{"file", false, std::ssize(large), std::ssize(large)}));
+  reports.clear();
+  std::string copy(large.size(), ' ');
+  InputFile read(path, 64);
+  read.read(copy.data(), std::ssize(copy));
+  ASSERT_FALSE(reports.empty());
+  EXPECT_EQ(reports.back(), (Report{"file", false, std::ssize(large), std::ssize(large)}));
+}
+
+TEST_F(FileProgressReports, MayEndWithinAReport) {
+  test_support::write_file("file", std::string(100, 'x'));
+  p3dsetprogress([this](const FileProgress&) {
+    p3dsetprogress({});
+    reports.emplace_back();
+  });
+  InputFile file(path, 64);
+  file.discard(100);
+  EXPECT_EQ(reports.size(), 1u);
+}
+
 TEST_F(FileProgressReports, EndWithTheObserver) {
   test_support::write_file("file", std::string(100, 'x'));
   p3dsetprogress({});

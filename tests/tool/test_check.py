@@ -501,7 +501,7 @@ class Bounded(CheckTest):
                 file.write(piece)
         result = self.limited("check", "grid")
         self.assertEqual(result.returncode, 2, result.stderr_text)
-        self.assertIn("can be more than one thing", result.stderr_text)
+        self.assertIn("matches several forms", result.stderr_text)
         shown = self.succeed("info", "grid", "--grid-iblank", "no")
         self.assertIn("compared up to line ", shown)
         self.succeed("check", "grid", "--grid-iblank", "no")

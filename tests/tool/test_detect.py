@@ -171,8 +171,8 @@ class Grids(DetectTest):
         grid = f"grid, binary, {NATIVE}-endian, double precision, without block count, with blanking"
         flow = f"layout 2, binary, {NATIVE}-endian, single precision, without block count"
         self.assertEqual(self.fail_with(2, "info", "file"),
-                         "p3dgrid: file: can be more than one thing, say which by the options "
-                         f"behind it:\n  {grid} (--grid-format binary)\n"
+                         "p3dgrid: file: matches several forms; select one with the options "
+                         f"after it:\n  {grid} (--grid-format binary)\n"
                          f"  {flow}, sections 1-3 (--layout 2)\n")
         self.assertEqual(self.found("file", "--grid-format", "binary")[0]["kind"], "grid")
         self.assertEqual(self.found("file", "--layout", "2")[0]["kind"], "restart")

@@ -129,9 +129,8 @@ FlowVariable take_values(std::vector<Surface>& surfaces, const Request& request,
   const std::optional<Extents> extents = found.extents;
   // Text is slow and hence read once. To a reader of one variable, single-precision files of layout
   // 100 have another form.
-  const bool whole =
-      form.coding.encoding == Encoding::formatted ||
-      (traits_of(form.layout).triplets && !reads_triplets(traits_of(form.layout), form.coding));
+  const bool whole = is_text(form.coding) || (traits_of(form.layout).triplets &&
+                                              !reads_triplets(traits_of(form.layout), form.coding));
   if (whole) {
     const Restart restart = read_restart(request.restart_path, found.restart, extents);
     const auto variable = variable_wanted(request, form.layout, restart.variables());
