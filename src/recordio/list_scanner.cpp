@@ -67,6 +67,7 @@ std::optional<ListScanner::Stop> ListScanner::next_item() {
     repeats_ = 0;
     return Stop::slash;
   }
+  words_ += item == Item::token;
   double value;
   if (item == Item::token && (repeats_ == 0 || !(token_.empty() || parse_number(token_, value)))) {
     repeats_ = 0;

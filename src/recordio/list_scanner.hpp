@@ -53,7 +53,8 @@ class ListScanner : private ListTokens {
   [[nodiscard]] std::int64_t work() const {
     constexpr std::int64_t of_plain = 8;
     constexpr std::int64_t of_item = 64;
-    return file_.offset() + of_plain * plain_ + of_item * items_;
+    constexpr std::int64_t of_word = 192;
+    return file_.offset() + of_plain * plain_ + of_item * items_ + of_word * words_;
   }
 
   /// The refused item after `not_number` and `not_integer`, for messages.
@@ -78,6 +79,7 @@ class ListScanner : private ListTokens {
   std::int64_t lines_ = 0;
   std::int64_t plain_ = 0;  ///< numbers on the fast path
   std::int64_t items_ = 0;  ///< other items and line ends
+  std::int64_t words_ = 0;  ///< other items that are copied and parsed
 };
 
 }  // namespace mod_p3dgrid::recordio

@@ -11,7 +11,7 @@ using test_support::write_file;
 
 class TextLimit : public test_support::InScratchFolder {
  protected:
-  static constexpr std::int64_t enough = 4096;  ///< work for these texts
+  static constexpr std::int64_t enough = 16384;  ///< work for these texts
 
   /// Fit of a file of `text` with a grid of one block, after at most `limit` of work.
   static Fit fit_of(const std::string& text, std::int64_t limit, bool iblank = false,
