@@ -17,7 +17,8 @@
 ///   `nblocks` entries.
 /// - The points of all blocks form one sequence, block 1 first; within a block i runs fastest, then
 ///   j, then k. Coordinate arrays are (3, points).
-/// - The byte order is that of the machine unless `p3dsetcoding` says otherwise.
+/// - The byte order is that of the machine, and files have three dimensions, unless `p3dsetcoding`
+///   says otherwise.
 /// - Text is read list-directed: blanks, tabs, commas and line ends are separators, `r*c` repeats,
 ///   and a slash ends the record. A null value (`,,` or `r*`) leaves its variable unchanged: 0 in
 ///   arrays that the operation allocates, 1 in `iblank`. Reals out of range become infinity or

@@ -122,15 +122,12 @@ class Search {
   }
 
   [[noreturn]] void refuse() const {
-    const std::string& planar = detection_.planar;
-    const std::string other =
-        planar.empty() ? "" : "; its length is that of " + planar + ", which cannot be read";
     const std::string what = departure(detection_.nearest);
-    if (!what.empty()) throw Unreadable(path_ + ": " + what + other);
+    if (!what.empty()) throw Unreadable(path_ + ": " + what);
     throw Unreadable(path_ + ": its beginning is no header" +
                      (stated_.empty() ? " of a grid or restart file in any form"
                                       : " of what " + text_of(stated_) + " says") +
-                     ": " + detection_.beginning + other);
+                     ": " + detection_.beginning);
   }
 
   [[noreturn]] void refuse_to_guess() const {
@@ -194,6 +191,11 @@ Found find_grid(const std::string& path, const StatedGridForm& stated, Look look
 
 Found find_restart(const std::string& path, const StatedRestartForm& stated,
                    const std::optional<Extents>& grid, Look look) {
+  if (stated.layout &&
+      !has_files_of(traits_of(*stated.layout), applied_to(Coding(), stated.coding))) {
+    throw Unusable(path + ": cannot be what " + text_of(options_of(stated)) + " says; " +
+                   no_planar_files);
+  }
   const bool known = look == Look::where_needed && says_all(stated);
   return known ? as_stated(path, applied_to(RestartForm(), stated))
                : search(path, stated, grid).settle();

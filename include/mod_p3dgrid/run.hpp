@@ -48,14 +48,20 @@ void p3dsetmessages(std::function<void(std::string_view line)> sink);
 /// show the path. An empty function restores the default: the name is the path.
 void p3dsetpaths(std::function<std::string(std::string_view name)> resolver);
 
-/// Sets what the arguments of the operations do not say about a file. Whenever the library opens
-/// one, `chooser` receives its name without trailing blanks and returns its coding, of which two
-/// members are used:
+/// Sets what the arguments of the operations do not say about a file. Once or more in an operation
+/// `chooser` receives its name without trailing blanks and returns its coding. Three of its members
+/// are used:
 /// - `byte_order` of unformatted and binary files; if not stated, that of the machine;
-/// - `marker_bytes` of unformatted files; if not stated, 4.
+/// - `marker_bytes` of unformatted files; if not stated, 4;
+/// - `dimensions` of grids and of restart files in layouts 2 and 3; if not stated, three. Other
+///   layouts in two dimensions are a fatal error.
 ///
-/// Temporary variable files must have the same coding while they are written and combined. Text and
-/// values in memory are not affected. An empty function restores the defaults.
+/// In memory all files have three dimensions. Of a file of two, k extents are read as 1, third
+/// coordinates and third momenta (variable 4 of layout 2) as 0. To write one, k extents must be 1;
+/// third coordinates and momenta are left out.
+///
+/// Temporary variable files must have the same byte order and markers while they are written and
+/// combined. An empty function restores the defaults.
 ///
 ///     p3dsetcoding([](std::string_view) {
 ///       return p3dgrid::StatedCoding{.byte_order = p3dgrid::ByteOrder::big};

@@ -55,7 +55,6 @@ struct Reading {
   bool free_count = false;      ///< the number of variables follows from the size, and is unusual
   bool unknown_flag = false;    ///< layout 101: a flag has no meaning
   bool checked = true;          ///< false if only the header could be compared
-  bool planar = false;          ///< a two-dimensional grid
   std::string unreadable = {};  ///< why such a file cannot be read: "layout ..., which ..."
 
   /// Whether the form is that of a grid.
@@ -80,10 +79,9 @@ struct Detection {
   std::vector<Reading> nearest = {};  ///< if none fits: those that agree furthest
   /// @name Set if no reading is proven: parts of a sentence, or empty
   /// @{
-  std::string foreign = {};    ///< a form that cannot be read: "is a grid in two dimensions, ..."
+  std::string foreign = {};    ///< a form that cannot be read: "is an OVERFLOW solution, ..."
   std::string damage = {};     ///< damage of the header
   std::string beginning = {};  ///< beginning of the file
-  std::string planar = {};     ///< a two-dimensional form of the same length: "a grid in ..."
   /// @}
   std::int64_t size = 0;        ///< bytes of the file
   std::int64_t bytes_read = 0;  ///< bytes read from it

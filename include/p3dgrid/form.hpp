@@ -29,6 +29,10 @@ using ByteOrder = std::endian;
 /// Size of the record markers of an unformatted file.
 enum class MarkerBytes : std::uint8_t { four = 4, eight = 8 };
 
+/// Dimensions of a file. In two there are no k extents, which count as 1, no third coordinate and
+/// no third momentum, which count as 0. Grids and some layouts of restart files have such files.
+enum class Dimensions : std::uint8_t { two = 2, three = 3 };
+
 /// Layouts of restart files. The values are the module's restart layout codes.
 enum class Layout : std::int32_t {
   talven = 0,
@@ -86,6 +90,7 @@ extern const Member<Encoding> encoding_member;         ///< how records are held
 extern const Member<Precision> precision_member;       ///< size of the reals
 extern const Member<ByteOrder> byte_order_member;      ///< of each number
 extern const Member<MarkerBytes> marker_bytes_member;  ///< size of record markers
+extern const Member<Dimensions> dimensions_member;     ///< two or three
 extern const Member<bool> grid_multiblock_member;      ///< a grid begins with its block count
 extern const Member<bool> restart_multiblock_member;   ///< a restart file does
 extern const Member<bool> iblank_member;               ///< blocks end with blanking values
@@ -97,6 +102,7 @@ extern const Member<std::optional<Sections>> sections_member;  ///< variables of
 [[nodiscard]] const char* name_of(Precision precision);  ///< @copydoc name_of
 [[nodiscard]] const char* name_of(ByteOrder order);      ///< @copydoc name_of
 [[nodiscard]] const char* name_of(MarkerBytes bytes);    ///< @copydoc name_of
+[[nodiscard]] const char* name_of(Dimensions count);     ///< @copydoc name_of
 [[nodiscard]] const char* name_of(Layout layout);        ///< @copydoc name_of
 [[nodiscard]] const char* name_of(bool choice);          ///< @copydoc name_of
 
@@ -124,6 +130,8 @@ struct BasicCoding {
   Holder<ByteOrder> byte_order = unless_stated<Holder<ByteOrder>>(ByteOrder::native);
   /// Of unformatted files; others have no markers.
   Holder<MarkerBytes> marker_bytes = unless_stated<Holder<MarkerBytes>>(MarkerBytes::four);
+  /// Of any file.
+  Holder<Dimensions> dimensions = unless_stated<Holder<Dimensions>>(Dimensions::three);
 
   /// Calls `visit(member, its value in each coding...)` for every member.
   template <class Visit, class... Codings>
@@ -132,6 +140,7 @@ struct BasicCoding {
     visit(precision_member, codings.precision...);
     visit(byte_order_member, codings.byte_order...);
     visit(marker_bytes_member, codings.marker_bytes...);
+    visit(dimensions_member, codings.dimensions...);
   }
 
   /// Compares all members.
@@ -151,6 +160,14 @@ using StatedCoding = BasicCoding<std::optional>;  ///< the known members
 /// Bytes of a real in an unformatted or binary file.
 [[nodiscard]] constexpr std::int64_t real_bytes(const Coding& coding) {
   return coding.precision == Precision::double_precision ? 8 : 4;
+}
+/// Whether the file has two dimensions.
+[[nodiscard]] constexpr bool is_planar(const Coding& coding) {
+  return coding.dimensions == Dimensions::two;
+}
+/// Extents of a block and coordinates of a point in the file.
+[[nodiscard]] constexpr std::int64_t axes_of(const Coding& coding) {
+  return static_cast<std::int64_t>(coding.dimensions);
 }
 /// Bytes of a record marker of an unformatted file.
 [[nodiscard]] constexpr std::int64_t marker_size(const Coding& coding) {

@@ -38,6 +38,7 @@ struct LayoutTraits {
   bool extensions = false;         ///< flags and the variables that they announce follow the blocks
   bool writable = true;            ///< the layout can be written
   bool one_block = false;          ///< files have exactly one block
+  bool planar = false;             ///< files of two dimensions exist
   bool known = true;               ///< false for unknown codes
 
   /// The header holds the extents of each block.
@@ -57,6 +58,15 @@ struct LayoutTraits {
 [[nodiscard]] const LayoutTraits& traits_of(Layout layout);
 /// The same for a code that may be unknown.
 [[nodiscard]] const LayoutTraits& traits_of(std::int32_t rsttype);
+
+/// Whether the layout has files of this coding, which may have two dimensions.
+[[nodiscard]] constexpr bool has_files_of(const LayoutTraits& layout, const Coding& coding) {
+  return layout.planar || !is_planar(coding);
+}
+
+/// The variable that files of this coding leave out: in two dimensions the third momentum of a
+/// solution; 0 for none.
+[[nodiscard]] std::int32_t absent_variable(const LayoutTraits& layout, const Coding& coding);
 
 /// Whether blocks are read with a leading record, which begins with the triplets. Known quirk:
 /// layout 100 in single-precision records is written with it and read without.

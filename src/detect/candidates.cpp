@@ -3,20 +3,41 @@
 #include <algorithm>
 #include <iterator>
 
-#include "detect/planar.hpp"
-
 namespace p3dgrid {
 namespace {
 
-/// Whether the last block of a binary file ends with plausible blanking values. Without markers
-/// nothing but the length and these values can be checked.
-bool has_plausible_blanking(Evidence& file, const Reading& reading) {
-  const std::int64_t points = reading.extents->points_of(reading.extents->i.size() - 1);
-  return file.sample_integers(reading.fit.end - 4 * points, points, reading.coding().byte_order)
-      .small;
+/// The last words of a binary grid, one for each point of its last block: blanking values, or third
+/// coordinates in single precision. Without markers nothing but the length and these can be
+/// checked.
+IntegerSample last_words(Evidence& file, const Coding& coding, const Extents& extents,
+                         std::int64_t end) {
+  const std::int64_t points = extents.points_of(extents.i.size() - 1);
+  return file.sample_integers(end - 4 * points, points, coding.byte_order);
+}
+
+/// Whether the values of a binary grid contradict a reading that agrees with its length.
+bool is_contradicted_by_values(Evidence& file, const Reading& reading, bool blanking_stated) {
+  if (!reading.is_grid() || reading.coding().encoding != Encoding::binary || !reading.fit.whole()) {
+    return false;
+  }
+  const GridForm& form = reading.grid();
+  const Extents& extents = *reading.extents;
+  if (!form.iblank) return has_integers_for_coordinates(file, form, extents, reading.fit.end);
+  return !blanking_stated && !last_words(file, form.coding, extents, reading.fit.end).small;
 }
 
 }  // namespace
+
+bool has_integers_for_coordinates(Evidence& file, const GridForm& form, const Extents& extents,
+                                  std::int64_t end) {
+  const Coding& coding = form.coding;
+  const bool ends_with_coordinates = coding.encoding == Encoding::binary && !is_planar(coding) &&
+                                     coding.precision == Precision::single_precision &&
+                                     !form.iblank && extents.points() > 0;
+  if (!ends_with_coordinates) return false;
+  const IntegerSample words = last_words(file, coding, extents, end);
+  return words.small && !words.zero;
+}
 
 // Text has neither precision nor byte order, and only unformatted files have markers; any will do.
 std::vector<Coding> codings_of(Evidence& file, const StatedCoding& stated) {
@@ -55,19 +76,32 @@ std::vector<Coding> codings_of(Evidence& file, const StatedCoding& stated) {
   return codings;
 }
 
+std::vector<Coding> in_dimensions(const StatedCoding& stated, const std::vector<Coding>& codings) {
+  std::vector<Coding> all;
+  for (const Dimensions dimensions :
+       choices(stated.dimensions, {Dimensions::three, Dimensions::two})) {
+    for (Coding coding : codings) {
+      coding.dimensions = dimensions;
+      all.push_back(coding);
+    }
+  }
+  return all;
+}
+
 std::vector<Candidate> grid_candidates(Evidence& file, const StatedGridForm& stated,
                                        EmptyBlocks empty) {
   std::vector<Candidate> candidates;
-  for (const Coding& coding : codings_of(file, stated.coding)) {
+  for (const Coding& coding : in_dimensions(stated.coding, codings_of(file, stated.coding))) {
     for (const bool multiblock : choices(stated.multiblock, {true, false})) {
       const auto outline = file.grid_outline(coding, multiblock, empty);
       if (!outline) continue;
       for (const bool iblank : choices(stated.iblank, {false, true})) {
+        const GridForm form{coding, multiblock, iblank};
         Reading reading;
-        reading.form = GridForm{coding, multiblock, iblank};
+        reading.form = form;
         reading.extents = outline->extents;
         candidates.push_back(
-            {std::move(reading), FilePlan(outline->sizes, outline->extents, iblank)});
+            {std::move(reading), FilePlan(outline->sizes, outline->extents, form)});
       }
     }
   }
@@ -78,8 +112,9 @@ std::vector<Reading> fitted(Evidence& file, std::vector<Candidate> candidates) {
   std::vector<Reading> readings;
   for (auto begin = candidates.begin(); begin != candidates.end();) {
     const Coding coding = begin->reading.coding();
+    // Readings of text agree in all that their comparison depends on.
     const auto end = std::find_if(begin, candidates.end(), [&](const Candidate& candidate) {
-      return candidate.reading.coding() != coding;
+      return !is_text(coding) && candidate.reading.coding() != coding;
     });
     std::vector<FilePlan> plans;
     std::transform(begin, end, std::back_inserter(plans),
@@ -98,17 +133,10 @@ std::vector<Reading> fitted(Evidence& file, std::vector<Candidate> candidates) {
 
 std::vector<Reading> grid_readings(Evidence& file, const StatedGridForm& stated,
                                    std::vector<Reading> readings) {
-  std::vector<Reading> possible;
-  for (Reading& reading : readings) {
-    const bool by_length =
-        reading.coding().encoding == Encoding::binary && reading.fit.whole() && reading.is_grid();
-    if (by_length && !reading.grid().iblank) {
-      std::ranges::move(with_planar_reading(file, reading, stated), std::back_inserter(possible));
-    } else if (!by_length || stated.iblank || has_plausible_blanking(file, reading)) {
-      possible.push_back(std::move(reading));
-    }
-  }
-  return possible;
+  std::erase_if(readings, [&](const Reading& reading) {
+    return is_contradicted_by_values(file, reading, stated.iblank.has_value());
+  });
+  return readings;
 }
 
 }  // namespace p3dgrid

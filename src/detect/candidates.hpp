@@ -11,8 +11,12 @@ struct Candidate {
   FilePlan plan;
 };
 
-/// The possible codings of a file that agree with what is stated.
+/// The possible codings of a file that agree with what is stated, apart from its dimensions.
 [[nodiscard]] std::vector<Coding> codings_of(Evidence& file, const StatedCoding& stated);
+
+/// The codings in all dimensions that agree with what is stated.
+[[nodiscard]] std::vector<Coding> in_dimensions(const StatedCoding& stated,
+                                                const std::vector<Coding>& codings);
 
 /// All readings of the file as a grid with a plausible header.
 [[nodiscard]] std::vector<Candidate> grid_candidates(Evidence& file, const StatedGridForm& stated,
@@ -21,8 +25,13 @@ struct Candidate {
 /// Compares candidates with the file, those of one coding in one pass.
 [[nodiscard]] std::vector<Reading> fitted(Evidence& file, std::vector<Candidate> candidates);
 
-/// Removes or adds readings that only the values can tell apart: blanking values in binary files,
-/// and two-dimensional grids of the same length.
+/// Whether a binary grid without blanking ends with small integers where third coordinates would
+/// be. A grid in two dimensions with a block count and blanking values has the length of a block 1
+/// x ni x nj in three without them.
+[[nodiscard]] bool has_integers_for_coordinates(Evidence& file, const GridForm& form,
+                                                const Extents& extents, std::int64_t end);
+
+/// Removes the readings of binary grids that their values contradict.
 [[nodiscard]] std::vector<Reading> grid_readings(Evidence& file, const StatedGridForm& stated,
                                                  std::vector<Reading> readings);
 

@@ -4,7 +4,6 @@
 
 #include "detect/candidates.hpp"
 #include "detect/diagnosis.hpp"
-#include "detect/planar.hpp"
 #include "detect/section_search.hpp"
 
 namespace p3dgrid {
@@ -32,7 +31,6 @@ Detection detect(Evidence& file, const std::shared_ptr<const Extents>& grid, Rea
     found.foreign = std::move(foreign);
     if (!is_supported(found)) found.damage = header_damage(file);
     found.beginning = beginning_of(file);
-    found.planar = foreign_length(file);
   }
   found.size = file.size();
   found.bytes_read = file.bytes_read();
@@ -46,9 +44,7 @@ bool Detection::proven() const {
 }
 
 std::string describe(const Reading& reading) {
-  if (reading.is_grid()) {
-    return (reading.planar ? "grid in two dimensions, " : "grid, ") + describe(reading.grid());
-  }
+  if (reading.is_grid()) return "grid, " + describe(reading.grid());
   std::string text = describe(reading.restart());
   if (reading.restart().sections) text += ", sections " + describe(*reading.restart().sections);
   return text;
@@ -83,8 +79,8 @@ Fit compare(const std::string& path, const GridForm& form) {
   return with_evidence(path, [&](Evidence& file) {
     const auto outline = file.grid_outline(form.coding, form.multiblock, EmptyBlocks::accepted);
     if (!outline) return Fit{};
-    Fit fit = file.fit(form.coding, FilePlan(outline->sizes, outline->extents, form.iblank));
-    if (fit.whole() && is_planar_instead(file, form, *outline->extents)) {
+    Fit fit = file.fit(form.coding, FilePlan(outline->sizes, outline->extents, form));
+    if (fit.whole() && has_integers_for_coordinates(file, form, *outline->extents, fit.end)) {
       fit.agreement = Fit::Agreement::other;
       fit.what = "the file holds integers in the place of its third coordinates";
     }

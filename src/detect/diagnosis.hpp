@@ -7,14 +7,10 @@
 /// Descriptions of a file that agrees with no reading, as parts of a sentence.
 namespace p3dgrid {
 
-/// A form of other programs that cannot be read: two-dimensional grids and solutions, solutions of
-/// more variables and parameters, unformatted files with other records or with 64-bit integers,
-/// text with other line ends. Empty for other files.
+/// A form of other programs that cannot be read: solutions of more variables and parameters,
+/// unformatted files with other records or with 64-bit integers, text with other line ends. Empty
+/// for other files.
 [[nodiscard]] std::string foreign_form(Evidence& file);
-
-/// A two-dimensional form with the length of a binary file, such as "a grid in two dimensions". The
-/// length alone is no proof. Empty if there is none.
-[[nodiscard]] std::string foreign_length(Evidence& file);
 
 /// Damage in the header: a wrong first marker, a header that ends too early, invalid extents, more
 /// blocks than lines of text. Empty if the file does not begin like a grid or solution.

@@ -26,11 +26,12 @@ const std::string& checked(const std::string& path) {
   throw FileError(path + ": is not a regular file, and cannot be looked into before it is read");
 }
 
-/// The answer for a coding; `check` is called for the first question only. Markers do not depend on
-/// the precision.
+/// The answer for a coding; `check` is called for the first question only. Markers depend neither
+/// on the precision nor on the dimensions.
 template <class Check>
 bool remembered(std::vector<std::pair<Coding, bool>>& answers, Coding coding, Check check) {
   coding.precision = {};
+  coding.dimensions = {};
   const auto known = std::ranges::find(answers, coding, &std::pair<Coding, bool>::first);
   if (known != answers.end()) return known->second;
   return answers.emplace_back(coding, check()).second;

@@ -85,9 +85,8 @@ class Evidence {
 
   /// The header of a grid; none if it is invalid: a block count below 1 or too large for the file,
   /// negative extents, more than 2^36 points.
-  /// @param planar  the header holds i and j extents only; those in k are 1
   [[nodiscard]] std::optional<Outline> grid_outline(const Coding& coding, bool multiblock,
-                                                    EmptyBlocks empty, bool planar = false);
+                                                    EmptyBlocks empty);
   /// The same of a restart file.
   [[nodiscard]] std::optional<Outline> restart_outline(const RestartForm& form, EmptyBlocks empty);
 

@@ -3,7 +3,6 @@
 #include "detect/candidates.hpp"
 #include "detect/diagnosis.hpp"
 #include "detect/fit.hpp"
-#include "detect/planar.hpp"
 
 namespace p3dgrid {
 namespace {
@@ -16,7 +15,7 @@ FilePlan split_blocks(const Outline& outline, bool planes) {
     const std::int64_t plane = std::int64_t{extents.i[b]} * extents.j[b];
     sizes.add({.reals = planes ? 3 * plane : extents.points_of(b)}, planes ? extents.k[b] : 3);
   }
-  return {std::move(sizes), std::make_shared<const Extents>(), false};
+  return {std::move(sizes), std::make_shared<const Extents>(), GridForm()};
 }
 
 bool has_split_blocks(Evidence& file, const Coding& coding, bool multiblock) {
@@ -108,20 +107,8 @@ std::string foreign_form(Evidence& file) {
            "tr '\\r' '\\n' <FILE >NEW makes a file NEW that can be read";
   }
   for (const Coding& coding : codings_of(file, {})) {
-    if (coding.encoding == Encoding::binary) continue;
-    const std::string planar = planar_form(file, coding);
-    if (!planar.empty()) return "is " + planar + ", which " + planar_not_read;
     if (coding.encoding != Encoding::unformatted) continue;
     if (std::string what = unsupported_records(file, coding); !what.empty()) return what;
-  }
-  return "";
-}
-
-std::string foreign_length(Evidence& file) {
-  if (file.begins_with_text()) return "";
-  for (const Coding& coding : codings_of(file, {.encoding = Encoding::binary})) {
-    const std::string planar = planar_form(file, coding);
-    if (!planar.empty()) return planar + ", " + describe(coding);
   }
   return "";
 }

@@ -68,23 +68,21 @@ bool add_points(std::int64_t& points, std::int32_t i, std::int32_t j, std::int32
   return points <= most_points && (plane * k > 0 || empty == EmptyBlocks::accepted);
 }
 
-struct Dimensions {
+struct BlockDimensions {
   Extents extents;
   std::vector<std::int32_t> functions;
 
-  Dimensions(DimensionKind kind, bool planar, std::int32_t blocks) : planar_(planar) {
+  BlockDimensions(DimensionKind kind, std::int32_t blocks) {
     const auto count = static_cast<std::size_t>(blocks);
-    for (auto* column : {&extents.i, &extents.j}) column->resize(count);
-    extents.k.assign(count, planar ? 1 : 0);
+    for (auto* column : {&extents.i, &extents.j, &extents.k}) column->resize(count);
     if (kind == DimensionKind::one_record_with_variables) functions.resize(count);
   }
 
   template <class Visit>
-  void walk(DimensionKind kind, std::int32_t blocks, Visit& visit) {
-    std::vector<std::int32_t*> columns = {extents.i.data(), extents.j.data()};
-    if (!planar_) columns.push_back(extents.k.data());
+  void walk(DimensionKind kind, const Coding& coding, std::int32_t blocks, Visit& visit) {
+    std::vector<std::int32_t*> columns = {extents.i.data(), extents.j.data(), extents.k.data()};
     if (!functions.empty()) columns.push_back(functions.data());
-    walk_dimensions<std::int32_t>(kind, blocks, columns, visit);
+    walk_dimensions<std::int32_t>(kind, coding, blocks, columns, visit);
   }
 
   [[nodiscard]] bool plausible(EmptyBlocks empty) const {
@@ -95,9 +93,6 @@ struct Dimensions {
     return std::ranges::all_of(
         functions, [](std::int32_t count) { return count >= 0 && count <= most_functions; });
   }
-
- private:
-  bool planar_;  ///< the file has no k extents
 };
 
 /// Most blocks that fit the file with their extents and a record or a line each.
@@ -110,11 +105,10 @@ std::int64_t most_blocks(std::int64_t size, Encoding encoding, std::int64_t exte
 
 /// Reads the block dimensions. Checks a sample of them first if there are many.
 bool read_dimensions(Evidence& evidence, HeaderReader& reader, const Coding& coding,
-                     DimensionKind kind, EmptyBlocks empty, Outline& outline, bool planar = false) {
-  if (outline.blocks < 1 || outline.blocks > most_blocks(evidence.size(), coding.encoding,
-                                                         kind == DimensionKind::none ? 0
-                                                         : planar                    ? 2
-                                                                                     : 3)) {
+                     DimensionKind kind, EmptyBlocks empty, Outline& outline) {
+  const std::int64_t extents = kind == DimensionKind::none ? 0 : axes_of(coding);
+  if (outline.blocks < 1 ||
+      outline.blocks > most_blocks(evidence.size(), coding.encoding, extents)) {
     return false;
   }
   if (kind == DimensionKind::none) return true;
@@ -125,13 +119,13 @@ bool read_dimensions(Evidence& evidence, HeaderReader& reader, const Coding& cod
   }
   if (outline.blocks > sample_blocks) {
     HeaderReader::State begin = reader.state();
-    Dimensions sample(kind, planar, sample_blocks);
-    sample.walk(kind, sample_blocks, reader);
+    BlockDimensions sample(kind, sample_blocks);
+    sample.walk(kind, coding, sample_blocks, reader);
     if (!sample.plausible(empty)) return false;
     reader.restore(std::move(begin));
   }
-  Dimensions all(kind, planar, outline.blocks);
-  all.walk(kind, outline.blocks, reader);
+  BlockDimensions all(kind, outline.blocks);
+  all.walk(kind, coding, outline.blocks, reader);
   if (!all.plausible(empty)) return false;
   outline.functions = std::move(all.functions);
   outline.extents = std::make_shared<const Extents>(std::move(all.extents));
@@ -141,14 +135,13 @@ bool read_dimensions(Evidence& evidence, HeaderReader& reader, const Coding& cod
 }  // namespace
 
 std::optional<Outline> Evidence::grid_outline(const Coding& coding, bool multiblock,
-                                              EmptyBlocks empty, bool planar) {
+                                              EmptyBlocks empty) {
   if (!has_readable_header(coding)) return std::nullopt;
   Outline outline;
   HeaderReader reader(*this, coding);
   const bool taken = HeaderReader::succeeds([&] {
     if (multiblock) reader({recordio::scalar(outline.blocks)});
-    return read_dimensions(*this, reader, coding, DimensionKind::one_record, empty, outline,
-                           planar);
+    return read_dimensions(*this, reader, coding, DimensionKind::one_record, empty, outline);
   });
   outline.sizes = std::move(reader.sizes);
   return taken ? std::optional(std::move(outline)) : std::nullopt;

@@ -43,9 +43,11 @@ class RestartSearch {
       : file_(file), stated_(stated), grid_(grid), empty_(empty), candidates_(std::move(others)) {}
 
   std::vector<Reading> readings() {
-    for (const Coding& coding : codings_of(file_, stated_.coding)) {
+    const StatedCoding& stated = stated_.coding;
+    for (const Coding& coding : in_dimensions(stated, codings_of(file_, stated))) {
       for (const LayoutTraits& layout : all_layouts()) {
         if (stated_.layout.value_or(layout.layout) != layout.layout) continue;
+        if (!has_files_of(layout, coding)) continue;
         for (const RestartForm& form : forms_of(layout, coding, stated_)) examine(form);
       }
     }
@@ -121,8 +123,10 @@ class RestartSearch {
 
   void take_fits() {
     for (Reading& reading : fitted(file_, std::exchange(candidates_, {}))) {
-      // With a free number of variables and a free flag any file agrees.
-      if (reading.free_count && reading.unknown_flag) continue;
+      // With a free number of variables and a free flag any file agrees, and in two dimensions many
+      // files of three.
+      const bool planar = is_planar(reading.coding()) && !stated_.coding.dimensions;
+      if (reading.free_count && (reading.unknown_flag || planar)) continue;
       readings_.push_back(std::move(reading));
     }
   }

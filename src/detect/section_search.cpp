@@ -12,13 +12,16 @@ constexpr std::int64_t most_of_unproven_record = 1000;
 /// Most records that are scanned for a block with points.
 constexpr std::size_t most_records = 4096;
 
-/// Adjacent sections with these numbers of variables.
-Sections in_order(const std::vector<std::int64_t>& counts) {
+/// Adjacent sections with these numbers of variables in the file.
+Sections in_order(const SectionSearch& search, const std::vector<std::int64_t>& counts) {
+  const std::int32_t absent = absent_variable(traits_of(search.form.layout), search.form.coding);
   Sections sections;
   std::int32_t last = 0;
   for (const std::int64_t count : counts) {
-    sections.push_back({last + 1, last + static_cast<std::int32_t>(count)});
+    const std::int32_t first = last + 1;
     last += static_cast<std::int32_t>(count);
+    if (first <= absent && absent <= last) ++last;
+    sections.push_back({first, last});
   }
   return sections;
 }
@@ -43,7 +46,7 @@ std::optional<Sections> sections_shown(const SectionSearch& search,
     }
     counts.push_back(variables);
   }
-  return in_order(counts);
+  return in_order(search, counts);
 }
 
 /// Expected bytes, or values of text, with these flags.
@@ -77,7 +80,7 @@ FilePlan SectionSearch::plan(const Sections& sections) const {
                           .older = sections.empty() ? Section{} : sections.front()}};
   if (leading) body.shape.leading = solution_variables;
   if (differ(outline.functions)) body.functions = outline.functions;
-  return {outline.sizes, extents, traits_of(form.layout), std::move(body)};
+  return {outline.sizes, extents, form, std::move(body)};
 }
 
 Sections usual_sections(const SectionSearch& search) {
@@ -145,10 +148,10 @@ std::vector<Sections> sections_by_size(const SectionSearch& search) {
     const std::int64_t most = rest + (text ? search.file.text_commas() : 0);
     const std::int64_t variables = most / variable;
     if (most < 0 || variables * variable < rest || variables > most_variables) continue;
-    if (search.leading && variables < 1) tables.push_back(in_order({solution_variables}));
+    if (search.leading && variables < 1) tables.push_back(in_order(search, {solution_variables}));
     if (variables < 1) continue;
-    tables.push_back(search.leading ? in_order({solution_variables, variables})
-                                    : in_order({variables}));
+    tables.push_back(search.leading ? in_order(search, {solution_variables, variables})
+                                    : in_order(search, {variables}));
   }
   return tables;
 }

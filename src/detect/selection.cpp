@@ -20,6 +20,10 @@ bool is_of(const Extents& extents, const Reading& reading) {
 bool agrees(const Reading& reading) {
   if (!reading.checked || reading.fit.whole()) return true;
   if (reading.fit.agreement == Agreement::so_far) return true;
+  // The header of a grid in three dimensions is also one of functions in two.
+  const bool may_be_grid = is_planar(reading.coding()) && !reading.is_grid() &&
+                           traits_of(reading.restart().layout).counted_variables;
+  if (may_be_grid && reading.fit.agreement == Agreement::longer) return false;
   return only_followed(reading.fit, reading.coding().encoding);
 }
 
@@ -85,15 +89,15 @@ bool has_usual_sections(const Reading& reading) {
 }
 
 /// Sort key, greater for a reading that agrees further: lines of text, because a reading with
-/// smaller records agrees with more of them; records of other files; then the relative difference
-/// of the lengths, the only criterion for binary files.
+/// smaller records agrees with more of them; records of other files; three dimensions; then the
+/// relative difference of the lengths.
 auto agreement_key(const Reading& reading) {
   constexpr std::int64_t header = 2;  // records of block count and extents
   const Fit& fit = reading.fit;
   const std::int64_t records = fit.line > 0 ? std::min(fit.records, header) : fit.records;
   const bool cut = fit.agreement == Agreement::cut;
   const double off = fit.share > 0 ? -std::abs(std::log(fit.share)) : cut ? 0 : -INFINITY;
-  return std::tuple(fit.line, records, off, cut);
+  return std::tuple(fit.line, records, axes_of(reading.coding()), off, cut);
 }
 
 }  // namespace
@@ -107,6 +111,8 @@ Detection select_readings(std::vector<Reading> readings,
   keep_maximal(fitting, [&](const Reading& reading) { return certainty(reading, grid); });
   drop_coincidences(fitting);
   keep_maximal(fitting, [](const Reading& r) { return r.fit.agreement == Agreement::whole; });
+  // A binary file in two dimensions can be as long as one plane in three.
+  keep_maximal(fitting, [](const Reading& r) { return axes_of(r.coding()); });
   if (grid) keep_maximal(fitting, [&](const Reading& r) { return is_of(*grid, r); });
   if (!fitting.empty()) {
     // A reading with too few sections also has more records after it.

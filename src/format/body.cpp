@@ -2,7 +2,8 @@
 
 namespace p3dgrid {
 
-std::vector<BodyRecord> block_records(const LayoutTraits& layout, const BlockShape& shape) {
+std::vector<BodyRecord> block_records(const LayoutTraits& layout, const Coding& coding,
+                                      const BlockShape& shape) {
   using Kind = BodyRecordKind;
   std::vector<BodyRecord> records;
   if (layout.parameters > 0) {
@@ -15,6 +16,7 @@ std::vector<BodyRecord> block_records(const LayoutTraits& layout, const BlockSha
   for (std::int32_t level = 0; !shape.leading && level < shape.older_levels; ++level) {
     records.push_back({Kind::older_level, shape.older});
   }
+  for (BodyRecord& record : records) record.absent = absent_variable(layout, coding);
   return records;
 }
 

@@ -30,9 +30,24 @@ struct BodyRecord {
   std::int32_t block = 0;       ///< from 1; 0 for a flag
   std::int32_t flag = 0;        ///< position of the flag, or of the flag that announces the record
   std::int32_t parameters = 0;  ///< number of flow parameters
+  std::int32_t absent = 0;      ///< variable that the file leaves out; 0 for none
 
+  /// Whether the absent variable is one of the record's.
+  [[nodiscard]] bool leaves_out() const {
+    return absent > 0 && variables.first <= absent && absent <= variables.last;
+  }
+  /// Whether the record holds the variable.
+  [[nodiscard]] bool holds(std::int32_t variable) const {
+    return variables.first <= variable && variable <= variables.last && variable != absent;
+  }
+  /// The variables that the record holds, in order.
+  [[nodiscard]] Sections held() const {
+    if (!leaves_out()) return {variables};
+    return {{variables.first, absent - 1}, {absent + 1, variables.last}};
+  }
+  [[nodiscard]] std::int64_t variables_held() const { return variables.variables() - leaves_out(); }
   [[nodiscard]] std::int64_t values_per_point() const {
-    return variables.variables() + (kind == BodyRecordKind::leading ? triplet : 0);
+    return variables_held() + (kind == BodyRecordKind::leading ? triplet : 0);
   }
 };
 
@@ -48,7 +63,7 @@ struct BlockShape {
 
 /// The records of a block in file order.
 [[nodiscard]] std::vector<BodyRecord> block_records(const LayoutTraits& layout,
-                                                    const BlockShape& shape);
+                                                    const Coding& coding, const BlockShape& shape);
 
 /// Iterates over the records of a body in file order.
 class BodyWalk {

@@ -2,21 +2,21 @@
 
 namespace p3dgrid {
 
-FilePlan::FilePlan(HeaderSizes header, std::shared_ptr<const Extents> extents, bool iblank,
-                   std::int64_t coordinates)
+FilePlan::FilePlan(HeaderSizes header, std::shared_ptr<const Extents> extents, const GridForm& form)
     : header_(std::move(header)),
       extents_(std::move(extents)),
-      iblank_(iblank),
-      coordinates_(coordinates) {
+      iblank_(form.iblank),
+      coordinates_(axes_of(form.coding)) {
   records_ = header_.records() + extents_->blocks();
 }
 
 FilePlan::FilePlan(HeaderSizes header, std::shared_ptr<const Extents> extents,
-                   const LayoutTraits& layout, BodyPlan body)
+                   const RestartForm& form, BodyPlan body)
     : header_(std::move(header)),
       extents_(std::move(extents)),
       functions_(std::move(body.functions)) {
-  std::vector<BodyRecord> records = block_records(layout, body.shape);
+  const LayoutTraits& layout = traits_of(form.layout);
+  std::vector<BodyRecord> records = block_records(layout, form.coding, body.shape);
   records_ = header_.records() + extents_->blocks() * std::ssize(records) + layout.extensions;
   body_.emplace(std::move(records), extents_->blocks(), layout.extensions);
 }

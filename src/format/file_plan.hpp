@@ -67,10 +67,9 @@ struct BodyPlan {
 class FilePlan {
  public:
   /// Of a grid.
-  FilePlan(HeaderSizes header, std::shared_ptr<const Extents> extents, bool iblank,
-           std::int64_t coordinates = 3);
+  FilePlan(HeaderSizes header, std::shared_ptr<const Extents> extents, const GridForm& form);
   /// Of a restart file.
-  FilePlan(HeaderSizes header, std::shared_ptr<const Extents> extents, const LayoutTraits& layout,
+  FilePlan(HeaderSizes header, std::shared_ptr<const Extents> extents, const RestartForm& form,
            BodyPlan body);
 
   /// The next record; none at the end. After a flag, call `set_flag` first.

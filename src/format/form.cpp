@@ -11,6 +11,7 @@ constexpr std::array encodings = {Encoding::unformatted, Encoding::formatted, En
 constexpr std::array precisions = {Precision::single_precision, Precision::double_precision};
 constexpr std::array byte_orders = {ByteOrder::little, ByteOrder::big};
 constexpr std::array marker_sizes = {MarkerBytes::four, MarkerBytes::eight};
+constexpr std::array both_dimensions = {Dimensions::two, Dimensions::three};
 constexpr std::array yes_or_no = {true, false};
 
 template <class Form, class Stated>
@@ -55,6 +56,9 @@ const Member<ByteOrder> byte_order_member{"byte-order", byte_orders,
 const Member<MarkerBytes> marker_bytes_member{
     "marker-bytes",        marker_sizes, "size of the record markers of unformatted files",
     Scope::marked_records, false,        true};
+const Member<Dimensions> dimensions_member{
+    "dimensions",     both_dimensions, "a file of two has neither k, z nor the third momentum",
+    Scope::all_files, false,           true};
 const Member<bool> grid_multiblock_member{"multiblock", yes_or_no,
                                           "the file begins with its number of blocks"};
 const Member<bool> restart_multiblock_member{
@@ -89,6 +93,10 @@ const char* name_of(ByteOrder order) {
 
 const char* name_of(MarkerBytes bytes) {
   return bytes == MarkerBytes::eight ? "8" : "4";
+}
+
+const char* name_of(Dimensions count) {
+  return count == Dimensions::two ? "2" : "3";
 }
 
 const char* name_of(Layout layout) {
@@ -140,7 +148,8 @@ std::int32_t variables_in(const Sections& sections) {
 }
 
 std::string describe(const Coding& coding) {
-  std::string text = name_of(coding.encoding);
+  std::string text = is_planar(coding) ? "two-dimensional, " : "";
+  text += name_of(coding.encoding);
   if (is_text(coding)) return text;
   const bool marked = is_in(marker_bytes_member.scope, coding.encoding);
   if (marked && coding.marker_bytes == MarkerBytes::eight) text += ", 8-byte markers";

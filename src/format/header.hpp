@@ -75,12 +75,18 @@ void walk_lead(const LayoutTraits& layout, const Coding& coding, bool multiblock
 /// Walks the block dimensions of a restart file; those of a grid are `DimensionKind::one_record`.
 /// @param columns  arrays with an entry per block: i, j and k extents and, if the file has them,
 ///                 variable counts; const for writing. Values that a read leaves out, or does not
-///                 reach before it fails, are unchanged.
+///                 reach before it fails, are unchanged. Of a file of two dimensions the k extents
+///                 are read as 1.
 template <class Int, class Visit>
-void walk_dimensions(DimensionKind kind, std::int32_t nblocks, std::span<Int* const> columns,
-                     Visit&& visit) {
+void walk_dimensions(DimensionKind kind, const Coding& coding, std::int32_t nblocks,
+                     std::vector<Int*> columns, Visit&& visit) {
   using recordio::scalar;
   if (kind == DimensionKind::none) return;
+  if (is_planar(coding)) {
+    const auto k = columns.begin() + 2;
+    if constexpr (!std::is_const_v<Int>) std::fill_n(*k, std::max(nblocks, 0), 1);
+    columns.erase(k);
+  }
   if (kind == DimensionKind::record_per_block) {
     for (std::int32_t b = 0; b < nblocks; ++b) {
       visit(recordio::RecordList<recordio::MemoryOf<Int>>{

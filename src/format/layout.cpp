@@ -28,7 +28,8 @@ constexpr std::array layouts = {
                  .dimensions = D::one_record,
                  .iparm1 = 40,
                  .iparm2 = 200,
-                 .parameters = 4},
+                 .parameters = 4,
+                 .planar = true},
     LayoutTraits{.layout = Layout::function,
                  .name = "3",
                  .meaning = "PLOT3D function",
@@ -36,7 +37,8 @@ constexpr std::array layouts = {
                  .dimensions = D::one_record_with_variables,
                  .iparm1 = 50,
                  .iparm2 = 200,
-                 .counted_variables = true},
+                 .counted_variables = true,
+                 .planar = true},
     LayoutTraits{.layout = Layout::triplets,
                  .name = "100",
                  .meaning = "time step, triplets",
@@ -82,6 +84,11 @@ const LayoutTraits& traits_of(std::int32_t rsttype) {
 
 const LayoutTraits& traits_of(Layout layout) {
   return traits_of(static_cast<std::int32_t>(layout));
+}
+
+std::int32_t absent_variable(const LayoutTraits& layout, const Coding& coding) {
+  constexpr std::int32_t third_momentum = 4;
+  return is_planar(coding) && layout.parameters > 0 ? third_momentum : 0;
 }
 
 bool reads_triplets(const LayoutTraits& layout, const Coding& coding) {

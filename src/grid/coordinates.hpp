@@ -16,19 +16,19 @@ inline void announce_grid(integer mode, const FileName& filename, integer iforma
                       multiblock);
 }
 
-/// The coordinate record of one block: all x, all y and all z of its points, then the blanking
-/// values if the grid has them.
+/// The coordinate record of one block: all x, all y and, in three dimensions, all z of its points,
+/// then the blanking values if the grid has them.
 /// @param xyz      (coordinate, point)
 /// @param staging  staging array of a double-precision file; else empty
 /// @param iblank   null for a grid without blanking
 template <class Real, class Integer>
-[[nodiscard]] auto coordinate_record(array_view<Real, 2> xyz, array_view<double, 2> staging,
-                                     Integer* iblank, const PointNumbering& points, integer block) {
+[[nodiscard]] auto coordinate_record(const p3dgrid::Coding& coding, array_view<Real, 2> xyz,
+                                     array_view<double, 2> staging, Integer* iblank,
+                                     const PointNumbering& points, integer block) {
   const std::int64_t first = points.before(block);
   const integer count = points.npts(block);
   const std::int64_t stride = xyz.extent(1);
-  auto coordinates =
-      recordio::lines(xyz.data() + first * stride, coordinates_per_point, stride, count);
+  auto coordinates = recordio::lines(xyz.data() + first * stride, axes_of(coding), stride, count);
   coordinates.zero_where_left_out = true;
   recordio::RecordList<recordio::MemoryOf<Real>> record{
       recordio::through_staging(staging, coordinates)};

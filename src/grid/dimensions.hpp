@@ -38,18 +38,25 @@ void allocate_extents(const Unit& unit, integer nblocks, const ExtentTargets& ex
 /// Reads block dimensions. Values that the file leaves out, or that a failed read does not reach,
 /// are unchanged. Throws `FailedRead`.
 /// @param functions  variable counts of function files; else null
-void read_dimensions(const Unit& unit, DimensionKind kind, integer nblocks,
-                     const ExtentTargets& extents, allocatable<integer, 1>* functions = nullptr);
+void read_dimensions(const Unit& unit, const p3dgrid::Coding& coding, DimensionKind kind,
+                     integer nblocks, const ExtentTargets& extents,
+                     allocatable<integer, 1>* functions = nullptr);
 
 /// Writes block dimensions. Fewer extents than blocks are a fatal error.
 /// @param functions  variable counts of function files; else empty
-void write_dimensions(const Unit& unit, DimensionKind kind, integer nblocks,
-                      const ExtentViews& extents, array_view<const integer, 1> functions = {});
+void write_dimensions(const Unit& unit, const p3dgrid::Coding& coding, DimensionKind kind,
+                      integer nblocks, const ExtentViews& extents,
+                      array_view<const integer, 1> functions = {});
+
+/// In two dimensions k extents other than 1 are a fatal error.
+/// @param file  beginning of the error message
+void check_planes(const std::string& file, const p3dgrid::Coding& coding, integer nblocks,
+                  const ExtentViews& extents);
 
 /// Throws `FailedRead` if arrays for `nblocks` blocks must not be allocated: above a fixed number
 /// of blocks, if the file is too short for their extents.
 /// @param claim  `one_record` for a dimension record, `records` if each block has its own
-void require_room_for_dimensions(const Unit& unit, integer nblocks,
+void require_room_for_dimensions(const Unit& unit, const p3dgrid::Coding& coding, integer nblocks,
                                  recordio::Claim claim = recordio::Claim::one_record);
 
 /// Throws `FailedRead` for invalid extents.

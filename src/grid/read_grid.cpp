@@ -16,8 +16,16 @@ struct GridBody {
   allocatable<float, 2>& xyz;
   allocatable<integer, 1>& iblank;
   logical useiblank;
-  logical dblprec;
+  p3dgrid::Coding coding;
   PointNumbering numbering;
+
+  /// Sets the third coordinates of a block to 0.
+  void clear_third(integer block) const {
+    float* const first = xyz.data() + numbering.before(block) * coordinates_per_point;
+    for (std::int64_t p = 0; p < numbering.npts(block); ++p) {
+      first[p * coordinates_per_point + 2] = 0;
+    }
+  }
 };
 
 void number_points(const Unit& unit, integer nblocks, const ExtentViews& extents,
@@ -36,9 +44,9 @@ void number_points(const Unit& unit, integer nblocks, const ExtentViews& extents
 
 void read_body(const Unit& unit, GridBody& grid) {
   const std::int64_t total = grid.numbering.total;
-  const FileKind kind = p3dgrid::real_kind(unit.coding(grid.dblprec));
-  unit.require_room(values_of(total, coordinates_per_point), kind,
-                    recordio::Claim::may_be_truncated, std::to_string(total) + " points");
+  const FileKind kind = p3dgrid::real_kind(grid.coding);
+  unit.require_room(values_of(total, axes_of(grid.coding)), kind, recordio::Claim::may_be_truncated,
+                    std::to_string(total) + " points");
   bool usable = true;
   if (grid.useiblank) {
     usable = allocate_checked(grid.iblank, total);
@@ -57,7 +65,8 @@ void read_body(const Unit& unit, GridBody& grid) {
   for (integer b = 1; b <= grid.numbering.npts.size(); ++b) {
     if (debugprint) message("Reading grid point data for grid ", b);
     integer* const iblank = grid.useiblank ? grid.iblank.data() : nullptr;
-    unit.read(coordinate_record<float>(grid.xyz, staging, iblank, grid.numbering, b));
+    if (is_planar(grid.coding)) grid.clear_third(b);
+    unit.read(coordinate_record<float>(grid.coding, grid.xyz, staging, iblank, grid.numbering, b));
   }
 }
 
@@ -75,11 +84,11 @@ void readp3dgrid(const FileName& filename, integer iformat, logical dblprec, int
   if (multiblock) unit.read({recordio::scalar(count)});
   message("Number of grids is ", count);
   nblocks = count;
-  require_room_for_dimensions(unit, count);
-  GridBody grid{xyz, iblank, useiblank, dblprec, {}};
+  GridBody grid{xyz, iblank, useiblank, unit.coding(filename, dblprec), {}};
+  require_room_for_dimensions(unit, grid.coding, count);
   const ExtentTargets extents{&idim, &jdim, &kdim};
   allocate_extents(unit, count, extents, grid.numbering.npts, grid.numbering.iend);
-  read_dimensions(unit, DimensionKind::one_record, count, extents);
+  read_dimensions(unit, grid.coding, DimensionKind::one_record, count, extents);
   number_points(unit, count, {idim, jdim, kdim}, grid.numbering);
   read_body(unit, grid);
   unit.close();

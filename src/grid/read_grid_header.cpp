@@ -29,10 +29,11 @@ void read_grid_header(const FileName& filename, integer iformat, integer& nblock
   if (multiblock) unit.read({recordio::scalar(count)});
   nblocks = count;
   if (npoints != nullptr) {
-    require_room_for_dimensions(unit, count);
+    const p3dgrid::Coding coding = unit.coding(filename, false);
+    require_room_for_dimensions(unit, coding, count);
     ExtentArrays extents;
     allocate_extents(unit, count, extents.targets());
-    read_dimensions(unit, DimensionKind::one_record, count, extents.targets());
+    read_dimensions(unit, coding, DimensionKind::one_record, count, extents.targets());
     *npoints = wrapped_points(extents);
   }
   unit.close();

@@ -45,18 +45,20 @@ void writep3dgrid(const FileName& filename, integer iformat, logical dblprec, in
   const Unit unit(unit_number::grid, iformat);
   if (unit.known()) {
     const ExtentViews extents{idim, jdim, kdim};
+    const p3dgrid::Coding coding = unit.coding(filename, dblprec);
     const PointNumbering points = checked_numbering(grid_file(filename), nblocks, extents);
+    check_planes(grid_file(filename), coding, nblocks, extents);
     check_arrays(filename, ndim, xyz, useiblank ? &iblank : nullptr, points);
     unit.open(filename, OpenStatus::unknown);
     if (multiblock) unit.write({recordio::scalar(std::as_const(nblocks))});
-    write_dimensions(unit, DimensionKind::one_record, nblocks, extents);
+    write_dimensions(unit, coding, DimensionKind::one_record, nblocks, extents);
     allocatable<double, 2> staging;
-    if (holds_doubles(unit.coding(dblprec)) && !allocate_checked(staging, ndim, points.total)) {
+    if (holds_doubles(coding) && !allocate_checked(staging, ndim, points.total)) {
       refuse(filename, "out of memory for its coordinates in double precision");
     }
     for (integer b = 1; b <= nblocks; ++b) {
       message("Writing grid point data for grid ", b);
-      unit.write(coordinate_record(xyz, array_view<double, 2>(staging),
+      unit.write(coordinate_record(coding, xyz, array_view<double, 2>(staging),
                                    useiblank ? iblank.data() : nullptr, points, b));
     }
   }

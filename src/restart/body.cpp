@@ -16,8 +16,8 @@ bool parameters_are_double(const Coding& coding) {
   return is_text(coding) || holds_doubles(coding);
 }
 
-std::vector<BodyRecord> block_records(const LayoutTraits& layout, std::optional<integer> leading,
-                                      integer older_levels) {
+std::vector<BodyRecord> block_records(const LayoutTraits& layout, const Coding& coding,
+                                      std::optional<integer> leading, integer older_levels) {
   const auto& table = mod_gridvars::rstrtvarsct;
   const integer sections_in_use = mod_gridvars::nfilesect;
   if (sections_in_use > table.extent(1)) {
@@ -31,13 +31,13 @@ std::vector<BodyRecord> block_records(const LayoutTraits& layout, std::optional<
   for (integer k = 1; k <= sections_in_use; ++k) {
     shape.sections.push_back({table(k, 1), table(k, 2)});
   }
-  return p3dgrid::block_records(layout, shape);
+  return p3dgrid::block_records(layout, coding, shape);
 }
 
-std::vector<BodyRecord> block_records_with_leading(const LayoutTraits& layout,
+std::vector<BodyRecord> block_records_with_leading(const LayoutTraits& layout, const Coding& coding,
                                                    integer older_levels) {
-  if (!layout.triplets) return block_records(layout, std::nullopt, older_levels);
-  return block_records(layout, mod_gridvars::numrstrtvar(1), older_levels);
+  if (!layout.triplets) return block_records(layout, coding, std::nullopt, older_levels);
+  return block_records(layout, coding, mod_gridvars::numrstrtvar(1), older_levels);
 }
 
 integer checked_highest_variable(const std::vector<BodyRecord>& records) {

@@ -33,11 +33,13 @@ using p3dgrid::triplet;
 /// @param leading       variables in the leading record; none if blocks do not begin with it
 /// @param older_levels  records of older time levels after the sections
 [[nodiscard]] std::vector<BodyRecord> block_records(const LayoutTraits& layout,
+                                                    const Coding& coding,
                                                     std::optional<integer> leading,
                                                     integer older_levels);
 
 /// The records of a block that begins with a leading record if its layout has triplets.
 [[nodiscard]] std::vector<BodyRecord> block_records_with_leading(const LayoutTraits& layout,
+                                                                 const Coding& coding,
                                                                  integer older_levels = 0);
 
 /// Highest variable number in the records; 0 for none. Numbers below 1 are a fatal error. Older
@@ -110,7 +112,7 @@ class WritingVisitor {
 /// The list for a record of a block. `arrays` appends the entries with
 /// - `add_parameters(list, record)` for the flow parameters,
 /// - `add_triplets(list, block)` for the three values per point,
-/// - `add_variables(list, block, section)` for the variables in order.
+/// - `add_variables(list, block, section)` for adjacent variables, in order.
 /// Not for records of older time levels.
 template <class Memory, class Arrays>
 [[nodiscard]] recordio::RecordList<Memory> list_of(Arrays& arrays, const BodyRecord& record) {
@@ -120,7 +122,9 @@ template <class Memory, class Arrays>
     return list;
   }
   if (record.kind == BodyRecordKind::leading) arrays.add_triplets(list, record.block);
-  arrays.add_variables(list, record.block, record.variables);
+  for (const p3dgrid::Section& variables : record.held()) {
+    arrays.add_variables(list, record.block, variables);
+  }
   return list;
 }
 

@@ -66,9 +66,10 @@ void checkp3drstrtheader(const FileName& gridfile, integer gridformat, const Fil
     halt();
   }
   ExtentArrays grid;
-  require_room_for_dimensions(grid_unit, ngrid);
+  const p3dgrid::Coding coding = grid_unit.coding(gridfile, false);
+  require_room_for_dimensions(grid_unit, coding, ngrid);
   allocate_extents(grid_unit, ngrid, grid.targets());
-  read_dimensions(grid_unit, DimensionKind::one_record, ngrid, grid.targets());
+  read_dimensions(grid_unit, coding, DimensionKind::one_record, ngrid, grid.targets());
   bool differ = false;
   for (integer b = 1; b <= ngrid; ++b) {
     const BlockExtents of_grid = extents_of(grid, b);

@@ -51,6 +51,7 @@ class WholeReader : public ReadingVisitor {
 
   void move(const BodyRecord& record) const {
     if (record.kind == BodyRecordKind::older_level) return skip_older_level(record);
+    if (record.leaves_out()) clear_variable(record.absent, record.block);
     unit_.read(list_of<void>(arrays_, record));
     if (record.kind == BodyRecordKind::parameters) copy_parameters(record.block);
   }
@@ -73,6 +74,13 @@ class WholeReader : public ReadingVisitor {
     const std::int64_t rows = array.extent(1);
     std::fill_n(array.data() + arrays_.points.before(block) * rows,
                 arrays_.points.npts(block) * rows, Real{0});
+  }
+
+  void clear_variable(integer variable, integer block) const {
+    const std::int64_t rows = arrays_.flow.extent(1);
+    check_unchanged({variable, variable}, rows);
+    Real* const first = arrays_.flow.data() + arrays_.points.before(block) * rows + (variable - 1);
+    for (std::int64_t p = 0; p < arrays_.points.npts(block); ++p) first[p * rows] = Real{0};
   }
 
   void enlarge(const Extension& extension) {
@@ -117,7 +125,7 @@ struct RestartRead {
 
   [[nodiscard]] std::vector<BodyRecord> records() const {
     const bool leading = reads_triplets(layout, coding);
-    return block_records(layout,
+    return block_records(layout, coding,
                          leading ? std::optional(p3dgrid::solution_variables) : std::nullopt,
                          p3dgrid::older_levels(itimeint));
   }
@@ -126,7 +134,7 @@ struct RestartRead {
   /// table asks for. Called before memory is allocated for it.
   void require_room_for_flow() const {
     std::int64_t per_point = 0;
-    for (const BodyRecord& record : records()) per_point += record.variables.variables();
+    for (const BodyRecord& record : records()) per_point += record.variables_held();
     // The largest count determines the array.
     std::int64_t counted = 0;
     for (integer b = 1; layout.counted_variables && b <= ngrid; ++b) {
@@ -310,7 +318,8 @@ void readp3drestart(const FileName& filename, integer iformat, logical dblprec, 
   ExtentArrays extents;
   read_restart_header(filename, iformat, dblprec, ngrid, rsttype, multiblock, extents);
   require_plausible_extents(unit, extents);
-  RestartRead read{filename, unit, layout, unit.coding(dblprec), ngrid, {}, varvalues, auxvalues};
+  RestartRead read{filename, unit, layout,    unit.coding(filename, dblprec),
+                   ngrid,    {},   varvalues, auxvalues};
   try {
     read_restart(read, iformat, dblprec, nblocks, blockpoints, {idim, jdim, kdim});
   } catch (const FailedRead&) {

@@ -30,6 +30,12 @@ void check_layout(const FileName& filename, const LayoutTraits& layout, integer 
   refuse_restart(filename, std::to_string(rsttype) + " is no restart layout");
 }
 
+void check_dimensions(const FileName& filename, const LayoutTraits& layout,
+                      const p3dgrid::Coding& coding) {
+  if (has_files_of(layout, coding)) return;
+  refuse_restart(filename, "layouts other than 2 and 3 have no files of two dimensions");
+}
+
 std::int64_t sum(array_view<const integer, 1> blockpoints) {
   return std::accumulate(blockpoints.data(), blockpoints.data() + blockpoints.extent(1),
                          std::int64_t{0});

@@ -18,6 +18,10 @@ void announce_restart(integer mode, const FileName& filename, integer iformat, l
 /// Refuses an unknown restart layout code.
 void check_layout(const FileName& filename, const LayoutTraits& layout, integer rsttype);
 
+/// Refuses files of two dimensions in layouts that have none.
+void check_dimensions(const FileName& filename, const LayoutTraits& layout,
+                      const p3dgrid::Coding& coding);
+
 /// Beginning of messages about a restart file.
 [[nodiscard]] std::string restart_file(const FileName& filename);
 

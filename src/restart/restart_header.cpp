@@ -6,6 +6,7 @@
 
 #include "MOD_P3DReader.hpp"
 #include "restart/body.hpp"
+#include "restart/restart_arguments.hpp"
 #include "state/allocation.hpp"
 #include "state/messages.hpp"
 #include "state/run_end.hpp"
@@ -39,14 +40,13 @@ struct HeaderTarget {
 
 /// Reads the records before the block dimensions. The flow parameters of layout 0 are always
 /// doubles; a single-precision file that has them halts the run before `dtau` changes.
-void read_lead(const Unit& unit, const LayoutTraits& layout, integer& nblocks, logical dblprec,
+void read_lead(const Unit& unit, const LayoutTraits& layout, integer& nblocks, const Coding& coding,
                logical multiblock, ExtentArrays& extents) {
   if (!unit.known()) return;
   // Known quirk: these arrays are replaced unused, but their allocation is reported.
   if (layout.header == p3dgrid::HeaderKind::single_block) {
     allocate_extents(unit, 1, extents.targets());
   }
-  const Coding coding = unit.coding(dblprec);
   const bool talven = layout.header == p3dgrid::HeaderKind::talven;
   const bool single_records = !is_text(coding) && !holds_doubles(coding);
   const double old_dtau = dtau;
@@ -108,14 +108,14 @@ void check_extents(const FileName& filename, const LayoutTraits& layout, integer
   }
 }
 
-void write_extents(const Unit& unit, DimensionKind dimensions, integer nblocks,
-                   const ExtentViews& extents) {
+void write_extents(const Unit& unit, const Coding& coding, DimensionKind dimensions,
+                   integer nblocks, const ExtentViews& extents) {
   const bool counts = dimensions == DimensionKind::one_record_with_variables;
   if (counts && !allocate_variable_counts(nblocks)) {
     fail_run("out of memory for the variable counts");
   }
   if (dimensions == DimensionKind::none) return;
-  write_dimensions(unit, dimensions, nblocks, extents, std::as_const(nfvar));
+  write_dimensions(unit, coding, dimensions, nblocks, extents, std::as_const(nfvar));
 }
 
 }  // namespace
@@ -125,17 +125,20 @@ void read_restart_header(const FileName& filename, integer iformat, logical dblp
                          ExtentArrays& extents) {
   const LayoutTraits& layout = p3dgrid::traits_of(rsttype);
   const Unit unit(unit_number::restart_read, iformat);
+  const Coding coding = unit.coding(filename, dblprec);
+  check_dimensions(filename, layout, coding);
   itimeint = 0;
   nblocks = 1;
   unit.open(filename, OpenStatus::old);
-  read_lead(unit, layout, nblocks, dblprec, multiblock, extents);
-  require_room_for_dimensions(unit, nblocks, claim_of(layout.dimensions));
+  read_lead(unit, layout, nblocks, coding, multiblock, extents);
+  require_room_for_dimensions(unit, coding, nblocks, claim_of(layout.dimensions));
   extents = {};
   allocate_extents(unit, nblocks, extents.targets());
   const bool counts = layout.dimensions == DimensionKind::one_record_with_variables;
   if (counts) prepare_variable_counts(unit, nblocks);
   if (!unit.known() || layout.dimensions == DimensionKind::none) return;
-  read_dimensions(unit, layout.dimensions, nblocks, extents.targets(), counts ? &nfvar : nullptr);
+  read_dimensions(unit, coding, layout.dimensions, nblocks, extents.targets(),
+                  counts ? &nfvar : nullptr);
 }
 
 void require_plausible_extents(const Unit& unit, const ExtentArrays& extents) {
@@ -170,7 +173,12 @@ void write_restart_header(const FileName& filename, integer iformat, logical dbl
                           logical multiblock) {
   const LayoutTraits& layout = p3dgrid::traits_of(rsttype);
   const Unit unit(unit_number::restart_write, iformat);
-  if (unit.known() && layout.writable) check_extents(filename, layout, nblocks, extents);
+  const Coding coding = unit.coding(filename, dblprec);
+  check_dimensions(filename, layout, coding);
+  if (unit.known() && layout.writable) {
+    check_extents(filename, layout, nblocks, extents);
+    check_planes("cannot write " + restart_file(filename), coding, nblocks, extents);
+  }
   unit.open(filename, OpenStatus::unknown);
   if (!layout.writable) {
     message("TALVEN Writer not implimented!");
@@ -183,9 +191,9 @@ void write_restart_header(const FileName& filename, integer iformat, logical dbl
     header.j = extents.j(1);
     header.k = extents.k(1);
   }
-  walk_lead(layout, unit.coding(dblprec), static_cast<bool>(multiblock), std::as_const(header),
+  walk_lead(layout, coding, static_cast<bool>(multiblock), std::as_const(header),
             [&](const recordio::WriteList& list) { unit.write(list); });
-  write_extents(unit, layout.dimensions, nblocks, extents);
+  write_extents(unit, coding, layout.dimensions, nblocks, extents);
 }
 
 void writerestartheader(const FileName& filename, integer iformat, logical dblprec, integer nblocks,

@@ -54,7 +54,7 @@ std::int64_t flow_rows(const RestartWrite& write) {
 void check_arguments(const RestartWrite& write) {
   check_state_to_write(write.filename, write.layout, write.nblocks);
   const integer highest =
-      std::max(checked_highest_variable(block_records_with_leading(write.layout)),
+      std::max(checked_highest_variable(block_records_with_leading(write.layout, write.coding)),
                write.layout.extensions ? highest_extension_variable() : 0);
   if (write.points.total > 0) check_variables(write.filename, highest, flow_rows(write));
   write.parameters().check_to_write(write.nparamrows);
@@ -86,7 +86,8 @@ void write_body(const RestartWrite& write) {
                       write.auxvalues,
                       write.nparamrows,
                       {flow, triplets}});
-  walk_body({block_records_with_leading(write.layout), write.nblocks, write.layout.extensions},
+  walk_body({block_records_with_leading(write.layout, write.coding), write.nblocks,
+             write.layout.extensions},
             writer);
 }
 
@@ -107,8 +108,9 @@ void writep3drestart(const FileName& filename, integer iformat, logical dblprec,
   announce_restart(host::announce_write, filename, iformat, dblprec, layout, multiblock);
   check_layout(filename, layout, rsttype);
   const Unit unit(unit_number::restart_write, iformat);
-  RestartWrite write{filename,  unit,      layout, unit.coding(dblprec), nparamrows, nblocks,
-                     varvalues, auxvalues, {}};
+  RestartWrite write{filename,   unit,    layout,    unit.coding(filename, dblprec),
+                     nparamrows, nblocks, varvalues, auxvalues,
+                     {}};
   const ExtentViews extents{idim, jdim, kdim};
   const bool writable = unit.known() && layout.writable;
   set_variables_of_first_section(layout);

@@ -136,10 +136,12 @@ Unit::Unit(integer number, integer iformat) : number_(number) {
   if (iformat >= 0 && iformat <= 2) encoding_ = Encoding{iformat};
 }
 
-p3dgrid::Coding Unit::coding(logical dblprec) const {
+p3dgrid::Coding Unit::coding(const FileName& name, logical dblprec) const {
   using p3dgrid::Precision;
-  return {.encoding = encoding_.value_or(Encoding::formatted),
-          .precision = dblprec ? Precision::double_precision : Precision::single_precision};
+  p3dgrid::Coding coding{.encoding = Encoding::formatted};
+  if (known()) coding = coding_of(name, *encoding_);
+  coding.precision = dblprec ? Precision::double_precision : Precision::single_precision;
+  return coding;
 }
 
 void Unit::open(const FileName& name, OpenStatus status) const {

@@ -32,9 +32,9 @@ class Unit {
   /// Whether the file-format code is known.
   [[nodiscard]] bool known() const { return encoding_.has_value(); }
 
-  /// The coding of the file, except for its byte order, which the unit applies itself. Unknown
-  /// file-format codes count as text.
-  [[nodiscard]] p3dgrid::Coding coding(logical dblprec) const;
+  /// The coding of the file, from the arguments of an operation and `p3dsetcoding`. Unknown
+  /// file-format codes count as text of three dimensions.
+  [[nodiscard]] p3dgrid::Coding coding(const FileName& name, logical dblprec) const;
 
   /// Closes the unit and connects it to the file.
   void open(const FileName& name, OpenStatus status) const;

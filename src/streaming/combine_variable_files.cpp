@@ -158,9 +158,9 @@ void check_arguments(const Combination& combination) {
     refuse_restart(filename, "it is the temporary file of variable " + std::to_string(m));
   }
   check_state_to_write(filename, combination.layout, combination.nblocks);
-  integer highest =
-      std::max(checked_highest_variable(block_records_with_leading(combination.layout)),
-               mod_gridvars::numrstrtvar(1));
+  integer highest = std::max(
+      checked_highest_variable(block_records_with_leading(combination.layout, combination.coding)),
+      mod_gridvars::numrstrtvar(1));
   if (combination.layout.extensions) highest = std::max(highest, highest_extension_variable());
   if (combination.nblocks > 0) check_variables(filename, highest, combination.variables);
   combination.parameters().check_to_write(combination.nparamrows);
@@ -177,7 +177,7 @@ void write_body(const Combination& combination) {
   if (!allocate_checked(slots, largest, combination.variables)) {
     refuse_restart(combination.filename, "out of memory for one block of all variables");
   }
-  const auto records = block_records_with_leading(combination.layout);
+  const auto records = block_records_with_leading(combination.layout, combination.coding);
   Combiner<Real> combiner(combination, records, {combination, slots});
   walk_body({records, combination.nblocks, combination.layout.extensions}, combiner);
   combiner.expect_ends();
@@ -202,7 +202,7 @@ void combinep3dvarfiles(array_view<const float, 2> leadvalues, const FileName& f
                           filename,
                           output,
                           layout,
-                          output.coding(dblprec),
+                          output.coding(filename, dblprec),
                           nparamrows,
                           nblocks,
                           variables_per_point(),

@@ -113,8 +113,7 @@ void check_arguments(const VariableRead& read) {
 bool blocks_fill_staging(const VariableRead& read, const std::vector<BodyRecord>& records) {
   if (is_text(read.coding) || read.points.total < read.allpoints) return false;
   return std::ranges::any_of(records, [&](const BodyRecord& record) {
-    return record.kind != BodyRecordKind::older_level && record.variables.first <= read.ivar &&
-           read.ivar <= record.variables.last;
+    return record.kind != BodyRecordKind::older_level && record.holds(read.ivar);
   });
 }
 
@@ -138,7 +137,7 @@ void read_variable(const VariableRead& read, allocatable<Real, 2>& staging,
                    allocatable<Real*, 1>& targets) {
   // Text has no records of older levels.
   const auto records = block_records_with_leading(
-      read.layout, is_text(read.coding) ? 0 : p3dgrid::older_levels(itimeint));
+      read.layout, read.coding, is_text(read.coding) ? 0 : p3dgrid::older_levels(itimeint));
   const integer highest = checked_highest_variable(records);
   if (read.points.total > 0) check_variables(read.filename, highest, variables_per_point());
   allocatable<integer, 1>& steps = one_variable_staging().READII;
@@ -174,7 +173,7 @@ void readnextp3dvar(integer ivar, const FileName& filename, integer iformat, log
   announce_restart(host::announce_read, filename, iformat, dblprec, layout, multiblock, ivar);
   check_layout(filename, layout, rsttype);
   const Unit unit(unit_number::restart_read, iformat);
-  VariableRead read{ivar,    filename,         unit,      layout, unit.coding(dblprec),
+  VariableRead read{ivar,    filename,         unit,      layout, unit.coding(filename, dblprec),
                     nblocks, sum(blockpoints), varvalues, {}};
   if (unit.known()) {
     read.points = checked_numbering(restart_file(filename), nblocks, {idim, jdim, kdim});

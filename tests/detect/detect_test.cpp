@@ -164,8 +164,7 @@ void expect_readable(const std::string& name, const Detection& found) {
   const Reading& reading = found.fitting.front();
   if (!reading.checked || !reading.fit.whole() || !reading.unreadable.empty()) return;
   const GridForm& form = reading.grid();
-  mod_p3dgrid::p3dsetcoding(
-      [&](std::string_view) { return StatedCoding{.byte_order = form.coding.byte_order}; });
+  mod_p3dgrid::p3dsetcoding([&](std::string_view) { return stated_as(form.coding); });
   test_support::Grid grid;
   grid.read(name.c_str(), {static_cast<int>(form.coding.encoding), holds_doubles(form.coding),
                            form.multiblock, form.iblank});
@@ -244,12 +243,6 @@ TEST_F(Detects, FormsThatCannotBeRead) {
   };
   EXPECT_THAT(foreign(in_records(reals(40), 3)), HasSubstr("in several records"));
   EXPECT_THAT(foreign(in_records(reals(60), 2)), HasSubstr("in several records"));
-  EXPECT_THAT(foreign(Bytes().record(count).record(Bytes().i4s({9, 7})).record(reals(126))),
-              HasSubstr("a grid in two dimensions"));
-  EXPECT_THAT(
-      foreign(
-          Bytes().record(count).record(Bytes().i4s({9, 7})).record(reals(4)).record(reals(4 * 63))),
-      HasSubstr("a solution in two dimensions"));
   EXPECT_THAT(foreign(Bytes()
                           .record(Bytes().i4s({1, 0}))
                           .record(Bytes().i4s({5, 0, 4, 0, 2, 0}))
@@ -260,6 +253,71 @@ TEST_F(Detects, FormsThatCannotBeRead) {
       HasSubstr("an OVERFLOW solution of 1 block and 6 variables"));
   write_file("file", std::string("1\r2 1 1\r1 2 3 4 5 6\r"));
   EXPECT_THAT(detect_any("file").foreign, HasSubstr("carriage returns alone"));
+}
+
+/// The only reading of a file.
+Reading only_reading(const Detection& found) {
+  if (found.fitting.size() == 1) return found.fitting.front();
+  ADD_FAILURE() << found.fitting.size() << " readings";
+  return {};
+}
+
+TEST_F(Detects, FilesOfTwoDimensions) {
+  const Bytes count = Bytes().i4(1);
+  const Bytes extents = Bytes().i4s({9, 7});
+  const Extents expected{{9}, {7}, {1}};
+  const Bytes header = Bytes().record(count).record(extents);
+  write_file("grid", Bytes(header).record(reals(126)));
+  write_file("blanked", Bytes(header).record(reals(126).append(Bytes(reals(63)))));
+  write_file(
+      "text", "9 7\n" + [] {
+        std::string lines;
+        for (int n = 0; n < 63; ++n) lines += "0.5 1.5\n";
+        return lines;
+      }());
+  for (const char* name : {"grid", "blanked", "text"}) {
+    const Reading reading = only_reading(detect_any(name));
+    ASSERT_TRUE(reading.is_grid());
+    EXPECT_EQ(reading.coding().dimensions, Dimensions::two);
+    EXPECT_EQ(*reading.extents, expected);
+    EXPECT_EQ(only_reading(detect_grid(name)).grid(), reading.grid());
+    EXPECT_EQ(*extents_in(name, reading.grid()), expected);
+    EXPECT_TRUE(compare(name, reading.grid()).whole());
+    const StatedCoding three{.dimensions = Dimensions::three};
+    EXPECT_TRUE(detect_grid(name, {.coding = three}).fitting.empty());
+  }
+  write_file("flow", Bytes(header).record(reals(4)).record(reals(4 * 63)));
+  Reading flow = only_reading(detect_any("flow"));
+  EXPECT_EQ(flow.restart().layout, Layout::solution);
+  EXPECT_EQ(*flow.restart().sections, (Sections{{1, 5}}));
+  write_file("flow", Bytes(header).record(reals(4)).record(reals(3 * 63)).record(reals(2 * 63)));
+  flow = only_reading(detect_any("flow"));
+  EXPECT_EQ(*flow.restart().sections, (Sections{{1, 3}, {4, 6}}));
+  write_file("flow", Bytes().record(count).record(Bytes().i4s({9, 7, 2})).record(reals(2 * 63)));
+  flow = only_reading(detect_any("flow"));
+  EXPECT_EQ(flow.restart().layout, Layout::function);
+  EXPECT_EQ(flow.coding().dimensions, Dimensions::two);
+}
+
+// A grid in two dimensions with count and blanking is as long as a block 1 x 9 x 7 without.
+TEST_F(Detects, PlanesOfEitherKind) {
+  const Bytes header = Bytes().i4s({1, 9, 7});
+  const auto dimensions_with = [&](const Bytes& third) {
+    write_file("grid", Bytes(header).append(reals(126)).append(third));
+    return only_reading(detect_grid("grid")).coding().dimensions;
+  };
+  Bytes zeros;
+  Bytes blanking;
+  for (int n = 0; n < 63; ++n) {
+    zeros.i4(0);
+    blanking.i4(n % 3);
+  }
+  EXPECT_EQ(dimensions_with(reals(63)), Dimensions::three);
+  EXPECT_EQ(dimensions_with(zeros), Dimensions::three);
+  EXPECT_EQ(dimensions_with(blanking), Dimensions::two);
+  const GridForm plane{
+      {Encoding::binary, Precision::single_precision, ByteOrder::native}, false, false};
+  EXPECT_THAT(compare("grid", plane).what, HasSubstr("integers in the place of its third"));
 }
 
 /// A grid of one block of 5 x 4 x 2 points with markers of 8 bytes.

@@ -18,9 +18,9 @@ class TextLimit : public test_support::InScratchFolder {
                     TextCount* counted = nullptr) {
     write_file("grid", text);
     Evidence file("grid");
-    const Coding coding{.encoding = Encoding::formatted};
-    const auto outline = file.grid_outline(coding, true, EmptyBlocks::refused);
-    FilePlan plan(outline->sizes, outline->extents, iblank);
+    const GridForm form{{.encoding = Encoding::formatted}, true, iblank};
+    const auto outline = file.grid_outline(form.coding, true, EmptyBlocks::refused);
+    FilePlan plan(outline->sizes, outline->extents, form);
     const std::string path = "grid";
     recordio::InputFile part(path, 4096);
     TextCount count;

@@ -17,9 +17,7 @@ bool is_readable(const p3dgrid::Reading& reading) {
 
 void read_grid(const p3dgrid::Reading& reading) {
   const p3dgrid::GridForm& form = reading.grid();
-  p3dsetcoding([&](std::string_view) {
-    return p3dgrid::StatedCoding{.byte_order = form.coding.byte_order};
-  });
+  p3dsetcoding([&](std::string_view) { return p3dgrid::stated_as(form.coding); });
   integer nblocks = 0;
   integer ndim = 0;
   allocatable<float, 2> xyz;

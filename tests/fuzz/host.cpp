@@ -141,10 +141,13 @@ void begin_run(const Options& options) {
   opens_files = is_format(options.format);
   p3dsetrunend([](const RunEnd& end) { throw RunEnded{end}; });
   p3dsetpaths([](std::string_view name) { return scratch_path(name); });
-  const bool turned = has(options, other_byte_order);
-  p3dsetcoding([turned](std::string_view) {
-    return p3dgrid::StatedCoding{.byte_order = turned ? other_order : std::endian::native};
-  });
+  p3dgrid::StatedCoding coding{.byte_order = has(options, other_byte_order) ? other_order
+                                                                            : std::endian::native};
+  if (has_rare_traits(options.format)) {
+    coding.marker_bytes = p3dgrid::MarkerBytes::eight;
+    coding.dimensions = p3dgrid::Dimensions::two;
+  }
+  p3dsetcoding([coding](std::string_view) { return coding; });
   p3dsetmessages([](std::string_view line) {
     ++message_lines;
     require(line.empty() || line.front() == ' ', "a message begins with a blank");

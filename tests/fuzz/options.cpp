@@ -27,6 +27,10 @@ integer format_of(std::uint8_t byte) {
   return code < 6 ? code % 3 : code == 6 ? 3 : -1;
 }
 
+bool has_rare_traits(std::uint8_t byte) {
+  return byte % 8 >= 3 && byte % 8 < 6;
+}
+
 bool is_format(std::uint8_t byte) {
   return format_of(byte) >= 0 && format_of(byte) <= 2;
 }

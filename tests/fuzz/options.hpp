@@ -55,8 +55,10 @@ enum Oddity : std::uint8_t {
   stretched = 128,         ///< a file is stretched, and block 1 of the caller too unless it is text
 };
 
-/// 0 to 2 are the formats, as are the next three; the others are none.
+/// 0 to 2 are the formats, as are the next three, with the rarer traits; the others are none.
 [[nodiscard]] mod_p3dgrid::integer format_of(std::uint8_t byte);
+/// Whether files have two dimensions and record markers of 8 bytes.
+[[nodiscard]] bool has_rare_traits(std::uint8_t byte);
 [[nodiscard]] bool is_format(std::uint8_t byte);
 /// 2, 3, 0, 1, 100, 101, 102 and 7, which is no layout, in turn.
 [[nodiscard]] mod_p3dgrid::integer layout_code(const Options& options);

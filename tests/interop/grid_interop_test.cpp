@@ -7,11 +7,11 @@
 #include <fstream>
 #include <limits>
 
-#include "mod_p3dgrid/run.hpp"
 #include "recordio/unformatted_record.hpp"
 #include "support/awkward_values.hpp"
 #include "support/file_bytes.hpp"
 #include "support/grid.hpp"
+#include "support/host_gridvars.hpp"
 #include "support/library_grid.hpp"
 #include "support/run_program.hpp"
 #include "support/scratch_directory.hpp"
@@ -22,13 +22,28 @@ namespace {
 /// Blocks of differing extents, with planes, a block without points, and a single point; without a
 /// block count one block alone.
 std::vector<Extents> awkward_extents(const GridLayout& layout) {
+  if (layout.planar && !layout.multiblock) return {{9, 37, 1}};
+  if (layout.planar) return {{5, 4, 1}, {7, 1, 1}, {3, 0, 1}, {11, 6, 1}, {1, 1, 1}};
   if (!layout.multiblock) return {{9, 1, 37}};
   return {{5, 4, 3}, {7, 1, 2}, {3, 0, 4}, {11, 6, 2}, {1, 1, 1}};
+}
+
+/// Sets the third coordinates to 0 if the file has none.
+template <class Real>
+Grid<Real> as_held(const GridLayout& layout, Grid<Real> grid) {
+  auto value = grid.coordinates.begin();
+  for (const Extents& block : grid.extents) {
+    const auto points = static_cast<std::ptrdiff_t>(points_of(block));
+    if (layout.planar) std::fill_n(value + 2 * points, points, Real{0});
+    value += 3 * points;
+  }
+  return grid;
 }
 
 Grid<float> awkward_grid(const GridLayout& layout, float) {
   Grid<float> grid{awkward_extents(layout), {}, {}};
   grid.coordinates = awkward_floats(3 * grid.points());
+  grid = as_held(layout, std::move(grid));
   if (layout.has_iblank) grid.iblank = awkward_integers(grid.points());
   return grid;
 }
@@ -36,6 +51,7 @@ Grid<float> awkward_grid(const GridLayout& layout, float) {
 Grid<double> awkward_grid(const GridLayout& layout, double) {
   Grid<double> grid{awkward_extents(layout), {}, {}};
   grid.coordinates = awkward_doubles(3 * grid.points());
+  grid = as_held(layout, std::move(grid));
   if (layout.has_iblank) grid.iblank = awkward_integers(grid.points());
   return grid;
 }
@@ -67,9 +83,10 @@ class FortranSide {
   [[nodiscard]] std::string bits_file() const { return scratch_.file("bits"); }
 
   void run(const char* verb, const GridLayout& layout) const {
-    const Finished finished = run_program(
-        {program_, verb, bits_file(), grid_file(), layout.encoding_name(), layout.precision_name(),
-         layout.multiblock ? "yes" : "no", layout.has_iblank ? "yes" : "no"});
+    const Finished finished =
+        run_program({program_, verb, bits_file(), grid_file(), layout.encoding_name(),
+                     layout.precision_name(), layout.multiblock ? "yes" : "no",
+                     layout.has_iblank ? "yes" : "no", layout.planar ? "2" : "3"});
     ASSERT_EQ(finished.status, 0) << finished.output;
   }
 
@@ -137,7 +154,9 @@ std::vector<GridLayout> layouts_of(std::initializer_list<int> encodings) {
     for (const bool is_double : {false, true}) {
       for (const bool multiblock : {false, true}) {
         for (const bool has_iblank : {false, true}) {
-          layouts.push_back({encoding, is_double, multiblock, has_iblank});
+          for (const bool planar : {false, true}) {
+            layouts.push_back({encoding, is_double, multiblock, has_iblank, planar});
+          }
         }
       }
     }
@@ -217,13 +236,11 @@ class WideMarkers : public testing::TestWithParam<GridLayout> {
  protected:
   WideMarkers() {
     mod_p3dgrid::recordio::set_subrecord_limit(16);
-    mod_p3dgrid::p3dsetcoding([](std::string_view) {
-      return p3dgrid::StatedCoding{.marker_bytes = p3dgrid::MarkerBytes::eight};
-    });
+    marker_bytes() = p3dgrid::MarkerBytes::eight;
   }
   ~WideMarkers() override {
     mod_p3dgrid::recordio::set_subrecord_limit(mod_p3dgrid::recordio::default_subrecord_limit);
-    mod_p3dgrid::p3dsetcoding({});
+    marker_bytes() = p3dgrid::MarkerBytes::four;
   }
 };
 INSTANTIATE_TEST_SUITE_P(Records, WideMarkers, testing::ValuesIn(layouts_of({0})), layout_name);

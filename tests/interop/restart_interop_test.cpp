@@ -24,6 +24,8 @@ struct Exchange {
 
   /// Blocks of differing extents, with planes, a block without points, and a single point.
   [[nodiscard]] std::vector<Extents> extents() const {
+    if (form.planar && !several_blocks) return {{9, 7, 1}};
+    if (form.planar) return {{5, 4, 1}, {7, 1, 1}, {3, 0, 1}, {1, 1, 1}};
     if (!several_blocks) return {{9, 1, 7}};
     return {{5, 4, 3}, {7, 1, 2}, {3, 0, 4}, {1, 1, 1}};
   }
@@ -93,10 +95,14 @@ std::vector<Exchange> writable_exchanges(std::initializer_list<int> encodings) {
       append(all, variants_of({.layout = layout, .encoding = encoding, .is_double = false}));
     }
     for (const int layout : {2, 3}) {
-      append(all,
-             variants_of(
-                 {.layout = layout, .encoding = encoding, .is_double = false, .multiblock = false},
-                 true));
+      RestartForm form{.layout = layout, .encoding = encoding, .is_double = false};
+      form.planar = true;
+      append(all, variants_of(form));
+      for (const bool planar : {false, true}) {
+        form.multiblock = false;
+        form.planar = planar;
+        append(all, variants_of(form, true));
+      }
     }
     append(all, variants_of({.layout = 102, .encoding = encoding, .is_double = false}, true));
     append(all, extension_exchanges(encoding));

@@ -11,6 +11,7 @@ module grid_bits
   type :: Grid
     logical :: is_double = .false.
     logical :: has_iblank = .false.
+    integer :: axes = 3                           ! extents and coordinates in the file, 2 or 3
     integer(int32), allocatable :: extents(:, :)  ! (3, blocks)
     integer, allocatable :: first(:), last(:)     ! points of each block
     real(real32), allocatable :: single(:, :)     ! (points, 3), in use unless is_double
@@ -34,6 +35,8 @@ contains
     end do
     allocate (g%single(merge(0, total, g%is_double), 3))
     allocate (g%double(merge(total, 0, g%is_double), 3))
+    g%single = 0
+    g%double = 0
     allocate (g%iblank(merge(total, 0, g%has_iblank)))
     g%iblank = 0
   end subroutine make_room

@@ -16,10 +16,10 @@ contains
     u = opened(path, encoding, 'replace')
     if (encoding == 'formatted') then
       if (multiblock) write (u, *) size(g%extents, 2)
-      write (u, *) g%extents
+      write (u, *) g%extents(:g%axes, :)
     else
       if (multiblock) write (u) size(g%extents, 2)
-      write (u) g%extents
+      write (u) g%extents(:g%axes, :)
     end if
     do b = 1, size(g%extents, 2)
       call write_block(u, encoding == 'formatted', g, g%first(b), g%last(b), block_blanks(g, b))
@@ -32,13 +32,13 @@ contains
     logical, intent(in) :: text
     type(Grid), intent(in) :: g
     if (text .and. g%is_double) then
-      write (u, *) g%double(s:e, 1), g%double(s:e, 2), g%double(s:e, 3), g%iblank(s:blanks)
+      write (u, *) g%double(s:e, :g%axes), g%iblank(s:blanks)
     else if (text) then
-      write (u, *) g%single(s:e, 1), g%single(s:e, 2), g%single(s:e, 3), g%iblank(s:blanks)
+      write (u, *) g%single(s:e, :g%axes), g%iblank(s:blanks)
     else if (g%is_double) then
-      write (u) g%double(s:e, 1), g%double(s:e, 2), g%double(s:e, 3), g%iblank(s:blanks)
+      write (u) g%double(s:e, :g%axes), g%iblank(s:blanks)
     else
-      write (u) g%single(s:e, 1), g%single(s:e, 2), g%single(s:e, 3), g%iblank(s:blanks)
+      write (u) g%single(s:e, :g%axes), g%iblank(s:blanks)
     end if
   end subroutine write_block
 
@@ -57,10 +57,11 @@ contains
       end if
     end if
     allocate (g%extents(3, blocks))
+    g%extents = 1
     if (encoding == 'formatted') then
-      read (u, *) g%extents
+      read (u, *) g%extents(:g%axes, :)
     else
-      read (u) g%extents
+      read (u) g%extents(:g%axes, :)
     end if
     call make_room(g)
     do b = 1, blocks
@@ -75,13 +76,13 @@ contains
     logical, intent(in) :: text
     type(Grid), intent(inout) :: g
     if (text .and. g%is_double) then
-      read (u, *) g%double(s:e, 1), g%double(s:e, 2), g%double(s:e, 3), g%iblank(s:blanks)
+      read (u, *) g%double(s:e, :g%axes), g%iblank(s:blanks)
     else if (text) then
-      read (u, *) g%single(s:e, 1), g%single(s:e, 2), g%single(s:e, 3), g%iblank(s:blanks)
+      read (u, *) g%single(s:e, :g%axes), g%iblank(s:blanks)
     else if (g%is_double) then
-      read (u) g%double(s:e, 1), g%double(s:e, 2), g%double(s:e, 3), g%iblank(s:blanks)
+      read (u) g%double(s:e, :g%axes), g%iblank(s:blanks)
     else
-      read (u) g%single(s:e, 1), g%single(s:e, 2), g%single(s:e, 3), g%iblank(s:blanks)
+      read (u) g%single(s:e, :g%axes), g%iblank(s:blanks)
     end if
   end subroutine read_block
 

@@ -79,26 +79,29 @@ contains
     type(Connection), intent(in) :: c
     type(RestartForm), intent(in) :: f
     type(Solution), intent(inout) :: s
-    integer(int32) :: list(3 * f%blocks), counted(4, f%blocks), counted_list(4 * f%blocks)
-    integer :: b
+    integer(int32), allocatable :: list(:), counted(:, :)
+    integer :: b, axes
+    axes = merge(2, 3, f%planar)
     select case (f%layout)
     case (0, 1)
       do b = 1, f%blocks
         call move_integers(c, s%extents(:, b))
       end do
     case (2)
-      list = reshape(s%extents, shape(list))
+      list = reshape(s%extents(:axes, :), [axes * f%blocks])
       call move_integers(c, list)
-      s%extents = reshape(list, shape(s%extents))
+      s%extents(:axes, :) = reshape(list, [axes, f%blocks])
     case (3)
-      counted(1:3, :) = s%extents
-      counted(4, :) = s%counts
-      counted_list = reshape(counted, shape(counted_list))
-      call move_integers(c, counted_list)
-      counted = reshape(counted_list, shape(counted))
-      s%extents = counted(1:3, :)
-      s%counts = counted(4, :)
+      allocate (counted(axes + 1, f%blocks))
+      counted(:axes, :) = s%extents(:axes, :)
+      counted(axes + 1, :) = s%counts
+      list = reshape(counted, [size(counted)])
+      call move_integers(c, list)
+      counted = reshape(list, shape(counted))
+      s%extents(:axes, :) = counted(:axes, :)
+      s%counts = counted(axes + 1, :)
     end select
+    if (f%planar) s%extents(3, :) = 1
   end subroutine move_extents
 
   subroutine move_body(c, f, s)
@@ -110,12 +113,31 @@ contains
       if (f%layout == 2) call move_reals(c, s%parameters(:, b), c%text .or. f%is_double)
       if (f%leading) call move_leading(c, f, s, b)
       do k = merge(2, 1, f%leading), f%sections
-        call move_columns(c, f, s%flow(s%first(b):s%last(b), f%section(1, k):f%section(2, k)))
+        call move_section(c, f, s, b, f%section(:, k))
       end do
       if (f%layout == 0) call move_older_levels(c, f, s, b)
     end do
     if (f%layout == 101) call move_extensions(c, f, s)
   end subroutine move_body
+
+  subroutine move_section(c, f, s, b, section)
+    type(Connection), intent(in) :: c
+    type(RestartForm), intent(in) :: f
+    type(Solution), intent(inout) :: s
+    integer, intent(in) :: b, section(2)
+    integer, parameter :: third_momentum = 4
+    integer, allocatable :: held(:)
+    real(real64), allocatable :: columns(:, :)
+    integer :: v
+    allocate (held(0))
+    do v = section(1), section(2)
+      if (f%planar .and. f%layout == 2 .and. v == third_momentum) cycle
+      held = [held, v]
+    end do
+    columns = s%flow(s%first(b):s%last(b), held)
+    call move_columns(c, f, columns)
+    s%flow(s%first(b):s%last(b), held) = columns
+  end subroutine move_section
 
   ! The triplets of a block and its first five variables.
   subroutine move_leading(c, f, s, b)

@@ -19,7 +19,8 @@ void save_form(const std::string& path, const RestartForm& form,
   file << "&form layout=" << form.layout << "\n encoding='" << name_of_encoding(form.encoding)
        << "'\n is_double=" << text_of(form.is_double)
        << "\n multiblock=" << text_of(form.multiblock) << "\n leading=" << text_of(form.leading)
-       << "\n blocks=" << extents.size() << "\n points=" << empty_solution(extents, 0).points()
+       << "\n planar=" << text_of(form.planar) << "\n blocks=" << extents.size()
+       << "\n points=" << empty_solution(extents, 0).points()
        << "\n variables=" << form.highest_variable() << "\n sections=" << form.sections.size()
        << "\n section=";
   for (const auto& [first, last] : form.sections) file << first << "," << last << ",";

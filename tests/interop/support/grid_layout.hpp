@@ -12,6 +12,7 @@ struct GridLayout {
   bool is_double;
   bool multiblock;
   bool has_iblank;
+  bool planar = false;  ///< two dimensions
 
   [[nodiscard]] bool is_text() const { return encoding == 1; }
   [[nodiscard]] std::string encoding_name() const { return name_of_encoding(encoding); }
@@ -19,7 +20,8 @@ struct GridLayout {
   /// A name for tests and files, of letters and underscores.
   [[nodiscard]] std::string name() const {
     return encoding_name() + "_" + precision_name() +
-           (multiblock ? "_multiblock" : "_single_block") + (has_iblank ? "_iblank" : "_plain");
+           (multiblock ? "_multiblock" : "_single_block") + (has_iblank ? "_iblank" : "_plain") +
+           (planar ? "_planar" : "");
   }
 };
 

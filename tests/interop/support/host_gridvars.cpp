@@ -29,7 +29,17 @@ int repeated_allocations_to_come() {
   return tolerated;
 }
 
-void become_host_for(const std::string& path) {
+p3dgrid::MarkerBytes& marker_bytes() {
+  static auto bytes = p3dgrid::MarkerBytes::four;
+  return bytes;
+}
+
+void become_host_for(const std::string& path, bool planar) {
+  using p3dgrid::Dimensions;
+  mod_p3dgrid::p3dsetcoding([planar](std::string_view) {
+    return p3dgrid::StatedCoding{.marker_bytes = marker_bytes(),
+                                 .dimensions = planar ? Dimensions::two : Dimensions::three};
+  });
   mod_p3dgrid::p3dsetpaths([path](std::string_view) { return path; });
   mod_p3dgrid::p3dsetmessages([](std::string_view) {});
   mod_p3dgrid::p3dsetrunend(

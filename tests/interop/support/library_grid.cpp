@@ -50,7 +50,7 @@ std::vector<float> in_columns(const Grid<float>& grid) {
 }  // namespace
 
 std::optional<Grid<float>> read_with_library(const std::string& path, const GridLayout& layout) {
-  become_host_for(path);
+  become_host_for(path, layout.planar);
   const int failures = failed_reads();
   integer nblocks = -1;
   integer ndim = -1;
@@ -72,7 +72,7 @@ std::optional<Grid<float>> read_with_library(const std::string& path, const Grid
 
 void write_with_library(const std::string& path, const GridLayout& layout,
                         const Grid<float>& grid) {
-  become_host_for(path);
+  become_host_for(path, layout.planar);
   std::vector<integer> idim, jdim, kdim;
   for (const Extents& block : grid.extents) {
     idim.push_back(block[0]);
@@ -88,7 +88,7 @@ void write_with_library(const std::string& path, const GridLayout& layout,
 
 std::optional<GridTotals> read_totals_with_library(const std::string& path,
                                                    const GridLayout& layout) {
-  become_host_for(path);
+  become_host_for(path, layout.planar);
   const int failures = failed_reads();
   integer nblocks = -1;
   integer ndim = -1;

@@ -102,7 +102,7 @@ Solution taken_over(const RestartForm& form, const std::vector<Extents>& extents
   take_parameters(mod_p3dgrid::sqvar, solution);
   take_parameters(mod_p3dgrid::dqvar, solution);
   for (int v = 1; v <= variables; ++v) {
-    if (!form.holds_variable(v)) continue;
+    if (!form.holds_variable(v) && !form.leaves_out(v)) continue;
     take_column(varvalues, v, solution.flow[static_cast<std::size_t>(v - 1)]);
   }
   for (int c = 1; c <= 3 && triplets_arrive(form); ++c) {
@@ -156,7 +156,7 @@ void set_module_variables(const RestartForm& form, const Solution& solution) {
 std::optional<ReadRestart> read_restart_with_library(const std::string& path,
                                                      const RestartForm& form,
                                                      const std::vector<Extents>& extents) {
-  become_host_for(path);
+  become_host_for(path, form.planar);
   begin_run();
   set_sections(form);
   const int failures = failed_reads();
@@ -179,7 +179,7 @@ std::optional<ReadRestart> read_restart_with_library(const std::string& path,
 
 std::optional<std::vector<Extents>> read_restart_extents_with_library(const std::string& path,
                                                                       const RestartForm& form) {
-  become_host_for(path);
+  become_host_for(path, form.planar);
   begin_run();
   const int failures = failed_reads();
   integer nblocks = -1;
@@ -195,7 +195,7 @@ std::optional<std::vector<Extents>> read_restart_extents_with_library(const std:
 
 void write_restart_with_library(const std::string& path, const RestartForm& form,
                                 const Solution& solution) {
-  become_host_for(path);
+  become_host_for(path, form.planar);
   begin_run();
   set_sections(form);
   set_module_variables(form, solution);

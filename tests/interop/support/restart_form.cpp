@@ -38,6 +38,7 @@ int RestartForm::older_levels() const {
 }
 
 bool RestartForm::holds_variable(int variable) const {
+  if (leaves_out(variable)) return false;
   return any_holds(sections, variable) || (layout == 101 && any_holds(extensions(flags), variable));
 }
 
@@ -58,6 +59,7 @@ std::string RestartForm::name() const {
   std::string text = "layout_" + std::to_string(layout) + "_" + name_of_encoding(encoding) + "_" +
                      name_of_precision(is_double);
   if (!multiblock) text += "_uncounted";
+  if (planar) text += "_planar";
   for (const Section& section : sections) text += joined({section.first, section.second});
   if (layout == 0) {
     text += "_eqid_" + std::to_string(equation_set) + "_time_" + std::to_string(time_integration);

@@ -18,6 +18,7 @@ struct RestartForm {
   int equation_set = 0;           ///< layout 0
   int time_integration = 0;       ///< layout 0
   std::vector<int> flags{999};    ///< layout 101
+  bool planar = false;            ///< layouts 2 and 3: two dimensions
   bool leading = has_triplets();  ///< the blocks begin with the triplets
 
   [[nodiscard]] bool is_text() const { return encoding == 1; }
@@ -26,6 +27,10 @@ struct RestartForm {
   [[nodiscard]] bool has_double_header() const { return is_double || is_text(); }
   /// Records of older time levels behind the sections of a block.
   [[nodiscard]] int older_levels() const;
+  /// Whether it is the third momentum of a file of two dimensions.
+  [[nodiscard]] bool leaves_out(int variable) const {
+    return planar && layout == 2 && variable == 4;
+  }
   /// Whether there is a place for the values of a variable, counted from 1.
   [[nodiscard]] bool holds_variable(int variable) const;
   /// Highest variable that has a place.
