@@ -30,6 +30,10 @@ void convert(const ConvertOptions& options) {
         options.input + " holds " + counted(grid.blocks, "block") +
         ", and a file without a block count (--to-multiblock no) holds only one");
   }
+  if (is_planar(form.coding)) {
+    output.require_writable(planar_obstacle(extents_of(grid)));
+    if (!is_zero(grid.xyz, 3)) output.require_writable(planar_obstacle("z other than 0"));
+  }
   if (form.iblank && !grid.iblank.allocated()) allocate_blanking(grid);
   if (loses_digits(found.grid().coding, form.coding)) {
     print_note("coordinates pass through single precision: " + options.output +

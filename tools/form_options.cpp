@@ -87,7 +87,21 @@ std::vector<FormOption> options_of(const GridForm& form) {
 std::vector<FormOption> options_of(const RestartForm& form) {
   StatedRestartForm stated = applicable(stated_as(form));
   if (!traits_of(form.layout).may_hold_count()) stated.multiblock.reset();
+  if (!traits_of(form.layout).planar) stated.coding.dimensions.reset();
   return options_of(stated);
+}
+
+std::string planar_obstacle(const std::string& what) {
+  return "two dimensions have no place for " + what + "; --to-dimensions 3 has";
+}
+
+std::string planar_obstacle(const Extents& extents) {
+  for (std::size_t b = 0; b < extents.k.size(); ++b) {
+    if (extents.k[b] == 1) continue;
+    return planar_obstacle("block " + std::to_string(b + 1) + " of " + extents.text_of(b) +
+                           " points");
+  }
+  return "";
 }
 
 std::optional<Sections> sections_in(const std::string& text) {

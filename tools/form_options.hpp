@@ -42,6 +42,14 @@ inline constexpr std::int32_t most_variables = 1'000'000;
 /// one twice.
 [[nodiscard]] std::optional<Sections> sections_in(const std::string& text);
 
+/// Why a file of most layouts cannot have two dimensions, as part of a sentence.
+inline constexpr const char* no_planar_files = "only layouts 2 and 3 have files of two dimensions";
+
+/// Why something cannot be written in two dimensions, as part of a sentence.
+[[nodiscard]] std::string planar_obstacle(const std::string& what);
+/// The same for blocks of these extents; empty if they can be written.
+[[nodiscard]] std::string planar_obstacle(const Extents& extents);
+
 /// True if a conversion loses digits because values pass through single precision. Text may hold
 /// any number of digits, of which double precision would keep more.
 [[nodiscard]] inline bool loses_digits(const Coding& read, const Coding& written) {

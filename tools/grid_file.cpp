@@ -77,7 +77,7 @@ Extents extents_of(const Grid& grid) {
 }
 
 void write_grid(const std::string& path, const GridForm& form, const Grid& grid) {
-  expect_values(form.coding, 3 * grid.points(), form.iblank ? grid.points() : 0);
+  expect_values(form.coding, axes_of(form.coding) * grid.points(), form.iblank ? grid.points() : 0);
   mod_p3dgrid::writep3dgrid(name_for(path, form.coding), format_code(form.coding),
                             precision_flag(form.coding), grid.blocks, grid.ndim, grid.xyz,
                             grid.idim, grid.jdim, grid.kdim, grid.iblank, form.iblank,

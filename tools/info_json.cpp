@@ -36,6 +36,9 @@ Json value_of(Value value) {
 Json value_of(MarkerBytes bytes) {
   return static_cast<int>(bytes);
 }
+Json value_of(Dimensions count) {
+  return static_cast<int>(count);
+}
 
 Json json_of(const Coding& coding) {
   Json json;

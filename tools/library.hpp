@@ -38,6 +38,17 @@ inline void require_memory(integer allocation_status) {
   if (allocation_status != mod_p3dgrid::allocation_done) throw std::bad_alloc();
 }
 
+/// Whether a variable is 0 at all points.
+/// @param values    (variable, point)
+/// @param variable  counted from 1
+[[nodiscard]] inline bool is_zero(mod_p3dgrid::array_view<const float, 2> values,
+                                  std::int64_t variable) {
+  for (std::int64_t p = 0; p < values.extent(2); ++p) {
+    if (values.data()[p * values.extent(1) + variable - 1] != 0) return false;
+  }
+  return true;
+}
+
 /// The extents in arrays that may be unallocated.
 template <class Array>
 [[nodiscard]] Extents extents_from(const Array& idim, const Array& jdim, const Array& kdim) {

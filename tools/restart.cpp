@@ -59,6 +59,9 @@ std::string obstacle(const RestartOptions& options, const RestartForm& read,
     return "files of layout 0 can be read, but not written; --to-layout 1 keeps the step count and "
            "size";
   }
+  if (!has_files_of(traits_of(written.layout), written.coding)) {
+    return no_planar_files + std::string("; --to-dimensions 3 writes it in three");
+  }
   const std::string why = obstacle(options.values, written.layout);
   return why.empty() && options.stream ? obstacle_to_streaming(read, written) : why;
 }

@@ -94,12 +94,25 @@ std::string obstacle(const Restart& restart, const RestartForm& read, const Rest
     return "a file without a block count (--to-multiblock no) holds one block, and there are " +
            std::to_string(blocks);
   }
+  if (is_planar(written.coding)) {
+    std::string why = planar_obstacle(restart.extents);
+    for (integer v = 1; why.empty() && restart.flow.allocated() && v <= restart.variables(); ++v) {
+      why = obstacle(v, written, restart.flow, v);
+    }
+    if (!why.empty()) return why;
+  }
   const bool five = traits_of(written.layout).parameters > 0 || traits_of(written.layout).triplets;
   if (five && written.layout != read.layout && restart.variables() < solution_variables) {
     return layout + " holds five variables, and there " +
            (restart.variables() == 1 ? "is one" : "are " + std::to_string(restart.variables()));
   }
   return "";
+}
+
+std::string obstacle(integer variable, const RestartForm& written,
+                     mod_p3dgrid::array_view<const float, 2> values, std::int64_t row) {
+  const bool absent = variable == absent_variable(traits_of(written.layout), written.coding);
+  return absent && !is_zero(values, row) ? planar_obstacle("a third momentum other than 0") : "";
 }
 
 std::string obstacle(const HeaderValues& values, Layout layout) {

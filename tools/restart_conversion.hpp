@@ -22,6 +22,14 @@ struct HeaderValues {
 [[nodiscard]] std::string obstacle(const Restart& restart, const RestartForm& read,
                                    const RestartForm& written);
 
+/// Why a variable with these values cannot be written in that form, as part of a sentence; empty if
+/// it can.
+/// @param values  (variable, point)
+/// @param row     of the variable in `values`, counted from 1
+[[nodiscard]] std::string obstacle(integer variable, const RestartForm& written,
+                                   mod_p3dgrid::array_view<const float, 2> values,
+                                   std::int64_t row);
+
 /// Why the layout cannot hold the stated values, as part of a sentence; empty if it can.
 [[nodiscard]] std::string obstacle(const HeaderValues& values, Layout layout);
 

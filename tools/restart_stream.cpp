@@ -11,6 +11,7 @@
 
 #include "failure.hpp"
 #include "library.hpp"
+#include "restart_conversion.hpp"
 #include "restart_module.hpp"
 
 namespace p3dgrid::tool {
@@ -146,6 +147,7 @@ void RestartStream::write(const OutputFile& output, const RestartForm& written,
   const mod_p3dgrid::logical precision = is_text(written.coding) || precision_flag(written.coding);
   for (integer v = 1; v <= count; ++v) {
     read_variable(v, variables_);
+    output.require_writable(obstacle(v, written, std::as_const(values_), 1));
     output.write([&] {
       mod_p3dgrid::writenextp3dvar(v, files.prefix(), precision, blocks, points_, values_,
                                    extents_.i, extents_.j, extents_.k);

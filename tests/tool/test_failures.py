@@ -128,7 +128,8 @@ class DamagedFiles(ToolTest):
             for length in range(len(content)):
                 with self.subTest(form=form, length=length):
                     self.write("cut", content[:length])
-                    self.fail_with(1, "info", "cut", *form.options("grid"), says="cut: ")
+                    self.fail_with(1, "info", "cut", *form.options("grid"), "--grid-dimensions", "3",
+                                   says="cut: ")
 
     def test_text_that_ends_early(self):
         content = grid_bytes(Form("formatted"), TWO_BLOCKS)
