@@ -213,6 +213,19 @@ using StatedRestartForm = BasicRestartForm<std::optional>;  ///< the known membe
 /// "1-5,6-7".
 [[nodiscard]] std::string describe(const Sections& sections);
 
+/// Number of points of a block, or an index, in the three directions.
+struct BlockExtents {
+  std::int32_t i = 0;  ///< fastest
+  std::int32_t j = 0;  ///< second
+  std::int32_t k = 0;  ///< slowest
+
+  /// Number of points.
+  [[nodiscard]] constexpr std::int64_t points() const { return std::int64_t{i} * j * k; }
+
+  /// Compares all three.
+  friend bool operator==(const BlockExtents&, const BlockExtents&) = default;
+};
+
 /// Number of points of each block in the three directions.
 struct Extents {
   std::vector<std::int32_t> i;  ///< an entry per block
@@ -222,9 +235,17 @@ struct Extents {
   /// Number of blocks.
   [[nodiscard]] std::int32_t blocks() const { return static_cast<std::int32_t>(i.size()); }
 
+  /// Extents of a block, counted from 0.
+  [[nodiscard]] BlockExtents of(std::size_t block) const { return {i[block], j[block], k[block]}; }
+
   /// Points of a block, counted from 0.
-  [[nodiscard]] std::int64_t points_of(std::size_t block) const {
-    return std::int64_t{i[block]} * j[block] * k[block];
+  [[nodiscard]] std::int64_t points_of(std::size_t block) const { return of(block).points(); }
+
+  /// Appends a block.
+  void add(const BlockExtents& block) {
+    i.push_back(block.i);
+    j.push_back(block.j);
+    k.push_back(block.k);
   }
 
   /// Points of all blocks.

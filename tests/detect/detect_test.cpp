@@ -321,17 +321,17 @@ TEST_F(Detects, WhatSurvivesDoublePrecision) {
 }
 
 TEST_F(Detects, FilesThatCannotBeLookedInto) {
-  EXPECT_THROW(static_cast<void>(detect_any("none")), FileError);
-  EXPECT_THROW(static_cast<void>(detect_grid(".")), FileError);
+  EXPECT_THROW(static_cast<void>(detect_any("none")), Error);
+  EXPECT_THROW(static_cast<void>(detect_grid(".")), Error);
   ASSERT_EQ(::mkfifo("pipe", 0600), 0);
-  EXPECT_THROW(static_cast<void>(detect_restart("pipe")), FileError);
+  EXPECT_THROW(static_cast<void>(detect_restart("pipe")), Error);
   write_file("empty", std::string());
   const Detection found = detect_any("empty");
   EXPECT_TRUE(found.fitting.empty() && found.size == 0);
   write_file("text", "1\n1 1 1\n1 2 " + std::string(2 << 20, '3'));
   EXPECT_TRUE(detect_grid("text").fitting.empty());
-  EXPECT_THROW(static_cast<void>(survives_double_precision("text")), FileError);
-  EXPECT_THROW(static_cast<void>(survives_double_precision("none")), FileError);
+  EXPECT_THROW(static_cast<void>(survives_double_precision("text")), Error);
+  EXPECT_THROW(static_cast<void>(survives_double_precision("none")), Error);
 }
 
 TEST_F(Detects, WhatIsStatedMayBeNoForm) {
