@@ -130,6 +130,10 @@ using StatedCoding = BasicCoding<std::optional>;  ///< the known members
 [[nodiscard]] constexpr bool holds_doubles(const Coding& coding) {
   return !is_text(coding) && coding.precision == Precision::double_precision;
 }
+/// Whether the file holds 32-bit reals; false for text.
+[[nodiscard]] constexpr bool holds_singles(const Coding& coding) {
+  return !is_text(coding) && coding.precision == Precision::single_precision;
+}
 /// Bytes of a real in an unformatted or binary file.
 [[nodiscard]] constexpr std::int64_t real_bytes(const Coding& coding) {
   return coding.precision == Precision::double_precision ? 8 : 4;

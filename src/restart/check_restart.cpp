@@ -6,7 +6,6 @@
 #include "state/host.hpp"
 #include "state/messages.hpp"
 #include "state/run_end.hpp"
-#include "state/unit_numbers.hpp"
 
 namespace mod_p3dgrid {
 namespace {

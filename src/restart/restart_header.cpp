@@ -4,12 +4,11 @@
 #include <string>
 #include <utility>
 
-#include "MOD_P3DReader.hpp"
 #include "restart/body.hpp"
+#include "restart/restart_file.hpp"
 #include "state/allocation.hpp"
 #include "state/messages.hpp"
 #include "state/run_end.hpp"
-#include "state/unit_numbers.hpp"
 
 namespace mod_p3dgrid {
 namespace {
@@ -48,7 +47,6 @@ void read_lead(const Unit& unit, const LayoutTraits& layout, integer& nblocks, l
   }
   const Coding coding = unit.coding(dblprec);
   const bool talven = layout.header == p3dgrid::HeaderKind::talven;
-  const bool single_records = !is_text(coding) && !holds_doubles(coding);
   const double old_dtau = dtau;
   HeaderTarget header{nblocks};
   bool first = true;
@@ -57,7 +55,7 @@ void read_lead(const Unit& unit, const LayoutTraits& layout, integer& nblocks, l
               unit.read(list);
               const bool goes_on =
                   !std::exchange(first, false) && eqid == p3dgrid::equations_with_parameters;
-              if (talven && goes_on && single_records) {
+              if (talven && goes_on && holds_singles(coding)) {
                 dtau = old_dtau;
                 message("Single precision TALVEN reads not working!");
                 stop_run();
@@ -95,17 +93,13 @@ void check_extents(const FileName& filename, const LayoutTraits& layout, integer
   const integer needed = layout.header == p3dgrid::HeaderKind::single_block ? 1
                          : layout.dimensions == DimensionKind::none         ? 0
                                                                             : nblocks;
+  const std::string file = "cannot write " + restart_file(filename);
   for (const auto& array : {extents.i, extents.j, extents.k}) {
     if (array.extent(1) >= needed) continue;
-    fail_run("cannot write restart file " + path_of(filename) + ": extents of " +
-             std::to_string(array.extent(1)) + " blocks, " + std::to_string(needed) +
-             " are to be written");
+    fail_run(file + ": extents of " + std::to_string(array.extent(1)) + " blocks, " +
+             std::to_string(needed) + " are to be written");
   }
-  if (layout.counted_variables && nfvar.allocated() && nfvar.size() < nblocks) {
-    fail_run("cannot write restart file " + path_of(filename) + ": nfvar holds " +
-             std::to_string(nfvar.size()) + " blocks, " + std::to_string(nblocks) +
-             " are to be written");
-  }
+  check_variable_counts(file, layout, nblocks);
 }
 
 void write_extents(const Unit& unit, DimensionKind dimensions, integer nblocks,
