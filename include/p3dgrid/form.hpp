@@ -204,9 +204,9 @@ using StatedRestartForm = BasicRestartForm<std::optional>;  ///< the known membe
 [[nodiscard]] StatedRestartForm stated_as(const RestartForm& form);
 
 /// Whether all members that matter are stated.
-[[nodiscard]] bool says_all(const StatedGridForm& stated);
-/// @copydoc says_all
-[[nodiscard]] bool says_all(const StatedRestartForm& stated);
+[[nodiscard]] bool is_complete(const StatedGridForm& stated);
+/// @copydoc is_complete
+[[nodiscard]] bool is_complete(const StatedRestartForm& stated);
 
 /// "unformatted, little-endian, single precision" or "formatted".
 [[nodiscard]] std::string describe(const Coding& coding);

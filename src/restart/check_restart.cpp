@@ -16,13 +16,6 @@ namespace {
   stop_run();
 }
 
-void report_block_counts(integer ngrid, integer nrst) {
-  write_line("");
-  message("Number of blocks in Grid do not match the Restart file");
-  message("Number of Grid blocks   : ", ngrid);
-  message("Number of Restart blocks: ", nrst);
-}
-
 /// Extents of a block; 0 for a block that the file does not have.
 BlockExtents extents_of(const ExtentArrays& all, integer block) {
   return block > all.i.size() ? BlockExtents{} : all.of(block);
@@ -61,7 +54,10 @@ void checkp3drstrtheader(const FileName& gridfile, integer gridformat, const Fil
   }
   p3dcloseunit(unit_number::restart_read);
   if (multiblock && ngrid != nrst) {
-    report_block_counts(ngrid, nrst);
+    write_line("");
+    message("Number of blocks in Grid do not match the Restart file");
+    message("Number of Grid blocks   : ", ngrid);
+    message("Number of Restart blocks: ", nrst);
     halt();
   }
   ExtentArrays grid;

@@ -124,7 +124,6 @@ struct RestartRead : RestartFile {
                       "the flow variables of " + std::to_string(points.total) + " points");
   }
 
-  /// Allocates the triplets of layouts 100 and 101.
   void prepare_triplets() const {
     if (!layout.triplets) return;
     mod_gridvars::numrstrtvar(1) = p3dgrid::solution_variables;
@@ -143,7 +142,6 @@ struct RestartRead : RestartFile {
                        "an unallocated array for triplets");
   }
 
-  /// Reads the body into allocated arrays.
   template <class Real>
   void read_into(allocatable<Real, 2>& flow, allocatable<Real, 2>& triplets,
                  const StagingArrays& staging = {}) {
@@ -226,21 +224,16 @@ struct RestartRead : RestartFile {
   }
 };
 
-template <class Parameters>
-void allocate_parameters(const RestartRead& read, Parameters& parameters) {
-  const bool usable = allocate_checked(parameters, read.nblocks, read.layout.parameters);
-  std::ranges::fill(parameters.span(), 0);
-  read.unit.require_array(usable, "an unallocated array for the flow parameters");
-}
-
 void prepare_parameters(const RestartRead& read, integer iformat, logical dblprec) {
   if (read.layout.parameters == 0) return;
   mod_gridvars::numrstrtvar(1) = p3dgrid::solution_variables;
-  if (!dblprec && iformat != static_cast<integer>(Encoding::formatted)) {
-    allocate_parameters(read, sqvar);
-  } else {
-    allocate_parameters(read, dqvar);
-  }
+  const auto allocate = [&](auto& parameters) {
+    const bool usable = allocate_checked(parameters, read.nblocks, read.layout.parameters);
+    std::ranges::fill(parameters.span(), 0);
+    read.unit.require_array(usable, "an unallocated array for the flow parameters");
+  };
+  const bool single = !dblprec && iformat != static_cast<integer>(Encoding::formatted);
+  single ? allocate(sqvar) : allocate(dqvar);
 }
 
 void read_whole_body(RestartRead& read, integer nblocks, const ExtentViews& extents) {
@@ -253,14 +246,6 @@ void read_whole_body(RestartRead& read, integer nblocks, const ExtentViews& exte
   }
   if (read.layout.counted_variables) mod_gridvars::numrstrtvar(1) = most_variables();
   if (read.unit.known()) read.read();
-}
-
-/// Releases the staging arrays after an exception.
-void release_staging(const LayoutTraits& layout) {
-  restart_staging.DW.deallocate();
-  restart_staging.DWTMP.deallocate();
-  restart_staging.WTMP.deallocate();
-  if (layout.triplets) restart_staging.DX.deallocate();
 }
 
 void read_restart(RestartRead& read, integer iformat, logical dblprec, integer nblocks,
@@ -297,7 +282,10 @@ void readp3drestart(const FileName& filename, integer iformat, logical dblprec, 
   } catch (const FailedRead&) {
     throw;
   } catch (...) {
-    release_staging(layout);
+    restart_staging.DW.deallocate();
+    restart_staging.DWTMP.deallocate();
+    restart_staging.WTMP.deallocate();
+    if (layout.triplets) restart_staging.DX.deallocate();
     throw;
   }
 } catch (...) {

@@ -80,13 +80,6 @@ void prepare_variable_counts(const Unit& unit, integer nblocks) {
             "at most " + std::to_string(nfvar.size()) + ", for which nfvar is allocated");
 }
 
-/// Blocks without extents have a record in the body.
-recordio::Claim claim_of(DimensionKind dimensions) {
-  const bool in_one_record = dimensions == DimensionKind::one_record ||
-                             dimensions == DimensionKind::one_record_with_variables;
-  return in_one_record ? recordio::Claim::one_record : recordio::Claim::records;
-}
-
 /// Refuses extents or variable counts of fewer blocks than are written.
 void check_extents(const FileName& filename, const LayoutTraits& layout, integer nblocks,
                    const ExtentViews& extents) {
@@ -102,16 +95,6 @@ void check_extents(const FileName& filename, const LayoutTraits& layout, integer
   check_variable_counts(file, layout, nblocks);
 }
 
-void write_extents(const Unit& unit, DimensionKind dimensions, integer nblocks,
-                   const ExtentViews& extents) {
-  const bool counts = dimensions == DimensionKind::one_record_with_variables;
-  if (counts && !allocate_variable_counts(nblocks)) {
-    fail_run("out of memory for the variable counts");
-  }
-  if (dimensions == DimensionKind::none) return;
-  write_dimensions(unit, dimensions, nblocks, extents, std::as_const(nfvar));
-}
-
 }  // namespace
 
 void read_restart_header(const FileName& filename, integer iformat, logical dblprec,
@@ -123,10 +106,13 @@ void read_restart_header(const FileName& filename, integer iformat, logical dblp
   nblocks = 1;
   unit.open(filename, OpenStatus::old);
   read_lead(unit, layout, nblocks, dblprec, multiblock, extents);
-  require_room_for_dimensions(unit, nblocks, claim_of(layout.dimensions));
+  const bool counts = layout.dimensions == DimensionKind::one_record_with_variables;
+  const bool one_record = counts || layout.dimensions == DimensionKind::one_record;
+  // Blocks without extents have a record in the body.
+  require_room_for_dimensions(unit, nblocks,
+                              one_record ? recordio::Claim::one_record : recordio::Claim::records);
   extents = {};
   allocate_extents(unit, nblocks, extents.targets());
-  const bool counts = layout.dimensions == DimensionKind::one_record_with_variables;
   if (counts) prepare_variable_counts(unit, nblocks);
   if (!unit.known() || layout.dimensions == DimensionKind::none) return;
   read_dimensions(unit, layout.dimensions, nblocks, extents.targets(), counts ? &nfvar : nullptr);
@@ -179,7 +165,12 @@ void write_restart_header(const FileName& filename, integer iformat, logical dbl
   }
   walk_lead(layout, unit.coding(dblprec), static_cast<bool>(multiblock), std::as_const(header),
             [&](const recordio::WriteList& list) { unit.write(list); });
-  write_extents(unit, layout.dimensions, nblocks, extents);
+  const bool counts = layout.dimensions == DimensionKind::one_record_with_variables;
+  if (counts && !allocate_variable_counts(nblocks)) {
+    fail_run("out of memory for the variable counts");
+  }
+  if (layout.dimensions == DimensionKind::none) return;
+  write_dimensions(unit, layout.dimensions, nblocks, extents, std::as_const(nfvar));
 }
 
 void writerestartheader(const FileName& filename, integer iformat, logical dblprec, integer nblocks,

@@ -31,36 +31,27 @@ struct WholeWriter {
   void extend(const Extension&) const {}
 };
 
-/// Rows of the flow array, or of its staging array if that is smaller.
-std::int64_t flow_rows(const RestartWrite& write) {
-  const std::int64_t rows = write.varvalues.extent(1);
-  return holds_doubles(write.coding) ? std::min(variables_per_point(), rows) : rows;
-}
-
 /// Refuses invalid arguments before the file is touched.
 void check_arguments(const RestartWrite& write) {
   const integer highest = checked_highest_to_write(write);
-  if (write.points.total > 0) check_variables(write.filename, highest, flow_rows(write));
+  std::int64_t rows = write.varvalues.extent(1);
+  // The staging array may be smaller.
+  if (holds_doubles(write.coding)) rows = std::min(variables_per_point(), rows);
+  if (write.points.total > 0) check_variables(write.filename, highest, rows);
   check_parameters_to_write(write, write.nparamrows);
   check_points(restart_file(write.filename), "varvalues", write.varvalues.extent(2), write.points);
   check_triplets(write, "auxvalues", write.auxvalues);
-}
-
-/// Allocates the staging arrays of a double-precision file.
-void allocate_staging(const RestartWrite& write, allocatable<double, 2>& flow,
-                      allocatable<double, 2>& triplets) {
-  if (!holds_doubles(write.coding)) return;
-  if (!allocate_checked(flow, variables_per_point(), write.points.total) ||
-      (write.layout.triplets && !allocate_checked(triplets, triplet, write.points.total))) {
-    refuse_restart(write.filename, "out of memory for a copy in double precision");
-  }
 }
 
 void write_body(const RestartWrite& write) {
   create_parameters_to_write(write, write.nparamrows);
   allocatable<double, 2> flow;
   allocatable<double, 2> triplets;
-  allocate_staging(write, flow, triplets);
+  if (holds_doubles(write.coding) &&
+      (!allocate_checked(flow, variables_per_point(), write.points.total) ||
+       (write.layout.triplets && !allocate_checked(triplets, triplet, write.points.total)))) {
+    refuse_restart(write.filename, "out of memory for a copy in double precision");
+  }
   const WholeWriter writer{write,
                            {write.coding,
                             write.points,

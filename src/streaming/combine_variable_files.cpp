@@ -21,7 +21,6 @@ struct Combination : RestartFile {
   std::int64_t variables;
 };
 
-/// The unit of the temporary file of a variable.
 Unit unit_of(integer variable) {
   return {unit_number::temporary(variable), temporary_file_format};
 }
@@ -100,7 +99,6 @@ struct Combiner {
   }
 
  private:
-  /// The first value of a variable.
   template <class Slots>
   static auto* slot_of(Slots& slots, integer variable) {
     return slots.data() + (variable - 1) * slots.extent(1);
@@ -117,14 +115,6 @@ struct Combiner {
     }
   }
 };
-
-/// Refuses more variables than `tmpfile` holds.
-void check_count(const Combination& combination) {
-  if (combination.variables <= tmpfile.size()) return;
-  refuse_restart(combination.filename, std::to_string(combination.variables) +
-                                           " variables cannot be combined, at most " +
-                                           std::to_string(tmpfile.size()) + " can");
-}
 
 /// Refuses invalid arguments before a file is opened.
 void check_arguments(const Combination& combination) {
@@ -176,7 +166,11 @@ void combinep3dvarfiles(array_view<const float, 2> leadvalues, const FileName& f
                                 nparamrows,
                                 variables_per_point()};
   const bool writable = output.known() && layout.writable;
-  check_count(combination);
+  if (combination.variables > tmpfile.size()) {
+    refuse_restart(filename, std::to_string(combination.variables) +
+                                 " variables cannot be combined, at most " +
+                                 std::to_string(tmpfile.size()) + " can");
+  }
   if (writable) check_arguments(combination);
   // The table is not used, but hosts are told of its allocation.
   allocatable<integer, 1> units;

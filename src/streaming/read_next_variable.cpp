@@ -68,7 +68,6 @@ struct VariableReader {
   }
 };
 
-/// Refuses invalid variable numbers.
 void check_variable(const VariableRead& read, std::int64_t variables) {
   if (read.ivar >= 1 && read.ivar <= variables) return;
   refuse_restart(read.filename, "there is no variable " + std::to_string(read.ivar) +
@@ -134,15 +133,6 @@ void read_variable(const VariableRead& read, allocatable<Real, 2>& staging,
   steps.deallocate();
 }
 
-void read_body(const VariableRead& read) {
-  OneVariableStaging& staging = one_variable_staging;
-  if (holds_singles(read.coding)) {
-    read_variable(read, staging.SW, staging.SPNTR);
-  } else {
-    read_variable(read, staging.DW, staging.DPNTR);
-  }
-}
-
 }  // namespace
 
 void readnextp3dvar(integer ivar, const FileName& filename, integer iformat, logical dblprec,
@@ -165,7 +155,11 @@ void readnextp3dvar(integer ivar, const FileName& filename, integer iformat, log
   read_restart_header(filename, iformat, dblprec, scratch, rsttype, multiblock, extents);
   require_plausible_extents(unit, extents);
   try {
-    if (unit.known()) read_body(read);
+    OneVariableStaging& staging = one_variable_staging;
+    if (unit.known()) {
+      holds_singles(read.coding) ? read_variable(read, staging.SW, staging.SPNTR)
+                                 : read_variable(read, staging.DW, staging.DPNTR);
+    }
   } catch (const FailedRead&) {
     throw;
   } catch (...) {
