@@ -188,13 +188,13 @@ Search search(const std::string& path, const StatedRestartForm& stated,
 }  // namespace
 
 Found find_grid(const std::string& path, const StatedGridForm& stated, Look look) {
-  const bool known = look == Look::where_needed && says_all(stated);
+  const bool known = look == Look::where_needed && is_complete(stated);
   return known ? as_stated(path, applied_to(GridForm(), stated)) : search(path, stated).settle();
 }
 
 Found find_restart(const std::string& path, const StatedRestartForm& stated,
                    const std::optional<Extents>& grid, Look look) {
-  const bool known = look == Look::where_needed && says_all(stated);
+  const bool known = look == Look::where_needed && is_complete(stated);
   return known ? as_stated(path, applied_to(RestartForm(), stated))
                : search(path, stated, grid).settle();
 }

@@ -101,8 +101,7 @@ std::vector<BlankingCounts> count_blanking(const Grid& grid) {
 }
 
 std::string digits_in(const RestartForm& form, double value) {
-  const bool rounded = !is_text(form.coding) && !holds_doubles(form.coding);
-  return rounded ? digits(static_cast<float>(value)) : digits(value);
+  return holds_singles(form.coding) ? digits(static_cast<float>(value)) : digits(value);
 }
 
 std::string HeaderValue::text(const RestartForm& form) const {

@@ -130,6 +130,10 @@ using StatedCoding = BasicCoding<std::optional>;  ///< the known members
 [[nodiscard]] constexpr bool holds_doubles(const Coding& coding) {
   return !is_text(coding) && coding.precision == Precision::double_precision;
 }
+/// Whether the file holds 32-bit reals; false for text.
+[[nodiscard]] constexpr bool holds_singles(const Coding& coding) {
+  return !is_text(coding) && coding.precision == Precision::single_precision;
+}
 /// Bytes of a real in an unformatted or binary file.
 [[nodiscard]] constexpr std::int64_t real_bytes(const Coding& coding) {
   return coding.precision == Precision::double_precision ? 8 : 4;
@@ -200,9 +204,9 @@ using StatedRestartForm = BasicRestartForm<std::optional>;  ///< the known membe
 [[nodiscard]] StatedRestartForm stated_as(const RestartForm& form);
 
 /// Whether all members that matter are stated.
-[[nodiscard]] bool says_all(const StatedGridForm& stated);
-/// @copydoc says_all
-[[nodiscard]] bool says_all(const StatedRestartForm& stated);
+[[nodiscard]] bool is_complete(const StatedGridForm& stated);
+/// @copydoc is_complete
+[[nodiscard]] bool is_complete(const StatedRestartForm& stated);
 
 /// "unformatted, little-endian, single precision" or "formatted".
 [[nodiscard]] std::string describe(const Coding& coding);

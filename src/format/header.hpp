@@ -24,7 +24,7 @@ namespace recordio = mod_p3dgrid::recordio;
 
 /// Kind of the time-step size of a header. Text has the digits of a double.
 [[nodiscard]] constexpr recordio::FileKind step_kind(const Coding& coding) {
-  return is_text(coding) ? recordio::FileKind::real8 : real_kind(coding);
+  return holds_singles(coding) ? recordio::FileKind::real4 : recordio::FileKind::real8;
 }
 
 /// Records of older time levels per block of layout 0 for a time-integration scheme.
