@@ -74,6 +74,11 @@ class Evidence {
     if (offset < 0 || offset > size_ - 4) return std::nullopt;
     return recordio::integer_at(file_, offset, order);
   }
+  /// The same for a record marker.
+  [[nodiscard]] std::optional<std::int64_t> marker(std::int64_t offset, const Coding& coding) {
+    if (offset < 0 || offset > size_ - marker_size(coding)) return std::nullopt;
+    return recordio::marker_at(file_, offset, coding);
+  }
   /// Samples `count` integers from byte `begin` on.
   [[nodiscard]] IntegerSample sample_integers(std::int64_t begin, std::int64_t count,
                                               ByteOrder order);
