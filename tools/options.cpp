@@ -1,5 +1,6 @@
 #include "options.hpp"
 
+#include <algorithm>
 #include <cstdlib>
 #include <utility>
 
@@ -23,6 +24,15 @@ std::string wrong_sections(const std::string& text) {
 
 /// Adds an option for each member of the form of a file that is read or written.
 struct MemberOptions {
+/// The words that select a value, its name first.
+std::vector<std::string> words_for(Encoding encoding) {
+  if (encoding == Encoding::formatted) return {name_of(encoding), "text", "ascii"};
+  return {name_of(encoding)};
+}
+std::vector<std::string> words_for(auto value) {
+  return {name_of(value)};
+}
+
   Command& command;
   std::string prefix;
   const char* group;
@@ -34,12 +44,14 @@ struct MemberOptions {
     const auto take = [&choice, &member](const std::string& word) {
       choice.reset();
       for (const Value value : member.choices) {
-        if (word == name_of(value)) choice = value;
+        if (std::ranges::count(words_for(value), word) > 0) choice = value;
       }
     };
     Option& option = add(member, take);
     if (read) option.choices.emplace_back(automatic);
-    for (const Value value : member.choices) option.choices.emplace_back(name_of(value));
+    for (const Value value : member.choices) {
+      std::ranges::copy(words_for(value), std::back_inserter(option.choices));
+    }
   }
 
   void operator()(const Member<std::optional<Sections>>& member,
