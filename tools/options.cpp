@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <utility>
 
+#include "file_names.hpp"
+
 namespace p3dgrid::tool {
 namespace {
 
@@ -22,8 +24,6 @@ std::string wrong_sections(const std::string& text) {
          "most 30";
 }
 
-/// Adds an option for each member of the form of a file that is read or written.
-struct MemberOptions {
 /// The words that select a value, its name first.
 std::vector<std::string> words_for(Encoding encoding) {
   if (encoding == Encoding::formatted) return {name_of(encoding), "text", "ascii"};
@@ -33,6 +33,8 @@ std::vector<std::string> words_for(auto value) {
   return {name_of(value)};
 }
 
+/// Adds an option for each member of the form of a file that is read or written.
+struct MemberOptions {
   Command& command;
   std::string prefix;
   const char* group;
@@ -94,8 +96,9 @@ void add_grid_of_restart(Command& command, std::string& path) {
                              .target = &path,
                              .meaning = "the grid that a restart file belongs to; they must agree",
                              .value_name = "GRID",
-                             .check = not_empty,
-                             .group = restart_group});
+                             .check = wrong_name,
+                             .group = restart_group,
+                             .is_input = true});
 }
 
 void add_target_options(Command& command, StatedGridForm& change) {

@@ -237,6 +237,7 @@ class DebianPackage(InstalledTest):
         self.assertIn("Package: p3dgrid\n", fields)
         self.assertIn(f"Version: {version}\n", fields)
         self.assertRegex(fields, r"\nDepends: .*libc6")
+        self.assertRegex(fields, r"\nDepends: .*zlib1g")
         self.assertNotRegex(fields, r"\nMaintainer: .*@")
         root = self.path("root")
         self.run_checked("dpkg-deb", "--extract", package, root)
