@@ -2,14 +2,13 @@
 #include <cmath>
 
 #include "info.hpp"
+#include "primitive.hpp"
 #include "table.hpp"
 
 namespace p3dgrid::tool {
 namespace {
 
 constexpr std::array coordinate_names = {"x", "y", "z"};
-constexpr std::array solution_names = {"density", "x-momentum", "y-momentum", "z-momentum",
-                                       "energy"};
 
 /// Accumulates the values of one variable; points are counted from 0.
 struct Running {

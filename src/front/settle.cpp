@@ -68,13 +68,13 @@ Fit fit_of(const std::string& path, const Reading& reading) {
 }  // namespace
 
 Reading settle_grid(const std::string& path, const StatedGridForm& stated) {
-  if (says_all(stated)) return {.form = applied_to(GridForm(), stated), .checked = false};
+  if (is_complete(stated)) return {.form = applied_to(GridForm(), stated), .checked = false};
   return only_reading(path, detect_grid(path, stated), true);
 }
 
 Reading settle_restart(const std::string& path, const StatedRestartForm& stated,
                        const std::shared_ptr<const Extents>& grid) {
-  if (says_all(stated)) {
+  if (is_complete(stated)) {
     return {.form = applied_to(RestartForm(), stated), .extents = grid, .checked = false};
   }
   return only_reading(path, detect_restart(path, stated, grid), false);
