@@ -16,12 +16,12 @@ bool is_regular(const std::string& path) {
   return std::filesystem::is_regular_file(path, error);
 }
 
-/// Runs `look` and turns a `FileError` into a Failure.
+/// Runs `look` and turns a `Error` into a Failure.
 template <class Look>
 auto looking(const Look& look) {
   try {
     return look();
-  } catch (const FileError& error) {
+  } catch (const Error& error) {
     throw Unusable(error.what());
   }
 }
@@ -185,7 +185,7 @@ Search search(const std::string& path, const StatedRestartForm& stated,
 }  // namespace
 
 Found find_grid(const std::string& path, const StatedGridForm& stated, Look look) {
-  const bool known = look == Look::where_needed && says_all(stated);
+  const bool known = look == Look::where_needed && is_complete(stated);
   return known ? as_stated(path, applied_to(GridForm(), stated)) : search(path, stated).settle();
 }
 
@@ -196,7 +196,7 @@ Found find_restart(const std::string& path, const StatedRestartForm& stated,
     throw Unusable(path + ": cannot be what " + text_of(options_of(stated)) + " says; " +
                    no_planar_files);
   }
-  const bool known = look == Look::where_needed && says_all(stated);
+  const bool known = look == Look::where_needed && is_complete(stated);
   return known ? as_stated(path, applied_to(RestartForm(), stated))
                : search(path, stated, grid).settle();
 }

@@ -2,6 +2,7 @@
 #include <cmath>
 #include <nlohmann/json.hpp>
 
+#include "gzip.hpp"
 #include "info.hpp"
 #include "table.hpp"
 
@@ -75,7 +76,7 @@ Json form_of(const RestartForm& form, const Sections* sections) {
 Json beginning(const std::string& path, const Found& found, const char* kind, const Json& form) {
   return {
       {"schema", schema},
-      {"file", path},
+      {"file", original_path(path)},
       {"kind", kind},
       {"form", form},
       {"found",

@@ -2,14 +2,13 @@
 #include <cmath>
 
 #include "info.hpp"
+#include "primitive.hpp"
 #include "table.hpp"
 
 namespace p3dgrid::tool {
 namespace {
 
 constexpr std::array coordinate_names = {"x", "y", "z"};
-constexpr std::array solution_names = {"density", "x-momentum", "y-momentum", "z-momentum",
-                                       "energy"};
 
 /// Accumulates the values of one variable; points are counted from 0.
 struct Running {
@@ -101,8 +100,7 @@ std::vector<BlankingCounts> count_blanking(const Grid& grid) {
 }
 
 std::string digits_in(const RestartForm& form, double value) {
-  const bool rounded = !is_text(form.coding) && !holds_doubles(form.coding);
-  return rounded ? digits(static_cast<float>(value)) : digits(value);
+  return holds_singles(form.coding) ? digits(static_cast<float>(value)) : digits(value);
 }
 
 std::string HeaderValue::text(const RestartForm& form) const {

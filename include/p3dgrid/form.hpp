@@ -157,6 +157,10 @@ using StatedCoding = BasicCoding<std::optional>;  ///< the known members
 [[nodiscard]] constexpr bool holds_doubles(const Coding& coding) {
   return !is_text(coding) && coding.precision == Precision::double_precision;
 }
+/// Whether the file holds 32-bit reals; false for text.
+[[nodiscard]] constexpr bool holds_singles(const Coding& coding) {
+  return !is_text(coding) && coding.precision == Precision::single_precision;
+}
 /// Bytes of a real in an unformatted or binary file.
 [[nodiscard]] constexpr std::int64_t real_bytes(const Coding& coding) {
   return coding.precision == Precision::double_precision ? 8 : 4;
@@ -239,9 +243,9 @@ using StatedRestartForm = BasicRestartForm<std::optional>;  ///< the known membe
 [[nodiscard]] StatedRestartForm stated_as(const RestartForm& form);
 
 /// Whether all members that matter are stated.
-[[nodiscard]] bool says_all(const StatedGridForm& stated);
-/// @copydoc says_all
-[[nodiscard]] bool says_all(const StatedRestartForm& stated);
+[[nodiscard]] bool is_complete(const StatedGridForm& stated);
+/// @copydoc is_complete
+[[nodiscard]] bool is_complete(const StatedRestartForm& stated);
 
 /// "unformatted, little-endian, single precision" or "formatted".
 [[nodiscard]] std::string describe(const Coding& coding);
@@ -252,6 +256,19 @@ using StatedRestartForm = BasicRestartForm<std::optional>;  ///< the known membe
 /// "1-5,6-7".
 [[nodiscard]] std::string describe(const Sections& sections);
 
+/// Number of points of a block, or an index, in the three directions.
+struct BlockExtents {
+  std::int32_t i = 0;  ///< fastest
+  std::int32_t j = 0;  ///< second
+  std::int32_t k = 0;  ///< slowest
+
+  /// Number of points.
+  [[nodiscard]] constexpr std::int64_t points() const { return std::int64_t{i} * j * k; }
+
+  /// Compares all three.
+  friend bool operator==(const BlockExtents&, const BlockExtents&) = default;
+};
+
 /// Number of points of each block in the three directions.
 struct Extents {
   std::vector<std::int32_t> i;  ///< an entry per block
@@ -261,9 +278,17 @@ struct Extents {
   /// Number of blocks.
   [[nodiscard]] std::int32_t blocks() const { return static_cast<std::int32_t>(i.size()); }
 
+  /// Extents of a block, counted from 0.
+  [[nodiscard]] BlockExtents of(std::size_t block) const { return {i[block], j[block], k[block]}; }
+
   /// Points of a block, counted from 0.
-  [[nodiscard]] std::int64_t points_of(std::size_t block) const {
-    return std::int64_t{i[block]} * j[block] * k[block];
+  [[nodiscard]] std::int64_t points_of(std::size_t block) const { return of(block).points(); }
+
+  /// Appends a block.
+  void add(const BlockExtents& block) {
+    i.push_back(block.i);
+    j.push_back(block.j);
+    k.push_back(block.k);
   }
 
   /// Points of all blocks.

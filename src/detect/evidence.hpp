@@ -37,7 +37,7 @@ struct IntegerSample {
 /// The file being examined, and cached results about it.
 class Evidence {
  public:
-  /// Throws `FileError`.
+  /// Throws `Error`.
   explicit Evidence(std::string path);
 
   [[nodiscard]] std::int64_t size() const { return size_; }
@@ -115,16 +115,18 @@ class Evidence {
   std::int64_t text_commas_ = 0;
 };
 
-/// Examines a file with `examine`. Throws `FileError` for errors of the system.
+/// Examines a file with `examine`. Throws `Error` for errors of the system.
 template <class Examine>
 auto with_evidence(const std::string& path, Examine examine) {
   try {
     Evidence file(path);
     return examine(file);
   } catch (const recordio::SystemError& failure) {
-    throw FileError(path + ": " + std::generic_category().message(failure.error));
+    throw Error({.kind = ErrorKind::system,
+                 .file = path,
+                 .reason = std::generic_category().message(failure.error)});
   } catch (const recordio::ReadError& failure) {
-    throw FileError(path + ": " + failure.found);
+    throw Error({.kind = ErrorKind::system, .file = path, .reason = failure.found});
   }
 }
 

@@ -3,9 +3,7 @@
 #include "MOD_P3DReader.hpp"
 #include "state/messages.hpp"
 #include "state/point_numbering.hpp"
-#include "state/run_end.hpp"
 #include "state/unit.hpp"
-#include "state/unit_numbers.hpp"
 
 namespace mod_p3dgrid {
 namespace {
@@ -26,13 +24,6 @@ std::string zone_line(integer block, const BlockExtents& extents) {
   return "ZONE T=\"ZONE-" + column(block, block_digits, '0') +
          "\" I=" + column(i, extent_digits, '0') + " J=" + column(j, extent_digits, '0') +
          " K=" + column(k, extent_digits, '0');
-}
-
-void check_points(const std::string& file, const char* name, std::int64_t held,
-                  const PointNumbering& points) {
-  if (held >= points.total) return;
-  fail_run(file + ": " + name + " holds " + std::to_string(held) + " points, " +
-           std::to_string(points.total) + " are needed");
 }
 
 /// All rows of an array at the points of a block.

@@ -131,11 +131,11 @@ StatedRestartForm stated_as(const RestartForm& form) {
   return all_of<StatedRestartForm>(form);
 }
 
-bool says_all(const StatedGridForm& stated) {
+bool is_complete(const StatedGridForm& stated) {
   return all_stated(stated);
 }
 
-bool says_all(const StatedRestartForm& stated) {
+bool is_complete(const StatedRestartForm& stated) {
   StatedRestartForm needed = stated;
   if (stated.layout && !traits_of(*stated.layout).may_hold_count()) needed.multiblock = false;
   return all_stated(needed);

@@ -92,7 +92,7 @@ std::int32_t absent_variable(const LayoutTraits& layout, const Coding& coding) {
 }
 
 bool reads_triplets(const LayoutTraits& layout, const Coding& coding) {
-  return layout.triplets && (layout.extensions || is_text(coding) || holds_doubles(coding));
+  return layout.triplets && (layout.extensions || !holds_singles(coding));
 }
 
 const Extension* extension_of(std::int32_t flag, std::int32_t position) {

@@ -5,7 +5,6 @@
 #include "grid/coordinates.hpp"
 #include "grid/dimensions.hpp"
 #include "state/messages.hpp"
-#include "state/unit_numbers.hpp"
 
 namespace mod_p3dgrid {
 namespace {

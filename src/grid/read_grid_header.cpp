@@ -3,7 +3,6 @@
 #include "MOD_P3DReader.hpp"
 #include "grid/coordinates.hpp"
 #include "grid/dimensions.hpp"
-#include "state/unit_numbers.hpp"
 
 namespace mod_p3dgrid {
 namespace {

@@ -7,7 +7,6 @@
 #include "grid/dimensions.hpp"
 #include "state/messages.hpp"
 #include "state/run_end.hpp"
-#include "state/unit_numbers.hpp"
 
 namespace mod_p3dgrid {
 namespace {

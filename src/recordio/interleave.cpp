@@ -11,26 +11,6 @@ namespace {
 /// vectorise, which is three times as fast as line by line.
 constexpr std::int64_t most_lines = 8;
 
-template <int Lines, class Line, class Point>
-void interleave_lines(const Line* lines, std::int64_t distance, std::int64_t count, Point* points,
-                      std::int64_t stride) {
-  for (std::int64_t i = 0; i < count; ++i) {
-    for (int r = 0; r < Lines; ++r) {
-      points[i * stride + r] = static_cast<Point>(lines[r * distance + i]);
-    }
-  }
-}
-
-template <int Lines, class Point, class Line>
-void deinterleave_lines(const Point* points, std::int64_t stride, Line* lines,
-                        std::int64_t distance, std::int64_t count) {
-  for (std::int64_t i = 0; i < count; ++i) {
-    for (int r = 0; r < Lines; ++r) {
-      lines[r * distance + i] = static_cast<Line>(points[i * stride + r]);
-    }
-  }
-}
-
 /// Calls `visit` with the number of lines, 1 to `most_lines`, as a template argument.
 template <int Lines = 1, class Visit>
 void with_lines(std::int64_t lines, Visit visit) {
@@ -40,26 +20,35 @@ void with_lines(std::int64_t lines, Visit visit) {
   visit.template operator()<Lines>();
 }
 
+/// Calls `copy(value of a line, value of a point)` for all values.
+template <class Line, class Point, class Copy>
+void for_each_value(Line* lines, std::int64_t distance, std::int64_t rows, std::int64_t count,
+                    Point* points, std::int64_t stride, Copy copy) {
+  for (std::int64_t row = 0; row < rows; row += most_lines) {
+    with_lines(std::min(most_lines, rows - row), [&]<int Lines>() {
+      for (std::int64_t i = 0; i < count; ++i) {
+        for (int r = 0; r < Lines; ++r) {
+          copy(lines[(row + r) * distance + i], points[i * stride + row + r]);
+        }
+      }
+    });
+  }
+}
+
 }  // namespace
 
 template <class Line, class Point>
 void interleave(const Line* lines, std::int64_t distance, std::int64_t rows, std::int64_t count,
                 Point* points, std::int64_t stride) {
-  for (std::int64_t row = 0; row < rows; row += most_lines) {
-    with_lines(std::min(most_lines, rows - row), [&]<int Lines>() {
-      interleave_lines<Lines>(lines + row * distance, distance, count, points + row, stride);
-    });
-  }
+  for_each_value(lines, distance, rows, count, points, stride,
+                 [](const Line& from, Point& to) { to = static_cast<Point>(from); });
 }
 
 template <class Point, class Line>
 void deinterleave(const Point* points, std::int64_t stride, Line* lines, std::int64_t distance,
                   std::int64_t rows, std::int64_t count) {
-  for (std::int64_t row = 0; row < rows; row += most_lines) {
-    with_lines(std::min(most_lines, rows - row), [&]<int Lines>() {
-      deinterleave_lines<Lines>(points + row, stride, lines + row * distance, distance, count);
-    });
-  }
+  for_each_value(lines, distance, rows, count, points, stride,
+                 [](Line& to, const Point& from) { to = static_cast<Line>(from); });
 }
 
 #define P3D_INSTANTIATE(Line, Point)                                                        \

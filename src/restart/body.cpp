@@ -12,10 +12,6 @@ namespace mod_p3dgrid {
 
 using recordio::FileKind;
 
-bool parameters_are_double(const Coding& coding) {
-  return is_text(coding) || holds_doubles(coding);
-}
-
 std::vector<BodyRecord> block_records(const LayoutTraits& layout, const Coding& coding,
                                       std::optional<integer> leading, integer older_levels) {
   const auto& table = mod_gridvars::rstrtvarsct;
@@ -94,23 +90,14 @@ integer variables_of_block(integer block) {
 
 void skip_older_level(const Unit& unit, const Coding& coding, integer points,
                       const BodyRecord& record) {
+  if (is_text(coding)) {
+    unit.fail("a text file", "an unformatted record of an older time level");
+  }
   // With an invalid table the number of bytes could exceed 64 bits.
   constexpr std::int64_t most =
       std::numeric_limits<std::int64_t>::max() / bytes_of(FileKind::real8);
   const std::int64_t values = std::min(most, record.values_per_point() * points);
   unit.read({recordio::dropped(real_kind(coding), values)});
-}
-
-void ReadingVisitor::move_flag(integer position) const {
-  unit_.read({recordio::scalar(iflag(position))});
-}
-
-void ReadingVisitor::unterminated_chain() const {
-  unit_.fail("three flags, none of them 999", "a chain of at most three flags that ends with 999");
-}
-
-void WritingVisitor::move_flag(integer position) const {
-  unit_.write({recordio::scalar(std::as_const(iflag)(position))});
 }
 
 bool extension_chain_ends() {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "MOD_P3DReader.hpp"
@@ -24,9 +25,6 @@ using p3dgrid::Extension;
 using p3dgrid::LayoutTraits;
 using p3dgrid::real_kind;
 using p3dgrid::triplet;
-
-/// Whether the flow parameters of layout 2 are in `dqvar`, as for all text, rather than in `sqvar`.
-[[nodiscard]] bool parameters_are_double(const Coding& coding);
 
 /// The records of one block according to the section table of `mod_gridvars`. More sections than
 /// the table holds are a fatal error.
@@ -61,16 +59,16 @@ using p3dgrid::triplet;
 /// Visits a body in file order. The visitor has
 /// - `begin_block(integer block)`,
 /// - `move(const BodyRecord&)`, which reads or writes one record,
-/// - `move_flag(integer position)`, which reads or writes `iflag(position)`,
-/// - `extend(const Extension&)`, called before the records of an extension,
-/// - `unterminated_chain()`, called if the last entry of `iflag` does not end the chain.
-template <class Visitor>
-void walk_body(BodyWalk walk, Visitor& visitor) {
+/// - `extend(const Extension&)`, called before the records of an extension.
+/// Returns false if the last entry of `iflag` does not end the chain.
+/// @param move_flag  reads or writes `iflag(position)`
+template <class Visitor, class MoveFlag>
+bool walk_body(BodyWalk walk, Visitor& visitor, MoveFlag move_flag) {
   while (const std::optional<BodyRecord> record = walk.next()) {
     if (record->kind == BodyRecordKind::block) {
       visitor.begin_block(record->block);
     } else if (record->kind == BodyRecordKind::flag) {
-      visitor.move_flag(record->flag);
+      move_flag(record->flag);
       const integer flag = iflag(record->flag);
       walk.set_flag(flag);
       const Extension* const extension = p3dgrid::extension_of(flag, record->flag);
@@ -79,49 +77,40 @@ void walk_body(BodyWalk walk, Visitor& visitor) {
       visitor.move(*record);
     }
   }
-  if (walk.unterminated_chain()) visitor.unterminated_chain();
+  return !walk.unterminated_chain();
 }
 
-/// Reads a record of an older time level and discards it. Text has no such records.
+/// Reads a body. An unterminated chain is a failed read.
+template <class Visitor>
+void read_records(const Unit& unit, BodyWalk walk, Visitor& visitor) {
+  const auto read_flag = [&](integer position) { unit.read({recordio::scalar(iflag(position))}); };
+  if (walk_body(std::move(walk), visitor, read_flag)) return;
+  unit.fail("three flags, none of them 999", "a chain of at most three flags that ends with 999");
+}
+
+/// Writes a body. The chain has been checked before the file was opened.
+template <class Visitor>
+void write_records(const Unit& unit, BodyWalk walk, Visitor& visitor) {
+  walk_body(std::move(walk), visitor, [&](integer position) {
+    unit.write({recordio::scalar(std::as_const(iflag)(position))});
+  });
+}
+
+/// Reads a record of an older time level and discards it. Fails for text, which has no such
+/// records.
 void skip_older_level(const Unit& unit, const Coding& coding, integer points,
                       const BodyRecord& record);
 
-/// Base of visitors that read: reads flags into `iflag`; an unterminated chain is a failed read.
-class ReadingVisitor {
- public:
-  void move_flag(integer position) const;
-  void unterminated_chain() const;
-
- protected:
-  explicit ReadingVisitor(const Unit& unit) : unit_(unit) {}
-  const Unit& unit_;
-};
-
-/// Base of visitors that write: writes flags from `iflag`, whose chain has been checked before the
-/// file was opened.
-class WritingVisitor {
- public:
-  void move_flag(integer position) const;
-  void unterminated_chain() const {}
-
- protected:
-  explicit WritingVisitor(const Unit& unit) : unit_(unit) {}
-  const Unit& unit_;
-};
-
 /// The list for a record of a block. `arrays` appends the entries with
-/// - `add_parameters(list, record)` for the flow parameters,
-/// - `add_triplets(list, block)` for the three values per point,
-/// - `add_variables(list, block, section)` for adjacent variables, in order.
+/// - `parameters_of(record)` for the flow parameters,
+/// - `triplets_of(block)` for the three values per point,
+/// - `add_variables(list, block, section)` for adjacent variables; the others return them.
 /// Not for records of older time levels.
 template <class Memory, class Arrays>
 [[nodiscard]] recordio::RecordList<Memory> list_of(Arrays& arrays, const BodyRecord& record) {
+  if (record.kind == BodyRecordKind::parameters) return {arrays.parameters_of(record)};
   recordio::RecordList<Memory> list;
-  if (record.kind == BodyRecordKind::parameters) {
-    arrays.add_parameters(list, record);
-    return list;
-  }
-  if (record.kind == BodyRecordKind::leading) arrays.add_triplets(list, record.block);
+  if (record.kind == BodyRecordKind::leading) list.push_back(arrays.triplets_of(record.block));
   for (const p3dgrid::Section& variables : record.held()) {
     arrays.add_variables(list, record.block, variables);
   }
@@ -162,7 +151,7 @@ template <class Memory>
     const auto kind = recordio::kind_of<std::remove_reference_t<decltype(*parameters.data())>>();
     return {kind, kind, parameters.data() + (row - 1), 1, parameters.extent(1), count};
   };
-  return parameters_are_double(coding) ? entry("dqvar", dqvar) : entry("sqvar", sqvar);
+  return holds_singles(coding) ? entry("sqvar", sqvar) : entry("dqvar", dqvar);
 }
 
 /// Copies the first `rows` values of each of `points` points, rounding if `To` is narrower. The
@@ -198,18 +187,16 @@ struct WholeArrays {
   integer last_parameter_row;    ///< row for all further blocks
   StagingArrays staging = {};
 
-  template <class List>
-  void add_parameters(List& list, const BodyRecord& record) const {
-    list.push_back(parameter_row<recordio::MemoryOf<Real>>(
-        coding, record, std::min(record.block, last_parameter_row)));
+  using Memory = recordio::MemoryOf<Real>;
+  [[nodiscard]] recordio::Values<Memory> parameters_of(const BodyRecord& record) const {
+    return parameter_row<Memory>(coding, record, std::min(record.block, last_parameter_row));
   }
-  template <class List>
-  void add_triplets(List& list, integer block) const {
-    list.push_back(recordio::through_staging(
-        staging.triplets, variable_lines(triplets, points, block, {1, triplet})));
+  [[nodiscard]] recordio::Values<Memory> triplets_of(integer block) const {
+    return recordio::through_staging(staging.triplets,
+                                     variable_lines(triplets, points, block, {1, triplet}));
   }
-  template <class List>
-  void add_variables(List& list, integer block, const p3dgrid::Section& variables) const {
+  void add_variables(recordio::RecordList<Memory>& list, integer block,
+                     const p3dgrid::Section& variables) const {
     list.push_back(
         recordio::through_staging(staging.flow, variable_lines(flow, points, block, variables)));
   }

@@ -6,7 +6,6 @@
 #include "state/host.hpp"
 #include "state/messages.hpp"
 #include "state/run_end.hpp"
-#include "state/unit_numbers.hpp"
 
 namespace mod_p3dgrid {
 namespace {
@@ -15,13 +14,6 @@ namespace {
   write_line("");
   message("  --- CODE HALTED ---");
   stop_run();
-}
-
-void report_block_counts(integer ngrid, integer nrst) {
-  write_line("");
-  message("Number of blocks in Grid do not match the Restart file");
-  message("Number of Grid blocks   : ", ngrid);
-  message("Number of Restart blocks: ", nrst);
 }
 
 /// Extents of a block; 0 for a block that the file does not have.
@@ -62,7 +54,10 @@ void checkp3drstrtheader(const FileName& gridfile, integer gridformat, const Fil
   }
   p3dcloseunit(unit_number::restart_read);
   if (multiblock && ngrid != nrst) {
-    report_block_counts(ngrid, nrst);
+    write_line("");
+    message("Number of blocks in Grid do not match the Restart file");
+    message("Number of Grid blocks   : ", ngrid);
+    message("Number of Restart blocks: ", nrst);
     halt();
   }
   ExtentArrays grid;

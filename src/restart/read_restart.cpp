@@ -5,22 +5,21 @@
 
 #include "MOD_P3DReader.hpp"
 #include "restart/body.hpp"
-#include "restart/restart_arguments.hpp"
+#include "restart/restart_file.hpp"
 #include "restart/restart_header.hpp"
 #include "restart/staging.hpp"
 #include "state/allocation.hpp"
 #include "state/host.hpp"
 #include "state/messages.hpp"
-#include "state/unit_numbers.hpp"
 
 namespace mod_p3dgrid {
 namespace {
 
 allocatable<double, 2>& enlarged(const allocatable<double, 2>&) {
-  return restart_staging().DWTMP;
+  return restart_staging.DWTMP;
 }
 allocatable<float, 2>& enlarged(const allocatable<float, 2>&) {
-  return restart_staging().WTMP;
+  return restart_staging.WTMP;
 }
 
 /// Copies at most `rows` rows that both arrays have.
@@ -32,67 +31,60 @@ void copy_rows(const allocatable<From, 2>& from, allocatable<To, 2>& to, std::in
 }
 
 template <class Real>
-class WholeReader : public ReadingVisitor {
- public:
-  WholeReader(const Unit& unit, const LayoutTraits& layout, WholeArrays<Real> arrays,
-              allocatable<Real, 2>& flow)
-      : ReadingVisitor(unit), layout_(layout), arrays_(arrays), flow_(flow) {}
+struct WholeReader {
+  const RestartFile& file;
+  allocatable<Real, 2>& flow;
+  WholeArrays<Real> arrays;
 
   void begin_block(integer block) const {
     if (debugprint) message("Reading flow variables for grid ", block);
-    if (layout_.counted_variables) mod_gridvars::numrstrtvar(1) = variables_of_block(block);
+    if (file.layout.counted_variables) mod_gridvars::numrstrtvar(1) = variables_of_block(block);
     // Values that text leaves out, and rows that no record fills, are 0. Cleared block by block,
     // because the array may be far larger than the text.
-    if (is_text(arrays_.coding)) {
-      clear(arrays_.flow, block);
-      if (layout_.triplets) clear(arrays_.triplets, block);
+    if (is_text(file.coding)) {
+      clear(arrays.flow, block);
+      if (file.layout.triplets) clear(arrays.triplets, block);
     }
   }
 
   void move(const BodyRecord& record) const {
-    if (record.kind == BodyRecordKind::older_level) return skip_older_level(record);
+    if (record.kind == BodyRecordKind::older_level) {
+      return skip_older_level(file.unit, file.coding, file.points.npts(record.block), record);
+    }
     if (record.leaves_out()) clear_variable(record.absent, record.block);
-    unit_.read(list_of<void>(arrays_, record));
+    file.unit.read(list_of<void>(arrays, record));
     if (record.kind == BodyRecordKind::parameters) copy_parameters(record.block);
   }
 
   void extend(const Extension& extension) {
-    if (flow_.extent(1) < extension.variables.last) enlarge(extension);
+    if (flow.extent(1) < extension.variables.last) enlarge(extension);
     mod_gridvars::numrstrtvar(2) = extension.numrstrtvar;
   }
 
  private:
-  /// For text this is a failed read, since older levels are read as unformatted records.
-  void skip_older_level(const BodyRecord& record) const {
-    if (is_text(arrays_.coding)) {
-      unit_.fail("a text file", "an unformatted record of an older time level");
-    }
-    mod_p3dgrid::skip_older_level(unit_, arrays_.coding, arrays_.points.npts(record.block), record);
-  }
-
   void clear(array_view<Real, 2> array, integer block) const {
     const std::int64_t rows = array.extent(1);
-    std::fill_n(array.data() + arrays_.points.before(block) * rows,
-                arrays_.points.npts(block) * rows, Real{0});
+    std::fill_n(array.data() + file.points.before(block) * rows, file.points.npts(block) * rows,
+                Real{0});
   }
 
   void clear_variable(integer variable, integer block) const {
-    const std::int64_t rows = arrays_.flow.extent(1);
+    const std::int64_t rows = arrays.flow.extent(1);
     check_unchanged({variable, variable}, rows);
-    Real* const first = arrays_.flow.data() + arrays_.points.before(block) * rows + (variable - 1);
-    for (std::int64_t p = 0; p < arrays_.points.npts(block); ++p) first[p * rows] = Real{0};
+    Real* const first = arrays.flow.data() + file.points.before(block) * rows + (variable - 1);
+    for (std::int64_t p = 0; p < file.points.npts(block); ++p) first[p * rows] = Real{0};
   }
 
   void enlarge(const Extension& extension) {
-    const std::int64_t points = arrays_.points.total;
-    allocatable<Real, 2>& larger = enlarged(flow_);
-    unit_.require_array(allocate_staging(larger, extension.variables.last, points),
-                        "a larger array for the flow variables");
+    const std::int64_t points = file.points.total;
+    allocatable<Real, 2>& larger = enlarged(flow);
+    file.unit.require_array(allocate_staging(larger, extension.variables.last, points),
+                            "a larger array for the flow variables");
     // Rows that no record fills are 0.
     std::ranges::fill(larger.span(), Real{0});
-    copy_rows(flow_, larger, extension.kept, points);
-    flow_ = std::move(larger);
-    arrays_.flow = flow_;
+    copy_rows(flow, larger, extension.kept, points);
+    flow = std::move(larger);
+    arrays.flow = flow;
   }
 
   /// Copies the parameters of the block to the module variables, except from text.
@@ -103,23 +95,13 @@ class WholeReader : public ReadingVisitor {
       p3dre = static_cast<double>(parameters(block, 3));
       p3dtau = static_cast<double>(parameters(block, 4));
     };
-    if (is_text(arrays_.coding)) return;
-    return holds_doubles(arrays_.coding) ? copy(dqvar) : copy(sqvar);
+    if (is_text(file.coding)) return;
+    return holds_doubles(file.coding) ? copy(dqvar) : copy(sqvar);
   }
-
-  const LayoutTraits& layout_;
-  WholeArrays<Real> arrays_;
-  allocatable<Real, 2>& flow_;
 };
 
-/// Arguments and results of the header.
-struct RestartRead {
-  const FileName& filename;
-  const Unit& unit;
-  const LayoutTraits& layout;
-  Coding coding;
-  integer ngrid;
-  PointNumbering points;
+/// The number of blocks is that of the header.
+struct RestartRead : RestartFile {
   allocatable<float, 2>& varvalues;
   allocatable<float, 2>& auxvalues;
 
@@ -137,7 +119,7 @@ struct RestartRead {
     for (const BodyRecord& record : records()) per_point += record.variables_held();
     // The largest count determines the array.
     std::int64_t counted = 0;
-    for (integer b = 1; layout.counted_variables && b <= ngrid; ++b) {
+    for (integer b = 1; layout.counted_variables && b <= nblocks; ++b) {
       const integer variables = variables_of_block(b);
       if (variables < 0) {
         unit.fail(std::to_string(variables) + " variables in block " + std::to_string(b),
@@ -150,14 +132,13 @@ struct RestartRead {
                       "the flow variables of " + std::to_string(points.total) + " points");
   }
 
-  /// Allocates the triplets of layouts 100 and 101.
   void prepare_triplets() const {
     if (!layout.triplets) return;
     mod_gridvars::numrstrtvar(1) = p3dgrid::solution_variables;
     iflag.fill(0);
     integer status = auxvalues.allocate(triplet, points.total);
     bool usable = true;
-    auto& DX = restart_staging().DX;
+    auto& DX = restart_staging.DX;
     const bool doubles = holds_doubles(coding);
     if (doubles && status == allocation_done) status = DX.allocate(triplet, points.total);
     host::checkallocationerror(status);
@@ -169,13 +150,12 @@ struct RestartRead {
                        "an unallocated array for triplets");
   }
 
-  /// Reads the body into allocated arrays.
   template <class Real>
   void read_into(allocatable<Real, 2>& flow, allocatable<Real, 2>& triplets,
                  const StagingArrays& staging = {}) {
     prepare_triplets();
-    WholeReader<Real> reader(unit, layout, {coding, points, flow, triplets, ngrid, staging}, flow);
-    walk_body({records(), ngrid, layout.extensions}, reader);
+    WholeReader<Real> reader{*this, flow, {coding, points, flow, triplets, nblocks, staging}};
+    read_records(unit, {records(), nblocks, layout.extensions}, reader);
   }
 
   /// Checks the table and the file before memory is allocated.
@@ -185,7 +165,7 @@ struct RestartRead {
     if (points.total > 0) check_variables(filename, highest, variables);
     require_room_for_flow();
     if (holds_doubles(coding)) {
-      unit.require_array(allocate_staging(restart_staging().DW, variables, points.total),
+      unit.require_array(allocate_staging(restart_staging.DW, variables, points.total),
                          "a staging array for the flow variables");
       read_staged();
     } else {
@@ -203,8 +183,8 @@ struct RestartRead {
   /// at the end. If there is no memory for the result, the body is read all the same and the
   /// failure is reported afterwards.
   void read_staged() {
-    auto& DW = restart_staging().DW;
-    auto& DX = restart_staging().DX;
+    auto& DW = restart_staging.DW;
+    auto& DX = restart_staging.DX;
     allocatable<float, 2> rounded;
     const integer status =
         layout.triplets ? allocation_done : rounded.allocate(variables_per_point(), points.total);
@@ -252,42 +232,28 @@ struct RestartRead {
   }
 };
 
-template <class Parameters>
-void allocate_parameters(const RestartRead& read, Parameters& parameters) {
-  const bool usable = allocate_checked(parameters, read.ngrid, read.layout.parameters);
-  std::ranges::fill(parameters.span(), 0);
-  read.unit.require_array(usable, "an unallocated array for the flow parameters");
-}
-
 void prepare_parameters(const RestartRead& read, integer iformat, logical dblprec) {
   if (read.layout.parameters == 0) return;
   mod_gridvars::numrstrtvar(1) = p3dgrid::solution_variables;
-  if (!dblprec && iformat != static_cast<integer>(Encoding::formatted)) {
-    allocate_parameters(read, sqvar);
-  } else {
-    allocate_parameters(read, dqvar);
-  }
+  const auto allocate = [&](auto& parameters) {
+    const bool usable = allocate_checked(parameters, read.nblocks, read.layout.parameters);
+    std::ranges::fill(parameters.span(), 0);
+    read.unit.require_array(usable, "an unallocated array for the flow parameters");
+  };
+  const bool single = !dblprec && iformat != static_cast<integer>(Encoding::formatted);
+  single ? allocate(sqvar) : allocate(dqvar);
 }
 
 void read_whole_body(RestartRead& read, integer nblocks, const ExtentViews& extents) {
   if (read.unit.known()) {
-    if (read.ngrid > nblocks) {
-      read.unit.fail("a header of " + std::to_string(read.ngrid) + " blocks",
+    if (read.nblocks > nblocks) {
+      read.unit.fail("a header of " + std::to_string(read.nblocks) + " blocks",
                      "at most " + std::to_string(nblocks));
     }
-    read.points = checked_numbering(restart_file(read.filename), read.ngrid, extents);
+    read.points = checked_numbering(restart_file(read.filename), read.nblocks, extents);
   }
   if (read.layout.counted_variables) mod_gridvars::numrstrtvar(1) = most_variables();
   if (read.unit.known()) read.read();
-}
-
-/// Releases the staging arrays after an exception.
-void release_staging(const LayoutTraits& layout) {
-  RestartStaging& staging = restart_staging();
-  staging.DW.deallocate();
-  staging.DWTMP.deallocate();
-  staging.WTMP.deallocate();
-  if (layout.triplets) staging.DX.deallocate();
 }
 
 void read_restart(RestartRead& read, integer iformat, logical dblprec, integer nblocks,
@@ -297,7 +263,7 @@ void read_restart(RestartRead& read, integer iformat, logical dblprec, integer n
     host::checkallocationerror(read.varvalues.allocate(1, sum(blockpoints)));
     return read.unit.close();
   }
-  message("Number of grids is ", read.ngrid);
+  message("Number of grids is ", read.nblocks);
   read_whole_body(read, nblocks, extents);
   read.unit.close();
   if (read.layout.counted_variables) mod_gridvars::numrstrtvar(1) = most_variables();
@@ -318,14 +284,17 @@ void readp3drestart(const FileName& filename, integer iformat, logical dblprec, 
   ExtentArrays extents;
   read_restart_header(filename, iformat, dblprec, ngrid, rsttype, multiblock, extents);
   require_plausible_extents(unit, extents);
-  RestartRead read{filename, unit, layout,    unit.coding(filename, dblprec),
-                   ngrid,    {},   varvalues, auxvalues};
+  RestartRead read{
+      {filename, unit, layout, unit.coding(filename, dblprec), ngrid}, varvalues, auxvalues};
   try {
     read_restart(read, iformat, dblprec, nblocks, blockpoints, {idim, jdim, kdim});
   } catch (const FailedRead&) {
     throw;
   } catch (...) {
-    release_staging(layout);
+    restart_staging.DW.deallocate();
+    restart_staging.DWTMP.deallocate();
+    restart_staging.WTMP.deallocate();
+    if (layout.triplets) restart_staging.DX.deallocate();
     throw;
   }
 } catch (...) {

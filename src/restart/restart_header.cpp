@@ -4,13 +4,11 @@
 #include <string>
 #include <utility>
 
-#include "MOD_P3DReader.hpp"
 #include "restart/body.hpp"
-#include "restart/restart_arguments.hpp"
+#include "restart/restart_file.hpp"
 #include "state/allocation.hpp"
 #include "state/messages.hpp"
 #include "state/run_end.hpp"
-#include "state/unit_numbers.hpp"
 
 namespace mod_p3dgrid {
 namespace {
@@ -48,7 +46,6 @@ void read_lead(const Unit& unit, const LayoutTraits& layout, integer& nblocks, c
     allocate_extents(unit, 1, extents.targets());
   }
   const bool talven = layout.header == p3dgrid::HeaderKind::talven;
-  const bool single_records = !is_text(coding) && !holds_doubles(coding);
   const double old_dtau = dtau;
   HeaderTarget header{nblocks};
   bool first = true;
@@ -57,7 +54,7 @@ void read_lead(const Unit& unit, const LayoutTraits& layout, integer& nblocks, c
               unit.read(list);
               const bool goes_on =
                   !std::exchange(first, false) && eqid == p3dgrid::equations_with_parameters;
-              if (talven && goes_on && single_records) {
+              if (talven && goes_on && holds_singles(coding)) {
                 dtau = old_dtau;
                 message("Single precision TALVEN reads not working!");
                 stop_run();
@@ -82,40 +79,19 @@ void prepare_variable_counts(const Unit& unit, integer nblocks) {
             "at most " + std::to_string(nfvar.size()) + ", for which nfvar is allocated");
 }
 
-/// Blocks without extents have a record in the body.
-recordio::Claim claim_of(DimensionKind dimensions) {
-  const bool in_one_record = dimensions == DimensionKind::one_record ||
-                             dimensions == DimensionKind::one_record_with_variables;
-  return in_one_record ? recordio::Claim::one_record : recordio::Claim::records;
-}
-
 /// Refuses extents or variable counts of fewer blocks than are written.
 void check_extents(const FileName& filename, const LayoutTraits& layout, integer nblocks,
                    const ExtentViews& extents) {
   const integer needed = layout.header == p3dgrid::HeaderKind::single_block ? 1
                          : layout.dimensions == DimensionKind::none         ? 0
                                                                             : nblocks;
+  const std::string file = "cannot write " + restart_file(filename);
   for (const auto& array : {extents.i, extents.j, extents.k}) {
     if (array.extent(1) >= needed) continue;
-    fail_run("cannot write restart file " + path_of(filename) + ": extents of " +
-             std::to_string(array.extent(1)) + " blocks, " + std::to_string(needed) +
-             " are to be written");
+    fail_run(file + ": extents of " + std::to_string(array.extent(1)) + " blocks, " +
+             std::to_string(needed) + " are to be written");
   }
-  if (layout.counted_variables && nfvar.allocated() && nfvar.size() < nblocks) {
-    fail_run("cannot write restart file " + path_of(filename) + ": nfvar holds " +
-             std::to_string(nfvar.size()) + " blocks, " + std::to_string(nblocks) +
-             " are to be written");
-  }
-}
-
-void write_extents(const Unit& unit, const Coding& coding, DimensionKind dimensions,
-                   integer nblocks, const ExtentViews& extents) {
-  const bool counts = dimensions == DimensionKind::one_record_with_variables;
-  if (counts && !allocate_variable_counts(nblocks)) {
-    fail_run("out of memory for the variable counts");
-  }
-  if (dimensions == DimensionKind::none) return;
-  write_dimensions(unit, coding, dimensions, nblocks, extents, std::as_const(nfvar));
+  check_variable_counts(file, layout, nblocks);
 }
 
 }  // namespace
@@ -131,10 +107,13 @@ void read_restart_header(const FileName& filename, integer iformat, logical dblp
   nblocks = 1;
   unit.open(filename, OpenStatus::old);
   read_lead(unit, layout, nblocks, coding, multiblock, extents);
-  require_room_for_dimensions(unit, coding, nblocks, claim_of(layout.dimensions));
+  const bool counts = layout.dimensions == DimensionKind::one_record_with_variables;
+  const bool one_record = counts || layout.dimensions == DimensionKind::one_record;
+  // Blocks without extents have a record in the body.
+  require_room_for_dimensions(unit, coding, nblocks,
+                              one_record ? recordio::Claim::one_record : recordio::Claim::records);
   extents = {};
   allocate_extents(unit, nblocks, extents.targets());
-  const bool counts = layout.dimensions == DimensionKind::one_record_with_variables;
   if (counts) prepare_variable_counts(unit, nblocks);
   if (!unit.known() || layout.dimensions == DimensionKind::none) return;
   read_dimensions(unit, coding, layout.dimensions, nblocks, extents.targets(),
@@ -185,7 +164,10 @@ void write_restart_header(const FileName& filename, integer iformat, logical dbl
     stop_run();
   }
   if (!unit.known()) return;
-  p3dgrid::HeaderValues header{.nblocks = nblocks, .nstep = nstep, .dtau = dtau};
+  p3dgrid::HeaderValues header;
+  header.nblocks = nblocks;
+  header.nstep = nstep;
+  header.dtau = dtau;
   if (layout.header == p3dgrid::HeaderKind::single_block) {
     header.i = extents.i(1);
     header.j = extents.j(1);
@@ -193,7 +175,12 @@ void write_restart_header(const FileName& filename, integer iformat, logical dbl
   }
   walk_lead(layout, coding, static_cast<bool>(multiblock), std::as_const(header),
             [&](const recordio::WriteList& list) { unit.write(list); });
-  write_extents(unit, coding, layout.dimensions, nblocks, extents);
+  const bool counts = layout.dimensions == DimensionKind::one_record_with_variables;
+  if (counts && !allocate_variable_counts(nblocks)) {
+    fail_run("out of memory for the variable counts");
+  }
+  if (layout.dimensions == DimensionKind::none) return;
+  write_dimensions(unit, coding, layout.dimensions, nblocks, extents, std::as_const(nfvar));
 }
 
 void writerestartheader(const FileName& filename, integer iformat, logical dblprec, integer nblocks,

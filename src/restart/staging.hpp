@@ -12,6 +12,7 @@ struct RestartStaging {
   allocatable<double, 2> DWTMP;  ///< enlarged `DW`
   allocatable<float, 2> WTMP;    ///< enlarged flow array
 };
+inline RestartStaging restart_staging;
 
 /// Staging arrays of `readnextp3dvar`. A successful call releases them.
 struct OneVariableStaging {
@@ -24,24 +25,13 @@ struct OneVariableStaging {
   allocatable<integer, 1> READII;
   /// @}
 };
+inline OneVariableStaging one_variable_staging;
 
 /// Staging array of `writenextp3dvar`, released before it returns.
 struct VariableWriteStaging {
   allocatable<double, 2> DW;
 };
-
-[[nodiscard]] inline RestartStaging& restart_staging() {
-  static RestartStaging staging;
-  return staging;
-}
-[[nodiscard]] inline OneVariableStaging& one_variable_staging() {
-  static OneVariableStaging staging;
-  return staging;
-}
-[[nodiscard]] inline VariableWriteStaging& variable_write_staging() {
-  static VariableWriteStaging staging;
-  return staging;
-}
+inline VariableWriteStaging variable_write_staging;
 
 /// File-format code of temporary variable files: unformatted.
 inline constexpr integer temporary_file_format = 0;

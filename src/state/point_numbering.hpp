@@ -46,4 +46,8 @@ struct PointNumbering {
 [[nodiscard]] PointNumbering checked_numbering(const std::string& file, integer nblocks,
                                                const ExtentViews& extents);
 
+/// Makes an array that holds fewer points than the blocks have a fatal error.
+void check_points(const std::string& file, const char* name, std::int64_t points_held,
+                  const PointNumbering& points);
+
 }  // namespace mod_p3dgrid

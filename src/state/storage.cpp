@@ -10,8 +10,7 @@
 namespace mod_p3dgrid {
 namespace {
 
-/// A cache line.
-constexpr std::align_val_t alignment{64};
+constexpr std::align_val_t alignment{64};  // a cache line
 
 constexpr std::uintptr_t huge_page = std::uintptr_t{2} * 1024 * 1024;
 

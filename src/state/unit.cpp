@@ -82,32 +82,20 @@ void close_unit(integer number) {
   if (connection != nullptr) on_file(connection->path(), [&] { connection->close(); });
 }
 
-std::function<std::string(std::string_view)>& path_resolver() {
-  static auto& resolver = *new std::function<std::string(std::string_view)>;
-  return resolver;
+/// What the host has set, and what it may ask for.
+struct HostState {
+  std::function<std::string(std::string_view)> path_resolver;
+  std::function<p3dgrid::StatedCoding(std::string_view)> coding_chooser;
+  bool whole_records = false;
+  ReadFailure last_failure;
+};
+
+/// Never destroyed, because it is used at exit.
+HostState& host_state() {
+  static auto& state = *new HostState;
+  return state;
 }
 
-std::function<p3dgrid::StatedCoding(std::string_view)>& coding_chooser() {
-  static auto& chooser = *new std::function<p3dgrid::StatedCoding(std::string_view)>;
-  return chooser;
-}
-
-/// The coding of a file whose encoding an operation's caller has given.
-p3dgrid::Coding coding_of(const FileName& name, Encoding encoding) {
-  p3dgrid::StatedCoding stated;
-  if (const auto chooser = coding_chooser()) stated = host::call(chooser, name.view());
-  stated.encoding = encoding;
-  return p3dgrid::applied_to({}, stated);
-}
-
-bool whole_records = false;
-
-ReadFailure& last_failure() {
-  static auto& failure = *new ReadFailure;
-  return failure;
-}
-
-/// Stores the failure for the host.
 [[noreturn]] void fail_read(integer number, const Connection* connection, ReadError error) {
   ReadFailure failure;
   failure.unit = number;
@@ -120,7 +108,7 @@ ReadFailure& last_failure() {
     failure.record = connection->record();
     failure.line = connection->line();
   }
-  last_failure() = std::move(failure);
+  host_state().last_failure = std::move(failure);
   throw FailedRead();
 }
 
@@ -128,7 +116,7 @@ ReadFailure& last_failure() {
 
 std::string path_of(const FileName& name) {
   // A copy, because the resolver may install another one.
-  const auto resolver = path_resolver();
+  const auto resolver = host_state().path_resolver;
   return resolver ? host::call(resolver, name.view()) : std::string(name.view());
 }
 
@@ -138,8 +126,11 @@ Unit::Unit(integer number, integer iformat) : number_(number) {
 
 p3dgrid::Coding Unit::coding(const FileName& name, logical dblprec) const {
   using p3dgrid::Precision;
-  p3dgrid::Coding coding{.encoding = Encoding::formatted};
-  if (known()) coding = coding_of(name, *encoding_);
+  p3dgrid::StatedCoding stated;
+  const auto chooser = host_state().coding_chooser;
+  if (known() && chooser) stated = host::call(chooser, name.view());
+  stated.encoding = encoding_.value_or(Encoding::formatted);
+  p3dgrid::Coding coding = p3dgrid::applied_to({}, stated);
   coding.precision = dblprec ? Precision::double_precision : Precision::single_precision;
   return coding;
 }
@@ -148,9 +139,10 @@ void Unit::open(const FileName& name, OpenStatus status) const {
   if (!known()) return;
   close();
   const std::string path = path_of(name);
-  const p3dgrid::Coding coding = coding_of(name, *encoding_);
+  // Connections do not depend on the precision, which their lists say.
+  const p3dgrid::Coding its_coding = coding(name, false);
   on_file(path,
-          [&] { connections()[number_] = std::make_unique<Connection>(path, coding, status); });
+          [&] { connections()[number_] = std::make_unique<Connection>(path, its_coding, status); });
 }
 
 template <class Action>
@@ -166,7 +158,8 @@ void Unit::read_with(Action action) const {
 }
 
 void Unit::read(const recordio::ReadList& list) const {
-  const RestOfRecord rest = whole_records ? RestOfRecord::refused : RestOfRecord::skipped;
+  const RestOfRecord rest =
+      host_state().whole_records ? RestOfRecord::refused : RestOfRecord::skipped;
   read_with([&](Connection& connection) { connection.read(list, rest); });
 }
 
@@ -266,11 +259,11 @@ void p3dcloseunit(integer unit) try { close_unit(unit); } catch (const std::bad_
 }
 
 const ReadFailure& p3dlastfailure() {
-  return last_failure();
+  return host_state().last_failure;
 }
 
 void p3dclearfailure() {
-  last_failure() = {};
+  host_state().last_failure = {};
 }
 
 std::string ReadFailure::describe() const {
@@ -284,15 +277,15 @@ std::string ReadFailure::describe() const {
 }
 
 void p3dsetpaths(std::function<std::string(std::string_view name)> resolver) {
-  path_resolver() = std::move(resolver);
+  host_state().path_resolver = std::move(resolver);
 }
 
 void p3dsetcoding(std::function<p3dgrid::StatedCoding(std::string_view name)> chooser) {
-  coding_chooser() = std::move(chooser);
+  host_state().coding_chooser = std::move(chooser);
 }
 
 void p3dsetwholerecords(bool wanted) {
-  whole_records = wanted;
+  host_state().whole_records = wanted;
 }
 
 }  // namespace mod_p3dgrid

@@ -14,6 +14,23 @@ namespace mod_p3dgrid {
 using p3dgrid::Encoding;
 using recordio::OpenStatus;
 
+/// The fixed unit numbers.
+namespace unit_number {
+
+inline constexpr integer grid = 13;            ///< grid file read or written
+inline constexpr integer grid_header = 22;     ///< grid file whose header is read
+inline constexpr integer spare = 23;           ///< closed by `checkp3drstrtheader`, never opened
+inline constexpr integer restart_read = 201;   ///< restart file being read
+inline constexpr integer restart_write = 301;  ///< restart file or temporary file being written
+inline constexpr integer tecplot = 594;        ///< Tecplot file
+
+/// Temporary file of a variable, from 1, while files are combined.
+[[nodiscard]] constexpr integer temporary(integer variable) {
+  return restart_write + variable;
+}
+
+}  // namespace unit_number
+
 /// Thrown by a failed read after its reason has been stored for `p3dlastfailure`. `end_operation`
 /// reports it to the host.
 struct FailedRead {};

@@ -1,36 +1,26 @@
 #include <algorithm>
 #include <string>
+#include <utility>
 
 #include "MOD_P3DReader.hpp"
 #include "restart/body.hpp"
-#include "restart/flow_parameters.hpp"
-#include "restart/restart_arguments.hpp"
+#include "restart/restart_file.hpp"
 #include "restart/restart_header.hpp"
 #include "restart/staging.hpp"
 #include "state/allocation.hpp"
 #include "state/host.hpp"
 #include "state/messages.hpp"
 #include "state/run_end.hpp"
-#include "state/unit_numbers.hpp"
 
 namespace mod_p3dgrid {
 namespace {
 
-struct Combination {
+struct Combination : RestartFile {
   array_view<const float, 2> leadvalues;
-  const FileName& filename;
-  const Unit& output;
-  const LayoutTraits& layout;
-  Coding coding;
   integer nparamrows;
-  integer nblocks;
   std::int64_t variables;
-  PointNumbering points;
-
-  [[nodiscard]] FlowParameters parameters() const { return {filename, layout, coding, nblocks}; }
 };
 
-/// The unit of the temporary file of a variable.
 Unit unit_of(integer variable) {
   return {unit_number::temporary(variable), temporary_file_format};
 }
@@ -50,55 +40,19 @@ std::string delete_variable_files(std::int64_t variables) {
   return first_reason;
 }
 
-/// One block of all variables.
-template <class Real>
-struct BlockSlots {
-  const Combination& combination;
-  allocatable<Real, 2>& slots;  ///< (point of the block, variable)
-
-  template <class List>
-  void add_parameters(List& list, const BodyRecord& record) const {
-    list.push_back(parameter_row<const void>(combination.coding, record,
-                                             std::min(record.block, combination.nparamrows)));
-  }
-  template <class List>
-  void add_triplets(List& list, integer block) const {
-    list.push_back(
-        stored_as(real_kind(combination.coding),
-                  variable_lines(combination.leadvalues, combination.points, block, {1, triplet})));
-  }
-  template <class List>
-  void add_variables(List& list, integer block, const p3dgrid::Section& variables) const {
-    if (variables.variables() > 0) check_unchanged(variables, combination.variables);
-    for (integer m = variables.first; m <= variables.last; ++m) {
-      // Text is written with the digits of singles, which the temporary files hold as doubles.
-      const Real* const slot = slot_of(m);
-      list.push_back(stored_as(real_kind(combination.coding),
-                               recordio::values(slot, combination.points.npts(block))));
-    }
-  }
-
-  [[nodiscard]] Real* slot_of(integer variable) const {
-    return slots.data() + (variable - 1) * slots.extent(1);
-  }
-};
-
 /// Writes a body from the variable files, block by block.
 template <class Real>
-class Combiner : public WritingVisitor {
- public:
-  Combiner(const Combination& combination, const std::vector<BodyRecord>& records,
-           BlockSlots<Real> slots)
-      : WritingVisitor(combination.output),
-        combination_(combination),
-        records_(records),
-        slots_(slots) {}
+struct Combiner {
+  const Combination& combination;
+  const std::vector<BodyRecord>& records;
+  allocatable<Real, 2> slots;                   ///< (point of the block, variable)
+  fixed_array<integer, 15> block_in_slot = {};  ///< 0 for a variable that has not been read
 
   void begin_block(integer block) {
     const integer first_section = mod_gridvars::numrstrtvar(1);
     read_variables(block, {1, first_section});
     // Further sections may name variables beyond those of the first.
-    for (const BodyRecord& record : records_) {
+    for (const BodyRecord& record : records) {
       if (record.kind == BodyRecordKind::section) read_variables(block, record.variables);
     }
     message("Writing flow variables for grid ", block);
@@ -106,49 +60,61 @@ class Combiner : public WritingVisitor {
 
   void move(const BodyRecord& record) {
     if (record.kind == BodyRecordKind::extension) read_variables(record.block, record.variables);
-    unit_.write(list_of<const void>(slots_, record));
+    combination.unit.write(list_of<const void>(*this, record));
   }
 
   /// Reopens the files of variables that have been read, to read them from the start.
   void extend(const Extension& extension) {
     for (integer m = extension.variables.first; m <= extension.variables.last; ++m) {
-      if (block_in_slot_(m) != 0) open_variable_file(m);
-      block_in_slot_(m) = 0;
+      if (block_in_slot(m) != 0) open_variable_file(m);
+      block_in_slot(m) = 0;
     }
   }
 
   /// Throws `FailedRead` if a file has more records than have been read.
   void expect_ends() const {
-    for (integer m = 1; m <= combination_.variables; ++m) {
-      if (block_in_slot_(m) != 0) unit_of(m).expect_end();
+    for (integer m = 1; m <= combination.variables; ++m) {
+      if (block_in_slot(m) != 0) unit_of(m).expect_end();
+    }
+  }
+
+  [[nodiscard]] recordio::Values<const void> parameters_of(const BodyRecord& record) const {
+    return parameter_row<const void>(combination.coding, record,
+                                     std::min(record.block, combination.nparamrows));
+  }
+  [[nodiscard]] recordio::Values<const void> triplets_of(integer block) const {
+    return stored_as(
+        real_kind(combination.coding),
+        variable_lines(combination.leadvalues, combination.points, block, {1, triplet}));
+  }
+  void add_variables(recordio::WriteList& list, integer block,
+                     const p3dgrid::Section& variables) const {
+    if (variables.variables() > 0) check_unchanged(variables, combination.variables);
+    for (integer m = variables.first; m <= variables.last; ++m) {
+      // Text is written with the digits of singles, which the temporary files hold as doubles.
+      list.push_back(
+          stored_as(real_kind(combination.coding),
+                    recordio::values(slot_of(slots, m), combination.points.npts(block))));
     }
   }
 
  private:
-  /// Reads the block of each variable into its slot, unless it is there.
-  void read_variables(integer block, const p3dgrid::Section& variables) {
-    if (variables.variables() > 0) check_unchanged(variables, combination_.variables);
-    for (integer m = variables.first; m <= variables.last; ++m) {
-      if (block_in_slot_(m) == block) continue;
-      message("Reading flow variable ", m, " for grid ", block);
-      unit_of(m).read_whole({recordio::values(slots_.slot_of(m), combination_.points.npts(block))});
-      block_in_slot_(m) = block;
-    }
+  template <class Slots>
+  static auto* slot_of(Slots& slots, integer variable) {
+    return slots.data() + (variable - 1) * slots.extent(1);
   }
 
-  const Combination& combination_;
-  const std::vector<BodyRecord>& records_;
-  BlockSlots<Real> slots_;
-  fixed_array<integer, 15> block_in_slot_;  ///< 0 for a variable that has not been read
+  /// Reads the block of each variable into its slot, unless it is there.
+  void read_variables(integer block, const p3dgrid::Section& variables) {
+    if (variables.variables() > 0) check_unchanged(variables, combination.variables);
+    for (integer m = variables.first; m <= variables.last; ++m) {
+      if (block_in_slot(m) == block) continue;
+      message("Reading flow variable ", m, " for grid ", block);
+      unit_of(m).read_whole({recordio::values(slot_of(slots, m), combination.points.npts(block))});
+      block_in_slot(m) = block;
+    }
+  }
 };
-
-/// Refuses more variables than `tmpfile` holds.
-void check_count(const Combination& combination) {
-  if (combination.variables <= tmpfile.size()) return;
-  refuse_restart(combination.filename, std::to_string(combination.variables) +
-                                           " variables cannot be combined, at most " +
-                                           std::to_string(tmpfile.size()) + " can");
-}
 
 /// Refuses invalid arguments before a file is opened.
 void check_arguments(const Combination& combination) {
@@ -157,16 +123,11 @@ void check_arguments(const Combination& combination) {
     if (!same_file(filename, tmpfile(m))) continue;
     refuse_restart(filename, "it is the temporary file of variable " + std::to_string(m));
   }
-  check_state_to_write(filename, combination.layout, combination.nblocks);
-  integer highest = std::max(
-      checked_highest_variable(block_records_with_leading(combination.layout, combination.coding)),
-      mod_gridvars::numrstrtvar(1));
-  if (combination.layout.extensions) highest = std::max(highest, highest_extension_variable());
+  const integer highest =
+      std::max(checked_highest_to_write(combination), mod_gridvars::numrstrtvar(1));
   if (combination.nblocks > 0) check_variables(filename, highest, combination.variables);
-  combination.parameters().check_to_write(combination.nparamrows);
-  if (combination.layout.triplets) {
-    check_triplets(filename, "leadvalues", combination.leadvalues, combination.points);
-  }
+  check_parameters_to_write(combination, combination.nparamrows);
+  check_triplets(combination, "leadvalues", combination.leadvalues);
 }
 
 template <class Real>
@@ -178,8 +139,9 @@ void write_body(const Combination& combination) {
     refuse_restart(combination.filename, "out of memory for one block of all variables");
   }
   const auto records = block_records_with_leading(combination.layout, combination.coding);
-  Combiner<Real> combiner(combination, records, {combination, slots});
-  walk_body({records, combination.nblocks, combination.layout.extensions}, combiner);
+  Combiner<Real> combiner{combination, records, std::move(slots)};
+  write_records(combination.unit, {records, combination.nblocks, combination.layout.extensions},
+                combiner);
   combiner.expect_ends();
 }
 
@@ -198,17 +160,18 @@ void combinep3dvarfiles(array_view<const float, 2> leadvalues, const FileName& f
   check_layout(filename, layout, rsttype);
   const Unit output(unit_number::restart_write, iformat);
   const ExtentViews extents{idim, jdim, kdim};
-  Combination combination{leadvalues,
-                          filename,
-                          output,
-                          layout,
-                          output.coding(filename, dblprec),
-                          nparamrows,
-                          nblocks,
-                          variables_per_point(),
-                          checked_numbering(restart_file(filename), nblocks, extents)};
+  const Combination combination{
+      {filename, output, layout, output.coding(filename, dblprec), nblocks,
+       checked_numbering(restart_file(filename), nblocks, extents)},
+      leadvalues,
+      nparamrows,
+      variables_per_point()};
   const bool writable = output.known() && layout.writable;
-  check_count(combination);
+  if (combination.variables > tmpfile.size()) {
+    refuse_restart(filename, std::to_string(combination.variables) +
+                                 " variables cannot be combined, at most " +
+                                 std::to_string(tmpfile.size()) + " can");
+  }
   if (writable) check_arguments(combination);
   // The table is not used, but hosts are told of its allocation.
   allocatable<integer, 1> units;
@@ -223,10 +186,10 @@ void combinep3dvarfiles(array_view<const float, 2> leadvalues, const FileName& f
   }
   write_restart_header(filename, iformat, dblprec, nblocks, extents, rsttype, multiblock);
   if (writable) {
-    combination.parameters().create_to_write(nparamrows);
+    create_parameters_to_write(combination, nparamrows);
     try {
-      parameters_are_double(combination.coding) ? write_body<double>(combination)
-                                                : write_body<float>(combination);
+      holds_singles(combination.coding) ? write_body<float>(combination)
+                                        : write_body<double>(combination);
     } catch (const FailedRead&) {
       // By design the temporary data are deleted before the failure is reported.
       const std::string reason = delete_variable_files(combination.variables);

@@ -4,14 +4,12 @@
 
 #include "MOD_P3DReader.hpp"
 #include "restart/body.hpp"
-#include "restart/flow_parameters.hpp"
-#include "restart/restart_arguments.hpp"
+#include "restart/restart_file.hpp"
 #include "restart/restart_header.hpp"
 #include "restart/staging.hpp"
 #include "state/allocation.hpp"
 #include "state/host.hpp"
 #include "state/messages.hpp"
-#include "state/unit_numbers.hpp"
 
 namespace mod_p3dgrid {
 namespace {
@@ -19,35 +17,38 @@ namespace {
 /// First variable that extensions of layout 101 can hold.
 constexpr integer first_extension_variable = p3dgrid::solution_variables + 1;
 
-struct VariableRead {
+struct VariableRead : RestartFile {
   integer ivar;
-  const FileName& filename;
-  const Unit& unit;
-  const LayoutTraits& layout;
-  Coding coding;
-  integer nblocks;
   std::int64_t allpoints;  ///< sum of the caller's points per block
   array_view<float, 2> varvalues;
-  PointNumbering points;
 };
 
 /// Reads one variable into the staging array and drops all others.
 template <class Real>
-struct PickedVariable {
+struct VariableReader {
   const VariableRead& read;
   Real* staging;
 
-  template <class List>
-  void add_parameters(List& list, const BodyRecord& record) const {
-    list.push_back(parameter_row<void>(read.coding, record, record.block));
+  void begin_block(integer block) const {
+    message("Reading flow variable ", read.ivar, " for grid ", block);
   }
-  template <class List>
-  void add_triplets(List& list, integer block) const {
-    list.push_back(recordio::dropped(real_kind(read.coding), triplet * read.points.npts(block)));
+  void move(const BodyRecord& record) const {
+    if (record.kind == BodyRecordKind::older_level) {
+      return skip_older_level(read.unit, read.coding, read.points.npts(record.block), record);
+    }
+    read.unit.read(list_of<void>(*this, record));
+  }
+  void extend(const Extension&) const {}
+
+  [[nodiscard]] recordio::Values<void> parameters_of(const BodyRecord& record) const {
+    return parameter_row<void>(read.coding, record, record.block);
+  }
+  [[nodiscard]] recordio::Values<void> triplets_of(integer block) const {
+    return recordio::dropped(real_kind(read.coding), triplet * read.points.npts(block));
   }
   /// Adjacent variables that are dropped share one entry.
-  template <class List>
-  void add_variables(List& list, integer block, const p3dgrid::Section& variables) const {
+  void add_variables(recordio::ReadList& list, integer block,
+                     const p3dgrid::Section& variables) const {
     const std::int64_t points = read.points.npts(block);
     std::int64_t dropped = 0;
     const auto drop = [&] {
@@ -67,29 +68,6 @@ struct PickedVariable {
   }
 };
 
-template <class Real>
-class VariableReader : public ReadingVisitor {
- public:
-  VariableReader(const VariableRead& read, PickedVariable<Real> arrays)
-      : ReadingVisitor(read.unit), read_(read), arrays_(arrays) {}
-
-  void begin_block(integer block) const {
-    message("Reading flow variable ", read_.ivar, " for grid ", block);
-  }
-  void move(const BodyRecord& record) const {
-    if (record.kind == BodyRecordKind::older_level) {
-      return skip_older_level(read_.unit, read_.coding, read_.points.npts(record.block), record);
-    }
-    read_.unit.read(list_of<void>(arrays_, record));
-  }
-  void extend(const Extension&) const {}
-
- private:
-  const VariableRead& read_;
-  PickedVariable<Real> arrays_;
-};
-
-/// Refuses invalid variable numbers.
 void check_variable(const VariableRead& read, std::int64_t variables) {
   if (read.ivar >= 1 && read.ivar <= variables) return;
   refuse_restart(read.filename, "there is no variable " + std::to_string(read.ivar) +
@@ -98,10 +76,11 @@ void check_variable(const VariableRead& read, std::int64_t variables) {
 
 void check_arguments(const VariableRead& read) {
   check_variable(read, variables_per_point());
-  check_points(read.filename, "blockpoints", read.allpoints, read.points);
+  const std::string file = restart_file(read.filename);
+  check_points(file, "blockpoints", read.allpoints, read.points);
   // An array without rows holds no points.
   const std::int64_t held = read.varvalues.extent(1) > 0 ? read.varvalues.extent(2) : 0;
-  check_points(read.filename, "varvalues", held, read.points);
+  check_points(file, "varvalues", held, read.points);
   if (held < read.allpoints) {
     refuse_restart(read.filename, "varvalues holds " + std::to_string(held) +
                                       " points, blockpoints sum up to " +
@@ -140,26 +119,17 @@ void read_variable(const VariableRead& read, allocatable<Real, 2>& staging,
       read.layout, read.coding, is_text(read.coding) ? 0 : p3dgrid::older_levels(itimeint));
   const integer highest = checked_highest_variable(records);
   if (read.points.total > 0) check_variables(read.filename, highest, variables_per_point());
-  allocatable<integer, 1>& steps = one_variable_staging().READII;
+  allocatable<integer, 1>& steps = one_variable_staging.READII;
   prepare(read, records, staging, targets, steps);
-  FlowParameters{read.filename, read.layout, read.coding, read.nblocks}.create_to_read();
-  VariableReader<Real> reader(read, {read, staging.data()});
+  create_parameters_to_read(read);
+  const VariableReader<Real> reader{read, staging.data()};
   const bool extensions = read.layout.extensions && read.ivar >= first_extension_variable;
-  walk_body({records, read.nblocks, extensions}, reader);
+  read_records(read.unit, {records, read.nblocks, extensions}, reader);
   convert_rows(staging.data(), 1, read.varvalues.data(), read.varvalues.extent(1), 1,
                read.allpoints);
   staging.deallocate();
   targets.deallocate();
   steps.deallocate();
-}
-
-void read_body(const VariableRead& read) {
-  OneVariableStaging& staging = one_variable_staging();
-  if (parameters_are_double(read.coding)) {
-    read_variable(read, staging.DW, staging.DPNTR);
-  } else {
-    read_variable(read, staging.SW, staging.SPNTR);
-  }
 }
 
 }  // namespace
@@ -173,8 +143,10 @@ void readnextp3dvar(integer ivar, const FileName& filename, integer iformat, log
   announce_restart(host::announce_read, filename, iformat, dblprec, layout, multiblock, ivar);
   check_layout(filename, layout, rsttype);
   const Unit unit(unit_number::restart_read, iformat);
-  VariableRead read{ivar,    filename,         unit,      layout, unit.coding(filename, dblprec),
-                    nblocks, sum(blockpoints), varvalues, {}};
+  VariableRead read{{filename, unit, layout, unit.coding(filename, dblprec), nblocks},
+                    ivar,
+                    sum(blockpoints),
+                    varvalues};
   if (unit.known()) {
     read.points = checked_numbering(restart_file(filename), nblocks, {idim, jdim, kdim});
     check_arguments(read);
@@ -184,11 +156,15 @@ void readnextp3dvar(integer ivar, const FileName& filename, integer iformat, log
   read_restart_header(filename, iformat, dblprec, scratch, rsttype, multiblock, extents);
   require_plausible_extents(unit, extents);
   try {
-    if (unit.known()) read_body(read);
+    OneVariableStaging& staging = one_variable_staging;
+    if (unit.known()) {
+      holds_singles(read.coding) ? read_variable(read, staging.SW, staging.SPNTR)
+                                 : read_variable(read, staging.DW, staging.DPNTR);
+    }
   } catch (const FailedRead&) {
     throw;
   } catch (...) {
-    one_variable_staging() = {};
+    one_variable_staging = {};
     throw;
   }
   unit.close();

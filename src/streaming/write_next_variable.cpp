@@ -2,12 +2,11 @@
 
 #include "MOD_P3DReader.hpp"
 #include "restart/body.hpp"
-#include "restart/restart_arguments.hpp"
+#include "restart/restart_file.hpp"
 #include "restart/staging.hpp"
 #include "state/allocation.hpp"
 #include "state/messages.hpp"
 #include "state/run_end.hpp"
-#include "state/unit_numbers.hpp"
 
 namespace mod_p3dgrid {
 namespace {
@@ -52,7 +51,7 @@ void write_blocks(const Unit& unit, integer ivar, const PointNumbering& points, 
 void write_widened(const Unit& unit, integer ivar, const FileName& name,
                    const PointNumbering& points, integer nblocks, std::int64_t allpoints,
                    array_view<const float, 2> values) {
-  auto& DW = variable_write_staging().DW;
+  auto& DW = variable_write_staging.DW;
   if (!allocate_staging(DW, 1, allpoints) || DW.extent(1) != 1) {
     refuse_restart(name, "no array for the variable in double precision");
   }
@@ -71,10 +70,11 @@ void writenextp3dvar(integer ivar, const FileName& prefix, logical dblprec, inte
              std::to_string(tmpfile.size()) + " can");
   }
   FileName name = FileName::cut(std::string(prefix.view()) + column(ivar, 6, '0') + ".tmp");
-  const PointNumbering points = checked_numbering(restart_file(name), nblocks, {idim, jdim, kdim});
+  const std::string file = restart_file(name);
+  const PointNumbering points = checked_numbering(file, nblocks, {idim, jdim, kdim});
   const std::int64_t allpoints = sum(blockpoints);
-  check_points(name, "varvalues", varvalues.extent(1) > 0 ? varvalues.extent(2) : 0, points);
-  if (dblprec) check_points(name, "blockpoints", allpoints, points);
+  check_points(file, "varvalues", varvalues.extent(1) > 0 ? varvalues.extent(2) : 0, points);
+  if (dblprec) check_points(file, "blockpoints", allpoints, points);
   tmpfile(ivar) = {};
   name = free_file_name(name);
   const Unit unit(unit_number::restart_write, temporary_file_format);
@@ -83,7 +83,7 @@ void writenextp3dvar(integer ivar, const FileName& prefix, logical dblprec, inte
     try {
       write_widened(unit, ivar, name, points, nblocks, allpoints, varvalues);
     } catch (...) {
-      variable_write_staging() = {};
+      variable_write_staging = {};
       throw;
     }
   } else {

@@ -424,17 +424,17 @@ TEST_F(Detects, WhatSurvivesDoublePrecision) {
 }
 
 TEST_F(Detects, FilesThatCannotBeLookedInto) {
-  EXPECT_THROW(static_cast<void>(detect_any("none")), FileError);
-  EXPECT_THROW(static_cast<void>(detect_grid(".")), FileError);
+  EXPECT_THROW(static_cast<void>(detect_any("none")), Error);
+  EXPECT_THROW(static_cast<void>(detect_grid(".")), Error);
   ASSERT_EQ(::mkfifo("pipe", 0600), 0);
-  EXPECT_THROW(static_cast<void>(detect_restart("pipe")), FileError);
+  EXPECT_THROW(static_cast<void>(detect_restart("pipe")), Error);
   write_file("empty", std::string());
   const Detection found = detect_any("empty");
   EXPECT_TRUE(found.fitting.empty() && found.size == 0);
   write_file("text", "1\n1 1 1\n1 2 " + std::string(2 << 20, '3'));
   EXPECT_TRUE(detect_grid("text").fitting.empty());
-  EXPECT_THROW(static_cast<void>(survives_double_precision("text")), FileError);
-  EXPECT_THROW(static_cast<void>(survives_double_precision("none")), FileError);
+  EXPECT_THROW(static_cast<void>(survives_double_precision("text")), Error);
+  EXPECT_THROW(static_cast<void>(survives_double_precision("none")), Error);
 }
 
 TEST_F(Detects, WhatIsStatedMayBeNoForm) {
@@ -462,16 +462,16 @@ TEST(Forms, SayWhatIsStatedOfThem) {
             "binary, big-endian, double precision, without block count, with blanking");
   EXPECT_EQ(applied_to(GridForm(), stated_as(grid)), grid);
   EXPECT_EQ(applied_to(grid, StatedGridForm()), grid);
-  EXPECT_TRUE(says_all(stated_as(grid)));
+  EXPECT_TRUE(is_complete(stated_as(grid)));
   StatedGridForm stated = stated_as(grid);
   stated.coding.byte_order.reset();
-  EXPECT_FALSE(says_all(stated));
+  EXPECT_FALSE(is_complete(stated));
   stated.coding.encoding = Encoding::formatted;
-  EXPECT_TRUE(says_all(stated));
+  EXPECT_TRUE(is_complete(stated));
   stated = stated_as(GridForm());
-  EXPECT_TRUE(says_all(stated));
+  EXPECT_TRUE(is_complete(stated));
   stated.coding.marker_bytes.reset();  // its default is taken
-  EXPECT_TRUE(says_all(stated));
+  EXPECT_TRUE(is_complete(stated));
   EXPECT_EQ(describe(Coding{.byte_order = ByteOrder::big, .marker_bytes = MarkerBytes::eight}),
             "unformatted, 8-byte markers, big-endian, single precision");
   EXPECT_EQ(describe(Coding{.encoding = Encoding::binary,
@@ -483,8 +483,8 @@ TEST(Forms, SayWhatIsStatedOfThem) {
   EXPECT_EQ(describe(*flow.sections), "1-5,6-7");
   EXPECT_EQ(variables_in(*flow.sections), 7);
   EXPECT_EQ(applied_to(RestartForm(), stated_as(flow)), flow);
-  EXPECT_TRUE(says_all(stated_as(flow)));
-  EXPECT_FALSE(says_all(StatedRestartForm{}));
+  EXPECT_TRUE(is_complete(stated_as(flow)));
+  EXPECT_FALSE(is_complete(StatedRestartForm{}));
   EXPECT_STREQ(name_of(Layout::single_block), "101");
   EXPECT_STREQ(name_of(false), "no");
   EXPECT_EQ(all_layouts().size(), layout_member.choices.size());

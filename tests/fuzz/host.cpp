@@ -12,7 +12,7 @@
 #include <exception>
 
 #include "scratch.hpp"
-#include "state/unit_numbers.hpp"
+#include "state/unit.hpp"
 #include "support/module_state.hpp"
 
 namespace fuzz {

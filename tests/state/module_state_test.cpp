@@ -6,7 +6,7 @@
 #include "MOD_P3DReader.hpp"
 #include "state/messages.hpp"
 #include "state/run_end.hpp"
-#include "state/unit_numbers.hpp"
+#include "state/unit.hpp"
 #include "support/recording_host.hpp"
 #include "support/scratch_folder.hpp"
 #include "support/unit.hpp"

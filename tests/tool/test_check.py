@@ -291,7 +291,7 @@ class Alone(CheckTest):
 
     def test_files_without_a_header_are_told_by_their_beginning(self):
         for content, says in ((b"# a wing\n1\n", 'line 1 is "# a wing"'),
-                              (b"\x1f\x8b\x08" + bytes(99), "gunzip"),
+                              (b"\x1f\x8b\x07" + bytes(99), "gunzip"),
                               (b"\xef\xbb\xbf1\n", "first bytes are ef bb bf 31 0a"),
                               (bytes(4096), "first bytes are 00 00 00 00 00 00 00 00")):
             self.write("file", content)
