@@ -356,14 +356,14 @@ TEST_F(Detects, DamagedMarkersOfEightBytes) {
     std::memcpy(damaged.data() + offset, &marker, sizeof marker);
     write_file("grid", damaged);
     const Detection found = detect_grid("grid");
-    return found.damage.empty() ? found.nearest.front().fit.what : found.damage;
+    return found.nearest.empty() ? found.damage : found.damage + found.nearest.front().fit.what;
   };
   EXPECT_THAT(what(48, -480), HasSubstr("its marker at byte 48 says -480, which is no length"));
   EXPECT_THAT(what(48, std::numeric_limits<std::int64_t>::max()), HasSubstr("which is no length"));
   EXPECT_THAT(what(48, std::int64_t{1} << 62),
               HasSubstr("holds 4611686018427387904 bytes by its marker"));
   EXPECT_THAT(what(48 + 8 + 480, 481), HasSubstr("says 481 where 480 is expected"));
-  EXPECT_THAT(what(0, 5), HasSubstr("its marker at byte 0 says 5 where 4 is expected"));
+  EXPECT_THAT(what(0, 6), HasSubstr("its marker at byte 0 says 6 where 4 is expected"));
   EXPECT_THAT(what(20, -12), HasSubstr("record 2 at byte 20: its marker at byte 20 says -12"));
 }
 

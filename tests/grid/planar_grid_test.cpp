@@ -66,6 +66,7 @@ TEST_F(PlanarGrids, HaveNeitherKNorZInTheFile) {
   }
   write_file("grid", std::string("2\n2 1 1 2\n1 2 -1 -2 1 0\n3 4 2*-3\n-2 1\n"));
   const GridForm text{1, false, true, true};
+  grid = {};
   grid.read("grid", text);
   EXPECT_EQ(grid.xyz(2, 4), -3);
   write_file("grid", std::string("2\n2 1 1 2\n1 2 -1 -2 1 0\n3 4 -3 -4\n-2 1\n"));

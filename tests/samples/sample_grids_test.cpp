@@ -37,6 +37,14 @@ std::vector<Sample> readable_samples() {
       {"fixed_columns", "cfl3d/flatplate_grdflat5.fmt", text, {{65, 97, 2}}},
       {"plane_as_one_repeat", "cfl3d/flatplateskew_grdflat5.fmt", text, {{65, 97, 2}}},
       {"one_block_with_count", "turbmodels/flatplate_35x25.p3dfmt", text_multiblock, {{2, 35, 25}}},
+      {"binary_double_in_two_dimensions",
+       "vtk_data/multi-bin-2D.xyz",
+       {2, true, true, false, true},
+       {{11, 17, 1}, {11, 17, 1}}},
+      {"text_in_two_dimensions",
+       "turbmodels/flatplate_35x25.p2dfmt",
+       {1, false, true, false, true},
+       {{35, 25, 1}}},
   };
 }
 
@@ -72,9 +80,9 @@ TEST_P(ReadableSample, HeaderAgreesWithTheGrid) {
 /// library does.
 Grid<float> read_with_fortran(const std::string& path, const GridLayout& layout) {
   const ScratchDirectory scratch;
-  const Finished finished =
-      run_program({GRID_PEER, "read", scratch.file("bits"), path, layout.encoding_name(),
-                   layout.precision_name(), layout.multiblock ? "yes" : "no", "no"});
+  const Finished finished = run_program(
+      {GRID_PEER, "read", scratch.file("bits"), path, layout.encoding_name(),
+       layout.precision_name(), layout.multiblock ? "yes" : "no", "no", layout.planar ? "2" : "3"});
   EXPECT_EQ(finished.status, 0) << finished.output;
   return layout.is_double ? narrowed(load_bits<double>(scratch.file("bits"), false))
                           : load_bits<float>(scratch.file("bits"), false);
