@@ -76,13 +76,15 @@ void walk_lead(const LayoutTraits& layout, const Coding& coding, bool multiblock
 ///                 are read as 1.
 template <class Int, class Visit>
 void walk_dimensions(DimensionKind kind, const Coding& coding, std::int32_t nblocks,
-                     std::vector<Int*> columns, Visit&& visit) {
+                     std::span<Int* const> columns, Visit&& visit) {
   using recordio::scalar;
   if (kind == DimensionKind::none) return;
   if (is_planar(coding)) {
-    const auto k = columns.begin() + 2;
-    if constexpr (!std::is_const_v<Int>) std::fill_n(*k, std::max(nblocks, 0), 1);
-    columns.erase(k);
+    constexpr std::size_t k = 2;
+    if constexpr (!std::is_const_v<Int>) std::fill_n(columns[k], std::max(nblocks, 0), 1);
+    std::vector<Int*> held(columns.begin(), columns.end());
+    held.erase(held.begin() + k);
+    return walk_dimensions<Int>(kind, Coding(), nblocks, held, visit);
   }
   if (kind == DimensionKind::record_per_block) {
     for (std::int32_t b = 0; b < nblocks; ++b) {

@@ -24,11 +24,10 @@ void read_grid_header(const FileName& filename, integer iformat, integer& nblock
   const Unit unit(unit_number::grid_header, iformat);
   ndim = coordinates_per_point;
   integer count = 1;
-  unit.open(filename, OpenStatus::old);
+  const p3dgrid::Coding coding = unit.open(filename, OpenStatus::old);
   if (multiblock) unit.read({recordio::scalar(count)});
   nblocks = count;
   if (npoints != nullptr) {
-    const p3dgrid::Coding coding = unit.coding(filename, false);
     require_room_for_dimensions(unit, coding, count);
     ExtentArrays extents;
     allocate_extents(unit, count, extents.targets());

@@ -42,7 +42,7 @@ void checkp3drstrtheader(const FileName& gridfile, integer gridformat, const Fil
                          logical multiblock) try {
   const Unit grid_unit(unit_number::grid_header, gridformat);
   integer ngrid = 1;
-  grid_unit.open(gridfile, OpenStatus::old);
+  const p3dgrid::Coding coding = grid_unit.open(gridfile, OpenStatus::old);
   if (multiblock) grid_unit.read({recordio::scalar(ngrid)});
   integer nrst = 1;
   ExtentArrays restart;
@@ -61,7 +61,6 @@ void checkp3drstrtheader(const FileName& gridfile, integer gridformat, const Fil
     halt();
   }
   ExtentArrays grid;
-  const p3dgrid::Coding coding = grid_unit.coding(gridfile, false);
   require_room_for_dimensions(grid_unit, coding, ngrid);
   allocate_extents(grid_unit, ngrid, grid.targets());
   read_dimensions(grid_unit, coding, DimensionKind::one_record, ngrid, grid.targets());

@@ -135,14 +135,15 @@ p3dgrid::Coding Unit::coding(const FileName& name, logical dblprec) const {
   return coding;
 }
 
-void Unit::open(const FileName& name, OpenStatus status) const {
-  if (!known()) return;
+p3dgrid::Coding Unit::open(const FileName& name, OpenStatus status) const {
+  const bool any_precision = false;
+  if (!known()) return coding(name, any_precision);
   close();
   const std::string path = path_of(name);
-  // Connections do not depend on the precision, which their lists say.
-  const p3dgrid::Coding its_coding = coding(name, false);
+  const p3dgrid::Coding its_coding = coding(name, any_precision);
   on_file(path,
           [&] { connections()[number_] = std::make_unique<Connection>(path, its_coding, status); });
+  return its_coding;
 }
 
 template <class Action>

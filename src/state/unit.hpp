@@ -53,8 +53,8 @@ class Unit {
   /// file-format codes count as text of three dimensions.
   [[nodiscard]] p3dgrid::Coding coding(const FileName& name, logical dblprec) const;
 
-  /// Closes the unit and connects it to the file.
-  void open(const FileName& name, OpenStatus status) const;
+  /// Closes the unit and connects it to the file. Returns its coding, apart from the precision.
+  p3dgrid::Coding open(const FileName& name, OpenStatus status) const;
 
   /// Reads one record. If that fails, stores the values read until then and throws `FailedRead`.
   void read(const recordio::ReadList& list) const;
