@@ -41,7 +41,7 @@ std::string named(const std::vector<Reading>& readings) {
 }
 
 std::string unreadable_form(const Reading& reading) {
-  return (reading.is_grid() ? "a " : "") + describe(reading) + ", which " + reading.unreadable;
+  return describe(reading) + ", which " + reading.unreadable;
 }
 
 std::string departure(const std::vector<Reading>& nearest) {

@@ -21,7 +21,7 @@ constexpr integer points = 20'000;
 
 Finished read_with_fortran(const ScratchDirectory& scratch, const char* precision) {
   return run_program({GRID_PEER, "read", scratch.file("bits"), scratch.file("grid"), "formatted",
-                      precision, "no", "no"});
+                      precision, "no", "no", "3"});
 }
 
 TEST(NumberInterop, FortranReadsSinglesToTheSameBits) {
