@@ -1,6 +1,7 @@
 #include "recordio/list_scanner.hpp"
 
 #include <algorithm>
+#include <utility>
 
 #include "recordio/number_text.hpp"
 #include "recordio/plain_block.hpp"
@@ -44,7 +45,8 @@ ListScanner::Taken ListScanner::take(std::int64_t most, bool integers) {
 std::int64_t ListScanner::take_lines(std::int64_t most) {
   constexpr std::int64_t most_work_of_character = 1 + std::max(of_plain, of_item);
   std::int64_t values = 0;
-  bool plain = repeats_ == 0;
+  // If words were parsed since the last call, the next line is likely to hold such words too.
+  bool plain = std::exchange(words_before_, words_) == words_ && repeats_ == 0;
   while (plain && number_is_buffered()) {
     const char* at = file_.begin();
     const auto within_limit = (most_work_ - work()) / most_work_of_character;

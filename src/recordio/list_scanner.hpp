@@ -83,9 +83,10 @@ class ListScanner : private ListTokens {
 
   std::int64_t most_work_;
   std::int64_t lines_ = 0;
-  std::int64_t plain_ = 0;  ///< numbers on the fast path
-  std::int64_t items_ = 0;  ///< other items and line ends
-  std::int64_t words_ = 0;  ///< other items that are copied and parsed
+  std::int64_t plain_ = 0;         ///< numbers on the fast path
+  std::int64_t items_ = 0;         ///< other items and line ends
+  std::int64_t words_ = 0;         ///< other items that are copied and parsed
+  std::int64_t words_before_ = 0;  ///< `words_` at the last `take_lines`
 };
 
 }  // namespace mod_p3dgrid::recordio
