@@ -36,6 +36,9 @@ class TextCursor {
   [[nodiscard]] bool failed() const { return state_ == State::failed; }
   [[nodiscard]] bool wants_integers() const { return reals_ == 0 && integers_ > 0; }
 
+  /// Whether a line end behind the next values but the last of those wanted changes nothing.
+  [[nodiscard]] bool crosses_lines() const { return in_record() || failed() || longer_line_ > 0; }
+
   /// Whether the next line is a record, even if it is blank.
   [[nodiscard]] bool wants_line() const {
     return state_ == State::in_records && at_record_ && size_.values() == 0;
@@ -206,7 +209,13 @@ void take_line(ListScanner& scanner, std::span<TextCursor* const> cursors, Line&
       wanted = std::min(wanted, cursor->wanted());
       integers = integers || cursor->wants_integers();
     }
-    const ListScanner::Taken taken = scanner.take(wanted, integers);
+    std::int64_t crossed = 0;
+    if (!integers && std::ranges::all_of(cursors, &TextCursor::crosses_lines)) {
+      crossed = scanner.take_lines(wanted);
+      line.number = scanner.line();
+    }
+    ListScanner::Taken taken = scanner.take(wanted - crossed, integers);
+    taken.values += crossed;
     if (__builtin_add_overflow(line.values, taken.values, &line.values)) line.values = no_limit / 2;
     for (TextCursor* cursor : cursors) cursor->take(taken.values, line, scanner);
     line.stop = taken.stop;

@@ -1,8 +1,10 @@
 #include "recordio/list_scanner.hpp"
 
 #include <algorithm>
+#include <utility>
 
 #include "recordio/number_text.hpp"
+#include "recordio/plain_block.hpp"
 #include "recordio/read_error.hpp"
 
 namespace mod_p3dgrid::recordio {
@@ -38,6 +40,32 @@ ListScanner::Taken ListScanner::take(std::int64_t most, bool integers) {
     values += run;
   }
   return {values, Stop::enough};
+}
+
+std::int64_t ListScanner::take_lines(std::int64_t most) {
+  constexpr std::int64_t most_work_of_character = 1 + std::max(of_plain, of_item);
+  std::int64_t values = 0;
+  // If words were parsed since the last call, the next line is likely to hold such words too.
+  bool plain = std::exchange(words_before_, words_) == words_ && repeats_ == 0;
+  while (plain && number_is_buffered()) {
+    const char* at = file_.begin();
+    const auto within_limit = (most_work_ - work()) / most_work_of_character;
+    const char* const end = at + std::clamp<std::int64_t>(within_limit, 0, file_.end() - at);
+    plain = end - at >= block_characters;
+    while (plain && end - at >= block_characters) {
+      const BlockCount block = count_plain(at, comma_may_end_);
+      plain = block.numbers > 0 && block.numbers < most - values;
+      if (!plain) break;
+      values += block.numbers;
+      plain_ += block.numbers;
+      items_ += block.line_ends;
+      lines_ += block.line_ends;
+      comma_may_end_ = true;
+      at += block.characters;
+    }
+    file_.consume_to(at);
+  }
+  return values;
 }
 
 /// Reads the next item of the line, or returns why there is none.

@@ -43,6 +43,11 @@ class ListScanner : private ListTokens {
   /// Counts values of the current line, at most `most`, which is at least 1.
   [[nodiscard]] Taken take(std::int64_t most, bool integers);
 
+  /// Counts plain numbers of this line and the next ones, fewer than `most`. Ends behind one of
+  /// them, or where it began, and before the limit on `work`. Commas at the beginning of lines are
+  /// left.
+  [[nodiscard]] std::int64_t take_lines(std::int64_t most);
+
   /// The value of the last `take(1, true)`; 0 for a null value.
   [[nodiscard]] integer last_integer() const;
 
@@ -51,9 +56,6 @@ class ListScanner : private ListTokens {
 
   /// Estimated time of the scan, in nanoseconds.
   [[nodiscard]] std::int64_t work() const {
-    constexpr std::int64_t of_plain = 8;
-    constexpr std::int64_t of_item = 64;
-    constexpr std::int64_t of_word = 192;
     return file_.offset() + of_plain * plain_ + of_item * items_ + of_word * words_;
   }
 
@@ -61,6 +63,10 @@ class ListScanner : private ListTokens {
   [[nodiscard]] std::string next_word() const { return printable(token_); }
 
  private:
+  static constexpr std::int64_t of_plain = 8;
+  static constexpr std::int64_t of_item = 64;
+  static constexpr std::int64_t of_word = 192;
+
   template <class Number>
   [[nodiscard]] std::int64_t skip_plain_numbers(std::int64_t most) {
     const std::int64_t before = plain_;
@@ -77,9 +83,10 @@ class ListScanner : private ListTokens {
 
   std::int64_t most_work_;
   std::int64_t lines_ = 0;
-  std::int64_t plain_ = 0;  ///< numbers on the fast path
-  std::int64_t items_ = 0;  ///< other items and line ends
-  std::int64_t words_ = 0;  ///< other items that are copied and parsed
+  std::int64_t plain_ = 0;         ///< numbers on the fast path
+  std::int64_t items_ = 0;         ///< other items and line ends
+  std::int64_t words_ = 0;         ///< other items that are copied and parsed
+  std::int64_t words_before_ = 0;  ///< `words_` at the last `take_lines`
 };
 
 }  // namespace mod_p3dgrid::recordio
