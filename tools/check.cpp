@@ -73,7 +73,7 @@ Command check_command() {
           "  p3dgrid check grid.txt flow.q --restart-precision single",
       .arguments = {{"FILE", &file.path, "Grid file, or restart file alone"},
                     {"RESTART", &options->restart_path, "Restart (flow-solution) file of that grid",
-                     Argument::Presence::optional}},
+                     Argument::Use::input, Argument::Presence::optional}},
       .run = [options] { check(*options); }};
   add_grid_options(command, file.grid, &file.grid_option);
   add_restart_options(command, file.restart, &file.restart_option);

@@ -18,9 +18,6 @@ using Target = std::variant<bool*, integer*, double*, std::string*, std::vector<
                             std::optional<integer>*, std::optional<double>*,
                             std::function<void(const std::string&)>>;
 
-/// Refuses an empty name.
-[[nodiscard]] std::string not_empty(const std::string& text);
-
 /// Accept numbers from `low` to `high`.
 [[nodiscard]] Check in_range(integer low, integer high);
 [[nodiscard]] Check in_range(double low, double high);
@@ -34,10 +31,12 @@ struct Option {
   std::vector<std::string> choices = {};  ///< its possible values; empty for any
   std::string group = {};                 ///< heading in the help; empty for the default
   std::string excludes = {};              ///< an option that cannot be given together with it
+  bool is_input = false;                  ///< its value names a file that is read
 };
 
 /// A file or folder that a command works on.
 struct Argument {
+  enum class Use { input, output, folder };
   enum class Presence {
     required,
     optional,
@@ -47,6 +46,7 @@ struct Argument {
   std::string name;
   std::string* target;
   std::string meaning;
+  Use use = Use::input;
   Presence presence = Presence::required;
 };
 

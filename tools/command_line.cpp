@@ -8,6 +8,8 @@
 
 #include "command.hpp"
 #include "failure.hpp"
+#include "file_names.hpp"
+#include "gzip.hpp"
 
 namespace p3dgrid::tool {
 namespace {
@@ -42,7 +44,7 @@ void add_arguments(CLI::App& line, const std::vector<Argument>& arguments) {
   for (const Argument& argument : arguments) {
     line.add_option(argument.name, *argument.target, argument.meaning)
         ->required(argument.presence == Argument::Presence::required)
-        ->check(not_empty)
+        ->check(argument.use == Argument::Use::output ? wrong_output_name : wrong_name)
         ->type_name("");
     if (argument.presence == Argument::Presence::last) take_last(line, argument, *before);
     before = argument.target;
@@ -122,11 +124,22 @@ Failure usage_failure(const std::string& what, const std::string& command = "") 
           without_last_line_end(what) + "; 'p3dgrid " + command + "--help' shows the usage"};
 }
 
-}  // namespace
-
-std::string not_empty(const std::string& text) {
-  return text.empty() ? "the name is empty" : "";
+/// Replaces the names of compressed inputs by those of unpacked copies.
+void unpack_inputs(const Command& command) {
+  std::string output;
+  const auto unpack = [&output](std::string& path) { path = path_to_read(path, output); };
+  for (const Argument& argument : command.arguments) {
+    if (argument.use == Argument::Use::output) output = *argument.target;
+  }
+  for (const Argument& argument : command.arguments) {
+    if (argument.use == Argument::Use::input) unpack(*argument.target);
+  }
+  for (const Option& option : command.options) {
+    if (option.is_input) unpack(*std::get<std::string*>(option.target));
+  }
 }
+
+}  // namespace
 
 Check in_range(integer low, integer high) {
   return CLI::Range(low, high);
@@ -161,7 +174,11 @@ Request read_command_line(int argc, const char* const* argv) {
     throw usage_failure("--quiet and --verbose exclude each other");
   }
   for (const Command& command : commands) {
-    if (program.got_subcommand(command.name)) request.run = command.run;
+    if (!program.got_subcommand(command.name)) continue;
+    request.run = [command] {
+      unpack_inputs(command);
+      command.run();
+    };
   }
   if (!request.run) throw Unusable("no command; 'p3dgrid --help' shows them");
   return request;

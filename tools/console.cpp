@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "failure.hpp"
+#include "gzip.hpp"
 
 namespace p3dgrid::tool {
 namespace {
@@ -21,7 +22,7 @@ bool output_kept_for_programs = false;
 int first_output_error = 0;
 
 std::string printable(std::string_view text) {
-  return mod_p3dgrid::p3dprintable(std::string(text));
+  return with_original_paths(mod_p3dgrid::p3dprintable(std::string(text)));
 }
 
 constexpr const char* erase_line = "\r\x1b[K";
@@ -91,7 +92,7 @@ void print_note(std::string_view text) {
 }
 
 void print_failure(std::string_view text) {
-  print_error_line("p3dgrid: ", text);
+  print_error_line("p3dgrid: ", with_original_paths(text));
 }
 
 void show_status(const std::string& line) {

@@ -3,6 +3,7 @@
 
 #include "command.hpp"
 #include "console.hpp"
+#include "file_names.hpp"
 #include "grid_file.hpp"
 #include "input_files.hpp"
 #include "options.hpp"
@@ -35,6 +36,7 @@ void convert(const ConvertOptions& options) {
     print_note("coordinates pass through single precision: " + options.output +
                " holds about 7 digits of each, whatever its own precision");
   }
+  note_contradiction(options.output, form.coding);
   output.write([&] { write_grid(output.temporary_path(), form, grid); });
   output.commit();
   print_summary(options.output + ": " + counted(extents_of(grid)) + ", " + describe(form));
@@ -54,7 +56,8 @@ Command convert_command() {
           "  p3dgrid convert grid.txt grid.p3d --to-format unformatted --to-byte-order big\n"
           "  p3dgrid convert grid.p3d grid.bin --to-format binary --to-precision double",
       .arguments = {{"GRID", &options->input, "Grid file to read"},
-                    {"OUT", &options->output, "Grid file to write; replaced whole or not at all"}},
+                    {"OUT", &options->output, "Grid file to write; replaced whole or not at all",
+                     Argument::Use::output}},
       .run = [options] { convert(*options); }};
   add_grid_options(command, options->stated);
   add_target_options(command, options->change);

@@ -16,12 +16,12 @@ bool is_regular(const std::string& path) {
   return std::filesystem::is_regular_file(path, error);
 }
 
-/// Runs `look` and turns a `FileError` into a Failure.
+/// Runs `look` and turns a `Error` into a Failure.
 template <class Look>
 auto looking(const Look& look) {
   try {
     return look();
-  } catch (const FileError& error) {
+  } catch (const Error& error) {
     throw Unusable(error.what());
   }
 }

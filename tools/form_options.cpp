@@ -41,13 +41,13 @@ std::string value_text(const Sections& sections) {
   return describe(sections);
 }
 
-/// Removes what text does not have.
+/// Removes what files of this encoding do not have.
 template <class Stated>
 Stated applicable(Stated stated) {
-  const bool text = stated.coding.encoding == Encoding::formatted;
+  const Encoding encoding = *stated.coding.encoding;
   Stated::for_each_member(
-      [text](const auto& member, auto& choice) {
-        if (text && member.only_in_records) choice.reset();
+      [encoding](const auto& member, auto& choice) {
+        if (!is_in(member.scope, encoding)) choice.reset();
       },
       stated);
   return stated;

@@ -2,6 +2,7 @@
 #include <cmath>
 #include <nlohmann/json.hpp>
 
+#include "gzip.hpp"
 #include "info.hpp"
 #include "table.hpp"
 
@@ -29,13 +30,21 @@ Json number_in(const RestartForm& form, double value) {
   return std::isfinite(value) ? Json(std::stod(digits_in(form, value))) : number(value);
 }
 
+template <class Value>
+Json value_of(Value value) {
+  return name_of(value);
+}
+Json value_of(MarkerBytes bytes) {
+  return static_cast<int>(bytes);
+}
+
 Json json_of(const Coding& coding) {
   Json json;
   Coding::for_each_member(
       [&](const auto& member, const auto& value) {
         std::string key = member.name;
         std::ranges::replace(key, '-', '_');
-        json[key] = member.only_in_records && is_text(coding) ? Json() : Json(name_of(value));
+        json[key] = is_in(member.scope, coding.encoding) ? value_of(value) : Json();
       },
       coding);
   return json;
@@ -64,7 +73,7 @@ Json form_of(const RestartForm& form, const Sections* sections) {
 Json beginning(const std::string& path, const Found& found, const char* kind, const Json& form) {
   return {
       {"schema", schema},
-      {"file", path},
+      {"file", original_path(path)},
       {"kind", kind},
       {"form", form},
       {"found",

@@ -2,14 +2,13 @@
 #include <cmath>
 
 #include "info.hpp"
+#include "primitive.hpp"
 #include "table.hpp"
 
 namespace p3dgrid::tool {
 namespace {
 
 constexpr std::array coordinate_names = {"x", "y", "z"};
-constexpr std::array solution_names = {"density", "x-momentum", "y-momentum", "z-momentum",
-                                       "energy"};
 
 void include(Survey& survey, const Extreme& point) {
   if (!std::isfinite(point.value)) {

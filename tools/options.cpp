@@ -1,7 +1,10 @@
 #include "options.hpp"
 
+#include <algorithm>
 #include <cstdlib>
 #include <utility>
+
+#include "file_names.hpp"
 
 namespace p3dgrid::tool {
 namespace {
@@ -21,6 +24,15 @@ std::string wrong_sections(const std::string& text) {
          "most 30";
 }
 
+/// The words that select a value, its name first.
+std::vector<std::string> words_for(Encoding encoding) {
+  if (encoding == Encoding::formatted) return {name_of(encoding), "text", "ascii"};
+  return {name_of(encoding)};
+}
+std::vector<std::string> words_for(auto value) {
+  return {name_of(value)};
+}
+
 /// Adds an option for each member of the form of a file that is read or written.
 struct MemberOptions {
   Command& command;
@@ -34,12 +46,14 @@ struct MemberOptions {
     const auto take = [&choice, &member](const std::string& word) {
       choice.reset();
       for (const Value value : member.choices) {
-        if (word == name_of(value)) choice = value;
+        if (std::ranges::count(words_for(value), word) > 0) choice = value;
       }
     };
     Option& option = add(member, take);
     if (read) option.choices.emplace_back(automatic);
-    for (const Value value : member.choices) option.choices.emplace_back(name_of(value));
+    for (const Value value : member.choices) {
+      std::ranges::copy(words_for(value), std::back_inserter(option.choices));
+    }
   }
 
   void operator()(const Member<std::optional<Sections>>& member,
@@ -82,8 +96,9 @@ void add_grid_of_restart(Command& command, std::string& path) {
                              .target = &path,
                              .meaning = "the grid that a restart file belongs to; they must agree",
                              .value_name = "GRID",
-                             .check = not_empty,
-                             .group = restart_group});
+                             .check = wrong_name,
+                             .group = restart_group,
+                             .is_input = true});
 }
 
 void add_target_options(Command& command, StatedGridForm& change) {

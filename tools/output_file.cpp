@@ -13,6 +13,8 @@
 #include <system_error>
 
 #include "failure.hpp"
+#include "file_names.hpp"
+#include "gzip.hpp"
 
 namespace p3dgrid::tool {
 namespace {
@@ -180,9 +182,22 @@ void UnfinishedFile::release() {
   place_ = places;
 }
 
+bool create_temporary(std::optional<UnfinishedFile>& file, const std::string& folder, mode_t mode) {
+  const SignalsBlocked blocked;
+  for (int attempt = 0; attempt < 100; ++attempt) {
+    const std::string path = (std::filesystem::path(folder) / temporary_name()).string();
+    if (Descriptor(open_new(path, mode)).open()) {
+      file.emplace(path);
+      return true;
+    }
+    if (errno != EEXIST) break;
+  }
+  return false;
+}
+
 OutputFile::OutputFile(std::string path, std::initializer_list<std::string> inputs)
     : path_(std::move(path)) {
-  for (const std::string& input : inputs) require_different_files(input, path_);
+  for (const std::string& input : inputs) require_different_files(original_path(input), path_);
   target_ = target_of(path_);
   replaced_ = status_of(target_);
   const std::filesystem::path target = target_;
@@ -193,22 +208,14 @@ OutputFile::OutputFile(std::string path, std::initializer_list<std::string> inpu
   if (replaced_ && ::faccessat(AT_FDCWD, target_.c_str(), W_OK, AT_EACCESS) != 0) {
     fail(path_, "is write-protected: " + reason(errno));
   }
-  reserve();
+  reserve(temporary_);
 }
 
-void OutputFile::reserve() {
+void OutputFile::reserve(std::optional<UnfinishedFile>& file) const {
   // The new file must not be readable for more users than the one it replaces.
   const mode_t mode = replaced_ ? (replaced_->st_mode & 0666) | S_IRUSR | S_IWUSR : 0666;
   const std::filesystem::path folder = std::filesystem::path(target_).parent_path();
-  const SignalsBlocked blocked;
-  for (int attempt = 0; attempt < 100; ++attempt) {
-    const std::string path = (folder / temporary_name()).string();
-    if (Descriptor(open_new(path, mode)).open()) {
-      temporary_.emplace(path);
-      return;
-    }
-    if (errno != EEXIST) break;
-  }
+  if (create_temporary(file, folder.string(), mode)) return;
   fail(path_, "cannot be written in its folder: " + reason(errno));
 }
 
@@ -225,8 +232,19 @@ void OutputFile::write(const std::function<void()>& step) const {
 }
 
 void OutputFile::commit() {
+  if (is_compressed_name(path_)) {
+    std::optional<UnfinishedFile> compressed;
+    reserve(compressed);
+    write([&] { compress_file(temporary_path(), compressed->path()); });
+    put_in_place(*compressed);
+  } else {
+    put_in_place(*temporary_);
+  }
+}
+
+void OutputFile::put_in_place(UnfinishedFile& written) const {
   {
-    const Descriptor file(::open(temporary_path().c_str(), O_RDONLY | O_CLOEXEC));
+    const Descriptor file(::open(written.path().c_str(), O_RDONLY | O_CLOEXEC));
     if (!file.open()) fail(path_, "cannot be completed: " + reason(errno));
     if (replaced_) {
       // Only some users can change the owner. A change may clear permission bits, so they follow.
@@ -237,10 +255,10 @@ void OutputFile::commit() {
     }
     if (!force_to_disk(file)) fail(path_, "cannot be completed: " + reason(errno));
   }
-  if (std::rename(temporary_path().c_str(), target_.c_str()) != 0) {
+  if (std::rename(written.path().c_str(), target_.c_str()) != 0) {
     fail(path_, "cannot be replaced: " + reason(errno));
   }
-  temporary_->release();
+  written.release();
 
   // The new name is on the disk only once its folder is, which not every file system supports.
   const std::filesystem::path folder = std::filesystem::path(target_).parent_path();

@@ -30,14 +30,19 @@ class UnfinishedFile {
   std::size_t place_;  ///< in the handler's table
 };
 
+/// Creates a file under a new name, `.p3dgrid-...tmp`, in the folder. False, with the reason in
+/// `errno`, if that fails.
+[[nodiscard]] bool create_temporary(std::optional<UnfinishedFile>& file, const std::string& folder,
+                                    mode_t mode);
+
 /// What the names of temporary files begin with.
 inline constexpr const char* temporary_prefix = ".p3dgrid-";
 
 /// A file that is replaced whole or not at all.
 ///
-/// It is written under a temporary name in the folder of its final one, `.p3dgrid-...tmp`, and
-/// `commit` renames it. A failure or a signal before that removes the temporary file and leaves an
-/// earlier file as it was.
+/// It is written under a temporary name in the folder of its final one, and `commit` renames it,
+/// compressed if the final name asks for it. A failure or a signal before that removes the
+/// temporary file and leaves an earlier file as it was.
 class OutputFile {
  public:
   /// Creates the temporary file. Throws a Failure if the file could not be put in place: its folder
@@ -63,7 +68,8 @@ class OutputFile {
   void commit();
 
  private:
-  void reserve();
+  void reserve(std::optional<UnfinishedFile>& file) const;
+  void put_in_place(UnfinishedFile& written) const;
 
   std::string path_;                     ///< as the user named it
   std::string target_;                   ///< where symbolic links lead to

@@ -88,9 +88,9 @@ Command plot_command() {
       .arguments = {{"GRID", &request.grid_path, "Grid file"},
                     {"RESTART", &request.restart_path,
                      "Restart file to show in colour; without it mesh lines are drawn",
-                     Argument::Presence::optional},
+                     Argument::Use::input, Argument::Presence::optional},
                     {"OUT.png", &options->output, "Picture to write; replaced whole or not at all",
-                     Argument::Presence::last}},
+                     Argument::Use::output, Argument::Presence::last}},
       .options = picture_options(request),
       .run = [options] { plot_files(*options); }};
   add_grid_options(command, request.grid);

@@ -1,11 +1,16 @@
 #pragma once
 
+#include <array>
 #include <span>
 
 namespace p3dgrid::tool {
 
 /// Ratio of specific heats of air.
 inline constexpr double gamma_of_air = 1.4;
+
+/// The variables of a PLOT3D solution, in file order.
+inline constexpr std::array solution_names = {"density", "x-momentum", "y-momentum", "z-momentum",
+                                              "energy"};
 
 /// Primitive variables at a point, in the units of the file.
 struct Primitive {

@@ -8,6 +8,7 @@
 #include <filesystem>
 
 #include "console.hpp"
+#include "gzip.hpp"
 #include "output_file.hpp"
 
 namespace p3dgrid::tool {
@@ -21,6 +22,7 @@ constexpr auto interval = 200ms;
 constexpr double least_seconds = 0.5;  // shorter times give no meaningful rate
 
 std::int64_t expected_output = 0;
+Progress* shown = nullptr;
 
 /// "1.25 GB", in powers of ten.
 std::string bytes_text(double bytes) {
@@ -49,12 +51,18 @@ void expect_values(const Coding& coding, std::int64_t reals, std::int64_t intege
   expected_output = is_text(coding) ? 0 : reals * real_bytes(coding) + 4 * integers;
 }
 
+void show_progress(const FileProgress& now) {
+  if (shown != nullptr) shown->update(now);
+}
+
 Progress::Progress() : next_line_(Clock::now() + delay) {
-  mod_p3dgrid::p3dsetprogress([this](const FileProgress& now) { update(now); });
+  shown = this;
+  mod_p3dgrid::p3dsetprogress(show_progress);
 }
 
 Progress::~Progress() {
   mod_p3dgrid::p3dsetprogress({});
+  shown = nullptr;
   show_status("");
 }
 
@@ -79,7 +87,7 @@ void Progress::update(const FileProgress& now) {
 }
 
 std::string Progress::line_for(const FileProgress& now, double seconds) const {
-  const std::string name = std::filesystem::path(now.path).filename().string();
+  const std::string name = std::filesystem::path(original_path(now.path)).filename().string();
   std::string line = now.writing ? "writing" : "reading";
   if (!name.starts_with(temporary_prefix)) line += " " + name;
   line += ": " + bytes_text(static_cast<double>(now.bytes));

@@ -12,6 +12,9 @@ namespace p3dgrid::tool {
 /// size of text is unknown.
 void expect_values(const Coding& coding, std::int64_t reals, std::int64_t integers = 0);
 
+/// Reports how far work on a file is, as the library reports its own.
+void show_progress(const mod_p3dgrid::FileProgress& now);
+
 /// Shows on standard error how far reading and writing is, while it lives: after one second, one
 /// line that is overwritten several times a second.
 class Progress {
@@ -24,10 +27,11 @@ class Progress {
   /// True if standard error is a terminal.
   [[nodiscard]] static bool has_reader();
 
+  void update(const mod_p3dgrid::FileProgress& now);
+
  private:
   using Clock = std::chrono::steady_clock;
 
-  void update(const mod_p3dgrid::FileProgress& now);
   [[nodiscard]] std::string line_for(const mod_p3dgrid::FileProgress& now, double seconds) const;
 
   Clock::time_point next_line_;  ///< no line is shown before

@@ -3,6 +3,7 @@
 
 #include "command.hpp"
 #include "console.hpp"
+#include "file_names.hpp"
 #include "input_files.hpp"
 #include "options.hpp"
 #include "output_file.hpp"
@@ -34,6 +35,7 @@ void note(const RestartOptions& options, const std::string& text) {
 
 void note_what_is_lost(const RestartOptions& options, const RestartForm& read,
                        const RestartForm& written) {
+  note_contradiction(options.output, written.coding);
   if (loses_digits(read.coding, written.coding)) {
     print_note("flow variables pass through single precision: " + options.output +
                " holds about 7 digits of each, whatever its own precision");
@@ -112,8 +114,8 @@ Command restart_command() {
           "  p3dgrid restart --stream grid.p3d flow.q flow.rst --to-layout 1",
       .arguments = {{"GRID", &options->grid_path, "Grid file to which the solution belongs"},
                     {"RESTART", &options->input, "Restart file to read"},
-                    {"OUT", &options->output,
-                     "Restart file to write; replaced whole or not at all"}},
+                    {"OUT", &options->output, "Restart file to write; replaced whole or not at all",
+                     Argument::Use::output}},
       .run = [options] { convert_restart(*options); }};
   add_grid_options(command, options->grid);
   add_restart_options(command, options->stated);

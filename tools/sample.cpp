@@ -93,7 +93,8 @@ Command sample_command() {
       .meaning =
           "Write a small case to try everything on: a cylinder in cross flow, grid and solutions",
       .footer = "Example:\n  p3dgrid sample demo",
-      .arguments = {{"DIR", &options->folder, "Folder for the files; made if it is not there"}},
+      .arguments = {{"DIR", &options->folder, "Folder for the files; made if it is not there",
+                     Argument::Use::folder}},
       .options = {{"--replace", &options->replace, "Write over files of an earlier sample"}},
       .run = [options] { write_sample(*options); }};
 }

@@ -136,8 +136,8 @@ Command tecplot_command() {
           "  p3dgrid tecplot grid.p3d flow.q flow.dat --as-stored",
       .arguments = {{"GRID", &options->grid_path, "Grid file to which the solution belongs"},
                     {"RESTART", &options->restart_path, "Restart file of five variables"},
-                    {"OUT", &options->output,
-                     "Tecplot file to write; replaced whole or not at all"}},
+                    {"OUT", &options->output, "Tecplot file to write; replaced whole or not at all",
+                     Argument::Use::output}},
       .run = [options] { export_tecplot(*options); }};
   add_grid_options(command, options->grid);
   add_restart_options(command, options->restart);

@@ -48,11 +48,14 @@ void p3dsetmessages(std::function<void(std::string_view line)> sink);
 /// show the path. An empty function restores the default: the name is the path.
 void p3dsetpaths(std::function<std::string(std::string_view name)> resolver);
 
-/// Sets the byte order of unformatted and binary files. Whenever the library opens a file,
-/// `chooser` receives its name without trailing blanks and returns its coding. Only the byte order
-/// of the coding is used; if none is stated, that of the machine applies. Temporary variable files
-/// must have the same order while they are written and combined. Text and values in memory are not
-/// affected. An empty function restores the default, the order of the machine.
+/// Sets what the arguments of the operations do not say about a file. Whenever the library opens
+/// one, `chooser` receives its name without trailing blanks and returns its coding, of which two
+/// members are used:
+/// - `byte_order` of unformatted and binary files; if not stated, that of the machine;
+/// - `marker_bytes` of unformatted files; if not stated, 4.
+///
+/// Temporary variable files must have the same coding while they are written and combined. Text and
+/// values in memory are not affected. An empty function restores the defaults.
 ///
 ///     p3dsetcoding([](std::string_view) {
 ///       return p3dgrid::StatedCoding{.byte_order = p3dgrid::ByteOrder::big};

@@ -26,6 +26,9 @@ enum class Precision : std::uint8_t { single_precision, double_precision };
 /// Byte order of integers, reals and record markers.
 using ByteOrder = std::endian;
 
+/// Size of the record markers of an unformatted file.
+enum class MarkerBytes : std::uint8_t { four = 4, eight = 8 };
+
 /// Layouts of restart files. The values are the module's restart layout codes.
 enum class Layout : std::int32_t {
   talven = 0,
@@ -59,29 +62,41 @@ using Sections = std::vector<Section>;
 /// Variables of every solution file, and of the leading record of layouts 100 and 101.
 inline constexpr std::int32_t solution_variables = 5;
 
+/// Encodings whose files have a member.
+enum class Scope : std::uint8_t { all_files, records, marked_records };
+
+/// Whether files of an encoding have the members of a scope.
+[[nodiscard]] constexpr bool is_in(Scope scope, Encoding encoding) {
+  return scope == Scope::all_files || encoding == Encoding::unformatted ||
+         (scope == Scope::records && encoding == Encoding::binary);
+}
+
 /// Describes one member of a form. The command derives option names, help and JSON keys from it.
 template <class Value>
 struct Member {
   const char* name;                ///< "format"
   std::span<const Value> choices;  ///< its possible values; empty if they cannot be listed
   const char* meaning;             ///< description of its values
-  bool only_in_records = false;    ///< meaningless for text
+  Scope scope = Scope::all_files;  ///< encodings for which it has a meaning
   bool only_in_restarts = false;   ///< meaningless for grids
+  bool has_default = false;        ///< the initial value holds if all other members are stated
 };
 
-extern const Member<Encoding> encoding_member;        ///< how records are held
-extern const Member<Precision> precision_member;      ///< size of the reals
-extern const Member<ByteOrder> byte_order_member;     ///< of each number
-extern const Member<bool> grid_multiblock_member;     ///< a grid begins with its block count
-extern const Member<bool> restart_multiblock_member;  ///< a restart file does
-extern const Member<bool> iblank_member;              ///< blocks end with blanking values
-extern const Member<Layout> layout_member;            ///< which records a restart file has
+extern const Member<Encoding> encoding_member;         ///< how records are held
+extern const Member<Precision> precision_member;       ///< size of the reals
+extern const Member<ByteOrder> byte_order_member;      ///< of each number
+extern const Member<MarkerBytes> marker_bytes_member;  ///< size of record markers
+extern const Member<bool> grid_multiblock_member;      ///< a grid begins with its block count
+extern const Member<bool> restart_multiblock_member;   ///< a restart file does
+extern const Member<bool> iblank_member;               ///< blocks end with blanking values
+extern const Member<Layout> layout_member;             ///< which records a restart file has
 extern const Member<std::optional<Sections>> sections_member;  ///< variables of its records
 
 /// The word for a value in options, messages and JSON.
 [[nodiscard]] const char* name_of(Encoding encoding);
 [[nodiscard]] const char* name_of(Precision precision);  ///< @copydoc name_of
 [[nodiscard]] const char* name_of(ByteOrder order);      ///< @copydoc name_of
+[[nodiscard]] const char* name_of(MarkerBytes bytes);    ///< @copydoc name_of
 [[nodiscard]] const char* name_of(Layout layout);        ///< @copydoc name_of
 [[nodiscard]] const char* name_of(bool choice);          ///< @copydoc name_of
 
@@ -107,6 +122,8 @@ struct BasicCoding {
   Holder<Precision> precision = {};  ///< of reals; text has none
   /// Of unformatted and binary files; text has none.
   Holder<ByteOrder> byte_order = unless_stated<Holder<ByteOrder>>(ByteOrder::native);
+  /// Of unformatted files; others have no markers.
+  Holder<MarkerBytes> marker_bytes = unless_stated<Holder<MarkerBytes>>(MarkerBytes::four);
 
   /// Calls `visit(member, its value in each coding...)` for every member.
   template <class Visit, class... Codings>
@@ -114,6 +131,7 @@ struct BasicCoding {
     visit(encoding_member, codings.encoding...);
     visit(precision_member, codings.precision...);
     visit(byte_order_member, codings.byte_order...);
+    visit(marker_bytes_member, codings.marker_bytes...);
   }
 
   /// Compares all members.
@@ -137,6 +155,10 @@ using StatedCoding = BasicCoding<std::optional>;  ///< the known members
 /// Bytes of a real in an unformatted or binary file.
 [[nodiscard]] constexpr std::int64_t real_bytes(const Coding& coding) {
   return coding.precision == Precision::double_precision ? 8 : 4;
+}
+/// Bytes of a record marker of an unformatted file.
+[[nodiscard]] constexpr std::int64_t marker_size(const Coding& coding) {
+  return static_cast<std::int64_t>(coding.marker_bytes);
 }
 
 /// The form of a grid file.
@@ -217,6 +239,19 @@ using StatedRestartForm = BasicRestartForm<std::optional>;  ///< the known membe
 /// "1-5,6-7".
 [[nodiscard]] std::string describe(const Sections& sections);
 
+/// Number of points of a block, or an index, in the three directions.
+struct BlockExtents {
+  std::int32_t i = 0;  ///< fastest
+  std::int32_t j = 0;  ///< second
+  std::int32_t k = 0;  ///< slowest
+
+  /// Number of points.
+  [[nodiscard]] constexpr std::int64_t points() const { return std::int64_t{i} * j * k; }
+
+  /// Compares all three.
+  friend bool operator==(const BlockExtents&, const BlockExtents&) = default;
+};
+
 /// Number of points of each block in the three directions.
 struct Extents {
   std::vector<std::int32_t> i;  ///< an entry per block
@@ -226,9 +261,17 @@ struct Extents {
   /// Number of blocks.
   [[nodiscard]] std::int32_t blocks() const { return static_cast<std::int32_t>(i.size()); }
 
+  /// Extents of a block, counted from 0.
+  [[nodiscard]] BlockExtents of(std::size_t block) const { return {i[block], j[block], k[block]}; }
+
   /// Points of a block, counted from 0.
-  [[nodiscard]] std::int64_t points_of(std::size_t block) const {
-    return std::int64_t{i[block]} * j[block] * k[block];
+  [[nodiscard]] std::int64_t points_of(std::size_t block) const { return of(block).points(); }
+
+  /// Appends a block.
+  void add(const BlockExtents& block) {
+    i.push_back(block.i);
+    j.push_back(block.j);
+    k.push_back(block.k);
   }
 
   /// Points of all blocks.

@@ -18,28 +18,37 @@ bool has_plausible_blanking(Evidence& file, const Reading& reading) {
 
 }  // namespace
 
-// Text has neither precision nor byte order; any will do.
+// Text has neither precision nor byte order, and only unformatted files have markers; any will do.
 std::vector<Coding> codings_of(Evidence& file, const StatedCoding& stated) {
   constexpr auto other =
       ByteOrder::native == ByteOrder::little ? ByteOrder::big : ByteOrder::little;
+  const MarkerBytes any_markers = stated.marker_bytes.value_or(MarkerBytes::four);
   const bool text =
       stated.encoding ? *stated.encoding == Encoding::formatted : file.begins_with_text();
   if (text) {
     return {{Encoding::formatted, stated.precision.value_or(Precision::single_precision),
-             stated.byte_order.value_or(ByteOrder::native)}};
+             stated.byte_order.value_or(ByteOrder::native), any_markers}};
   }
-  // A stated byte order may be the wrong one.
-  const bool markers =
-      !stated.encoding && (file.all_records_sound({.byte_order = ByteOrder::native}) ||
-                           file.all_records_sound({.byte_order = other}));
+  const auto are_sound = [&](MarkerBytes bytes) {
+    // A stated byte order may be the wrong one.
+    return file.all_records_sound({.byte_order = ByteOrder::native, .marker_bytes = bytes}) ||
+           file.all_records_sound({.byte_order = other, .marker_bytes = bytes});
+  };
+  std::vector<MarkerBytes> sizes =
+      choices(stated.marker_bytes, {MarkerBytes::four, MarkerBytes::eight});
+  const auto sound = std::ranges::find_if(sizes, are_sound);
+  const bool markers = sound != sizes.end();
+  if (markers) sizes = {*sound};
   std::vector<Coding> codings;
   for (const Encoding e : choices(stated.encoding, {Encoding::unformatted, Encoding::binary})) {
     // If all markers match, the file is unformatted: values do not match in this way by chance.
-    if (markers && e == Encoding::binary) continue;
-    for (const ByteOrder o : choices(stated.byte_order, {ByteOrder::native, other})) {
-      for (const Precision p :
-           choices(stated.precision, {Precision::single_precision, Precision::double_precision})) {
-        codings.push_back({e, p, o});
+    if (markers && !stated.encoding && e == Encoding::binary) continue;
+    for (const MarkerBytes m : e == Encoding::binary ? std::vector{any_markers} : sizes) {
+      for (const ByteOrder o : choices(stated.byte_order, {ByteOrder::native, other})) {
+        for (const Precision p : choices(
+                 stated.precision, {Precision::single_precision, Precision::double_precision})) {
+          codings.push_back({e, p, o, m});
+        }
       }
     }
   }

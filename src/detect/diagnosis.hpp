@@ -8,8 +8,8 @@
 namespace p3dgrid {
 
 /// A form of other programs that cannot be read: two-dimensional grids and solutions, solutions of
-/// more variables and parameters, unformatted files with other records or with 64-bit integers or
-/// markers, text with other line ends. Empty for other files.
+/// more variables and parameters, unformatted files with other records or with 64-bit integers,
+/// text with other line ends. Empty for other files.
 [[nodiscard]] std::string foreign_form(Evidence& file);
 
 /// A two-dimensional form with the length of a binary file, such as "a grid in two dimensions". The

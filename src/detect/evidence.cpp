@@ -23,7 +23,9 @@ const std::string& checked(const std::string& path) {
                      !std::filesystem::is_directory(status);
   // Opening a named pipe would block. All other errors are reported when the file is opened.
   if (!other) return path;
-  throw FileError(path + ": is not a regular file, and cannot be looked into before it is read");
+  throw Error({.kind = ErrorKind::system,
+               .file = path,
+               .reason = "is not a regular file, and cannot be looked into before it is read"});
 }
 
 /// The answer for a coding; `check` is called for the first question only. Markers do not depend on

@@ -37,7 +37,7 @@ struct IntegerSample {
 /// The file being examined, and cached results about it.
 class Evidence {
  public:
-  /// Throws `FileError`.
+  /// Throws `Error`.
   explicit Evidence(std::string path);
 
   [[nodiscard]] std::int64_t size() const { return size_; }
@@ -73,6 +73,11 @@ class Evidence {
   [[nodiscard]] std::optional<std::int32_t> integer(std::int64_t offset, ByteOrder order) {
     if (offset < 0 || offset > size_ - 4) return std::nullopt;
     return recordio::integer_at(file_, offset, order);
+  }
+  /// The same for a record marker.
+  [[nodiscard]] std::optional<std::int64_t> marker(std::int64_t offset, const Coding& coding) {
+    if (offset < 0 || offset > size_ - marker_size(coding)) return std::nullopt;
+    return recordio::marker_at(file_, offset, coding);
   }
   /// Samples `count` integers from byte `begin` on.
   [[nodiscard]] IntegerSample sample_integers(std::int64_t begin, std::int64_t count,
@@ -111,16 +116,18 @@ class Evidence {
   std::int64_t text_commas_ = 0;
 };
 
-/// Examines a file with `examine`. Throws `FileError` for errors of the system.
+/// Examines a file with `examine`. Throws `Error` for errors of the system.
 template <class Examine>
 auto with_evidence(const std::string& path, Examine examine) {
   try {
     Evidence file(path);
     return examine(file);
   } catch (const recordio::SystemError& failure) {
-    throw FileError(path + ": " + std::generic_category().message(failure.error));
+    throw Error({.kind = ErrorKind::system,
+                 .file = path,
+                 .reason = std::generic_category().message(failure.error)});
   } catch (const recordio::ReadError& failure) {
-    throw FileError(path + ": " + failure.found);
+    throw Error({.kind = ErrorKind::system, .file = path, .reason = failure.found});
   }
 }
 

@@ -8,8 +8,6 @@
 namespace p3dgrid {
 namespace {
 
-using recordio::marker_bytes;
-
 /// The grid with several records per block: one for each k plane, or one for each coordinate.
 FilePlan split_blocks(const Outline& outline, bool planes) {
   HeaderSizes sizes = outline.sizes;
@@ -36,23 +34,14 @@ std::int32_t wide_integer(Evidence& file, std::int64_t offset, ByteOrder order) 
 }
 
 /// Whether the file begins with 64-bit block count and extents.
-bool has_wide_integers(Evidence& file, ByteOrder order) {
+bool has_wide_integers(Evidence& file, const Coding& coding) {
   constexpr std::int64_t bytes = 8;
-  recordio::RecordScanner records = file.records({.byte_order = order});
+  recordio::RecordScanner records = file.records(coding);
   const auto first = records.next();
   const auto second = records.next();
   if (!first || !second || first->length != bytes) return false;
-  const std::int64_t blocks = wide_integer(file, marker_bytes, order);
+  const std::int64_t blocks = wide_integer(file, first->payload, coding.byte_order);
   return blocks > 0 && second->length == 3 * bytes * blocks;
-}
-
-bool has_wide_markers(Evidence& file, ByteOrder order) {
-  constexpr std::int64_t bytes = 8;
-  const std::int32_t length = wide_integer(file, 0, order);
-  if (length != 4 && length != 12) return false;
-  const std::int64_t behind = bytes + length;
-  return wide_integer(file, behind, order) == length &&
-         wide_integer(file, behind + bytes, order) > 0;
 }
 
 /// A solution whose record of extents ends with the numbers of variables and of species, and whose
@@ -66,7 +55,7 @@ std::string overflow_solution(Evidence& file, const Coding& coding) {
     record = records.next();
   }
   if (!record || !record->sound() || blocks < 1 || record->length != 12 * blocks + 8) return "";
-  const std::int64_t numbers = record->end - marker_bytes - 8;
+  const std::int64_t numbers = record->end - marker_size(coding) - 8;
   const std::int64_t begin = record->payload;
   const auto at = [&](std::int64_t offset) -> std::int64_t {
     return file.integer(offset, coding.byte_order).value_or(-1);
@@ -98,11 +87,8 @@ std::string unsupported_records(Evidence& file, const Coding& coding) {
     return "has the values of a block in several records, by k planes or by coordinates; only one "
            "record for each block can be read";
   }
-  if (has_wide_integers(file, coding.byte_order)) {
+  if (has_wide_integers(file, coding)) {
     return "has integers of 64 bits; only those of 32 can be read";
-  }
-  if (has_wide_markers(file, coding.byte_order)) {
-    return "has record markers of 64 bits; only those of 32 can be read";
   }
   return "";
 }

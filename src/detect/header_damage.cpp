@@ -10,29 +10,27 @@
 namespace p3dgrid {
 namespace {
 
-using recordio::marker_bytes;
-
 constexpr std::int64_t integer_bytes = 4;
 constexpr std::int64_t extents_bytes = 3 * integer_bytes;
 
 /// Length of the record at a byte if its markers match, else 0.
-std::int64_t length_at(Evidence& file, std::int64_t offset, ByteOrder order) {
-  const auto head = file.integer(offset, order);
-  if (!head || *head <= 0) return 0;
-  return file.integer(offset + marker_bytes + *head, order) == *head ? *head : 0;
+std::int64_t length_at(Evidence& file, std::int64_t offset, const Coding& coding) {
+  const auto head = file.marker(offset, coding);
+  if (!head || *head <= 0 || *head > file.size()) return 0;
+  return file.marker(offset + marker_size(coding) + *head, coding) == *head ? *head : 0;
 }
 
 /// Describes a first record with one wrong marker.
-std::string first_marker(Evidence& file, ByteOrder order, std::int64_t length) {
-  const auto head = file.integer(0, order);
-  const auto tail = file.integer(marker_bytes + length, order);
+std::string first_marker(Evidence& file, const Coding& coding, std::int64_t length) {
+  const std::int64_t behind = marker_size(coding) + length;
+  const auto head = file.marker(0, coding);
+  const auto tail = file.marker(behind, coding);
   if (!head || !tail || (*head == length) == (*tail == length)) return "";
-  if (length_at(file, length + 2 * marker_bytes, order) == 0) return "";
+  if (length_at(file, behind + marker_size(coding), coding) == 0) return "";
   const bool first = *head != length;
-  return "record 1 at byte 0: its marker at byte " +
-         std::to_string(first ? 0 : marker_bytes + length) + " says " +
+  return "record 1 at byte 0: its marker at byte " + std::to_string(first ? 0 : behind) + " says " +
          std::to_string(first ? *head : *tail) + " where " + std::to_string(length) +
-         " is expected, as at byte " + std::to_string(first ? marker_bytes + length : 0);
+         " is expected, as at byte " + std::to_string(first ? behind : 0);
 }
 
 /// Describes extents that are negative or too large for the file.
@@ -44,7 +42,7 @@ std::string impossible_extents(Evidence& file, const recordio::ScannedRecord& re
     double bytes = extents_bytes;
     for (std::size_t n = 0; n < extents.size(); ++n) {
       const std::int64_t at = b * extents_bytes + static_cast<std::int64_t>(n) * integer_bytes;
-      extents[n] = file.integer(record.offset + marker_bytes + at, order).value_or(0);
+      extents[n] = file.integer(record.payload + at, order).value_or(0);
       bytes *= extents[n];
     }
     const bool negative = std::ranges::any_of(extents, [](std::int32_t e) { return e < 0; });
@@ -58,11 +56,11 @@ std::string impossible_extents(Evidence& file, const recordio::ScannedRecord& re
 }
 
 /// Describes damage after the record of the block count.
-std::string behind_count(Evidence& file, ByteOrder order) {
+std::string behind_count(Evidence& file, const Coding& coding) {
   constexpr const char* asked = " are expected for the extents of ";
-  recordio::RecordScanner records = file.records({.byte_order = order});
+  recordio::RecordScanner records = file.records(coding);
   static_cast<void>(records.next());
-  const auto blocks = file.integer(marker_bytes, order).value_or(0);
+  const auto blocks = file.integer(marker_size(coding), coding.byte_order).value_or(0);
   if (blocks < 1 || blocks > file.size()) return "";
   const std::int64_t expected = blocks * extents_bytes;
   const auto record = records.next();
@@ -77,7 +75,7 @@ std::string behind_count(Evidence& file, ByteOrder order) {
     return (cut ? "is cut short: " : "") + where + ": " + record->what;
   }
   if (record->length == expected) {
-    return impossible_extents(file, *record, order, blocks);
+    return impossible_extents(file, *record, coding.byte_order, blocks);
   }
   return where + " holds " + std::to_string(record->length) + " bytes by its marker where " +
          std::to_string(expected) + asked + counted(blocks, "block");
@@ -101,11 +99,15 @@ std::string missing_lines(Evidence& file) {
 
 std::string header_damage(Evidence& file) {
   if (file.begins_with_text()) return missing_lines(file);
-  for (const ByteOrder order : {ByteOrder::little, ByteOrder::big}) {
-    const bool count = length_at(file, 0, order) == integer_bytes;
-    std::string what = count ? behind_count(file, order) : first_marker(file, order, integer_bytes);
-    if (what.empty() && !count) what = first_marker(file, order, extents_bytes);
-    if (!what.empty()) return what + "; taken as unformatted, " + name_of(order) + "-endian";
+  for (const MarkerBytes bytes : {MarkerBytes::four, MarkerBytes::eight}) {
+    for (const ByteOrder order : {ByteOrder::little, ByteOrder::big}) {
+      const Coding coding{.byte_order = order, .marker_bytes = bytes};
+      const bool count = length_at(file, 0, coding) == integer_bytes;
+      std::string what =
+          count ? behind_count(file, coding) : first_marker(file, coding, integer_bytes);
+      if (what.empty() && !count) what = first_marker(file, coding, extents_bytes);
+      if (!what.empty()) return what + "; taken as unformatted, " + name_of(order) + "-endian";
+    }
   }
   return "";
 }

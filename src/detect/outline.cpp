@@ -7,7 +7,6 @@ namespace {
 /// Limit on points, so that sums and products of them cannot overflow 64 bits.
 constexpr std::int64_t most_points = std::int64_t{1} << 36;
 
-constexpr std::int32_t most_functions = 1'000'000;
 constexpr std::int32_t most_blocks_with_empty = 1 << 18;
 
 /// Blocks whose extents are checked before memory for those of all blocks is allocated.
@@ -93,7 +92,7 @@ struct Dimensions {
       if (!add_points(points, extents.i[b], extents.j[b], extents.k[b], empty)) return false;
     }
     return std::ranges::all_of(
-        functions, [](std::int32_t count) { return count >= 0 && count <= most_functions; });
+        functions, [](std::int32_t count) { return count >= 0 && count <= most_variables; });
   }
 
  private:

@@ -72,10 +72,7 @@ std::vector<std::array<std::int32_t, most_flags>> possible_flags(const LayoutTra
 }  // namespace
 
 FilePlan SectionSearch::plan(const Sections& sections) const {
-  BodyPlan body{.shape = {.sections = sections,
-                          .older_levels = outline.older_levels,
-                          .older = sections.empty() ? Section{} : sections.front()}};
-  if (leading) body.shape.leading = solution_variables;
+  BodyPlan body{.shape = shape_of(sections, leading, outline.older_levels)};
   if (differ(outline.functions)) body.functions = outline.functions;
   return {outline.sizes, extents, traits_of(form.layout), std::move(body)};
 }

@@ -6,9 +6,8 @@
 
 namespace p3dgrid {
 
-/// Size of the module's section table, and largest plausible number of variables.
+/// Size of the module's section table.
 inline constexpr std::size_t most_sections = 30;
-inline constexpr std::int32_t most_variables = 1'000'000;
 
 struct SectionSearch {
   Evidence& file;

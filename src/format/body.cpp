@@ -2,6 +2,14 @@
 
 namespace p3dgrid {
 
+BlockShape shape_of(const Sections& sections, bool leading, std::int32_t older_levels) {
+  BlockShape shape{.sections = sections,
+                   .older_levels = older_levels,
+                   .older = sections.empty() ? Section{} : sections.front()};
+  if (leading) shape.leading = solution_variables;
+  return shape;
+}
+
 std::vector<BodyRecord> block_records(const LayoutTraits& layout, const BlockShape& shape) {
   using Kind = BodyRecordKind;
   std::vector<BodyRecord> records;

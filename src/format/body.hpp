@@ -46,6 +46,14 @@ struct BlockShape {
   Section older = {};  ///< variables in the record of an older level
 };
 
+/// Largest plausible number of variables, so that sizes of records fit 64 bits.
+inline constexpr std::int32_t most_variables = 1'000'000;
+
+/// The shape of a block with these sections.
+/// @param leading  it begins with a leading record
+[[nodiscard]] BlockShape shape_of(const Sections& sections, bool leading,
+                                  std::int32_t older_levels);
+
 /// The records of a block in file order.
 [[nodiscard]] std::vector<BodyRecord> block_records(const LayoutTraits& layout,
                                                     const BlockShape& shape);

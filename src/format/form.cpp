@@ -10,6 +10,7 @@ namespace {
 constexpr std::array encodings = {Encoding::unformatted, Encoding::formatted, Encoding::binary};
 constexpr std::array precisions = {Precision::single_precision, Precision::double_precision};
 constexpr std::array byte_orders = {ByteOrder::little, ByteOrder::big};
+constexpr std::array marker_sizes = {MarkerBytes::four, MarkerBytes::eight};
 constexpr std::array yes_or_no = {true, false};
 
 template <class Form, class Stated>
@@ -31,11 +32,12 @@ Stated all_of(const Form& form) {
 
 template <class Stated>
 bool all_stated(const Stated& stated) {
-  bool all = stated.coding.encoding.has_value();
-  const bool text = stated.coding.encoding == Encoding::formatted;
+  if (!stated.coding.encoding) return false;
+  bool all = true;
   Stated::for_each_member(
       [&](const auto& member, const auto& choice) {
-        all = all && (choice.has_value() || (text && member.only_in_records));
+        all = all && (choice.has_value() || member.has_default ||
+                      !is_in(member.scope, *stated.coding.encoding));
       },
       stated);
   return all;
@@ -46,16 +48,24 @@ bool all_stated(const Stated& stated) {
 const Member<Encoding> encoding_member{"format", encodings,
                                        "records with length markers, text, or plain bytes"};
 const Member<Precision> precision_member{"precision", precisions,
-                                         "size of the reals, ignored for text", true};
-const Member<ByteOrder> byte_order_member{
-    "byte-order", byte_orders, "order of the bytes of each number, ignored for text", true};
+                                         "size of the reals, ignored for text", Scope::records};
+const Member<ByteOrder> byte_order_member{"byte-order", byte_orders,
+                                          "order of the bytes of each number, ignored for text",
+                                          Scope::records};
+const Member<MarkerBytes> marker_bytes_member{
+    "marker-bytes",        marker_sizes, "size of the record markers of unformatted files",
+    Scope::marked_records, false,        true};
 const Member<bool> grid_multiblock_member{"multiblock", yes_or_no,
                                           "the file begins with its number of blocks"};
 const Member<bool> restart_multiblock_member{
     "multiblock", yes_or_no, "layouts 2 and 3: the file begins with its number of blocks"};
 const Member<bool> iblank_member{"iblank", yes_or_no, "each block ends with its blanking values"};
 const Member<std::optional<Sections>> sections_member{
-    "sections", {}, "variables that each record of a block holds, such as 1-5,6-7", false, true};
+    "sections",
+    {},
+    "variables that each record of a block holds, such as 1-5,6-7",
+    Scope::all_files,
+    true};
 
 const char* name_of(Encoding encoding) {
   switch (encoding) {
@@ -75,6 +85,10 @@ const char* name_of(Precision precision) {
 
 const char* name_of(ByteOrder order) {
   return order == ByteOrder::big ? "big" : "little";
+}
+
+const char* name_of(MarkerBytes bytes) {
+  return bytes == MarkerBytes::eight ? "8" : "4";
 }
 
 const char* name_of(Layout layout) {
@@ -128,6 +142,8 @@ std::int32_t variables_in(const Sections& sections) {
 std::string describe(const Coding& coding) {
   std::string text = name_of(coding.encoding);
   if (is_text(coding)) return text;
+  const bool marked = is_in(marker_bytes_member.scope, coding.encoding);
+  if (marked && coding.marker_bytes == MarkerBytes::eight) text += ", 8-byte markers";
   return text + ", " + name_of(coding.byte_order) + "-endian, " + name_of(coding.precision) +
          " precision";
 }

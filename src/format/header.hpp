@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "p3dgrid/layout.hpp"
+#include "p3dgrid/run_data.hpp"
 #include "recordio/record_list.hpp"
 
 /// The header records of grid and restart files. `visit(list)` reads, writes or measures one
@@ -31,13 +32,9 @@ namespace recordio = mod_p3dgrid::recordio;
   return itimeint == 3 ? 2 : itimeint >= 2 ? 1 : 0;
 }
 
-/// The values of a restart header, under the names of the module variables. Single-block headers
-/// contain the extents.
-struct HeaderValues {
-  std::int32_t fileversion = 0, eqid = 0, nblocks = 1, talnvar = 0, itimeint = 0, ibeta = 0;
-  std::int32_t nstep = 0, isgsmodel = 0, i = 0, j = 0, k = 0;
-  double dtau = 0, talre = 0, talxm1 = 0, talalfa = 0, talbeta = 0, talgam = 0, tals1 = 0;
-  double talpr = 0, talprt = 0;
+/// The values of a restart header. Single-block headers contain the extents.
+struct HeaderValues : RunData {
+  std::int32_t nblocks = 1, i = 0, j = 0, k = 0;
 };
 
 /// Walks the records before the block dimensions of a restart file.

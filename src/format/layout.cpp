@@ -69,7 +69,7 @@ constexpr auto codes = [] {
 const Member<Layout> layout_member{"layout", codes,
                                    "restart layout: 2 PLOT3D solution, 3 PLOT3D function, 0 "
                                    "TALVEN, 1 and 100 to 102 time-step layouts",
-                                   false, true};
+                                   Scope::all_files, true};
 
 std::span<const LayoutTraits> all_layouts() {
   return layouts;

@@ -2,9 +2,6 @@
 
 #include <utility>
 
-#include "recordio/list_reader.hpp"
-#include "recordio/list_writer.hpp"
-#include "recordio/unformatted_record.hpp"
 #include "recordio/value_transfer.hpp"
 
 namespace mod_p3dgrid::recordio {
@@ -23,24 +20,66 @@ constexpr std::int64_t most_truncation = 16;
 
 }  // namespace
 
+RecordInput::RecordInput(InputFile& file, const Coding& coding, std::int64_t& lines)
+    : file_(file), coding_(coding) {
+  if (coding.encoding == Encoding::unformatted) {
+    record_.emplace<UnformattedRecordReader>(file, coding);
+  } else if (is_text(coding)) {
+    record_.emplace<ListReader>(file, lines);
+  }
+}
+
+void RecordInput::read(const Values<void>& entry) {
+  if (auto* const record = std::get_if<UnformattedRecordReader>(&record_)) {
+    read_values(*record, coding_.byte_order, entry);
+  } else if (auto* const reader = std::get_if<ListReader>(&record_)) {
+    reader->read_values(entry);
+  } else {
+    read_values(file_, coding_.byte_order, entry);
+  }
+}
+
+void RecordInput::finish(RestOfRecord rest) {
+  if (auto* const record = std::get_if<UnformattedRecordReader>(&record_)) {
+    if (rest == RestOfRecord::refused) record->expect_end();
+    record->finish();
+  } else if (auto* const reader = std::get_if<ListReader>(&record_)) {
+    reader->finish();
+  }
+}
+
+RecordOutput::RecordOutput(OutputFile& file, const Coding& coding, std::int64_t bytes)
+    : file_(file), coding_(coding) {
+  if (coding.encoding == Encoding::unformatted) {
+    record_.emplace<UnformattedRecordWriter>(file, coding, bytes);
+  } else if (is_text(coding)) {
+    record_.emplace<ListWriter>(file);
+  }
+}
+
+void RecordOutput::write(const Values<const void>& entry) {
+  if (auto* const record = std::get_if<UnformattedRecordWriter>(&record_)) {
+    write_values(*record, coding_.byte_order, entry);
+  } else if (auto* const writer = std::get_if<ListWriter>(&record_)) {
+    writer->write_values(entry);
+  } else {
+    write_values(file_, coding_.byte_order, entry);
+  }
+}
+
+void RecordOutput::finish() {
+  if (auto* const record = std::get_if<UnformattedRecordWriter>(&record_)) {
+    record->finish();
+  } else if (auto* const writer = std::get_if<ListWriter>(&record_)) {
+    writer->finish();
+  }
+}
+
 void read_record(InputFile& file, const Coding& coding, const ReadList& list, RestOfRecord rest,
                  std::int64_t& lines) {
-  switch (coding.encoding) {
-    case Encoding::unformatted: {
-      UnformattedRecordReader record(file, coding);
-      for (const auto& entry : list) read_values(record, coding.byte_order, entry);
-      if (rest == RestOfRecord::refused) record.expect_end();
-      return record.finish();
-    }
-    case Encoding::binary:
-      for (const auto& entry : list) read_values(file, coding.byte_order, entry);
-      return;
-    case Encoding::formatted: {
-      ListReader reader(file, lines);
-      for (const auto& entry : list) reader.read_values(entry);
-      return reader.finish();
-    }
-  }
+  RecordInput record(file, coding, lines);
+  for (const auto& entry : list) record.read(entry);
+  record.finish(rest);
 }
 
 Connection::Connection(std::string path, const Coding& coding, OpenStatus status)
@@ -70,6 +109,18 @@ void Connection::read(const ReadList& list, RestOfRecord rest) {
   read_record(file, coding_, list, rest, lines_);
 }
 
+void Connection::skip(const ReadList& list) {
+  switch (coding_.encoding) {
+    case Encoding::unformatted:
+      return read({}, RestOfRecord::skipped);
+    case Encoding::binary:
+      ++record_;
+      return input_or_error().skip(bytes_of(list));
+    case Encoding::formatted:
+      return read(list, RestOfRecord::skipped);
+  }
+}
+
 void Connection::expect_end() {
   InputFile& file = input_or_error();
   if (file.at_end()) return;
@@ -77,24 +128,22 @@ void Connection::expect_end() {
   throw ReadError{status_error, file.offset(), "more records", "the end of the file"};
 }
 
-void Connection::write(const WriteList& list) {
+RecordInput Connection::begin_read() {
+  InputFile& file = input_or_error();
+  ++record_;
+  return {file, coding_, lines_};
+}
+
+RecordOutput Connection::begin_record(std::int64_t bytes) {
   OutputFile& file = begin_write();
   ++record_;
-  switch (coding_.encoding) {
-    case Encoding::unformatted: {
-      UnformattedRecordWriter record(file, coding_, bytes_of(list));
-      for (const auto& entry : list) write_values(record, coding_.byte_order, entry);
-      return record.finish();
-    }
-    case Encoding::binary:
-      for (const auto& entry : list) write_values(file, coding_.byte_order, entry);
-      return;
-    case Encoding::formatted: {
-      ListWriter writer(file);
-      for (const auto& entry : list) writer.write_values(entry);
-      return writer.finish();
-    }
-  }
+  return {file, coding_, bytes};
+}
+
+void Connection::write(const WriteList& list) {
+  RecordOutput record = begin_record(bytes_of(list));
+  for (const auto& entry : list) record.write(entry);
+  record.finish();
 }
 
 void Connection::write_line(std::string_view line) {

@@ -8,9 +8,12 @@
 
 #include "p3dgrid/form.hpp"
 #include "recordio/input_file.hpp"
+#include "recordio/list_reader.hpp"
+#include "recordio/list_writer.hpp"
 #include "recordio/output_file.hpp"
 #include "recordio/read_error.hpp"
 #include "recordio/record_list.hpp"
+#include "recordio/unformatted_record.hpp"
 
 namespace mod_p3dgrid::recordio {
 
@@ -34,6 +37,36 @@ enum class Claim : std::uint8_t {
 /// Treatment of values in an unformatted record that the list does not ask for.
 enum class RestOfRecord : std::uint8_t { skipped, refused };
 
+/// One record that is read entry by entry. Functions throw `ReadError`.
+class RecordInput {
+ public:
+  /// @param lines  number of lines of text before the record; updated
+  RecordInput(InputFile& file, const Coding& coding, std::int64_t& lines);
+
+  void read(const Values<void>& entry);
+  void finish(RestOfRecord rest);
+
+ private:
+  InputFile& file_;
+  Coding coding_;
+  std::variant<std::monostate, UnformattedRecordReader, ListReader> record_;
+};
+
+/// One record that is written entry by entry. Functions throw `SystemError`.
+class RecordOutput {
+ public:
+  /// @param bytes  length of the record, which only unformatted ones state
+  RecordOutput(OutputFile& file, const Coding& coding, std::int64_t bytes);
+
+  void write(const Values<const void>& entry);
+  void finish();
+
+ private:
+  OutputFile& file_;
+  Coding coding_;
+  std::variant<std::monostate, UnformattedRecordWriter, ListWriter> record_;
+};
+
 /// Reads one record of a file. Throws `ReadError`.
 /// @param lines  number of lines of text before the record; updated
 void read_record(InputFile& file, const Coding& coding, const ReadList& list, RestOfRecord rest,
@@ -47,6 +80,14 @@ class Connection {
 
   /// Reads one record. Throws `ReadError`.
   void read(const ReadList& list, RestOfRecord rest);
+
+  /// Begins a record that is read in parts. The connection must outlive it.
+  [[nodiscard]] RecordInput begin_read();
+  /// Begins a record of `bytes` bytes that is written in parts. The connection must outlive it.
+  [[nodiscard]] RecordOutput begin_record(std::int64_t bytes);
+
+  /// Skips a record that holds the list. Throws `ReadError`.
+  void skip(const ReadList& list);
 
   /// Throws `ReadError` if something is left to read.
   void expect_end();

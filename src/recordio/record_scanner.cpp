@@ -2,7 +2,6 @@
 
 #include <cstdlib>
 
-#include "recordio/byte_order.hpp"
 #include "recordio/read_error.hpp"
 
 namespace mod_p3dgrid::recordio {
@@ -11,24 +10,32 @@ namespace {
 /// Sub-records have about 2 GiB. A longer chain is damage, and would take long to scan.
 constexpr int most_subrecords = 65536;
 
-}  // namespace
-
-std::optional<std::int32_t> integer_at(InputFile& file, std::int64_t offset, std::endian order) {
-  std::int32_t value;
+/// Runs `read` at a byte; none if the file ends before.
+template <class Read>
+auto at_byte(InputFile& file, std::int64_t offset, Read read) -> std::optional<decltype(read())> {
   try {
     file.seek(offset);
-    file.read(&value, sizeof value);
+    return read();
   } catch (const ReadError& error) {
     if (error.status == status_end_of_file) return std::nullopt;
     throw;
   }
-  if (needs_swap(order)) swap_bytes(&value, 1);
-  return value;
+}
+
+}  // namespace
+
+std::optional<std::int32_t> integer_at(InputFile& file, std::int64_t offset, std::endian order) {
+  return at_byte(file, offset, [&] { return read_integer<std::int32_t>(file, order); });
+}
+
+std::optional<std::int64_t> marker_at(InputFile& file, std::int64_t offset,
+                                      const p3dgrid::Coding& coding) {
+  return at_byte(file, offset, [&] { return read_marker(file, coding); });
 }
 
 std::optional<ScannedRecord> RecordScanner::next() {
   if (at_ >= size_) return std::nullopt;
-  ScannedRecord record{.offset = at_, .payload = at_ + marker_bytes, .end = at_};
+  ScannedRecord record{.offset = at_, .payload = at_ + marker_size(coding_), .end = at_};
   int subrecords = 0;
   while (take_subrecord(record, subrecords == 0)) {
     if (++subrecords < most_subrecords) continue;
@@ -44,17 +51,23 @@ std::optional<ScannedRecord> RecordScanner::next() {
 /// Scans one sub-record with its two markers; true if another follows.
 bool RecordScanner::take_subrecord(ScannedRecord& record, bool first) {
   const std::int64_t begin = record.end;
-  const auto head = integer_at(file_, begin, coding_.byte_order);
+  const std::int64_t marker = marker_size(coding_);
+  const auto head = marker_at(file_, begin, coding_);
   if (!head) {
     record.state = ScannedRecord::State::cut;
     record.what = "the file ends inside the marker at byte " + std::to_string(begin);
     return false;
   }
-  const std::int64_t length = std::abs(std::int64_t{*head});
+  if (coding_.marker_bytes == p3dgrid::MarkerBytes::eight && !is_wide_length(*head)) {
+    record.state = ScannedRecord::State::broken;
+    record.what = "its marker at byte " + std::to_string(begin) + " says " + std::to_string(*head) +
+                  ", which is no length";
+    return false;
+  }
+  const std::int64_t length = std::abs(*head);
   record.length += length;
-  const std::int64_t behind = begin + marker_bytes + length;
-  const auto tail =
-      behind <= size_ - marker_bytes ? integer_at(file_, behind, coding_.byte_order) : std::nullopt;
+  const std::int64_t behind = begin + marker + length;
+  const auto tail = behind <= size_ - marker ? marker_at(file_, behind, coding_) : std::nullopt;
   if (!tail) {
     record.state = ScannedRecord::State::cut;
     record.what = "its marker at byte " + std::to_string(begin) + " announces " +
@@ -70,7 +83,7 @@ bool RecordScanner::take_subrecord(ScannedRecord& record, bool first) {
                   " is expected, as at byte " + std::to_string(begin);
     return false;
   }
-  record.end = behind + marker_bytes;
+  record.end = behind + marker;
   return *head < 0;
 }
 

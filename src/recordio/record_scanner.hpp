@@ -11,14 +11,12 @@
 
 namespace mod_p3dgrid::recordio {
 
-inline constexpr std::int64_t marker_bytes = sizeof(Marker);
-
 /// A record of an unformatted file according to its markers.
 struct ScannedRecord {
   enum class State : std::uint8_t {
     sound,
     cut,     ///< the file ends inside it
-    broken,  ///< the two markers of a sub-record differ, or it has too many sub-records
+    broken,  ///< a marker is no length or differs from the other, or too many sub-records
   };
 
   std::int64_t offset = 0;   ///< of its first marker
@@ -56,5 +54,8 @@ class RecordScanner {
 /// The 32-bit integer at byte `offset`; none if the file ends before its last byte.
 [[nodiscard]] std::optional<std::int32_t> integer_at(InputFile& file, std::int64_t offset,
                                                      std::endian order);
+/// The same for a record marker.
+[[nodiscard]] std::optional<std::int64_t> marker_at(InputFile& file, std::int64_t offset,
+                                                    const p3dgrid::Coding& coding);
 
 }  // namespace mod_p3dgrid::recordio

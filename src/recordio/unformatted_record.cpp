@@ -5,7 +5,6 @@
 #include <limits>
 #include <string>
 
-#include "recordio/byte_order.hpp"
 #include "recordio/read_error.hpp"
 
 namespace mod_p3dgrid::recordio {
@@ -13,7 +12,16 @@ namespace {
 
 std::int64_t limit = default_subrecord_limit;
 
+bool has_wide_markers(const p3dgrid::Coding& coding) {
+  return coding.marker_bytes == p3dgrid::MarkerBytes::eight;
+}
+
 }  // namespace
+
+std::int64_t read_marker(InputFile& file, const p3dgrid::Coding& coding) {
+  return has_wide_markers(coding) ? read_integer<std::int64_t>(file, coding.byte_order)
+                                  : read_integer<std::int32_t>(file, coding.byte_order);
+}
 
 std::int64_t subrecord_limit() {
   return limit;
@@ -31,28 +39,24 @@ UnformattedRecordReader::UnformattedRecordReader(InputFile& file, const p3dgrid:
   begin_subrecord();
 }
 
-Marker UnformattedRecordReader::read_marker() {
-  Marker marker;
-  file_.read(&marker, sizeof marker);
-  if (needs_swap(coding_.byte_order)) swap_bytes(&marker, 1);
-  return marker;
-}
-
 void UnformattedRecordReader::begin_subrecord() {
   const std::int64_t at = file_.offset();
-  const Marker marker = read_marker();
-  if (marker == std::numeric_limits<Marker>::min()) {
+  const std::int64_t marker = read_marker(file_, coding_);
+  const bool is_length = has_wide_markers(coding_)
+                             ? is_wide_length(marker)
+                             : marker != std::numeric_limits<std::int32_t>::min();
+  if (!is_length) {
     throw ReadError{status_error, at, "the marker " + std::to_string(marker), "a record length"};
   }
   more_follow_ = marker < 0;
-  subrecord_length_ = more_follow_ ? -std::int64_t{marker} : marker;
+  subrecord_length_ = more_follow_ ? -marker : marker;
   subrecord_end_ = file_.offset() + subrecord_length_;
   payload_ += subrecord_length_;
 }
 
 void UnformattedRecordReader::end_subrecord() {
   const std::int64_t at = file_.offset();
-  const Marker marker = read_marker();
+  const std::int64_t marker = read_marker(file_, coding_);
   const std::int64_t expected = first_subrecord_ ? subrecord_length_ : -subrecord_length_;
   if (marker != expected) {
     throw ReadError{status_error, at, "the marker " + std::to_string(marker) + " behind a record",
@@ -119,21 +123,23 @@ UnformattedRecordWriter::UnformattedRecordWriter(OutputFile& file, const p3dgrid
   begin_subrecord();
 }
 
-void UnformattedRecordWriter::write_marker(Marker marker) {
-  if (needs_swap(coding_.byte_order)) swap_bytes(&marker, 1);
-  file_.write(&marker, sizeof marker);
+void UnformattedRecordWriter::write_marker(std::int64_t marker) {
+  const auto write = [&](auto value) {
+    if (needs_swap(coding_.byte_order)) swap_bytes(&value, 1);
+    file_.write(&value, sizeof value);
+  };
+  has_wide_markers(coding_) ? write(marker) : write(static_cast<std::int32_t>(marker));
 }
 
 void UnformattedRecordWriter::begin_subrecord() {
-  subrecord_length_ = subrecord_left_ = std::min(payload_left_, subrecord_limit());
+  subrecord_length_ = subrecord_left_ =
+      has_wide_markers(coding_) ? payload_left_ : std::min(payload_left_, subrecord_limit());
   payload_left_ -= subrecord_length_;
-  const Marker length = static_cast<Marker>(subrecord_length_);
-  write_marker(payload_left_ > 0 ? -length : length);
+  write_marker(payload_left_ > 0 ? -subrecord_length_ : subrecord_length_);
 }
 
 void UnformattedRecordWriter::end_subrecord() {
-  const Marker length = static_cast<Marker>(subrecord_length_);
-  write_marker(first_subrecord_ ? length : -length);
+  write_marker(first_subrecord_ ? subrecord_length_ : -subrecord_length_);
   first_subrecord_ = false;
 }
 

@@ -3,16 +3,32 @@
 #include <cstdint>
 
 #include "p3dgrid/form.hpp"
+#include "recordio/byte_order.hpp"
 #include "recordio/input_file.hpp"
 #include "recordio/output_file.hpp"
 
-/// Framing of unformatted records, as common Fortran run-time libraries write them: a 4-byte marker
-/// with the length of the payload before and after it. A record that is too long for one marker is
-/// a chain of sub-records. The marker before a sub-record is negative if another follows; the
-/// marker after it is negative if another precedes.
+/// Framing of unformatted records, as common Fortran run-time libraries write them: a marker of 4
+/// or 8 bytes with the length of the payload before and after it. A record that is too long for a
+/// marker of 4 bytes is a chain of sub-records. The marker before a sub-record is negative if
+/// another follows; the marker after it is negative if another precedes.
 namespace mod_p3dgrid::recordio {
 
-using Marker = std::int32_t;
+/// An integer at the position of the file.
+template <class Integer>
+[[nodiscard]] Integer read_integer(InputFile& file, std::endian order) {
+  Integer value;
+  file.read(&value, sizeof value);
+  if (needs_swap(order)) swap_bytes(&value, 1);
+  return value;
+}
+
+/// The marker at the position of the file.
+[[nodiscard]] std::int64_t read_marker(InputFile& file, const p3dgrid::Coding& coding);
+
+/// Whether a marker of 8 bytes can be a length. Offsets plus a length fit 64 bits.
+[[nodiscard]] constexpr bool is_wide_length(std::int64_t marker) {
+  return marker >= 0 && marker <= std::int64_t{1} << 62;
+}
 
 /// Longest payload of one sub-record.
 inline constexpr std::int64_t default_subrecord_limit = 2'147'483'639;
@@ -63,7 +79,6 @@ class UnformattedRecordReader {
   void end_subrecord();
   void next_subrecord();
   [[nodiscard]] std::int64_t next_run(std::int64_t wanted);
-  [[nodiscard]] Marker read_marker();
   [[nodiscard]] std::int64_t subrecord_left() const { return subrecord_end_ - file_.offset(); }
 
   InputFile& file_;
@@ -104,7 +119,7 @@ class UnformattedRecordWriter {
  private:
   void begin_subrecord();
   void end_subrecord();
-  void write_marker(Marker marker);
+  void write_marker(std::int64_t marker);
 
   OutputFile& file_;
   p3dgrid::Coding coding_;

@@ -156,7 +156,10 @@ void write_restart_header(const FileName& filename, integer iformat, logical dbl
     stop_run();
   }
   if (!unit.known()) return;
-  p3dgrid::HeaderValues header{.nblocks = nblocks, .nstep = nstep, .dtau = dtau};
+  p3dgrid::HeaderValues header;
+  header.nblocks = nblocks;
+  header.nstep = nstep;
+  header.dtau = dtau;
   if (layout.header == p3dgrid::HeaderKind::single_block) {
     header.i = extents.i(1);
     header.j = extents.j(1);

@@ -255,13 +255,58 @@ TEST_F(Detects, FormsThatCannotBeRead) {
                           .record(Bytes().i4s({5, 0, 4, 0, 2, 0}))
                           .record(reals(120))),
               HasSubstr("integers of 64 bits"));
-  EXPECT_THAT(foreign(Bytes().i4s({4, 0, 1, 4, 0, 12, 0, 5, 4, 2, 12, 0}).append(reals(9))),
-              HasSubstr("record markers of 64 bits"));
   EXPECT_THAT(
       foreign(Bytes().record(Bytes().i4s({5, 4, 2, 6, 1})).record(reals(16)).record(reals(6 * 40))),
       HasSubstr("an OVERFLOW solution of 1 block and 6 variables"));
   write_file("file", std::string("1\r2 1 1\r1 2 3 4 5 6\r"));
   EXPECT_THAT(detect_any("file").foreign, HasSubstr("carriage returns alone"));
+}
+
+/// A grid of one block of 5 x 4 x 2 points with markers of 8 bytes.
+Bytes wide_grid(const Bytes& body) {
+  return Bytes().wide_record(Bytes().i4(1)).wide_record(Bytes().i4s({5, 4, 2})).wide_record(body);
+}
+
+TEST_F(Detects, MarkersOfEightBytes) {
+  const std::string whole = wide_grid(reals(120)).str();
+  write_file("grid", whole);
+  for (const StatedCoding& coding :
+       {StatedCoding{}, StatedCoding{.encoding = Encoding::unformatted},
+        StatedCoding{.marker_bytes = MarkerBytes::eight}}) {
+    const Detection found = detect_grid("grid", {.coding = coding});
+    ASSERT_EQ(found.fitting.size(), 1U);
+    EXPECT_EQ(found.fitting.front().coding(),
+              (Coding{.byte_order = ByteOrder::native, .marker_bytes = MarkerBytes::eight}));
+    EXPECT_EQ(found.fitting.front().records, 3);
+  }
+  EXPECT_TRUE(detect_grid("grid", {.coding = {.marker_bytes = MarkerBytes::four}}).fitting.empty());
+  EXPECT_TRUE(detect_any("grid").proven());
+  for (std::size_t length = 2 * 8 + 4; length < whole.size(); ++length) {
+    write_file("grid", whole.substr(0, length));
+    const Detection found = detect_grid("grid");
+    EXPECT_TRUE(found.fitting.empty()) << length;
+    // With the whole header the reading is known.
+    if (length < 2 * 16 + 4 + 12) continue;
+    ASSERT_FALSE(found.nearest.empty()) << length;
+    EXPECT_EQ(found.nearest.front().coding().marker_bytes, MarkerBytes::eight) << length;
+  }
+}
+
+TEST_F(Detects, DamagedMarkersOfEightBytes) {
+  const auto what = [](std::size_t offset, std::int64_t marker) {
+    std::string damaged = wide_grid(reals(120)).str();
+    std::memcpy(damaged.data() + offset, &marker, sizeof marker);
+    write_file("grid", damaged);
+    const Detection found = detect_grid("grid");
+    return found.damage.empty() ? found.nearest.front().fit.what : found.damage;
+  };
+  EXPECT_THAT(what(48, -480), HasSubstr("its marker at byte 48 says -480, which is no length"));
+  EXPECT_THAT(what(48, std::numeric_limits<std::int64_t>::max()), HasSubstr("which is no length"));
+  EXPECT_THAT(what(48, std::int64_t{1} << 62),
+              HasSubstr("holds 4611686018427387904 bytes by its marker"));
+  EXPECT_THAT(what(48 + 8 + 480, 481), HasSubstr("says 481 where 480 is expected"));
+  EXPECT_THAT(what(0, 5), HasSubstr("its marker at byte 0 says 5 where 4 is expected"));
+  EXPECT_THAT(what(20, -12), HasSubstr("record 2 at byte 20: its marker at byte 20 says -12"));
 }
 
 TEST_F(Detects, DamagedHeaders) {
@@ -321,17 +366,17 @@ TEST_F(Detects, WhatSurvivesDoublePrecision) {
 }
 
 TEST_F(Detects, FilesThatCannotBeLookedInto) {
-  EXPECT_THROW(static_cast<void>(detect_any("none")), FileError);
-  EXPECT_THROW(static_cast<void>(detect_grid(".")), FileError);
+  EXPECT_THROW(static_cast<void>(detect_any("none")), Error);
+  EXPECT_THROW(static_cast<void>(detect_grid(".")), Error);
   ASSERT_EQ(::mkfifo("pipe", 0600), 0);
-  EXPECT_THROW(static_cast<void>(detect_restart("pipe")), FileError);
+  EXPECT_THROW(static_cast<void>(detect_restart("pipe")), Error);
   write_file("empty", std::string());
   const Detection found = detect_any("empty");
   EXPECT_TRUE(found.fitting.empty() && found.size == 0);
   write_file("text", "1\n1 1 1\n1 2 " + std::string(2 << 20, '3'));
   EXPECT_TRUE(detect_grid("text").fitting.empty());
-  EXPECT_THROW(static_cast<void>(survives_double_precision("text")), FileError);
-  EXPECT_THROW(static_cast<void>(survives_double_precision("none")), FileError);
+  EXPECT_THROW(static_cast<void>(survives_double_precision("text")), Error);
+  EXPECT_THROW(static_cast<void>(survives_double_precision("none")), Error);
 }
 
 TEST_F(Detects, WhatIsStatedMayBeNoForm) {
@@ -365,6 +410,16 @@ TEST(Forms, SayWhatIsStatedOfThem) {
   EXPECT_FALSE(is_complete(stated));
   stated.coding.encoding = Encoding::formatted;
   EXPECT_TRUE(is_complete(stated));
+  stated = stated_as(GridForm());
+  EXPECT_TRUE(is_complete(stated));
+  stated.coding.marker_bytes.reset();  // its default is taken
+  EXPECT_TRUE(is_complete(stated));
+  EXPECT_EQ(describe(Coding{.byte_order = ByteOrder::big, .marker_bytes = MarkerBytes::eight}),
+            "unformatted, 8-byte markers, big-endian, single precision");
+  EXPECT_EQ(describe(Coding{.encoding = Encoding::binary,
+                            .byte_order = ByteOrder::big,
+                            .marker_bytes = MarkerBytes::eight}),
+            "binary, big-endian, single precision");
   const RestartForm flow{Layout::function, {}, true, Sections{{1, 5}, {6, 7}}};
   EXPECT_THAT(describe(flow), HasSubstr("layout 3, unformatted"));
   EXPECT_EQ(describe(*flow.sections), "1-5,6-7");

@@ -7,6 +7,7 @@
 #include <fstream>
 #include <limits>
 
+#include "mod_p3dgrid/run.hpp"
 #include "recordio/unformatted_record.hpp"
 #include "support/awkward_values.hpp"
 #include "support/file_bytes.hpp"
@@ -209,6 +210,35 @@ TEST(NonFiniteText, FortranReadsWhatLibraryWrote) {
   const FortranSide fortran;
   write_with_library(fortran.grid_file(), text, non_finite_grid());
   expect_same_bits(fortran.read<float>(text), non_finite_grid(), true);
+}
+
+/// Record markers of 8 bytes. Blocks beyond the limit for those of 4 are not split.
+class WideMarkers : public testing::TestWithParam<GridLayout> {
+ protected:
+  WideMarkers() {
+    mod_p3dgrid::recordio::set_subrecord_limit(16);
+    mod_p3dgrid::p3dsetcoding([](std::string_view) {
+      return p3dgrid::StatedCoding{.marker_bytes = p3dgrid::MarkerBytes::eight};
+    });
+  }
+  ~WideMarkers() override {
+    mod_p3dgrid::recordio::set_subrecord_limit(mod_p3dgrid::recordio::default_subrecord_limit);
+    mod_p3dgrid::p3dsetcoding({});
+  }
+};
+INSTANTIATE_TEST_SUITE_P(Records, WideMarkers, testing::ValuesIn(layouts_of({0})), layout_name);
+
+TEST_P(WideMarkers, LibraryReadsWhatFortranWrote) {
+  const FortranSide fortran(GRID_PEER_WIDE);
+  if (GetParam().is_double) {
+    expect_library_reads_fortran<double>(fortran, GetParam());
+  } else {
+    expect_library_reads_fortran<float>(fortran, GetParam());
+  }
+}
+
+TEST_P(WideMarkers, BothWriteTheSameBytes) {
+  expect_same_files(FortranSide(GRID_PEER_WIDE), GetParam());
 }
 
 struct SplitRecords {

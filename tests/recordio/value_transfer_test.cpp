@@ -25,6 +25,8 @@ using test_support::read_file;
 using test_support::Unit;
 using test_support::write_file;
 
+using Marker = std::int32_t;
+
 constexpr integer unformatted = 0;
 constexpr integer binary = 2;
 constexpr integer untouched = -7;

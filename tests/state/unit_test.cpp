@@ -223,6 +223,69 @@ TEST_F(UnformattedRecords, MarkersOfSubRecordsAreChecked) {
   EXPECT_FALSE(unit.read({values(numbers.data(), 3)}));
 }
 
+class WideMarkers : public UnformattedRecords {
+ protected:
+  static constexpr p3dgrid::StatedCoding wide{.marker_bytes = p3dgrid::MarkerBytes::eight};
+
+  void SetUp() override {
+    p3dsetcoding([](std::string_view) { return wide; });
+  }
+};
+
+TEST_F(WideMarkers, FrameRecordsOfAnyLength) {
+  set_subrecord_limit(8);
+  unit.open("file", OpenStatus::unknown);
+  const std::array<integer, 3> numbers{7, -1, 4};
+  unit.write({values(numbers.data(), 3)});
+  unit.write({});
+  unit.close();
+  EXPECT_EQ(read_file("file"), Bytes().i8(12).i4s({7, -1, 4}).i8(12).i8(0).i8(0).str());
+  unit.open("file", OpenStatus::old);
+  std::array<integer, 3> again{};
+  ASSERT_TRUE(unit.read({values(again.data(), 3)}));
+  ASSERT_TRUE(unit.read({}));
+  EXPECT_EQ(again, numbers);
+}
+
+TEST_F(WideMarkers, AreSwappedWithTheNumbers) {
+  p3dsetcoding([](std::string_view) {
+    p3dgrid::StatedCoding coding = wide;
+    coding.byte_order =
+        std::endian::native == std::endian::little ? std::endian::big : std::endian::little;
+    return coding;
+  });
+  unit.open("file", OpenStatus::unknown);
+  const integer one = 1;
+  unit.write({scalar(one)});
+  unit.close();
+  const std::int64_t marker = __builtin_bswap64(4);
+  EXPECT_EQ(read_file("file"), Bytes().i8(marker).i4(1 << 24).i8(marker).str());
+}
+
+TEST_F(WideMarkers, AreChecked) {
+  constexpr std::int64_t most = std::numeric_limits<std::int64_t>::max();
+  for (const std::int64_t marker : {std::int64_t{-4}, -most - 1, most, std::int64_t{1} << 40}) {
+    integer number = 0;
+    given(Bytes().i8(marker).i4s({1, 2}).i8(4));
+    EXPECT_FALSE(unit.read({scalar(number)})) << marker;
+  }
+  given(Bytes().i8(-4).i4(1).i8(-4));
+  integer number = 0;
+  EXPECT_FALSE(unit.read({scalar(number)}));
+  EXPECT_EQ(p3dlastfailure().describe(),
+            "file: record 1, byte 0: found the marker -4, expected a record length");
+  given(Bytes().i8(4).i4(1).i8(5));
+  EXPECT_FALSE(unit.read({scalar(number)}));
+  EXPECT_EQ(p3dlastfailure().describe(),
+            "file: record 1, byte 12: found the marker 5 behind a record, expected 4 as before it");
+  const std::string whole = Bytes().wide_record(Bytes().i4s({1, 2})).str();
+  for (std::size_t length = 0; length < whole.size(); ++length) {
+    write_file("file", whole.substr(0, length));
+    unit.open("file", OpenStatus::old);
+    EXPECT_FALSE(unit.read({scalar(number)})) << length;
+  }
+}
+
 TEST_F(Units, RealScalarsAreKeptInDoublePrecisionWhateverTheFileHolds) {
   const Unit unit(13, 2);
   const double written = 0.1;

@@ -23,6 +23,7 @@ class InScratchFolder : public ::testing::Test {
 class Bytes {
  public:
   Bytes& i4(std::int32_t value) { return put(value); }
+  Bytes& i8(std::int64_t value) { return put(value); }
   Bytes& r4(float value) { return put(value); }
   Bytes& r8(double value) { return put(value); }
   Bytes& i4s(std::initializer_list<std::int32_t> all) {
@@ -43,6 +44,11 @@ class Bytes {
     i4(length);
     text_ += payload.text_;
     return i4(length);
+  }
+  /// The same between markers of 8 bytes.
+  Bytes& wide_record(const Bytes& payload) {
+    const auto length = static_cast<std::int64_t>(payload.text_.size());
+    return i8(length).append(payload).i8(length);
   }
   Bytes& append(const Bytes& more) {
     text_ += more.text_;

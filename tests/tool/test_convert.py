@@ -1,5 +1,6 @@
 """p3dgrid convert: the bytes it writes."""
 
+import re
 import struct
 
 from support import (NATIVE, ONE_BLOCK, TWO_BLOCKS, Block, Form, ToolTest, all_forms, grid_bytes,
@@ -147,6 +148,36 @@ class Convert(ToolTest):
                 self.succeed("convert", "--quiet", "--", name, "out of " + name)
                 self.assertEqual(self.path("out of " + name).read_bytes(),
                                  grid_bytes(Form(), TWO_BLOCKS))
+
+
+class Words(ToolTest):
+    TEXT = ("text", "ascii")
+
+    def test_text_and_ascii_are_formatted(self):
+        self.succeed("sample", "case")
+        for word in self.TEXT:
+            for command in (("convert", "case/grid.p3d"),
+                            ("restart", "case/grid.p3d", "case/flow.q")):
+                self.succeed(*command, "expected", "--to-format", "formatted")
+                self.succeed(*command, "found", "--to-format", word)
+                self.assertEqual(self.path("found").read_bytes(),
+                                 self.path("expected").read_bytes())
+            self.succeed("check", "expected", "--restart-format", word)
+            self.succeed("info", "case/grid.txt", "--grid-format", word)
+            self.fail_with(1, "info", "case/grid.p3d", "--grid-format", word,
+                           says="not what --grid-format formatted says")
+
+    def test_help_lists_them(self):
+        for command, prefix in (("convert", "--to"), ("restart", "--to"), ("check", "--grid"),
+                                ("info", "--restart")):
+            text = self.succeed(command, "--help")
+            words = re.search(rf"^  {prefix}-format (\S+)", text, re.MULTILINE)[1].split("|")
+            self.assertLessEqual({*self.TEXT, "formatted"}, set(words))
+
+    def test_other_words(self):
+        self.write("in", grid_bytes(Form(), TWO_BLOCKS))
+        for word in ("txt", "Text", ""):
+            self.fail_with(2, "convert", "in", "out", "--to-format", word, says="--to-format")
 
 
 if __name__ == "__main__":

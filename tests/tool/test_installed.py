@@ -156,7 +156,9 @@ class BashCompletion(InstalledTest):
                              list(self.options_of(command)))
 
     def test_every_value(self):
-        known = {"--variable": ["rho", "u", "v", "w", "p", "mach"], "--plane": ["i=", "j=", "k="]}
+        known = {"--variable": "rho density x-momentum y-momentum z-momentum energy u v w p pressure "
+                               "mach".split(),
+                 "--plane": ["i=", "j=", "k="]}
         for command in self.commands():
             for option, usage in self.options_of(command).items():
                 values = [word for word in usage.split("|") if "|" in usage and word.islower()
@@ -235,6 +237,7 @@ class DebianPackage(InstalledTest):
         self.assertIn("Package: p3dgrid\n", fields)
         self.assertIn(f"Version: {version}\n", fields)
         self.assertRegex(fields, r"\nDepends: .*libc6")
+        self.assertRegex(fields, r"\nDepends: .*zlib1g")
         self.assertNotRegex(fields, r"\nMaintainer: .*@")
         root = self.path("root")
         self.run_checked("dpkg-deb", "--extract", package, root)

@@ -10,6 +10,7 @@ from restart_support import RestartForm, Solution, restart_bytes
 from support import Block, Form, ToolTest, main
 
 WHITE = (255, 255, 255)
+NAMES = "rho (density), x-momentum, y-momentum, z-momentum, energy, u, v, w, p (pressure), mach"
 GREY = (0xb4, 0xb4, 0xb4)
 GAMMA = 1.4
 
@@ -334,6 +335,21 @@ class Contour(PlotTest):
                     self.assertAlmostEqual(float(high), max(values),
                                            delta=2e-4 * abs(max(values)) + 1e-7)
 
+    def test_other_names_of_variables(self):
+        self.write_grid("grid", blocks=[plane()])
+        self.write_flow([plane()], *[[n * value for n in range(1, 26)] for value in (1, 2, 3, 4, 90)])
+
+        def shown(name):
+            said = self.plot("grid", "flow", "out.png", "--variable", name)[0]
+            return said, self.path("out.png").read_bytes()
+
+        self.assertEqual(shown("density"), shown("rho"))
+        self.assertEqual(shown("pressure"), shown("p"))
+        for number, name in enumerate(("x-momentum", "y-momentum", "z-momentum", "energy"), 2):
+            by_name, by_number = shown(name), shown(number)
+            self.assertEqual(by_name[0], by_number[0].replace(f"variable {number}", name))
+            self.assertEqual(by_name[1], by_number[1])
+
     def test_every_layout_shows_its_variables(self):
         block = plane()
         self.write_grid("grid", blocks=[block])
@@ -409,8 +425,9 @@ class Refusals(PlotTest):
                 (("grid",), "OUT.png is required"),
                 (("grid", "out.png", "--variable", "p"), "--variable is about a restart file"),
                 (("grid", "out.png", "--layout", "3"), "--layout is about a restart file"),
-                (("grid", "flow", "out.png", "--variable", "q"), "rho, u, v, w, p, mach"),
-                (("grid", "flow", "out.png", "--variable", "0"), "rho, u, v, w, p, mach"),
+                (("grid", "flow", "out.png", "--variable", "q"), NAMES),
+                (("grid", "flow", "out.png", "--variable", "0"), NAMES),
+                (("grid", "flow", "out.png", "--variable", ""), NAMES),
                 (("grid", "flow", "out.png", "--variable", "6"), "--variable 1 to 5"),
                 (("grid", "out.png", "--plane", "l=1"), "k=1"),
                 (("grid", "out.png", "--plane", "k=0"), "k=1"),
@@ -424,8 +441,9 @@ class Refusals(PlotTest):
 
     def test_names_belong_to_solution_files(self):
         self.write_flow([self.block], *[range(1, 26)] * 3, layout=3)
-        self.fail_with(2, "plot", "grid", "flow", "out.png", "--layout", "3", "--variable", "p",
-                       says=("layout 2", "--variable 1 to 3"))
+        for name in ("p", "density", "energy"):
+            self.fail_with(2, "plot", "grid", "flow", "out.png", "--layout", "3", "--variable", name,
+                           says=("layout 2", "--variable 1 to 3"))
 
     def test_other_grid(self):
         self.write_grid("grid", blocks=[plane(4, 5)])

@@ -1,5 +1,6 @@
 """The progress line on standard error."""
 
+import gzip
 import os
 import pty
 import re
@@ -85,6 +86,13 @@ class ProgressTest(ToolTest):
         self.assertRegex(seen, r"\d [kM]B/s, [0-9:]+ (s|min) left")
         self.assertNotIn("\n", seen)
         self.assertTrue(seen.endswith("\r\x1b[K"), seen[-80:])
+
+    def test_unpacking(self):
+        packed = gzip.compress(self.path("grid").read_bytes(), 1)
+        self.assertGreater(len(packed), 10_000_000)
+        self.write("grid", packed)
+        seen = self.on_terminal(until=b"reading grid: ")
+        self.assertRegex(seen, rf"reading grid: \d+ [kM]B of {len(packed) / 1e6:.0f} MB \(")
 
     def test_control_characters_of_a_name_are_escaped(self):
         self.path("grid").rename(self.path("grid\n\x1b[2J"))

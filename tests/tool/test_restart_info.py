@@ -255,7 +255,7 @@ class GridOrRestart(InfoTest):
 
     def test_wrong_usage(self):
         for arguments in (("--layout", "5"), ("--layout",), ("--layout", "two"),
-                          ("--restart-format", "text"), ("--restart-precision", "quad"),
+                          ("--restart-format", "words"), ("--restart-precision", "quad"),
                           ("--restart-multiblock", "true"), ("--grid", ""),
                           ("--to-layout", "1")):
             with self.subTest(arguments=arguments):

@@ -11,7 +11,7 @@ _p3dgrid_words() {
 _p3dgrid_values() {
   local help=$1 option=$2 values
   case $option in
-    --variable) echo rho u v w p mach; return ;;
+    --variable) echo "rho density x-momentum y-momentum z-momentum energy u v w p pressure mach"; return ;;
     --plane) echo i= j= k=; return ;;
   esac
   values=$(sed -nE "s/^ +$option ([^ ]*[|][^ ]*).*/\1/p" <<<"$help")

@@ -6,6 +6,7 @@
 #include "console.hpp"
 #include "failure.hpp"
 #include "grid_file.hpp"
+#include "gzip.hpp"
 #include "input_files.hpp"
 #include "plot/flow.hpp"
 #include "plot/picture.hpp"
@@ -85,7 +86,7 @@ void orient(const Request& request, Picture& picture) {
 std::string short_name(const std::string& path) {
   using Utf8 = std::codecvt<char32_t, char8_t, std::mbstate_t>;
   const auto& utf8 = std::use_facet<Utf8>(std::locale::classic());
-  const std::string name = std::filesystem::path(path).filename().string();
+  const std::string name = std::filesystem::path(original_path(path)).filename().string();
   const std::u8string bytes(name.begin(), name.end());
   std::string drawable;
   for (std::size_t at = 0, end = 0; at < name.size(); at = end) {

@@ -36,25 +36,36 @@ float mach_number(Values conserved, double gamma) {
   return static_cast<float>(speed / std::sqrt(gamma * at.pressure / at.density));
 }
 
+// The variables of the file first, in its order.
 const std::array named = {
-    FlowVariable{"rho", "Density \u03c1", "\u03c1", {1}, false, as_read},
+    FlowVariable{"rho", "Density \u03c1", "\u03c1", {1}, false, as_read, solution_names[0]},
+    FlowVariable{solution_names[1], "Momentum \u03c1u", "\u03c1u", {2}, false, as_read},
+    FlowVariable{solution_names[2], "Momentum \u03c1v", "\u03c1v", {3}, false, as_read},
+    FlowVariable{solution_names[3], "Momentum \u03c1w", "\u03c1w", {4}, false, as_read},
+    FlowVariable{solution_names[4], "Energy e", "e", {5}, false, as_read},
     FlowVariable{"u", "Velocity u", "u", {1, 2}, false, velocity},
     FlowVariable{"v", "Velocity v", "v", {1, 3}, false, velocity},
     FlowVariable{"w", "Velocity w", "w", {1, 4}, false, velocity},
-    FlowVariable{"p", "Pressure p", "p", {1, 2, 3, 4, 5}, true, pressure},
+    FlowVariable{"p", "Pressure p", "p", {1, 2, 3, 4, 5}, true, pressure, "pressure"},
     FlowVariable{"mach", "Mach number", "Mach", {1, 2, 3, 4, 5}, true, mach_number},
 };
 
+/// The variable of this name; null if there is none.
+const FlowVariable* find_named(const std::string& text) {
+  const auto found = std::ranges::find_if(named, [&](const FlowVariable& variable) {
+    return text == variable.name || (text == variable.long_name && !text.empty());
+  });
+  return found == named.end() ? nullptr : &*found;
+}
+
 FlowVariable numbered(integer number, Layout layout) {
-  constexpr const char* titles[] = {"Density \u03c1", "Momentum \u03c1u", "Momentum \u03c1v",
-                                    "Momentum \u03c1w", "Energy e"};
-  constexpr const char* labels[] = {"\u03c1", "\u03c1u", "\u03c1v", "\u03c1w", "e"};
   const std::string text = std::to_string(number);
   FlowVariable variable{
       "variable " + text, "Variable " + text, "variable " + text, {number}, false, as_read};
   if (traits_of(layout).parameters > 0 && number <= solution_variables) {
-    variable.title = titles[number - 1];
-    variable.label = labels[number - 1];
+    const FlowVariable& known = named.at(static_cast<std::size_t>(number) - 1);
+    variable.title = known.title;
+    variable.label = known.label;
   }
   return variable;
 }
@@ -66,8 +77,7 @@ FlowVariable variable_wanted(const Request& request, Layout layout, integer vari
     throw Unusable(request.restart_path + ": " + why + "; --variable 1 to " +
                    std::to_string(variables) + " can be shown");
   };
-  const auto known = std::ranges::find(named, text, &FlowVariable::name);
-  if (known != named.end()) {
+  if (const FlowVariable* const known = find_named(text)) {
     if (traits_of(layout).parameters == 0) {
       refuse("only of layout 2 is it known which variable is '" + text + "'");
     }
@@ -115,12 +125,13 @@ std::string known_names() {
   std::string names;
   for (const FlowVariable& variable : named) {
     names.append(names.empty() ? "" : ", ").append(variable.name);
+    if (!variable.long_name.empty()) names.append(" (" + variable.long_name + ")");
   }
   return names;
 }
 
 bool may_be_variable(const std::string& text) {
-  return std::ranges::find(named, text, &FlowVariable::name) != named.end() || number_in(text) > 0;
+  return find_named(text) != nullptr || number_in(text) > 0;
 }
 
 FlowVariable take_values(std::vector<Surface>& surfaces, const Request& request,

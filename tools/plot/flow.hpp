@@ -19,6 +19,7 @@ struct FlowVariable {
   bool by_gamma = false;                    ///< depends on the ratio of specific heats
   /// Its value from those of the needed variables.
   float (*from)(std::span<const float> values, double gamma) = nullptr;
+  std::string long_name = {};  ///< "pressure"; empty for none
 };
 
 /// The names of variables of a solution, for messages.

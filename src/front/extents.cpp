@@ -1,0 +1,79 @@
+#include "front/extents.hpp"
+
+#include "format/header.hpp"
+
+namespace p3dgrid {
+namespace {
+
+/// Limit on points, so that numbers of values and bytes fit 64 bits.
+constexpr std::int64_t most_points = std::int64_t{1} << 36;
+
+/// Columns of the table that the file holds.
+template <class ExtentsOrConst, class Functions>
+auto columns_of(ExtentsOrConst& extents, Functions* functions) {
+  std::vector columns = {extents.i.data(), extents.j.data(), extents.k.data()};
+  if (functions != nullptr) columns.push_back(functions->data());
+  return columns;
+}
+
+bool add_points(std::int64_t& points, const BlockExtents& block) {
+  if (block.i < 0 || block.j < 0 || block.k < 0) return false;
+  const std::int64_t plane = std::int64_t{block.i} * block.j;
+  if (plane > most_points || (plane > 0 && block.k > most_points / plane)) return false;
+  points += plane * block.k;
+  return points <= most_points;
+}
+
+/// The first invalid block; the number of blocks if there is none.
+std::size_t first_invalid(const Extents& extents) {
+  std::int64_t points = 0;
+  std::size_t block = 0;
+  while (block < extents.i.size() && add_points(points, extents.of(block))) ++block;
+  return block;
+}
+
+std::string block_text(const Extents& extents, std::size_t block) {
+  return "block " + std::to_string(block + 1) + " of " + extents.text_of(block) + " points";
+}
+
+constexpr const char* valid_extents = "extents from 0 on, and at most 2^36 points";
+
+}  // namespace
+
+void require_blocks(const SourceFile& file, std::int32_t blocks, bool in_header) {
+  if (blocks < 1) file.fail("a block count of " + std::to_string(blocks), "at least one block");
+  const auto claim = in_header ? recordio::Claim::one_record : recordio::Claim::records;
+  file.require_room((in_header ? 3 : 1) * std::int64_t{blocks}, recordio::FileKind::integer4,
+                    claim);
+}
+
+Extents read_extents(SourceFile& file, DimensionKind kind, std::int32_t blocks,
+                     std::vector<std::int32_t>* functions) {
+  Extents extents;
+  for (auto* column : {&extents.i, &extents.j, &extents.k}) {
+    column->resize(static_cast<std::size_t>(blocks));
+  }
+  if (functions != nullptr) functions->resize(static_cast<std::size_t>(blocks));
+  walk_dimensions<std::int32_t>(kind, blocks, columns_of(extents, functions),
+                                [&](const recordio::ReadList& list) { file.read(list); });
+  const std::size_t invalid = first_invalid(extents);
+  if (invalid < extents.i.size()) file.fail(block_text(extents, invalid), valid_extents);
+  return extents;
+}
+
+void write_extents(TargetFile& file, DimensionKind kind, const Extents& extents,
+                   const std::vector<std::int32_t>* functions) {
+  walk_dimensions<const std::int32_t>(kind, extents.blocks(), columns_of(extents, functions),
+                                      [&](const recordio::WriteList& list) { file.write(list); });
+}
+
+void require_valid(const std::string& path, const Extents& extents) {
+  const std::size_t invalid = first_invalid(extents);
+  if (invalid == extents.i.size()) return;
+  throw Error({.kind = ErrorKind::argument,
+               .file = path,
+               .found = block_text(extents, invalid),
+               .expected = valid_extents});
+}
+
+}  // namespace p3dgrid

@@ -1,0 +1,94 @@
+#include "front/file.hpp"
+
+#include <utility>
+
+namespace p3dgrid {
+namespace {
+
+using recordio::OpenStatus;
+
+std::unique_ptr<recordio::Connection> opened(const std::string& path, const Coding& coding,
+                                             OpenStatus status) {
+  return on_file(path,
+                 [&] { return std::make_unique<recordio::Connection>(path, coding, status); });
+}
+
+}  // namespace
+
+SourceFile::SourceFile(std::string path, const Coding& coding)
+    : path_(std::move(path)),
+      coding_(coding),
+      connection_(opened(path_, coding, OpenStatus::old)) {}
+
+void SourceFile::rewind() {
+  record_.reset();
+  connection_ = opened(path_, coding_, OpenStatus::old);
+}
+
+template <class Action>
+auto SourceFile::guarded(Action action) const {
+  try {
+    return on_file(path_, action);
+  } catch (recordio::ReadError& error) {
+    throw Error(
+        {.kind = error.status > recordio::status_error ? ErrorKind::system : ErrorKind::damaged,
+         .file = path_,
+         .record = connection_->record(),
+         .line = connection_->line(),
+         .offset = error.offset,
+         .found = std::move(error.found),
+         .expected = std::move(error.expected)});
+  }
+}
+
+void SourceFile::read(const recordio::ReadList& list) {
+  guarded([&] { connection_->read(list, recordio::RestOfRecord::skipped); });
+}
+
+void SourceFile::begin() {
+  guarded([&] { record_.emplace(connection_->begin_read()); });
+}
+
+void SourceFile::read_part(const recordio::ReadList& list) {
+  guarded([&] {
+    for (const auto& entry : list) record_->read(entry);
+  });
+}
+
+void SourceFile::end() {
+  guarded([&] { record_->finish(recordio::RestOfRecord::skipped); });
+  record_.reset();
+}
+
+void SourceFile::skip(const recordio::ReadList& list) {
+  guarded([&] { connection_->skip(list); });
+}
+
+void SourceFile::require_room(std::int64_t values, recordio::FileKind kind,
+                              recordio::Claim claim) const {
+  if (guarded([&] { return connection_->can_hold(values, kind, claim); })) return;
+  fail("a file far too short for that", std::to_string(values) + " values");
+}
+
+void SourceFile::fail(std::string found, std::string expected) const {
+  throw Error({.kind = ErrorKind::damaged,
+               .file = path_,
+               .record = connection_->record(),
+               .line = connection_->line(),
+               .offset = connection_->offset(),
+               .found = std::move(found),
+               .expected = std::move(expected)});
+}
+
+TargetFile::TargetFile(std::string path, const Coding& coding)
+    : path_(std::move(path)), connection_(opened(path_, coding, OpenStatus::unknown)) {}
+
+void TargetFile::write(const recordio::WriteList& list) {
+  on_file(path_, [&] { connection_->write(list); });
+}
+
+void TargetFile::close() {
+  on_file(path_, [&] { connection_->close(); });
+}
+
+}  // namespace p3dgrid

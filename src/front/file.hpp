@@ -1,0 +1,88 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <system_error>
+
+#include "p3dgrid/error.hpp"
+#include "recordio/connection.hpp"
+
+/// Files whose failures are thrown as `Error`.
+namespace p3dgrid {
+
+namespace recordio = mod_p3dgrid::recordio;
+
+/// Runs an action on a file. Errors of the system are thrown as `Error`.
+template <class Action>
+auto on_file(const std::string& path, Action action) {
+  try {
+    return action();
+  } catch (const recordio::SystemError& error) {
+    throw Error({.kind = ErrorKind::system,
+                 .file = path,
+                 .reason = std::string(error.operation) + ": " +
+                           std::generic_category().message(error.error)});
+  }
+}
+
+/// A file that is read record by record.
+class SourceFile {
+ public:
+  SourceFile(std::string path, const Coding& coding);
+
+  /// Reads a record.
+  void read(const recordio::ReadList& list);
+  /// @name A record that is read in parts
+  /// @{
+  void begin();
+  void read_part(const recordio::ReadList& list);
+  void end();
+  /// @}
+  /// Skips a record that holds the list.
+  void skip(const recordio::ReadList& list);
+  /// Goes back to the first record.
+  void rewind();
+
+  /// Throws unless the rest of the file can hold the values, before memory is taken for them.
+  void require_room(std::int64_t values, recordio::FileKind kind, recordio::Claim claim) const;
+
+  [[nodiscard]] const std::string& path() const { return path_; }
+  [[nodiscard]] const Coding& coding() const { return coding_; }
+
+  [[noreturn]] void fail(std::string found, std::string expected) const;
+
+ private:
+  template <class Action>
+  auto guarded(Action action) const;
+
+  std::string path_;
+  Coding coding_;
+  std::unique_ptr<recordio::Connection> connection_;
+  std::optional<recordio::RecordInput> record_;  ///< that is read in parts
+};
+
+/// A file that is written record by record.
+class TargetFile {
+ public:
+  TargetFile(std::string path, const Coding& coding);
+
+  /// Writes a record.
+  void write(const recordio::WriteList& list);
+  /// Writes a record of `bytes` bytes in parts: `write_parts(put)` calls `put(entry)`.
+  template <class WriteParts>
+  void write(std::int64_t bytes, WriteParts write_parts) {
+    on_file(path_, [&] {
+      recordio::RecordOutput record = connection_->begin_record(bytes);
+      write_parts([&](const recordio::Values<const void>& entry) { record.write(entry); });
+      record.finish();
+    });
+  }
+  void close();
+
+ private:
+  std::string path_;
+  std::unique_ptr<recordio::Connection> connection_;
+};
+
+}  // namespace p3dgrid

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "format/header.hpp"
+#include "p3dgrid/array.hpp"
+#include "recordio/record_list.hpp"
+
+/// Lists of the values of one record.
+namespace p3dgrid {
+
+/// The kind of values in memory: that of the file, and doubles for text.
+[[nodiscard]] inline Precision precision_in_memory(const Coding& coding) {
+  return is_text(coding) ? Precision::double_precision : coding.precision;
+}
+
+/// The kind of values in the file. Text has the digits of the values in memory.
+[[nodiscard]] inline recordio::FileKind kind_to_write(const Coding& coding, const Reals& values) {
+  if (!is_text(coding)) return real_kind(coding);
+  return values.precision() == Precision::double_precision ? recordio::FileKind::real8
+                                                           : recordio::FileKind::real4;
+}
+
+/// The list entry for all values. Those of text that are left out become 0.
+/// @param kind  in the file
+[[nodiscard]] inline recordio::Values<void> values_of(Reals& reals, recordio::FileKind kind) {
+  return reals.visit([&](auto values) {
+    auto entry = recordio::stored_as(kind, recordio::values(values.data(), std::ssize(values)));
+    entry.zero_where_left_out = true;
+    return entry;
+  });
+}
+[[nodiscard]] inline recordio::Values<const void> values_of(const Reals& reals,
+                                                            recordio::FileKind kind) {
+  return reals.visit([&](auto values) {
+    return recordio::stored_as(kind, recordio::values(values.data(), std::ssize(values)));
+  });
+}
+
+}  // namespace p3dgrid

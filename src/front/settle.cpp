@@ -1,0 +1,91 @@
+#include "front/settle.hpp"
+
+#include <filesystem>
+#include <utility>
+
+#include "p3dgrid/detect.hpp"
+
+namespace p3dgrid {
+namespace {
+
+[[noreturn]] void fail(ErrorKind kind, const std::string& path, std::string reason,
+                       std::vector<Reading> readings = {}) {
+  throw Error(
+      {.kind = kind, .file = path, .reason = std::move(reason), .readings = std::move(readings)});
+}
+
+bool is_regular(const std::string& path) {
+  std::error_code error;
+  return std::filesystem::is_regular_file(path, error);
+}
+
+/// Throws if the file is one of the other kind.
+void refuse_other_kind(const std::string& path, bool grid_wanted) {
+  const Detection found = detect_any(path);
+  if (found.fitting.size() != 1 || !found.proven()) return;
+  const Reading& reading = found.fitting.front();
+  if (reading.is_grid() == grid_wanted || reading.free_count) return;
+  const char* what = grid_wanted ? "is a restart (flow-solution) file, not a grid: "
+                                 : "is a grid, not a restart (flow-solution) file: ";
+  fail(ErrorKind::wrong_kind, path, what + describe(reading), found.fitting);
+}
+
+std::string list_of(const std::vector<Reading>& readings) {
+  std::string list;
+  for (const Reading& reading : readings) list += (list.empty() ? "" : "; ") + describe(reading);
+  return list;
+}
+
+/// The only reading that agrees.
+Reading only_reading(const std::string& path, const Detection& found, bool grid_wanted) {
+  if (found.fitting.size() > 1) {
+    fail(ErrorKind::ambiguous, path, "matches several forms: " + list_of(found.fitting),
+         found.fitting);
+  }
+  if (found.fitting.size() == 1) {
+    const Reading& reading = found.fitting.front();
+    if (reading.unreadable.empty()) return reading;
+    fail(ErrorKind::unsupported, path, "is " + describe(reading) + ", which " + reading.unreadable);
+  }
+  refuse_other_kind(path, grid_wanted);
+  if (found.size == 0) fail(ErrorKind::damaged, path, "is empty");
+  if (!found.foreign.empty()) fail(ErrorKind::unsupported, path, found.foreign);
+  if (!found.damage.empty()) fail(ErrorKind::damaged, path, found.damage);
+  if (!found.nearest.empty()) {
+    fail(ErrorKind::damaged, path,
+         found.nearest.front().fit.what + "; taken as " + list_of(found.nearest), found.nearest);
+  }
+  fail(ErrorKind::unknown, path,
+       "its beginning is no header of a grid or restart file: " + found.beginning);
+}
+
+Fit fit_of(const std::string& path, const Reading& reading) {
+  if (reading.is_grid()) return compare(path, reading.grid());
+  const RestartForm& form = reading.restart();
+  return compare(path, form, reading.extents, reads_triplets(traits_of(form.layout), form.coding));
+}
+
+}  // namespace
+
+Reading settle_grid(const std::string& path, const StatedGridForm& stated) {
+  if (is_complete(stated)) return {.form = applied_to(GridForm(), stated), .checked = false};
+  return only_reading(path, detect_grid(path, stated), true);
+}
+
+Reading settle_restart(const std::string& path, const StatedRestartForm& stated,
+                       const std::shared_ptr<const Extents>& grid) {
+  if (is_complete(stated)) {
+    return {.form = applied_to(RestartForm(), stated), .extents = grid, .checked = false};
+  }
+  return only_reading(path, detect_restart(path, stated, grid), false);
+}
+
+void require_agreement(const std::string& path, const Reading& reading) {
+  if ((reading.checked && reading.fit.whole()) || !is_regular(path)) return;
+  const Fit fit = fit_of(path, reading);
+  const bool remark = fit.agreement == Fit::Agreement::remark;
+  if (fit.whole() || remark) return;
+  fail(ErrorKind::mismatch, path, "is not " + describe(reading) + ": " + fit.what);
+}
+
+}  // namespace p3dgrid

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "p3dgrid/error.hpp"
+#include "p3dgrid/layout.hpp"
+
+/// Decides in which form a file is read.
+namespace p3dgrid {
+
+/// The form of a grid file: as stated, or detected. Throws unless there is exactly one.
+[[nodiscard]] Reading settle_grid(const std::string& path, const StatedGridForm& stated);
+
+/// The same for a restart file.
+/// @param grid  extents of its grid, for layouts without extents; may be null
+[[nodiscard]] Reading settle_restart(const std::string& path, const StatedRestartForm& stated,
+                                     const std::shared_ptr<const Extents>& grid);
+
+/// Throws if a file that has been read differs from the form in which it was read, unless detection
+/// has compared all of it.
+void require_agreement(const std::string& path, const Reading& reading);
+
+}  // namespace p3dgrid

@@ -1,0 +1,135 @@
+#include <algorithm>
+#include <utility>
+
+#include "front/extents.hpp"
+#include "front/file.hpp"
+#include "front/lists.hpp"
+#include "p3dgrid/grid.hpp"
+
+namespace p3dgrid {
+namespace {
+
+[[noreturn]] void refuse(const std::string& path, std::string found, std::string expected) {
+  throw Error({.kind = ErrorKind::argument,
+               .file = path,
+               .found = std::move(found),
+               .expected = std::move(expected)});
+}
+
+void check(const std::string& path, std::int32_t number, const Block& block,
+           const BlockExtents& announced) {
+  const std::string name = "block " + std::to_string(number) + " of ";
+  const auto text = [](const BlockExtents& e) {
+    return std::to_string(e.i) + "x" + std::to_string(e.j) + "x" + std::to_string(e.k);
+  };
+  if (block.extents != announced) {
+    refuse(path, name + text(block.extents) + " points", text(announced));
+  }
+  const std::int64_t points = announced.points();
+  for (const Reals* coordinate : {&block.x, &block.y, &block.z}) {
+    if (coordinate->size() == points) continue;
+    refuse(path, name + std::to_string(coordinate->size()) + " values of a coordinate",
+           std::to_string(points));
+  }
+  if (!block.iblank.empty() && std::ssize(block.iblank) != points) {
+    refuse(path, name + std::to_string(block.iblank.size()) + " blanking values",
+           std::to_string(points));
+  }
+}
+
+}  // namespace
+
+/// Writes the records of a grid file in order.
+class GridWriter::File {
+ public:
+  File(const std::string& path, const GridForm& form, const Extents& extents)
+      : path_(path),
+        form_(form),
+        extents_((check_extents(path, form, extents), extents)),
+        target_(path, form.coding) {
+    const std::int32_t blocks = extents.blocks();
+    if (form.multiblock) target_.write({recordio::scalar(blocks)});
+    write_extents(target_, DimensionKind::one_record, extents_);
+  }
+
+  void write(const Block& block) {
+    if (next_ == extents_.blocks()) {
+      refuse(path_, "one more block", "the " + std::to_string(next_) + " of the header");
+    }
+    check(path_, next_, block, extents_.of(static_cast<std::size_t>(next_)));
+    ++next_;
+    recordio::WriteList list;
+    for (const Reals* coordinate : {&block.x, &block.y, &block.z}) {
+      list.push_back(values_of(*coordinate, kind_to_write(form_.coding, *coordinate)));
+    }
+    Array<std::int32_t> in_use;
+    if (form_.iblank) {
+      if (block.iblank.empty()) in_use.assign(static_cast<std::size_t>(block.x.size()), 1);
+      const auto& iblank = block.iblank.empty() ? in_use : block.iblank;
+      list.push_back(recordio::values(iblank.data(), std::ssize(iblank)));
+    }
+    target_.write(list);
+  }
+
+  void close() {
+    if (next_ < extents_.blocks()) {
+      refuse(path_, std::to_string(next_) + " blocks",
+             "the " + std::to_string(extents_.blocks()) + " of the header");
+    }
+    target_.close();
+  }
+
+ private:
+  static void check_extents(const std::string& path, const GridForm& form, const Extents& extents) {
+    require_valid(path, extents);
+    if (form.multiblock ? extents.blocks() > 0 : extents.blocks() == 1) return;
+    refuse(path, std::to_string(extents.blocks()) + " blocks",
+           form.multiblock ? "at least one" : "one for a file without a block count");
+  }
+
+  std::string path_;
+  GridForm form_;
+  Extents extents_;
+  TargetFile target_;
+  std::int32_t next_ = 0;
+};
+
+GridWriter::GridWriter(const std::string& path, const GridForm& form, const Extents& extents)
+    : file_(std::make_unique<File>(path, form, extents)) {}
+GridWriter::GridWriter(GridWriter&&) noexcept = default;
+GridWriter& GridWriter::operator=(GridWriter&&) noexcept = default;
+GridWriter::~GridWriter() = default;
+
+void GridWriter::write(const Block& block) {
+  file_->write(block);
+}
+
+void GridWriter::close() {
+  file_->close();
+}
+
+Extents Grid::extents() const {
+  Extents extents;
+  for (const Block& block : blocks) extents.add(block.extents);
+  return extents;
+}
+
+GridForm form_to_write(const Grid& grid, const StatedGridForm& stated) {
+  GridForm form = grid.form;
+  form.multiblock = form.multiblock || grid.blocks.size() > 1;
+  if (!grid.blocks.empty()) form.coding.precision = grid.blocks.front().x.precision();
+  form.iblank =
+      std::ranges::any_of(grid.blocks, [](const Block& block) { return !block.iblank.empty(); });
+  return applied_to(form, stated);
+}
+
+void write_grid(const std::string& path, const Grid& grid, const StatedGridForm& stated) {
+  for (std::size_t b = 0; b < grid.blocks.size(); ++b) {
+    check(path, static_cast<std::int32_t>(b), grid.blocks[b], grid.blocks[b].extents);
+  }
+  GridWriter writer(path, form_to_write(grid, stated), grid.extents());
+  for (const Block& block : grid.blocks) writer.write(block);
+  writer.close();
+}
+
+}  // namespace p3dgrid
