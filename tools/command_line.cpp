@@ -30,13 +30,6 @@ class UsageFormatter : public CLI::Formatter {
   std::string last_;
 };
 
-void add_argument(CLI::App& line, const Argument& argument) {
-  line.add_option(argument.name, *argument.target, argument.meaning)
-      ->required(argument.presence == Argument::Presence::required)
-      ->check(argument.use == Argument::Use::output ? wrong_output_name : wrong_name)
-      ->type_name("");
-}
-
 /// Moves the last word to the argument that takes it, if an optional one before it was left out.
 void take_last(CLI::App& line, const Argument& last, std::string& before) {
   line.formatter(std::make_shared<UsageFormatter>(last.name));
@@ -49,7 +42,10 @@ void take_last(CLI::App& line, const Argument& last, std::string& before) {
 void add_arguments(CLI::App& line, const std::vector<Argument>& arguments) {
   std::string* before = nullptr;
   for (const Argument& argument : arguments) {
-    add_argument(line, argument);
+    line.add_option(argument.name, *argument.target, argument.meaning)
+        ->required(argument.presence == Argument::Presence::required)
+        ->check(argument.use == Argument::Use::output ? wrong_output_name : wrong_name)
+        ->type_name("");
     if (argument.presence == Argument::Presence::last) take_last(line, argument, *before);
     before = argument.target;
   }
@@ -82,7 +78,6 @@ void add_option(CLI::App& line, const Option& option) {
   if (!option.excludes.empty()) added->excludes(option.excludes);
 }
 
-/// Adds the options that every command has.
 void add_common_options(CLI::App& line, Request& request) {
   line.add_flag("--quiet", request.quiet, "Leave out notes and the line that says what was done");
   line.add_flag("--verbose", request.verbose,

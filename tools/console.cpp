@@ -48,14 +48,6 @@ void flush_output() {
   if (std::fflush(stdout) != 0) remember_output_error();
 }
 
-// A line that wraps could not be overwritten.
-std::string fitted_to_terminal(const std::string& line) {
-  constexpr std::size_t usual_columns = 80;
-  struct winsize size {};
-  const bool known = ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 1;
-  return line.substr(0, (known ? size.ws_col : usual_columns) - 1);
-}
-
 // Standard output is flushed first, so that both streams keep their order in a shared log.
 void print_error_line(std::string_view prefix, std::string_view text) {
   erase_status();
@@ -107,7 +99,11 @@ void show_status(const std::string& line) {
   flush_output();
   erase_status();
   if (line.empty()) return;
-  write_line(stderr, fitted_to_terminal(printable(line)));
+  constexpr std::size_t usual_columns = 80;
+  struct winsize size {};
+  const bool known = ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 1;
+  // A line that wraps could not be overwritten.
+  write_line(stderr, printable(line).substr(0, (known ? size.ws_col : usual_columns) - 1));
   status_shown = true;
 }
 

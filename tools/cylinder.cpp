@@ -41,24 +41,18 @@ double without_residue(double value) {
   return std::abs(value) < 1e-12 ? 0.0 : value;
 }
 
-/// @param half_turns  angle from the x axis
-Point ring_point(double half_turns, double outward) {
-  const double angle = half_turns * std::numbers::pi;
-  const double radius = wall_radius + (outer_radius - wall_radius) * outward;
-  return {radius * without_residue(std::cos(angle)), radius * without_residue(std::sin(angle))};
-}
-
-Point wake_point(double downstream, double upward) {
-  return {wake_begin + (wake_end - wake_begin) * downstream,
-          wake_half_height * (2.0 * upward - 1.0)};
-}
-
 /// Position of a point, counted from 0, in a plane of constant k.
 Point position(std::size_t block, integer i, integer j) {
   const double along = share(i, sizes.i[block]);
-  if (block == wake_block) return wake_point(along, share(j, sizes.j[block]));
-  const double first_angle = block == upper_block ? 1.0 : 0.0;
-  return ring_point(first_angle - along, stretched_share(j, sizes.j[block]));
+  if (block == wake_block) {
+    const double upward = share(j, sizes.j[block]);
+    return {wake_begin + (wake_end - wake_begin) * along, wake_half_height * (2.0 * upward - 1.0)};
+  }
+  // From the x axis, counter-clockwise.
+  const double angle = ((block == upper_block ? 1.0 : 0.0) - along) * std::numbers::pi;
+  const double outward = stretched_share(j, sizes.j[block]);
+  const double radius = wall_radius + (outer_radius - wall_radius) * outward;
+  return {radius * without_residue(std::cos(angle)), radius * without_residue(std::sin(angle))};
 }
 
 constexpr double gamma = gamma_of_air;

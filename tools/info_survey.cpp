@@ -10,57 +10,29 @@ namespace {
 
 constexpr std::array coordinate_names = {"x", "y", "z"};
 
-/// Accumulates the values of one variable; points are counted from 0.
-struct Running {
-  std::int64_t low = -1;
-  std::int64_t high = -1;
-  float lowest = 0;
-  float highest = 0;
-  std::int64_t nan = 0;
-  std::int64_t infinite = 0;
-
-  void add(float value, std::int64_t point) {
-    if (!std::isfinite(value)) {
-      ++(std::isnan(value) ? nan : infinite);
-      return;
-    }
-    if (low < 0 || value < lowest) {
-      lowest = value;
-      low = point;
-    }
-    if (high < 0 || value > highest) {
-      highest = value;
-      high = point;
-    }
+void include(Survey& survey, const Extreme& point) {
+  if (!std::isfinite(point.value)) {
+    ++(std::isnan(point.value) ? survey.nan : survey.infinite);
+    return;
   }
-};
-
-std::optional<Extreme> extreme(float value, std::int64_t point, const Extents& extents) {
-  if (point < 0) return std::nullopt;
-  std::size_t block = 0;
-  while (point >= extents.points_of(block)) point -= extents.points_of(block++);
-  const std::int64_t i = extents.i[block];
-  const std::int64_t j = extents.j[block];
-  return Extreme{value, static_cast<integer>(block + 1), static_cast<integer>(point % i + 1),
-                 static_cast<integer>(point / i % j + 1),
-                 static_cast<integer>(point / (i * j) + 1)};
+  if (!survey.low || point.value < survey.low->value) survey.low = point;
+  if (!survey.high || point.value > survey.high->value) survey.high = point;
 }
 
 /// @param values  (variable, point)
 std::vector<Survey> survey(const allocatable<float, 2>& values, const Extents& extents) {
-  std::vector<Running> running(static_cast<std::size_t>(values.extent(1)));
+  std::vector<Survey> surveys(static_cast<std::size_t>(values.extent(1)));
+  for (std::size_t v = 0; v < surveys.size(); ++v) surveys[v].label = std::to_string(v + 1);
   const float* value = values.data();
-  for (std::int64_t point = 0; point < values.extent(2); ++point) {
-    for (Running& variable : running) variable.add(*value++, point);
-  }
-  std::vector<Survey> surveys;
-  for (const Running& variable : running) {
-    surveys.push_back({.label = std::to_string(surveys.size() + 1),
-                       .name = "",
-                       .low = extreme(variable.lowest, variable.low, extents),
-                       .high = extreme(variable.highest, variable.high, extents),
-                       .nan = variable.nan,
-                       .infinite = variable.infinite});
+  for (integer block = 1; block <= extents.blocks(); ++block) {
+    const auto b = static_cast<std::size_t>(block - 1);
+    for (integer k = 1; k <= extents.k[b]; ++k) {
+      for (integer j = 1; j <= extents.j[b]; ++j) {
+        for (integer i = 1; i <= extents.i[b]; ++i) {
+          for (Survey& variable : surveys) include(variable, {*value++, block, i, j, k});
+        }
+      }
+    }
   }
   return surveys;
 }

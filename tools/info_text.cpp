@@ -17,14 +17,13 @@ void print_below_blank(const Table& table) {
   table.print();
 }
 
+void append(std::vector<std::string>& row, const std::vector<std::int64_t>& numbers) {
+  for (const std::int64_t number : numbers) row.push_back(std::to_string(number));
+}
+
 void append_place(std::vector<std::string>& row, const std::optional<Extreme>& extreme) {
-  if (!extreme) {
-    row.insert(row.end(), 4, none);
-    return;
-  }
-  for (const auto number : {extreme->block, extreme->i, extreme->j, extreme->k}) {
-    row.push_back(std::to_string(number));
-  }
+  if (extreme) return append(row, {extreme->block, extreme->i, extreme->j, extreme->k});
+  row.insert(row.end(), 4, none);
 }
 
 /// Prints ranges with NaN and infinity counts, and the points of the smallest and largest values.
@@ -59,10 +58,6 @@ struct BlockColumns {
   std::vector<std::string> titles;
   std::vector<std::vector<std::int64_t>> rows;
 };
-
-void append(std::vector<std::string>& row, const std::vector<std::int64_t>& numbers) {
-  for (const std::int64_t number : numbers) row.push_back(std::to_string(number));
-}
 
 /// @param with_total  append a row for all blocks
 void print_extents(const Extents& extents, const BlockColumns& more, bool with_total) {
@@ -149,22 +144,6 @@ void print_flow_parameters(const RestartForm& form, const std::vector<FlowParame
   print_below_blank(table);
 }
 
-BlockColumns blanking_columns(const Grid& grid) {
-  if (!grid.iblank.allocated()) return {};
-  BlockColumns columns{{"blank 0", "blank 1", "blank <0", "blank >1"}, {}};
-  for (const BlankingCounts& counts : count_blanking(grid)) {
-    columns.rows.emplace_back(counts.begin(), counts.end());
-  }
-  return columns;
-}
-
-BlockColumns function_columns(const RestartHeader& header) {
-  if (header.functions.empty()) return {};
-  BlockColumns columns{{"functions"}, {}};
-  for (const integer functions : header.functions) columns.rows.push_back({functions});
-  return columns;
-}
-
 std::string contents_of(const RestartReport& report) {
   std::string text = counted(report.header.blocks, "block");
   if (report.body) text += ", " + counted(report.body->extents.points(), "point");
@@ -181,7 +160,12 @@ std::string contents_of(const RestartReport& report) {
 void print_info(const std::string& path, const Found& found, const Grid& grid) {
   const Extents extents = extents_of(grid);
   print_beginning(path, found, describe(found.grid()), counted(extents));
-  print_extents(extents, blanking_columns(grid), true);
+  BlockColumns blanking;
+  if (grid.iblank.allocated()) blanking.titles = {"blank 0", "blank 1", "blank <0", "blank >1"};
+  for (const BlankingCounts& counts : count_blanking(grid)) {
+    blanking.rows.emplace_back(counts.begin(), counts.end());
+  }
+  print_extents(extents, blanking, true);
   print_boxes(grid);
   print_variables(survey(grid), "coordinate");
 }
@@ -203,9 +187,10 @@ void print_info(const std::string& path, const RestartReport& report) {
   }
   print_header_values(form);
   if (report.body && layout.parameters) print_flow_parameters(form, report.body->parameters);
-  if (!report.extents().i.empty()) {
-    print_extents(report.extents(), function_columns(report.header), false);
-  }
+  BlockColumns functions;
+  if (!report.header.functions.empty()) functions.titles = {"functions"};
+  for (const integer count : report.header.functions) functions.rows.push_back({count});
+  if (!report.extents().i.empty()) print_extents(report.extents(), functions, false);
   if (report.body) print_variables(survey(*report.body, form.layout), "variable");
 }
 

@@ -17,7 +17,7 @@ namespace {
 using namespace std::chrono_literals;
 using mod_p3dgrid::FileProgress;
 
-constexpr auto patience = 1s;
+constexpr auto delay = 1s;
 constexpr auto interval = 200ms;
 constexpr double least_seconds = 0.5;  // shorter times give no meaningful rate
 
@@ -38,12 +38,10 @@ std::string bytes_text(double bytes) {
 std::string time_text(double seconds) {
   const auto whole = static_cast<long long>(std::ceil(seconds));
   if (whole < 60) return std::to_string(whole) + " s";
+  const bool hours = whole >= 3600;
+  const long long units = hours ? whole / 60 : whole;
   char text[32];
-  if (whole < 3600) {
-    std::snprintf(text, sizeof text, "%lld:%02lld min", whole / 60, whole % 60);
-  } else {
-    std::snprintf(text, sizeof text, "%lld:%02lld h", whole / 3600, whole / 60 % 60);
-  }
+  std::snprintf(text, sizeof text, "%lld:%02lld %s", units / 60, units % 60, hours ? "h" : "min");
   return text;
 }
 
@@ -57,7 +55,7 @@ void show_progress(const FileProgress& now) {
   if (shown != nullptr) shown->update(now);
 }
 
-Progress::Progress() : next_line_(Clock::now() + patience) {
+Progress::Progress() : next_line_(Clock::now() + delay) {
   shown = this;
   mod_p3dgrid::p3dsetprogress(show_progress);
 }

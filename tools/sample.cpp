@@ -49,21 +49,6 @@ void create_folder(const std::filesystem::path& folder) {
   if (error) throw Unusable(folder.string() + ": " + error.message());
 }
 
-// The folder may hold a grid of the user's with the same name.
-void require_missing(const std::filesystem::path& path) {
-  std::error_code error;
-  const auto status = std::filesystem::symlink_status(path, error);
-  if (status.type() == std::filesystem::file_type::not_found) return;
-  throw Unusable(path.string() + ": is there already; --replace writes over it");
-}
-
-void write_file(const std::string& path, const SampleFile& file) {
-  OutputFile output(path);
-  file.write(output.temporary_path());
-  output.commit();
-  print_line(path + ": " + file.contents);
-}
-
 void write_sample(const SampleOptions& options) {
   const Grid grid = cylinder_grid();
   const Restart solution = cylinder_solution(grid);
@@ -83,9 +68,20 @@ void write_sample(const SampleOptions& options) {
   const std::filesystem::path folder = options.folder;
   create_folder(folder);
   for (const SampleFile& file : files) {
-    if (!options.replace) require_missing(folder / file.name);
+    const std::filesystem::path path = folder / file.name;
+    std::error_code error;
+    const auto type = std::filesystem::symlink_status(path, error).type();
+    // The folder may hold a grid of the user's with the same name.
+    if (options.replace || type == std::filesystem::file_type::not_found) continue;
+    throw Unusable(path.string() + ": is there already; --replace writes over it");
   }
-  for (const SampleFile& file : files) write_file((folder / file.name).string(), file);
+  for (const SampleFile& file : files) {
+    const std::string path = (folder / file.name).string();
+    OutputFile output(path);
+    file.write(output.temporary_path());
+    output.commit();
+    print_line(path + ": " + file.contents);
+  }
 }
 
 }  // namespace

@@ -1,22 +1,10 @@
 #include "table.hpp"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 
 #include "console.hpp"
 
 namespace p3dgrid::tool {
-namespace {
-
-template <class Real>
-std::string shortest(Real value) {
-  std::array<char, 32> text{};
-  const auto end = std::to_chars(text.begin(), text.end(), value).ptr;
-  return {text.begin(), end};
-}
-
-}  // namespace
 
 void Table::print() const {
   std::vector<std::size_t> widths(rows_.front().size(), 0);
@@ -32,14 +20,6 @@ void Table::print() const {
     }
     print_line(line);
   }
-}
-
-std::string digits(float value) {
-  return shortest(value);
-}
-
-std::string digits(double value) {
-  return shortest(value);
 }
 
 std::string counted(std::int64_t count, const std::string& noun) {

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <array>
+#include <charconv>
+#include <concepts>
 #include <cstdint>
 #include <p3dgrid/form.hpp>
 #include <string>
@@ -21,8 +24,11 @@ class Table {
 };
 
 /// The shortest text that reads back as this value.
-[[nodiscard]] std::string digits(float value);
-[[nodiscard]] std::string digits(double value);
+template <std::floating_point Real>
+[[nodiscard]] std::string digits(Real value) {
+  std::array<char, 32> text;
+  return {text.begin(), std::to_chars(text.begin(), text.end(), value).ptr};
+}
 
 /// "1 block", "3 blocks".
 [[nodiscard]] std::string counted(std::int64_t count, const std::string& noun);

@@ -11,6 +11,7 @@ namespace {
 using recordio::WriteList;
 
 constexpr integer formatted = 1;
+constexpr const char* kind = "Tecplot file ";
 
 /// Known quirk: the line begins with a blank, and "IBLANK" has none before it.
 constexpr const char* variables_line = R"( VARIABLES = "X", "Y", "Z", "U", "V", "W", "P", "RHO")";
@@ -42,12 +43,11 @@ void writetecplotfile_p3d(const FileName& filename, integer nblocks,
                           array_view<const integer, 1> kdim, array_view<const integer, 1> iblank,
                           logical useiblank) try {
   message("Writing to Tecplot file ", left_adjusted(filename), "...");
-  const std::string file = "Tecplot file " + path_of(filename);
   const ExtentViews extents{idim, jdim, kdim};
-  const PointNumbering points = checked_numbering(file, nblocks, extents);
-  check_points(file, "xyz", xyz.extent(2), points);
-  check_points(file, "qvar", qvar.extent(2), points);
-  if (useiblank) check_points(file, "iblank", iblank.extent(1), points);
+  const PointNumbering points = checked_numbering(kind + path_of(filename), nblocks, extents);
+  check_points(kind, filename, "xyz", xyz.extent(2), points);
+  check_points(kind, filename, "qvar", qvar.extent(2), points);
+  if (useiblank) check_points(kind, filename, "iblank", iblank.extent(1), points);
 
   const Unit unit(unit_number::tecplot, formatted);
   unit.open(filename, OpenStatus::unknown);

@@ -5,7 +5,7 @@
 
 #include "format/header.hpp"
 #include "mod_p3dgrid/arrays.hpp"
-#include "state/allocation.hpp"
+#include "state/host.hpp"
 #include "state/point_numbering.hpp"
 #include "state/unit.hpp"
 

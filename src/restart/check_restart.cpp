@@ -27,14 +27,6 @@ std::string columns(const BlockExtents& extents) {
   return text;
 }
 
-void report_block(integer block, const BlockExtents& grid, const BlockExtents& restart) {
-  write_line("");
-  message("Indecies for block ", block, " in grid and restart file do not match.");
-  message("              i     j     k  ");
-  write_line(" Grid   : " + columns(grid));
-  write_line(" Restart: " + columns(restart));
-}
-
 }  // namespace
 
 void checkp3drstrtheader(const FileName& gridfile, integer gridformat, const FileName& rstfile,
@@ -69,7 +61,11 @@ void checkp3drstrtheader(const FileName& gridfile, integer gridformat, const Fil
     const BlockExtents of_grid = extents_of(grid, b);
     const BlockExtents of_restart = extents_of(restart, b);
     if (of_grid == of_restart) continue;
-    report_block(b, of_grid, of_restart);
+    write_line("");
+    message("Indecies for block ", b, " in grid and restart file do not match.");
+    message("              i     j     k  ");
+    write_line(" Grid   : " + columns(of_grid));
+    write_line(" Restart: " + columns(of_restart));
     differ = true;
   }
   p3dcloseunit(unit_number::grid_header);

@@ -8,7 +8,6 @@
 #include "restart/restart_file.hpp"
 #include "restart/restart_header.hpp"
 #include "restart/staging.hpp"
-#include "state/allocation.hpp"
 #include "state/host.hpp"
 #include "state/messages.hpp"
 
@@ -244,7 +243,14 @@ void prepare_parameters(const RestartRead& read, integer iformat, logical dblpre
   single ? allocate(sqvar) : allocate(dqvar);
 }
 
-void read_whole_body(RestartRead& read, integer nblocks, const ExtentViews& extents) {
+void read_restart(RestartRead& read, integer iformat, logical dblprec, integer nblocks,
+                  array_view<const integer, 1> blockpoints, const ExtentViews& extents) {
+  prepare_parameters(read, iformat, dblprec);
+  if (!mod_gridvars::readallvars) {
+    host::checkallocationerror(read.varvalues.allocate(1, sum(blockpoints)));
+    return read.unit.close();
+  }
+  message("Number of grids is ", read.nblocks);
   if (read.unit.known()) {
     if (read.nblocks > nblocks) {
       read.unit.fail("a header of " + std::to_string(read.nblocks) + " blocks",
@@ -254,17 +260,6 @@ void read_whole_body(RestartRead& read, integer nblocks, const ExtentViews& exte
   }
   if (read.layout.counted_variables) mod_gridvars::numrstrtvar(1) = most_variables();
   if (read.unit.known()) read.read();
-}
-
-void read_restart(RestartRead& read, integer iformat, logical dblprec, integer nblocks,
-                  array_view<const integer, 1> blockpoints, const ExtentViews& extents) {
-  prepare_parameters(read, iformat, dblprec);
-  if (!mod_gridvars::readallvars) {
-    host::checkallocationerror(read.varvalues.allocate(1, sum(blockpoints)));
-    return read.unit.close();
-  }
-  message("Number of grids is ", read.nblocks);
-  read_whole_body(read, nblocks, extents);
   read.unit.close();
   if (read.layout.counted_variables) mod_gridvars::numrstrtvar(1) = most_variables();
 }

@@ -6,7 +6,6 @@
 #include <string>
 
 #include "restart/body.hpp"
-#include "state/allocation.hpp"
 #include "state/host.hpp"
 #include "state/run_end.hpp"
 
@@ -56,7 +55,7 @@ void announce_restart(integer mode, const FileName& filename, integer iformat, l
 }
 
 std::string restart_file(const FileName& filename) {
-  return "restart file " + path_of(filename);
+  return restart_kind + path_of(filename);
 }
 
 void refuse_restart(const FileName& filename, const std::string& reason) {
@@ -84,14 +83,15 @@ void check_variables(const FileName& filename, integer highest, std::int64_t row
                                ", the flow array has " + std::to_string(rows));
 }
 
-void check_variable_counts(const std::string& file, const LayoutTraits& layout, integer nblocks) {
+void check_variable_counts(const char* prefix, const FileName& filename, const LayoutTraits& layout,
+                           integer nblocks) {
   if (!layout.counted_variables || !nfvar.allocated() || nfvar.size() >= nblocks) return;
-  fail_run(file + ": nfvar holds " + std::to_string(nfvar.size()) + " blocks, " +
-           std::to_string(nblocks) + " are to be written");
+  fail_run(prefix + path_of(filename) + ": nfvar holds " + std::to_string(nfvar.size()) +
+           " blocks, " + std::to_string(nblocks) + " are to be written");
 }
 
 integer checked_highest_to_write(const RestartFile& file) {
-  check_variable_counts(restart_file(file.filename), file.layout, file.nblocks);
+  check_variable_counts(restart_kind, file.filename, file.layout, file.nblocks);
   if (file.layout.extensions && !extension_chain_ends()) {
     refuse_restart(file.filename, "iflag holds no flag 999 to end its chain");
   }
@@ -103,7 +103,7 @@ integer checked_highest_to_write(const RestartFile& file) {
 void check_triplets(const RestartFile& file, const char* name,
                     array_view<const float, 2> triplets) {
   if (!file.layout.triplets) return;
-  check_points(restart_file(file.filename), name, triplets.extent(2), file.points);
+  check_points(restart_kind, file.filename, name, triplets.extent(2), file.points);
   if (triplets.extent(1) >= triplet || file.points.total == 0) return;
   refuse_restart(file.filename, std::string(name) + " holds no three values per point");
 }

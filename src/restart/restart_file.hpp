@@ -11,6 +11,11 @@ namespace mod_p3dgrid {
 using p3dgrid::Coding;
 using p3dgrid::LayoutTraits;
 
+/// Beginning of messages about a restart file, before its path.
+inline constexpr const char* restart_kind = "restart file ";
+/// The same with the path.
+[[nodiscard]] std::string restart_file(const FileName& filename);
+
 /// The file of an operation.
 struct RestartFile {
   const FileName& filename;
@@ -33,9 +38,6 @@ void check_layout(const FileName& filename, const LayoutTraits& layout, integer 
 /// Refuses files of two dimensions in layouts that have none.
 void check_dimensions(const FileName& filename, const LayoutTraits& layout, const Coding& coding);
 
-/// Beginning of messages about a restart file.
-[[nodiscard]] std::string restart_file(const FileName& filename);
-
 [[noreturn]] void refuse_restart(const FileName& filename, const std::string& reason);
 
 [[nodiscard]] std::int64_t sum(array_view<const integer, 1> blockpoints);
@@ -44,8 +46,9 @@ void check_dimensions(const FileName& filename, const LayoutTraits& layout, cons
 void check_variables(const FileName& filename, integer highest, std::int64_t rows);
 
 /// Refuses variable counts of fewer blocks than are written.
-/// @param file  beginning of the error message
-void check_variable_counts(const std::string& file, const LayoutTraits& layout, integer nblocks);
+/// @param prefix  beginning of the error message, before the path
+void check_variable_counts(const char* prefix, const FileName& filename, const LayoutTraits& layout,
+                           integer nblocks);
 
 /// Highest variable number of the body to be written. Refuses an unterminated chain of flags, and
 /// variable counts of fewer blocks.

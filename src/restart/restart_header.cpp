@@ -6,7 +6,7 @@
 
 #include "restart/body.hpp"
 #include "restart/restart_file.hpp"
-#include "state/allocation.hpp"
+#include "state/host.hpp"
 #include "state/messages.hpp"
 #include "state/run_end.hpp"
 
@@ -85,13 +85,13 @@ void check_extents(const FileName& filename, const LayoutTraits& layout, integer
   const integer needed = layout.header == p3dgrid::HeaderKind::single_block ? 1
                          : layout.dimensions == DimensionKind::none         ? 0
                                                                             : nblocks;
-  const std::string file = "cannot write " + restart_file(filename);
   for (const auto& array : {extents.i, extents.j, extents.k}) {
     if (array.extent(1) >= needed) continue;
-    fail_run(file + ": extents of " + std::to_string(array.extent(1)) + " blocks, " +
-             std::to_string(needed) + " are to be written");
+    fail_run("cannot write restart file " + path_of(filename) + ": extents of " +
+             std::to_string(array.extent(1)) + " blocks, " + std::to_string(needed) +
+             " are to be written");
   }
-  check_variable_counts(file, layout, nblocks);
+  check_variable_counts("cannot write restart file ", filename, layout, nblocks);
 }
 
 }  // namespace
@@ -128,11 +128,10 @@ void require_plausible_extents(const Unit& unit, const ExtentArrays& extents) {
 }
 
 void readrestartheader(const FileName& filename, integer iformat, logical dblprec, integer& nblocks,
-                       integer rsttype, logical multiblock) try {
+                       integer rsttype, logical multiblock) {
   ExtentArrays dropped;
-  read_restart_header(filename, iformat, dblprec, nblocks, rsttype, multiblock, dropped);
-} catch (...) {
-  end_operation("read restart file", filename);
+  readrestartheader(filename, iformat, dblprec, nblocks, rsttype, multiblock, dropped.i, dropped.j,
+                    dropped.k);
 }
 
 void readrestartheader(const FileName& filename, integer iformat, logical dblprec, integer& nblocks,

@@ -27,12 +27,6 @@ struct OneVariableStaging {
 };
 inline OneVariableStaging one_variable_staging;
 
-/// Staging array of `writenextp3dvar`, released before it returns.
-struct VariableWriteStaging {
-  allocatable<double, 2> DW;
-};
-inline VariableWriteStaging variable_write_staging;
-
 /// File-format code of temporary variable files: unformatted.
 inline constexpr integer temporary_file_format = 0;
 

@@ -4,7 +4,7 @@
 #include "restart/body.hpp"
 #include "restart/restart_file.hpp"
 #include "restart/restart_header.hpp"
-#include "state/allocation.hpp"
+#include "state/host.hpp"
 #include "state/messages.hpp"
 #include "state/run_end.hpp"
 
@@ -39,7 +39,7 @@ void check_arguments(const RestartWrite& write) {
   if (holds_doubles(write.coding)) rows = std::min(variables_per_point(), rows);
   if (write.points.total > 0) check_variables(write.filename, highest, rows);
   check_parameters_to_write(write, write.nparamrows);
-  check_points(restart_file(write.filename), "varvalues", write.varvalues.extent(2), write.points);
+  check_points(restart_kind, write.filename, "varvalues", write.varvalues.extent(2), write.points);
   check_triplets(write, "auxvalues", write.auxvalues);
 }
 

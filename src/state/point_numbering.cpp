@@ -3,6 +3,7 @@
 #include <limits>
 
 #include "state/run_end.hpp"
+#include "state/unit.hpp"
 
 namespace mod_p3dgrid {
 
@@ -50,11 +51,11 @@ PointNumbering checked_numbering(const std::string& file, integer nblocks,
   return points;
 }
 
-void check_points(const std::string& file, const char* name, std::int64_t points_held,
-                  const PointNumbering& points) {
+void check_points(const char* kind, const FileName& filename, const char* name,
+                  std::int64_t points_held, const PointNumbering& points) {
   if (points_held >= points.total) return;
-  fail_run(file + ": " + name + " holds " + std::to_string(points_held) + " points, " +
-           std::to_string(points.total) + " are needed");
+  fail_run(kind + path_of(filename) + ": " + name + " holds " + std::to_string(points_held) +
+           " points, " + std::to_string(points.total) + " are needed");
 }
 
 }  // namespace mod_p3dgrid

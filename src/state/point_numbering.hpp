@@ -6,6 +6,7 @@
 #include <string>
 
 #include "mod_p3dgrid/arrays.hpp"
+#include "mod_p3dgrid/file_name.hpp"
 
 namespace mod_p3dgrid {
 
@@ -47,7 +48,8 @@ struct PointNumbering {
                                                const ExtentViews& extents);
 
 /// Makes an array that holds fewer points than the blocks have a fatal error.
-void check_points(const std::string& file, const char* name, std::int64_t points_held,
-                  const PointNumbering& points);
+/// @param kind  of the file, such as "restart file "
+void check_points(const char* kind, const FileName& filename, const char* name,
+                  std::int64_t points_held, const PointNumbering& points);
 
 }  // namespace mod_p3dgrid

@@ -20,7 +20,6 @@ namespace mod_p3dgrid {
 /// Prints the same failure while the process exits, without calling the handler.
 void report_at_exit(const char* operation, const std::string& path, int error);
 
-/// Exit status of fatal errors.
 inline constexpr integer status_of_fatal_errors = 2;
 
 /// Short enough to need no memory as a string.

@@ -7,7 +7,6 @@
 #include "restart/restart_file.hpp"
 #include "restart/restart_header.hpp"
 #include "restart/staging.hpp"
-#include "state/allocation.hpp"
 #include "state/host.hpp"
 #include "state/messages.hpp"
 #include "state/run_end.hpp"

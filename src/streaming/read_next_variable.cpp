@@ -7,7 +7,6 @@
 #include "restart/restart_file.hpp"
 #include "restart/restart_header.hpp"
 #include "restart/staging.hpp"
-#include "state/allocation.hpp"
 #include "state/host.hpp"
 #include "state/messages.hpp"
 
@@ -76,11 +75,10 @@ void check_variable(const VariableRead& read, std::int64_t variables) {
 
 void check_arguments(const VariableRead& read) {
   check_variable(read, variables_per_point());
-  const std::string file = restart_file(read.filename);
-  check_points(file, "blockpoints", read.allpoints, read.points);
+  check_points(restart_kind, read.filename, "blockpoints", read.allpoints, read.points);
   // An array without rows holds no points.
   const std::int64_t held = read.varvalues.extent(1) > 0 ? read.varvalues.extent(2) : 0;
-  check_points(file, "varvalues", held, read.points);
+  check_points(restart_kind, read.filename, "varvalues", held, read.points);
   if (held < read.allpoints) {
     refuse_restart(read.filename, "varvalues holds " + std::to_string(held) +
                                       " points, blockpoints sum up to " +
@@ -96,21 +94,6 @@ bool blocks_fill_staging(const VariableRead& read, const std::vector<BodyRecord>
   });
 }
 
-/// Allocates the staging array, and clears it if the file may not fill it. The two tables, one
-/// entry per variable of the file, are not used, but hosts are told of their allocation.
-template <class Real>
-void prepare(const VariableRead& read, const std::vector<BodyRecord>& records,
-             allocatable<Real, 2>& staging, allocatable<Real*, 1>& targets,
-             allocatable<integer, 1>& steps) {
-  const std::int64_t variables = variables_per_point();
-  check_variable(read, variables);  // again, because a host can change `numrstrtvar` in a callback
-  bool usable = allocate_staging(staging, 1, read.allpoints);
-  usable = allocate_staging(targets, variables) && usable;
-  usable = allocate_staging(steps, variables) && usable;
-  read.unit.require_array(usable && staging.extent(1) == 1, "unallocated staging arrays");
-  if (!blocks_fill_staging(read, records)) std::ranges::fill(staging.span(), Real{0});
-}
-
 template <class Real>
 void read_variable(const VariableRead& read, allocatable<Real, 2>& staging,
                    allocatable<Real*, 1>& targets) {
@@ -118,9 +101,16 @@ void read_variable(const VariableRead& read, allocatable<Real, 2>& staging,
   const auto records = block_records_with_leading(
       read.layout, read.coding, is_text(read.coding) ? 0 : p3dgrid::older_levels(itimeint));
   const integer highest = checked_highest_variable(records);
-  if (read.points.total > 0) check_variables(read.filename, highest, variables_per_point());
+  const std::int64_t variables = variables_per_point();
+  if (read.points.total > 0) check_variables(read.filename, highest, variables);
   allocatable<integer, 1>& steps = one_variable_staging.READII;
-  prepare(read, records, staging, targets, steps);
+  check_variable(read, variables);  // again, because a host can change `numrstrtvar` in a callback
+  bool usable = allocate_staging(staging, 1, read.allpoints);
+  // The two tables are not used, but hosts are told of their allocation.
+  usable = allocate_staging(targets, variables) && usable;
+  usable = allocate_staging(steps, variables) && usable;
+  read.unit.require_array(usable && staging.extent(1) == 1, "unallocated staging arrays");
+  if (!blocks_fill_staging(read, records)) std::ranges::fill(staging.span(), Real{0});
   create_parameters_to_read(read);
   const VariableReader<Real> reader{read, staging.data()};
   const bool extensions = read.layout.extensions && read.ivar >= first_extension_variable;

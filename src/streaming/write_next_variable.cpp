@@ -4,7 +4,7 @@
 #include "restart/body.hpp"
 #include "restart/restart_file.hpp"
 #include "restart/staging.hpp"
-#include "state/allocation.hpp"
+#include "state/host.hpp"
 #include "state/messages.hpp"
 #include "state/run_end.hpp"
 
@@ -24,41 +24,6 @@ FileName free_file_name(FileName name) {
   return name;
 }
 
-/// Creates the file. If that fails, clears `tmpfile(ivar)`, because a file of that name belongs to
-/// another process and `combinep3dvarfiles` would delete it.
-void create(const Unit& unit, integer ivar, const FileName& name) {
-  tmpfile(ivar) = name;
-  try {
-    write_line("");
-    message("Writing Interpolated Variable ", ivar, " to Temporary File ", left_adjusted(name));
-    unit.open(name, OpenStatus::fresh);
-  } catch (...) {
-    tmpfile(ivar) = {};
-    throw;
-  }
-}
-
-/// Writes a record per block from row 1 of an array.
-void write_blocks(const Unit& unit, integer ivar, const PointNumbering& points, integer nblocks,
-                  array_view<const float, 2> values, array_view<double, 2> staging = {}) {
-  for (integer b = 1; b <= nblocks; ++b) {
-    message("Writing flow variable ", ivar, " for grid ", b);
-    unit.write({recordio::through_staging(staging, variable_lines(values, points, b, {1, 1}))});
-  }
-}
-
-/// Writes in double precision, through a staging array.
-void write_widened(const Unit& unit, integer ivar, const FileName& name,
-                   const PointNumbering& points, integer nblocks, std::int64_t allpoints,
-                   array_view<const float, 2> values) {
-  auto& DW = variable_write_staging.DW;
-  if (!allocate_staging(DW, 1, allpoints) || DW.extent(1) != 1) {
-    refuse_restart(name, "no array for the variable in double precision");
-  }
-  write_blocks(unit, ivar, points, nblocks, values, DW);
-  DW.deallocate();
-}
-
 }  // namespace
 
 void writenextp3dvar(integer ivar, const FileName& prefix, logical dblprec, integer nblocks,
@@ -70,24 +35,32 @@ void writenextp3dvar(integer ivar, const FileName& prefix, logical dblprec, inte
              std::to_string(tmpfile.size()) + " can");
   }
   FileName name = FileName::cut(std::string(prefix.view()) + column(ivar, 6, '0') + ".tmp");
-  const std::string file = restart_file(name);
-  const PointNumbering points = checked_numbering(file, nblocks, {idim, jdim, kdim});
+  const PointNumbering points = checked_numbering(restart_file(name), nblocks, {idim, jdim, kdim});
   const std::int64_t allpoints = sum(blockpoints);
-  check_points(file, "varvalues", varvalues.extent(1) > 0 ? varvalues.extent(2) : 0, points);
-  if (dblprec) check_points(file, "blockpoints", allpoints, points);
+  check_points(restart_kind, name, "varvalues", varvalues.extent(1) > 0 ? varvalues.extent(2) : 0,
+               points);
+  if (dblprec) check_points(restart_kind, name, "blockpoints", allpoints, points);
   tmpfile(ivar) = {};
   name = free_file_name(name);
   const Unit unit(unit_number::restart_write, temporary_file_format);
-  create(unit, ivar, name);
-  if (dblprec) {
-    try {
-      write_widened(unit, ivar, name, points, nblocks, allpoints, varvalues);
-    } catch (...) {
-      variable_write_staging = {};
-      throw;
-    }
-  } else {
-    write_blocks(unit, ivar, points, nblocks, varvalues);
+  tmpfile(ivar) = name;
+  try {
+    write_line("");
+    message("Writing Interpolated Variable ", ivar, " to Temporary File ", left_adjusted(name));
+    unit.open(name, OpenStatus::fresh);
+  } catch (...) {
+    // A file of that name belongs to another process, and `combinep3dvarfiles` would delete it.
+    tmpfile(ivar) = {};
+    throw;
+  }
+  allocatable<double, 2> staging;
+  if (dblprec && (!allocate_staging(staging, 1, allpoints) || staging.extent(1) != 1)) {
+    refuse_restart(name, "no array for the variable in double precision");
+  }
+  for (integer b = 1; b <= nblocks; ++b) {
+    message("Writing flow variable ", ivar, " for grid ", b);
+    unit.write({recordio::through_staging(array_view<double, 2>(staging),
+                                          variable_lines(varvalues, points, b, {1, 1}))});
   }
   unit.close();
 } catch (...) {

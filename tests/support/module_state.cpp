@@ -19,7 +19,6 @@ void reset_module_state() {
   dqvar.deallocate();
   restart_staging = {};
   one_variable_staging = {};
-  variable_write_staging = {};
   mod_p3dgrid::tmpfile.fill({});
   mod_gridvars::nfilesect = 1;
   mod_gridvars::rstrtvarsct.fill(0);

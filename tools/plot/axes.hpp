@@ -17,7 +17,6 @@ inline constexpr double label_gap = 0.6;
   return std::max(1.0, text / 16);
 }
 
-/// Width of the longest label.
 [[nodiscard]] double widest_label(Canvas& canvas, const Ticks& ticks, double text);
 
 /// The part of the page that shows the surfaces, in pixels.

@@ -13,7 +13,7 @@ constexpr const char* font_family = "sans-serif";
 void require(cairo_status_t status) {
   if (status == CAIRO_STATUS_SUCCESS) return;
   if (status == CAIRO_STATUS_NO_MEMORY) throw std::bad_alloc();
-  throw Failure(ExitStatus::unusable, cairo_status_to_string(status));
+  throw Unusable(cairo_status_to_string(status));
 }
 
 class CairoCanvas : public Canvas {

@@ -24,21 +24,12 @@ constexpr double default_elevation = 25;
 constexpr Usage usage = {.command_line = "p3dgrid plot GRID RESTART OUT.png",
                          .grid_alone = "'p3dgrid plot GRID OUT.png' draws it"};
 
-Case find_files(const Request& request) {
-  const std::string& grid = request.grid_path;
-  if (!request.shows_flow()) {
-    return {find_grid(grid, request.grid, "'" + usage.pair("GRID", grid) + "' draws it")};
-  }
-  return find_case(grid, request.grid, request.restart_path, request.restart, usage);
-}
-
 /// The surfaces asked for, without their points.
 std::vector<Surface> surfaces_wanted(const Request& request, const Extents& extents) {
   const std::string& path = request.grid_path;
   if (request.block > extents.blocks()) {
-    throw Failure(ExitStatus::unusable, path + ": holds " + counted(extents.blocks(), "block") +
-                                            "; there is no --block " +
-                                            std::to_string(request.block));
+    throw Unusable(path + ": holds " + counted(extents.blocks(), "block") +
+                   "; there is no --block " + std::to_string(request.block));
   }
   std::vector<Surface> surfaces;
   integer without = 0;
@@ -54,8 +45,8 @@ std::vector<Surface> surfaces_wanted(const Request& request, const Extents& exte
   }
   const std::string at = request.plane ? " " + describe(*request.plane) : "";
   if (surfaces.empty()) {
-    throw Failure(ExitStatus::unusable, path + ": there is no surface" + at +
-                                            " to show; 'p3dgrid info' shows the extents");
+    throw Unusable(path + ": there is no surface" + at +
+                   " to show; 'p3dgrid info' shows the extents");
   }
   if (without > 0) {
     print_note(path + ": " + counted(without, "block") + " of " + std::to_string(extents.blocks()) +
@@ -74,13 +65,11 @@ void take_surfaces(const Request& request, const Found& found, Picture& picture)
                      counted(extents.points(), "point")};
 }
 
-/// Sets box and view.
 void orient(const Request& request, Picture& picture) {
   const auto box = box_of(picture.surfaces);
   if (!box || box->diagonal() == 0) {
-    throw Failure(ExitStatus::mismatch,
-                  request.grid_path + (box ? ": all points to show are at one place"
-                                           : ": all points to show are blanked or not finite"));
+    throw Mismatch(request.grid_path + (box ? ": all points to show are at one place"
+                                            : ": all points to show are blanked or not finite"));
   }
   picture.box = *box;
   if (!request.view.empty()) {
@@ -146,8 +135,8 @@ void add_flow(const Request& request, const Case& found, Picture& picture) {
   const FlowVariable variable = take_values(picture.surfaces, request, found);
   picture.levels = levels_of(picture.surfaces);
   if (!picture.levels) {
-    throw Failure(ExitStatus::mismatch, request.restart_path + ": " + variable.name +
-                                            " is infinite or no number at all points to show");
+    throw Mismatch(request.restart_path + ": " + variable.name +
+                   " is infinite or no number at all points to show");
   }
   const std::string range = range_of(*picture.levels);
   const bool all_finite = picture.levels->all_finite;
@@ -182,7 +171,7 @@ void add_differences(Picture& picture) {
   };
   const std::string enlargement = enlargement_of(picture.box);
   if (!enlargement.empty()) add(enlargement);
-  if (std::ranges::any_of(picture.surfaces, &Surface::has_lost)) {
+  if (std::ranges::any_of(picture.surfaces, &Surface::has_invalid_points)) {
     add("cells left out where a point is infinite or no number");
   }
 }
@@ -190,7 +179,11 @@ void add_differences(Picture& picture) {
 }  // namespace
 
 Picture compose(const Request& request) {
-  const Case found = find_files(request);
+  const std::string& grid = request.grid_path;
+  const Case found =
+      request.shows_flow()
+          ? find_case(grid, request.grid, request.restart_path, request.restart, usage)
+          : Case{find_grid(grid, request.grid, "'" + usage.pair("GRID", grid) + "' draws it")};
   Picture picture;
   picture.width = request.width;
   picture.title = "Grid " + short_name(request.grid_path) + place_of(request);

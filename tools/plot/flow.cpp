@@ -74,8 +74,8 @@ FlowVariable numbered(integer number, Layout layout) {
 FlowVariable variable_wanted(const Request& request, Layout layout, integer variables) {
   const std::string text = request.variable.empty() ? std::string("1") : request.variable;
   const auto refuse = [&](const std::string& why) {
-    throw Failure(ExitStatus::unusable, request.restart_path + ": " + why + "; --variable 1 to " +
-                                            std::to_string(variables) + " can be shown");
+    throw Unusable(request.restart_path + ": " + why + "; --variable 1 to " +
+                   std::to_string(variables) + " can be shown");
   };
   if (const FlowVariable* const known = find_named(text)) {
     if (traits_of(layout).parameters == 0) {

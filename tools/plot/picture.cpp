@@ -155,7 +155,12 @@ class Page {
     projection_.view = picture.view;
     const auto scratch = make_canvas(1, 1);
     place_across(*scratch);
-    if (!style_.levels) thin_out_lines();
+    if (!style_.levels) {
+      style_.line_stride = line_stride(picture_.surfaces, projection_, least_line_distance * text_);
+    }
+    if (style_.line_stride > 1) {
+      remarks_.push_back("1 of " + std::to_string(style_.line_stride) + " mesh lines drawn");
+    }
     place_down(*scratch);
   }
 
@@ -215,12 +220,6 @@ class Page {
     width_ = static_cast<int>(std::ceil(std::max(needed, least)));
     area_.x = static_cast<int>(left + std::max(0.0, least - needed) / 2);
     legend_x_ = area_.x + area_.width + right - legend - margin_;
-  }
-
-  void thin_out_lines() {
-    style_.line_stride = line_stride(picture_.surfaces, projection_, least_line_distance * text_);
-    if (style_.line_stride == 1) return;
-    remarks_.push_back("1 of " + std::to_string(style_.line_stride) + " mesh lines drawn");
   }
 
   /// Places title, remarks, surfaces and axis labels from top to bottom.

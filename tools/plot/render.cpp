@@ -15,7 +15,6 @@ constexpr double row_line = 5;
 constexpr double row_mark = 9;
 constexpr double lone_mark = 16;
 
-/// Draws one surface.
 class SurfaceRenderer {
  public:
   SurfaceRenderer(const Surface& surface, const Projection& projection, const Style& style,

@@ -88,7 +88,7 @@ void take_points(Surface& surface, const Grid& grid) {
     surface.points.push_back(point);
     const bool blanked = blanking != nullptr && blanking[index] == 0;
     surface.absent.push_back(blanked || !finite ? 1 : 0);
-    surface.has_lost = surface.has_lost || (!blanked && !finite);
+    surface.has_invalid_points = surface.has_invalid_points || (!blanked && !finite);
   });
 }
 

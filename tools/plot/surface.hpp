@@ -41,9 +41,9 @@ struct Surface {
   std::int64_t row_step = 0;
   // Per point, row after row.
   std::vector<std::array<float, 3>> points = {};
-  std::vector<char> absent = {};   ///< blanked or not finite
-  bool has_lost = false;           ///< points that are not blanked and not finite
-  std::vector<float> values = {};  ///< shown by colour; empty for a mesh
+  std::vector<char> absent = {};    ///< blanked or not finite
+  bool has_invalid_points = false;  ///< points that are not blanked and not finite
+  std::vector<float> values = {};   ///< shown by colour; empty for a mesh
 
   [[nodiscard]] Vector place(std::size_t p) const {
     return {points[p][0], points[p][1], points[p][2]};

@@ -18,7 +18,6 @@ constexpr double noise = 1e-6;
 constexpr double thinnest = 0.01;
 constexpr double shown_width = 0.25;
 
-/// Range of one coordinate over a surface.
 Range range_of(const Surface& surface, std::size_t coordinate) {
   Range range;
   for (std::size_t p = 0; p < surface.points.size(); ++p) {
