@@ -36,6 +36,6 @@ install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR}
         PATTERN Doxyfile.in EXCLUDE PATTERN "*.dox" EXCLUDE)
 # What the pages link to, at the same place beside them.
 install(FILES tests/fuzz/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR}/tests/fuzz)
-install(FILES examples/CMakeLists.txt examples/host.cpp examples/points.cpp examples/stream.cpp
+install(FILES examples/CMakeLists.txt examples/grids.cpp examples/host.cpp examples/points.cpp examples/stream.cpp
         DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
 install(PROGRAMS examples/plot_tecplot.py DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)

@@ -8,6 +8,7 @@
 #include "input_files.hpp"
 #include "options.hpp"
 #include "output_file.hpp"
+#include "progress.hpp"
 #include "table.hpp"
 
 namespace p3dgrid::tool {
@@ -24,26 +25,35 @@ void convert(const ConvertOptions& options) {
   OutputFile output(options.output, {options.input});
   const Found found = find_grid(options.input, options.stated,
                                 "'p3dgrid restart GRID " + options.input + " OUT' converts it");
-  Grid grid = read_grid(options.input, found);
+  GridInput input(options.input, found);
+  const Extents& extents = input.extents();
   const GridForm form = applied_to(found.grid(), options.change);
-  if (!form.multiblock && grid.blocks > 1) {
+  if (!form.multiblock && extents.blocks() > 1) {
     output.require_writable(
-        options.input + " holds " + counted(grid.blocks, "block") +
+        options.input + " holds " + counted(extents.blocks(), "block") +
         ", and a file without a block count (--to-multiblock no) holds only one");
   }
-  if (is_planar(form.coding)) {
-    output.require_writable(planar_obstacle(extents_of(grid)));
-    if (!is_zero(grid.xyz, 3)) output.require_writable(planar_obstacle("z other than 0"));
-  }
-  if (form.iblank && !grid.iblank.allocated()) allocate_blanking(grid);
-  if (loses_digits(found.grid().coding, form.coding)) {
-    print_note("coordinates pass through single precision: " + options.output +
-               " holds about 7 digits of each, whatever its own precision");
+  if (is_planar(form.coding)) output.require_writable(planar_obstacle(extents));
+  expect_values(form.coding, axes_of(form.coding) * extents.points(),
+                form.iblank ? extents.points() : 0);
+  output.stream([&] {
+    GridWriter writer(output.temporary_path(), form, extents);
+    for (std::size_t b = 0; b < extents.i.size(); ++b) {
+      const Block block = input.read(b);
+      if (is_planar(form.coding) && !is_zero(block.z)) {
+        output.require_writable(planar_obstacle("z other than 0"));
+      }
+      writer.write(block);
+    }
+    writer.close();
+  });
+  input.require_form();
+  if (rounds_text(found.grid().coding, options.change.coding, form.coding)) {
+    print_note("coordinates are rounded to about 7 digits; --to-precision double keeps more");
   }
   note_contradiction(options.output, form.coding);
-  output.write([&] { write_grid(output.temporary_path(), form, grid); });
   output.commit();
-  print_summary(options.output + ": " + counted(extents_of(grid)) + ", " + describe(form));
+  print_summary(options.output + ": " + counted(extents) + ", " + describe(form));
 }
 
 }  // namespace
@@ -54,7 +64,6 @@ Command convert_command() {
       .name = "convert",
       .meaning = "Write a grid in another encoding or precision",
       .footer =
-          "Coordinates pass through single precision, also from double to double.\n\n"
           "Examples:\n"
           "  p3dgrid convert grid.p3d grid.txt --to-format formatted\n"
           "  p3dgrid convert grid.txt grid.p3d --to-format unformatted --to-byte-order big\n"

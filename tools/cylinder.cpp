@@ -27,11 +27,11 @@ constexpr double wake_half_height = 4.0;
 constexpr double overlap = 1.0;  // depth to which the ring and the box are both in use
 
 /// Share of the way from the first point (0) to the last (1).
-double share(integer index, integer points) {
+double share(std::int32_t index, std::int32_t points) {
   return static_cast<double>(index) / static_cast<double>(points - 1);
 }
 
-double stretched_share(integer index, integer points) {
+double stretched_share(std::int32_t index, std::int32_t points) {
   return (std::pow(radial_growth, index) - 1.0) / (std::pow(radial_growth, points - 1) - 1.0);
 }
 
@@ -42,7 +42,7 @@ double without_residue(double value) {
 }
 
 /// Position of a point, counted from 0, in a plane of constant k.
-Point position(std::size_t block, integer i, integer j) {
+Point position(std::size_t block, std::int32_t i, std::int32_t j) {
   const double along = share(i, sizes.i[block]);
   if (block == wake_block) {
     const double upward = share(j, sizes.j[block]);
@@ -56,8 +56,8 @@ Point position(std::size_t block, integer i, integer j) {
 }
 
 constexpr double gamma = gamma_of_air;
-constexpr FlowParameters free_stream{.mach = 0.2, .alpha = 0, .reynolds = 0, .time = 100};
-constexpr TimeStep last_step{.count = 400, .size = 0.25};
+constexpr double free_stream_mach = 0.2;
+constexpr RunData last_step{.nstep = 400, .dtau = 0.25};
 
 struct State {
   double density;
@@ -70,12 +70,12 @@ struct State {
 
 State state_at(double x, double y) {
   const double r2 = x * x + y * y;
-  const double u = free_stream.mach * (1 - (x * x - y * y) / (r2 * r2));
-  const double v = free_stream.mach * (-2 * x * y / (r2 * r2));
+  const double u = free_stream_mach * (1 - (x * x - y * y) / (r2 * r2));
+  const double v = free_stream_mach * (-2 * x * y / (r2 * r2));
   const double temperature =
-      1 + (gamma - 1) / 2 * (free_stream.mach * free_stream.mach - (u * u + v * v));
+      1 + (gamma - 1) / 2 * (free_stream_mach * free_stream_mach - (u * u + v * v));
   const double density = std::pow(temperature, 1 / (gamma - 1));
-  return {density, u, v, density * temperature / gamma, free_stream.mach * y * (1 - 1 / r2)};
+  return {density, u, v, density * temperature / gamma, free_stream_mach * y * (1 - 1 / r2)};
 }
 
 std::array<double, 5> solution_of(const State& state) {
@@ -85,77 +85,81 @@ std::array<double, 5> solution_of(const State& state) {
 
 std::array<double, 3> functions_of(const State& state) {
   const double free_stream_pressure = 1 / gamma;
-  const double dynamic_pressure = free_stream.mach * free_stream.mach / 2;
+  const double dynamic_pressure = free_stream_mach * free_stream_mach / 2;
   const double sound_squared = gamma * state.pressure / state.density;
   return {(state.pressure - free_stream_pressure) / dynamic_pressure,
           std::sqrt(state.speed_squared() / sound_squared), state.stream_function};
 }
 
-/// Stores `values_of(state)` in the column of every point.
+/// Arrays of `values_of(state)` at the points of a block.
 template <class ValuesOf>
-void store(const Grid& grid, allocatable<float, 2>& array, ValuesOf values_of) {
-  for (std::int64_t p = 1; p <= grid.points(); ++p) {
-    const auto values = values_of(
-        state_at(static_cast<double>(grid.xyz(1, p)), static_cast<double>(grid.xyz(2, p))));
+std::vector<Reals> arrays_of(const Block& block, ValuesOf values_of) {
+  std::vector<Array<float>> arrays;
+  for (std::int64_t p = 0; p < block.extents.points(); ++p) {
+    const auto values = values_of(state_at(block.x[p], block.y[p]));
+    arrays.resize(values.size());
     for (std::size_t n = 0; n < values.size(); ++n) {
-      array(n + 1, p) = static_cast<float>(values[n]);
+      arrays[n].push_back(static_cast<float>(values[n]));
     }
   }
+  std::vector<Reals> result;
+  for (auto& array : arrays) result.emplace_back(std::move(array));
+  return result;
+}
+
+Block cylinder_block(std::size_t number) {
+  Block block{.extents = sizes.of(number)};
+  Array<float> coordinates[3];
+  for (std::int32_t k = 0; k < block.extents.k; ++k) {
+    for (std::int32_t j = 0; j < block.extents.j; ++j) {
+      for (std::int32_t i = 0; i < block.extents.i; ++i) {
+        const auto [x, y] = position(number, i, j);
+        coordinates[0].push_back(static_cast<float>(x));
+        coordinates[1].push_back(static_cast<float>(y));
+        coordinates[2].push_back(static_cast<float>(span * share(k, block.extents.k)));
+        const bool in_ring = std::hypot(x, y) < outer_radius - overlap;
+        block.iblank.push_back(number == wake_block && in_ring ? 0 : 1);
+      }
+    }
+  }
+  block.x = Reals(std::move(coordinates[0]));
+  block.y = Reals(std::move(coordinates[1]));
+  block.z = Reals(std::move(coordinates[2]));
+  return block;
 }
 
 }  // namespace
 
 Grid cylinder_grid() {
-  Grid grid = grid_with(sizes);
-  allocate_blanking(grid);
-  std::int64_t at = 0;
-  for (std::size_t block = 0; block < sizes.i.size(); ++block) {
-    for (integer k = 0; k < sizes.k[block]; ++k) {
-      for (integer j = 0; j < sizes.j[block]; ++j) {
-        for (integer i = 0; i < sizes.i[block]; ++i) {
-          const auto [x, y] = position(block, i, j);
-          ++at;
-          grid.xyz(1, at) = static_cast<float>(x);
-          grid.xyz(2, at) = static_cast<float>(y);
-          grid.xyz(3, at) = static_cast<float>(span * share(k, sizes.k[block]));
-          const bool in_ring = std::hypot(x, y) < outer_radius - overlap;
-          if (block == wake_block && in_ring) grid.iblank(at) = 0;
-        }
-      }
-    }
-  }
+  Grid grid;
+  for (std::size_t b = 0; b < sizes.i.size(); ++b) grid.blocks.push_back(cylinder_block(b));
   return grid;
 }
 
 Grid upper_half(const Grid& cylinder) {
-  Grid upper = grid_with({{cylinder.idim(1)}, {cylinder.jdim(1)}, {cylinder.kdim(1)}});
-  std::copy_n(cylinder.xyz.data(), upper.xyz.size(), upper.xyz.data());
-  return upper;
+  return {.blocks = {cylinder.blocks.front()}};
 }
 
-Restart cylinder_solution(const Grid& grid) {
-  Restart restart;
-  restart.extents = extents_of(grid);
-  restart.sections = {{1, solution_variables}};
-  restart.step = last_step;
-  restart.parameters.assign(restart.extents.i.size(), free_stream);
-  restart.flags = {end_of_extensions, 0, 0};
-  allocate_flow(restart);
-  allocate_triplets(restart);
-  store(grid, restart.flow, solution_of);
-  store(grid, restart.triplets, [](const State& state) {
-    return std::array{state.u, state.v, 0.0};
-  });
-  return restart;
+Solution cylinder_solution(const Grid& grid) {
+  Solution solution{.run = last_step};
+  for (const Block& block : grid.blocks) {
+    solution.blocks.push_back({.extents = block.extents,
+                               .parameters = {free_stream_mach, 0, 0, 100},
+                               .variables = arrays_of(block, solution_of),
+                               .triplets = arrays_of(block, [](const State& state) {
+                                 return std::array{state.u, state.v, 0.0};
+                               })});
+  }
+  return solution;
 }
 
-Restart cylinder_functions(const Grid& grid) {
-  Restart restart;
-  restart.extents = extents_of(grid);
-  restart.sections = {{1, 3}};
-  allocate_flow(restart);
-  store(grid, restart.flow, functions_of);
-  return restart;
+Solution cylinder_functions(const Grid& grid) {
+  Solution solution;
+  for (const Block& block : grid.blocks) {
+    solution.blocks.push_back(
+        {.extents = block.extents, .variables = arrays_of(block, functions_of)});
+  }
+  return solution;
 }
 
 }  // namespace p3dgrid::tool

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "grid_file.hpp"
-#include "restart_file.hpp"
+#include <p3dgrid/grid.hpp>
+#include <p3dgrid/solution.hpp>
 
 namespace p3dgrid::tool {
 
@@ -16,7 +16,7 @@ namespace p3dgrid::tool {
 /// the finer grid, and 1 elsewhere.
 [[nodiscard]] Grid cylinder_grid();
 
-/// Block 1 of that grid, without blanking.
+/// Block 1 of that grid.
 [[nodiscard]] Grid upper_half(const Grid& cylinder);
 
 /// The five variables of a solution file: density, the three components of momentum, and stagnation
@@ -25,9 +25,9 @@ namespace p3dgrid::tool {
 /// The velocities are those of incompressible potential flow without circulation, with the
 /// isentropic thermodynamic state at Mach number 0.2. Lengths are in radii, density and velocities
 /// in the density and speed of sound of the free stream.
-[[nodiscard]] Restart cylinder_solution(const Grid& grid);
+[[nodiscard]] Solution cylinder_solution(const Grid& grid);
 
 /// Three functions of the same flow: pressure coefficient, local Mach number, stream function.
-[[nodiscard]] Restart cylinder_functions(const Grid& grid);
+[[nodiscard]] Solution cylinder_functions(const Grid& grid);
 
 }  // namespace p3dgrid::tool

@@ -1,6 +1,8 @@
 #pragma once
 
-#include <MOD_P3DReader.hpp>
+#include <mod_p3dgrid/run.hpp>
+#include <new>
+#include <p3dgrid/error.hpp>
 #include <stdexcept>
 #include <string>
 
@@ -50,5 +52,29 @@ class Unusable : public Failure {
   explicit Unusable(const std::string& message, const std::string& more = {})
       : Failure(ExitStatus::unusable, message, more) {}
 };
+
+/// Runs `action`, and turns an `Error` into a Failure.
+template <class Action>
+auto with_failures(const Action& action) {
+  try {
+    return action();
+  } catch (const Error& error) {
+    const bool unusable = error.kind() == ErrorKind::system ||
+                          error.kind() == ErrorKind::argument ||
+                          error.kind() == ErrorKind::ambiguous;
+    if (unusable) throw Unusable(error.what());
+    throw Unreadable(error.what());
+  }
+}
+
+/// The same, and names the file if there is not enough memory.
+template <class Action>
+auto with_failures(const std::string& path, const Action& action) {
+  try {
+    return with_failures(action);
+  } catch (const std::bad_alloc&) {
+    throw Unusable(path + ": not enough memory for this file");
+  }
+}
 
 }  // namespace p3dgrid::tool

@@ -16,21 +16,12 @@ bool is_regular(const std::string& path) {
   return std::filesystem::is_regular_file(path, error);
 }
 
-/// Runs `look` and turns a `Error` into a Failure.
-template <class Look>
-auto looking(const Look& look) {
-  try {
-    return look();
-  } catch (const Error& error) {
-    throw Unusable(error.what());
-  }
-}
-
 /// The form that the user has stated, with the extents if they are in the file.
 template <class Form>
 Found as_stated(const std::string& path, const Form& form) {
   Found found{.reading = {.form = form, .checked = false}, .reason = "as stated", .stated = true};
-  if (is_regular(path)) found.reading.extents = looking([&] { return extents_in(path, form); });
+  if (is_regular(path))
+    found.reading.extents = with_failures([&] { return extents_in(path, form); });
   return found;
 }
 
@@ -45,7 +36,7 @@ class Search {
  public:
   Search(const std::string& path, std::vector<FormOption> stated,
          std::function<Detection(With)> detect)
-      : detection_(looking([&] { return detect(With::what_is_stated); })),
+      : detection_(with_failures([&] { return detect(With::what_is_stated); })),
         path_(path),
         stated_(std::move(stated)),
         detect_(std::move(detect)) {}
@@ -80,7 +71,7 @@ class Search {
 
  private:
   [[nodiscard]] Detection detect_open() const {
-    return looking([&] { return detect_(With::nothing); });
+    return with_failures([&] { return detect_(With::nothing); });
   }
 
   /// What would have to be stated otherwise for a reading to be taken.
@@ -207,13 +198,13 @@ Found find_any(const std::string& path) {
 
 Fit fit_of(const std::string& path, const GridForm& form) {
   if (!is_regular(path)) return {};
-  return looking([&] { return compare(path, form); });
+  return with_failures([&] { return compare(path, form); });
 }
 
 Fit fit_of(const std::string& path, const RestartForm& form, const Extents& extents,
            bool triplets) {
   if (!is_regular(path)) return {};
-  return looking(
+  return with_failures(
       [&] { return compare(path, form, std::make_shared<const Extents>(extents), triplets); });
 }
 

@@ -50,10 +50,10 @@ inline constexpr const char* no_planar_files = "only layouts 2 and 3 have files 
 /// The same for blocks of these extents; empty if they can be written.
 [[nodiscard]] std::string planar_obstacle(const Extents& extents);
 
-/// True if a conversion loses digits because values pass through single precision. Text may hold
-/// any number of digits, of which double precision would keep more.
-[[nodiscard]] inline bool loses_digits(const Coding& read, const Coding& written) {
-  return holds_doubles(read) || (is_text(read) && holds_doubles(written));
+/// Whether numbers of text are rounded to single precision, although that has not been asked for.
+[[nodiscard]] inline bool rounds_text(const Coding& read, const StatedCoding& stated,
+                                      const Coding& written) {
+  return is_text(read) && holds_singles(written) && !stated.precision;
 }
 
 }  // namespace p3dgrid::tool

@@ -1,41 +1,37 @@
 #pragma once
 
-#include <cstdint>
+#include <p3dgrid/grid.hpp>
 #include <string>
 
 #include "find.hpp"
-#include "form_options.hpp"
-#include "library.hpp"
 
 namespace p3dgrid::tool {
 
-/// A grid in memory, as the library reads and writes it.
-struct Grid {
-  integer blocks = 0;
-  integer ndim = 3;
-  allocatable<integer, 1> idim;
-  allocatable<integer, 1> jdim;
-  allocatable<integer, 1> kdim;
-  allocatable<float, 2> xyz;
-  allocatable<integer, 1> iblank;  ///< allocated if it has blanking
+/// A grid file that is read block by block in the form that has been found. Functions throw a
+/// Failure that names the file and the options that would help.
+class GridInput {
+ public:
+  GridInput(const std::string& path, const Found& found);
 
-  /// Points of a block, counted from 1.
-  [[nodiscard]] std::int64_t points_of(integer block) const;
+  [[nodiscard]] const Extents& extents() const { return reader_.extents(); }
 
-  /// Points of all blocks.
-  [[nodiscard]] std::int64_t points() const { return xyz.allocated() ? xyz.extent(2) : 0; }
+  /// Reads a block, counted from 0.
+  [[nodiscard]] Block read(std::size_t block);
+
+  /// Compares the file with its form, unless detection has compared all of it. To be called after
+  /// the last block, because a failed read has the exact place.
+  void require_form() const;
+
+ private:
+  template <class Action>
+  auto advised(const Action& action) const;
+
+  const std::string& path_;
+  const Found& found_;
+  GridReader reader_;
 };
 
-[[nodiscard]] Extents extents_of(const Grid& grid);
-
-/// A grid with these extents and room for its coordinates. Throws std::bad_alloc.
-[[nodiscard]] Grid grid_with(const Extents& extents);
-
-/// Sets the blanking value to 1, in use, at every point. Throws std::bad_alloc.
-void allocate_blanking(Grid& grid);
-
-/// Reads a grid file in the form that has been found, and compares a stated form with the file.
-/// Throws a Failure that names the file and the options that would help.
+/// Reads a whole grid.
 [[nodiscard]] Grid read_grid(const std::string& path, const Found& found);
 
 /// Writes a grid file.

@@ -33,16 +33,10 @@ void show(const InfoOptions& options, const RestartReport& report) {
 }
 
 /// Reads a restart file, whole if the extents of its blocks are known.
-RestartReport report_on(const std::string& path, const Found& found) {
-  RestartReport report{.found = found, .header = header_with_advice(path, found.restart())};
-  if (std::ranges::adjacent_find(report.header.functions, std::ranges::not_equal_to()) !=
-      report.header.functions.end()) {
-    print_note(path +
-               ": its values are not shown; only files with as many functions in every block can "
-               "be read whole");
-  } else if (found.reading.extents != nullptr) {
-    report.body = read_restart(path, found, std::nullopt);
-  }
+RestartReport report_on(const std::string& path, const Found& found,
+                        const std::optional<Extents>& grid) {
+  RestartReport report{.found = found, .header = RestartInput(path, found, grid).header()};
+  if (!report.header.extents.i.empty()) report.body = read_restart(path, found, grid);
   return report;
 }
 
@@ -52,14 +46,12 @@ void show_file(const InfoOptions& options) {
   if (!options.grid_path.empty()) {
     const Case found =
         find_case(options.grid_path, options.input.grid, path, options.input.restart, usage);
-    return show(options, {.found = found.restart,
-                          .header = header_with_advice(path, found.restart.restart()),
-                          .body = read_restart(path, found.restart, found.extents)});
+    return show(options, report_on(path, found.restart, found.extents));
   }
   const Found found = find_file(options.input);
   if (found.reading.is_grid()) return show(options, found, read_grid(path, found));
   require_regular_file(path);
-  show(options, report_on(path, found));
+  show(options, report_on(path, found, std::nullopt));
 }
 
 }  // namespace

@@ -15,11 +15,12 @@ namespace p3dgrid::tool {
 
 /// The smallest or largest value of a variable, and its first point, counted from 1.
 struct Extreme {
-  float value = 0;
-  integer block = 1;
-  integer i = 1;
-  integer j = 1;
-  integer k = 1;
+  double value = 0;
+  Precision precision = {};  ///< of the value
+  std::int32_t block = 1;
+  std::int32_t i = 1;
+  std::int32_t j = 1;
+  std::int32_t k = 1;
 };
 
 /// One variable at all points.
@@ -35,7 +36,7 @@ struct Survey {
 [[nodiscard]] std::vector<Survey> survey(const Grid& grid);
 
 /// The flow variables, then the triplets if there are any.
-[[nodiscard]] std::vector<Survey> survey(const Restart& restart, Layout layout);
+[[nodiscard]] std::vector<Survey> survey(const Solution& solution);
 
 /// How often blanking values are 0, 1, negative (by custom: values come from the block of that
 /// number) and others.
@@ -48,31 +49,31 @@ using BlankingCounts = std::array<std::int64_t, 4>;
 struct HeaderValue {
   const char* key;    ///< for programs
   const char* label;  ///< for people
-  std::variant<integer, double> value;
+  std::variant<std::int32_t, double> value;
 
   [[nodiscard]] std::string text(const RestartForm& form) const;
 };
 
-/// The values of the header that the library has read last, in file order.
-[[nodiscard]] std::vector<HeaderValue> header_values(const RestartForm& form);
+/// The values of a header, in file order.
+[[nodiscard]] std::vector<HeaderValue> header_values(const RestartForm& form, const RunData& run);
 
-/// A real of the header with the digits of the file's precision.
+/// A real of the header with the shortest digits in the precision that the file has for it.
 [[nodiscard]] std::string digits_in(const RestartForm& form, double value);
 
-/// A restart file. Its other header values are the library's module variables.
+/// A restart file.
 struct RestartReport {
   const Found& found;
-  RestartHeader header;
-  std::optional<Restart> body = {};  ///< none if the extents are not known, or the blocks hold
-                                     ///< different numbers of functions
+  SolutionHeader header;
+  std::optional<Solution> body = {};  ///< none if the extents are not known
 
-  /// Those read or else stated; null if neither is known.
-  [[nodiscard]] const Sections* sections() const {
-    if (body) return &body->sections;
-    const auto& stated = found.restart().sections;
-    return stated ? &*stated : nullptr;
+  /// Those read, extensions included, or else stated; none if neither is known.
+  [[nodiscard]] std::optional<Sections> sections() const {
+    return body ? all_sections(header) : found.restart().sections;
   }
-  [[nodiscard]] const Extents& extents() const { return body ? body->extents : header.extents; }
+  /// Whether the blocks have counts of their own.
+  [[nodiscard]] bool counted_variables() const {
+    return traits_of(header.form.layout).counted_variables;
+  }
 };
 
 void print_info(const std::string& path, const Found& found, const Grid& grid);

@@ -20,9 +20,9 @@ Json number(double value) {
   return value;
 }
 
-/// A double with the shortest digits of the float.
-Json number(float value) {
-  return std::isfinite(value) ? Json(std::stod(digits(value))) : number(double{value});
+/// A value of this precision, with its shortest digits.
+Json number(double value, Precision precision) {
+  return std::isfinite(value) ? Json(std::stod(digits(value, precision))) : number(value);
 }
 
 /// A header value, which the file may hold in single precision.
@@ -60,12 +60,12 @@ Json form_of(const GridForm& form) {
   return json;
 }
 
-Json form_of(const RestartForm& form, const Sections* sections) {
+Json form_of(const RestartForm& form, const std::optional<Sections>& sections) {
   Json json = json_of(form.coding);
-  json["layout"] = static_cast<integer>(form.layout);
+  json["layout"] = static_cast<int>(form.layout);
   json["multiblock"] = traits_of(form.layout).may_hold_count() ? Json(form.multiblock) : Json();
   json["sections"] = nullptr;
-  if (sections == nullptr) return json;
+  if (!sections) return json;
   json["sections"] = Json::array();
   for (const Section& section : *sections) {
     json["sections"].push_back({section.first, section.last});
@@ -90,7 +90,7 @@ Json block(const Extents& extents, std::size_t b) {
 
 Json extreme(const std::optional<Extreme>& found) {
   if (!found) return nullptr;
-  return {{"value", number(found->value)},
+  return {{"value", number(found->value, found->precision)},
           {"block", found->block},
           {"i", found->i},
           {"j", found->j},
@@ -110,32 +110,32 @@ Json variables(const std::vector<Survey>& surveys) {
   return json;
 }
 
-Json header(const RestartForm& form) {
+Json header(const RestartForm& form, const RunData& run) {
   Json json = Json::object();
-  for (const HeaderValue& value : header_values(form)) {
-    const integer* count = std::get_if<integer>(&value.value);
+  for (const HeaderValue& value : header_values(form, run)) {
+    const std::int32_t* count = std::get_if<std::int32_t>(&value.value);
     json[value.key] =
         count != nullptr ? Json(*count) : number_in(form, std::get<double>(value.value));
   }
   return json;
 }
 
-Json parameters(const RestartForm& form, const FlowParameters& block) {
-  return {{"mach", number_in(form, block.mach)},
-          {"alpha", number_in(form, block.alpha)},
-          {"reynolds", number_in(form, block.reynolds)},
-          {"time", number_in(form, block.time)}};
+Json parameters(const RestartForm& form, const std::vector<double>& block) {
+  return {{"mach", number_in(form, block[0])},
+          {"alpha", number_in(form, block[1])},
+          {"reynolds", number_in(form, block[2])},
+          {"time", number_in(form, block[3])}};
 }
 
 Json blocks(const RestartReport& report) {
   const RestartForm& form = report.found.restart();
-  const Extents& extents = report.extents();
+  const Extents& extents = report.header.extents;
   Json json = Json::array();
   for (std::size_t b = 0; b < extents.i.size(); ++b) {
     json.push_back(block(extents, b));
-    if (!report.header.functions.empty()) json.back()["functions"] = report.header.functions[b];
+    if (report.counted_variables()) json.back()["functions"] = report.header.variables[b];
     if (report.body && traits_of(form.layout).parameters > 0) {
-      json.back()["parameters"] = parameters(form, report.body->parameters[b]);
+      json.back()["parameters"] = parameters(form, report.body->blocks[b].parameters);
     }
   }
   return json;
@@ -150,9 +150,9 @@ std::string text_of(const Json& json) {
 
 std::string json_of(const std::string& path, const Found& found, const Grid& grid) {
   Json json = beginning(path, found, "grid", form_of(found.grid()));
-  const Extents extents = extents_of(grid);
+  const Extents extents = grid.extents();
   const std::vector<BlankingCounts> blanking = count_blanking(grid);
-  json["block_count"] = grid.blocks;
+  json["block_count"] = grid.blocks.size();
   json["blocks"] = Json::array();
   for (std::size_t b = 0; b < extents.i.size(); ++b) {
     json["blocks"].push_back(block(extents, b));
@@ -172,9 +172,9 @@ std::string json_of(const std::string& path, const RestartReport& report) {
   Json json = beginning(path, report.found, "restart", form_of(form, report.sections()));
   json["block_count"] = report.header.blocks;
   json["blocks"] = blocks(report);
-  json["points"] = report.body ? Json(report.body->extents.points()) : Json();
-  json["header"] = header(form);
-  json["variables"] = report.body ? variables(survey(*report.body, form.layout)) : Json();
+  json["points"] = report.body ? Json(report.header.extents.points()) : Json();
+  json["header"] = header(form, report.header.run);
+  json["variables"] = report.body ? variables(survey(*report.body)) : Json();
   return text_of(json);
 }
 

@@ -1,4 +1,3 @@
-#include <array>
 #include <cmath>
 
 #include "info.hpp"
@@ -8,102 +7,112 @@
 namespace p3dgrid::tool {
 namespace {
 
-constexpr std::array coordinate_names = {"x", "y", "z"};
-
-void include(Survey& survey, const Extreme& point) {
-  if (!std::isfinite(point.value)) {
-    ++(std::isnan(point.value) ? survey.nan : survey.infinite);
-    return;
-  }
-  if (!survey.low || point.value < survey.low->value) survey.low = point;
-  if (!survey.high || point.value > survey.high->value) survey.high = point;
-}
-
-/// @param values  (variable, point)
-std::vector<Survey> survey(const allocatable<float, 2>& values, const Extents& extents) {
-  std::vector<Survey> surveys(static_cast<std::size_t>(values.extent(1)));
-  for (std::size_t v = 0; v < surveys.size(); ++v) surveys[v].label = std::to_string(v + 1);
-  const float* value = values.data();
-  for (integer block = 1; block <= extents.blocks(); ++block) {
-    const auto b = static_cast<std::size_t>(block - 1);
-    for (integer k = 1; k <= extents.k[b]; ++k) {
-      for (integer j = 1; j <= extents.j[b]; ++j) {
-        for (integer i = 1; i <= extents.i[b]; ++i) {
-          for (Survey& variable : surveys) include(variable, {*value++, block, i, j, k});
-        }
+/// Includes the values of one block, counted from 0.
+void include(Survey& survey, std::size_t block, const BlockExtents& extents, const Reals& values) {
+  const auto extreme = [&](double value, std::int64_t point) {
+    return Extreme{value,
+                   values.precision(),
+                   static_cast<std::int32_t>(block + 1),
+                   static_cast<std::int32_t>(point % extents.i + 1),
+                   static_cast<std::int32_t>(point / extents.i % extents.j + 1),
+                   static_cast<std::int32_t>(point / extents.i / extents.j + 1)};
+  };
+  values.visit([&](auto span) {
+    for (std::size_t p = 0; p < span.size(); ++p) {
+      const auto value = static_cast<double>(span[p]);
+      if (!std::isfinite(value)) {
+        ++(std::isnan(value) ? survey.nan : survey.infinite);
+        continue;
       }
+      const auto point = static_cast<std::int64_t>(p);
+      if (!survey.low || value < survey.low->value) survey.low = extreme(value, point);
+      if (!survey.high || value > survey.high->value) survey.high = extreme(value, point);
     }
-  }
-  return surveys;
+  });
 }
 
 }  // namespace
 
 std::vector<Survey> survey(const Grid& grid) {
-  std::vector<Survey> surveys = survey(grid.xyz, extents_of(grid));
-  for (std::size_t c = 0; c < surveys.size(); ++c) surveys[c].label = coordinate_names.at(c);
+  std::vector<Survey> surveys(3);
+  for (std::size_t c = 0; c < 3; ++c) surveys[c].label = std::string(1, "xyz"[c]);
+  for (std::size_t b = 0; b < grid.blocks.size(); ++b) {
+    const Block& block = grid.blocks[b];
+    include(surveys[0], b, block.extents, block.x);
+    include(surveys[1], b, block.extents, block.y);
+    include(surveys[2], b, block.extents, block.z);
+  }
   return surveys;
 }
 
-std::vector<Survey> survey(const Restart& restart, Layout layout) {
-  std::vector<Survey> surveys = survey(restart.flow, restart.extents);
-  surveys.resize(static_cast<std::size_t>(restart.variables()));
+std::vector<Survey> survey(const Solution& solution) {
+  std::vector<Survey> surveys;
+  const auto add = [&](const std::string& label, const FlowArray& array) {
+    Survey& survey = surveys.emplace_back();
+    survey.label = label;
+    for (std::size_t b = 0; b < solution.blocks.size(); ++b) {
+      include(survey, b, solution.blocks[b].extents, solution.blocks[b].of(array));
+    }
+  };
+  const LayoutTraits& layout = traits_of(solution.form.layout);
+  for (std::int32_t v = 1; v <= solution.variables(); ++v) add(std::to_string(v), {v});
   for (std::size_t v = 0; v < surveys.size() && v < solution_names.size(); ++v) {
-    if (traits_of(layout).parameters > 0) surveys[v].name = solution_names[v];
+    if (layout.parameters > 0) surveys[v].name = solution_names[v];
   }
-  if (!restart.triplets.allocated()) return surveys;
-  for (Survey& value : survey(restart.triplets, restart.extents)) {
-    value.label = "triplet " + value.label;
-    surveys.push_back(std::move(value));
+  const bool triplets = !solution.blocks.empty() && !solution.blocks.front().triplets.empty();
+  for (std::int32_t t = 1; triplets && t <= triplet; ++t) {
+    add("triplet " + std::to_string(t), {t, true});
   }
   return surveys;
 }
 
 std::vector<BlankingCounts> count_blanking(const Grid& grid) {
   std::vector<BlankingCounts> blocks;
-  const integer* value = grid.iblank.data();
-  for (integer b = 1; grid.iblank.allocated() && b <= grid.blocks; ++b) {
+  for (const Block& block : grid.blocks) {
+    if (!grid.form.iblank) break;
     BlankingCounts& counts = blocks.emplace_back();
-    for (std::int64_t p = grid.points_of(b); p > 0; --p, ++value) {
-      ++counts[*value == 0 ? 0 : *value == 1 ? 1 : *value < 0 ? 2 : 3];
+    for (const std::int32_t value : block.iblank) {
+      ++counts[value == 0 ? 0 : value == 1 ? 1 : value < 0 ? 2 : 3];
     }
   }
   return blocks;
 }
 
 std::string digits_in(const RestartForm& form, double value) {
-  return holds_singles(form.coding) ? digits(static_cast<float>(value)) : digits(value);
+  const auto rounded = static_cast<float>(value);
+  // Flow parameters of layout 0 are in double precision whatever that of the file is.
+  const bool single = holds_singles(form.coding) && static_cast<double>(rounded) == value;
+  return single ? digits(rounded) : digits(value);
 }
 
 std::string HeaderValue::text(const RestartForm& form) const {
-  const integer* count = std::get_if<integer>(&value);
+  const std::int32_t* count = std::get_if<std::int32_t>(&value);
   return count != nullptr ? std::to_string(*count) : digits_in(form, std::get<double>(value));
 }
 
-std::vector<HeaderValue> header_values(const RestartForm& form) {
+std::vector<HeaderValue> header_values(const RestartForm& form, const RunData& run) {
   if (!traits_of(form.layout).holds_step()) return {};
   const bool talven = traits_of(form.layout).header == HeaderKind::talven;
   std::vector<HeaderValue> values;
   if (talven) {
-    values = {{"file_version", "file version", mod_p3dgrid::fileversion},
-              {"equation_set", "equation set", mod_p3dgrid::eqid},
-              {"flow_variables", "flow variables named", mod_p3dgrid::talnvar},
-              {"time_integration", "time integration", mod_p3dgrid::itimeint},
-              {"ibeta", "ibeta", mod_p3dgrid::ibeta}};
+    values = {{"file_version", "file version", run.fileversion},
+              {"equation_set", "equation set", run.eqid},
+              {"flow_variables", "flow variables named", run.talnvar},
+              {"time_integration", "time integration", run.itimeint},
+              {"ibeta", "ibeta", run.ibeta}};
   }
-  values.push_back({"step_count", "step count", mod_p3dgrid::nstep});
-  values.push_back({"step_size", "step size", mod_p3dgrid::dtau});
-  if (!talven || !talven_parameters_read()) return values;
-  const HeaderValue parameters[] = {
-      {"sub_grid_scale_model", "sub-grid-scale model", mod_p3dgrid::isgsmodel},
-      {"reynolds", "Reynolds number", mod_p3dgrid::talre},
-      {"mach", "Mach number", mod_p3dgrid::talxm1},
-      {"alpha", "angle of attack", mod_p3dgrid::talalfa},
-      {"beta", "side-slip angle", mod_p3dgrid::talbeta},
-      {"gamma", "ratio of specific heats", mod_p3dgrid::talgam},
-      {"s1", "s1", mod_p3dgrid::tals1},
-      {"prandtl", "Prandtl number", mod_p3dgrid::talpr},
-      {"turbulent_prandtl", "turbulent Prandtl number", mod_p3dgrid::talprt}};
+  values.push_back({"step_count", "step count", run.nstep});
+  values.push_back({"step_size", "step size", run.dtau});
+  if (!talven || run.eqid != equations_with_parameters) return values;
+  const HeaderValue parameters[] = {{"sub_grid_scale_model", "sub-grid-scale model", run.isgsmodel},
+                                    {"reynolds", "Reynolds number", run.talre},
+                                    {"mach", "Mach number", run.talxm1},
+                                    {"alpha", "angle of attack", run.talalfa},
+                                    {"beta", "side-slip angle", run.talbeta},
+                                    {"gamma", "ratio of specific heats", run.talgam},
+                                    {"s1", "s1", run.tals1},
+                                    {"prandtl", "Prandtl number", run.talpr},
+                                    {"turbulent_prandtl", "turbulent Prandtl number", run.talprt}};
   values.insert(values.end(), std::begin(parameters), std::end(parameters));
   return values;
 }

@@ -29,7 +29,7 @@ void append_place(std::vector<std::string>& row, const std::optional<Extreme>& e
 /// Prints ranges with NaN and infinity counts, and the points of the smallest and largest values.
 void print_variables(const std::vector<Survey>& surveys, const std::string& what) {
   const auto value_text = [](const std::optional<Extreme>& extreme) {
-    return extreme ? digits(extreme->value) : none;
+    return extreme ? digits(extreme->value, extreme->precision) : none;
   };
   Table ranges({what, "", "min", "max", "NaN", "infinite"});
   Table places({what, "min in block", "i", "j", "k", "max in block", "i", "j", "k"});
@@ -85,12 +85,12 @@ struct Box {
   std::array<Range, 3> ranges;
   std::int64_t not_finite = 0;  ///< points with an infinite or NaN coordinate
 
-  void include(const float* xyz) {
-    if (!std::all_of(xyz, xyz + 3, [](float value) { return std::isfinite(value); })) {
+  void include(const std::array<double, 3>& point) {
+    if (!std::ranges::all_of(point, [](double value) { return std::isfinite(value); })) {
       ++not_finite;
       return;
     }
-    for (std::size_t c = 0; c < 3; ++c) ranges[c].include(xyz[c]);
+    for (std::size_t c = 0; c < 3; ++c) ranges[c].include(point[c]);
   }
   void include(const Box& other) {
     for (std::size_t c = 0; c < 3; ++c) ranges[c].include(other.ranges[c]);
@@ -101,12 +101,17 @@ struct Box {
 void print_boxes(const Grid& grid) {
   std::vector<Box> boxes;
   Box all;
-  const float* xyz = grid.xyz.data();
-  for (integer b = 1; b <= grid.blocks; ++b) {
+  for (const Block& block : grid.blocks) {
     Box& box = boxes.emplace_back();
-    for (std::int64_t p = grid.points_of(b); p > 0; --p, xyz += 3) box.include(xyz);
+    block.x.visit([&](auto x) {
+      const auto y = block.y.span<typename decltype(x)::value_type>();
+      const auto z = block.z.span<typename decltype(x)::value_type>();
+      for (std::size_t p = 0; p < x.size(); ++p)
+        box.include(std::array<double, 3>{x[p], y[p], z[p]});
+    });
     all.include(box);
   }
+  const Precision precision = grid.blocks.front().x.precision();
   boxes.push_back(all);
   std::vector<std::string> header = {"block", "x min", "x max", "y min", "y max", "z min", "z max"};
   if (all.not_finite > 0) header.emplace_back("not finite");
@@ -114,8 +119,8 @@ void print_boxes(const Grid& grid) {
   for (std::size_t n = 0; n < boxes.size(); ++n) {
     std::vector<std::string> row = {n + 1 < boxes.size() ? std::to_string(n + 1) : "all"};
     for (const Range& range : boxes[n].ranges) {
-      row.push_back(range.empty() ? none : digits(range.low));
-      row.push_back(range.empty() ? none : digits(range.high));
+      row.push_back(range.empty() ? none : digits(range.low, precision));
+      row.push_back(range.empty() ? none : digits(range.high, precision));
     }
     if (all.not_finite > 0) row.push_back(std::to_string(boxes[n].not_finite));
     table.add(row);
@@ -123,8 +128,8 @@ void print_boxes(const Grid& grid) {
   print_below_blank(table);
 }
 
-void print_header_values(const RestartForm& form) {
-  const std::vector<HeaderValue> values = header_values(form);
+void print_header_values(const RestartForm& form, const RunData& run) {
+  const std::vector<HeaderValue> values = header_values(form, run);
   if (!values.empty()) print_line("");
   for (const HeaderValue& value : values) {
     constexpr std::size_t width = 24;
@@ -134,21 +139,23 @@ void print_header_values(const RestartForm& form) {
   }
 }
 
-void print_flow_parameters(const RestartForm& form, const std::vector<FlowParameters>& parameters) {
+void print_flow_parameters(const Solution& solution) {
   Table table({"block", "Mach number", "angle of attack", "Reynolds number", "time"});
-  for (std::size_t b = 0; b < parameters.size(); ++b) {
-    const FlowParameters& block = parameters[b];
-    table.add({std::to_string(b + 1), digits_in(form, block.mach), digits_in(form, block.alpha),
-               digits_in(form, block.reynolds), digits_in(form, block.time)});
+  for (std::size_t b = 0; b < solution.blocks.size(); ++b) {
+    std::vector<std::string> row = {std::to_string(b + 1)};
+    for (std::size_t n = 0; n < 4; ++n) {
+      row.push_back(digits_in(solution.form, solution.blocks[b].parameters[n]));
+    }
+    table.add(row);
   }
   print_below_blank(table);
 }
 
 std::string contents_of(const RestartReport& report) {
   std::string text = counted(report.header.blocks, "block");
-  if (report.body) text += ", " + counted(report.body->extents.points(), "point");
-  const Sections* sections = report.sections();
-  if (sections != nullptr && (report.body || report.header.functions.empty())) {
+  if (report.body) text += ", " + counted(report.header.extents.points(), "point");
+  const std::optional<Sections> sections = report.sections();
+  if (sections && (report.body || !report.counted_variables())) {
     text += ", " + counted(variables_in(*sections), "variable") + " in the sections " +
             describe(*sections) + (report.body ? "" : " as stated");
   }
@@ -158,10 +165,10 @@ std::string contents_of(const RestartReport& report) {
 }  // namespace
 
 void print_info(const std::string& path, const Found& found, const Grid& grid) {
-  const Extents extents = extents_of(grid);
+  const Extents extents = grid.extents();
   print_beginning(path, found, describe(found.grid()), counted(extents));
   BlockColumns blanking;
-  if (grid.iblank.allocated()) blanking.titles = {"blank 0", "blank 1", "blank <0", "blank >1"};
+  if (grid.form.iblank) blanking.titles = {"blank 0", "blank 1", "blank <0", "blank >1"};
   for (const BlankingCounts& counts : count_blanking(grid)) {
     blanking.rows.emplace_back(counts.begin(), counts.end());
   }
@@ -181,17 +188,20 @@ void print_info(const std::string& path, const RestartReport& report) {
     print_line("extents those of the grid; the file gives none");
   }
   if (report.body) {
-    for (const Section& gap : report.body->missing) {
-      print_line("skips   the variables " + describe(Sections{gap}) + ", shown as 0");
+    for (const Section& gap : report.header.missing()) {
+      print_line("skips   the variables " + describe(Sections{gap}));
     }
   }
-  print_header_values(form);
-  if (report.body && layout.parameters) print_flow_parameters(form, report.body->parameters);
+  print_header_values(form, report.header.run);
+  if (report.body && layout.parameters > 0) print_flow_parameters(*report.body);
   BlockColumns functions;
-  if (!report.header.functions.empty()) functions.titles = {"functions"};
-  for (const integer count : report.header.functions) functions.rows.push_back({count});
-  if (!report.extents().i.empty()) print_extents(report.extents(), functions, false);
-  if (report.body) print_variables(survey(*report.body, form.layout), "variable");
+  if (report.counted_variables()) {
+    functions.titles = {"functions"};
+    for (const std::int32_t count : report.header.variables) functions.rows.push_back({count});
+  }
+  const Extents& extents = report.header.extents;
+  if (!extents.i.empty()) print_extents(extents, functions, false);
+  if (report.body) print_variables(survey(*report.body), "variable");
 }
 
 }  // namespace p3dgrid::tool

@@ -159,7 +159,7 @@ bool library_can_compare(const Pair& pair) {
 
 Extents extents_of_grid(const std::string& path, const Found& grid) {
   if (grid.reading.extents != nullptr) return *grid.reading.extents;
-  return extents_of(read_grid(path, grid));
+  return GridInput(path, grid).extents();
 }
 
 }  // namespace
@@ -207,7 +207,7 @@ Case find_case(const std::string& grid_path, const StatedGridForm& grid,
   const Pair pair{grid_path, found.grid.grid(), restart_path, found.restart.restart()};
   if (reading.extents == nullptr) {
     // A layout without extents, or an invalid header, which the library reports.
-    static_cast<void>(header_with_advice(restart_path, found.restart.restart()));
+    static_cast<void>(RestartInput(restart_path, found.restart, found.extents));
     return found;
   }
   if (*reading.extents == found.extents) return found;

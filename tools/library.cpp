@@ -19,19 +19,6 @@ std::map<std::string, NamedFile, std::less<>>& files_by_name() {
   return files;
 }
 
-std::map<std::string, std::string, std::less<>>& stems_by_prefix() {
-  static std::map<std::string, std::string, std::less<>> stems;
-  return stems;
-}
-
-/// The prefix of the name and its stem; null if it has none.
-const std::pair<const std::string, std::string>* prefix_of(std::string_view name) {
-  for (const auto& entry : stems_by_prefix()) {
-    if (name.starts_with(entry.first)) return &entry;
-  }
-  return nullptr;
-}
-
 StatedCoding coding_of(std::string_view name) {
   const auto found = files_by_name().find(name);
   return found == files_by_name().end() ? StatedCoding() : stated_as(found->second.coding);
@@ -43,7 +30,7 @@ bool can_be_a_name(const std::string& path) {
 }
 
 bool claim(const std::string& name, const std::string& path) {
-  if (!can_be_a_name(name) || prefix_of(name) != nullptr) return false;
+  if (!can_be_a_name(name)) return false;
   return files_by_name().try_emplace(name, NamedFile{path, {}}).first->second.path == path;
 }
 
@@ -58,24 +45,9 @@ FileName name_for(const std::string& path, const Coding& coding) {
   return name;
 }
 
-FileName prefix_for(const std::string& path_stem) {
-  mod_p3dgrid::p3dsetpaths(path_behind);
-  for (int number = 1;; ++number) {
-    const std::string prefix = "v" + std::to_string(number) + "-";
-    const auto next = files_by_name().lower_bound(prefix);
-    const bool begins_a_name = next != files_by_name().end() && next->first.starts_with(prefix);
-    if (begins_a_name || prefix_of(prefix) != nullptr) continue;
-    stems_by_prefix().emplace(prefix, path_stem);
-    return prefix;
-  }
-}
-
 std::string path_behind(std::string_view name) {
   const auto found = files_by_name().find(name);
-  if (found != files_by_name().end()) return found->second.path;
-  const auto* const prefix = prefix_of(name);
-  if (prefix == nullptr) return std::string(name);
-  return prefix->second + std::string(name.substr(prefix->first.size()));
+  return found == files_by_name().end() ? std::string(name) : found->second.path;
 }
 
 }  // namespace p3dgrid::tool

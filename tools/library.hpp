@@ -18,10 +18,6 @@ using mod_p3dgrid::integer;
 /// @param coding  of the file from now on
 [[nodiscard]] mod_p3dgrid::FileName name_for(const std::string& path, const Coding& coding = {});
 
-/// A short prefix for names that the library makes up; they resolve to `path_stem` with the same
-/// ending. No name from `name_for` begins with it.
-[[nodiscard]] mod_p3dgrid::FileName prefix_for(const std::string& path_stem);
-
 /// The path of a name. Other names are paths.
 [[nodiscard]] std::string path_behind(std::string_view name);
 
@@ -36,26 +32,6 @@ using mod_p3dgrid::integer;
 /// Throws std::bad_alloc if the allocation has failed.
 inline void require_memory(integer allocation_status) {
   if (allocation_status != mod_p3dgrid::allocation_done) throw std::bad_alloc();
-}
-
-/// Whether a variable is 0 at all points.
-/// @param values    (variable, point)
-/// @param variable  counted from 1
-[[nodiscard]] inline bool is_zero(mod_p3dgrid::array_view<const float, 2> values,
-                                  std::int64_t variable) {
-  for (std::int64_t p = 0; p < values.extent(2); ++p) {
-    if (values.data()[p * values.extent(1) + variable - 1] != 0) return false;
-  }
-  return true;
-}
-
-/// The extents in arrays that may be unallocated.
-template <class Array>
-[[nodiscard]] Extents extents_from(const Array& idim, const Array& jdim, const Array& kdim) {
-  const auto values = [](const Array& array) {
-    return std::vector<std::int32_t>(array.span().begin(), array.span().end());
-  };
-  return {values(idim), values(jdim), values(kdim)};
 }
 
 }  // namespace p3dgrid::tool

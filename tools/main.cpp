@@ -55,7 +55,7 @@ void run(int argc, const char* const* argv) {
 template <class Step>
 ExitStatus attempt(const Step& step) {
   try {
-    step();
+    with_failures(step);
     return ExitStatus::done;
   } catch (const Failure& failure) {
     print_failure(failure.what());

@@ -231,6 +231,16 @@ void OutputFile::write(const std::function<void()>& step) const {
   }
 }
 
+void OutputFile::stream(const std::function<void()>& step) const {
+  try {
+    step();
+  } catch (const Error& error) {
+    const std::string& file = error.details().file;
+    if (file != temporary_path()) throw;
+    throw Unusable(path_ + ": not written" + std::string(error.what()).substr(file.size()));
+  }
+}
+
 void OutputFile::commit() {
   if (is_compressed_name(path_)) {
     std::optional<UnfinishedFile> compressed;

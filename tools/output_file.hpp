@@ -63,6 +63,9 @@ class OutputFile {
   /// Runs a step of writing the temporary file. Failures of it name the final file.
   void write(const std::function<void()>& step) const;
 
+  /// The same for a step that also reads. Failures to read keep their message.
+  void stream(const std::function<void()>& step) const;
+
   /// Forces the contents to the disk, then renames the file. It takes over the permissions of an
   /// earlier file and, if the user may do that, its owner.
   void commit();

@@ -34,7 +34,8 @@ void plot_files(const PlotOptions& options) {
         idle + " is about a restart file, and none is given: p3dgrid plot GRID RESTART OUT.png");
   }
   OutputFile output(options.output, {request.grid_path, request.restart_path});
-  const plot::Picture picture = plot::compose(request);
+  const plot::Picture picture =
+      with_failures(request.grid_path, [&] { return plot::compose(request); });
   output.write([&] { plot::draw(picture, output.temporary_path()); });
   output.commit();
   print_summary(options.output + ": " + picture.summary);

@@ -22,7 +22,8 @@ struct Primitive {
 };
 
 /// @param conserved  density, momentum and energy. A density of 0 gives infinities and NaN.
-[[nodiscard]] inline Primitive primitive_of(std::span<const float> conserved, double gamma) {
+template <class Real>
+[[nodiscard]] Primitive primitive_of(std::span<const Real> conserved, double gamma) {
   const double density = conserved[0];
   const double u = conserved[1] / density;
   const double v = conserved[2] / density;

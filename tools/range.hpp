@@ -7,10 +7,10 @@ namespace p3dgrid::tool {
 
 /// The smallest and largest of the included values.
 struct Range {
-  float low = std::numeric_limits<float>::infinity();
-  float high = -std::numeric_limits<float>::infinity();
+  double low = std::numeric_limits<double>::infinity();
+  double high = -std::numeric_limits<double>::infinity();
 
-  void include(float value) {
+  void include(double value) {
     low = std::min(low, value);
     high = std::max(high, value);
   }

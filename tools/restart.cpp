@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <memory>
 #include <string>
 
@@ -9,7 +10,6 @@
 #include "output_file.hpp"
 #include "restart_conversion.hpp"
 #include "restart_file.hpp"
-#include "restart_stream.hpp"
 #include "table.hpp"
 
 namespace p3dgrid::tool {
@@ -35,16 +35,8 @@ void note(const RestartOptions& options, const std::string& text) {
 
 void note_what_is_lost(const RestartOptions& options, const RestartForm& read,
                        const RestartForm& written) {
-  note_contradiction(options.output, written.coding);
-  if (loses_digits(read.coding, written.coding)) {
-    print_note("flow variables pass through single precision: " + options.output +
-               " holds about 7 digits of each, whatever its own precision");
-  }
-  if (reads_triplets(traits_of(read.layout), read.coding) && !traits_of(read.layout).extensions &&
-      holds_doubles(read.coding)) {
-    print_note(options.input +
-               ": the triplets of layout 100 are lost when double precision is "
-               "read");
+  if (rounds_text(read.coding, options.change.coding, written.coding)) {
+    note(options, "holds about 7 digits of each variable; --to-precision double keeps more");
   }
   if (traits_of(written.layout).triplets &&
       !reads_triplets(traits_of(written.layout), written.coding)) {
@@ -55,8 +47,7 @@ void note_what_is_lost(const RestartOptions& options, const RestartForm& read,
 }
 
 /// Why the file cannot be written, as far as its form tells; empty if it can.
-std::string obstacle(const RestartOptions& options, const RestartForm& read,
-                     const RestartForm& written) {
+std::string obstacle_to_form(const RestartOptions& options, const RestartForm& written) {
   if (!traits_of(written.layout).writable) {
     return "files of layout 0 can be read, but not written; --to-layout 1 keeps the step count and "
            "size";
@@ -64,15 +55,33 @@ std::string obstacle(const RestartOptions& options, const RestartForm& read,
   if (!has_files_of(traits_of(written.layout), written.coding)) {
     return no_planar_files + std::string("; --to-dimensions 3 writes it in three");
   }
-  const std::string why = obstacle(options.values, written.layout);
-  return why.empty() && options.stream ? obstacle_to_streaming(read, written) : why;
+  return obstacle(options.values, written.layout);
 }
 
-/// The same, as far as the solution tells.
-std::string obstacle(const RestartOptions& options, const Restart& restart, const RestartForm& read,
-                     const RestartForm& written) {
-  const std::string why = obstacle(restart, read, written);
-  return why.empty() && options.stream ? obstacle_to_streaming(options.input, read, restart) : why;
+Reals zeros(const RestartForm& form, std::int64_t points) {
+  Reals values(form.coding.precision, points);
+  values.visit([](auto span) { std::ranges::fill(span, 0); });
+  return values;
+}
+
+/// Copies all arrays, one at a time.
+void copy(RestartInput& input, const Conversion& conversion, const OutputFile& output) {
+  const SolutionHeader& written = conversion.written;
+  const RestartForm& form = written.form;
+  const std::int32_t absent = absent_variable(traits_of(form.layout), form.coding);
+  expect_arrays(written);
+  SolutionWriter writer(output.temporary_path(), written);
+  for (std::size_t b = 0; b < written.extents.i.size(); ++b) {
+    writer.write(conversion.parameters(input.parameters(b)), [&](const FlowArray& array) {
+      if (!conversion.holds(array)) return zeros(form, written.extents.points_of(b));
+      Reals values = input.read(b, array);
+      if (array == FlowArray{absent} && !is_zero(values)) {
+        output.require_writable(planar_obstacle("a third momentum other than 0"));
+      }
+      return values;
+    });
+  }
+  writer.close();
 }
 
 void convert_restart(const RestartOptions& options) {
@@ -81,24 +90,19 @@ void convert_restart(const RestartOptions& options) {
       find_case(options.grid_path, options.grid, options.input, options.stated, usage);
   const RestartForm& read = found.restart.restart();
   const RestartForm written = applied_to(read, options.change);
-  output.require_writable(obstacle(options, read, written));
-  const std::optional<Extents> extents = found.extents;
-  RestartStream stream(options.input, found.restart, extents);
-  Restart restart =
-      options.stream ? stream.begin() : read_restart(options.input, found.restart, extents);
-  output.require_writable(obstacle(options, restart, read, written));
-  for (const std::string& text : adapt(restart, read, written, options.values)) {
-    note(options, text);
-  }
+  output.require_writable(obstacle_to_form(options, written));
+  RestartInput input(options.input, found.restart, found.extents);
+  output.require_writable(obstacle(input.header(), written));
+  const Conversion conversion = conversion_of(input.header(), options.change, options.values);
+  output.stream([&] { copy(input, conversion, output); });
+  input.require_form();
+  for (const std::string& text : conversion.notes()) note(options, text);
   note_what_is_lost(options, read, written);
-  if (options.stream) {
-    stream.write(output, written, restart);
-  } else {
-    output.write([&] { write_restart(output.temporary_path(), written, restart); });
-  }
+  note_contradiction(options.output, written.coding);
   output.commit();
-  print_summary(options.output + ": " + counted(restart.extents) + ", " +
-                counted(restart.variables(), "variable") + ", " + describe(written));
+  const SolutionHeader& header = conversion.written;
+  print_summary(options.output + ": " + counted(header.extents) + ", " +
+                counted(header.most_variables(), "variable") + ", " + describe(header.form));
 }
 
 }  // namespace
@@ -109,12 +113,10 @@ Command restart_command() {
       .name = "restart",
       .meaning = "Write a restart (flow-solution) file in another encoding, precision or layout",
       .footer =
-          "Flow variables pass through single precision, also from double to double.\n\n"
           "Examples:\n"
           "  p3dgrid restart grid.p3d flow.q flow.txt --to-format formatted\n"
           "  p3dgrid restart grid.p3d flow.q flow.rst --to-layout 1 --step 400 --step-size 0.5\n"
-          "  p3dgrid restart grid.p3d flow.rst flow.q --to-layout 2 --mach 0.3\n"
-          "  p3dgrid restart --stream grid.p3d flow.q flow.rst --to-layout 1",
+          "  p3dgrid restart grid.p3d flow.rst flow.q --to-layout 2 --mach 0.3",
       .arguments = {{"GRID", &options->grid_path, "Grid file to which the solution belongs"},
                     {"RESTART", &options->input, "Restart file to read"},
                     {"OUT", &options->output, "Restart file to write; replaced whole or not at all",
@@ -123,9 +125,9 @@ Command restart_command() {
   add_grid_options(command, options->grid);
   add_restart_options(command, options->stated);
   add_target_options(command, options->change, options->values);
-  command.options.push_back({"--stream", &options->stream,
-                             "Hold one variable at a time, the others in temporary files beside "
-                             "OUT; at most 15 variables"});
+  command.options.push_back(
+      {"--stream", &options->stream,
+       "Accepted for older scripts: one array is held at a time, with or without"});
   return command;
 }
 

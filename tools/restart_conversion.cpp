@@ -1,5 +1,9 @@
 #include "restart_conversion.hpp"
 
+#include <algorithm>
+#include <p3dgrid/layout.hpp>
+
+#include "form_options.hpp"
 #include "table.hpp"
 
 namespace p3dgrid::tool {
@@ -20,51 +24,43 @@ struct Missing {
   }
 };
 
+/// What a value is set to: as stated, as read, or 0.
 template <class Value>
-void settle(Value& target, const std::optional<Value>& stated, bool read, Missing& missing,
-            const char* name, const char* option) {
-  if (stated) {
-    target = *stated;
-  } else if (!read) {
-    missing.add(name, option);
-  }
+Value settled(const std::optional<Value>& stated, Value read, bool known, Missing& missing,
+              const char* name, const char* option) {
+  if (stated) return *stated;
+  if (!known) missing.add(name, option);
+  return known ? read : Value{};
 }
 
-void settle_step(Restart& restart, const HeaderValues& values, Missing& missing) {
-  const bool read = restart.step.has_value();
-  TimeStep step = restart.step.value_or(TimeStep{});
-  settle(step.count, values.step, read, missing, "step count", "--step");
-  settle(step.size, values.step_size, read, missing, "step size", "--step-size");
-  restart.step = step;
+void settle_step(const Conversion& conversion, RunData& run, Missing& missing) {
+  const bool known = traits_of(conversion.read.form.layout).holds_step();
+  const HeaderValues& values = conversion.values;
+  run.nstep = settled(values.step, run.nstep, known, missing, "step count", "--step");
+  run.dtau = settled(values.step_size, run.dtau, known, missing, "step size", "--step-size");
 }
 
-// Layout 0 holds the flow parameters without the time.
-void settle_parameters(Restart& restart, const RestartForm& form, const HeaderValues& values,
-                       Missing& missing) {
-  const bool read = !restart.parameters.empty();
-  const bool with_time = traits_of(form.layout).parameters > 0;
-  restart.parameters.resize(restart.extents.i.size());
-  for (FlowParameters& block : restart.parameters) {
-    missing = {};
-    settle(block.mach, values.mach, read, missing, "Mach number", "--mach");
-    settle(block.alpha, values.alpha, read, missing, "angle of attack", "--alpha");
-    settle(block.reynolds, values.reynolds, read, missing, "Reynolds number", "--reynolds");
-    settle(block.time, values.time, read && with_time, missing, "time", "--time");
-  }
+/// Mach number, angle of attack, Reynolds number and time of a block.
+std::vector<double> settled_parameters(const Conversion& conversion, std::vector<double> read,
+                                       Missing& missing) {
+  const LayoutTraits& layout = traits_of(conversion.read.form.layout);
+  const RunData& run = conversion.read.run;
+  // Layout 0 holds the flow parameters without the time.
+  const bool with_time = layout.parameters > 0;
+  const bool known =
+      with_time || (layout.header == HeaderKind::talven && run.eqid == equations_with_parameters);
+  if (!with_time) read = {run.talxm1, run.talalfa, run.talre, 0};
+  const HeaderValues& values = conversion.values;
+  read.resize(static_cast<std::size_t>(traits_of(conversion.written.form.layout).parameters));
+  read[0] = settled(values.mach, read[0], known, missing, "Mach number", "--mach");
+  read[1] = settled(values.alpha, read[1], known, missing, "angle of attack", "--alpha");
+  read[2] = settled(values.reynolds, read[2], known, missing, "Reynolds number", "--reynolds");
+  read[3] = settled(values.time, read[3], with_time, missing, "time", "--time");
+  return read;
 }
 
-bool begins_with_solution(const Sections& sections) {
-  return sections.front() == Section{1, solution_variables};
-}
-
-void settle_sections(Restart& restart, Layout written, Layout read) {
-  const integer variables = restart.variables();
-  if (traits_of(written).counted_variables && read != written) restart.sections = {{1, variables}};
-  if (!traits_of(written).triplets || begins_with_solution(restart.sections)) return;
-  restart.sections = {{1, solution_variables}};
-  if (variables > solution_variables) {
-    restart.sections.push_back({solution_variables + 1, variables});
-  }
+bool holds_extensions(const SolutionHeader& header) {
+  return traits_of(header.form.layout).extensions;
 }
 
 /// The option that reading the file requires, if its sections are not the default.
@@ -76,16 +72,24 @@ std::string sections_note(const Sections& sections, Layout written) {
   return "is read with --sections " + describe(sections);
 }
 
-void settle_triplets(Restart& restart, std::vector<std::string>& notes) {
-  if (restart.triplets.allocated()) return;
-  allocate_triplets(restart);
-  notes.emplace_back("holds 0 for the triplets, which the file read does not give");
+/// Whether variable extensions hold variables that other records hold too.
+bool repeats_variables(const SolutionHeader& header) {
+  std::int32_t last = variables_in(*header.form.sections);
+  for (std::size_t n = 0; n < header.flags.size(); ++n) {
+    const Extension* const extension =
+        extension_of(header.flags[n], static_cast<std::int32_t>(n + 1));
+    if (extension == nullptr) continue;
+    if (extension->variables.first <= last) return true;
+    last = extension->variables.last;
+  }
+  return false;
 }
 
 }  // namespace
 
-std::string obstacle(const Restart& restart, const RestartForm& read, const RestartForm& written) {
-  const integer blocks = restart.extents.blocks();
+std::string obstacle(const SolutionHeader& read, const RestartForm& written) {
+  const std::int32_t blocks = read.extents.blocks();
+  const std::int32_t variables = read.most_variables();
   const std::string layout = layout_text(written.layout);
   if (blocks > 1 && traits_of(written.layout).one_block) {
     return layout + " holds one block, and there are " + std::to_string(blocks);
@@ -95,24 +99,23 @@ std::string obstacle(const Restart& restart, const RestartForm& read, const Rest
            std::to_string(blocks);
   }
   if (is_planar(written.coding)) {
-    std::string why = planar_obstacle(restart.extents);
-    for (integer v = 1; why.empty() && restart.flow.allocated() && v <= restart.variables(); ++v) {
-      why = obstacle(v, written, restart.flow, v);
-    }
+    const std::string why = planar_obstacle(read.extents);
     if (!why.empty()) return why;
   }
   const bool five = traits_of(written.layout).parameters > 0 || traits_of(written.layout).triplets;
-  if (five && written.layout != read.layout && restart.variables() < solution_variables) {
+  if (five && written.layout != read.form.layout && variables < solution_variables) {
     return layout + " holds five variables, and there " +
-           (restart.variables() == 1 ? "is one" : "are " + std::to_string(restart.variables()));
+           (variables == 1 ? "is one" : "are " + std::to_string(variables));
+  }
+  if (!traits_of(written.layout).extensions && repeats_variables(read)) {
+    return layout + " holds each variable once, and variable extensions repeat some";
+  }
+  const std::int32_t fewest = std::ranges::min(read.variables);
+  if (!traits_of(written.layout).counted_variables && fewest < variables) {
+    return layout + " holds equally many variables in all blocks, and there are " +
+           std::to_string(fewest) + " to " + std::to_string(variables);
   }
   return "";
-}
-
-std::string obstacle(integer variable, const RestartForm& written,
-                     mod_p3dgrid::array_view<const float, 2> values, std::int64_t row) {
-  const bool absent = variable == absent_variable(traits_of(written.layout), written.coding);
-  return absent && !is_zero(values, row) ? planar_obstacle("a third momentum other than 0") : "";
 }
 
 std::string obstacle(const HeaderValues& values, Layout layout) {
@@ -127,29 +130,54 @@ std::string obstacle(const HeaderValues& values, Layout layout) {
   return "";
 }
 
-std::vector<std::string> adapt(Restart& restart, const RestartForm& read,
-                               const RestartForm& written, const HeaderValues& values) {
+Conversion conversion_of(const SolutionHeader& read, const StatedRestartForm& change,
+                         const HeaderValues& values) {
+  Conversion conversion{read, header_to_write(read, change), values};
+  Missing missing;
+  if (traits_of(conversion.written.form.layout).holds_step()) {
+    settle_step(conversion, conversion.written.run, missing);
+  }
+  return conversion;
+}
+
+std::vector<double> Conversion::parameters(const std::vector<double>& read_parameters) const {
+  Missing missing;
+  if (traits_of(written.form.layout).parameters == 0) return {};
+  return settled_parameters(*this, read_parameters, missing);
+}
+
+bool Conversion::holds(const FlowArray& array) const {
+  if (array.triplet) return reads_triplets(traits_of(read.form.layout), read.form.coding);
+  return array.number <= read.most_variables() &&
+         std::ranges::none_of(read.missing(), [&](const Section& gap) {
+           return gap.first <= array.number && array.number <= gap.last;
+         });
+}
+
+std::vector<std::string> Conversion::notes() const {
+  const LayoutTraits& layout = traits_of(written.form.layout);
   std::vector<std::string> notes;
   Missing missing;
-  if (traits_of(written.layout).holds_step()) settle_step(restart, values, missing);
-  if (traits_of(written.layout).parameters > 0) settle_parameters(restart, read, values, missing);
+  RunData run = read.run;
+  if (layout.holds_step()) settle_step(*this, run, missing);
+  if (layout.parameters > 0) {
+    static_cast<void>(settled_parameters(*this, std::vector<double>(4), missing));
+  }
   if (!missing.names.empty()) {
     notes.push_back("holds 0 for what the file read does not give: " + missing.names + " (" +
                     missing.options + ")");
   }
-  const bool extensions_stay =
-      traits_of(written.layout).extensions && traits_of(read.layout).extensions;
-  if (!extensions_stay) {
-    for (const Section& gap : restart.missing) {
+  if (!holds_extensions(read) || !holds_extensions(written)) {
+    for (const Section& gap : read.missing()) {
       notes.push_back("holds 0 for the variables " + describe(Sections{gap}) +
                       ", which the file read skips");
     }
-    restart.flags = {end_of_extensions, 0, 0};
-    settle_sections(restart, written.layout, read.layout);
-    const std::string note = sections_note(restart.sections, written.layout);
+    const std::string note = sections_note(*written.form.sections, written.form.layout);
     if (!note.empty()) notes.push_back(note);
   }
-  if (traits_of(written.layout).triplets) settle_triplets(restart, notes);
+  if (layout.triplets && !holds({1, true})) {
+    notes.emplace_back("holds 0 for the triplets, which the file read does not give");
+  }
   return notes;
 }
 

@@ -1,10 +1,9 @@
 #pragma once
 
 #include <optional>
+#include <p3dgrid/solution.hpp>
 #include <string>
 #include <vector>
-
-#include "restart_file.hpp"
 
 namespace p3dgrid::tool {
 
@@ -14,29 +13,35 @@ struct HeaderValues {
   std::optional<double> alpha;
   std::optional<double> reynolds;
   std::optional<double> time;
-  std::optional<integer> step;
+  std::optional<std::int32_t> step;
   std::optional<double> step_size;
 };
 
 /// Why the solution cannot be written in that form, as part of a sentence; empty if it can.
-[[nodiscard]] std::string obstacle(const Restart& restart, const RestartForm& read,
-                                   const RestartForm& written);
-
-/// Why a variable with these values cannot be written in that form, as part of a sentence; empty if
-/// it can.
-/// @param values  (variable, point)
-/// @param row     of the variable in `values`, counted from 1
-[[nodiscard]] std::string obstacle(integer variable, const RestartForm& written,
-                                   mod_p3dgrid::array_view<const float, 2> values,
-                                   std::int64_t row);
+[[nodiscard]] std::string obstacle(const SolutionHeader& read, const RestartForm& written);
 
 /// Why the layout cannot hold the stated values, as part of a sentence; empty if it can.
 [[nodiscard]] std::string obstacle(const HeaderValues& values, Layout layout);
 
-/// Prepares a solution for another form: sets the stated header values, 0 for unknown ones, and
-/// sections that the layout can hold. Returns notes for the user.
-[[nodiscard]] std::vector<std::string> adapt(Restart& restart, const RestartForm& read,
-                                             const RestartForm& written,
-                                             const HeaderValues& values);
+/// A solution that is written in another form.
+struct Conversion {
+  const SolutionHeader& read;
+  SolutionHeader written;
+  HeaderValues values;  ///< stated for it
+
+  /// The flow parameters of a block of the file written.
+  /// @param read_parameters  those of the file read
+  [[nodiscard]] std::vector<double> parameters(const std::vector<double>& read_parameters) const;
+
+  /// Whether the file read has the array; else it is 0 in the file written.
+  [[nodiscard]] bool holds(const FlowArray& array) const;
+
+  /// What the user should know of the file written, as the rest of a sentence.
+  [[nodiscard]] std::vector<std::string> notes() const;
+};
+
+/// Prepares a conversion: sets the stated header values and sections that the layout can hold.
+[[nodiscard]] Conversion conversion_of(const SolutionHeader& read, const StatedRestartForm& change,
+                                       const HeaderValues& values);
 
 }  // namespace p3dgrid::tool

@@ -8,8 +8,10 @@
 #include "console.hpp"
 #include "cylinder.hpp"
 #include "failure.hpp"
+#include "grid_file.hpp"
 #include "options.hpp"
 #include "output_file.hpp"
+#include "restart_file.hpp"
 #include "table.hpp"
 
 namespace p3dgrid::tool {
@@ -22,15 +24,15 @@ struct SampleFile {
 };
 
 SampleFile grid_file(const char* name, const Grid& grid, const GridForm& form = {}) {
-  return {name, counted(extents_of(grid)) + ", " + describe(form),
+  return {name, counted(grid.extents()) + ", " + describe(form),
           [&grid, form](const std::string& path) { write_grid(path, form, grid); }};
 }
 
-SampleFile restart_file(const char* name, const Restart& restart, Layout layout,
+SampleFile restart_file(const char* name, const Solution& restart, Layout layout,
                         Encoding encoding = Encoding::unformatted) {
   const RestartForm form{.layout = layout, .coding = {.encoding = encoding}};
   return {name,
-          counted(restart.extents) + ", " + counted(restart.variables(), "variable") + ", " +
+          counted(restart.extents()) + ", " + counted(restart.variables(), "variable") + ", " +
               describe(form),
           [&restart, form](const std::string& path) { write_restart(path, form, restart); }};
 }
@@ -51,10 +53,10 @@ void create_folder(const std::filesystem::path& folder) {
 
 void write_sample(const SampleOptions& options) {
   const Grid grid = cylinder_grid();
-  const Restart solution = cylinder_solution(grid);
-  const Restart functions = cylinder_functions(grid);
+  const Solution solution = cylinder_solution(grid);
+  const Solution functions = cylinder_functions(grid);
   const Grid upper = upper_half(grid);  // for layouts that hold one block
-  const Restart upper_solution = cylinder_solution(upper);
+  const Solution upper_solution = cylinder_solution(upper);
   const std::vector<SampleFile> files = {
       grid_file("grid.p3d", grid), grid_file("grid-iblank.p3d", grid, {.iblank = true}),
       grid_file("grid.txt", grid, {.coding = {.encoding = Encoding::formatted}}),

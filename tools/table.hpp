@@ -29,6 +29,11 @@ template <std::floating_point Real>
   std::array<char, 32> text;
   return {text.begin(), std::to_chars(text.begin(), text.end(), value).ptr};
 }
+/// The same for a value of this precision.
+[[nodiscard]] inline std::string digits(double value, Precision precision) {
+  return precision == Precision::double_precision ? digits(value)
+                                                  : digits(static_cast<float>(value));
+}
 
 /// "1 block", "3 blocks".
 [[nodiscard]] std::string counted(std::int64_t count, const std::string& noun);

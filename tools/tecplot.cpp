@@ -5,12 +5,14 @@
 
 #include "command.hpp"
 #include "console.hpp"
+#include "failure.hpp"
 #include "grid_file.hpp"
 #include "input_files.hpp"
 #include "library.hpp"
 #include "options.hpp"
 #include "output_file.hpp"
 #include "primitive.hpp"
+#include "restart_file.hpp"
 #include "table.hpp"
 
 namespace p3dgrid::tool {
@@ -33,15 +35,15 @@ struct TecplotOptions {
 constexpr Usage usage = {.command_line = "p3dgrid tecplot GRID RESTART OUT"};
 
 /// Why a Tecplot file cannot hold the solution; empty if it can.
-std::string obstacle(const TecplotOptions& options, const Restart& restart) {
-  if (restart.variables() == solution_variables) return "";
+std::string obstacle(const TecplotOptions& options, const SolutionHeader& solution) {
+  if (solution.most_variables() == solution_variables) return "";
   return "a Tecplot file has a place for the five variables of a solution, and " +
-         options.restart_path + " holds " + counted(restart.variables(), "variable");
+         options.restart_path + " holds " + counted(solution.most_variables(), "variable");
 }
 
-std::string obstacle(const TecplotOptions& options, const Grid& grid) {
-  for (const auto* extents : {&grid.idim, &grid.jdim, &grid.kdim}) {
-    const integer largest = std::ranges::max(extents->span());
+std::string obstacle(const TecplotOptions& options, const Extents& grid) {
+  for (const auto* extents : {&grid.i, &grid.j, &grid.k}) {
+    const std::int32_t largest = std::ranges::max(*extents);
     if (largest <= largest_extent) continue;
     return "its zone lines have four digits for each extent, and " + options.grid_path +
            " has one of " + std::to_string(largest);
@@ -67,33 +69,54 @@ void note_columns(const TecplotOptions& options, const RestartForm& form) {
              " of " + options.restart_path + " in the order of the file");
 }
 
-allocatable<double, 2> widened(const allocatable<float, 2>& values) {
-  allocatable<double, 2> wide;
-  require_memory(wide.allocate(values.extent(1), values.extent(2)));
-  std::ranges::copy(values.span(), wide.span().begin());
-  return wide;
-}
+/// Coordinates and flow of all points, as the library's operation takes them.
+struct Points {
+  allocatable<double, 2> coordinates;
+  allocatable<double, 2> flow;
+  allocatable<integer, 1> iblank;
 
-/// Velocities, pressure and density of the points of a PLOT3D solution.
-allocatable<double, 2> converted(const allocatable<float, 2>& flow, double gamma) {
-  allocatable<double, 2> columns;
-  require_memory(columns.allocate(solution_variables, flow.extent(2)));
-  auto out = columns.span().begin();
-  for (auto in = flow.span(); !in.empty(); in = in.subspan(solution_variables)) {
-    const Primitive at = primitive_of(in.first(solution_variables), gamma);
-    out = std::ranges::copy(std::array{at.u, at.v, at.w, at.pressure, at.density}, out).out;
+  Points(std::int64_t points, bool blanking) {
+    require_memory(coordinates.allocate(3, points));
+    require_memory(flow.allocate(solution_variables, points));
+    if (blanking) require_memory(iblank.allocate(points));
   }
-  return columns;
+};
+
+/// Copies the values to a row, from column `first` on.
+void copy_row(const Reals& values, allocatable<double, 2>& to, std::int64_t row,
+              std::int64_t first) {
+  values.visit([&](auto span) {
+    for (const auto value : span) to(row, first++) = static_cast<double>(value);
+  });
 }
 
-void write_tecplot(const TecplotOptions& options, const std::string& path, const Grid& grid,
-                   const Restart& restart, const RestartForm& form) {
-  const auto coordinates = widened(grid.xyz);
-  const auto flow = can_be_converted(options, form) ? converted(restart.flow, options.gamma)
-                                                    : widened(restart.flow);
-  mod_p3dgrid::writetecplotfile_p3d(name_for(path), grid.blocks, coordinates, flow, grid.idim,
-                                    grid.jdim, grid.kdim, grid.iblank, options.iblank);
-  mod_p3dgrid::p3dcloseunit(tecplot_unit);
+/// Reads grid and flow block by block.
+void read_points(GridInput& grid, RestartInput& restart, Points& points) {
+  std::int64_t first = 1;
+  for (std::size_t b = 0; b < grid.extents().i.size(); ++b) {
+    const Block block = grid.read(b);
+    copy_row(block.x, points.coordinates, 1, first);
+    copy_row(block.y, points.coordinates, 2, first);
+    copy_row(block.z, points.coordinates, 3, first);
+    for (std::int32_t v = 1; v <= solution_variables; ++v) {
+      copy_row(restart.read(b, {v}), points.flow, v, first);
+    }
+    const std::int64_t count = block.extents.points();
+    for (std::int64_t p = 0; points.iblank.allocated() && p < count; ++p) {
+      const bool known = !block.iblank.empty();
+      points.iblank(first + p) = known ? block.iblank[static_cast<std::size_t>(p)] : 1;
+    }
+    first += count;
+  }
+}
+
+/// Replaces density, momentum and energy by velocities, pressure and density.
+void convert(allocatable<double, 2>& flow, double gamma) {
+  for (auto at = flow.span(); !at.empty(); at = at.subspan(solution_variables)) {
+    const Primitive point = primitive_of<double>(at.first(solution_variables), gamma);
+    std::ranges::copy(std::array{point.u, point.v, point.w, point.pressure, point.density},
+                      at.begin());
+  }
 }
 
 void export_tecplot(const TecplotOptions& options) {
@@ -101,20 +124,27 @@ void export_tecplot(const TecplotOptions& options) {
   const Case found =
       find_case(options.grid_path, options.grid, options.restart_path, options.restart, usage);
   const RestartForm& form = found.restart.restart();
-  const Restart restart = read_restart(options.restart_path, found.restart, found.extents);
-  output.require_writable(obstacle(options, restart));
-  Grid grid = read_grid(options.grid_path, found.grid);
-  output.require_writable(obstacle(options, grid));
-  if (options.iblank && !grid.iblank.allocated()) allocate_blanking(grid);
-  if (holds_doubles(found.grid.grid().coding) || holds_doubles(form.coding)) {
-    print_note("values pass through single precision: " + options.output +
-               " holds about 7 digits of each");
-  }
+  const Extents& extents = found.extents;
+  RestartInput restart(options.restart_path, found.restart, extents);
+  output.require_writable(obstacle(options, restart.header()));
+  GridInput grid(options.grid_path, found.grid);
+  output.require_writable(obstacle(options, extents));
+  Points points =
+      with_failures(options.restart_path, [&] { return Points(extents.points(), options.iblank); });
+  read_points(grid, restart, points);
+  grid.require_form();
+  restart.require_form();
+  if (can_be_converted(options, form)) convert(points.flow, options.gamma);
   note_columns(options, form);
-  output.write([&] { write_tecplot(options, output.temporary_path(), grid, restart, form); });
+  output.write([&] {
+    mod_p3dgrid::writetecplotfile_p3d(name_for(output.temporary_path()), extents.blocks(),
+                                      points.coordinates, points.flow, extents.i, extents.j,
+                                      extents.k, points.iblank, options.iblank);
+    mod_p3dgrid::p3dcloseunit(tecplot_unit);
+  });
   output.commit();
-  print_summary(options.output + ": " + counted(grid.blocks, "zone") + ", " +
-                counted(grid.points(), "point") + ", Tecplot text");
+  print_summary(options.output + ": " + counted(extents.blocks(), "zone") + ", " +
+                counted(extents.points(), "point") + ", Tecplot text");
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -84,12 +85,25 @@ class Reals {
     });
   }
 
+  /// The values, which must be of this type.
+  template <class Real>
+  [[nodiscard]] std::span<const Real> span() const {
+    return std::get<Array<Real>>(values_);
+  }
+
   /// Compares precision and values.
   friend bool operator==(const Reals&, const Reals&) = default;
 
  private:
   std::variant<Array<float>, Array<double>> values_;
 };
+
+/// Whether all values are 0.
+[[nodiscard]] inline bool is_zero(const Reals& reals) {
+  return reals.visit([](auto values) {
+    return std::ranges::all_of(values, [](auto value) { return value == 0; });
+  });
+}
 
 }  // namespace p3dgrid
 

@@ -66,10 +66,6 @@ struct Detection {
 [[nodiscard]] std::shared_ptr<const Extents> extents_in(const std::string& path,
                                                         const RestartForm& form);
 
-/// Whether each number of a text file rounds to the same single-precision value directly and by way
-/// of double precision. False if an item is not a finite number. Throws `Error`.
-[[nodiscard]] bool survives_double_precision(const std::string& path);
-
 /// Why single-precision files of layout 100 cannot be read, as part of a sentence.
 inline constexpr const char* triplets_not_read =
     "begins its blocks with triplets, and single-precision files of layout 100 are read without; "

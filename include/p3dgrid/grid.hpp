@@ -45,7 +45,7 @@ struct IndexRange {
   static constexpr std::int32_t all_points = 0x7fffffff;  ///< up to the last point
 };
 
-/// A grid file that is read block by block.
+/// A grid file that is read block by block. Copies share the open file.
 class GridReader {
  public:
   /// Opens the file and reads its header. Members of the form that are not stated are detected.
@@ -53,12 +53,6 @@ class GridReader {
   explicit GridReader(const std::string& path, const StatedGridForm& stated = {});
   /// The same in a form that `detect_grid` has found.
   GridReader(const std::string& path, const Reading& reading);
-  /// Takes over the file.
-  GridReader(GridReader&&) noexcept;
-  /// Closes its own file and takes over the other.
-  GridReader& operator=(GridReader&&) noexcept;
-  /// Closes the file.
-  ~GridReader();
 
   /// The form of the file.
   [[nodiscard]] const GridForm& form() const;
@@ -72,10 +66,11 @@ class GridReader {
 
  private:
   class File;
-  std::unique_ptr<File> file_;
+  std::shared_ptr<File> file_;
 };
 
-/// A grid file that is written block by block.
+/// A grid file that is written block by block. Without `close` it stays incomplete. Copies share
+/// the open file.
 class GridWriter {
  public:
   /// Creates or replaces the file and writes its header.
@@ -83,12 +78,6 @@ class GridWriter {
   /// @param form     of the file
   /// @param extents  of all blocks
   GridWriter(const std::string& path, const GridForm& form, const Extents& extents);
-  /// Takes over the file.
-  GridWriter(GridWriter&&) noexcept;
-  /// Closes its own file and takes over the other.
-  GridWriter& operator=(GridWriter&&) noexcept;
-  /// Closes the file. Without `close` it is incomplete.
-  ~GridWriter();
 
   /// Writes the next block. Its extents must be those announced. Coordinates are rounded if the
   /// file has single precision; text gets the shortest digits that give the same values. Missing
@@ -100,7 +89,7 @@ class GridWriter {
 
  private:
   class File;
-  std::unique_ptr<File> file_;
+  std::shared_ptr<File> file_;
 };
 
 /// Reads a grid file. Members of its form that are not stated are detected.

@@ -59,30 +59,37 @@ struct SolutionOptions {
   const Grid* grid = nullptr;
 };
 
-/// A restart file that is read block by block, or array by array.
+/// What is known of a restart file besides its arrays.
+struct SolutionHeader {
+  RestartForm form = {};                     ///< of the file, with its sections
+  RunData run = {};                          ///< values of its header
+  std::vector<std::int32_t> flags = {};      ///< layout 101: flags after the block; none means 999
+  std::int32_t blocks = 1;                   ///< number of blocks
+  Extents extents = {};                      ///< of all blocks; empty while unknown
+  std::vector<std::int32_t> variables = {};  ///< highest number of a variable of each block
+
+  /// The highest of all blocks.
+  [[nodiscard]] std::int32_t most_variables() const;
+  /// Variables up to the highest that no record holds.
+  [[nodiscard]] Sections missing() const;
+};
+
+/// A restart file that is read block by block, or array by array. Copies share the open file.
 class SolutionReader {
  public:
   /// Opens the file and reads its header.
   /// @param path     of the file
   /// @param options  what is known of it
   explicit SolutionReader(const std::string& path, const SolutionOptions& options = {});
-  /// The same in a form that `detect_restart` has found. The reading has the extents.
+  /// The same in a form that `detect_restart` has found. The reading has the extents; without them
+  /// arrays cannot be read.
   SolutionReader(const std::string& path, const Reading& reading);
-  /// Takes over the file.
-  SolutionReader(SolutionReader&&) noexcept;
-  /// Closes its own file and takes over the other.
-  SolutionReader& operator=(SolutionReader&&) noexcept;
-  /// Closes the file.
-  ~SolutionReader();
 
-  /// The form of the file, with its sections.
-  [[nodiscard]] const RestartForm& form() const;
-  /// The extents of all blocks.
-  [[nodiscard]] const Extents& extents() const;
-  /// The values of its header.
-  [[nodiscard]] const RunData& run() const;
-  /// Layout 101: the flags read so far. All of them are known after `read`.
-  [[nodiscard]] const std::vector<std::int32_t>& flags() const;
+  /// What is known of the file besides its arrays.
+  [[nodiscard]] const SolutionHeader& header() const;
+
+  /// Reads the flow parameters of a block, counted from 0; none in layouts without them.
+  [[nodiscard]] std::vector<double> parameters(std::int32_t block);
 
   /// Reads a block, counted from 0, or a range of its points. Values have the precision of the
   /// file; those of text are in double precision. Fastest in file order.
@@ -94,31 +101,17 @@ class SolutionReader {
 
  private:
   class File;
-  std::unique_ptr<File> file_;
+  std::shared_ptr<File> file_;
 };
 
-/// What a restart file begins with.
-struct SolutionHeader {
-  RestartForm form = {};                     ///< of the file
-  RunData run = {};                          ///< values of its header
-  std::vector<std::int32_t> flags = {};      ///< layout 101: the flags to write; none means 999
-  Extents extents = {};                      ///< of all blocks
-  std::vector<std::int32_t> functions = {};  ///< layout 3: variables of each block
-};
-
-/// A restart file that is written block by block, or array by array.
+/// A restart file that is written block by block, or array by array. Without `close` it stays
+/// incomplete. Copies share the open file.
 class SolutionWriter {
  public:
   /// Creates or replaces the file and writes its header. Layout 0 cannot be written.
   /// @param path    of the file
   /// @param header  what it begins with
   SolutionWriter(const std::string& path, SolutionHeader header);
-  /// Takes over the file.
-  SolutionWriter(SolutionWriter&&) noexcept;
-  /// Closes its own file and takes over the other.
-  SolutionWriter& operator=(SolutionWriter&&) noexcept;
-  /// Closes the file. Without `close` it is incomplete.
-  ~SolutionWriter();
 
   /// Writes the next block.
   void write(const SolutionBlock& block);
@@ -134,7 +127,7 @@ class SolutionWriter {
 
  private:
   class File;
-  std::unique_ptr<File> file_;
+  std::shared_ptr<File> file_;
 };
 
 /// Reads a restart file.
@@ -144,17 +137,16 @@ class SolutionWriter {
 /// Reads a restart file in a form that `detect_restart` has found. The reading has the extents.
 [[nodiscard]] Solution read_solution(const std::string& path, const Reading& reading);
 
-/// The form in which `write_solution` writes a solution: as stated, else as it was read; with a
-/// block count if there are several blocks, in the precision of its variables, with sections that
-/// the layout can hold.
-[[nodiscard]] RestartForm form_to_write(const Solution& solution,
-                                        const StatedRestartForm& stated = {});
+/// What a file begins with that holds what another one holds: the form as stated, else as read;
+/// with a block count if there are several blocks; with sections that the layout can hold.
+[[nodiscard]] SolutionHeader header_to_write(const SolutionHeader& read,
+                                             const StatedRestartForm& stated = {});
+/// The same for a solution. The precision is that of its variables unless it is stated.
+[[nodiscard]] SolutionHeader header_to_write(const Solution& solution,
+                                             const StatedRestartForm& stated = {});
 
-/// What a file in this form begins with.
-[[nodiscard]] SolutionHeader header_to_write(const Solution& solution, const RestartForm& form);
-
-/// Writes a restart file in the form that `form_to_write` returns. A failed write leaves an
-/// incomplete file; invalid arguments leave an existing one unchanged.
+/// Writes a restart file in the form of `header_to_write`. A failed write leaves an incomplete
+/// file; invalid arguments leave an existing one unchanged.
 void write_solution(const std::string& path, const Solution& solution,
                     const StatedRestartForm& stated = {});
 /// The same with members of the coding stated.

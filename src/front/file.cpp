@@ -1,5 +1,6 @@
 #include "front/file.hpp"
 
+#include <filesystem>
 #include <utility>
 
 namespace p3dgrid {
@@ -15,12 +16,30 @@ std::unique_ptr<recordio::Connection> opened(const std::string& path, const Codi
 
 }  // namespace
 
+void refuse(const std::string& path, std::string found, std::string expected) {
+  throw Error({.kind = ErrorKind::argument,
+               .file = path,
+               .found = std::move(found),
+               .expected = std::move(expected)});
+}
+
 SourceFile::SourceFile(std::string path, const Coding& coding)
     : path_(std::move(path)),
       coding_(coding),
       connection_(opened(path_, coding, OpenStatus::old)) {}
 
+bool is_regular(const std::string& path) {
+  std::error_code error;
+  return std::filesystem::is_regular_file(path, error);
+}
+
 void SourceFile::rewind() {
+  // Opening a named pipe again would wait for another writer.
+  if (!is_regular(path_)) {
+    throw Error({.kind = ErrorKind::system,
+                 .file = path_,
+                 .reason = "is not a regular file, and can be read forward only"});
+  }
   record_.reset();
   connection_ = opened(path_, coding_, OpenStatus::old);
 }
@@ -49,10 +68,8 @@ void SourceFile::begin() {
   guarded([&] { record_.emplace(connection_->begin_read()); });
 }
 
-void SourceFile::read_part(const recordio::ReadList& list) {
-  guarded([&] {
-    for (const auto& entry : list) record_->read(entry);
-  });
+void SourceFile::read_part(const recordio::Values<void>& entry) {
+  guarded([&] { record_->read(entry); });
 }
 
 void SourceFile::end() {

@@ -26,6 +26,11 @@ auto on_file(const std::string& path, Action action) {
   }
 }
 
+[[nodiscard]] bool is_regular(const std::string& path);
+
+/// Throws for an argument.
+[[noreturn]] void refuse(const std::string& path, std::string found, std::string expected);
+
 /// A file that is read record by record.
 class SourceFile {
  public:
@@ -36,7 +41,7 @@ class SourceFile {
   /// @name A record that is read in parts
   /// @{
   void begin();
-  void read_part(const recordio::ReadList& list);
+  void read_part(const recordio::Values<void>& entry);
   void end();
   /// @}
   /// Skips a record that holds the list.

@@ -43,10 +43,5 @@ namespace p3dgrid {
   reals.visit([](auto values) { std::ranges::fill(values, 0); });
   return reals;
 }
-[[nodiscard]] inline bool is_zero(const Reals& reals) {
-  return reals.visit([](auto values) {
-    return std::ranges::all_of(values, [](auto value) { return value == 0; });
-  });
-}
 
 }  // namespace p3dgrid

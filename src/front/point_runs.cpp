@@ -7,7 +7,8 @@ namespace {
 
 /// Points of the range in one direction.
 std::int32_t length(std::int32_t extent, std::int32_t first, std::int32_t last) {
-  return std::max(0, std::min(last, extent - 1) - std::max(first, 0) + 1);
+  const std::int64_t end = std::min(std::int64_t{last} + 1, std::int64_t{extent});
+  return static_cast<std::int32_t>(std::max<std::int64_t>(0, end - first));
 }
 
 /// The entry for `count` of its values from `first` on.
@@ -21,41 +22,43 @@ recordio::Values<void> part_of(recordio::Values<void> entry, std::int64_t first,
 }  // namespace
 
 PointRuns::PointRuns(const BlockExtents& block, const IndexRange& range)
-    : extents_{length(block.i, range.first.i, range.last.i),
-               length(block.j, range.first.j, range.last.j),
-               length(block.k, range.first.k, range.last.k)},
-      all_(block.points()) {
-  if (extents_.points() == 0) return;
-  const auto from = [](std::int32_t first) { return std::int64_t{std::max(first, 0)}; };
+    : block_(block),
+      first_{std::max(range.first.i, 0), std::max(range.first.j, 0), std::max(range.first.k, 0)},
+      extents_{length(block.i, first_.i, range.last.i), length(block.j, first_.j, range.last.j),
+               length(block.k, first_.k, range.last.k)} {}
+
+/// Calls `take(first, count)` for each run, in file order.
+template <class Take>
+void PointRuns::for_each_run(Take take) const {
+  if (points() == 0) return;
+  const auto start = [this](std::int64_t j, std::int64_t k) {
+    return first_.i + block_.i * (first_.j + j + block_.j * (first_.k + k));
+  };
+  const bool whole_lines = extents_.i == block_.i;
+  if (whole_lines && extents_.j == block_.j) return take(start(0, 0), points());
   for (std::int64_t k = 0; k < extents_.k; ++k) {
-    for (std::int64_t j = 0; j < extents_.j; ++j) {
-      const std::int64_t line = from(range.first.j) + j + block.j * (from(range.first.k) + k);
-      add(from(range.first.i) + block.i * line, extents_.i);
+    if (whole_lines) {
+      take(start(0, k), std::int64_t{extents_.i} * extents_.j);
+      continue;
     }
+    for (std::int64_t j = 0; j < extents_.j; ++j) take(start(j, k), extents_.i);
   }
 }
 
-void PointRuns::add(std::int64_t first, std::int64_t count) {
-  if (!runs_.empty() && runs_.back().first + runs_.back().count == first) {
-    runs_.back().count += count;
-  } else {
-    runs_.push_back({first, count});
-  }
-}
-
-void PointRuns::add_to(recordio::ReadList& list, const recordio::Values<void>& entry) const {
+void PointRuns::read(SourceFile& source, const recordio::Values<void>& entry) const {
   std::int64_t at = 0;
   std::int64_t read = 0;
   const auto drop_to = [&](std::int64_t point) {
-    if (point > at) list.push_back(recordio::dropped(entry.file_kind, point - at));
+    if (point > at) source.read_part(recordio::dropped(entry.file_kind, point - at));
+    at = point;
   };
-  for (const auto& [first, count] : runs_) {
+  for_each_run([&](std::int64_t first, std::int64_t count) {
     drop_to(first);
-    list.push_back(part_of(entry, read, count));
+    source.read_part(part_of(entry, read, count));
     read += count;
     at = first + count;
-  }
-  drop_to(all_);
+  });
+  drop_to(block_.points());
 }
 
 }  // namespace p3dgrid

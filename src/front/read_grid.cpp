@@ -1,3 +1,4 @@
+#include <limits>
 #include <utility>
 
 #include "front/extents.hpp"
@@ -24,22 +25,25 @@ class GridReader::File {
 
   Block read(std::int32_t block, const IndexRange& range) {
     if (block < 0 || block >= extents_.blocks()) {
-      throw Error({.kind = ErrorKind::argument,
-                   .file = source_.path(),
-                   .found = "a request for block " + std::to_string(block),
-                   .expected = "0 to " + std::to_string(extents_.blocks() - 1)});
+      refuse(source_.path(), "a request for block " + std::to_string(block),
+             "0 to " + std::to_string(extents_.blocks() - 1));
     }
-    if (block < next_) {
+    std::int32_t next = std::exchange(next_, unknown);
+    if (block < next) {
       source_.rewind();
-      next_ = 0;
+      next = 0;
       static_cast<void>(read_header());
     }
-    while (next_ < block) source_.skip(whole_block(next_++));
-    ++next_;
-    return read_points({extents_.of(static_cast<std::size_t>(block)), range});
+    while (next < block) source_.skip(whole_block(next++));
+    Block result = read_points({extents_.of(static_cast<std::size_t>(block)), range});
+    next_ = block + 1;
+    return result;
   }
 
  private:
+  /// Above all blocks: the place in the file after an error.
+  static constexpr std::int32_t unknown = std::numeric_limits<std::int32_t>::max();
+
   Extents read_header() {
     std::int32_t blocks = 1;
     if (form().multiblock) source_.read({recordio::scalar(blocks)});
@@ -60,7 +64,7 @@ class GridReader::File {
     const std::int64_t values = axes_of(form().coding) * runs.points();
     source_.require_room(values, kind, recordio::Claim::may_be_truncated);
     Block block{.extents = runs.extents()};
-    recordio::ReadList list;
+    source_.begin();
     const Precision precision = precision_in_memory(form().coding);
     for (Reals* coordinate : {&block.x, &block.y, &block.z}) {
       if (coordinate == &block.z && is_planar(form().coding)) {
@@ -68,31 +72,28 @@ class GridReader::File {
         continue;
       }
       *coordinate = Reals(precision, runs.points());
-      runs.add_to(list, values_of(*coordinate, kind));
+      runs.read(source_, values_of(*coordinate, kind));
     }
     if (form().iblank) {
       block.iblank.resize(static_cast<std::size_t>(runs.points()));
       auto entry = recordio::values(block.iblank.data(), runs.points());
       entry.zero_where_left_out = true;
-      runs.add_to(list, entry);
+      runs.read(source_, entry);
     }
-    source_.read(list);
+    source_.end();
     return block;
   }
 
   Reading reading_;
   SourceFile source_;
   Extents extents_;
-  std::int32_t next_ = 0;
+  std::int32_t next_ = 0;  ///< next block in the file
 };
 
 GridReader::GridReader(const std::string& path, const StatedGridForm& stated)
     : GridReader(path, settle_grid(path, stated)) {}
 GridReader::GridReader(const std::string& path, const Reading& reading)
-    : file_(std::make_unique<File>(path, reading)) {}
-GridReader::GridReader(GridReader&&) noexcept = default;
-GridReader& GridReader::operator=(GridReader&&) noexcept = default;
-GridReader::~GridReader() = default;
+    : file_(std::make_shared<File>(path, reading)) {}
 
 const GridForm& GridReader::form() const {
   return file_->form();

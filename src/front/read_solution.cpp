@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <exception>
 #include <utility>
 
 #include "format/body.hpp"
@@ -39,20 +40,27 @@ void require_same(const std::string& path, const Extents& own, const Extents& gr
 class SolutionReader::File {
  public:
   File(const std::string& path, const Reading& reading)
-      : form_(reading.restart()), source_(path, form_.coding) {
-    require_files_of(path, form_);
+      : header_{.form = reading.restart()}, source_(path, form().coding) {
+    require_files_of(path, form());
     read_header(reading.extents.get());
     settle_sections();
     begin_body();
+    if (layout().extensions) read_flags();
   }
 
-  [[nodiscard]] const RestartForm& form() const { return form_; }
-  [[nodiscard]] const Extents& extents() const { return extents_; }
-  [[nodiscard]] const RunData& run() const { return header_; }
-  [[nodiscard]] const std::vector<std::int32_t>& flags() const { return flags_; }
+  [[nodiscard]] const SolutionHeader& header() const { return header_; }
+
+  std::vector<double> parameters(std::int32_t block) {
+    static_cast<void>(extents_at(block));
+    const ErrorGuard guard(*this);
+    if (block != block_ || arrays_begun_) go_to_block(block);
+    static_cast<void>(next_array());
+    return parameters_;
+  }
 
   SolutionBlock read(std::int32_t block, const IndexRange& range) {
     const PointRuns runs(extents_at(block), range);
+    const ErrorGuard guard(*this);
     go_to_block(block);
     SolutionBlock result{.extents = runs.extents()};
     while (const auto array = next_array()) {
@@ -61,95 +69,127 @@ class SolutionReader::File {
       if (arrays.size() < count) arrays.resize(count);
       arrays[count - 1] = read_array(runs);
     }
-    const auto absent = static_cast<std::size_t>(absent_variable(layout(), form_.coding));
+    const auto absent = static_cast<std::size_t>(absent_variable(layout(), form().coding));
     if (absent > 0 && absent <= result.variables.size()) {
       result.variables[absent - 1] = absent_values(runs);
     }
-    result.parameters = std::exchange(parameters_, {});
+    result.parameters = parameters_;
     return result;
   }
 
   Reals read(std::int32_t block, const FlowArray& array, const IndexRange& range) {
     const PointRuns runs(extents_at(block), range);
-    const std::int32_t absent = absent_variable(layout(), form_.coding);
+    const std::int32_t absent = absent_variable(layout(), form().coding);
     if (!array.triplet && absent > 0 && array.number == absent) return absent_values(runs);
+    const ErrorGuard guard(*this);
     if (block == block_ && skip_to(array)) return read_array(runs);
     go_to_block(block);
     if (skip_to(array)) return read_array(runs);
-    refuse((array.triplet ? "a request for value " : "a request for variable ") +
-               std::to_string(array.number),
-           "one that block " + std::to_string(block) + " holds");
+    throw Error({.kind = ErrorKind::argument,
+                 .file = source_.path(),
+                 .reason = "block " + std::to_string(block + 1) + " holds no " +
+                           (array.triplet ? "triplet " : "variable ") +
+                           std::to_string(array.number)});
   }
 
  private:
-  [[noreturn]] void refuse(std::string found, std::string expected) const {
-    throw Error({.kind = ErrorKind::argument,
-                 .file = source_.path(),
-                 .found = std::move(found),
-                 .expected = std::move(expected)});
-  }
+  /// Begins anew after an error, which leaves the place in the file unknown.
+  class ErrorGuard {
+   public:
+    explicit ErrorGuard(File& file) : file_(file) {
+      if (file_.failed_) file_.rewind();
+      file_.failed_ = false;
+    }
+    ErrorGuard(const ErrorGuard&) = delete;
+    ErrorGuard& operator=(const ErrorGuard&) = delete;
+    ~ErrorGuard() { file_.failed_ = std::uncaught_exceptions() > exceptions_; }
+
+   private:
+    File& file_;
+    int exceptions_ = std::uncaught_exceptions();
+  };
 
   BlockExtents extents_at(std::int32_t block) const {
-    if (block < 0 || block >= extents_.blocks()) {
-      refuse("a request for block " + std::to_string(block),
-             "0 to " + std::to_string(extents_.blocks() - 1));
+    if (extents().i.empty()) {
+      mismatch(source_.path(), "holds no extents; they come from its grid");
     }
-    return extents_.of(static_cast<std::size_t>(block));
+    if (block < 0 || block >= extents().blocks()) {
+      refuse(source_.path(), "a request for block " + std::to_string(block),
+             "0 to " + std::to_string(extents().blocks() - 1));
+    }
+    return extents().of(static_cast<std::size_t>(block));
   }
 
-  [[nodiscard]] const LayoutTraits& layout() const { return traits_of(form_.layout); }
-  [[nodiscard]] recordio::FileKind kind() const { return real_kind(form_.coding); }
+  [[nodiscard]] const RestartForm& form() const { return header_.form; }
+  [[nodiscard]] const Extents& extents() const { return header_.extents; }
+  [[nodiscard]] const LayoutTraits& layout() const { return traits_of(form().layout); }
+  [[nodiscard]] recordio::FileKind kind() const { return real_kind(form().coding); }
 
   void read_header(const Extents* of_grid) {
-    walk_lead(layout(), form_.coding, form_.multiblock, header_,
+    HeaderValues values;
+    walk_lead(layout(), form().coding, form().multiblock, values,
               [&](const recordio::ReadList& list) { source_.read(list); });
-    require_blocks(source_, header_.nblocks, layout().holds_extents());
+    header_.run = static_cast<const RunData&>(values);
+    header_.blocks = values.nblocks;
+    require_blocks(source_, values.nblocks, layout().holds_extents());
     if (layout().header == HeaderKind::single_block) {
-      extents_ = {{header_.i}, {header_.j}, {header_.k}};
-      return require_valid(source_.path(), form_.coding, extents_);
+      header_.extents = {{values.i}, {values.j}, {values.k}};
+      return require_valid(source_.path(), form().coding, extents());
     }
     if (layout().holds_extents()) {
-      extents_ = read_extents(source_, layout().dimensions, header_.nblocks,
-                              layout().counted_variables ? &functions_ : nullptr);
+      header_.extents = read_extents(source_, layout().dimensions, values.nblocks,
+                                     layout().counted_variables ? &header_.variables : nullptr);
       return;
     }
-    if (of_grid == nullptr) mismatch(source_.path(), "holds no extents; they come from its grid");
-    if (of_grid->blocks() != header_.nblocks) {
-      mismatch(source_.path(), "holds " + std::to_string(header_.nblocks) + " blocks, the grid " +
+    if (of_grid == nullptr) return;
+    if (of_grid->blocks() != values.nblocks) {
+      mismatch(source_.path(), "holds " + std::to_string(values.nblocks) + " blocks, the grid " +
                                    std::to_string(of_grid->blocks()));
     }
-    extents_ = *of_grid;
+    header_.extents = *of_grid;
   }
 
   /// Sets the usual sections unless some are stated, and checks them.
   void settle_sections() {
-    const std::int32_t most =
-        functions_.empty() ? solution_variables : std::ranges::max(functions_);
-    if (!form_.sections) form_.sections = Sections{{1, most}};
-    const bool differ = std::ranges::any_of(functions_, [&](std::int32_t n) { return n != most; });
-    require_sections(source_.path(), *form_.sections, leading());
-    for (const std::int32_t count : functions_) {
-      if (count < 0 || count > most_variables) {
-        source_.fail(std::to_string(count) + " variables in a block",
-                     "0 to " + std::to_string(most_variables));
-      }
+    auto& counts = header_.variables;
+    const bool counted = layout().counted_variables;
+    const std::int32_t most = counted ? std::ranges::max(counts) : solution_variables;
+    const std::int32_t least = counted ? std::ranges::min(counts) : solution_variables;
+    if (least < 0 || most > most_variables) {
+      source_.fail(std::to_string(least) + " to " + std::to_string(most) + " variables in a block",
+                   "0 to " + std::to_string(most_variables));
     }
-    if (functions_.empty() ||
-        (variables_in(*form_.sections) == most && (!differ || form_.sections->size() == 1))) {
-      return;
+    auto& sections = header_.form.sections;
+    if (!sections) sections = Sections{{1, most}};
+    require_sections(source_.path(), *sections, leading());
+    if (!counted) {
+      counts.assign(static_cast<std::size_t>(header_.blocks),
+                    std::ranges::max(*sections, {}, &Section::last).last);
+    } else if (variables_in(*sections) != most || (least != most && sections->size() > 1)) {
+      mismatch(source_.path(), "holds " + std::to_string(most) + " functions, not the sections " +
+                                   describe(*sections));
     }
-    mismatch(source_.path(), "holds " + std::to_string(most) + " functions, not the sections " +
-                                 describe(*form_.sections));
   }
 
-  [[nodiscard]] bool leading() const { return reads_triplets(layout(), form_.coding); }
+  /// Reads the flags after the block, and with them the number of variables.
+  void read_flags() {
+    go_to_block(0);
+    while (const auto array = next_array()) {
+      if (!array->triplet) header_.variables[0] = std::max(header_.variables[0], array->number);
+      skip_array();
+    }
+    header_.flags = flags_;
+    rewind();
+  }
+
+  [[nodiscard]] bool leading() const { return reads_triplets(layout(), form().coding); }
 
   void begin_body() {
     // Text has no records of older levels.
-    const std::int32_t older = is_text(form_.coding) ? 0 : older_levels(header_.itimeint);
+    const std::int32_t older = is_text(form().coding) ? 0 : older_levels(header_.run.itimeint);
     walk_.emplace(
-        block_records(layout(), form_.coding, shape_of(*form_.sections, leading(), older)),
-        extents_.blocks(), layout().extensions);
+        block_records(layout(), form().coding, shape_of(*form().sections, leading(), older)),
+        extents().blocks(), layout().extensions);
     flags_.clear();
     block_ = -1;
     record_ = walk_->next();
@@ -157,7 +197,7 @@ class SolutionReader::File {
 
   void rewind() {
     source_.rewind();
-    const Extents before = extents_;
+    const Extents before = extents();
     read_header(&before);
     open_ = false;
     begin_body();
@@ -170,14 +210,17 @@ class SolutionReader::File {
       while (next_array()) skip_array();
       ++block_;
       begun_ = false;
+      arrays_begun_ = false;
+      parameters_.clear();
       record_ = walk_->next();
     }
   }
 
   /// The variables of the current record.
   [[nodiscard]] Section variables() const {
-    const bool counted = !functions_.empty() && form_.sections->size() == 1;
-    return counted ? Section{1, functions_[static_cast<std::size_t>(block_)]} : record_->variables;
+    const bool counted = layout().counted_variables && form().sections->size() == 1;
+    const auto block = static_cast<std::size_t>(block_);
+    return counted ? Section{1, header_.variables[block]} : record_->variables;
   }
 
   [[nodiscard]] std::int64_t arrays_in_record() const {
@@ -238,7 +281,7 @@ class SolutionReader::File {
   }
 
   [[nodiscard]] std::int64_t block_points() const {
-    return extents_.points_of(static_cast<std::size_t>(block_));
+    return extents().points_of(static_cast<std::size_t>(block_));
   }
 
   /// Skips arrays of the block up to `wanted`; false if it does not come.
@@ -251,63 +294,51 @@ class SolutionReader::File {
   }
 
   void skip_array() {
-    source_.read_part({recordio::dropped(kind(), block_points())});
+    source_.read_part(recordio::dropped(kind(), block_points()));
     ++array_;
+    arrays_begun_ = true;
   }
 
   [[nodiscard]] Reals absent_values(const PointRuns& runs) const {
-    return zeros(precision_in_memory(form_.coding), runs.points());
+    return zeros(precision_in_memory(form().coding), runs.points());
   }
 
   Reals read_array(const PointRuns& runs) {
     source_.require_room(runs.points(), kind(), recordio::Claim::may_be_truncated);
-    Reals values(precision_in_memory(form_.coding), runs.points());
-    recordio::ReadList list;
-    runs.add_to(list, values_of(values, kind()));
-    source_.read_part(list);
+    Reals values(precision_in_memory(form().coding), runs.points());
+    runs.read(source_, values_of(values, kind()));
     ++array_;
+    arrays_begun_ = true;
     return values;
   }
 
-  RestartForm form_;
+  SolutionHeader header_;
   SourceFile source_;
-  HeaderValues header_;
-  Extents extents_;
-  std::vector<std::int32_t> functions_;  ///< variables of each block, if the header has them
   std::optional<BodyWalk> walk_;
   std::optional<BodyRecord> record_;  ///< current or next record
+  bool failed_ = false;               ///< the last read has thrown
   bool open_ = false;                 ///< its arrays are being read
   std::int64_t array_ = 0;            ///< next array of it
   std::int32_t block_ = -1;           ///< current block
   bool begun_ = false;                ///< a record of it has been read
-  std::vector<double> parameters_;
-  std::vector<std::int32_t> flags_;
+  bool arrays_begun_ = false;         ///< an array of it has been read
+  std::vector<double> parameters_;    ///< of the block, once read
+  std::vector<std::int32_t> flags_;   ///< read so far
 };
 
 SolutionReader::SolutionReader(const std::string& path, const SolutionOptions& options)
     : SolutionReader(path, settle_restart(path, options.form, extents_of(options.grid))) {
-  if (options.grid != nullptr) require_same(path, extents(), options.grid->extents());
+  if (options.grid != nullptr) require_same(path, header().extents, options.grid->extents());
 }
 SolutionReader::SolutionReader(const std::string& path, const Reading& reading)
-    : file_(std::make_unique<File>(path, reading)) {}
-SolutionReader::SolutionReader(SolutionReader&&) noexcept = default;
-SolutionReader& SolutionReader::operator=(SolutionReader&&) noexcept = default;
-SolutionReader::~SolutionReader() = default;
+    : file_(std::make_shared<File>(path, reading)) {}
 
-const RestartForm& SolutionReader::form() const {
-  return file_->form();
+const SolutionHeader& SolutionReader::header() const {
+  return file_->header();
 }
 
-const Extents& SolutionReader::extents() const {
-  return file_->extents();
-}
-
-const RunData& SolutionReader::run() const {
-  return file_->run();
-}
-
-const std::vector<std::int32_t>& SolutionReader::flags() const {
-  return file_->flags();
+std::vector<double> SolutionReader::parameters(std::int32_t block) {
+  return file_->parameters(block);
 }
 
 SolutionBlock SolutionReader::read(std::int32_t block, const IndexRange& range) {
@@ -329,11 +360,11 @@ Solution read_solution(const std::string& path, const SolutionOptions& options) 
 
 Solution read_solution(const std::string& path, const Reading& reading) {
   SolutionReader reader(path, reading);
-  Solution solution{.form = reader.form(), .run = reader.run()};
-  for (std::int32_t b = 0; b < reader.extents().blocks(); ++b) {
+  const SolutionHeader& header = reader.header();
+  Solution solution{.form = header.form, .run = header.run, .flags = header.flags};
+  for (std::int32_t b = 0; b < header.blocks; ++b) {
     solution.blocks.push_back(reader.read(b));
   }
-  solution.flags = reader.flags();
   require_agreement(path, reading);
   return solution;
 }

@@ -8,7 +8,25 @@
 namespace p3dgrid {
 namespace {
 
-constexpr Section solution{1, solution_variables};
+constexpr Section leading_section{1, solution_variables};
+
+/// The sections of a solution that is written in another layout.
+Sections sections_to_write(const SolutionHeader& read, const LayoutTraits& written) {
+  const std::int32_t variables = read.most_variables();
+  const Sections kept = read.form.sections.value_or(Sections{{1, variables}});
+  const bool same = read.form.layout == written.layout;
+  if (same && written.extensions) return kept;
+  if (written.counted_variables && !same) return {{1, variables}};
+  const std::int32_t held = variables_in(kept);
+  Sections sections = kept;
+  if (written.triplets && kept.front() != leading_section) {
+    sections = {leading_section};
+    if (variables > solution_variables) sections.push_back({solution_variables + 1, variables});
+  } else if (variables > held) {
+    sections.push_back({held + 1, variables});
+  }
+  return sections;
+}
 
 }  // namespace
 
@@ -16,7 +34,7 @@ void require_sections(const std::string& path, const Sections& sections, bool le
   const bool valid = !sections.empty() && std::ranges::all_of(sections, [](const Section& s) {
     return s.first >= 1 && s.last <= most_variables;
   });
-  if (valid && (!leading || sections.front() == solution)) return;
+  if (valid && (!leading || sections.front() == leading_section)) return;
   throw Error({.kind = ErrorKind::argument,
                .file = path,
                .found = "the sections " + describe(sections),
@@ -31,21 +49,47 @@ void require_files_of(const std::string& path, const RestartForm& form) {
                          " has no files of two dimensions; layouts 2 and 3 have"});
 }
 
-Sections sections_to_write(const RestartForm& read, const LayoutTraits& written,
-                           std::int32_t variables) {
-  const Sections kept = read.sections.value_or(Sections{{1, variables}});
-  const bool same = read.layout == written.layout;
-  if (same && written.extensions) return kept;
-  if (written.counted_variables && !same) return {{1, variables}};
-  const std::int32_t held = variables_in(kept);
-  Sections sections = kept;
-  if (written.triplets && kept.front() != solution) {
-    sections = {solution};
-    if (variables > solution_variables) sections.push_back({solution_variables + 1, variables});
-  } else if (variables > held) {
-    sections.push_back({held + 1, variables});
+Sections extensions_in(const std::vector<std::int32_t>& flags) {
+  Sections extensions;
+  for (std::size_t n = 0; n < flags.size() && flags[n] != end_of_extensions; ++n) {
+    const Extension* const extension = extension_of(flags[n], static_cast<std::int32_t>(n + 1));
+    if (extension != nullptr) extensions.push_back(extension->variables);
   }
-  return sections;
+  return extensions;
+}
+
+std::int32_t SolutionHeader::most_variables() const {
+  return variables.empty() ? 0 : std::ranges::max(variables);
+}
+
+Sections SolutionHeader::missing() const {
+  Sections held = form.sections.value_or(Sections());
+  const Sections extensions = extensions_in(flags);
+  held.insert(held.end(), extensions.begin(), extensions.end());
+  std::ranges::sort(held, {}, &Section::first);
+  Sections gaps;
+  std::int32_t last = 0;
+  for (const Section& section : held) {
+    if (section.first > last + 1) gaps.push_back({last + 1, section.first - 1});
+    last = std::max(last, section.last);
+  }
+  return gaps;
+}
+
+SolutionHeader header_to_write(const SolutionHeader& read, const StatedRestartForm& stated) {
+  SolutionHeader header = read;
+  header.form = applied_to(read.form, stated);
+  const bool stays_text = is_text(read.form.coding) && is_text(header.form.coding);
+  if (stays_text && !stated.coding.precision) {
+    header.form.coding.precision = Precision::double_precision;
+  }
+  if (!stated.multiblock) {
+    header.form.multiblock = header.form.multiblock || read.extents.blocks() > 1;
+  }
+  const LayoutTraits& layout = traits_of(header.form.layout);
+  if (!layout.extensions || !traits_of(read.form.layout).extensions) header.flags.clear();
+  if (!stated.sections) header.form.sections = sections_to_write(read, layout);
+  return header;
 }
 
 }  // namespace p3dgrid

@@ -14,9 +14,7 @@ void require_sections(const std::string& path, const Sections& sections, bool le
 /// Throws for a file of two dimensions in a layout that has none.
 void require_files_of(const std::string& path, const RestartForm& form);
 
-/// The sections of a solution read in form `read` and written in another layout.
-/// @param variables  in each block
-[[nodiscard]] Sections sections_to_write(const RestartForm& read, const LayoutTraits& written,
-                                         std::int32_t variables);
+/// The variables that a chain of flags announces, in file order.
+[[nodiscard]] Sections extensions_in(const std::vector<std::int32_t>& flags);
 
 }  // namespace p3dgrid

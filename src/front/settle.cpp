@@ -1,8 +1,8 @@
 #include "front/settle.hpp"
 
-#include <filesystem>
 #include <utility>
 
+#include "front/file.hpp"
 #include "p3dgrid/detect.hpp"
 
 namespace p3dgrid {
@@ -12,11 +12,6 @@ namespace {
                        std::vector<Reading> readings = {}) {
   throw Error(
       {.kind = kind, .file = path, .reason = std::move(reason), .readings = std::move(readings)});
-}
-
-bool is_regular(const std::string& path) {
-  std::error_code error;
-  return std::filesystem::is_regular_file(path, error);
 }
 
 /// Throws if the file is one of the other kind.

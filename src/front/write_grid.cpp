@@ -9,13 +9,6 @@
 namespace p3dgrid {
 namespace {
 
-[[noreturn]] void refuse(const std::string& path, std::string found, std::string expected) {
-  throw Error({.kind = ErrorKind::argument,
-               .file = path,
-               .found = std::move(found),
-               .expected = std::move(expected)});
-}
-
 void check(const std::string& path, const Coding& coding, std::int32_t number, const Block& block,
            const BlockExtents& announced) {
   const std::string name = "block " + std::to_string(number) + " of ";
@@ -67,11 +60,11 @@ class GridWriter::File {
       list.push_back(values_of(*coordinate, kind_to_write(form_.coding, *coordinate)));
     }
     Array<std::int32_t> in_use;
-    if (form_.iblank) {
-      if (block.iblank.empty()) in_use.assign(static_cast<std::size_t>(block.x.size()), 1);
-      const auto& iblank = block.iblank.empty() ? in_use : block.iblank;
-      list.push_back(recordio::values(iblank.data(), std::ssize(iblank)));
+    if (block.iblank.empty() && form_.iblank) {
+      in_use.assign(static_cast<std::size_t>(block.x.size()), 1);
     }
+    const auto& iblank = block.iblank.empty() ? in_use : block.iblank;
+    if (form_.iblank) list.push_back(recordio::values(iblank.data(), std::ssize(iblank)));
     target_.write(list);
   }
 
@@ -99,10 +92,7 @@ class GridWriter::File {
 };
 
 GridWriter::GridWriter(const std::string& path, const GridForm& form, const Extents& extents)
-    : file_(std::make_unique<File>(path, form, extents)) {}
-GridWriter::GridWriter(GridWriter&&) noexcept = default;
-GridWriter& GridWriter::operator=(GridWriter&&) noexcept = default;
-GridWriter::~GridWriter() = default;
+    : file_(std::make_shared<File>(path, form, extents)) {}
 
 void GridWriter::write(const Block& block) {
   file_->write(block);

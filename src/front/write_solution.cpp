@@ -11,13 +11,6 @@
 namespace p3dgrid {
 namespace {
 
-[[noreturn]] void refuse(const std::string& path, std::string found, std::string expected) {
-  throw Error({.kind = ErrorKind::argument,
-               .file = path,
-               .found = std::move(found),
-               .expected = std::move(expected)});
-}
-
 std::string layout_text(const LayoutTraits& layout) {
   return std::string("layout ") + layout.name;
 }
@@ -40,8 +33,8 @@ void check(const std::string& path, const SolutionHeader& header) {
            one ? "one for a file of " + layout_text(layout) + " without a block count"
                : "at least one");
   }
-  if (layout.counted_variables && std::ssize(header.functions) != blocks) {
-    refuse(path, "variable counts of " + std::to_string(header.functions.size()) + " blocks",
+  if (layout.counted_variables && std::ssize(header.variables) != blocks) {
+    refuse(path, "variable counts of " + std::to_string(header.variables.size()) + " blocks",
            "of " + std::to_string(blocks));
   }
   const auto& flags = header.flags;
@@ -54,7 +47,7 @@ void check(const std::string& path, const SolutionHeader& header) {
 Section counted_section(const SolutionHeader& header, std::size_t block, const Section& section) {
   const LayoutTraits& layout = traits_of(header.form.layout);
   const bool counted = layout.counted_variables && header.form.sections->size() == 1;
-  return counted ? Section{1, header.functions[block]} : section;
+  return counted ? Section{1, header.variables[block]} : section;
 }
 
 void require_values(const std::string& path, const FlowArray& array, const Reals& values,
@@ -73,6 +66,12 @@ void require_parameters(const std::string& path, const LayoutTraits& layout,
          std::to_string(layout.parameters));
 }
 
+/// Refuses values that a file of two dimensions leaves out.
+void require_absent(const std::string& path, const Reals& values) {
+  if (is_zero(values)) return;
+  refuse(path, "a third momentum other than 0", "one of 0 in two dimensions");
+}
+
 /// Refuses a block without the values that the file is to hold.
 void check(const std::string& path, const SolutionHeader& header, std::size_t number,
            const SolutionBlock& block) {
@@ -83,20 +82,15 @@ void check(const std::string& path, const SolutionHeader& header, std::size_t nu
       require_values(path, {n, triplet}, block.of({n, triplet}), points);
     }
     const std::int32_t absent = absent_variable(layout, header.form.coding);
-    if (absent > 0 && !is_zero(block.of({absent}))) {
-      refuse(path, "a third momentum other than 0", "one of 0 in two dimensions");
-    }
+    if (absent > 0) require_absent(path, block.of({absent}));
   };
   require_parameters(path, layout, block.parameters);
   if (layout.triplets) require({1, triplet}, true);
   for (const Section& section : *header.form.sections) {
     require(counted_section(header, number, section), false);
   }
-  for (std::size_t n = 0; layout.extensions && n < header.flags.size(); ++n) {
-    const Extension* const extension =
-        extension_of(header.flags[n], static_cast<std::int32_t>(n + 1));
-    if (extension != nullptr) require(extension->variables, false);
-  }
+  if (!layout.extensions) return;
+  for (const Section& extension : extensions_in(header.flags)) require(extension, false);
 }
 
 }  // namespace
@@ -154,7 +148,7 @@ class SolutionWriter::File {
               [&](const recordio::WriteList& list) { target_.write(list); });
     if (layout_.dimensions == DimensionKind::none) return;
     write_extents(target_, header_.form.coding, layout_.dimensions, header_.extents,
-                  layout_.counted_variables ? &header_.functions : nullptr);
+                  layout_.counted_variables ? &header_.variables : nullptr);
   }
 
   /// @param with_array  `with_array(array, put)` calls `put(values)`
@@ -169,7 +163,7 @@ class SolutionWriter::File {
          record_ = walk_.next()) {
       if (record_->kind == BodyRecordKind::parameters) {
         target_.write({recordio::stored_as(
-            kind(), recordio::values(parameters.data(), std::ssize(parameters)))});
+            parameter_kind(), recordio::values(parameters.data(), std::ssize(parameters)))});
       } else if (record_->kind == BodyRecordKind::flag) {
         write_flag(static_cast<std::size_t>(record_->flag - 1));
       } else {
@@ -201,12 +195,23 @@ class SolutionWriter::File {
       };
       for (std::int32_t n = 1; n <= triplets; ++n) write({n, true});
       for (std::int32_t n = variables.first; n <= variables.last; ++n) {
-        if (n != record_->absent) write({n, false});
+        if (n != record_->absent) {
+          write({n, false});
+        } else {
+          with_array(FlowArray{n, false},
+                     [&](const Reals& values) { require_absent(path_, values); });
+        }
       }
     });
   }
 
   [[nodiscard]] recordio::FileKind kind() const { return real_kind(header_.form.coding); }
+
+  /// Text has the digits of the precision of the solution, and of doubles that are no singles.
+  [[nodiscard]] recordio::FileKind parameter_kind() const {
+    const bool is_double = header_.form.coding.precision == Precision::double_precision;
+    return is_double ? recordio::FileKind::real8 : recordio::FileKind::real4;
+  }
 
   std::string path_;
   SolutionHeader header_;
@@ -218,10 +223,7 @@ class SolutionWriter::File {
 };
 
 SolutionWriter::SolutionWriter(const std::string& path, SolutionHeader header)
-    : file_(std::make_unique<File>(path, std::move(header))) {}
-SolutionWriter::SolutionWriter(SolutionWriter&&) noexcept = default;
-SolutionWriter& SolutionWriter::operator=(SolutionWriter&&) noexcept = default;
-SolutionWriter::~SolutionWriter() = default;
+    : file_(std::make_shared<File>(path, std::move(header))) {}
 
 void SolutionWriter::write(const SolutionBlock& block) {
   file_->write(block);
@@ -255,30 +257,24 @@ std::int32_t Solution::variables() const {
   return static_cast<std::int32_t>(most);
 }
 
-RestartForm form_to_write(const Solution& solution, const StatedRestartForm& stated) {
-  RestartForm form = applied_to(solution.form, stated);
-  if (!stated.multiblock) form.multiblock = form.multiblock || solution.blocks.size() > 1;
-  if (!stated.coding.precision && !solution.blocks.empty()) {
-    form.coding.precision = solution.blocks.front().of({}).precision();
-  }
-  if (!stated.sections) {
-    form.sections = sections_to_write(solution.form, traits_of(form.layout), solution.variables());
-  }
-  return form;
-}
-
-SolutionHeader header_to_write(const Solution& solution, const RestartForm& form) {
-  SolutionHeader header{.form = form, .run = solution.run, .extents = solution.extents()};
-  if (traits_of(solution.form.layout).extensions) header.flags = solution.flags;
+SolutionHeader header_to_write(const Solution& solution, const StatedRestartForm& stated) {
+  SolutionHeader read{.form = solution.form,
+                      .run = solution.run,
+                      .flags = solution.flags,
+                      .blocks = static_cast<std::int32_t>(solution.blocks.size()),
+                      .extents = solution.extents()};
   for (const SolutionBlock& block : solution.blocks) {
-    header.functions.push_back(static_cast<std::int32_t>(block.variables.size()));
+    read.variables.push_back(static_cast<std::int32_t>(block.variables.size()));
   }
-  return header;
+  if (!solution.blocks.empty()) {
+    read.form.coding.precision = solution.blocks.front().of({}).precision();
+  }
+  return header_to_write(read, stated);
 }
 
 void write_solution(const std::string& path, const Solution& solution,
                     const StatedRestartForm& stated) {
-  SolutionHeader header = header_to_write(solution, form_to_write(solution, stated));
+  SolutionHeader header = header_to_write(solution, stated);
   check(path, header);
   for (std::size_t b = 0; b < solution.blocks.size(); ++b) {
     check(path, header, b, solution.blocks[b]);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <type_traits>
 
 /// Transposes between files, which hold variable after variable, and memory, which holds point
 /// after point, for a tile that fits the cache.
@@ -21,7 +22,7 @@ void with_lines(std::int64_t lines, Visit visit) {
   if constexpr (Lines < most_lines) {
     if (lines != Lines) return with_lines<Lines + 1>(lines, visit);
   }
-  visit.template operator()<Lines>();
+  visit(std::integral_constant<int, Lines>());
 }
 
 /// Calls `copy(value of a line, value of a point)` for all values.
@@ -29,9 +30,9 @@ template <class Line, class Point, class Copy>
 void for_each_value(Line* lines, std::int64_t distance, std::int64_t rows, std::int64_t count,
                     Point* points, std::int64_t stride, Copy copy) {
   for (std::int64_t row = 0; row < rows; row += most_lines) {
-    with_lines(std::min(most_lines, rows - row), [&]<int Lines>() {
+    with_lines(std::min(most_lines, rows - row), [&](auto at_once) {
       for (std::int64_t i = 0; i < count; ++i) {
-        for (int r = 0; r < Lines; ++r) {
+        for (int r = 0; r < at_once(); ++r) {
           copy(lines[(row + r) * distance + i], points[i * stride + row + r]);
         }
       }

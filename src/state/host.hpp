@@ -78,6 +78,7 @@ template <class T, std::size_t Rank, class... Extent>
 template <class... Array>
 [[nodiscard]] bool allocate_group_checked(std::int64_t extent, Array&... array) {
   integer status = allocation_done;
+  // cppcheck-suppress knownConditionTrueFalse ; it does not see the repetition
   ((status = status == allocation_done ? array.allocate(extent) : status), ...);
   host::checkallocationerror(status);
   return (covers(array, extent) && ...);

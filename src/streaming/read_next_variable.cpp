@@ -146,8 +146,8 @@ void readnextp3dvar(integer ivar, const FileName& filename, integer iformat, log
   read_restart_header(filename, iformat, dblprec, scratch, rsttype, multiblock, extents);
   require_plausible_extents(unit, extents);
   try {
-    OneVariableStaging& staging = one_variable_staging;
     if (unit.known()) {
+      OneVariableStaging& staging = one_variable_staging;
       holds_singles(read.coding) ? read_variable(read, staging.SW, staging.SPNTR)
                                  : read_variable(read, staging.DW, staging.DPNTR);
     }

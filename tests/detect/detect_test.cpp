@@ -411,18 +411,6 @@ TEST_F(Detects, TextAsAReaderTakesIt) {
   EXPECT_THAT(fit("2\n6*0\n\n7\n", false).what, HasSubstr("1 more value behind"));
 }
 
-TEST_F(Detects, WhatSurvivesDoublePrecision) {
-  const auto survives = [](const char* text) {
-    write_file("text", std::string(text));
-    return survives_double_precision("text");
-  };
-  EXPECT_TRUE(survives("1 0.5\n3.25e-3, 2*7\n"));
-  EXPECT_TRUE(survives(""));
-  for (const char* text : {"1,,2", "1 /", "nan", "1e999", "x", "1.00000017881393432617187499"}) {
-    EXPECT_FALSE(survives(text)) << text;
-  }
-}
-
 TEST_F(Detects, FilesThatCannotBeLookedInto) {
   EXPECT_THROW(static_cast<void>(detect_any("none")), Error);
   EXPECT_THROW(static_cast<void>(detect_grid(".")), Error);
@@ -433,8 +421,6 @@ TEST_F(Detects, FilesThatCannotBeLookedInto) {
   EXPECT_TRUE(found.fitting.empty() && found.size == 0);
   write_file("text", "1\n1 1 1\n1 2 " + std::string(2 << 20, '3'));
   EXPECT_TRUE(detect_grid("text").fitting.empty());
-  EXPECT_THROW(static_cast<void>(survives_double_precision("text")), Error);
-  EXPECT_THROW(static_cast<void>(survives_double_precision("none")), Error);
 }
 
 TEST_F(Detects, WhatIsStatedMayBeNoForm) {

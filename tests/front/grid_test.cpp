@@ -2,11 +2,13 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <bit>
 #include <cmath>
 #include <limits>
 #include <random>
+#include <thread>
 
 #include "front/front_case.hpp"
 #include "support/scratch_folder.hpp"
@@ -148,6 +150,27 @@ TEST_F(FrontGrid, IsReadInARangeOfIndices) {
   }
 }
 
+TEST_F(FrontGrid, HasNoPointsInARangeOutsideOfIt) {
+  write_file("grid", two_blocks());
+  GridReader reader("grid");
+  constexpr std::int32_t least = std::numeric_limits<std::int32_t>::min();
+  constexpr std::int32_t most = std::numeric_limits<std::int32_t>::max();
+  EXPECT_EQ(reader.read(0, {.first = {1, 0, 0}, .last = {0, 0, 0}}).x.size(), 0);
+  EXPECT_EQ(reader.read(0, {.first = {most, 0, 0}}).x.size(), 0);
+  EXPECT_EQ(reader.read(0, {.first = {1, 0, 0}, .last = {least, 0, 0}}).extents.i, 0);
+  EXPECT_EQ(reader.read(0, {.first = {least, least, least}}).x.size(), 2);
+  EXPECT_THAT(list_of(reader.read(1).z), ElementsAre(9, 10));
+}
+
+TEST_F(FrontGrid, IsReadFromItsBeginningAfterAnError) {
+  write_file("grid", "2\n1 1 1 1 1 1\n1 word 3\n4 5 6 7 8 9\n10 11 12\n");
+  GridReader reader("grid", stated_as(GridForm{.coding = {.encoding = Encoding::formatted}}));
+  for (const std::int32_t block : {0, 1, 1, 0}) {
+    const Error error = error_of([&] { static_cast<void>(reader.read(block)); });
+    EXPECT_EQ(error.details().line, 3) << block;
+  }
+}
+
 TEST_F(FrontGrid, FailuresHaveAKindAndAPlace) {
   const Error missing = error_of([] { static_cast<void>(read_grid("missing")); });
   EXPECT_EQ(missing.kind(), ErrorKind::system);
@@ -231,6 +254,16 @@ TEST_F(FrontGrid, BlocksAreWrittenAsAnnounced) {
   EXPECT_EQ(error_of([&] { writer.write(grid.blocks[1]); }).kind(), ErrorKind::argument);
   writer.close();
   EXPECT_EQ(read_file("grid"), two_blocks().str());
+}
+
+TEST_F(FrontGrid, APipeIsReadForwardOnly) {
+  ASSERT_EQ(::mkfifo("pipe", 0600), 0);
+  std::thread writer([] { write_file("pipe", two_blocks()); });
+  GridReader reader("pipe", stated_as(double_form));
+  EXPECT_THAT(list_of(reader.read(0).x), ElementsAre(0.1, 0.2));
+  EXPECT_THAT(list_of(reader.read(1).x), ElementsAre(5, 6));
+  EXPECT_EQ(error_of([&] { static_cast<void>(reader.read(0)); }).kind(), ErrorKind::system);
+  writer.join();
 }
 
 TEST_F(FrontGrid, HeadersThatNoFileCanHoldTakeNoMemory) {

@@ -126,7 +126,7 @@ TEST_F(FrontSolution, IsReadArrayByArrayInAnyOrder) {
 TEST_F(FrontSolution, IsWrittenArrayByArray) {
   write_file("flow", extended());
   const Solution flow = read_solution("flow");
-  SolutionWriter writer("copy", header_to_write(flow, form_to_write(flow)));
+  SolutionWriter writer("copy", header_to_write(flow));
   std::vector<FlowArray> asked;
   writer.write({}, [&](const FlowArray& array) {
     asked.push_back(array);
@@ -144,11 +144,10 @@ TEST_F(FrontSolution, TakesExtentsFromItsGrid) {
   write_file("flow", bare);
   const StatedRestartForm form = {.layout = Layout::bare,
                                   .coding = {.precision = Precision::single_precision}};
-  EXPECT_EQ(error_of([&] {
-              static_cast<void>(
-                  SolutionReader("flow", {.form = stated_as(RestartForm{.layout = Layout::bare})}));
-            }).kind(),
-            ErrorKind::mismatch);
+  const RestartForm whole = {.layout = Layout::bare, .sections = Sections{{1, 5}}};
+  SolutionReader alone("flow", {.form = stated_as(whole)});
+  EXPECT_TRUE(alone.header().extents.i.empty());
+  EXPECT_EQ(error_of([&] { static_cast<void>(alone.read(0)); }).kind(), ErrorKind::mismatch);
   Grid grid{.blocks = {Block{.extents = {2, 1, 1}}}};
   const Solution flow = read_solution("flow", {.form = form, .grid = &grid});
   EXPECT_THAT(list_of(flow.blocks.at(0).variables.at(1)), ElementsAre(3, 4));
@@ -219,6 +218,39 @@ TEST_F(FrontSolution, DamageHasItsPlace) {
   const Error chain =
       error_of([&] { static_cast<void>(read_solution("flow", {.form = stated_as(layout_101)})); });
   EXPECT_THAT(chain.what(), HasSubstr("found three flags, none of them 999"));
+}
+
+TEST_F(FrontSolution, IsReadFromItsBeginningAfterAnError) {
+  write_file("flow", "1\n2 1 1\n0 0 0 0\n1 2 3 word 5 6 7 8 9 10 11 12 13\n");
+  const RestartForm form = {.coding = {.encoding = Encoding::formatted},
+                            .sections = Sections{{1, 5}}};
+  SolutionReader reader("flow", {.form = stated_as(form)});
+  EXPECT_THAT(list_of(reader.read(0, FlowArray{1})), ElementsAre(1, 2));
+  for (const std::int32_t variable : {2, 3, 4}) {
+    const Error error = error_of([&] { static_cast<void>(reader.read(0, FlowArray{variable})); });
+    EXPECT_EQ(error.details().line, 4) << variable;
+  }
+  EXPECT_THAT(list_of(reader.read(0, FlowArray{1})), ElementsAre(1, 2));
+  EXPECT_THAT(reader.parameters(0), ElementsAre(0, 0, 0, 0));
+}
+
+TEST_F(FrontSolution, OfDoublesHasTheirDigitsInText) {
+  write_file("flow", Bytes()
+                         .record(Bytes().i4(1))
+                         .record(Bytes().i4s({1, 1, 1}))
+                         .record(Bytes().r8s({123456.7890625, 0.1, 0.1F, 1}))
+                         .record(Bytes().r8s({0.1F, 2, 3, 4, 5})));
+  write_solution("text", read_solution("flow"), {.encoding = Encoding::formatted});
+  const Solution text = read_solution("text");
+  EXPECT_THAT(text.blocks[0].parameters, ElementsAre(123456.7890625, 0.1, 0.1F, 1));
+  EXPECT_EQ(text.blocks[0].variables[0][0], 0.1F);
+  write_solution("again", text);
+  EXPECT_EQ(read_file("again"), read_file("text"));
+  SolutionReader reader("text");
+  SolutionWriter writer("again", header_to_write(reader.header()));
+  writer.write(reader.read(0));
+  writer.close();
+  EXPECT_EQ(read_file("again"), read_file("text"));
 }
 
 }  // namespace

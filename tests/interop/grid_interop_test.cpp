@@ -8,90 +8,23 @@
 #include <limits>
 
 #include "recordio/unformatted_record.hpp"
-#include "support/awkward_values.hpp"
 #include "support/file_bytes.hpp"
+#include "support/fortran_grid.hpp"
 #include "support/grid.hpp"
 #include "support/host_gridvars.hpp"
 #include "support/library_grid.hpp"
-#include "support/run_program.hpp"
 #include "support/scratch_directory.hpp"
 
 namespace interop {
 namespace {
 
-/// Blocks of differing extents, with planes, a block without points, and a single point; without a
-/// block count one block alone.
-std::vector<Extents> awkward_extents(const GridLayout& layout) {
-  if (layout.planar && !layout.multiblock) return {{9, 37, 1}};
-  if (layout.planar) return {{5, 4, 1}, {7, 1, 1}, {3, 0, 1}, {11, 6, 1}, {1, 1, 1}};
-  if (!layout.multiblock) return {{9, 1, 37}};
-  return {{5, 4, 3}, {7, 1, 2}, {3, 0, 4}, {11, 6, 2}, {1, 1, 1}};
-}
-
-/// Sets the third coordinates to 0 if the file has none.
-template <class Real>
-Grid<Real> as_held(const GridLayout& layout, Grid<Real> grid) {
-  auto value = grid.coordinates.begin();
-  for (const Extents& block : grid.extents) {
-    const auto points = static_cast<std::ptrdiff_t>(points_of(block));
-    if (layout.planar) std::fill_n(value + 2 * points, points, Real{0});
-    value += 3 * points;
-  }
-  return grid;
-}
-
-Grid<float> awkward_grid(const GridLayout& layout, float) {
-  Grid<float> grid{awkward_extents(layout), {}, {}};
-  grid.coordinates = awkward_floats(3 * grid.points());
-  grid = as_held(layout, std::move(grid));
-  if (layout.has_iblank) grid.iblank = awkward_integers(grid.points());
-  return grid;
-}
-
-Grid<double> awkward_grid(const GridLayout& layout, double) {
-  Grid<double> grid{awkward_extents(layout), {}, {}};
-  grid.coordinates = awkward_doubles(3 * grid.points());
-  grid = as_held(layout, std::move(grid));
-  if (layout.has_iblank) grid.iblank = awkward_integers(grid.points());
-  return grid;
-}
-
 Grid<double> widened(const Grid<float>& grid) {
   return {grid.extents, {grid.coordinates.begin(), grid.coordinates.end()}, grid.iblank};
 }
 
-/// The Fortran program, in a directory of its own.
-class FortranSide {
+class FortranSide : public FortranGrid {
  public:
-  explicit FortranSide(std::string program = GRID_PEER) : program_(std::move(program)) {}
-
-  [[nodiscard]] std::string grid_file() const { return scratch_.file("grid"); }
-
-  template <class Real>
-  void write(const GridLayout& layout, const Grid<Real>& grid) const {
-    save_bits(bits_file(), grid);
-    run("write", layout);
-  }
-
-  template <class Real>
-  [[nodiscard]] Grid<Real> read(const GridLayout& layout) const {
-    run("read", layout);
-    return load_bits<Real>(bits_file(), layout.has_iblank);
-  }
-
- private:
-  [[nodiscard]] std::string bits_file() const { return scratch_.file("bits"); }
-
-  void run(const char* verb, const GridLayout& layout) const {
-    const Finished finished =
-        run_program({program_, verb, bits_file(), grid_file(), layout.encoding_name(),
-                     layout.precision_name(), layout.multiblock ? "yes" : "no",
-                     layout.has_iblank ? "yes" : "no", layout.planar ? "2" : "3"});
-    ASSERT_EQ(finished.status, 0) << finished.output;
-  }
-
-  ScratchDirectory scratch_;
-  std::string program_;
+  explicit FortranSide(std::string program = GRID_PEER) : FortranGrid(std::move(program)) {}
 };
 
 /// What the library must get from the file that the Fortran side has written. In text the file
@@ -111,7 +44,7 @@ Grid<float> expected_of(const FortranSide& fortran, const GridLayout& layout,
 
 template <class Real>
 void expect_library_reads_fortran(const FortranSide& fortran, const GridLayout& layout) {
-  const auto grid = awkward_grid(layout, Real{});
+  const auto grid = awkward_grid<Real>(layout);
   fortran.write(layout, grid);
   const auto result = read_with_library(fortran.grid_file(), layout);
   ASSERT_TRUE(result.has_value());
@@ -123,7 +56,7 @@ void expect_library_reads_fortran(const FortranSide& fortran, const GridLayout& 
 }
 
 void expect_fortran_reads_library(const FortranSide& fortran, const GridLayout& layout) {
-  const Grid<float> grid = awkward_grid(layout, float{});
+  const Grid<float> grid = awkward_grid<float>(layout);
   write_with_library(fortran.grid_file(), layout, grid);
   if (layout.is_double && !layout.is_text()) {
     expect_same_bits(fortran.read<double>(layout), widened(grid));
@@ -135,7 +68,7 @@ void expect_fortran_reads_library(const FortranSide& fortran, const GridLayout& 
 }
 
 void expect_same_files(const FortranSide& fortran, const GridLayout& layout) {
-  const Grid<float> grid = awkward_grid(layout, float{});
+  const Grid<float> grid = awkward_grid<float>(layout);
   if (layout.is_double) {
     fortran.write(layout, widened(grid));
   } else {
@@ -146,26 +79,6 @@ void expect_same_files(const FortranSide& fortran, const GridLayout& layout) {
   const std::string expected = bytes_of(fortran.grid_file());
   ASSERT_FALSE(expected.empty());
   EXPECT_TRUE(bytes_of(scratch.file("grid")) == expected);
-}
-
-std::vector<GridLayout> layouts_of(std::initializer_list<int> encodings) {
-  std::vector<GridLayout> layouts;
-  for (const int encoding : encodings) {
-    for (const bool is_double : {false, true}) {
-      for (const bool multiblock : {false, true}) {
-        for (const bool has_iblank : {false, true}) {
-          for (const bool planar : {false, true}) {
-            layouts.push_back({encoding, is_double, multiblock, has_iblank, planar});
-          }
-        }
-      }
-    }
-  }
-  return layouts;
-}
-
-std::string layout_name(const testing::TestParamInfo<GridLayout>& parameter) {
-  return parameter.param.name();
 }
 
 class EveryLayout : public testing::TestWithParam<GridLayout> {};
@@ -197,7 +110,7 @@ INSTANTIATE_TEST_SUITE_P(Grid, EveryTextLayout, testing::ValuesIn(layouts_of({1}
 
 TEST_P(EveryTextLayout, LibraryWritesLinesOf80ColumnsBehindABlank) {
   const ScratchDirectory scratch;
-  write_with_library(scratch.file("grid"), GetParam(), awkward_grid(GetParam(), float{}));
+  write_with_library(scratch.file("grid"), GetParam(), awkward_grid<float>(GetParam()));
   std::ifstream file(scratch.file("grid"));
   std::string line;
   ASSERT_TRUE(std::getline(file, line));
@@ -290,7 +203,7 @@ TEST_P(EverySplit, LibraryReadsWhatFortranWrote) {
     expect_library_reads_fortran<float>(fortran, layout());
   }
   const FortranSide unsplit;
-  unsplit.write(layout(), awkward_grid(layout(), float{}));
+  unsplit.write(layout(), awkward_grid<float>(layout()));
   EXPECT_GT(std::filesystem::file_size(fortran.grid_file()),
             std::filesystem::file_size(unsplit.grid_file()))
       << "the Fortran program has split nothing";

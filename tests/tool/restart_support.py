@@ -1,5 +1,6 @@
 """Builds restart files byte by byte, in every layout and encoding."""
 
+import copy
 import struct
 
 from support import NATIVE, SIGNS, record, single
@@ -34,6 +35,11 @@ class RestartForm:
     @property
     def records(self):
         return self.encoding != "formatted"
+
+    @property
+    def holds_singles(self):
+        """Whether the reals are in single precision. Text has digits instead."""
+        return self.records and not self.double
 
     def __repr__(self):
         return " ".join(self.options())
@@ -114,9 +120,9 @@ def body_records(form, solution, leading):
                     yield [("r", solution.variables(b, *extension))]
 
 
-def pack(records, form, rounded=False):
-    """The records' bytes. Items are integers (i), reals of the file's precision (r) or doubles (d);
-    `rounded` if reals have passed through single precision."""
+def pack(records, form):
+    """The records' bytes. Items are integers (i), reals of the file's precision (r) or doubles
+    (d)."""
     if not form.records:
         return "".join(" ".join(repr(value) for _, values in items for value in values) + "\n"
                        for items in records).encode()
@@ -125,8 +131,6 @@ def pack(records, form, rounded=False):
         payload = b""
         for kind, values in items:
             code = {"i": "i", "d": "d", "r": "d" if form.double else "f"}[kind]
-            if kind == "r" and rounded:
-                values = [single(value) for value in values]
             payload += struct.pack(f"{SIGNS[form.order]}{len(values)}{code}", *values)
         parts.append(record(payload, form.encoding, form.order))
     return b"".join(parts)
@@ -138,15 +142,9 @@ def restart_records(form, solution, leading=None):
     return [*header_records(form, solution), *body_records(form, solution, leading)]
 
 
-def restart_bytes(form, solution, leading=None, rounded=False):
-    """The file in that form. Header values are rounded to the precision of the file only."""
-    head = list(header_records(form, solution))
-    body = restart_records(form, solution, leading)[len(head):]
-    if form.layout != 2:
-        return pack(head, form) + pack(body, form, rounded)
-    return pack(head, form) + b"".join(
-        pack([items], form, rounded and items[0][1] not in map(list, solution.parameters))
-        for items in body)
+def restart_bytes(form, solution, leading=None):
+    """The file in that form."""
+    return pack(restart_records(form, solution, leading), form)
 
 
 def talven_records(solution, version=3, equations=1, integration=0, parameters=range(1, 10),
@@ -175,14 +173,33 @@ def values_in(content):
     return [float(word) for word in content.decode().replace(",", " ").split()]
 
 
+def as_read(solution, form):
+    """The solution that a program reads from a file of that form."""
+    held = copy.deepcopy(solution)
+    if not form.holds_singles:
+        return held
+    held.flow, held.triplets = ([[list(map(single, values)) for values in block]
+                                 for block in arrays] for arrays in (held.flow, held.triplets))
+    held.step = (held.step[0], single(held.step[1]))
+    held.parameters = [tuple(map(single, block)) for block in held.parameters]
+    return held
+
+
+def shortest(value):
+    """What a value becomes when it is written with the shortest digits of its precision. It has
+    single precision if it can have it."""
+    numbers = (float(f"{value:.{digits}g}") for digits in range(1, 10))
+    return next((number for number in numbers if single(number) == value), value)
+
+
+def numbers(records):
+    """All values of the records in order."""
+    return [value for items in records for _, values in items for value in values]
+
+
 def expected_values(form, solution):
-    """The numbers that a text file of that form holds, in order, and whether each is an exact one
-    (of the header or the parameters) or one in single precision."""
-    expected = []
-    head = len(list(header_records(form, solution)))
-    for n, items in enumerate(restart_records(form, solution)):
-        for kind, values in items:
-            exact = kind == "i" or n < head or values == list(solution.parameters[0]) or any(
-                values == list(block) for block in solution.parameters)
-            expected += [(value, exact) for value in values]
-    return expected
+    """The numbers that a text file of that form holds, in order. Those of the header have all digits
+    of double precision."""
+    head = numbers(header_records(form, solution))
+    body = numbers(restart_records(form, solution))[len(head):]
+    return head + [shortest(value) for value in body]

@@ -13,6 +13,7 @@ import time
 import unittest
 
 COMMAND = os.environ.get("P3DGRID", "")
+SANITIZED = "sanitize" in os.environ.get("CXXFLAGS", "")
 NOBODY = 65534
 NATIVE = sys.byteorder
 OTHER = "big" if NATIVE == "little" else "little"
@@ -29,6 +30,11 @@ class Form:
         self.multiblock = multiblock
         self.iblank = iblank
         self.order = order
+
+    @property
+    def holds_singles(self):
+        """Whether the reals are in single precision. Text has digits instead."""
+        return self.encoding != "formatted" and not self.double
 
     def options(self, prefix):
         """The options that state this form, all of them, for files read (grid) or written (to)."""
@@ -81,7 +87,7 @@ def record(payload, encoding="unformatted", order=NATIVE):
 
 
 def grid_bytes(form, blocks, rounded=False):
-    """The file in that form; `rounded` if its values have passed through single precision."""
+    """The file in that form; `rounded` if its values come from a file in single precision."""
     if form.encoding == "formatted":
         return text_bytes(form, blocks)
     parts = []
@@ -114,11 +120,11 @@ def text_bytes(form, blocks):
 
 
 def values_of(form, blocks):
-    """All values of the file in order, coordinates in single precision."""
+    """All values of the file in order."""
     values = [len(blocks)] if form.multiblock else []
     values += [extent for block in blocks for extent in block.extents]
     for block in blocks:
-        values += [single(value) for component in block.xyz for value in component]
+        values += [value for component in block.xyz for value in component]
         if form.iblank:
             values += block.iblank
     return values

@@ -10,13 +10,12 @@ import unittest
 
 from restart_support import (RestartForm, encodings, pack, restart_bytes, sample_solution,
                              talven_records)
-from support import (NATIVE, ONE_BLOCK, OTHER, SIGNS, TWO_BLOCKS, Block, Form, ToolTest, all_forms,
-                     grid_bytes, main)
+from support import (NATIVE, ONE_BLOCK, OTHER, SANITIZED, SIGNS, TWO_BLOCKS, Block, Form, ToolTest,
+                     all_forms, grid_bytes, main)
 
 ONE = [block.extents for block in ONE_BLOCK]
 TWO = [block.extents for block in TWO_BLOCKS]
 SAMPLES = os.environ.get("P3DGRID_SAMPLES", "")
-SANITIZED = "sanitize" in os.environ.get("CXXFLAGS", "")
 
 COUNTS_DIFFER = """
  Number of blocks in Grid do not match the Restart file

@@ -28,12 +28,13 @@ class Info(ToolTest):
                 self.write_grid("grid", form, blocks)
                 output = self.info("grid", *form.options("grid"))
                 table = rows(output)
+                third = "0.33333334" if form.holds_singles else "0.3333333333333333"
                 extents = [["1", "2", "2", "2", "8"]]
-                boxes = [["1", "0.1", "7.25", "-1e-30", "0.33333334", "10", "1.5e+20"]]
+                boxes = [["1", "0.1", "7.25", "-1e-30", third, "10", "1.5e+20"]]
                 if form.multiblock:
                     extents += [["2", "3", "1", "1", "3"], ["all", "11"]]
                     boxes += [["2", "8", "10", "-3", "-2", "0", "0.7"],
-                              ["all", "0.1", "10", "-3", "0.33333334", "0", "1.5e+20"]]
+                              ["all", "0.1", "10", "-3", third, "0", "1.5e+20"]]
                 else:
                     extents += [["all", "8"]]
                     boxes += [["all", *boxes[0][1:]]]
@@ -65,18 +66,13 @@ class Info(ToolTest):
             first = next(n for n, line in enumerate(lines) if line.startswith(header))
             self.assertEqual(len({len(line) for line in lines[first:first + 4]}), 1, lines)
 
-    def test_description_comes_alone_and_behind_the_librarys_lines_if_these_are_wanted(self):
+    def test_description_comes_alone(self):
         self.write_grid("grid")
         described = self.succeed("info", "grid")
         self.assertTrue(described.startswith("file    grid\n"), described)
-        self.assertEqual(self.succeed("--quiet", "info", "grid"), described)
-        for arguments in (("info", "grid", "--verbose"), ("--verbose", "info", "grid")):
-            verbose = self.succeed(*arguments)
-            self.assertTrue(verbose.endswith(described))
-            lines = verbose.removesuffix(described)
-            self.assertIn(" Number of grids is ", lines)
-            self.assertIn(" Dimensions of grid     2 is     3    1    1\n", lines)
-            self.assertIn("Reading grid point data for grid ", lines)
+        for arguments in (("--quiet", "info", "grid"), ("info", "grid", "--verbose"),
+                          ("--verbose", "info", "grid")):
+            self.assertEqual(self.succeed(*arguments), described)
 
     def test_block_without_points(self):
         self.write_grid("grid", blocks=[Block((0, 4, 4), [], [], []), *ONE_BLOCK])

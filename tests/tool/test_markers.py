@@ -25,7 +25,7 @@ class Markers(ToolTest):
     def test_grids_stay_as_read(self):
         for double, iblank, order in ((False, False, NATIVE), (True, True, OTHER)):
             form = Form(double=double, iblank=iblank, order=order)
-            narrow = grid_bytes(form, TWO_BLOCKS, rounded=True)
+            narrow = grid_bytes(form, TWO_BLOCKS)
             self.write("grid", widened(narrow, order))
             for options in ([], ["--grid-format", "unformatted"], ["--grid-marker-bytes", "8"]):
                 self.succeed("convert", "grid", "out", "--quiet", *options)

@@ -1,14 +1,13 @@
 """p3dgrid restart: the bytes it writes, and its notes on values that are lost."""
 
-import copy
 import math
 import os
 import struct
 
-from restart_support import (LAYOUTS, RestartForm, encodings, expected_values, pack,
+from restart_support import (LAYOUTS, RestartForm, as_read, encodings, expected_values, pack,
                              restart_bytes, restart_records, sample_solution, talven_records,
                              values_in)
-from support import NATIVE, ONE_BLOCK, TWO_BLOCKS, Form, ToolTest, main, single
+from support import NATIVE, ONE_BLOCK, TWO_BLOCKS, Form, ToolTest, main
 
 ONE = [block.extents for block in ONE_BLOCK]
 TWO = [block.extents for block in TWO_BLOCKS]
@@ -35,15 +34,14 @@ def forms(multiblock=(True,)):
                 yield RestartForm(layout, encoding, double, count)
 
 
-def carried_over(solution, source, target):
-    """The part of a solution that remains when it is converted from one form to the other."""
-    left = copy.deepcopy(solution)
-    rounded = single if source.records and not source.double else (lambda value: value)
-    left.step = (solution.step[0], rounded(solution.step[1])) \
-        if source.layout in (1, 100, 101) else (0, 0.0)
-    left.parameters = [tuple(map(rounded, block)) for block in solution.parameters] \
-        if source.layout == 2 else [(0, 0, 0, 0)] * len(solution.extents)
-    if source.layout != 101 and not (source.layout == 100 and not source.records):
+def carried_over(solution, source):
+    """The part of a solution that remains when it is read from that form."""
+    left = as_read(solution, source)
+    if source.layout not in (0, 1, 100, 101):
+        left.step = (0, 0.0)
+    if source.layout != 2:
+        left.parameters = [(0, 0, 0, 0)] * len(solution.extents)
+    if source.layout not in (100, 101) or not readable(source):
         left.triplets = [[[0] * len(block[0])] * 3 for block in solution.flow]
     return left
 
@@ -58,15 +56,11 @@ class RestartTest(ToolTest):
         return self.write(name, restart_bytes(form, solution, **how))
 
     def assert_holds(self, content, form, solution):
-        """`content` is a file of that form with this solution, rounded to single precision."""
+        """`content` is a file of that form with this solution."""
         if form.records:
-            self.assertEqual(content, restart_bytes(form, solution, rounded=True))
-            return
-        expected = expected_values(form, solution)
-        found = values_in(content)
-        self.assertEqual(len(found), len(expected))
-        for value, (wanted, exact) in zip(found, expected):
-            self.assertEqual(value if exact else single(value), wanted if exact else single(wanted))
+            self.assertEqual(content, restart_bytes(form, solution))
+        else:
+            self.assertEqual(values_in(content), expected_values(form, solution))
 
     def convert(self, grid, source, target, *more):
         """Converts the file `in`; returns the bytes written and the notes."""
@@ -94,7 +88,7 @@ class EveryForm(RestartTest):
             for target in forms((True, False)):
                 with self.subTest(source=source, target=target):
                     content, _ = self.convert("one", source, target)
-                    self.assert_holds(content, target, carried_over(solution, source, target))
+                    self.assert_holds(content, target, carried_over(solution, source))
 
     def test_two_blocks_from_every_form_to_every_form(self):
         solution = sample_solution(TWO)
@@ -104,7 +98,7 @@ class EveryForm(RestartTest):
             for target in of_many:
                 with self.subTest(source=source, target=target):
                     content, _ = self.convert("two", source, target)
-                    self.assert_holds(content, target, carried_over(solution, source, target))
+                    self.assert_holds(content, target, carried_over(solution, source))
 
     def test_form_stays_as_read_unless_stated(self):
         solution = sample_solution(ONE)
@@ -113,7 +107,7 @@ class EveryForm(RestartTest):
                 self.write_restart("in", form, solution)
                 self.succeed("restart", "one", "in", "out", *form.options())
                 self.assert_holds(self.path("out").read_bytes(), form,
-                                  carried_over(solution, form, form))
+                                  carried_over(solution, form))
 
     def test_defaults_are_layout_2_unformatted_single_with_block_count(self):
         solution = sample_solution(TWO)
@@ -131,7 +125,7 @@ class EveryForm(RestartTest):
                 self.succeed("restart", "grid", "in", "out", *form.options("grid"),
                              "--layout", "102", "--to-layout", "1")
                 self.assert_holds(self.path("out").read_bytes(), RestartForm(1),
-                                  carried_over(solution, RestartForm(102), RestartForm(1)))
+                                  carried_over(solution, RestartForm(102)))
 
 
 class SectionsOfVariables(RestartTest):
@@ -151,7 +145,7 @@ class SectionsOfVariables(RestartTest):
                     with self.subTest(sections=text, source=source):
                         self.write_restart("in", source, solution)
                         content, notes = self.convert("two", source, source, "--sections", text)
-                        self.assert_holds(content, source, carried_over(solution, source, source))
+                        self.assert_holds(content, source, carried_over(solution, source))
                         self.assertIn("out is read with --sections " + text, notes)
 
     def test_single_variables_need_no_dash(self):
@@ -159,14 +153,14 @@ class SectionsOfVariables(RestartTest):
         form = RestartForm(1)
         self.write_restart("in", form, solution)
         content, _ = self.convert("two", form, form, "--sections", "1,2,3")
-        self.assert_holds(content, form, carried_over(solution, form, form))
+        self.assert_holds(content, form, carried_over(solution, form))
 
     def test_leading_record_holds_five(self):
         solution = sample_solution(ONE, 7)
         self.write_restart("in", RestartForm(3), solution)
         for target in (RestartForm(100), RestartForm(101)):
             content, notes = self.convert("one", RestartForm(3), target)
-            split = carried_over(solution, RestartForm(3), target)
+            split = carried_over(solution, RestartForm(3))
             split.sections = [(1, 5), (6, 7)]
             self.assert_holds(content, target, split)
             self.assertIn("out is read with --sections 1-5,6-7", notes)
@@ -176,8 +170,9 @@ class SectionsOfVariables(RestartTest):
         self.write_restart("in", RestartForm(2), solution)
         content, notes = self.convert("two", RestartForm(2), RestartForm(3), "--sections",
                                       self.SEVEN)
-        solution.sections = [(1, 7)]
-        self.assert_holds(content, RestartForm(3), solution)
+        expected = carried_over(solution, RestartForm(2))
+        expected.sections = [(1, 7)]
+        self.assert_holds(content, RestartForm(3), expected)
         self.assertNotIn("--sections", notes)
 
     def test_function_files_of_any_number(self):
@@ -187,7 +182,8 @@ class SectionsOfVariables(RestartTest):
                 form = RestartForm(3, encoding, double)
                 with self.subTest(form=form, count=count):
                     self.write_restart("in", form, solution)
-                    self.assert_holds(self.convert("two", form, form)[0], form, solution)
+                    self.assert_holds(self.convert("two", form, form)[0], form,
+                                      carried_over(solution, form))
 
     def test_wrong_sections_are_refused(self):
         solution = sample_solution(TWO, 5)
@@ -216,7 +212,7 @@ class SectionsOfVariables(RestartTest):
         # A form that is stated completely is not checked against others.
         self.fail_with(2, "restart", "one", "in", "out", *RestartForm(101).options(),
                        "--restart-byte-order", NATIVE, "--sections", "1-4",
-                       says="--sections must begin with 1-5")
+                       says="in: found the sections 1-4, expected sections that begin with 1-5")
 
     def test_text_that_is_no_list_of_sections(self):
         self.write_restart("in", RestartForm(), sample_solution(ONE))
@@ -260,7 +256,7 @@ class HeaderValues(RestartTest):
                 self.assertEqual((result.stdout_text, result.stderr_text), ("", ""))
 
     def test_values_that_are_stated(self):
-        solution = sample_solution(ONE)
+        solution = as_read(sample_solution(ONE), RestartForm())
         target = RestartForm(2, double=True)
         content, notes = self.notes(RestartForm(1), target, "--mach", "0.3", "--alpha", "-2.5",
                                     "--reynolds", "1e7")
@@ -295,14 +291,19 @@ class HeaderValues(RestartTest):
                        says="--step")
 
     def test_lost_digits_are_noted(self):
-        lost = "note: flow variables pass through single precision"
-        for source, target, noted in ((RestartForm(double=True), RestartForm(double=True), True),
-                                      (RestartForm(double=True), RestartForm(), True),
-                                      (RestartForm(), RestartForm(double=True), False),
-                                      (RestartForm(2, "formatted"), RestartForm(double=True), True),
-                                      (RestartForm(2, "formatted"), RestartForm(), False)):
-            with self.subTest(source=source, target=target):
-                self.assertEqual(lost in self.notes(source, target)[1], noted)
+        lost = "out holds about 7 digits of each variable; --to-precision double keeps more\n"
+        text = RestartForm(2, "formatted")
+        self.write("in", restart_bytes(text, sample_solution(ONE)))
+        for options, noted in ((("--to-format", "binary"), True),
+                               (("--to-format", "binary", "--to-precision", "single"), False),
+                               (("--to-format", "binary", "--to-precision", "double"), False),
+                               ((), False)):
+            with self.subTest(options=options):
+                result = self.run_tool("restart", "one", "in", "out", *options)
+                self.assertEqual(result.returncode, 0)
+                self.assertEqual(result.stderr_text, "p3dgrid: note: " + lost if noted else "")
+        for target in (RestartForm(), RestartForm(double=True), text):
+            self.assertEqual(self.notes(RestartForm(double=True), target)[1], "")
 
 
 class Talven(RestartTest):
@@ -325,7 +326,7 @@ class Talven(RestartTest):
     def test_single_precision_without_flow_parameters(self):
         target = RestartForm(1)
         solution, content, _ = self.convert_talven(RestartForm(0), target, equations=2)
-        self.assert_holds(content, target, solution)
+        self.assert_holds(content, target, carried_over(solution, RestartForm(0)))
 
     def test_flow_parameters(self):
         target = RestartForm(2, double=True)
@@ -343,30 +344,29 @@ class Talven(RestartTest):
                     RestartForm(0, encoding, True), target, integration=integration)
                 self.assert_holds(content, target, solution)
 
-    def test_text_with_a_time_integration_of_older_levels_is_streamed_only(self):
+    def test_text_holds_no_older_time_levels(self):
         form, target = RestartForm(0, "formatted"), RestartForm(1, double=True)
-        solution = sample_solution(TWO)
         for integration in (2, 3):
-            self.write("in", pack(talven_records(solution, integration=integration, older=0), form))
-            self.fail_with(1, "restart", "two", "in", "out", *form.options(), "--to-layout", "1",
-                           says=("in: ", "older time level"))
-            _, content, _ = self.convert_talven(form, target, "--stream", integration=integration,
-                                                older=0)
+            solution, content, _ = self.convert_talven(form, target, integration=integration,
+                                                       older=0)
             self.assert_holds(content, target, solution)
 
     def test_older_time_levels_of_text_are_not_taken_for_values(self):
         form = RestartForm(0, "formatted")
         self.write("in", pack(talven_records(sample_solution(TWO), integration=2), form))
-        for stream in ((), ("--stream",)):
-            self.fail_with(1, "restart", "two", "in", "out", *form.options(), "--sections", "1-5",
-                           "--to-layout", "1", *stream, says="in: ")
+        self.fail_with(1, "restart", "two", "in", "out", *form.options(), "--sections", "1-5",
+                       "--to-layout", "1", says="in: ")
 
     def test_single_precision_with_flow_parameters(self):
         for form in (RestartForm(0), RestartForm(0, "binary")):
-            self.write("in", pack(talven_records(sample_solution(TWO)), form))
-            self.fail_with(1, "restart", "two", "in", "out", *form.options(), "--to-layout", "1",
-                           says="layout 0 with flow parameters cannot be read in single precision")
-        # A wrong precision is distinguished from one that cannot be read.
+            target = RestartForm(2, double=True)
+            solution, content, _ = self.convert_talven(
+                form, target, parameters=(1, 3e6, 0.85, 2.5, 4, 5, 6, 7, 8))
+            expected = carried_over(solution, form)
+            expected.parameters = [(0.85, 2.5, 3e6, 0)] * 2
+            self.assert_holds(content, target, expected)
+
+    def test_wrong_precision_of_flow_parameters(self):
         self.write("in", pack(talven_records(sample_solution(TWO)), self.FORM))
         self.fail_with(1, "restart", "two", "in", "out", "--layout", "0", "--to-layout", "1",
                        "--restart-precision", "single", says="--restart-precision double")
@@ -391,7 +391,7 @@ class Triplets(RestartTest):
         for encoding in ("unformatted", "binary"):
             target = RestartForm(100, encoding)
             content, notes = self.convert("two", RestartForm(1), target)
-            self.assert_holds(content, target, carried_over(solution, RestartForm(1), target))
+            self.assert_holds(content, target, carried_over(solution, RestartForm(1)))
             self.assertIn("out cannot be read back", notes)
             self.write("again", content)
             self.fail_with(1, "restart", "two", "again", "out", *target.options(),
@@ -404,17 +404,16 @@ class Triplets(RestartTest):
             self.write_restart("in", source, solution, leading=False)
             content, _ = self.convert("two", source, RestartForm(1))
             self.assert_holds(content, RestartForm(1),
-                              carried_over(solution, source, RestartForm(1)))
+                              carried_over(solution, source))
 
-    def test_lost_triplets_are_noted(self):
-        source = RestartForm(100, double=True)
-        self.write_restart("in", source, sample_solution(TWO))
-        _, notes = self.convert("two", source, source)
-        self.assertIn("in: the triplets of layout 100 are lost", notes)
-        self.assertIn("holds 0 for the triplets", notes)
-        source = RestartForm(100, "formatted")
-        self.write_restart("in", source, sample_solution(TWO))
-        self.assertNotIn("triplets", self.convert("two", source, source)[1])
+    def test_triplets_of_layout_100_survive(self):
+        solution = sample_solution(TWO)
+        for source in (RestartForm(100, double=True), RestartForm(100, "binary", True),
+                       RestartForm(100, "formatted")):
+            self.write_restart("in", source, solution)
+            content, notes = self.convert("two", source, source)
+            self.assert_holds(content, source, solution)
+            self.assertNotIn("triplets", notes)
 
     def test_triplets_of_layout_101_survive(self):
         solution = sample_solution(ONE)
@@ -423,7 +422,7 @@ class Triplets(RestartTest):
             self.write_restart("in", source, solution)
             target = RestartForm(100, "formatted")
             content, notes = self.convert("one", source, target)
-            self.assert_holds(content, target, carried_over(solution, source, target))
+            self.assert_holds(content, target, carried_over(solution, source))
             self.assertNotIn("triplets", notes)
 
 
@@ -451,7 +450,7 @@ class Extensions(RestartTest):
                 with self.subTest(flags=solution.flags, form=form):
                     self.write_restart("in", form, solution)
                     content, notes = self.convert("one", form, form)
-                    self.assert_holds(content, form, carried_over(solution, form, form))
+                    self.assert_holds(content, form, carried_over(solution, form))
                     self.assertNotIn("skips", notes)
 
     def test_a_section_of_other_layouts(self):
@@ -463,7 +462,7 @@ class Extensions(RestartTest):
                     with self.subTest(flags=solution.flags, source=source, target=target):
                         self.write_restart("in", source, solution)
                         content, notes = self.convert("one", source, target)
-                        expected = carried_over(solution, source, target)
+                        expected = carried_over(solution, source)
                         if count > 5:
                             expected.sections = [(1, 5), (6, count)]
                             self.assertIn(f"--sections 1-5,6-{count}", notes)
@@ -478,19 +477,25 @@ class Extensions(RestartTest):
                                    extensions=[(6, 8)])
         self.write_restart("in", RestartForm(101), solution)
         content, _ = self.convert("one", RestartForm(101), RestartForm(3))
-        self.assert_holds(content, RestartForm(3), sample_solution(ONE, 8))
+        self.assert_holds(content, RestartForm(3),
+                          carried_over(sample_solution(ONE, 8), RestartForm(101)))
 
     def test_besides_further_sections(self):
         form = RestartForm(101)
         solution = sample_solution(ONE, 10, sections=[(1, 5), (6, 7)], flags=(1, 999),
                                    extensions=[(6, 10)])
         self.write_restart("in", form, solution)
-        self.fail_with(1, "restart", "one", "in", "out", *form.options(), "--sections", "1-5,6-7",
-                       says=("in: holds variable extensions besides", "1-5,6-7"))
+        content, _ = self.convert("one", form, form, "--sections", "1-5,6-7")
+        self.assert_holds(content, form, carried_over(solution, form))
+        self.path("out").unlink()
+        for layout in (1, 3):
+            self.fail_with(2, "restart", "one", "in", "out", *form.options(), "--sections",
+                           "1-5,6-7", "--to-layout", layout,
+                           says=f"out: not written: layout {layout} holds each variable once")
         solution = sample_solution(ONE, 7, sections=[(1, 5), (6, 7)])
         self.write_restart("in", form, solution)
         content, _ = self.convert("one", form, form, "--sections", "1-5,6-7")
-        self.assert_holds(content, form, solution)
+        self.assert_holds(content, form, carried_over(solution, form))
 
     def test_chain_without_end(self):
         solution = sample_solution(ONE, flags=(7, 7, 7), extensions=[None] * 3)
@@ -524,10 +529,13 @@ class Refused(RestartTest):
         solution = sample_solution(TWO, 3)
         solution.flow[1].pop()
         form = RestartForm(3)
-        records = [*list(restart_records(form, solution))[:2],
-                   [("r", solution.variables(0, 1, 3))], [("r", solution.variables(1, 1, 2))]]
-        self.write("in", pack(records, form))
-        self.refuse(1, "two", "in", "out", "--layout", "3", says="in: its blocks hold 2 to 3")
+        self.write_restart("in", form, solution)
+        for target in (form, RestartForm(3, "formatted"), RestartForm(3, "binary", True)):
+            content, _ = self.convert("two", form, target)
+            self.assert_holds(content, target, carried_over(solution, form))
+        self.refuse(2, "two", "in", "out", "--layout", "3", "--to-layout", "1",
+                    says=("out: not written: layout 1 holds equally many variables in all blocks",
+                          "2 to 3"))
 
     def test_solution_of_another_grid(self):
         self.write_restart("in", RestartForm(), sample_solution(ONE))

@@ -19,14 +19,17 @@ def primitive(density, *more, gamma=1.4):
     return [*velocity, (gamma - 1) * (energy - 0.5 * density * square), density]
 
 
-def expected_lines(solution, blanking=None, stored=False):
-    """Titles as text, points as lists of numbers."""
+def expected_lines(solution, blanking=None, stored=False, rounded=True):
+    """Titles as text, points as lists of numbers.
+
+    `rounded` if the solution is in single precision, as the grid is."""
     lines = [VARIABLES + (',"IBLANK"' if blanking else "")]
     for b, block in enumerate(TWO_BLOCKS):
         i, j, k = block.extents
         lines.append(f'ZONE T="ZONE-{b + 1:06}" I={i:04} J={j:04} K={k:04}')
-        columns = [*block.xyz, *solution.flow[b]]
-        points = [list(map(single, point)) for point in zip(*columns)]
+        flow = [map(single, values) if rounded else values for values in solution.flow[b]]
+        points = [list(point) for point in zip(*(map(single, values) for values in block.xyz),
+                                               *flow)]
         if not stored:
             points = [point[:3] + primitive(*point[3:]) for point in points]
         lines += [point + [blanking[b][n]] if blanking else point
@@ -80,12 +83,14 @@ class Tecplot(ToolTest):
                 form = RestartForm(layout, encoding, double)
                 with self.subTest(form=form):
                     self.write("in", restart_bytes(form, solution))
+                    rounded = form.holds_singles
                     note = self.export(*form.options())
-                    self.assert_holds(expected_lines(solution, stored=layout != 2))
+                    self.assert_holds(expected_lines(solution, stored=layout != 2,
+                                                     rounded=rounded))
                     self.assertIn("pressure" if layout == 2 else
                                   "the five variables of in in the order of the file", note)
                     note = self.export(*form.options(), "--as-stored")
-                    self.assert_holds(expected_lines(solution, stored=True))
+                    self.assert_holds(expected_lines(solution, stored=True, rounded=rounded))
                     self.assertIn("in the order of the file", note)
 
     def test_velocities_pressure_and_density(self):
@@ -146,6 +151,13 @@ class Tecplot(ToolTest):
             self.write("in", restart_bytes(RestartForm(3), sample_solution(TWO, count)))
             self.refuse(2, "grid", "in", "out", "--layout", "3",
                         says=("five variables", f"in holds {count} variables"))
+
+    def test_block_with_fewer_variables(self):
+        solution = sample_solution(TWO)
+        solution.flow[1].pop()
+        self.write("in", restart_bytes(RestartForm(3), solution))
+        self.refuse(2, "grid", "in", "out", "--layout", "3",
+                    says="in: block 2 holds no variable 5")
 
     def test_mismatch_and_damage(self):
         self.write_grid("other", blocks=ONE_BLOCK)

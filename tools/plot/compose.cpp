@@ -16,8 +16,6 @@
 namespace p3dgrid::tool::plot {
 namespace {
 
-using mod_p3dgrid::integer;
-
 constexpr double default_azimuth = -60;
 constexpr double default_elevation = 25;
 
@@ -32,9 +30,9 @@ std::vector<Surface> surfaces_wanted(const Request& request, const Extents& exte
                    "; there is no --block " + std::to_string(request.block));
   }
   std::vector<Surface> surfaces;
-  integer without = 0;
+  std::int32_t without = 0;
   for (std::size_t block = 0; block < extents.i.size(); ++block) {
-    if (request.block != 0 && request.block != static_cast<integer>(block + 1)) continue;
+    if (request.block != 0 && request.block != static_cast<std::int32_t>(block + 1)) continue;
     if (!request.plane) {
       for (auto& face : faces_of(extents, block)) surfaces.push_back(std::move(face));
     } else if (auto plane = plane_of(extents, block, *request.plane)) {
@@ -55,12 +53,18 @@ std::vector<Surface> surfaces_wanted(const Request& request, const Extents& exte
   return surfaces;
 }
 
-/// Copies the surfaces from the grid, which is not kept.
+/// Copies the surfaces from the grid, which is read block by block.
 void take_surfaces(const Request& request, const Found& found, Picture& picture) {
-  const Grid grid = read_grid(request.grid_path, found);
-  const Extents extents = extents_of(grid);
+  GridInput input(request.grid_path, found);
+  const Extents& extents = input.extents();
   picture.surfaces = surfaces_wanted(request, extents);
-  for (Surface& surface : picture.surfaces) take_points(surface, grid);
+  for (std::size_t b = 0; b < extents.i.size(); ++b) {
+    const Block block = input.read(b);
+    for (Surface& surface : picture.surfaces) {
+      if (surface.block == b) take_points(surface, block);
+    }
+  }
+  input.require_form();
   picture.remarks = {counted(extents.blocks(), "block") + ", " +
                      counted(extents.points(), "point")};
 }

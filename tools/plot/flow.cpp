@@ -3,18 +3,15 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <functional>
 
 #include "failure.hpp"
 #include "primitive.hpp"
 #include "restart_file.hpp"
-#include "restart_stream.hpp"
 #include "table.hpp"
 
 namespace p3dgrid::tool::plot {
 namespace {
 
-using mod_p3dgrid::integer;
 using Values = std::span<const float>;
 
 float as_read(Values values, double) {
@@ -27,11 +24,11 @@ float velocity(Values values, double) {
 }
 
 float pressure(Values conserved, double gamma) {
-  return static_cast<float>(primitive_of(conserved, gamma).pressure);
+  return static_cast<float>(primitive_of<float>(conserved, gamma).pressure);
 }
 
 float mach_number(Values conserved, double gamma) {
-  const Primitive at = primitive_of(conserved, gamma);
+  const Primitive at = primitive_of<float>(conserved, gamma);
   const double speed = std::hypot(at.u, at.v, at.w);
   return static_cast<float>(speed / std::sqrt(gamma * at.pressure / at.density));
 }
@@ -58,7 +55,7 @@ const FlowVariable* find_named(const std::string& text) {
   return found == named.end() ? nullptr : &*found;
 }
 
-FlowVariable numbered(integer number, Layout layout) {
+FlowVariable numbered(std::int32_t number, Layout layout) {
   const std::string text = std::to_string(number);
   FlowVariable variable{
       "variable " + text, "Variable " + text, "variable " + text, {number}, false, as_read};
@@ -71,7 +68,7 @@ FlowVariable numbered(integer number, Layout layout) {
 }
 
 /// The variable asked for, in a file of so many variables.
-FlowVariable variable_wanted(const Request& request, Layout layout, integer variables) {
+FlowVariable variable_wanted(const Request& request, Layout layout, std::int32_t variables) {
   const std::string text = request.variable.empty() ? std::string("1") : request.variable;
   const auto refuse = [&](const std::string& why) {
     throw Unusable(request.restart_path + ": " + why + "; --variable 1 to " +
@@ -84,29 +81,26 @@ FlowVariable variable_wanted(const Request& request, Layout layout, integer vari
     if (known->needs.back() > variables) refuse("has no momentum and energy to give " + text);
     return *known;
   }
-  const integer number = number_in(text);
+  const std::int32_t number = number_in(text);
   if (number > variables) {
     refuse("holds " + counted(variables, "variable") + " and no variable " + text);
   }
   return numbered(number, layout);
 }
 
-/// The value at a point, counted from 0 over all blocks.
-using ValueAt = std::function<float(std::int64_t point)>;
-
-/// Sets the surfaces' values.
-/// @param read  reads a variable of the file; the result is valid until the next call
-void evaluate(std::vector<Surface>& surfaces, const FlowVariable& variable, double gamma,
-              const std::function<ValueAt(integer variable)>& read) {
+/// Sets the values of the surfaces of one block.
+void evaluate(std::vector<Surface>& surfaces, std::size_t block, const FlowVariable& variable,
+              double gamma, RestartInput& input) {
   const std::size_t needs = variable.needs.size();
   std::vector<std::vector<float>> needed(surfaces.size());  // point after point
   for (std::size_t n = 0; n < needs; ++n) {
-    const ValueAt value_at = read(variable.needs[n]);
+    const Reals values = input.read(block, {variable.needs[n]});
     for (std::size_t s = 0; s < surfaces.size(); ++s) {
+      if (surfaces[s].block != block) continue;
       needed[s].resize(surfaces[s].points.size() * needs);
       std::size_t at = n;
       surfaces[s].for_each_index([&](std::int64_t point) {
-        needed[s][at] = value_at(point);
+        needed[s][at] = static_cast<float>(values[point]);
         at += needs;
       });
     }
@@ -136,26 +130,14 @@ bool may_be_variable(const std::string& text) {
 
 FlowVariable take_values(std::vector<Surface>& surfaces, const Request& request,
                          const Case& found) {
-  const RestartForm& form = found.restart.restart();
-  const std::optional<Extents> extents = found.extents;
-  // Text is slow and hence read once. To a reader of one variable, single-precision files of layout
-  // 100 have another form.
-  const bool whole = is_text(form.coding) || (traits_of(form.layout).triplets &&
-                                              !reads_triplets(traits_of(form.layout), form.coding));
-  if (whole) {
-    const Restart restart = read_restart(request.restart_path, found.restart, extents);
-    const auto variable = variable_wanted(request, form.layout, restart.variables());
-    evaluate(surfaces, variable, request.gamma, [&](integer number) -> ValueAt {
-      return [&, number](std::int64_t point) { return restart.flow(number, point + 1); };
-    });
-    return variable;
+  RestartInput input(request.restart_path, found.restart, found.extents);
+  const SolutionHeader& header = input.header();
+  FlowVariable variable = variable_wanted(request, header.form.layout, header.most_variables());
+  for (std::size_t b = 0; b < header.extents.i.size(); ++b) {
+    const bool shown = std::ranges::find(surfaces, b, &Surface::block) != surfaces.end();
+    if (shown) evaluate(surfaces, b, variable, request.gamma, input);
   }
-  RestartStream stream(request.restart_path, found.restart, extents);
-  const auto variable = variable_wanted(request, form.layout, stream.begin().variables());
-  evaluate(surfaces, variable, request.gamma, [&](integer number) -> ValueAt {
-    const auto values = stream.read(number);
-    return [values](std::int64_t point) { return values[static_cast<std::size_t>(point)]; };
-  });
+  input.require_form();
   return variable;
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <MOD_P3DReader.hpp>
+#include <cstdint>
 #include <span>
 #include <string>
 #include <vector>
@@ -12,11 +12,11 @@ namespace p3dgrid::tool::plot {
 
 /// A flow variable to show by colour.
 struct FlowVariable {
-  std::string name;                         ///< "p", "variable 3"
-  std::string title;                        ///< "Pressure p"
-  std::string label;                        ///< "p"
-  std::vector<mod_p3dgrid::integer> needs;  ///< variables of the file
-  bool by_gamma = false;                    ///< depends on the ratio of specific heats
+  std::string name;                 ///< "p", "variable 3"
+  std::string title;                ///< "Pressure p"
+  std::string label;                ///< "p"
+  std::vector<std::int32_t> needs;  ///< variables of the file
+  bool by_gamma = false;            ///< depends on the ratio of specific heats
   /// Its value from those of the needed variables.
   float (*from)(std::span<const float> values, double gamma) = nullptr;
   std::string long_name = {};  ///< "pressure"; empty for none
@@ -28,8 +28,8 @@ struct FlowVariable {
 /// Whether the text is one of the names or the number of a variable.
 [[nodiscard]] bool may_be_variable(const std::string& text);
 
-/// Sets the surfaces' values to those of the variable asked for. Holds one variable of the file at
-/// a time if it can be read so. Throws a Failure if the file has no such variable, and as
+/// Sets the surfaces' values to those of the variable asked for. Holds one variable of a block at a
+/// time. Throws a Failure if the file has no such variable, and as
 /// `read_restart` does.
 FlowVariable take_values(std::vector<Surface>& surfaces, const Request& request, const Case& found);
 

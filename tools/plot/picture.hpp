@@ -19,7 +19,7 @@ struct Request {
   StatedGridForm grid;
   StatedRestartForm restart;
   std::string variable;            ///< name or number; empty for the first
-  mod_p3dgrid::integer block = 0;  ///< from 1; 0 for all
+  std::int32_t block = 0;          ///< from 1; 0 for all
   std::optional<GridPlane> plane;  ///< none for the outer faces of the blocks
   std::vector<double> view;        ///< azimuth and elevation, if stated
   double gamma = gamma_of_air;

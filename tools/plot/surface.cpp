@@ -14,16 +14,10 @@ std::array<std::int64_t, 3> counts_of(const Extents& extents, std::size_t block)
   return {extents.i[block], extents.j[block], extents.k[block]};
 }
 
-std::int64_t points_before(const Extents& extents, std::size_t block) {
-  std::int64_t sum = 0;
-  for (std::size_t b = 0; b < block; ++b) sum += extents.points_of(b);
-  return sum;
-}
-
 }  // namespace
 
-mod_p3dgrid::integer number_in(std::string_view text) {
-  mod_p3dgrid::integer number = 0;
+std::int32_t number_in(std::string_view text) {
+  std::int32_t number = 0;
   const char* const end = text.data() + text.size();
   const auto [stop, error] = std::from_chars(text.data(), end, number);
   return error == std::errc() && stop == end && number > 0 ? number : 0;
@@ -52,7 +46,7 @@ std::optional<Surface> plane_of(const Extents& extents, std::size_t block, GridP
   return Surface{.block = block,
                  .columns = static_cast<std::size_t>(counts[along]),
                  .rows = static_cast<std::size_t>(counts[across]),
-                 .first = points_before(extents, block) + (index - 1) * steps[fixed],
+                 .first = (index - 1) * steps[fixed],
                  .column_step = steps[along],
                  .row_step = steps[across]};
 }
@@ -62,12 +56,11 @@ std::vector<Surface> faces_of(const Extents& extents, std::size_t block) {
   const auto points = static_cast<std::size_t>(extents.points_of(block));
   if (points == 0) return {};
   if (std::ranges::count(counts, 1) >= 2) {
-    const std::int64_t first = points_before(extents, block);
-    return {{.block = block, .columns = points, .rows = 1, .first = first, .column_step = 1}};
+    return {{.block = block, .columns = points, .rows = 1, .column_step = 1}};
   }
   std::vector<Surface> faces;
   for (std::size_t direction = 0; direction < 3; ++direction) {
-    for (const mod_p3dgrid::integer index : {1, 0}) {
+    for (const std::int32_t index : {1, 0}) {
       if (index == 0 && counts[direction] == 1) continue;
       auto face = plane_of(extents, block, {direction, index});
       if (face) faces.push_back(std::move(*face));
@@ -76,17 +69,17 @@ std::vector<Surface> faces_of(const Extents& extents, std::size_t block) {
   return faces;
 }
 
-void take_points(Surface& surface, const Grid& grid) {
-  const float* xyz = grid.xyz.data();
-  const mod_p3dgrid::integer* blanking = grid.iblank.data();
+void take_points(Surface& surface, const Block& block) {
   surface.points.reserve(surface.columns * surface.rows);
   surface.absent.reserve(surface.columns * surface.rows);
   surface.for_each_index([&](std::int64_t index) {
-    const std::array point = {xyz[3 * index], xyz[3 * index + 1], xyz[3 * index + 2]};
+    const auto at = [index](const Reals& values) { return static_cast<float>(values[index]); };
+    const std::array point = {at(block.x), at(block.y), at(block.z)};
     const bool finite =
         std::ranges::all_of(point, [](float value) { return std::isfinite(value); });
     surface.points.push_back(point);
-    const bool blanked = blanking != nullptr && blanking[index] == 0;
+    const bool blanked =
+        !block.iblank.empty() && block.iblank[static_cast<std::size_t>(index)] == 0;
     surface.absent.push_back(blanked || !finite ? 1 : 0);
     surface.has_invalid_points = surface.has_invalid_points || (!blanked && !finite);
   });

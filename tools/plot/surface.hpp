@@ -3,12 +3,12 @@
 #include <array>
 #include <cstdint>
 #include <optional>
+#include <p3dgrid/grid.hpp>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "form_options.hpp"
-#include "grid_file.hpp"
 
 namespace p3dgrid::tool::plot {
 
@@ -16,12 +16,12 @@ using Vector = std::array<double, 3>;
 
 /// The points of a block in which one of the three indices has one value.
 struct GridPlane {
-  std::size_t direction = 2;       ///< 0 for i, 1 for j, 2 for k
-  mod_p3dgrid::integer index = 1;  ///< from 1; 0 for the last
+  std::size_t direction = 2;  ///< 0 for i, 1 for j, 2 for k
+  std::int32_t index = 1;     ///< from 1; 0 for the last
 };
 
 /// Parses a positive number; 0 if the text is something else.
-[[nodiscard]] mod_p3dgrid::integer number_in(std::string_view text);
+[[nodiscard]] std::int32_t number_in(std::string_view text);
 
 /// Parses "k=1" or "j=last".
 [[nodiscard]] std::optional<GridPlane> plane_in(std::string_view text);
@@ -35,7 +35,7 @@ struct Surface {
   std::size_t block = 0;  ///< from 0
   std::size_t columns = 0;
   std::size_t rows = 0;
-  // Indices among the points of all blocks.
+  // Indices among the points of its block.
   std::int64_t first = 0;
   std::int64_t column_step = 0;
   std::int64_t row_step = 0;
@@ -62,7 +62,7 @@ struct Surface {
     }
   }
 
-  /// Calls `take` with the index of each point among those of all blocks, in the order of `points`.
+  /// Calls `take` with the index of each point in its block, in the order of `points`.
   template <class Take>
   void for_each_index(Take take) const {
     for (std::size_t row = 0; row < rows; ++row) {
@@ -82,7 +82,7 @@ struct Surface {
 /// The outer faces of a block, without their points, or its one row.
 [[nodiscard]] std::vector<Surface> faces_of(const Extents& extents, std::size_t block);
 
-/// Copies coordinates and blanking from the grid.
-void take_points(Surface& surface, const Grid& grid);
+/// Copies coordinates and blanking from its block.
+void take_points(Surface& surface, const Block& block);
 
 }  // namespace p3dgrid::tool::plot
