@@ -70,6 +70,7 @@ void put_grids() {
     const std::string content = written(form);
     Options options = options_of(form);
     put_seed("readp3dgrid", name_of(form), options, content);
+    put_seed("front", "Grid" + name_of(form), options, content);
     put_seed("readp3dgridheader", name_of(form), options, content);
     options.flags |= fuzz::header_only;
     put_seed("readp3dgridheader", name_of(form) + "Count", options, content);
@@ -152,6 +153,9 @@ void put_restarts() {
     Options options = options_of(form);
     put_seed("readrestartheader", name_of(form), options, content);
     put_seed("readp3drestart", name_of(form), options, content);
+    Options in_front = options;
+    in_front.flags |= fuzz::quiet;  // which stands for a solution there
+    put_seed("front", name_of(form), in_front, content);
     if (form.layout == 3) options.numrstrtvar[0] = static_cast<std::int8_t>(highest_variable(form));
     put_seed("readnextp3dvar", name_of(form), options, content);
     if (form.layout == 0 || form.sections.size() > 1) continue;
