@@ -22,6 +22,9 @@ Conditions of a fair comparison:
 - The command is compared with the library's read, or read and write, of the same files, with all
   points. Its time is that of the process. `convert` flushes its output to the disk, and so does the
   library's side of that pair.
+- The front is compared with the module's operation, both in the library. The front reads doubles
+  into doubles, and the module as many singles into singles: from a ratio of 0.5 on the front takes
+  no longer per byte.
 """
 
 import dataclasses
@@ -40,6 +43,8 @@ class Case:
     input: str = "source"
     peer: str = "fortran"  # or "vtk"; "library" if the case measures the command
     peer_operation: str = ""
+    peer_precision: str = ""  # unless that of the case
+    peer_input: str = ""
     memory: str = "fresh"
     output: str = ""  # existing or new, for writes
     values: int = 3  # read or written per point, for the time per value
@@ -119,5 +124,21 @@ def command():
                peer_operation="grid-read")
 
 
+def front():
+    for values, kind in ((3, "grid"), (5, "restart")):
+        for form in ("unformatted", "binary"):
+            for precision in ("single", "double"):
+                for memory in ("fresh", "warm"):
+                    yield Case(f"front-{kind}-read/{form}/{precision}/{memory}/against-module",
+                               f"front-{kind}-read", form, precision,
+                               f"{kind}.{form}.{precision}", peer="library",
+                               peer_operation=f"{kind}-read", peer_precision="single",
+                               peer_input=f"{kind}.{form}.single", memory=memory, values=values,
+                               array_bytes=values * (DOUBLE if precision == "double" else SINGLE))
+        yield Case(f"front-{kind}-read/text-free/against-module", f"front-{kind}-read", "formatted",
+                   input=f"{kind}.free", peer="library", peer_operation=f"{kind}-read",
+                   values=values, array_bytes=values * DOUBLE, text=True)
+
+
 CASES = [*binary_reads(), *variable_reads(), *binary_writes(), *text(), *visualisation(),
-         *command()]
+         *command(), *front()]

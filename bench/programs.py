@@ -73,7 +73,7 @@ class Programs:
         return Outcome(time.perf_counter() - start, None, None)
 
     def run_ours(self, case, points, *paths):
-        if case.peer == "library":
+        if case.operation in ("convert", "check"):
             return self.run_command(case, *paths)
         return self.measure(self.ours, case, case.operation, points, paths)
 
@@ -82,6 +82,7 @@ class Programs:
             return outcome_of(run_program([VTK_PYTHON, "-B", self.vtk, case.form, case.precision,
                                            paths[0]]))
         program = self.ours if case.peer == "library" else self.peer
+        case = dataclasses.replace(case, precision=case.peer_precision or case.precision)
         return self.measure(program, case, case.peer_operation or case.operation, points, paths)
 
     def baseline_kib(self):

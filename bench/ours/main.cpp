@@ -24,6 +24,8 @@ using Operation = bench::Outcome (*)(const bench::Request&);
 const std::map<std::string_view, Operation> operations{
     {"nothing", bench::nothing},
     {"grid-read", bench::read_grid},
+    {"front-grid-read", bench::read_grid_by_front},
+    {"front-restart-read", bench::read_restart_by_front},
     {"grid-write", bench::write_grid},
     {"grid-convert", bench::convert_grid},
     {"restart-read", bench::read_restart},

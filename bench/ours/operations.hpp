@@ -41,5 +41,7 @@ Outcome write_variable(const Request& request);
 Outcome combine_variables(const Request& request);
 Outcome check_restart(const Request& request);
 Outcome write_tecplot(const Request& request);
+Outcome read_grid_by_front(const Request& request);
+Outcome read_restart_by_front(const Request& request);
 
 }  // namespace bench
