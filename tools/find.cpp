@@ -45,10 +45,8 @@ class Search {
   [[nodiscard]] Found settle() const {
     if (stated_.empty()) refuse_unusual(detection_);
     if (detection_.fitting.size() == 1) {
-      const Reading& reading = detection_.fitting.front();
-      if (!reading.unreadable.empty()) throw Unreadable(path_ + ": is " + unreadable_form(reading));
-      return {.reading = reading,
-              .reason = reason(reading, detection_.size),
+      return {.reading = detection_.fitting.front(),
+              .reason = reason(detection_.fitting.front(), detection_.size),
               .bytes_read = detection_.bytes_read};
     }
     if (detection_.fitting.size() > 1) refuse_to_guess();
@@ -87,9 +85,6 @@ class Search {
 
   /// @param open  the same file with nothing stated
   std::string advice_from(const Detection& open) const {
-    if (open.fitting.size() == 1 && !open.fitting.front().unreadable.empty()) {
-      return "it is " + unreadable_form(open.fitting.front());
-    }
     if (!detection_.fitting.empty()) return "";
     const auto corrected = [&](const char* words, const Reading& reading) {
       const std::string options = corrections(reading);
@@ -211,7 +206,7 @@ Fit fit_of(const std::string& path, const RestartForm& form, const Extents& exte
 Fit fit_of(const std::string& path, const Reading& reading) {
   if (reading.is_grid()) return fit_of(path, reading.grid());
   const RestartForm& form = reading.restart();
-  return fit_of(path, form, *reading.extents, reads_triplets(traits_of(form.layout), form.coding));
+  return fit_of(path, form, *reading.extents, reading.triplets.value_or(false));
 }
 
 std::string advice(const std::string& path, const StatedGridForm& stated) {

@@ -38,12 +38,6 @@ void note_what_is_lost(const RestartOptions& options, const RestartForm& read,
   if (rounds_text(read.coding, options.change.coding, written.coding)) {
     note(options, "holds about 7 digits of each variable; --to-precision double keeps more");
   }
-  if (traits_of(written.layout).triplets &&
-      !reads_triplets(traits_of(written.layout), written.coding)) {
-    note(options,
-         "cannot be read back: single-precision files of layout 100 are written with "
-         "triplets but read without; --to-precision double or --to-format formatted can");
-  }
 }
 
 /// Why the file cannot be written, as far as its form tells; empty if it can.

@@ -147,7 +147,7 @@ std::vector<double> Conversion::parameters(const std::vector<double>& read_param
 }
 
 bool Conversion::holds(const FlowArray& array) const {
-  if (array.triplet) return reads_triplets(traits_of(read.form.layout), read.form.coding);
+  if (array.triplet) return read.triplets;
   return array.number <= read.most_variables() &&
          std::ranges::none_of(read.missing(), [&](const Section& gap) {
            return gap.first <= array.number && array.number <= gap.last;

@@ -47,8 +47,7 @@ void RestartInput::require_form() const {
   const Reading& reading = found_.reading;
   if (!found_.stated && reading.checked && reading.fit.whole()) return;
   const RestartForm& form = header().form;
-  const bool triplets = reads_triplets(traits_of(form.layout), form.coding);
-  const Fit fit = fit_of(path_, form, header().extents, triplets);
+  const Fit fit = fit_of(path_, form, header().extents, header().triplets);
   if (fit.whole()) return;
   const std::string sections = describe(*form.sections);
   if (only_followed(fit, form.coding.encoding)) {

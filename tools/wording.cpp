@@ -35,13 +35,8 @@ std::string named(const std::vector<Reading>& readings) {
   for (const Reading& reading : readings) {
     lines += "\n  " + describe(reading) + " (" +
              text_of(distinguishing_options(reading, readings)) + ")";
-    if (!reading.unreadable.empty()) lines += ", which " + reading.unreadable;
   }
   return lines;
-}
-
-std::string unreadable_form(const Reading& reading) {
-  return describe(reading) + ", which " + reading.unreadable;
 }
 
 std::string departure(const std::vector<Reading>& nearest) {

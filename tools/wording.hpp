@@ -16,9 +16,6 @@ namespace p3dgrid::tool {
 /// others: "  layout 102, ... (--restart-precision single)".
 [[nodiscard]] std::string named(const std::vector<Reading>& readings);
 
-/// "layout 100, ..., which begins its blocks with triplets, ...".
-[[nodiscard]] std::string unreadable_form(const Reading& reading);
-
 /// The first difference between the file and the readings that agree furthest, as part of a
 /// sentence.
 [[nodiscard]] std::string departure(const std::vector<Reading>& nearest);

@@ -66,11 +66,6 @@ struct Detection {
 [[nodiscard]] std::shared_ptr<const Extents> extents_in(const std::string& path,
                                                         const RestartForm& form);
 
-/// Why single-precision files of layout 100 cannot be read, as part of a sentence.
-inline constexpr const char* triplets_not_read =
-    "begins its blocks with triplets, and single-precision files of layout 100 are read without; "
-    "write it in double precision or as text";
-
 }  // namespace p3dgrid
 
 #pragma GCC visibility pop

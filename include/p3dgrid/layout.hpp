@@ -68,8 +68,8 @@ struct LayoutTraits {
 /// solution; 0 for none.
 [[nodiscard]] std::int32_t absent_variable(const LayoutTraits& layout, const Coding& coding);
 
-/// Whether blocks are read with a leading record, which begins with the triplets. Known quirk:
-/// layout 100 in single-precision records is written with it and read without.
+/// Whether the module reads blocks with a leading record, which begins with the triplets. Known
+/// quirk: it writes layout 100 in single-precision records with it and reads it without.
 [[nodiscard]] bool reads_triplets(const LayoutTraits& layout, const Coding& coding);
 
 /// The equation set of layout 0 whose header has a record of flow parameters.

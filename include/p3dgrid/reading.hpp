@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <variant>
 
@@ -48,13 +49,14 @@ struct Reading {
   std::variant<GridForm, RestartForm> form;  ///< the assumed form
   /// Extents of the blocks, from the file or from its grid; null if unknown.
   std::shared_ptr<const Extents> extents = {};
-  bool own_extents = true;      ///< the extents are in the file
-  std::int64_t records = 0;     ///< expected records
-  Fit fit = {};                 ///< agreement of the file
-  bool free_count = false;      ///< the number of variables follows from the size, and is unusual
-  bool unknown_flag = false;    ///< layout 101: a flag has no meaning
-  bool checked = true;          ///< false if only the header could be compared
-  std::string unreadable = {};  ///< why such a file cannot be read: "layout ..., which ..."
+  bool own_extents = true;    ///< the extents are in the file
+  std::int64_t records = 0;   ///< expected records
+  Fit fit = {};               ///< agreement of the file
+  bool free_count = false;    ///< the number of variables follows from the size, and is unusual
+  bool unknown_flag = false;  ///< layout 101: a flag has no meaning
+  bool checked = true;        ///< false if only the header could be compared
+  /// Blocks begin with their triplets; none if that is unknown.
+  std::optional<bool> triplets = {};
 
   /// Whether the form is that of a grid.
   [[nodiscard]] bool is_grid() const { return std::holds_alternative<GridForm>(form); }

@@ -67,6 +67,7 @@ struct SolutionHeader {
   std::int32_t blocks = 1;                   ///< number of blocks
   Extents extents = {};                      ///< of all blocks; empty while unknown
   std::vector<std::int32_t> variables = {};  ///< highest number of a variable of each block
+  bool triplets = false;                     ///< blocks read begin with their triplets
 
   /// The highest of all blocks.
   [[nodiscard]] std::int32_t most_variables() const;

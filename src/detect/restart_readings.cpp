@@ -26,8 +26,8 @@ bool may_go_unchecked(Evidence& file, const RestartForm& form, bool stated) {
   return file.all_records_sound(form.coding);
 }
 
-/// Whether blocks can begin with a leading record. Layout 100 in single-precision records is
-/// written with it and read without.
+/// Whether blocks can begin with a leading record. In layout 100 in single-precision records they
+/// need not, because the module reads them without.
 std::vector<bool> possible_leading(const RestartForm& form) {
   const LayoutTraits& layout = traits_of(form.layout);
   if (!layout.triplets) return {false};
@@ -115,9 +115,7 @@ class RestartSearch {
                          !search.form.sections &&
                          !traits_of(search.form.layout).counted_variables &&
                          variables_in(sections) != solution_variables;
-    if (search.leading && !reads_triplets(traits_of(search.form.layout), search.form.coding)) {
-      reading.unreadable = triplets_not_read;
-    }
+    reading.triplets = search.leading;
     candidates_.push_back({std::move(reading), search.plan(sections)});
   }
 

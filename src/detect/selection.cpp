@@ -73,6 +73,21 @@ void drop_coincidences(std::vector<Reading>& readings) {
   });
 }
 
+/// A block that begins with its triplets can also be read as one of three more variables. Drops the
+/// latter.
+void drop_triplets_as_variables(std::vector<Reading>& readings) {
+  const auto is_same_file = [](const Reading& one, const Reading& other) {
+    return !one.is_grid() && !other.is_grid() && one.coding() == other.coding() &&
+           one.restart().layout == other.restart().layout;
+  };
+  const std::vector<Reading> all = readings;
+  std::erase_if(readings, [&](const Reading& reading) {
+    return reading.triplets == false && std::ranges::any_of(all, [&](const Reading& other) {
+             return other.triplets == true && is_same_file(reading, other);
+           });
+  });
+}
+
 /// Keeps the readings with the largest key.
 template <class Key>
 void keep_maximal(std::vector<Reading>& readings, const Key& key) {
@@ -110,6 +125,7 @@ Detection select_readings(std::vector<Reading> readings,
   auto& fitting = found.fitting;
   keep_maximal(fitting, [&](const Reading& reading) { return certainty(reading, grid); });
   drop_coincidences(fitting);
+  drop_triplets_as_variables(fitting);
   keep_maximal(fitting, [](const Reading& r) { return r.fit.agreement == Agreement::whole; });
   // A binary file in two dimensions can be as long as one plane in three.
   keep_maximal(fitting, [](const Reading& r) { return axes_of(r.coding()); });

@@ -42,6 +42,7 @@ class SolutionReader::File {
   File(const std::string& path, const Reading& reading)
       : header_{.form = reading.restart()}, source_(path, form().coding) {
     require_files_of(path, form());
+    header_.triplets = has_triplets(path, reading);
     read_header(reading.extents.get());
     settle_sections();
     begin_body();
@@ -164,7 +165,7 @@ class SolutionReader::File {
     }
     auto& sections = header_.form.sections;
     if (!sections) sections = Sections{{1, most}};
-    require_sections(source_.path(), *sections, leading());
+    require_sections(source_.path(), *sections, header_.triplets);
     if (!counted) {
       counts.assign(static_cast<std::size_t>(header_.blocks),
                     std::ranges::max(*sections, {}, &Section::last).last);
@@ -185,13 +186,11 @@ class SolutionReader::File {
     rewind();
   }
 
-  [[nodiscard]] bool leading() const { return reads_triplets(layout(), form().coding); }
-
   void begin_body() {
     // Text has no records of older levels.
     const std::int32_t older = is_text(form().coding) ? 0 : older_levels(header_.run.itimeint);
     walk_.emplace(
-        block_records(layout(), form().coding, shape_of(*form().sections, leading(), older)),
+        block_records(layout(), form().coding, shape_of(*form().sections, header_.triplets, older)),
         extents().blocks(), layout().extensions);
     flags_.clear();
     block_ = -1;

@@ -37,11 +37,7 @@ Reading only_reading(const std::string& path, const Detection& found, bool grid_
     fail(ErrorKind::ambiguous, path, "matches several forms: " + list_of(found.fitting),
          found.fitting);
   }
-  if (found.fitting.size() == 1) {
-    const Reading& reading = found.fitting.front();
-    if (reading.unreadable.empty()) return reading;
-    fail(ErrorKind::unsupported, path, "is " + describe(reading) + ", which " + reading.unreadable);
-  }
+  if (found.fitting.size() == 1) return found.fitting.front();
   refuse_other_kind(path, grid_wanted);
   if (found.size == 0) fail(ErrorKind::damaged, path, "is empty");
   if (!found.foreign.empty()) fail(ErrorKind::unsupported, path, found.foreign);
@@ -56,11 +52,21 @@ Reading only_reading(const std::string& path, const Detection& found, bool grid_
 
 Fit fit_of(const std::string& path, const Reading& reading) {
   if (reading.is_grid()) return compare(path, reading.grid());
-  const RestartForm& form = reading.restart();
-  return compare(path, form, reading.extents, reads_triplets(traits_of(form.layout), form.coding));
+  return compare(path, reading.restart(), reading.extents, has_triplets(path, reading));
 }
 
 }  // namespace
+
+bool has_triplets(const std::string& path, const Reading& reading) {
+  if (reading.triplets) return *reading.triplets;
+  const RestartForm& form = reading.restart();
+  const LayoutTraits& layout = traits_of(form.layout);
+  const bool read = reads_triplets(layout, form.coding);
+  if (read == layout.triplets || reading.extents == nullptr || !is_regular(path)) return read;
+  const Fit with = compare(path, form, reading.extents, true);
+  const Fit without = compare(path, form, reading.extents, false);
+  return with.whole() || (!without.whole() && with.records > without.records);
+}
 
 Reading settle_grid(const std::string& path, const StatedGridForm& stated) {
   if (is_complete(stated)) return {.form = applied_to(GridForm(), stated), .checked = false};

@@ -17,6 +17,10 @@ namespace p3dgrid {
 [[nodiscard]] Reading settle_restart(const std::string& path, const StatedRestartForm& stated,
                                      const std::shared_ptr<const Extents>& grid);
 
+/// Whether blocks begin with their triplets. If the reading does not say so, the lengths of records
+/// or of the file do.
+[[nodiscard]] bool has_triplets(const std::string& path, const Reading& reading);
+
 /// Throws if a file that has been read differs from the form in which it was read, unless detection
 /// has compared all of it.
 void require_agreement(const std::string& path, const Reading& reading);

@@ -36,6 +36,14 @@ Bytes extended() {
       .record(Bytes().i4(999));
 }
 
+/// Layout 100 in single precision: a block of 2 points with triplets and variables 1 to 6.
+Bytes with_triplets() {
+  return Bytes()
+      .record(Bytes().i4(7).r4(0.25).i4(1))
+      .record(Bytes().r4s({-1, -2, -3, -4, -5, -6, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10}))
+      .record(Bytes().r4s({11, 12}));
+}
+
 const RestartForm layout_101 = {.layout = Layout::single_block,
                                 .coding = {.precision = Precision::double_precision},
                                 .sections = Sections{{1, 5}}};
@@ -53,6 +61,27 @@ TEST_F(FrontSolution, IsReadInThePrecisionOfItsFile) {
   EXPECT_THAT(list_of(flow.blocks[0].variables[4]), ElementsAre(5.1, 5.2));
   EXPECT_THAT(list_of(flow.blocks[1].variables[2]), ElementsAre(3));
   EXPECT_TRUE(flow.blocks[0].triplets.empty());
+}
+
+TEST_F(FrontSolution, HasTripletsWhereItsRecordsShowThem) {
+  write_file("flow", with_triplets());
+  const Grid grid{.blocks = {{.extents = {2, 1, 1}}}};
+  const RestartForm stated{.layout = Layout::triplets, .sections = Sections{{1, 5}, {6, 6}}};
+  for (const SolutionOptions& options : {SolutionOptions{.form = stated_as(stated), .grid = &grid},
+                                         SolutionOptions{.grid = &grid}}) {
+    const Solution flow = read_solution("flow", options);
+    EXPECT_EQ(flow.form, stated);
+    ASSERT_EQ(flow.blocks.front().triplets.size(), 3U);
+    EXPECT_THAT(list_of(flow.blocks.front().triplets[2]), ElementsAre(-5, -6));
+    EXPECT_THAT(list_of(flow.blocks.front().variables[5]), ElementsAre(11, 12));
+    write_solution("copy", flow);
+    EXPECT_EQ(read_file("copy"), read_file("flow"));
+  }
+  const StatedRestartForm without =
+      stated_as(RestartForm{.layout = Layout::triplets, .sections = Sections{{1, 8}, {9, 9}}});
+  const Solution flow = read_solution("flow", {.form = without, .grid = &grid});
+  EXPECT_TRUE(flow.blocks.front().triplets.empty());
+  EXPECT_THAT(list_of(flow.blocks.front().variables[8]), ElementsAre(11, 12));
 }
 
 TEST_F(FrontSolution, IsWrittenAsItWasRead) {

@@ -12,7 +12,7 @@ using namespace mod_p3dgrid;
 namespace {
 
 bool is_readable(const p3dgrid::Reading& reading) {
-  return reading.checked && reading.fit.whole() && reading.unreadable.empty();
+  return reading.checked && reading.fit.whole();
 }
 
 void read_grid(const p3dgrid::Reading& reading) {
