@@ -177,10 +177,11 @@ Found find_grid(const std::string& path, const StatedGridForm& stated, Look look
 
 Found find_restart(const std::string& path, const StatedRestartForm& stated,
                    const std::optional<Extents>& grid, Look look) {
-  if (stated.layout &&
-      !has_files_of(traits_of(*stated.layout), applied_to(Coding(), stated.coding))) {
-    throw Unusable(path + ": cannot be what " + text_of(options_of(stated)) + " says; " +
-                   no_planar_files);
+  const Coding coding = applied_to(Coding(), stated.coding);
+  if (stated.layout && !has_files_of(traits_of(*stated.layout), coding)) {
+    throw Unusable(
+        path + ": cannot be what " + text_of(options_of(stated)) + " says; " +
+        (is_planar(coding) ? no_planar_files : no_files_of(traits_of(*stated.layout), coding)));
   }
   const bool known = look == Look::where_needed && is_complete(stated);
   return known ? as_stated(path, applied_to(RestartForm(), stated))

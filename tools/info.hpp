@@ -72,7 +72,7 @@ struct RestartReport {
   }
   /// Whether the blocks have counts of their own.
   [[nodiscard]] bool counted_variables() const {
-    return traits_of(header.form.layout).counted_variables;
+    return traits_of(header.form.layout).counts_by_block();
   }
 };
 

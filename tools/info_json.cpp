@@ -62,7 +62,8 @@ Json form_of(const GridForm& form) {
 
 Json form_of(const RestartForm& form, const std::optional<Sections>& sections) {
   Json json = json_of(form.coding);
-  json["layout"] = static_cast<int>(form.layout);
+  const bool coded = traits_of(form.layout).module_code;
+  json["layout"] = coded ? Json(static_cast<int>(form.layout)) : Json(name_of(form.layout));
   json["multiblock"] = traits_of(form.layout).may_hold_count() ? Json(form.multiblock) : Json();
   json["sections"] = nullptr;
   if (!sections) return json;
@@ -120,11 +121,15 @@ Json header(const RestartForm& form, const RunData& run) {
   return json;
 }
 
-Json parameters(const RestartForm& form, const std::vector<double>& block) {
-  return {{"mach", number_in(form, block[0])},
-          {"alpha", number_in(form, block[1])},
-          {"reynolds", number_in(form, block[2])},
-          {"time", number_in(form, block[3])}};
+/// @param species  number of species
+Json parameters(const RestartForm& form, const std::vector<double>& block, std::int32_t species) {
+  Json json = {{"mach", number_in(form, block[0])},
+               {"alpha", number_in(form, block[1])},
+               {"reynolds", number_in(form, block[2])},
+               {"time", number_in(form, block[3])}};
+  const auto names = parameter_names(static_cast<std::int32_t>(block.size()), species);
+  for (std::size_t n = 4; n < block.size(); ++n) json[names[n]] = number_in(form, block[n]);
+  return json;
 }
 
 Json blocks(const RestartReport& report) {
@@ -135,7 +140,8 @@ Json blocks(const RestartReport& report) {
     json.push_back(block(extents, b));
     if (report.counted_variables()) json.back()["functions"] = report.header.variables[b];
     if (report.body && traits_of(form.layout).parameters > 0) {
-      json.back()["parameters"] = parameters(form, report.body->blocks[b].parameters);
+      json.back()["parameters"] =
+          parameters(form, report.body->blocks[b].parameters, report.header.run.species);
     }
   }
   return json;

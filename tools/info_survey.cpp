@@ -91,6 +91,7 @@ std::string HeaderValue::text(const RestartForm& form) const {
 }
 
 std::vector<HeaderValue> header_values(const RestartForm& form, const RunData& run) {
+  if (traits_of(form.layout).more_parameters) return {{"species", "species", run.species}};
   if (!traits_of(form.layout).holds_step()) return {};
   const bool talven = traits_of(form.layout).header == HeaderKind::talven;
   std::vector<HeaderValue> values;

@@ -140,11 +140,14 @@ void print_header_values(const RestartForm& form, const RunData& run) {
 }
 
 void print_flow_parameters(const Solution& solution) {
-  Table table({"block", "Mach number", "angle of attack", "Reynolds number", "time"});
+  const auto count = static_cast<std::int32_t>(solution.blocks.front().parameters.size());
+  std::vector<std::string> header = parameter_names(count, solution.run.species);
+  header.insert(header.begin(), "block");
+  Table table(header);
   for (std::size_t b = 0; b < solution.blocks.size(); ++b) {
     std::vector<std::string> row = {std::to_string(b + 1)};
-    for (std::size_t n = 0; n < 4; ++n) {
-      row.push_back(digits_in(solution.form, solution.blocks[b].parameters[n]));
+    for (const double value : solution.blocks[b].parameters) {
+      row.push_back(digits_in(solution.form, value));
     }
     table.add(row);
   }

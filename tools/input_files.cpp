@@ -151,10 +151,10 @@ void require_same_extents(const Pair& pair, const Extents& grid, const Extents& 
 
 /// The library compares two files with a block count or two without, if the layout holds extents.
 bool library_can_compare(const Pair& pair) {
-  if (!traits_of(pair.restart.layout).holds_extents()) return false;
-  return traits_of(pair.restart.layout).may_hold_count()
-             ? pair.restart.multiblock == pair.grid.multiblock
-             : pair.grid.multiblock;
+  const LayoutTraits& layout = traits_of(pair.restart.layout);
+  if (!layout.holds_extents() || !layout.module_code) return false;
+  return layout.may_hold_count() ? pair.restart.multiblock == pair.grid.multiblock
+                                 : pair.grid.multiblock;
 }
 
 Extents extents_of_grid(const std::string& path, const Found& grid) {

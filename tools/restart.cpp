@@ -43,8 +43,11 @@ void note_what_is_lost(const RestartOptions& options, const RestartForm& read,
 /// Why the file cannot be written, as far as its form tells; empty if it can.
 std::string obstacle_to_form(const RestartOptions& options, const RestartForm& written) {
   if (!traits_of(written.layout).writable) {
-    return "files of layout 0 can be read, but not written; --to-layout 1 keeps the step count and "
-           "size";
+    return traits_of(written.layout).more_parameters
+               ? "files of layout overflow can be read, but not written; --to-layout 3 keeps all "
+                 "variables, --to-layout 2 five of them and four flow parameters"
+               : "files of layout 0 can be read, but not written; --to-layout 1 keeps the step "
+                 "count and size";
   }
   if (!has_files_of(traits_of(written.layout), written.coding)) {
     return no_planar_files + std::string("; --to-dimensions 3 writes it in three");

@@ -167,6 +167,12 @@ std::vector<std::string> Conversion::notes() const {
     notes.push_back("holds 0 for what the file read does not give: " + missing.names + " (" +
                     missing.options + ")");
   }
+  if (written.most_variables() < read.most_variables()) {
+    notes.push_back(
+        "leaves out the variables " +
+        describe(Sections{{written.most_variables() + 1, read.most_variables()}}) +
+        " and the flow parameters from the fifth on; --to-layout 3 keeps all variables");
+  }
   if (!holds_extensions(read) || !holds_extensions(written)) {
     for (const Section& gap : read.missing()) {
       notes.push_back("holds 0 for the variables " + describe(Sections{gap}) +

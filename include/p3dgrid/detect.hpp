@@ -21,7 +21,7 @@ struct Detection {
   std::vector<Reading> nearest = {};  ///< if none fits: those that agree furthest
   /// @name Set if no reading is proven: parts of a sentence, or empty
   /// @{
-  std::string foreign = {};    ///< a form that cannot be read: "is an OVERFLOW solution, ..."
+  std::string foreign = {};    ///< a form that cannot be read: "has integers of 64 bits; ..."
   std::string damage = {};     ///< damage of the header
   std::string beginning = {};  ///< beginning of the file
   /// @}

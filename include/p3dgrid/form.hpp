@@ -42,6 +42,7 @@ enum class Layout : std::int32_t {
   triplets = 100,
   single_block = 101,
   bare = 102,
+  overflow = 200,  ///< solution of OVERFLOW; the module has no code for it
 };
 
 /// The variables `first` to `last` of a restart file, which one record holds.

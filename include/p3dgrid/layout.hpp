@@ -21,6 +21,7 @@ enum class DimensionKind : std::uint8_t {
   record_per_block,           ///< a record with i, j, k for each block
   one_record,                 ///< i, j, k of all blocks in one record
   one_record_with_variables,  ///< i, j, k and number of variables of all blocks in one record
+  one_record_with_species,    ///< i, j, k of all blocks, then the numbers of variables and species
 };
 
 /// Properties of a restart layout.
@@ -33,14 +34,21 @@ struct LayoutTraits {
   std::int32_t iparm1 = 20;                        ///< argument of `dispreadwrite`
   std::int32_t iparm2 = 300;                       ///< argument of `dispreadwrite`
   std::int32_t parameters = 0;                     ///< flow parameters at the beginning of a block
-  bool counted_variables = false;  ///< the header holds the number of variables of each block
+  bool more_parameters = false;    ///< further ones follow, as many as its record shows
+  bool counted_variables = false;  ///< the header holds the number of variables of the blocks
   bool triplets = false;           ///< blocks begin with three values per point
   bool extensions = false;         ///< flags and the variables that they announce follow the blocks
   bool writable = true;            ///< the layout can be written
   bool one_block = false;          ///< files have exactly one block
   bool planar = false;             ///< files of two dimensions exist
+  bool module_code = true;         ///< the operations of the module have it
+  bool records_only = false;       ///< files are unformatted
   bool known = true;               ///< false for unknown codes
 
+  /// Each block has a number of variables of its own.
+  [[nodiscard]] constexpr bool counts_by_block() const {
+    return dimensions == DimensionKind::one_record_with_variables;
+  }
   /// The header holds the extents of each block.
   [[nodiscard]] constexpr bool holds_extents() const { return dimensions != DimensionKind::none; }
   /// The header holds a step count and a step size.
@@ -51,18 +59,26 @@ struct LayoutTraits {
   [[nodiscard]] constexpr bool may_hold_count() const { return header == HeaderKind::plot3d; }
 };
 
+/// The names of a block's flow parameters, such as "Mach number".
+/// @param count    number of parameters
+/// @param species  number of species, on which their meaning depends
+[[nodiscard]] std::vector<std::string> parameter_names(std::int32_t count, std::int32_t species);
+
 /// All layouts, in the order of their codes.
 [[nodiscard]] std::span<const LayoutTraits> all_layouts();
 
 /// The traits of a layout.
 [[nodiscard]] const LayoutTraits& traits_of(Layout layout);
-/// The same for a code that may be unknown.
+/// The same for a code of the module's operations, which may be unknown.
 [[nodiscard]] const LayoutTraits& traits_of(std::int32_t rsttype);
 
 /// Whether the layout has files of this coding, which may have two dimensions.
 [[nodiscard]] constexpr bool has_files_of(const LayoutTraits& layout, const Coding& coding) {
-  return layout.planar || !is_planar(coding);
+  const bool encoded = !layout.records_only || coding.encoding == Encoding::unformatted;
+  return encoded && (layout.planar || !is_planar(coding));
 }
+/// Why it has none, as a sentence.
+[[nodiscard]] std::string no_files_of(const LayoutTraits& layout, const Coding& coding);
 
 /// The variable that files of this coding leave out: in two dimensions the third momentum of a
 /// solution; 0 for none.

@@ -11,7 +11,7 @@ namespace p3dgrid {
 struct RunData {
   std::int32_t nstep = 0;        ///< step count; layouts 0, 1, 100, 101
   double dtau = 0;               ///< step size; the same layouts
-  std::int32_t fileversion = 0;  ///< layout 0, like all that follow
+  std::int32_t fileversion = 0;  ///< layout 0, like all up to `talprt`
   std::int32_t eqid = 0;         ///< equation set; the values from `isgsmodel` on exist for 1
   std::int32_t talnvar = 0;      ///< number of variables
   std::int32_t itimeint = 0;     ///< time-integration scheme
@@ -25,6 +25,7 @@ struct RunData {
   double tals1 = 0;              ///< as stored
   double talpr = 0;              ///< as stored
   double talprt = 0;             ///< as stored
+  std::int32_t species = 0;      ///< number of species; OVERFLOW solutions
 };
 
 }  // namespace p3dgrid

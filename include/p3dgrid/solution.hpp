@@ -30,7 +30,7 @@ struct FlowArray {
 /// The flow in one block. Arrays have the order of the points of `Block`.
 struct SolutionBlock {
   BlockExtents extents = {};            ///< points in the three directions
-  std::vector<double> parameters = {};  ///< layout 2: Mach number, angle, Reynolds number, time
+  std::vector<double> parameters = {};  ///< of the flow, see `parameter_names`
   std::vector<Reals> variables = {};    ///< variable 1 first; empty for one that is not held
   std::vector<Reals> triplets = {};     ///< layouts 100 and 101: three arrays; else none
 

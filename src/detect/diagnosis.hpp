@@ -7,9 +7,8 @@
 /// Descriptions of a file that agrees with no reading, as parts of a sentence.
 namespace p3dgrid {
 
-/// A form of other programs that cannot be read: solutions of more variables and parameters,
-/// unformatted files with other records or with 64-bit integers, text with other line ends. Empty
-/// for other files.
+/// A form of other programs that cannot be read: unformatted files with other records or with
+/// 64-bit integers, text with other line ends. Empty for other files.
 [[nodiscard]] std::string foreign_form(Evidence& file);
 
 /// Damage in the header: a wrong first marker, a header that ends too early, invalid extents, more

@@ -22,7 +22,8 @@ enum class EmptyBlocks : bool { refused, accepted };
 struct Outline {
   std::int32_t blocks = 1;
   std::shared_ptr<const Extents> extents;  ///< null if the header has none
-  std::vector<std::int32_t> functions;     ///< variables of each block, layout 3 only
+  std::vector<std::int32_t> functions;     ///< variables of each block if the header has them
+  ParameterCount parameters = {};          ///< of a block of an OVERFLOW solution
   std::int32_t older_levels = 0;           ///< layout 0: records of older levels per block
   HeaderSizes sizes;
 };

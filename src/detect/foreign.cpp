@@ -43,45 +43,8 @@ bool has_wide_integers(Evidence& file, const Coding& coding) {
   return blocks > 0 && second->length == 3 * bytes * blocks;
 }
 
-/// A solution whose record of extents ends with the numbers of variables and of species, and whose
-/// blocks begin with more than four parameters. Empty for other files.
-std::string overflow_solution(Evidence& file, const Coding& coding) {
-  recordio::RecordScanner records = file.records(coding);
-  auto record = records.next();
-  std::int64_t blocks = 1;
-  if (record && record->sound() && record->length == 4) {
-    blocks = file.integer(record->payload, coding.byte_order).value_or(0);
-    record = records.next();
-  }
-  if (!record || !record->sound() || blocks < 1 || record->length != 12 * blocks + 8) return "";
-  const std::int64_t numbers = record->end - marker_size(coding) - 8;
-  const std::int64_t begin = record->payload;
-  const auto at = [&](std::int64_t offset) -> std::int64_t {
-    return file.integer(offset, coding.byte_order).value_or(-1);
-  };
-  const std::int64_t variables = at(numbers);
-  const std::int64_t species = at(numbers + 4);
-  const auto parameters = records.next();
-  const auto flow = records.next();
-  if (variables < solution_variables || species < 0 || species > variables || !parameters ||
-      !flow || parameters->length <= traits_of(Layout::solution).parameters * real_bytes(coding)) {
-    return "";
-  }
-  std::int64_t values = variables;
-  for (std::int64_t n = 0; n < 3; ++n) {
-    const bool too_many = __builtin_mul_overflow(values, at(begin + 4 * n), &values);
-    if (too_many || values < 1) return "";
-  }
-  if (flow->length / real_bytes(coding) != values) return "";
-  return "is an OVERFLOW solution of " + counted(blocks, "block") + " and " +
-         counted(variables, "variable") +
-         ", which cannot be read; only solutions of five variables "
-         "with four flow parameters can";
-}
-
 /// Unsupported forms of unformatted files.
 std::string unsupported_records(Evidence& file, const Coding& coding) {
-  if (std::string what = overflow_solution(file, coding); !what.empty()) return what;
   if (has_split_blocks(file, coding, true) || has_split_blocks(file, coding, false)) {
     return "has the values of a block in several records, by k planes or by coordinates; only one "
            "record for each block can be read";

@@ -1,4 +1,5 @@
 #include "detect/evidence.hpp"
+#include "format/overflow.hpp"
 #include "recordio/connection.hpp"
 
 namespace p3dgrid {
@@ -71,6 +72,8 @@ struct BlockDimensions {
   Extents extents;
   std::vector<std::int32_t> functions;
 
+  std::array<std::int32_t, 2> totals = {};  ///< variables and species of all blocks
+
   BlockDimensions(DimensionKind kind, std::int32_t blocks) {
     const auto count = static_cast<std::size_t>(blocks);
     for (auto* column : {&extents.i, &extents.j, &extents.k}) column->resize(count);
@@ -81,7 +84,9 @@ struct BlockDimensions {
   void walk(DimensionKind kind, const Coding& coding, std::int32_t blocks, Visit& visit) {
     std::vector<std::int32_t*> columns = {extents.i.data(), extents.j.data(), extents.k.data()};
     if (!functions.empty()) columns.push_back(functions.data());
-    walk_dimensions<std::int32_t>(kind, coding, blocks, columns, visit);
+    std::vector<std::int32_t*> ends;
+    if (kind == DimensionKind::one_record_with_species) ends = {&totals[0], &totals[1]};
+    walk_dimensions<std::int32_t>(kind, coding, blocks, columns, visit, ends);
   }
 
   [[nodiscard]] bool plausible(EmptyBlocks empty) const {
@@ -127,6 +132,12 @@ bool read_dimensions(Evidence& evidence, HeaderReader& reader, const Coding& cod
   all.walk(kind, coding, outline.blocks, reader);
   if (!all.plausible(empty)) return false;
   outline.functions = std::move(all.functions);
+  if (kind == DimensionKind::one_record_with_species) {
+    const auto& [variables, species] = all.totals;
+    if (variables < solution_variables || variables > most_variables) return false;
+    if (species < 0 || species > variables) return false;
+    outline.functions.assign(all.extents.i.size(), variables);
+  }
   outline.extents = std::make_shared<const Extents>(std::move(all.extents));
   return true;
 }
@@ -166,7 +177,13 @@ std::optional<Outline> Evidence::restart_outline(const RestartForm& form, EmptyB
   // Text has no records of older levels.
   outline.older_levels = is_text(form.coding) ? 0 : older_levels(header.itimeint);
   outline.sizes = std::move(reader.sizes);
-  return taken ? std::optional(std::move(outline)) : std::nullopt;
+  if (!taken) return std::nullopt;
+  if (layout.more_parameters) {
+    const auto parameters = overflow_parameters(file_, form.coding, size_, outline.sizes.records());
+    if (!parameters) return std::nullopt;
+    outline.parameters = *parameters;
+  }
+  return outline;
 }
 
 }  // namespace p3dgrid

@@ -76,6 +76,7 @@ std::vector<std::array<std::int32_t, most_flags>> possible_flags(const LayoutTra
 
 FilePlan SectionSearch::plan(const Sections& sections) const {
   BodyPlan body{.shape = shape_of(sections, leading, outline.older_levels)};
+  body.shape.parameters = outline.parameters;
   if (differ(outline.functions)) body.functions = outline.functions;
   return {outline.sizes, extents, form, std::move(body)};
 }

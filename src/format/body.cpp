@@ -15,7 +15,9 @@ std::vector<BodyRecord> block_records(const LayoutTraits& layout, const Coding& 
   using Kind = BodyRecordKind;
   std::vector<BodyRecord> records;
   if (layout.parameters > 0) {
-    records.push_back({.kind = Kind::parameters, .parameters = layout.parameters});
+    const ParameterCount fixed{.all = layout.parameters};
+    records.push_back({.kind = Kind::parameters,
+                       .parameters = layout.more_parameters ? shape.parameters : fixed});
   }
   if (shape.leading) records.push_back({Kind::leading, {1, *shape.leading}});
   for (std::size_t n = shape.leading ? 1 : 0; n < shape.sections.size(); ++n) {

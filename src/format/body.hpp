@@ -24,13 +24,23 @@ enum class BodyRecordKind : std::uint8_t {
   extension,    ///< variables that a flag announces
 };
 
+/// The flow parameters of a block.
+struct ParameterCount {
+  std::int32_t all = 0;
+  /// The one at this position is an integer; 0 for none. OVERFLOW solutions may have one.
+  std::int32_t integer = 0;
+
+  [[nodiscard]] std::int64_t reals() const { return all - integers(); }
+  [[nodiscard]] std::int64_t integers() const { return integer > 0 ? 1 : 0; }
+};
+
 struct BodyRecord {
   BodyRecordKind kind;
   Section variables = {};
-  std::int32_t block = 0;       ///< from 1; 0 for a flag
-  std::int32_t flag = 0;        ///< position of the flag, or of the flag that announces the record
-  std::int32_t parameters = 0;  ///< number of flow parameters
-  std::int32_t absent = 0;      ///< variable that the file leaves out; 0 for none
+  std::int32_t block = 0;  ///< from 1; 0 for a flag
+  std::int32_t flag = 0;   ///< position of the flag, or of the flag that announces the record
+  ParameterCount parameters = {};  ///< flow parameters
+  std::int32_t absent = 0;         ///< variable that the file leaves out; 0 for none
 
   /// Whether the absent variable is one of the record's.
   [[nodiscard]] bool leaves_out() const {
@@ -59,6 +69,8 @@ struct BlockShape {
   std::optional<std::int32_t> leading = {};
   std::int32_t older_levels = 0;
   Section older = {};  ///< variables in the record of an older level
+  /// Flow parameters, where the layout does not fix their number.
+  ParameterCount parameters = {};
 };
 
 /// Largest plausible number of variables, so that sizes of records fit 64 bits.

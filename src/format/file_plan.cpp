@@ -44,7 +44,8 @@ std::optional<RecordSize> FilePlan::next_of_body() {
     RecordSize size{.kind = record->kind};
     if (record->kind == BodyRecordKind::block) continue;
     if (record->kind == BodyRecordKind::parameters) {
-      size.reals = record->parameters;
+      size.reals = record->parameters.reals();
+      size.integers = record->parameters.integers();
     } else if (record->kind == BodyRecordKind::flag) {
       size.integers = 1;
       flag_ = record->flag;

@@ -74,9 +74,12 @@ void walk_lead(const LayoutTraits& layout, const Coding& coding, bool multiblock
 ///                 variable counts; const for writing. Values that a read leaves out, or does not
 ///                 reach before it fails, are unchanged. Of a file of two dimensions the k extents
 ///                 are read as 1.
+/// @param totals   numbers behind those of the blocks: of `one_record_with_species` the number of
+///                 variables and that of species
 template <class Int, class Visit>
 void walk_dimensions(DimensionKind kind, const Coding& coding, std::int32_t nblocks,
-                     std::span<Int* const> columns, Visit&& visit) {
+                     std::span<Int* const> columns, Visit&& visit,
+                     std::span<Int* const> totals = {}) {
   using recordio::scalar;
   if (kind == DimensionKind::none) return;
   if (is_planar(coding)) {
@@ -84,7 +87,7 @@ void walk_dimensions(DimensionKind kind, const Coding& coding, std::int32_t nblo
     if constexpr (!std::is_const_v<Int>) std::fill_n(columns[k], std::max(nblocks, 0), 1);
     std::vector<Int*> held(columns.begin(), columns.end());
     held.erase(held.begin() + k);
-    return walk_dimensions<Int>(kind, Coding(), nblocks, held, visit);
+    return walk_dimensions<Int>(kind, Coding(), nblocks, held, visit, totals);
   }
   if (kind == DimensionKind::record_per_block) {
     for (std::int32_t b = 0; b < nblocks; ++b) {
@@ -94,12 +97,14 @@ void walk_dimensions(DimensionKind kind, const Coding& coding, std::int32_t nblo
     return;
   }
   // In the file the entries of one block are adjacent.
-  std::vector<std::int32_t> table(columns.size() * static_cast<std::size_t>(std::max(nblocks, 0)));
+  std::vector<std::int32_t> table(columns.size() * static_cast<std::size_t>(std::max(nblocks, 0)) +
+                                  totals.size());
   const auto for_each_entry = [&](auto move) {
     auto value = table.begin();
     for (std::int32_t b = 0; b < nblocks; ++b) {
       for (Int* const column : columns) move(*value++, column[b]);
     }
+    for (Int* const total : totals) move(*value++, *total);
   };
   for_each_entry([](std::int32_t& value, Int& entry) { value = entry; });
   using Memory = std::conditional_t<std::is_const_v<Int>, const std::int32_t, std::int32_t>;

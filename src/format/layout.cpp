@@ -55,6 +55,17 @@ constexpr std::array layouts = {
                  .name = "102",
                  .meaning = "no header, one block",
                  .one_block = true},
+    LayoutTraits{.layout = Layout::overflow,
+                 .name = "overflow",
+                 .meaning = "OVERFLOW solution",
+                 .header = H::plot3d,
+                 .dimensions = D::one_record_with_species,
+                 .parameters = 4,
+                 .more_parameters = true,
+                 .counted_variables = true,
+                 .writable = false,
+                 .module_code = false,
+                 .records_only = true},
 };
 
 constexpr LayoutTraits no_layout{
@@ -70,7 +81,7 @@ constexpr auto codes = [] {
 
 const Member<Layout> layout_member{"layout", codes,
                                    "restart layout: 2 PLOT3D solution, 3 PLOT3D function, 0 "
-                                   "TALVEN, 1 and 100 to 102 time-step layouts",
+                                   "TALVEN, 1 and 100 to 102 time-step layouts, overflow",
                                    Scope::all_files, true};
 
 std::span<const LayoutTraits> all_layouts() {
@@ -78,12 +89,19 @@ std::span<const LayoutTraits> all_layouts() {
 }
 
 const LayoutTraits& traits_of(std::int32_t rsttype) {
-  const auto* const found = std::ranges::find(layouts, Layout{rsttype}, &LayoutTraits::layout);
-  return found == layouts.end() ? no_layout : *found;
+  const LayoutTraits& layout = traits_of(Layout{rsttype});
+  return layout.module_code ? layout : no_layout;
 }
 
 const LayoutTraits& traits_of(Layout layout) {
-  return traits_of(static_cast<std::int32_t>(layout));
+  const auto* const found = std::ranges::find(layouts, layout, &LayoutTraits::layout);
+  return found == layouts.end() ? no_layout : *found;
+}
+
+std::string no_files_of(const LayoutTraits& layout, const Coding& coding) {
+  const std::string text = std::string("layout ") + layout.name + " has no files ";
+  if (is_planar(coding)) return text + "of two dimensions; layouts 2 and 3 have";
+  return text + "that are " + name_of(coding.encoding) + "; they are unformatted";
 }
 
 std::int32_t absent_variable(const LayoutTraits& layout, const Coding& coding) {

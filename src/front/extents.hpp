@@ -10,9 +10,11 @@ namespace p3dgrid {
 void require_blocks(const SourceFile& file, std::int32_t blocks, bool in_header);
 
 /// Reads block dimensions from a header. Throws for extents that no block can have.
-/// @param functions  gets the variable counts of function files
+/// @param functions  gets the variable counts of the blocks, where the header has them
+/// @param species    gets the number of species of `DimensionKind::one_record_with_species`
 [[nodiscard]] Extents read_extents(SourceFile& file, DimensionKind kind, std::int32_t blocks,
-                                   std::vector<std::int32_t>* functions = nullptr);
+                                   std::vector<std::int32_t>* functions = nullptr,
+                                   std::int32_t* species = nullptr);
 
 /// Writes block dimensions.
 /// @param functions  variable counts of function files

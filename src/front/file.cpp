@@ -3,6 +3,8 @@
 #include <filesystem>
 #include <utility>
 
+#include "format/overflow.hpp"
+
 namespace p3dgrid {
 namespace {
 
@@ -58,6 +60,17 @@ auto SourceFile::guarded(Action action) const {
          .found = std::move(error.found),
          .expected = std::move(error.expected)});
   }
+}
+
+ParameterCount SourceFile::parameters_after(std::int64_t records) const {
+  constexpr std::int64_t buffer = 4096;
+  const auto count = guarded([&] {
+    recordio::InputFile file(path_, buffer);
+    return overflow_parameters(
+        file, coding_, static_cast<std::int64_t>(std::filesystem::file_size(path_)), records);
+  });
+  if (!count) fail("another record", "a record of more than four flow parameters");
+  return *count;
 }
 
 void SourceFile::read(const recordio::ReadList& list) {

@@ -5,6 +5,7 @@
 #include <string>
 #include <system_error>
 
+#include "format/body.hpp"
 #include "p3dgrid/error.hpp"
 #include "recordio/connection.hpp"
 
@@ -48,6 +49,8 @@ class SourceFile {
   void skip(const recordio::ReadList& list);
   /// Goes back to the first record.
   void rewind();
+  /// The flow parameters of the blocks of an OVERFLOW solution, after these records.
+  [[nodiscard]] ParameterCount parameters_after(std::int64_t records) const;
 
   /// Throws unless the rest of the file can hold the values, before memory is taken for them.
   void require_room(std::int64_t values, recordio::FileKind kind, recordio::Claim claim) const;

@@ -142,7 +142,11 @@ class SolutionReader::File {
     }
     if (layout().holds_extents()) {
       header_.extents = read_extents(source_, layout().dimensions, values.nblocks,
-                                     layout().counted_variables ? &header_.variables : nullptr);
+                                     layout().counted_variables ? &header_.variables : nullptr,
+                                     &header_.run.species);
+      if (layout().more_parameters) {
+        parameter_count_ = source_.parameters_after(form().multiblock ? 2 : 1);
+      }
       return;
     }
     if (of_grid == nullptr) return;
@@ -189,9 +193,10 @@ class SolutionReader::File {
   void begin_body() {
     // Text has no records of older levels.
     const std::int32_t older = is_text(form().coding) ? 0 : older_levels(header_.run.itimeint);
-    walk_.emplace(
-        block_records(layout(), form().coding, shape_of(*form().sections, header_.triplets, older)),
-        extents().blocks(), layout().extensions);
+    BlockShape shape = shape_of(*form().sections, header_.triplets, older);
+    shape.parameters = parameter_count_;
+    walk_.emplace(block_records(layout(), form().coding, shape), extents().blocks(),
+                  layout().extensions);
     flags_.clear();
     block_ = -1;
     record_ = walk_->next();
@@ -258,9 +263,7 @@ class SolutionReader::File {
   void take_record() {
     switch (record_->kind) {
       case BodyRecordKind::parameters:
-        parameters_.resize(static_cast<std::size_t>(record_->parameters));
-        source_.read({recordio::stored_as(
-            kind(), recordio::values(parameters_.data(), std::ssize(parameters_)))});
+        read_parameters(record_->parameters);
         break;
       case BodyRecordKind::older_level:
         source_.skip({recordio::dropped(kind(), record_->values_per_point() * block_points())});
@@ -280,6 +283,18 @@ class SolutionReader::File {
       source_.fail("three flags, none of them 999",
                    "a chain of at most three flags that ends with 999");
     }
+  }
+
+  void read_parameters(const ParameterCount& count) {
+    parameters_.resize(static_cast<std::size_t>(count.all));
+    const auto reals = [&](std::int32_t from, std::int32_t to) {
+      return recordio::stored_as(kind(), recordio::values(parameters_.data() + from, to - from));
+    };
+    if (count.integer == 0) return source_.read({reals(0, count.all)});
+    std::int32_t integer = 0;
+    source_.read(
+        {reals(0, count.integer - 1), recordio::scalar(integer), reals(count.integer, count.all)});
+    parameters_[static_cast<std::size_t>(count.integer) - 1] = integer;
   }
 
   [[nodiscard]] std::int64_t block_points() const {
@@ -324,6 +339,7 @@ class SolutionReader::File {
   std::int32_t block_ = -1;           ///< current block
   bool begun_ = false;                ///< a record of it has been read
   bool arrays_begun_ = false;         ///< an array of it has been read
+  ParameterCount parameter_count_;    ///< where the layout does not fix it
   std::vector<double> parameters_;    ///< of the block, once read
   std::vector<std::int32_t> flags_;   ///< read so far
 };

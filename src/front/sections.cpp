@@ -10,11 +10,18 @@ namespace {
 
 constexpr Section leading_section{1, solution_variables};
 
+/// Whether a PLOT3D solution gets only the first five variables of an OVERFLOW solution.
+bool drops_variables(const SolutionHeader& read, const LayoutTraits& written) {
+  return traits_of(read.form.layout).more_parameters && !written.more_parameters &&
+         written.parameters > 0;
+}
+
 /// The sections of a solution that is written in another layout.
 Sections sections_to_write(const SolutionHeader& read, const LayoutTraits& written) {
   const std::int32_t variables = read.most_variables();
   const Sections kept = read.form.sections.value_or(Sections{{1, variables}});
   const bool same = read.form.layout == written.layout;
+  if (drops_variables(read, written)) return {leading_section};
   if (same && written.extensions) return kept;
   if (written.counted_variables && !same) return {{1, variables}};
   const std::int32_t held = variables_in(kept);
@@ -45,8 +52,7 @@ void require_files_of(const std::string& path, const RestartForm& form) {
   if (has_files_of(traits_of(form.layout), form.coding)) return;
   throw Error({.kind = ErrorKind::unsupported,
                .file = path,
-               .reason = std::string("layout ") + name_of(form.layout) +
-                         " has no files of two dimensions; layouts 2 and 3 have"});
+               .reason = no_files_of(traits_of(form.layout), form.coding)});
 }
 
 Sections extensions_in(const std::vector<std::int32_t>& flags) {
@@ -88,7 +94,11 @@ SolutionHeader header_to_write(const SolutionHeader& read, const StatedRestartFo
   }
   const LayoutTraits& layout = traits_of(header.form.layout);
   if (!layout.extensions || !traits_of(read.form.layout).extensions) header.flags.clear();
-  if (!stated.sections) header.form.sections = sections_to_write(read, layout);
+  if (stated.sections) return header;
+  header.form.sections = sections_to_write(read, layout);
+  if (drops_variables(read, layout)) {
+    header.variables.assign(header.variables.size(), solution_variables);
+  }
   return header;
 }
 

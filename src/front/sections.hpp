@@ -11,7 +11,7 @@ namespace p3dgrid {
 /// @param leading  blocks begin with a leading record, which holds five variables
 void require_sections(const std::string& path, const Sections& sections, bool leading);
 
-/// Throws for a file of two dimensions in a layout that has none.
+/// Throws for a coding of which the layout has no files.
 void require_files_of(const std::string& path, const RestartForm& form);
 
 /// The variables that a chain of flags announces, in file order.

@@ -59,9 +59,10 @@ void require_values(const std::string& path, const FlowArray& array, const Reals
          std::to_string(points));
 }
 
+/// Further parameters, which an OVERFLOW solution has, are not written.
 void require_parameters(const std::string& path, const LayoutTraits& layout,
                         const std::vector<double>& parameters) {
-  if (layout.parameters == 0 || std::ssize(parameters) == layout.parameters) return;
+  if (layout.parameters == 0 || std::ssize(parameters) >= layout.parameters) return;
   refuse(path, std::to_string(parameters.size()) + " flow parameters",
          std::to_string(layout.parameters));
 }
@@ -163,7 +164,7 @@ class SolutionWriter::File {
          record_ = walk_.next()) {
       if (record_->kind == BodyRecordKind::parameters) {
         target_.write({recordio::stored_as(
-            parameter_kind(), recordio::values(parameters.data(), std::ssize(parameters)))});
+            parameter_kind(), recordio::values(parameters.data(), layout_.parameters))});
       } else if (record_->kind == BodyRecordKind::flag) {
         write_flag(static_cast<std::size_t>(record_->flag - 1));
       } else {

@@ -145,7 +145,7 @@ template <class Real>
 template <class Memory>
 [[nodiscard]] recordio::Values<Memory> parameter_row(const Coding& coding, const BodyRecord& record,
                                                      integer row) {
-  const integer count = record.parameters;
+  const integer count = record.parameters.all;
   const auto entry = [row, count](const char* name, auto& parameters) -> recordio::Values<Memory> {
     check_unchanged(name, row, parameters.extent(2) < count ? 0 : parameters.extent(1));
     const auto kind = recordio::kind_of<std::remove_reference_t<decltype(*parameters.data())>>();

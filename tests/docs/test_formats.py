@@ -59,6 +59,17 @@ class FormatsTest(unittest.TestCase):
         self.assertEqual({key: found.get(key) for key in expected}, expected)
 
 
+class Forms(unittest.TestCase):
+    def test_messages_are_those_of_detection(self):
+        literal = r'"(?:[^"\\]|\\.)*"'
+        source = (SOURCE / "src" / "detect" / "foreign.cpp").read_text()
+        messages = {"".join(part[1:-1] for part in re.findall(literal, match)).replace("\\\\", "\\")
+                    for match in re.findall(rf"return ((?:{literal}\s*)+);", source)} - {""}
+        rows = re.findall(r"^\| .* \| named only: (.*) \|$", PAGE.read_text(), re.MULTILINE)
+        self.assertEqual(set(rows), messages)
+        self.assertGreaterEqual(len(rows), 3)
+
+
 class Bytes(FormatsTest):
     def test_every_example_is_on_the_page(self):
         names = [example.name for example in EXAMPLES + TEXTS]

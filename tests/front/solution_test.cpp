@@ -44,6 +44,18 @@ Bytes with_triplets() {
       .record(Bytes().r4s({11, 12}));
 }
 
+/// An OVERFLOW solution in double precision: a block of 2 points, 6 variables and no species. The
+/// eighth of 16 flow parameters is the integer 3.
+Bytes of_overflow() {
+  return Bytes()
+      .record(Bytes().i4s({2, 1, 1, 6, 0}))
+      .record(Bytes()
+                  .r8s({0.1, 0.2, 0.3, 0.4, 0.5, 0.6, 0.7})
+                  .i4(3)
+                  .r8s({0.9, 1.0, 1.1, 1.2, 1.3, 1.4, 1.5, 1.6}))
+      .record(Bytes().r8s({1.1, 1.2, 2.1, 2.2, 3.1, 3.2, 4.1, 4.2, 5.1, 5.2, 6.1, 6.2}));
+}
+
 const RestartForm layout_101 = {.layout = Layout::single_block,
                                 .coding = {.precision = Precision::double_precision},
                                 .sections = Sections{{1, 5}}};
@@ -82,6 +94,66 @@ TEST_F(FrontSolution, HasTripletsWhereItsRecordsShowThem) {
   const Solution flow = read_solution("flow", {.form = without, .grid = &grid});
   EXPECT_TRUE(flow.blocks.front().triplets.empty());
   EXPECT_THAT(list_of(flow.blocks.front().variables[8]), ElementsAre(11, 12));
+}
+
+TEST_F(FrontSolution, IsOneOfOverflow) {
+  write_file("flow", of_overflow());
+  const RestartForm form{.layout = Layout::overflow,
+                         .coding = {.precision = Precision::double_precision},
+                         .multiblock = false,
+                         .sections = Sections{{1, 6}}};
+  for (const StatedRestartForm& stated : {StatedRestartForm{}, stated_as(form)}) {
+    const Solution flow = read_solution("flow", {.form = stated});
+    EXPECT_EQ(flow.form.layout, Layout::overflow);
+    EXPECT_EQ(flow.run.species, 0);
+    EXPECT_THAT(flow.blocks[0].parameters, ElementsAre(0.1, 0.2, 0.3, 0.4, 0.5, 0.6, 0.7, 3, 0.9,
+                                                       1.0, 1.1, 1.2, 1.3, 1.4, 1.5, 1.6));
+    ASSERT_EQ(flow.blocks[0].variables.size(), 6U);
+    EXPECT_THAT(list_of(flow.blocks[0].variables[5]), ElementsAre(6.1, 6.2));
+  }
+}
+
+TEST_F(FrontSolution, OfOverflowIsReadArrayByArray) {
+  write_file("flow", of_overflow());
+  SolutionReader reader("flow");
+  EXPECT_THAT(reader.header().variables, ElementsAre(6));
+  EXPECT_THAT(list_of(reader.read(0, FlowArray{6}, {.first = {1, 0, 0}})), ElementsAre(6.2));
+  EXPECT_EQ(reader.parameters(0).size(), 16U);
+}
+
+TEST_F(FrontSolution, OfOverflowIsWrittenInOtherLayouts) {
+  write_file("flow", of_overflow());
+  const Solution flow = read_solution("flow");
+  write_solution("functions", flow, {.layout = Layout::function});
+  const Solution functions = read_solution("functions");
+  ASSERT_EQ(functions.variables(), 6);
+  EXPECT_THAT(list_of(functions.blocks[0].variables[5]), ElementsAre(6.1, 6.2));
+  write_solution("five", flow, {.layout = Layout::solution});
+  const Solution five = read_solution("five");
+  EXPECT_EQ(five.variables(), 5);
+  EXPECT_THAT(five.blocks[0].parameters, ElementsAre(0.1, 0.2, 0.3, 0.4));
+  const StatedRestartForm all{.layout = Layout::solution, .sections = Sections{{1, 5}, {6, 6}}};
+  write_solution("six", flow, all);
+  EXPECT_EQ(read_solution("six").variables(), 6);
+  const Error error = error_of([&] { write_solution("none", flow); });
+  EXPECT_EQ(error.kind(), ErrorKind::unsupported);
+  EXPECT_THAT(error.what(), HasSubstr("layout overflow can be read, but not written"));
+}
+
+TEST_F(FrontSolution, OfOverflowHasRecordsOnly) {
+  write_file("flow", of_overflow());
+  const RestartForm form{.layout = Layout::overflow,
+                         .coding = {.encoding = Encoding::binary},
+                         .sections = Sections{{1, 6}}};
+  const Error error =
+      error_of([&] { static_cast<void>(read_solution("flow", {.form = stated_as(form)})); });
+  EXPECT_THAT(error.what(), HasSubstr("layout overflow has no files that are binary"));
+  write_file("flow", Bytes().record(Bytes().i4s({2, 1, 1, 6, 0})));
+  const RestartForm cut{
+      .layout = Layout::overflow, .multiblock = false, .sections = Sections{{1, 6}}};
+  const Error other =
+      error_of([&] { static_cast<void>(read_solution("flow", {.form = stated_as(cut)})); });
+  EXPECT_THAT(other.what(), HasSubstr("a record of more than four flow parameters"));
 }
 
 TEST_F(FrontSolution, IsWrittenAsItWasRead) {

@@ -390,25 +390,6 @@ class Foreign(CheckTest):
                                             marker="q"))
             self.assertIn("unformatted, 8-byte markers, ", self.succeed("check", "file"))
 
-    def test_overflow_solutions(self):
-        extents = (3, 2, 2), (2, 2, 2)
-        for real, order, blocks, variables in itertools.product("fd", "<>", (1, 2), (5, 7)):
-            numbers = [n for block in extents[:blocks] for n in block] + [variables, 2]
-            contents = [struct.pack(order + "i", blocks)] * (blocks > 1)
-            contents.append(struct.pack(f"{order}{len(numbers)}i", *numbers))
-            for i, j, k in extents[:blocks]:
-                contents.append(struct.pack(f"{order}15{real}i", *range(15), 0))
-                contents.append(struct.pack(f"{order}{variables * i * j * k}{real}",
-                                            *range(variables * i * j * k)))
-            self.write("file", b"".join(
-                struct.pack(order + "i", len(content)) + content +
-                struct.pack(order + "i", len(content)) for content in contents))
-            for command in (("check", "file"), ("info", "file"), ("info", "file", "--layout", "2"),
-                            ("check", "grid", "file")):
-                self.fail_with(1, *command, says=(
-                    f"file: is an OVERFLOW solution of {blocks} block", f"{variables} variables",
-                    "which cannot be read"))
-
 
 class Bounded(CheckTest):
     """Memory and time do not depend on the sizes in damaged headers."""
