@@ -61,7 +61,8 @@ std::string reason(const Reading& reading, std::int64_t file_size) {
   if (!reading.checked) return "its header; without extents nothing else can be compared";
   const std::string records = counted(reading.records, "record");
   const std::string extents = reading.own_extents ? "its extents" : "the extents of the grid";
-  const std::string more = reading.fit.what.empty() ? "" : "; " + reading.fit.what;
+  std::string more = reading.fit.what.empty() ? "" : "; " + reading.fit.what;
+  if (!reading.preferred.empty()) more += "; " + reading.preferred;
   switch (reading.coding().encoding) {
     case Encoding::unformatted:
       return "the markers of its " + records + " are the lengths that " + extents + " ask for" +

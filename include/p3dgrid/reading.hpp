@@ -57,6 +57,8 @@ struct Reading {
   bool checked = true;        ///< false if only the header could be compared
   /// Blocks begin with their triplets; none if that is unknown.
   std::optional<bool> triplets = {};
+  /// Why it is taken although others agree as well: "its reals are ..."; empty if none does.
+  std::string preferred = {};
 
   /// Whether the form is that of a grid.
   [[nodiscard]] bool is_grid() const { return std::holds_alternative<GridForm>(form); }

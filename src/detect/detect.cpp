@@ -4,6 +4,7 @@
 
 #include "detect/candidates.hpp"
 #include "detect/diagnosis.hpp"
+#include "detect/plausibility.hpp"
 #include "detect/section_search.hpp"
 
 namespace p3dgrid {
@@ -18,8 +19,8 @@ bool is_supported(const Detection& found) {
          });
 }
 
-/// Selects the readings that agree, and describes the file otherwise if none is proven. Readings
-/// with empty blocks are tried last.
+/// Selects the readings that agree, by their values if there are several, and describes the file
+/// otherwise if none is proven. Readings with empty blocks are tried last.
 /// @param readings  function of `EmptyBlocks`
 template <class Readings>
 Detection detect(Evidence& file, const std::shared_ptr<const Extents>& grid, Readings readings) {
@@ -32,6 +33,7 @@ Detection detect(Evidence& file, const std::shared_ptr<const Extents>& grid, Rea
     if (!is_supported(found)) found.damage = header_damage(file);
     found.beginning = beginning_of(file);
   }
+  settle_by_values(file, found);
   found.size = file.size();
   found.bytes_read = file.bytes_read();
   return found;
