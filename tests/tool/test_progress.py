@@ -92,7 +92,7 @@ class ProgressTest(ToolTest):
         self.assertGreater(len(packed), 10_000_000)
         self.write("grid", packed)
         seen = self.on_terminal(until=b"reading grid: ")
-        self.assertRegex(seen, rf"reading grid: \d+ [kM]B of {len(packed) / 1e6:.0f} MB \(")
+        self.assertRegex(seen, rf"reading grid: [\d.]+ [kM]B of {len(packed) / 1e6:.0f} MB \(")
 
     def test_control_characters_of_a_name_are_escaped(self):
         self.path("grid").rename(self.path("grid\n\x1b[2J"))
