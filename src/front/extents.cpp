@@ -1,7 +1,6 @@
 #include "front/extents.hpp"
 
 #include <algorithm>
-#include <array>
 
 #include "format/header.hpp"
 
@@ -51,24 +50,19 @@ void require_blocks(const SourceFile& file, std::int32_t blocks, bool in_header)
 }
 
 Extents read_extents(SourceFile& file, DimensionKind kind, std::int32_t blocks,
-                     std::vector<std::int32_t>* functions, std::int32_t* species) {
+                     HeaderCounts& counts) {
+  const auto size = static_cast<std::size_t>(blocks);
+  const bool counted = kind == DimensionKind::one_record_with_variables;
   Extents extents;
-  for (auto* column : {&extents.i, &extents.j, &extents.k}) {
-    column->resize(static_cast<std::size_t>(blocks));
-  }
-  if (functions != nullptr) functions->resize(static_cast<std::size_t>(blocks));
-  const auto read = [&](const recordio::ReadList& list) { file.read(list); };
-  if (kind == DimensionKind::one_record_with_species) {
-    std::int32_t& variables = functions->front();
-    const std::array totals = {&variables, species};
-    walk_dimensions<std::int32_t>(
-        kind, file.coding(), blocks,
-        columns_of(extents, static_cast<std::vector<std::int32_t>*>(nullptr)), read, totals);
-    std::ranges::fill(*functions, variables);
-  } else {
-    walk_dimensions<std::int32_t>(kind, file.coding(), blocks, columns_of(extents, functions),
-                                  read);
-  }
+  for (auto* column : {&extents.i, &extents.j, &extents.k}) column->resize(size);
+  if (counted) counts.variables.resize(size);
+  std::int32_t variables = 0;
+  std::vector<std::int32_t*> totals;
+  if (kind == DimensionKind::one_record_with_species) totals = {&variables, &counts.species};
+  walk_dimensions<std::int32_t>(
+      kind, file.coding(), blocks, columns_of(extents, counted ? &counts.variables : nullptr),
+      [&](const recordio::ReadList& list) { file.read(list); }, totals);
+  if (!totals.empty()) counts.variables.assign(size, variables);
   const std::size_t invalid = first_invalid(extents);
   if (invalid < extents.i.size()) file.fail(block_text(extents, invalid), valid_extents);
   return extents;

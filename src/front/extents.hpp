@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "front/file.hpp"
 #include "p3dgrid/layout.hpp"
 
@@ -9,12 +11,15 @@ namespace p3dgrid {
 /// @param in_header  the header holds the extents of the blocks
 void require_blocks(const SourceFile& file, std::int32_t blocks, bool in_header);
 
+/// Numbers that a header may hold beside the extents.
+struct HeaderCounts {
+  std::vector<std::int32_t> variables = {};  ///< of each block; empty if the header has none
+  std::int32_t species = 0;
+};
+
 /// Reads block dimensions from a header. Throws for extents that no block can have.
-/// @param functions  gets the variable counts of the blocks, where the header has them
-/// @param species    gets the number of species of `DimensionKind::one_record_with_species`
 [[nodiscard]] Extents read_extents(SourceFile& file, DimensionKind kind, std::int32_t blocks,
-                                   std::vector<std::int32_t>* functions = nullptr,
-                                   std::int32_t* species = nullptr);
+                                   HeaderCounts& counts);
 
 /// Writes block dimensions.
 /// @param functions  variable counts of function files

@@ -48,7 +48,8 @@ class GridReader::File {
     std::int32_t blocks = 1;
     if (form().multiblock) source_.read({recordio::scalar(blocks)});
     require_blocks(source_, blocks, true);
-    return read_extents(source_, DimensionKind::one_record, blocks);
+    HeaderCounts none;
+    return read_extents(source_, DimensionKind::one_record, blocks, none);
   }
 
   [[nodiscard]] recordio::ReadList whole_block(std::int32_t block) const {

@@ -141,9 +141,10 @@ class SolutionReader::File {
       return require_valid(source_.path(), form().coding, extents());
     }
     if (layout().holds_extents()) {
-      header_.extents = read_extents(source_, layout().dimensions, values.nblocks,
-                                     layout().counted_variables ? &header_.variables : nullptr,
-                                     &header_.run.species);
+      HeaderCounts counts;
+      header_.extents = read_extents(source_, layout().dimensions, values.nblocks, counts);
+      header_.variables = std::move(counts.variables);
+      header_.run.species = counts.species;
       if (layout().more_parameters) {
         parameter_count_ = source_.parameters_after(form().multiblock ? 2 : 1);
       }
