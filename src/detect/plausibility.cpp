@@ -10,7 +10,7 @@ namespace {
 
 /// Reals at the beginning, the middle and the end of a record.
 constexpr std::int64_t run_length = 16;
-constexpr int most_records = 256;
+constexpr int most_sampled_records = 256;
 constexpr std::size_t most_readings = 64;
 
 std::optional<double> real_at(Evidence& file, std::int64_t offset, const Coding& coding) {
@@ -67,7 +67,7 @@ bool has_plausible_reals(Evidence& file, const Reading& reading) {
   recordio::RecordScanner records = file.records(coding);
   const bool marked = coding.encoding == Encoding::unformatted;
   std::int64_t begin = 0;
-  for (int n = 0; n < most_records; ++n) {
+  for (int n = 0; n < most_sampled_records; ++n) {
     const auto size = plan->next();
     if (!size) break;
     if (marked) {
