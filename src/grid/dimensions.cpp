@@ -22,6 +22,7 @@ void read_dimensions(const Unit& unit, const p3dgrid::Coding& coding, DimensionK
                      integer nblocks, const ExtentTargets& extents,
                      allocatable<integer, 1>* functions) {
   std::vector<integer*> columns;
+  columns.reserve(4);
   for (auto* array : {extents[0], extents[1], extents[2], functions}) {
     if (array == nullptr) continue;
     if (array->extent(1) < nblocks) unit.fail("no array to read into", extents_of(nblocks));

@@ -77,6 +77,13 @@ void RecordOutput::finish() {
 
 void read_record(InputFile& file, const Coding& coding, const ReadList& list, RestOfRecord rest,
                  std::int64_t& lines) {
+  // Without a `RecordInput`, which costs as much as a short record.
+  if (coding.encoding == Encoding::unformatted) {
+    UnformattedRecordReader record(file, coding);
+    for (const auto& entry : list) read_values(record, coding.byte_order, entry);
+    if (rest == RestOfRecord::refused) record.expect_end();
+    return record.finish();
+  }
   RecordInput record(file, coding, lines);
   for (const auto& entry : list) record.read(entry);
   record.finish(rest);

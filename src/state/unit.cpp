@@ -126,11 +126,14 @@ Unit::Unit(integer number, integer iformat) : number_(number) {
 
 p3dgrid::Coding Unit::coding(const FileName& name, logical dblprec) const {
   using p3dgrid::Precision;
-  p3dgrid::StatedCoding stated;
-  const auto chooser = host_state().coding_chooser;
-  if (known() && chooser) stated = host::call(chooser, name.view());
-  stated.encoding = encoding_.value_or(Encoding::formatted);
-  p3dgrid::Coding coding = p3dgrid::applied_to({}, stated);
+  p3dgrid::Coding coding{.encoding = encoding_.value_or(Encoding::formatted)};
+  if (known() && host_state().coding_chooser) {
+    // A copy, because the chooser may install another one.
+    const auto chooser = host_state().coding_chooser;
+    p3dgrid::StatedCoding stated = host::call(chooser, name.view());
+    stated.encoding = coding.encoding;
+    coding = p3dgrid::applied_to({}, stated);
+  }
   coding.precision = dblprec ? Precision::double_precision : Precision::single_precision;
   return coding;
 }
