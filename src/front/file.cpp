@@ -35,13 +35,16 @@ bool is_regular(const std::string& path) {
   return std::filesystem::is_regular_file(path, error);
 }
 
-void SourceFile::rewind() {
+void SourceFile::require_regular() const {
   // Opening a named pipe again would wait for another writer.
-  if (!is_regular(path_)) {
-    throw Error({.kind = ErrorKind::system,
-                 .file = path_,
-                 .reason = "is not a regular file, and can be read forward only"});
-  }
+  if (is_regular(path_)) return;
+  throw Error({.kind = ErrorKind::system,
+               .file = path_,
+               .reason = "is not a regular file, and can be read forward only"});
+}
+
+void SourceFile::rewind() {
+  require_regular();
   record_.reset();
   connection_ = opened(path_, coding_, OpenStatus::old);
 }
@@ -63,11 +66,11 @@ auto SourceFile::guarded(Action action) const {
 }
 
 ParameterCount SourceFile::parameters_after(std::int64_t records) const {
+  require_regular();
   constexpr std::int64_t buffer = 4096;
   const auto count = guarded([&] {
     recordio::InputFile file(path_, buffer);
-    return overflow_parameters(
-        file, coding_, static_cast<std::int64_t>(std::filesystem::file_size(path_)), records);
+    return overflow_parameters(file, coding_, file.remaining().value_or(0), records);
   });
   if (!count) fail("another record", "a record of more than four flow parameters");
   return *count;

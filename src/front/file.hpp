@@ -63,6 +63,7 @@ class SourceFile {
  private:
   template <class Action>
   auto guarded(Action action) const;
+  void require_regular() const;
 
   std::string path_;
   Coding coding_;

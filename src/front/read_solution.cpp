@@ -43,7 +43,10 @@ class SolutionReader::File {
       : header_{.form = reading.restart()}, source_(path, form().coding) {
     require_files_of(path, form());
     header_.triplets = has_triplets(path, reading);
-    read_header(reading.extents.get());
+    read_header(header_, reading.extents.get());
+    if (layout().more_parameters) {
+      parameter_count_ = source_.parameters_after(form().multiblock ? 2 : 1);
+    }
     settle_sections();
     begin_body();
     if (layout().extensions) read_flags();
@@ -126,36 +129,32 @@ class SolutionReader::File {
   [[nodiscard]] const LayoutTraits& layout() const { return traits_of(form().layout); }
   [[nodiscard]] recordio::FileKind kind() const { return real_kind(form().coding); }
 
-  void read_header(const Extents* of_grid) {
+  /// @param of_grid  extents for layouts without extents; may be null
+  void read_header(SolutionHeader& header, const Extents* of_grid) {
     HeaderValues values;
     walk_lead(layout(), form().coding, form().multiblock, values,
               [&](const recordio::ReadList& list) { source_.read(list); });
-    header_.run = static_cast<const RunData&>(values);
-    header_.blocks = values.nblocks;
+    header.run = static_cast<const RunData&>(values);
+    header.blocks = values.nblocks;
     // Blocks of a grid may have no points, so that the file holds less than a value for each.
     if (layout().holds_extents() || of_grid == nullptr) {
       require_blocks(source_, values.nblocks, layout().holds_extents());
     }
     if (layout().header == HeaderKind::single_block) {
-      header_.extents = {{values.i}, {values.j}, {values.k}};
-      return require_valid(source_.path(), form().coding, extents());
-    }
-    if (layout().holds_extents()) {
+      header.extents = {{values.i}, {values.j}, {values.k}};
+      require_valid(source_.path(), form().coding, header.extents);
+    } else if (layout().holds_extents()) {
       HeaderCounts counts;
-      header_.extents = read_extents(source_, layout().dimensions, values.nblocks, counts);
-      header_.variables = std::move(counts.variables);
-      header_.run.species = counts.species;
-      if (layout().more_parameters) {
-        parameter_count_ = source_.parameters_after(form().multiblock ? 2 : 1);
+      header.extents = read_extents(source_, layout().dimensions, values.nblocks, counts);
+      header.variables = std::move(counts.variables);
+      header.run.species = counts.species;
+    } else if (of_grid != nullptr) {
+      if (of_grid->blocks() != values.nblocks) {
+        mismatch(source_.path(), "holds " + std::to_string(values.nblocks) + " blocks, the grid " +
+                                     std::to_string(of_grid->blocks()));
       }
-      return;
+      header.extents = *of_grid;
     }
-    if (of_grid == nullptr) return;
-    if (of_grid->blocks() != values.nblocks) {
-      mismatch(source_.path(), "holds " + std::to_string(values.nblocks) + " blocks, the grid " +
-                                   std::to_string(of_grid->blocks()));
-    }
-    header_.extents = *of_grid;
   }
 
   /// Sets the usual sections unless some are stated, and checks them.
@@ -205,8 +204,8 @@ class SolutionReader::File {
 
   void rewind() {
     source_.rewind();
-    const Extents before = extents();
-    read_header(&before);
+    SolutionHeader again;
+    read_header(again, &extents());
     open_ = false;
     begin_body();
   }

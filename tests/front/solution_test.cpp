@@ -224,6 +224,17 @@ TEST_F(FrontSolution, IsReadArrayByArrayInAnyOrder) {
   }
 }
 
+TEST_F(FrontSolution, GoingBackKeepsWhatIsKnownOfTheFile) {
+  write_file("flow", two_blocks());
+  SolutionReader reader("flow");
+  const auto known = reader.header().variables;
+  EXPECT_THAT(known, ElementsAre(5, 5));
+  EXPECT_THAT(list_of(reader.read(1, {.number = 5})), ElementsAre(5));
+  EXPECT_THAT(list_of(reader.read(0, {.number = 1})), ElementsAre(1.1, 1.2));
+  EXPECT_EQ(reader.header().variables, known);
+  EXPECT_EQ(reader.header().extents, (Extents{{2, 1}, {1, 1}, {1, 1}}));
+}
+
 TEST_F(FrontSolution, IsWrittenArrayByArray) {
   write_file("flow", extended());
   const Solution flow = read_solution("flow");

@@ -175,6 +175,14 @@ class SectionsOfVariables(RestartTest):
         self.assert_holds(content, RestartForm(3), expected)
         self.assertNotIn("--sections", notes)
 
+    def test_sections_out_of_order_become_one(self):
+        solution = sample_solution(TWO, 7, sections=[(6, 7), (1, 5)])
+        self.write_restart("in", RestartForm(1), solution)
+        content, _ = self.convert("two", RestartForm(1), RestartForm(3), "--sections", "6-7,1-5")
+        expected = carried_over(solution, RestartForm(1))
+        expected.sections = [(1, 7)]
+        self.assert_holds(content, RestartForm(3), expected)
+
     def test_function_files_of_any_number(self):
         for count in (1, 2, 12):
             solution = sample_solution(TWO, count)
