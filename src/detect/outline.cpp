@@ -5,9 +5,6 @@
 namespace p3dgrid {
 namespace {
 
-/// Limit on points, so that sums and products of them cannot overflow 64 bits.
-constexpr std::int64_t most_points = std::int64_t{1} << 36;
-
 constexpr std::int32_t most_blocks_with_empty = 1 << 18;
 
 /// Blocks whose extents are checked before memory for those of all blocks is allocated.
@@ -58,14 +55,9 @@ class HeaderReader {
   std::int64_t lines_ = 0;
 };
 
-/// Adds the points of a block. False for extents that no block can have.
-bool add_points(std::int64_t& points, std::int32_t i, std::int32_t j, std::int32_t k,
-                EmptyBlocks empty) {
-  if (i < 0 || j < 0 || k < 0) return false;
-  const std::int64_t plane = std::int64_t{i} * j;  // 31 bits times 31 bits
-  if (plane > most_points || (plane > 0 && k > most_points / plane)) return false;
-  points += plane * k;
-  return points <= most_points && (plane * k > 0 || empty == EmptyBlocks::accepted);
+/// The same, and false for a block without points unless these are accepted.
+bool add_points(std::int64_t& points, const BlockExtents& block, EmptyBlocks empty) {
+  return add_points(points, block) && (block.points() > 0 || empty == EmptyBlocks::accepted);
 }
 
 struct BlockDimensions {
@@ -92,7 +84,7 @@ struct BlockDimensions {
   [[nodiscard]] bool plausible(EmptyBlocks empty) const {
     std::int64_t points = 0;
     for (std::size_t b = 0; b < extents.i.size(); ++b) {
-      if (!add_points(points, extents.i[b], extents.j[b], extents.k[b], empty)) return false;
+      if (!add_points(points, extents.of(b), empty)) return false;
     }
     return std::ranges::all_of(
         functions, [](std::int32_t count) { return count >= 0 && count <= most_variables; });
@@ -168,14 +160,13 @@ std::optional<Outline> Evidence::restart_outline(const RestartForm& form, EmptyB
     outline.blocks = header.nblocks;
     if (layout.header == HeaderKind::single_block) {
       std::int64_t points = 0;
-      if (!add_points(points, header.i, header.j, header.k, empty)) return false;
+      if (!add_points(points, {header.i, header.j, header.k}, empty)) return false;
       outline.extents =
           std::make_shared<const Extents>(Extents{{header.i}, {header.j}, {header.k}});
     }
     return read_dimensions(*this, reader, form.coding, layout.dimensions, empty, outline);
   });
-  // Text has no records of older levels.
-  outline.older_levels = is_text(form.coding) ? 0 : older_levels(header.itimeint);
+  outline.older_levels = older_levels(form.coding, header.itimeint);
   outline.sizes = std::move(reader.sizes);
   if (!taken) return std::nullopt;
   if (layout.more_parameters) {

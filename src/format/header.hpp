@@ -32,6 +32,23 @@ namespace recordio = mod_p3dgrid::recordio;
   return itimeint == 3 ? 2 : itimeint >= 2 ? 1 : 0;
 }
 
+/// The same for a coding: text has none.
+[[nodiscard]] constexpr std::int32_t older_levels(const Coding& coding, std::int32_t itimeint) {
+  return is_text(coding) ? 0 : older_levels(itimeint);
+}
+
+/// Limit on the points of all blocks, so that numbers of values and bytes fit 64 bits.
+inline constexpr std::int64_t most_points = std::int64_t{1} << 36;
+
+/// Adds the points of a block. False for extents that no block can have, and above the limit.
+[[nodiscard]] constexpr bool add_points(std::int64_t& points, const BlockExtents& block) {
+  if (block.i < 0 || block.j < 0 || block.k < 0) return false;
+  const std::int64_t plane = std::int64_t{block.i} * block.j;  // 31 bits times 31 bits
+  if (plane > most_points || (plane > 0 && block.k > most_points / plane)) return false;
+  points += plane * block.k;
+  return points <= most_points;
+}
+
 /// The values of a restart header. Single-block headers contain the extents.
 struct HeaderValues : RunData {
   std::int32_t nblocks = 1, i = 0, j = 0, k = 0;

@@ -7,23 +7,12 @@
 namespace p3dgrid {
 namespace {
 
-/// Limit on points, so that numbers of values and bytes fit 64 bits.
-constexpr std::int64_t most_points = std::int64_t{1} << 36;
-
 /// Columns of the table that the file holds.
 template <class ExtentsOrConst, class Functions>
 auto columns_of(ExtentsOrConst& extents, Functions* functions) {
   std::vector columns = {extents.i.data(), extents.j.data(), extents.k.data()};
   if (functions != nullptr) columns.push_back(functions->data());
   return columns;
-}
-
-bool add_points(std::int64_t& points, const BlockExtents& block) {
-  if (block.i < 0 || block.j < 0 || block.k < 0) return false;
-  const std::int64_t plane = std::int64_t{block.i} * block.j;
-  if (plane > most_points || (plane > 0 && block.k > most_points / plane)) return false;
-  points += plane * block.k;
-  return points <= most_points;
 }
 
 /// The first invalid block; the number of blocks if there is none.

@@ -191,8 +191,7 @@ class SolutionReader::File {
   }
 
   void begin_body() {
-    // Text has no records of older levels.
-    const std::int32_t older = is_text(form().coding) ? 0 : older_levels(header_.run.itimeint);
+    const std::int32_t older = older_levels(form().coding, header_.run.itimeint);
     BlockShape shape = shape_of(*form().sections, header_.triplets, older);
     shape.parameters = parameter_count_;
     walk_.emplace(block_records(layout(), form().coding, shape), extents().blocks(),
@@ -225,9 +224,7 @@ class SolutionReader::File {
 
   /// The variables of the current record.
   [[nodiscard]] Section variables() const {
-    const bool counted = layout().counted_variables && form().sections->size() == 1;
-    const auto block = static_cast<std::size_t>(block_);
-    return counted ? Section{1, header_.variables[block]} : record_->variables;
+    return variables_of(header_, static_cast<std::size_t>(block_), record_->variables);
   }
 
   [[nodiscard]] std::int64_t arrays_in_record() const {

@@ -55,6 +55,12 @@ void require_files_of(const std::string& path, const RestartForm& form) {
                .reason = no_files_of(traits_of(form.layout), form.coding)});
 }
 
+Section variables_of(const SolutionHeader& header, std::size_t block, const Section& section) {
+  const LayoutTraits& layout = traits_of(header.form.layout);
+  const bool counted = layout.counted_variables && header.form.sections->size() == 1;
+  return counted ? Section{1, header.variables[block]} : section;
+}
+
 Sections extensions_in(const std::vector<std::int32_t>& flags) {
   Sections extensions;
   for (std::size_t n = 0; n < flags.size() && flags[n] != end_of_extensions; ++n) {

@@ -43,13 +43,6 @@ void check(const std::string& path, const SolutionHeader& header) {
   refuse(path, "flags without 999", "a chain of at most three flags that ends with 999");
 }
 
-/// The variables of a block whose only section is counted in the header.
-Section counted_section(const SolutionHeader& header, std::size_t block, const Section& section) {
-  const LayoutTraits& layout = traits_of(header.form.layout);
-  const bool counted = layout.counted_variables && header.form.sections->size() == 1;
-  return counted ? Section{1, header.variables[block]} : section;
-}
-
 void require_values(const std::string& path, const FlowArray& array, const Reals& values,
                     std::int64_t points) {
   if (values.size() == points) return;
@@ -82,13 +75,13 @@ void check(const std::string& path, const SolutionHeader& header, std::size_t nu
     for (std::int32_t n = section.first; n <= section.last; ++n) {
       require_values(path, {n, triplet}, block.of({n, triplet}), points);
     }
-    const std::int32_t absent = absent_variable(layout, header.form.coding);
-    if (absent > 0) require_absent(path, block.of({absent}));
   };
+  const std::int32_t absent = absent_variable(layout, header.form.coding);
+  if (absent > 0) require_absent(path, block.of({absent}));
   require_parameters(path, layout, block.parameters);
   if (layout.triplets) require({1, triplet}, true);
   for (const Section& section : *header.form.sections) {
-    require(counted_section(header, number, section), false);
+    require(variables_of(header, number, section), false);
   }
   if (!layout.extensions) return;
   for (const Section& extension : extensions_in(header.flags)) require(extension, false);
@@ -183,7 +176,7 @@ class SolutionWriter::File {
   template <class WithArray>
   void write_arrays(WithArray with_array) {
     const auto block = static_cast<std::size_t>(block_ - 1);
-    const Section variables = counted_section(header_, block, record_->variables);
+    const Section variables = variables_of(header_, block, record_->variables);
     const std::int64_t triplets = record_->kind == BodyRecordKind::leading ? triplet : 0;
     const std::int64_t points = header_.extents.points_of(block);
     const std::int64_t count = triplets + variables.variables() - record_->leaves_out();

@@ -98,8 +98,8 @@ template <class Real>
 void read_variable(const VariableRead& read, allocatable<Real, 2>& staging,
                    allocatable<Real*, 1>& targets) {
   // Text has no records of older levels.
-  const auto records = block_records_with_leading(
-      read.layout, read.coding, is_text(read.coding) ? 0 : p3dgrid::older_levels(itimeint));
+  const auto records = block_records_with_leading(read.layout, read.coding,
+                                                  p3dgrid::older_levels(read.coding, itimeint));
   const integer highest = checked_highest_variable(records);
   const std::int64_t variables = variables_per_point();
   if (read.points.total > 0) check_variables(read.filename, highest, variables);
