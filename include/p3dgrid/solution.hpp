@@ -34,7 +34,7 @@ struct SolutionBlock {
   std::vector<Reals> variables = {};    ///< variable 1 first; empty for one that is not held
   std::vector<Reals> triplets = {};     ///< layouts 100 and 101: three arrays; else none
 
-  /// The array, which must exist.
+  /// The array; empty if the block does not hold it.
   [[nodiscard]] const Reals& of(const FlowArray& array) const;
 };
 
@@ -111,7 +111,7 @@ class SolutionWriter {
  public:
   /// Creates or replaces the file and writes its header. Layout 0 cannot be written.
   /// @param path    of the file
-  /// @param header  what it begins with
+  /// @param header  its form, header values and extents
   SolutionWriter(const std::string& path, SolutionHeader header);
 
   /// Writes the next block.
@@ -138,8 +138,8 @@ class SolutionWriter {
 /// Reads a restart file in a form that `detect_restart` has found. The reading has the extents.
 [[nodiscard]] Solution read_solution(const std::string& path, const Reading& reading);
 
-/// What a file begins with that holds what another one holds: the form as stated, else as read;
-/// with a block count if there are several blocks; with sections that the layout can hold.
+/// The header with which a solution is written. Members of the form that are not stated stay as
+/// read, but several blocks get a block count, and the sections are those that the layout can hold.
 [[nodiscard]] SolutionHeader header_to_write(const SolutionHeader& read,
                                              const StatedRestartForm& stated = {});
 /// The same for a solution. The precision is that of its variables unless it is stated.

@@ -29,7 +29,7 @@ auto on_file(const std::string& path, Action action) {
 
 [[nodiscard]] bool is_regular(const std::string& path);
 
-/// Throws for an argument.
+/// Throws an `Error` of the kind `argument`.
 [[noreturn]] void refuse(const std::string& path, std::string found, std::string expected);
 
 /// A file that is read record by record.

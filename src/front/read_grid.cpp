@@ -41,7 +41,8 @@ class GridReader::File {
   }
 
  private:
-  /// Above all blocks: the place in the file after an error.
+  /// Value of `next_` after an error, when the place in the file is not known. Above all blocks, so
+  /// that the next read goes back to the beginning.
   static constexpr std::int32_t unknown = std::numeric_limits<std::int32_t>::max();
 
   Extents read_header() {

@@ -97,7 +97,8 @@ class SolutionReader::File {
   }
 
  private:
-  /// Begins anew after an error, which leaves the place in the file unknown.
+  /// Goes back to the beginning of the file if the last read failed, because the place in the file
+  /// is not known then.
   class ErrorGuard {
    public:
     explicit ErrorGuard(File& file) : file_(file) {
