@@ -10,6 +10,7 @@
 #include "p3dgrid/detect.hpp"
 #include "p3dgrid/error.hpp"
 #include "p3dgrid/form.hpp"
+#include "p3dgrid/index_range.hpp"
 
 #pragma GCC visibility push(default)
 
@@ -35,14 +36,6 @@ struct Grid {
 
   /// The extents of its blocks.
   [[nodiscard]] Extents extents() const;
-};
-
-/// The points of a block from `first` up to `last`, which are included; counted from 0.
-struct IndexRange {
-  BlockExtents first = {};                                   ///< lowest indices
-  BlockExtents last = {all_points, all_points, all_points};  ///< highest; at most the block's last
-
-  static constexpr std::int32_t all_points = 0x7fffffff;  ///< up to the last point
 };
 
 /// A grid file that is read block by block. Copies share the open file.
