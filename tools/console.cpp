@@ -6,6 +6,8 @@
 #include <MOD_P3DReader.hpp>
 #include <cerrno>
 #include <cstdio>
+#include <functional>
+#include <set>
 #include <string>
 #include <system_error>
 #include <utility>
@@ -88,7 +90,8 @@ void print_library_line(std::string_view line) {
 }
 
 void print_note(std::string_view text) {
-  if (!quiet) print_error_line("p3dgrid: note: ", printable(text));
+  static std::set<std::string, std::less<>> printed;
+  if (!quiet && printed.emplace(text).second) print_error_line("p3dgrid: note: ", printable(text));
 }
 
 void print_failure(std::string_view text) {

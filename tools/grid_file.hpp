@@ -15,8 +15,8 @@ class GridInput {
 
   [[nodiscard]] const Extents& extents() const { return reader_.extents(); }
 
-  /// Reads a block, counted from 0.
-  [[nodiscard]] Block read(std::size_t block);
+  /// Reads a block, counted from 0, or a range of its points.
+  [[nodiscard]] Block read(std::size_t block, const IndexRange& range = {});
 
   /// Compares the file with its form, unless detection has compared all of it. To be called after
   /// the last block, because a failed read has the exact place.
