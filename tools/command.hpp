@@ -80,6 +80,7 @@ struct Command {
 [[nodiscard]] Command merge_command();
 [[nodiscard]] Command split_command();
 [[nodiscard]] Command transform_command();
+[[nodiscard]] Command quality_command();
 
 /// A parsed command line: a command to run, or else a text to print (help, version).
 struct Request {
