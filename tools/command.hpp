@@ -81,6 +81,7 @@ struct Command {
 [[nodiscard]] Command split_command();
 [[nodiscard]] Command transform_command();
 [[nodiscard]] Command quality_command();
+[[nodiscard]] Command vtk_command();
 
 /// A parsed command line: a command to run, or else a text to print (help, version).
 struct Request {

@@ -15,10 +15,10 @@
 namespace p3dgrid::tool {
 namespace {
 
-constexpr std::array all_commands = {sample_command,  info_command,    convert_command,
-                                     check_command,   restart_command, extract_command,
-                                     merge_command,   split_command,   transform_command,
-                                     quality_command, tecplot_command, plot_command};
+constexpr std::array all_commands = {
+    sample_command,  info_command,  convert_command, check_command,     restart_command,
+    extract_command, merge_command, split_command,   transform_command, quality_command,
+    tecplot_command, vtk_command,   plot_command};
 
 /// Shows the last argument without brackets in the usage line.
 class UsageFormatter : public CLI::Formatter {

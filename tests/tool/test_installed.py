@@ -44,7 +44,7 @@ class Help(InstalledTest):
     def test_every_command_is_there(self):
         self.assertEqual(self.commands(),
                          ["sample", "info", "convert", "check", "restart", "extract", "merge", "split",
-                          "transform", "quality", "tecplot", "plot"])
+                          "transform", "quality", "tecplot", "vtk", "plot"])
 
     def test_examples_run(self):
         """Runs each in the folder of a sample case, whose files replace those of the example."""
