@@ -40,7 +40,7 @@ std::string obstacle(const Parts& parts, const GridForm& form) {
 
 Block read(const Parts& parts, const Part& part) {
   Block block = parts.inputs[part.input].grid().read(part.block, part.range);
-  if (part.orientation != Orientation{}) block = reorient(block, part.orientation);
+  if (part.orientation != Orientation{}) block = reorient(std::move(block), part.orientation);
   if (parts.edit_block) parts.edit_block(block);
   return block;
 }

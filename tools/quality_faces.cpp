@@ -98,13 +98,16 @@ void FaceSearch::for_each_near(const FacePoint& point, Take take) const {
   const auto low = shifted(-tolerance_);
   const auto high = shifted(tolerance_);
   const auto visit_cell = [&](const std::array<double, 3>& cell) {
-    const auto by_cell = [this](const FacePoint& p) { return cell_of(p.place); };
-    for (const FacePoint& near : std::ranges::equal_range(points_, cell, {}, by_cell)) {
-      bool same = near.face != point.face;
+    const auto is_before = [this](const FacePoint& p, const std::array<double, 3>& c) {
+      return cell_of(p.place) < c;
+    };
+    auto near = std::lower_bound(points_.begin(), points_.end(), cell, is_before);
+    for (; near != points_.end() && cell_of(near->place) == cell; ++near) {
+      bool same = near->face != point.face;
       for (std::size_t c = 0; same && c < 3; ++c) {
-        same = std::abs(near.place[c] - point.place[c]) <= tolerance_;
+        same = std::abs(near->place[c] - point.place[c]) <= tolerance_;
       }
-      if (same) take(near);
+      if (same) take(*near);
     }
   };
   // A point and its neighbours lie in at most two cubes in each direction.

@@ -122,8 +122,9 @@ struct Orientation {
 /// An array with the points of a block in another order.
 [[nodiscard]] Reals reorient(const Reals& values, const BlockExtents& block,
                              const Orientation& orientation);
-/// The block with its points in another order.
-[[nodiscard]] Block reorient(const Block& block, const Orientation& orientation);
+/// The block with its points in another order. A block that is moved here needs memory for one more
+/// array.
+[[nodiscard]] Block reorient(Block block, const Orientation& orientation);
 
 }  // namespace p3dgrid
 

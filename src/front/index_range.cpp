@@ -47,11 +47,24 @@ PointMap map_of(const BlockExtents& block, const Orientation& orientation) {
   return map;
 }
 
+/// Copies `count` values that are `step` apart. The usual steps are fast.
+template <class Value>
+void copy_line(const Value* from, std::int64_t step, Value* to, std::int64_t count) {
+  if (step == 1) {
+    std::copy_n(from, count, to);
+  } else if (step == -1) {
+    std::reverse_copy(from - count + 1, from + 1, to);
+  } else {
+    for (std::int64_t n = 0; n < count; ++n) to[n] = from[n * step];
+  }
+}
+
 /// Copies the points of a map. Works in tiles of the two directions that are fastest in the new
 /// and in the old block, so that the cache lines of both stay in use.
 template <class Value>
 void copy(const Value* from, Value* to, const PointMap& map) {
-  constexpr std::int64_t tile = 64;
+  // Without a change of the fastest direction whole lines are copied.
+  const std::int64_t tile = std::abs(map.step[0]) == 1 ? map.extents.points() : 32;
   const std::array<std::int64_t, 3> count = {map.extents.i, map.extents.j, map.extents.k};
   const auto new_steps = steps_of(map.extents);
   const std::size_t other = std::abs(map.step[2]) < std::abs(map.step[1]) ? 2 : 1;
@@ -62,9 +75,10 @@ void copy(const Value* from, Value* to, const PointMap& map) {
       for (std::int64_t first_a = 0; first_a < count[0]; first_a += tile) {
         const std::int64_t end_a = std::min(first_a + tile, count[0]);
         for (std::int64_t b = first_b; b < end_b; ++b) {
-          const Value* source = from + map.first + c * map.step[outer] + b * map.step[other];
-          Value* const target = to + c * new_steps[outer] + b * new_steps[other];
-          for (std::int64_t a = first_a; a < end_a; ++a) target[a] = source[a * map.step[0]];
+          const Value* const source =
+              from + map.first + c * map.step[outer] + b * map.step[other] + first_a * map.step[0];
+          Value* const target = to + c * new_steps[outer] + b * new_steps[other] + first_a;
+          copy_line(source, map.step[0], target, end_a - first_a);
         }
       }
     }
@@ -82,16 +96,17 @@ Reals mapped(const Reals& values, const PointMap& map) {
   return result;
 }
 
-Block mapped(const Block& block, const PointMap& map) {
-  Block result{.extents = map.extents,
-               .x = mapped(block.x, map),
-               .y = mapped(block.y, map),
-               .z = mapped(block.z, map)};
-  if (!block.iblank.empty() && map.extents.points() > 0) {
-    result.iblank.resize(static_cast<std::size_t>(map.extents.points()));
-    copy(block.iblank.data(), result.iblank.data(), map);
+/// @param result  another block, or the same one, whose arrays are replaced one by one
+void map_arrays(const Block& block, const PointMap& map, Block& result) {
+  result.x = mapped(block.x, map);
+  result.y = mapped(block.y, map);
+  result.z = mapped(block.z, map);
+  if (!block.iblank.empty()) {
+    Array<std::int32_t> iblank(static_cast<std::size_t>(map.extents.points()));
+    if (!iblank.empty()) copy(block.iblank.data(), iblank.data(), map);
+    result.iblank = std::move(iblank);
   }
-  return result;
+  result.extents = map.extents;
 }
 
 /// An index counted from 1, or `last`.
@@ -198,15 +213,18 @@ Reals extract(const Reals& values, const BlockExtents& block, const IndexRange& 
 }
 
 Block extract(const Block& block, const IndexRange& range) {
-  return mapped(block, map_of(block.extents, range));
+  Block result;
+  map_arrays(block, map_of(block.extents, range), result);
+  return result;
 }
 
 Reals reorient(const Reals& values, const BlockExtents& block, const Orientation& orientation) {
   return mapped(values, map_of(block, orientation));
 }
 
-Block reorient(const Block& block, const Orientation& orientation) {
-  return mapped(block, map_of(block.extents, orientation));
+Block reorient(Block block, const Orientation& orientation) {
+  map_arrays(block, map_of(block.extents, orientation), block);
+  return block;
 }
 
 }  // namespace p3dgrid
