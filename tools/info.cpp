@@ -19,7 +19,7 @@ struct InfoOptions {
   bool json = false;
 };
 
-constexpr Usage usage = {.command_line = "p3dgrid info RESTART --grid GRID",
+constexpr Usage info_usage = {.command_line = "p3dgrid info RESTART --grid GRID",
                          .grid_alone = "'p3dgrid info GRID' shows it"};
 
 void show(const InfoOptions& options, const Found& found, const Grid& grid) {
@@ -45,7 +45,7 @@ void show_file(const InfoOptions& options) {
   if (options.json) keep_output_for_programs();
   if (!options.grid_path.empty()) {
     const Case found =
-        find_case(options.grid_path, options.input.grid, path, options.input.restart, usage);
+        find_case(options.grid_path, options.input.grid, path, options.input.restart, info_usage);
     return show(options, report_on(path, found.restart, found.extents));
   }
   const Found found = find_file(options.input);
