@@ -12,7 +12,6 @@ namespace {
 using namespace test_support;
 using mod_p3dgrid::integer;
 
-
 /// Thrown at the end of the file and at what is no number.
 struct NotReadable {};
 
