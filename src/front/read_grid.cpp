@@ -12,6 +12,29 @@ namespace p3dgrid {
 
 /// Reads the records of a grid file in order.
 class GridReader::File {
+  /// Value of `next_` after an error, when the place in the file is not known. Above all blocks, so
+  /// that the next read goes back to the beginning.
+  static constexpr std::int32_t unknown = std::numeric_limits<std::int32_t>::max();
+
+  /// Goes to a block and returns what `take(its extents)` returns, which reads its record.
+  template <class Take>
+  auto at_block(std::int32_t block, Take take) {
+    if (block < 0 || block >= extents_.blocks()) {
+      refuse(source_.path(), "a request for block " + std::to_string(block),
+             "0 to " + std::to_string(extents_.blocks() - 1));
+    }
+    std::int32_t next = std::exchange(next_, unknown);
+    if (block < next) {
+      source_.rewind();
+      next = 0;
+      static_cast<void>(read_header());
+    }
+    while (next < block) source_.skip(whole_block(next++));
+    auto result = take(extents_.of(static_cast<std::size_t>(block)));
+    next_ = block + 1;
+    return result;
+  }
+
  public:
   File(const std::string& path, Reading reading)
       : reading_(std::move(reading)), source_(path, form().coding) {
@@ -24,27 +47,16 @@ class GridReader::File {
   [[nodiscard]] const std::string& path() const { return source_.path(); }
 
   Block read(std::int32_t block, const IndexRange& range) {
-    if (block < 0 || block >= extents_.blocks()) {
-      refuse(source_.path(), "a request for block " + std::to_string(block),
-             "0 to " + std::to_string(extents_.blocks() - 1));
-    }
-    std::int32_t next = std::exchange(next_, unknown);
-    if (block < next) {
-      source_.rewind();
-      next = 0;
-      static_cast<void>(read_header());
-    }
-    while (next < block) source_.skip(whole_block(next++));
-    Block result = read_points({extents_.of(static_cast<std::size_t>(block)), range});
-    next_ = block + 1;
-    return result;
+    return at_block(block, [&](const BlockExtents& whole) { return read_points({whole, range}); });
+  }
+
+  BlockIndex locate(std::int32_t block) {
+    require_places(source_.path(), form().coding);
+    return at_block(block,
+                    [&](const BlockExtents& whole) { return locate_points(whole.points()); });
   }
 
  private:
-  /// Value of `next_` after an error, when the place in the file is not known. Above all blocks, so
-  /// that the next read goes back to the beginning.
-  static constexpr std::int32_t unknown = std::numeric_limits<std::int32_t>::max();
-
   Extents read_header() {
     std::int32_t blocks = 1;
     if (form().multiblock) source_.read({recordio::scalar(blocks)});
@@ -86,6 +98,20 @@ class GridReader::File {
     return block;
   }
 
+  BlockIndex locate_points(std::int64_t points) {
+    BlockIndex arrays;
+    const auto locate = [&](Content content, std::int32_t number, recordio::FileKind kind) {
+      arrays.push_back(source_.locate({content, number, kind, points}));
+    };
+    source_.begin();
+    for (std::int32_t axis = 1; axis <= axes_of(form().coding); ++axis) {
+      locate(Content::coordinate, axis, real_kind(form().coding));
+    }
+    if (form().iblank) locate(Content::iblank, 1, recordio::FileKind::integer4);
+    source_.end();
+    return arrays;
+  }
+
   Reading reading_;
   SourceFile source_;
   Extents extents_;
@@ -107,6 +133,24 @@ const Extents& GridReader::extents() const {
 
 Block GridReader::read(std::int32_t block, const IndexRange& range) {
   return file_->read(block, range);
+}
+
+BlockIndex GridReader::locate(std::int32_t block) {
+  return file_->locate(block);
+}
+
+Index index_grid(const std::string& path, const StatedGridForm& stated) {
+  return index_grid(path, settle_grid(path, stated));
+}
+
+Index index_grid(const std::string& path, const Reading& reading) {
+  GridReader reader(path, reading);
+  Index index{.byte_order = reading.coding().byte_order, .extents = reader.extents()};
+  for (std::int32_t b = 0; b < index.extents.blocks(); ++b) {
+    index.blocks.push_back(reader.locate(b));
+  }
+  require_agreement(path, reading);
+  return index;
 }
 
 Grid read_grid(const std::string& path, const StatedGridForm& stated) {
