@@ -88,6 +88,8 @@ class SolutionReader {
 
   /// What is known of the file besides its arrays.
   [[nodiscard]] const SolutionHeader& header() const;
+  /// The form, and how far detection has compared the file with it.
+  [[nodiscard]] const Reading& reading() const;
 
   /// Reads the flow parameters of a block, counted from 0; none in layouts without them.
   [[nodiscard]] std::vector<double> parameters(std::int32_t block);
@@ -99,6 +101,10 @@ class SolutionReader {
   /// Reads one array of a block. Memory: that array. Fastest in file order.
   [[nodiscard]] Reals read(std::int32_t block, const FlowArray& array,
                            const IndexRange& range = {});
+
+  /// Throws if the file is not what its form says. The functions that read blocks compare only
+  /// what they read.
+  void require_agreement() const;
 
  private:
   class File;
