@@ -64,11 +64,12 @@ struct HeaderValue {
 struct RestartReport {
   const Found& found;
   SolutionHeader header;
-  std::optional<Solution> body = {};  ///< none if the extents are not known
+  std::optional<Solution> body = {};   ///< none if it is not read
+  std::vector<BlockIndex> index = {};  ///< instead of the body, where it is asked for
 
   /// Those read, extensions included, or else stated; none if neither is known.
   [[nodiscard]] std::optional<Sections> sections() const {
-    return body ? all_sections(header) : found.restart().sections;
+    return body || !index.empty() ? all_sections(header) : found.restart().sections;
   }
   /// Whether the blocks have counts of their own.
   [[nodiscard]] bool counted_variables() const {
@@ -80,6 +81,9 @@ void print_info(const std::string& path, const Found& found, const Grid& grid);
 void print_info(const std::string& path, const RestartReport& report);
 
 [[nodiscard]] std::string json_of(const std::string& path, const Found& found, const Grid& grid);
+/// With the places of the arrays instead of what their values give.
+[[nodiscard]] std::string json_of(const std::string& path, const Found& found,
+                                  const Extents& extents, const std::vector<BlockIndex>& index);
 [[nodiscard]] std::string json_of(const std::string& path, const RestartReport& report);
 
 }  // namespace p3dgrid::tool

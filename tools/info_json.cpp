@@ -89,6 +89,23 @@ Json block(const Extents& extents, std::size_t b) {
           {"points", extents.points_of(b)}};
 }
 
+/// Adds the places of the arrays to the blocks, if they are known.
+void add_arrays(Json& blocks, const std::vector<BlockIndex>& index) {
+  for (std::size_t b = 0; b < index.size(); ++b) {
+    Json& arrays = blocks[b]["arrays"] = Json::array();
+    for (const StoredArray& array : index[b]) {
+      arrays.push_back({{"content", name_of(array.content)},
+                        {"number", array.number},
+                        {"kind", name_of(array.kind)},
+                        {"count", array.count},
+                        {"ranges", Json::array()}});
+      for (const ByteRange& range : array.ranges) {
+        arrays.back()["ranges"].push_back({range.offset, range.bytes});
+      }
+    }
+  }
+}
+
 Json extreme(const std::optional<Extreme>& found) {
   if (!found) return nullptr;
   return {{"value", number(found->value, found->precision)},
@@ -173,12 +190,27 @@ std::string json_of(const std::string& path, const Found& found, const Grid& gri
   return text_of(json);
 }
 
+std::string json_of(const std::string& path, const Found& found, const Extents& extents,
+                    const std::vector<BlockIndex>& index) {
+  Json json = beginning(path, found, "grid", form_of(found.grid()));
+  json["block_count"] = extents.blocks();
+  json["blocks"] = Json::array();
+  for (std::size_t b = 0; b < extents.i.size(); ++b) json["blocks"].push_back(block(extents, b));
+  add_arrays(json["blocks"], index);
+  json["points"] = extents.points();
+  json["header"] = Json::object();
+  json["variables"] = nullptr;
+  return text_of(json);
+}
+
 std::string json_of(const std::string& path, const RestartReport& report) {
   const RestartForm& form = report.found.restart();
   Json json = beginning(path, report.found, "restart", form_of(form, report.sections()));
   json["block_count"] = report.header.blocks;
   json["blocks"] = blocks(report);
-  json["points"] = report.body ? Json(report.header.extents.points()) : Json();
+  add_arrays(json["blocks"], report.index);
+  const bool has_extents = !report.header.extents.i.empty();
+  json["points"] = has_extents ? Json(report.header.extents.points()) : Json();
   json["header"] = header(form, report.header.run);
   json["variables"] = report.body ? variables(survey(*report.body)) : Json();
   return text_of(json);

@@ -11,6 +11,7 @@
 #include "p3dgrid/detect.hpp"
 #include "p3dgrid/error.hpp"
 #include "p3dgrid/form.hpp"
+#include "p3dgrid/index.hpp"
 
 #pragma GCC visibility push(default)
 
@@ -86,6 +87,9 @@ class GridReader {
   /// what they read.
   void require_agreement() const;
 
+  /// The places of the arrays of a block, counted from 0. Reads no values.
+  [[nodiscard]] BlockIndex locate(std::int32_t block);
+
  private:
   class File;
   std::shared_ptr<File> file_;
@@ -106,6 +110,10 @@ class GridWriter {
   /// blanking values are written as 1.
   void write(const Block& block);
 
+  /// Leaves room for the values of the next block, to be written with other means at the places
+  /// that `index_grid` finds. In a new file they are 0 until then. Not for text.
+  void reserve();
+
   /// Flushes and closes the file after its last block.
   void close();
 
@@ -118,6 +126,12 @@ class GridWriter {
 [[nodiscard]] Grid read_grid(const std::string& path, const StatedGridForm& stated = {});
 /// Reads a grid file in a form that `detect_grid` has found.
 [[nodiscard]] Grid read_grid(const std::string& path, const Reading& reading);
+
+/// The places of all arrays of a grid file. Reads no values; memory grows with the number of
+/// blocks. Members of its form that are not stated are detected.
+[[nodiscard]] Index index_grid(const std::string& path, const StatedGridForm& stated = {});
+/// The same in a form that `detect_grid` has found.
+[[nodiscard]] Index index_grid(const std::string& path, const Reading& reading);
 
 /// The form in which `write_grid` writes a grid: as stated, else as it was read; with a block count
 /// if there are several blocks, with blanking if it has blanking values, in the precision of its

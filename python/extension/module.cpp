@@ -98,7 +98,6 @@ py::dict summary(const Reading& reading, const Form& form, const Extents& extent
   result["checked"] = reading.checked;
   result["agreement"] = word_of(reading.fit.agreement);
   result["difference"] = reading.fit.what;
-  result["index"] = py::none();
   if (reading.checked) {
     std::int64_t size = 0;
     if (reading.coding().encoding == Encoding::binary) {
@@ -107,6 +106,44 @@ py::dict summary(const Reading& reading, const Form& form, const Extents& extent
     }
     result["reason"] = reason_for(reading, size);
   }
+  return result;
+}
+
+py::list to_python(const BlockIndex& arrays) {
+  py::list result;
+  for (const StoredArray& array : arrays) {
+    py::list ranges;
+    for (const ByteRange& range : array.ranges) {
+      ranges.append(py::make_tuple(range.offset, range.bytes));
+    }
+    result.append(py::make_tuple(name_of(array.content), array.number, name_of(array.kind),
+                                 array.count, py::tuple(ranges)));
+  }
+  return result;
+}
+
+std::int32_t blocks_of(const GridReader& reader) {
+  return reader.extents().blocks();
+}
+
+std::int32_t blocks_of(const SolutionReader& reader) {
+  return reader.header().blocks;
+}
+
+/// The places of all arrays, of a file that is what its form says; None for text.
+template <class Reader>
+py::object index_of(Reader& reader) {
+  const Reading& reading = reader.reading();
+  if (is_text(reading.coding())) return py::none();
+  std::vector<BlockIndex> index;
+  {
+    const Release release;
+    reader.require_agreement();
+    const std::int32_t blocks = blocks_of(reader);
+    for (std::int32_t b = 0; b < blocks; ++b) index.push_back(reader.locate(b));
+  }
+  py::list result;
+  for (const BlockIndex& arrays : index) result.append(to_python(arrays));
   return result;
 }
 
@@ -256,9 +293,23 @@ py::dict grid_summary(const std::string& path, const py::dict& stated) {
   return summary(grid_reader(path, stated), path);
 }
 
+py::dict open_grid(const std::string& path, const py::dict& stated) {
+  GridReader reader = grid_reader(path, stated);
+  py::dict result = summary(reader, path);
+  result["index"] = index_of(reader);
+  return result;
+}
+
 py::dict solution_summary(const std::string& path, const py::dict& stated,
                           const py::object& extents) {
   return summary(solution_reader(path, stated, extents), path);
+}
+
+py::dict open_solution(const std::string& path, const py::dict& stated, const py::object& extents) {
+  SolutionReader reader = solution_reader(path, stated, extents);
+  py::dict result = summary(reader, path);
+  result["index"] = index_of(reader);
+  return result;
 }
 
 Precision precision_in(const std::string& name) {
@@ -365,6 +416,8 @@ PYBIND11_MODULE(_p3dgrid, module) {
   module.attr("__version__") = MOD_P3DGRID_VERSION;
   module.def("detect", &detect);
   module.def("compare", &compare_whole);
+  module.def("open_grid", &open_grid);
+  module.def("open_solution", &open_solution);
   module.def("grid_summary", &grid_summary);
   module.def("solution_summary", &solution_summary);
   module.def("read_grid", &read_grid);

@@ -382,7 +382,7 @@ class SolutionFileBlock:
 def open_grid(path: Path, **form: Any) -> GridFile:
     """Opens a grid file; see `open`."""
     with readable(path) as name:
-        read = _p3dgrid.grid_summary(name, form)
+        read = _p3dgrid.open_grid(name, form)
     return GridFile(path, GridForm(**read["form"]), read)
 
 
@@ -390,7 +390,7 @@ def open_solution(path: Path, grid: Any = None, **form: Any) -> SolutionFile:
     """Opens a solution file; see `open`."""
     extents = extents_of(grid)
     with readable(path) as name:
-        read = _p3dgrid.solution_summary(name, form, extents)
+        read = _p3dgrid.open_solution(name, form, extents)
     return SolutionFile(path, RestartForm(**read["form"]), read, extents)
 
 

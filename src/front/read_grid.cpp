@@ -12,6 +12,28 @@ namespace p3dgrid {
 
 /// Reads the records of a grid file in order.
 class GridReader::File {
+  /// Value of `next_` after an error, when the place in the file is not known. Above all blocks, so
+  /// that the next read goes back to the beginning.
+  static constexpr std::int32_t unknown = std::numeric_limits<std::int32_t>::max();
+
+  /// Goes to a block and calls `take(its extents)`, which reads its record.
+  template <class Take>
+  void at_block(std::int32_t block, Take take) {
+    if (block < 0 || block >= extents_.blocks()) {
+      refuse(source_.path(), "a request for block " + std::to_string(block),
+             "0 to " + std::to_string(extents_.blocks() - 1));
+    }
+    std::int32_t next = std::exchange(next_, unknown);
+    if (block < next) {
+      source_.rewind();
+      next = 0;
+      static_cast<void>(read_header());
+    }
+    while (next < block) source_.skip(whole_block(next++));
+    take(extents_.of(static_cast<std::size_t>(block)));
+    next_ = block + 1;
+  }
+
  public:
   File(const std::string& path, Reading reading)
       : reading_(std::move(reading)), source_(path, form().coding) {
@@ -24,26 +46,17 @@ class GridReader::File {
   [[nodiscard]] const std::string& path() const { return source_.path(); }
 
   void read(std::int32_t block, const BlockAllocator& allocate, const IndexRange& range) {
-    if (block < 0 || block >= extents_.blocks()) {
-      refuse(source_.path(), "a request for block " + std::to_string(block),
-             "0 to " + std::to_string(extents_.blocks() - 1));
-    }
-    std::int32_t next = std::exchange(next_, unknown);
-    if (block < next) {
-      source_.rewind();
-      next = 0;
-      static_cast<void>(read_header());
-    }
-    while (next < block) source_.skip(whole_block(next++));
-    read_points({extents_.of(static_cast<std::size_t>(block)), range}, allocate);
-    next_ = block + 1;
+    at_block(block, [&](const BlockExtents& whole) { read_points({whole, range}, allocate); });
+  }
+
+  BlockIndex locate(std::int32_t block) {
+    require_places(source_.path(), form().coding);
+    BlockIndex arrays;
+    at_block(block, [&](const BlockExtents& whole) { arrays = locate_points(whole.points()); });
+    return arrays;
   }
 
  private:
-  /// Value of `next_` after an error, when the place in the file is not known. Above all blocks, so
-  /// that the next read goes back to the beginning.
-  static constexpr std::int32_t unknown = std::numeric_limits<std::int32_t>::max();
-
   Extents read_header() {
     std::int32_t blocks = 1;
     if (form().multiblock) source_.read({recordio::scalar(blocks)});
@@ -90,6 +103,20 @@ class GridReader::File {
         std::ranges::fill(values, Real(0));
       }
     }
+  }
+
+  BlockIndex locate_points(std::int64_t points) {
+    BlockIndex arrays;
+    const auto locate = [&](Content content, std::int32_t number, recordio::FileKind kind) {
+      arrays.push_back(source_.locate({content, number, kind, points}));
+    };
+    source_.begin();
+    for (std::int32_t axis = 1; axis <= axes_of(form().coding); ++axis) {
+      locate(Content::coordinate, axis, real_kind(form().coding));
+    }
+    if (form().iblank) locate(Content::iblank, 1, recordio::FileKind::integer4);
+    source_.end();
+    return arrays;
   }
 
   Reading reading_;
@@ -140,6 +167,24 @@ void GridReader::read(std::int32_t block, const BlockAllocator& allocate, const 
 
 void GridReader::require_agreement() const {
   p3dgrid::require_agreement(file_->path(), file_->reading());
+}
+
+BlockIndex GridReader::locate(std::int32_t block) {
+  return file_->locate(block);
+}
+
+Index index_grid(const std::string& path, const StatedGridForm& stated) {
+  return index_grid(path, settle_grid(path, stated));
+}
+
+Index index_grid(const std::string& path, const Reading& reading) {
+  GridReader reader(path, reading);
+  Index index{.byte_order = reading.coding().byte_order, .extents = reader.extents()};
+  for (std::int32_t b = 0; b < index.extents.blocks(); ++b) {
+    index.blocks.push_back(reader.locate(b));
+  }
+  reader.require_agreement();
+  return index;
 }
 
 Grid read_grid(const std::string& path, const StatedGridForm& stated) {

@@ -83,6 +83,22 @@ class SolutionReader::File {
     return result;
   }
 
+  BlockIndex locate(std::int32_t block) {
+    require_places(source_.path(), form().coding);
+    static_cast<void>(extents_at(block));
+    const ErrorGuard guard(*this);
+    go_to_block(block);
+    BlockIndex arrays;
+    index_ = &arrays;
+    while (const auto array = next_array()) {
+      const Content content = array->triplet ? Content::triplets : Content::variable;
+      arrays.push_back(source_.locate({content, array->number, kind(), block_points()}));
+      ++array_;
+    }
+    arrays_begun_ = true;  // the flow parameters have not been read
+    return arrays;
+  }
+
   Reals read(std::int32_t block, const FlowArray& array, const IndexRange& range) {
     const PointRuns runs(extents_at(block), range);
     const std::int32_t absent = absent_variable(layout(), form().coding);
@@ -100,7 +116,7 @@ class SolutionReader::File {
 
  private:
   /// Goes back to the beginning of the file if the last read failed, because the place in the file
-  /// is not known then.
+  /// is not known then. In the end no index is being made.
   class ErrorGuard {
    public:
     explicit ErrorGuard(File& file) : file_(file) {
@@ -109,7 +125,10 @@ class SolutionReader::File {
     }
     ErrorGuard(const ErrorGuard&) = delete;
     ErrorGuard& operator=(const ErrorGuard&) = delete;
-    ~ErrorGuard() { file_.failed_ = std::uncaught_exceptions() > exceptions_; }
+    ~ErrorGuard() {
+      file_.failed_ = std::uncaught_exceptions() > exceptions_;
+      file_.index_ = nullptr;
+    }
 
    private:
     File& file_;
@@ -286,6 +305,7 @@ class SolutionReader::File {
   }
 
   void read_parameters(const ParameterCount& count) {
+    if (index_ != nullptr) return locate_parameters(count);
     parameters_.resize(static_cast<std::size_t>(count.all));
     const auto reals = [&](std::int32_t from, std::int32_t to) {
       return recordio::stored_as(kind(), recordio::values(parameters_.data() + from, to - from));
@@ -295,6 +315,20 @@ class SolutionReader::File {
     source_.read(
         {reals(0, count.integer - 1), recordio::scalar(integer), reals(count.integer, count.all)});
     parameters_[static_cast<std::size_t>(count.integer) - 1] = integer;
+  }
+
+  void locate_parameters(const ParameterCount& count) {
+    const auto locate = [&](std::int32_t first, std::int32_t last, recordio::FileKind kind) {
+      if (first > last) return;
+      index_->push_back(source_.locate({Content::parameters, first, kind, last - first + 1}));
+    };
+    source_.begin();
+    if (count.integer > 0) {
+      locate(1, count.integer - 1, kind());
+      locate(count.integer, count.integer, recordio::FileKind::integer4);
+    }
+    locate(count.integer + 1, count.all, kind());
+    source_.end();
   }
 
   [[nodiscard]] std::int64_t block_points() const {
@@ -343,6 +377,7 @@ class SolutionReader::File {
   ParameterCount parameter_count_;    ///< where the layout does not fix it
   std::vector<double> parameters_;    ///< of the block, once read
   std::vector<std::int32_t> flags_;   ///< read so far
+  BlockIndex* index_ = nullptr;       ///< receives parameters instead of `parameters_`
 };
 
 SolutionReader::SolutionReader(const std::string& path, const SolutionOptions& options)
@@ -374,6 +409,27 @@ SolutionBlock SolutionReader::read(std::int32_t block, const IndexRange& range) 
 
 Reals SolutionReader::read(std::int32_t block, const FlowArray& array, const IndexRange& range) {
   return file_->read(block, array, range);
+}
+
+BlockIndex SolutionReader::locate(std::int32_t block) {
+  return file_->locate(block);
+}
+
+Index index_solution(const std::string& path, const SolutionOptions& options) {
+  const Reading reading = settle_restart(path, options.form, extents_of(options.grid));
+  Index index = index_solution(path, reading);
+  if (options.grid != nullptr) require_same(path, index.extents, options.grid->extents());
+  return index;
+}
+
+Index index_solution(const std::string& path, const Reading& reading) {
+  SolutionReader reader(path, reading);
+  Index index{.byte_order = reading.coding().byte_order, .extents = reader.header().extents};
+  for (std::int32_t b = 0; b < reader.header().blocks; ++b) {
+    index.blocks.push_back(reader.locate(b));
+  }
+  reader.require_agreement();
+  return index;
 }
 
 Solution read_solution(const std::string& path, const SolutionOptions& options) {
