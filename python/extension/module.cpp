@@ -109,7 +109,7 @@ py::dict summary(const Reading& reading, const Form& form, const Extents& extent
   return result;
 }
 
-py::list to_python(const BlockIndex& arrays) {
+py::list places_of(const BlockIndex& arrays) {
   py::list result;
   for (const StoredArray& array : arrays) {
     py::list ranges;
@@ -143,7 +143,7 @@ py::object index_of(Reader& reader) {
     for (std::int32_t b = 0; b < blocks; ++b) index.push_back(reader.locate(b));
   }
   py::list result;
-  for (const BlockIndex& arrays : index) result.append(to_python(arrays));
+  for (const BlockIndex& arrays : index) result.append(places_of(arrays));
   return result;
 }
 
