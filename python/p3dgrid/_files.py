@@ -167,6 +167,7 @@ class StoredFile(Generic[BlockInMemory]):
         return block
 
     def read_block(self, number: int) -> BlockInMemory:
+        """Reads a block into memory."""
         raise NotImplementedError
 
     def real(self) -> numpy.dtype[Any]:
