@@ -23,8 +23,8 @@ struct InfoOptions {
   [[nodiscard]] bool for_programs() const { return json || index; }
 };
 
-constexpr Usage usage = {.command_line = "p3dgrid info RESTART --grid GRID",
-                         .grid_alone = "'p3dgrid info GRID' shows it"};
+constexpr Usage info_usage = {.command_line = "p3dgrid info RESTART --grid GRID",
+                              .grid_alone = "'p3dgrid info GRID' shows it"};
 
 void show(const InfoOptions& options, const Found& found, const Grid& grid) {
   if (options.json) return print_text(json_of(options.input.path, found, grid));
@@ -66,7 +66,7 @@ void show_file(const InfoOptions& options) {
   }
   if (!options.grid_path.empty()) {
     const Case found =
-        find_case(options.grid_path, options.input.grid, path, options.input.restart, usage);
+        find_case(options.grid_path, options.input.grid, path, options.input.restart, info_usage);
     return show(options, report_on(options, path, found.restart, found.extents));
   }
   const Found found = find_file(options.input);
