@@ -1,4 +1,5 @@
-# A Debian package of command, library and documents: run cpack in the build folder.
+# Debian packages of command, library and documents, and of the Python package: run cpack in the
+# build folder.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME p3dgrid)
 set(CPACK_PACKAGE_VENDOR "the mod_p3dgrid authors")
@@ -15,6 +16,22 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION science)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # Text in the pictures needs some font.
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS fonts-dejavu-core)
+set(CPACK_DEBIAN_UNSPECIFIED_PACKAGE_RECOMMENDS fonts-dejavu-core)
+# The Python package is a Debian package of its own. All else is in the component without a name.
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_COMPONENTS_ALL Unspecified)
+set(CPACK_DEBIAN_UNSPECIFIED_PACKAGE_NAME p3dgrid)
+if(P3DGRID_PYTHON_DEPENDS)
+  list(APPEND CPACK_COMPONENTS_ALL python)
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-p3dgrid)
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "${P3DGRID_PYTHON_DEPENDS}")
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS
+      "python3-distributed, python3-matplotlib, python3-vtk9")
+  set(CPACK_COMPONENT_PYTHON_DESCRIPTION
+      "PLOT3D grids and flow solutions as numpy arrays
+Python package that reads, writes, maps and checks multi-block structured grids
+in the PLOT3D layout and the restart files (flow solutions) that belong to them.")
+endif()
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/debian_files.cmake)
 include(CPack)

@@ -8,7 +8,7 @@ from typing import Any, Optional
 
 from . import _p3dgrid
 from ._errors import Error
-from ._forms import Detection
+from ._forms import Detection, detection_of
 from ._paths import Path, readable
 from ._solution import extents_of
 
@@ -42,7 +42,7 @@ def detect(path: Path, kind: Optional[str] = None, grid: Any = None, **form: Any
     if kind is None and (form or grid is not None):
         kind = "grid" if "iblank" in form and grid is None else "restart"
     with readable(path) as name:
-        return Detection.of(_p3dgrid.detect(name, kind or "any", form, extents_of(grid)))
+        return detection_of(_p3dgrid.detect(name, kind or "any", form, extents_of(grid)))
 
 
 def check(path: Path, grid: Any = None, **form: Any) -> list[Finding]:
@@ -57,7 +57,7 @@ def check(path: Path, grid: Any = None, **form: Any) -> list[Finding]:
     with readable(path) as name:
         try:
             if not restart and "iblank" not in form:
-                found = Detection.of(_p3dgrid.detect(name, "any", {}, None)).form
+                found = detection_of(_p3dgrid.detect(name, "any", {}, None)).form
                 restart = found is not None and "layout" in found.members()
             return _findings(name, os.fsdecode(path), restart, form, extents_of(grid))
         except Error as error:

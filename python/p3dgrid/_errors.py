@@ -4,7 +4,7 @@ from __future__ import annotations
 
 from typing import Any
 
-from ._forms import Reading
+from ._forms import Reading, reading_of
 
 
 class Error(Exception):
@@ -36,7 +36,7 @@ class Error(Exception):
         self.offset = offset
         self.found = found
         self.expected = expected
-        self.readings = [reading if isinstance(reading, Reading) else Reading.of(reading)
+        self.readings = [reading if isinstance(reading, Reading) else reading_of(reading)
                          for reading in readings]
 
     def __reduce__(self) -> Any:

@@ -62,14 +62,15 @@ class Reading:
     checked: bool  # False if only the header could be compared
     triplets: Optional[bool]  # blocks begin with their triplets; None if that is unknown
 
-    @classmethod
-    def of(cls, members: Mapping[str, Any]) -> Reading:
-        known: dict[str, Any] = {**members, "form": form_of(members["form"])}
-        return cls(**known)
-
     @property
     def is_grid(self) -> bool:
+        """Whether the form is that of a grid."""
         return isinstance(self.form, GridForm)
+
+
+def reading_of(members: Mapping[str, Any]) -> Reading:
+    known: dict[str, Any] = {**members, "form": form_of(members["form"])}
+    return Reading(**known)
 
 
 @dataclass(frozen=True)
@@ -85,16 +86,16 @@ class Detection:
     size: int  # bytes of the file
     bytes_read: int  # bytes read from it
 
-    @classmethod
-    def of(cls, members: Mapping[str, Any]) -> Detection:
-        lists: dict[str, Any] = {name: [Reading.of(reading) for reading in members[name]]
-                                 for name in ("fitting", "nearest")}
-        return cls(**{**members, **lists})
-
     @property
     def form(self) -> Optional[Form]:
         """The form, if there is exactly one."""
         return self.fitting[0].form if len(self.fitting) == 1 else None
+
+
+def detection_of(members: Mapping[str, Any]) -> Detection:
+    lists: dict[str, Any] = {name: [reading_of(reading) for reading in members[name]]
+                             for name in ("fitting", "nearest")}
+    return Detection(**{**members, **lists})
 
 
 def as_extents(extents: Iterable[Any]) -> list[Extents]:
