@@ -19,7 +19,7 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
   file(GLOB manuals ${root}/share/man/man1/*.1)
   execute_process(COMMAND gzip -9n ${documents}/changelog ${manuals} COMMAND_ERROR_IS_FATAL ANY)
   # Debugging information is most of the size of the library, and linking does not need it.
-  file(GLOB_RECURSE objects ${root}/*.a ${root}/*.o)
+  file(GLOB_RECURSE objects ${root}/*.a ${root}/*.o ${root}/*.so)
   if(objects)
     execute_process(COMMAND strip --strip-debug --enable-deterministic-archives ${objects}
                     COMMAND_ERROR_IS_FATAL ANY)

@@ -6,9 +6,10 @@ set(CPACK_PACKAGE_VENDOR "the mod_p3dgrid authors")
 # Distributors set their address: -DCPACK_PACKAGE_CONTACT='NAME <ADDRESS>'.
 set(CPACK_PACKAGE_CONTACT "mod_p3dgrid authors <authors>" CACHE STRING
     "Maintainer of the Debian package")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "PLOT3D grids and flow solutions: convert, check, draw")
-set(CPACK_PACKAGE_DESCRIPTION
-    "Command and C++ library that read and write multi-block structured grids in
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # would precede each of the descriptions
+set(CPACK_DEBIAN_UNSPECIFIED_DESCRIPTION
+    "PLOT3D grids and flow solutions: convert, check, draw
+Command and C++ library that read and write multi-block structured grids in
 the PLOT3D layout and the restart files (flow solutions) that belong to them.")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
@@ -28,7 +29,7 @@ if(P3DGRID_PYTHON_DEPENDS)
   set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "${P3DGRID_PYTHON_DEPENDS}")
   set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS
       "python3-distributed, python3-matplotlib, python3-vtk9")
-  set(CPACK_COMPONENT_PYTHON_DESCRIPTION
+  set(CPACK_DEBIAN_PYTHON_DESCRIPTION
       "PLOT3D grids and flow solutions as numpy arrays
 Python package that reads, writes, maps and checks multi-block structured grids
 in the PLOT3D layout and the restart files (flow solutions) that belong to them.")
