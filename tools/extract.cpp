@@ -23,7 +23,7 @@ struct ExtractOptions {
   PartOptions files;
 };
 
-constexpr Usage usage = {
+constexpr Usage extract_usage = {
     .command_line = "p3dgrid extract GRID OUT --restart RESTART OUT",
     .grid_alone = "'p3dgrid extract GRID OUT' without --restart takes a grid alone"};
 
@@ -83,7 +83,7 @@ void extract_parts(const ExtractOptions& options) {
   const PartOptions& files = options.files;
   PartOutput output(files, {options.input}, options.output, files.solution_output());
   std::deque<CaseInput> inputs =
-      open_cases(files, {options.input}, usage,
+      open_cases(files, {options.input}, extract_usage,
                  "'p3dgrid extract GRID OUT --restart " + options.input + " OUT' takes it");
   output.write({inputs, parts_of(options, inputs.front().extents())});
   output.commit();

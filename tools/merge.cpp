@@ -20,7 +20,7 @@ struct MergeOptions {
   PartOptions files;
 };
 
-constexpr Usage usage = {
+constexpr Usage merge_usage = {
     .command_line = "p3dgrid merge GRID... OUT --restart RESTART... OUT",
     .grid_alone = "'p3dgrid merge GRID... OUT' without --restart takes grids alone"};
 
@@ -91,8 +91,8 @@ void merge(const MergeOptions& options) {
   const std::string wrong = wrong_output_name(options.paths.back());
   if (!wrong.empty()) throw Unusable(wrong);
   PartOutput output(files, grids, options.paths.back(), files.solution_output());
-  std::deque<CaseInput> inputs =
-      open_cases(files, grids, usage, "'" + std::string(usage.command_line) + "' takes it");
+  std::deque<CaseInput> inputs = open_cases(
+      files, grids, merge_usage, "'" + std::string(merge_usage.command_line) + "' takes it");
   for (std::size_t n = 1; n < inputs.size(); ++n) {
     compare_grids(options, inputs.front(), inputs[n]);
     if (files.has_solution()) compare_solutions(options, inputs.front(), inputs[n]);

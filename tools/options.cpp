@@ -103,6 +103,12 @@ void add_grid_of_restart(Command& command, std::string& path) {
                              .is_input = true});
 }
 
+void add_target_options(Command& command, StatedCoding& change) {
+  StatedCoding::for_each_member(MemberOptions{command, "--to", target_group}, change);
+  const std::string dimensions = option_name("--to", dimensions_member);
+  std::erase_if(command.options, [&](const Option& option) { return option.name == dimensions; });
+}
+
 void add_target_options(Command& command, StatedGridForm& change) {
   StatedGridForm::for_each_member(MemberOptions{command, "--to", target_group}, change);
 }
@@ -149,7 +155,7 @@ void add_part_options(Command& command, PartOptions& options, int values) {
   MemberOptions{command, "--to", target_group}(layout_member, options.layout);
 }
 
-std::optional<double> number_in(const std::string& text) {
+std::optional<double> real_in(const std::string& text) {
   char* end = nullptr;
   const double value = std::strtod(text.c_str(), &end);
   const bool whole = !text.empty() && end == text.c_str() + text.size();
@@ -158,7 +164,7 @@ std::optional<double> number_in(const std::string& text) {
 
 Option gamma_option(double& gamma, const std::string& purpose) {
   const auto wrong_ratio = [](const std::string& text) -> std::string {
-    const auto value = number_in(text);
+    const auto value = real_in(text);
     if (value && *value >= 1 && *value <= 3) return "";
     return "'" + text + "' is no ratio of specific heats from 1 to 3";
   };

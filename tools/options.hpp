@@ -20,6 +20,10 @@ void add_restart_options(Command& command, StatedRestartForm& stated, std::strin
 /// Adds the option that names the grid of a restart file.
 void add_grid_of_restart(Command& command, std::string& path);
 
+/// Adds options that describe the coding of a file to be written in the dimensions of the file
+/// read.
+void add_target_options(Command& command, StatedCoding& change);
+
 /// Adds options that describe the grid file to be written.
 void add_target_options(Command& command, StatedGridForm& change);
 
@@ -47,7 +51,7 @@ struct PartOptions {
 void add_part_options(Command& command, PartOptions& options, int values = 2);
 
 /// A finite number; none for any other text.
-[[nodiscard]] std::optional<double> number_in(const std::string& text);
+[[nodiscard]] std::optional<double> real_in(const std::string& text);
 
 /// The option that states the ratio of specific heats, which is for `purpose`.
 [[nodiscard]] Option gamma_option(double& gamma, const std::string& purpose);

@@ -41,7 +41,7 @@ void show_quality(const QualityOptions& options) {
 Command quality_command() {
   const auto options = std::make_shared<QualityOptions>();
   const auto is_tolerance = [](const std::string& text) -> std::string {
-    const auto value = number_in(text);
+    const auto value = real_in(text);
     return value && *value >= 0 ? "" : "'" + text + "' is no distance";
   };
   Command command{

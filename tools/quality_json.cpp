@@ -9,7 +9,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr int schema = 1;
+constexpr int quality_schema = 1;
 
 Json place_of(const BlockExtents& place) {
   return {place.i + 1, place.j + 1, place.k + 1};
@@ -50,7 +50,7 @@ Json json_of(const Connection& connection) {
 }  // namespace
 
 std::string json_of(const std::string& path, const QualityReport& report) {
-  Json json = {{"schema", schema},
+  Json json = {{"schema", quality_schema},
                {"file", original_path(path)},
                {"blocks", Json::array()},
                {"connections", Json::array()}};

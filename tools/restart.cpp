@@ -20,13 +20,14 @@ struct RestartOptions {
   bool stream = false;
 };
 
-constexpr Usage usage = {.command_line = "p3dgrid restart GRID RESTART OUT",
-                         .grid_alone = "'p3dgrid convert GRID OUT' converts it"};
+constexpr Usage restart_usage = {.command_line = "p3dgrid restart GRID RESTART OUT",
+                                 .grid_alone = "'p3dgrid convert GRID OUT' converts it"};
 
 void convert_restart(const RestartOptions& options) {
   OutputFile output(options.output, {options.grid_path, options.input});
   std::deque<CaseInput> inputs;
-  inputs.emplace_back(options.grid_path, options.grid, options.input, options.stated, usage);
+  inputs.emplace_back(options.grid_path, options.grid, options.input, options.stated,
+                      restart_usage);
   const std::string summary = write_restart(output, options.output, {inputs, whole_blocks(inputs)},
                                             options.change, options.values);
   output.commit();

@@ -66,7 +66,7 @@ SolutionHeader combined_header(const Parts& parts) {
 
 Reals zeros(const RestartForm& form, std::int64_t points) {
   Reals values(form.coding.precision, points);
-  values.visit([](auto span) { std::ranges::fill(span, 0); });
+  values.visit([](auto reals) { std::ranges::fill(reals, 0); });
   return values;
 }
 

@@ -27,7 +27,7 @@ struct SplitOptions {
   PartOptions files;
 };
 
-constexpr Usage usage = {
+constexpr Usage split_usage = {
     .command_line = "p3dgrid split GRID OUT --restart RESTART OUT",
     .grid_alone = "'p3dgrid split GRID OUT' without --restart takes a grid alone"};
 
@@ -80,7 +80,7 @@ void split(const SplitOptions& options) {
   const PartOptions& files = options.files;
   const std::string solution = files.solution_output();
   std::deque<CaseInput> inputs =
-      open_cases(files, {options.input}, usage,
+      open_cases(files, {options.input}, split_usage,
                  "'p3dgrid split GRID OUT --restart " + options.input + " OUT' takes it");
   const Lists lists = options.plane ? before_and_after(options, inputs) : one_block_each(inputs);
   std::deque<PartOutput> outputs;

@@ -31,14 +31,14 @@ struct TransformOptions {
   PartOptions files;
 };
 
-constexpr Usage usage = {
+constexpr Usage transform_usage = {
     .command_line = "p3dgrid transform GRID OUT --restart RESTART OUT",
     .grid_alone = "'p3dgrid transform GRID OUT' without --restart takes a grid alone"};
 
 std::optional<MirrorPlane> mirror_in(const std::string& text) {
   const std::size_t axis = std::string("xyz").find(text.substr(0, 1));
   if (text.size() < 3 || axis > 2 || text[1] != '=') return std::nullopt;
-  const auto value = number_in(text.substr(2));
+  const auto value = real_in(text.substr(2));
   if (!value) return std::nullopt;
   return MirrorPlane{axis, *value};
 }
@@ -66,7 +66,7 @@ void change(const TransformOptions& options, Block& block) {
                                 options.translation.empty() ? 0 : options.translation[axis]};
     if (options.mirror && options.mirror->axis == axis) coordinate.mirror = options.mirror->value;
     Reals& values = axis == 0 ? block.x : axis == 1 ? block.y : block.z;
-    values.visit([&](auto span) { coordinate.apply(span); });
+    values.visit([&](auto reals) { coordinate.apply(reals); });
   }
 }
 
@@ -106,8 +106,8 @@ std::vector<Part> parts_of(const TransformOptions& options, const std::deque<Cas
 /// Changes the sign of the momentum across the mirror plane.
 void mirror(const MirrorPlane& plane, const FlowArray& array, Reals& values) {
   if (array != FlowArray{static_cast<std::int32_t>(plane.axis) + 2}) return;
-  values.visit([](auto span) {
-    for (auto& value : span) value = -value;
+  values.visit([](auto reals) {
+    for (auto& value : reals) value = -value;
   });
 }
 
@@ -115,7 +115,7 @@ void transform(const TransformOptions& options) {
   const PartOptions& files = options.files;
   PartOutput output(files, {options.input}, options.output, files.solution_output());
   std::deque<CaseInput> inputs =
-      open_cases(files, {options.input}, usage,
+      open_cases(files, {options.input}, transform_usage,
                  "'p3dgrid transform GRID OUT --restart " + options.input + " OUT' takes it");
   Parts parts{inputs, parts_of(options, inputs)};
   parts.edit_block = [&](Block& block) { change(options, block); };
@@ -136,11 +136,11 @@ void transform(const TransformOptions& options) {
 
 std::vector<Option> transform_options(TransformOptions& options) {
   const auto is_scale = [](const std::string& text) -> std::string {
-    const auto value = number_in(text);
+    const auto value = real_in(text);
     return value && *value > 0 ? "" : "'" + text + "' is no factor above 0";
   };
   const auto is_number = [](const std::string& text) -> std::string {
-    return number_in(text) ? "" : "'" + text + "' is no number";
+    return real_in(text) ? "" : "'" + text + "' is no number";
   };
   const auto is_mirror = [](const std::string& text) -> std::string {
     return mirror_in(text) ? "" : "'" + text + "' is no plane such as y=0";

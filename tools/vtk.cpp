@@ -27,8 +27,8 @@ struct VtkOptions {
   std::string restart_option;  ///< the first of those given
 };
 
-constexpr Usage usage = {.command_line = "p3dgrid vtk GRID RESTART OUT.vtm",
-                         .grid_alone = "'p3dgrid vtk GRID OUT.vtm' writes it alone"};
+constexpr Usage vtk_usage = {.command_line = "p3dgrid vtk GRID RESTART OUT.vtm",
+                             .grid_alone = "'p3dgrid vtk GRID OUT.vtm' writes it alone"};
 
 /// VTK's marks of points that are blanked.
 VtkArray ghosts_of(const Block& block) {
@@ -132,17 +132,17 @@ void write_vtk(const VtkOptions& options) {
   const bool with_flow = !options.restart_path.empty();
   if (!with_flow && !options.restart_option.empty()) {
     throw Unusable(options.restart_option +
-                   " is about a restart file, and none is given: " + usage.command_line);
+                   " is about a restart file, and none is given: " + vtk_usage.command_line);
   }
   const std::vector<std::string> paths = {options.grid_path, options.restart_path};
   OutputFile list(options.output, paths);
   std::deque<CaseInput> inputs;
   if (with_flow) {
     inputs.emplace_back(options.grid_path, options.grid, options.restart_path, options.restart,
-                        usage);
+                        vtk_usage);
   } else {
     inputs.emplace_back(options.grid_path, options.grid,
-                        "'" + usage.pair("GRID", options.grid_path) + "' takes it");
+                        "'" + vtk_usage.pair("GRID", options.grid_path) + "' takes it");
   }
   const CaseInput& input = inputs.front();
   const Extents& extents = input.extents();
