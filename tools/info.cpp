@@ -26,14 +26,41 @@ struct InfoOptions {
 constexpr Usage info_usage = {.command_line = "p3dgrid info RESTART --grid GRID",
                               .grid_alone = "'p3dgrid info GRID' shows it"};
 
-void show(const InfoOptions& options, const Found& found, const Grid& grid) {
-  if (options.json) return print_text(json_of(options.input.path, found, grid));
-  print_info(options.input.path, found, grid);
+void show(const InfoOptions& options, const GridReport& report) {
+  if (options.json) return print_text(json_of(options.input.path, report));
+  print_info(options.input.path, report);
+}
+
+GridReport report_on(const std::string& path, const Found& found) {
+  GridInput input(path, found);
+  GridReport report{.found = found, .extents = input.extents(), .blocks = {}};
+  for (std::size_t b = 0; b < report.extents.i.size(); ++b) {
+    report.blocks.emplace_back().include(b, report.extents.of(b), input.read(b));
+  }
+  input.require_form();
+  return report;
 }
 
 void show(const InfoOptions& options, const RestartReport& report) {
   if (options.for_programs()) return print_text(json_of(options.input.path, report));
   print_info(options.input.path, report);
+}
+
+FlowReport body_of(const RestartReport& report, RestartInput& input) {
+  FlowReport body{.parameters = {}, .arrays = std::vector<Findings>(report.arrays())};
+  for (std::size_t b = 0; b < report.header.extents.i.size(); ++b) {
+    const SolutionBlock block = input.read(b);
+    const auto include = [&](const std::vector<Reals>& arrays, bool triplets) {
+      for (std::size_t n = 0; n < arrays.size(); ++n) {
+        const FlowArray array{static_cast<std::int32_t>(n + 1), triplets};
+        body.arrays[report.place_of(array)].include(b, block.extents, arrays[n]);
+      }
+    };
+    include(block.variables, false);
+    include(block.triplets, true);
+    body.parameters.push_back(block.parameters);
+  }
+  return body;
 }
 
 /// Reads a restart file, whole if the extents of its blocks are known.
@@ -46,7 +73,10 @@ RestartReport report_on(const InfoOptions& options, const std::string& path, con
     input.require_form();
     return report;
   }
-  if (!report.header.extents.i.empty()) report.body = read_restart(path, found, grid);
+  if (!report.header.extents.i.empty()) {
+    report.body = body_of(report, input);
+    input.require_form();
+  }
   return report;
 }
 
@@ -71,7 +101,7 @@ void show_file(const InfoOptions& options) {
   }
   const Found found = find_file(options.input);
   if (found.reading.is_grid() && options.index) return show_index(options, found);
-  if (found.reading.is_grid()) return show(options, found, read_grid(path, found));
+  if (found.reading.is_grid()) return show(options, report_on(path, found));
   require_regular_file(path);
   show(options, report_on(options, path, found, std::nullopt));
 }

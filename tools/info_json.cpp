@@ -158,7 +158,7 @@ Json blocks(const RestartReport& report) {
     if (report.counted_variables()) json.back()["functions"] = report.header.variables[b];
     if (report.body && traits_of(form.layout).parameters > 0) {
       json.back()["parameters"] =
-          parameters(form, report.body->blocks[b].parameters, report.header.run.species);
+          parameters(form, report.body->parameters[b], report.header.run.species);
     }
   }
   return json;
@@ -171,22 +171,21 @@ std::string text_of(const Json& json) {
 
 }  // namespace
 
-std::string json_of(const std::string& path, const Found& found, const Grid& grid) {
-  Json json = beginning(path, found, "grid", form_of(found.grid()));
-  const Extents extents = grid.extents();
-  const std::vector<BlankingCounts> blanking = count_blanking(grid);
-  json["block_count"] = grid.blocks.size();
+std::string json_of(const std::string& path, const GridReport& report) {
+  const GridForm& form = report.found.grid();
+  Json json = beginning(path, report.found, "grid", form_of(form));
+  json["block_count"] = report.blocks.size();
   json["blocks"] = Json::array();
-  for (std::size_t b = 0; b < extents.i.size(); ++b) {
-    json["blocks"].push_back(block(extents, b));
-    if (blanking.empty()) continue;
-    const auto& [zero, one, negative, other] = blanking[b];
+  for (std::size_t b = 0; b < report.blocks.size(); ++b) {
+    json["blocks"].push_back(block(report.extents, b));
+    if (!form.iblank) continue;
+    const auto& [zero, one, negative, other] = report.blocks[b].blanking;
     json["blocks"].back()["blanking"] = {
         {"0", zero}, {"1", one}, {"negative", negative}, {"other", other}};
   }
-  json["points"] = extents.points();
+  json["points"] = report.extents.points();
   json["header"] = Json::object();
-  json["variables"] = variables(survey(grid));
+  json["variables"] = variables(report.coordinates());
   return text_of(json);
 }
 
@@ -212,7 +211,7 @@ std::string json_of(const std::string& path, const RestartReport& report) {
   const bool has_extents = !report.header.extents.i.empty();
   json["points"] = has_extents ? Json(report.header.extents.points()) : Json();
   json["header"] = header(form, report.header.run);
-  json["variables"] = report.body ? variables(survey(*report.body)) : Json();
+  json["variables"] = report.body ? variables(report.surveys()) : Json();
   return text_of(json);
 }
 

@@ -33,7 +33,9 @@ struct Fit {
   /// Expected size divided by actual size: in bytes for a binary file and for the record that
   /// differs, in values for text; 0 if unknown.
   double share = 0;
-  std::int64_t end = 0;  ///< of a binary file: expected size
+  std::int64_t end = 0;     ///< of a binary file: expected size
+  std::int64_t record = 0;  ///< of an unformatted file: the record that differs, from 1; else 0
+  std::int64_t offset = 0;  ///< first byte of that record
 
   /// Nothing is missing, and nothing but padding follows.
   [[nodiscard]] bool whole() const {

@@ -23,15 +23,8 @@ std::shared_ptr<const Extents> extents_of(const Grid* grid) {
 }
 
 void require_same(const std::string& path, const Extents& own, const Extents& grid) {
-  if (own.blocks() != grid.blocks()) {
-    mismatch(path, "does not belong to its grid: it holds " + std::to_string(own.blocks()) +
-                       " blocks, the grid " + std::to_string(grid.blocks()));
-  }
-  for (std::size_t b = 0; b < own.i.size(); ++b) {
-    if (own.of(b) == grid.of(b)) continue;
-    mismatch(path, "does not belong to its grid: its block " + std::to_string(b + 1) + " is " +
-                       own.text_of(b) + ", the grid's " + grid.text_of(b));
-  }
+  const auto differences = differing_blocks(path, own, grid);
+  if (!differences.empty()) throw differences.front();
 }
 
 }  // namespace
