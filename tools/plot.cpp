@@ -11,6 +11,7 @@
 #include "plot/canvas.hpp"
 #include "plot/flow.hpp"
 #include "plot/picture.hpp"
+#include "variable_names.hpp"
 
 namespace p3dgrid::tool {
 namespace {
@@ -28,7 +29,9 @@ void plot_files(const PlotOptions& options) {
   if (!options.output.ends_with(".png")) {
     throw Unusable(options.output + ": the picture's name, which comes last, must end in .png");
   }
-  const std::string idle = !request.variable.empty() ? "--variable" : options.restart_option;
+  const std::string idle = !request.variable.empty() ? "--variable"
+                           : !request.names.empty()  ? "--names"
+                                                     : options.restart_option;
   if (!request.shows_flow() && !idle.empty()) {
     throw Unusable(
         idle + " is about a restart file, and none is given: p3dgrid plot GRID RESTART OUT.png");
@@ -54,9 +57,12 @@ std::vector<Option> picture_options(plot::Request& request) {
   std::vector<Option> options = {
       {"--variable", &request.variable,
        "What to show in colour: " + names +
-           " of a PLOT3D solution, or the number of a variable; default 1",
+           " of a PLOT3D solution, a name that --names gives, or the number of a variable; default "
+           "1",
        "NAME|N",
-       checked("is neither " + names + " nor the number of a variable", plot::may_be_variable)},
+       checked("is neither " + names + " nor the number of a variable",
+               [](const std::string& text) { return !text.empty(); })},
+      names_option(request.names),
       gamma_option(request.gamma, "p and mach"),
       {"--block", &request.block, "Show this block alone, counted from 1", "B",
        in_range(1, std::numeric_limits<integer>::max())},

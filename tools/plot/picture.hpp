@@ -19,6 +19,7 @@ struct Request {
   StatedGridForm grid;
   StatedRestartForm restart;
   std::string variable;            ///< name or number; empty for the first
+  std::vector<std::string> names;  ///< of the variables, if stated
   std::int32_t block = 0;          ///< from 1; 0 for all
   std::optional<GridPlane> plane;  ///< none for the outer faces of the blocks
   std::vector<double> view;        ///< azimuth and elevation, if stated
