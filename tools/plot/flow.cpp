@@ -123,8 +123,8 @@ void evaluate(std::vector<Surface>& surfaces, std::size_t block, const FlowVaria
       if (surfaces[s].block != block) continue;
       needed[s].resize(surfaces[s].points.size() * needs);
       std::size_t at = n;
-      surfaces[s].for_each_index([&](std::int64_t point) {
-        needed[s][at] = static_cast<float>(values[point]);
+      surfaces[s].for_each_value(values, [&](double value) {
+        needed[s][at] = static_cast<float>(value);
         at += needs;
       });
     }
