@@ -19,12 +19,12 @@ double margin_of(const Region& region) {
   return margin_of_frame * largest;
 }
 
-/// The bits of the sides of the region that a point is beyond by more than the margin.
-std::uint8_t sides_beyond(const Region& region, double margin, const Vector& place) {
+/// The bits of the sides of the region that a point is beyond by more than the slack.
+std::uint8_t sides_beyond(const Region& region, double slack, const Vector& place) {
   unsigned sides = 0;
   for (unsigned c = 0; c < 3; ++c) {
-    if (place[c] < region.low[c] - margin) sides |= 1U << (2 * c);
-    if (place[c] > region.high[c] + margin) sides |= 2U << (2 * c);
+    if (place[c] < region.low[c] - slack) sides |= 1U << (2 * c);
+    if (place[c] > region.high[c] + slack) sides |= 2U << (2 * c);
   }
   return static_cast<std::uint8_t>(sides);
 }
@@ -51,9 +51,9 @@ std::optional<Region> region_in(const std::string& text) {
 
 void confine(Surface& surface, const Region& region) {
   std::vector<char> hidden(surface.points.size(), 1);
-  const double margin = margin_of(region);
+  const double slack = margin_of(region);
   for (std::size_t p = 0; p < surface.points.size(); ++p) {
-    surface.beyond.push_back(sides_beyond(region, margin, surface.place(p)));
+    surface.beyond.push_back(sides_beyond(region, slack, surface.place(p)));
   }
   surface.for_each_cell([&](const Cell& cell) {
     for (const std::size_t corner : cell) hidden[corner] = 0;
