@@ -92,11 +92,12 @@ class Measurement {
       valid_[p] = static_cast<char>(!blanked && finite);
       result_.invalid_points += static_cast<std::int64_t>(!blanked && !finite);
     }
+    all_valid_ = std::ranges::count(valid_, 0) == 0;
   }
 
   [[nodiscard]] std::int64_t step(Direction d) const { return steps_[static_cast<std::size_t>(d)]; }
   [[nodiscard]] bool valid(std::int64_t p) const {
-    return valid_[static_cast<std::size_t>(p)] != 0;
+    return all_valid_ || valid_[static_cast<std::size_t>(p)] != 0;
   }
   [[nodiscard]] Vector at(std::int64_t point) const {
     const auto p = static_cast<std::size_t>(point);
@@ -195,6 +196,7 @@ class Measurement {
   }
 
   [[nodiscard]] bool cell_is_valid(std::int64_t p, const std::vector<Direction>& wide) const {
+    if (all_valid_) return true;
     for (std::size_t corner = 0; corner < std::size_t{1} << wide.size(); ++corner) {
       std::int64_t point = p;
       for (std::size_t d = 0; d < wide.size(); ++d) {
@@ -232,6 +234,7 @@ class Measurement {
   std::span<const Real> z_;
   std::array<std::int64_t, 3> steps_;
   std::vector<char> valid_;
+  bool all_valid_ = false;  ///< the usual case, in which cells need no test
   bool is_flat_ = false;
   BlockQuality result_;
 };

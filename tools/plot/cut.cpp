@@ -24,6 +24,10 @@ class Cutter {
         steps_{1, counts_[0], counts_[0] * counts_[1]} {
     surface_.block = number;
     surface_.cut.emplace();
+    along_.visit([&](auto values) {
+      above_.reserve(values.size());
+      for (const auto value : values) above_.push_back(value >= cut.value ? 1 : 0);
+    });
   }
 
   Surface run() {
@@ -42,19 +46,26 @@ class Cutter {
   [[nodiscard]] std::int64_t point(const Index& at) const {
     return at[0] + at[1] * steps_[1] + at[2] * steps_[2];
   }
-  [[nodiscard]] bool is_above(std::int64_t p) const { return along_[p] >= cut_.value; }
+  [[nodiscard]] bool is_above(std::int64_t p) const {
+    return above_[static_cast<std::size_t>(p)] != 0;
+  }
 
   /// Whether the cut crosses the cell, and all of its corners are finite and not blanked.
   [[nodiscard]] bool crosses(std::int64_t first) const {
-    int above = 0;
-    for (unsigned corner = 0; corner < 8; ++corner) {
+    const auto corner = [&](unsigned number) {
       std::int64_t p = first;
-      for (std::size_t d = 0; d < 3; ++d) p += (corner >> d & 1U) != 0 ? steps_[d] : 0;
+      for (std::size_t d = 0; d < 3; ++d) p += (number >> d & 1U) != 0 ? steps_[d] : 0;
+      return p;
+    };
+    int above = 0;
+    for (unsigned n = 0; n < 8; ++n) above += is_above(corner(n)) ? 1 : 0;
+    if (above == 0 || above == 8) return false;
+    for (unsigned n = 0; n < 8; ++n) {
+      const std::int64_t p = corner(n);
       if (!block_.iblank.empty() && block_.iblank[static_cast<std::size_t>(p)] == 0) return false;
       if (!std::isfinite(block_.x[p] + block_.y[p] + block_.z[p])) return false;
-      above += is_above(p) ? 1 : 0;
     }
-    return above != 0 && above != 8;
+    return true;
   }
 
   /// The point where the cut crosses the edge from a point in a direction.
@@ -127,6 +138,7 @@ class Cutter {
   const Block& block_;
   const Cut& cut_;
   const Reals& along_;
+  std::vector<char> above_;  ///< whether the coordinate of a point is at least that of the cut
   Index counts_;
   Index steps_;
   Surface surface_;
