@@ -38,4 +38,5 @@ install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR}
 install(FILES tests/fuzz/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR}/tests/fuzz)
 install(FILES examples/CMakeLists.txt examples/grids.cpp examples/host.cpp examples/points.cpp examples/stream.cpp
         DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
+install(DIRECTORY examples/mpi DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples USE_SOURCE_PERMISSIONS)
 install(PROGRAMS examples/plot_tecplot.py DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)

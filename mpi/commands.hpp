@@ -1,7 +1,7 @@
 #pragma once
 
-#include "command.hpp"
 #include "team.hpp"
+#include "tools/command.hpp"
 
 namespace p3dgrid::tool {
 

@@ -3,15 +3,15 @@
 #include <optional>
 
 #include "commands.hpp"
-#include "console.hpp"
-#include "file_names.hpp"
 #include "input.hpp"
-#include "options.hpp"
-#include "output_file.hpp"
 #include "pieces.hpp"
-#include "restart_conversion.hpp"
 #include "shared_file.hpp"
-#include "table.hpp"
+#include "tools/console.hpp"
+#include "tools/file_names.hpp"
+#include "tools/options.hpp"
+#include "tools/output_file.hpp"
+#include "tools/restart_conversion.hpp"
+#include "tools/table.hpp"
 #include "values.hpp"
 
 namespace p3dgrid::tool {

@@ -1,4 +1,4 @@
-#include "info.hpp"
+#include "tools/info.hpp"
 
 #include <cstring>
 #include <memory>
@@ -6,10 +6,10 @@
 #include <type_traits>
 
 #include "commands.hpp"
-#include "console.hpp"
 #include "input.hpp"
 #include "pieces.hpp"
 #include "shared_file.hpp"
+#include "tools/console.hpp"
 #include "values.hpp"
 
 namespace p3dgrid::tool {

@@ -1,8 +1,8 @@
 #include "input.hpp"
 
-#include "failure.hpp"
-#include "gzip.hpp"
-#include "options.hpp"
+#include "tools/failure.hpp"
+#include "tools/gzip.hpp"
+#include "tools/options.hpp"
 
 namespace p3dgrid::tool {
 namespace {

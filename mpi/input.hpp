@@ -4,10 +4,10 @@
 #include <string>
 #include <vector>
 
-#include "command.hpp"
-#include "grid_file.hpp"
-#include "input_files.hpp"
-#include "restart_file.hpp"
+#include "tools/command.hpp"
+#include "tools/grid_file.hpp"
+#include "tools/input_files.hpp"
+#include "tools/restart_file.hpp"
 
 namespace p3dgrid::tool {
 

@@ -4,9 +4,9 @@
 #include <memory>
 
 #include "commands.hpp"
-#include "console.hpp"
-#include "process.hpp"
 #include "team.hpp"
+#include "tools/console.hpp"
+#include "tools/process.hpp"
 
 namespace p3dgrid::tool {
 namespace {

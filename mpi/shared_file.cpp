@@ -3,7 +3,7 @@
 #include <array>
 #include <utility>
 
-#include "failure.hpp"
+#include "tools/failure.hpp"
 
 namespace p3dgrid::tool {
 namespace {

@@ -6,7 +6,7 @@
 
 #include <optional>
 
-#include "process.hpp"
+#include "tools/process.hpp"
 
 namespace p3dgrid::tool {
 namespace {

@@ -102,6 +102,26 @@ Stated form_in(const py::dict& stated) {
                        py::cast<std::string>(py::str(", ").attr("join")(stated)));
 }
 
+const char* word_of(Fit::Agreement agreement) {
+  switch (agreement) {
+    case Fit::Agreement::whole:
+      return "whole";
+    case Fit::Agreement::padded:
+      return "padded";
+    case Fit::Agreement::longer:
+      return "longer";
+    case Fit::Agreement::remark:
+      return "remark";
+    case Fit::Agreement::so_far:
+      return "so_far";
+    case Fit::Agreement::cut:
+      return "cut";
+    case Fit::Agreement::other:
+      break;
+  }
+  return "other";
+}
+
 const char* word_of(ErrorKind kind) {
   switch (kind) {
     case ErrorKind::system:
@@ -160,26 +180,6 @@ constexpr std::array flow_fields = {HeaderField{"sub_grid_scale_model", &RunData
 constexpr std::array species_fields = {HeaderField{"species", &RunData::species}};
 
 }  // namespace
-
-const char* word_of(Fit::Agreement agreement) {
-  switch (agreement) {
-    case Fit::Agreement::whole:
-      return "whole";
-    case Fit::Agreement::padded:
-      return "padded";
-    case Fit::Agreement::longer:
-      return "longer";
-    case Fit::Agreement::remark:
-      return "remark";
-    case Fit::Agreement::so_far:
-      return "so_far";
-    case Fit::Agreement::cut:
-      return "cut";
-    case Fit::Agreement::other:
-      break;
-  }
-  return "other";
-}
 
 py::dict to_python(const GridForm& form) {
   return dictionary_of(form);
@@ -286,7 +286,7 @@ std::shared_ptr<const Extents> extents_in(const py::object& extents) {
   return result;
 }
 
-void raise(const Error& error) {
+py::object to_python(const Error& error) {
   const Error::Details& details = error.details();
   py::dict known;
   known["kind"] = word_of(details.kind);
@@ -299,8 +299,7 @@ void raise(const Error& error) {
   known["expected"] = text_of(details.expected);
   known["readings"] = list_of(details.readings);
   const py::object type = py::module_::import("p3dgrid._errors").attr("Error");
-  const py::object exception = type(text_of(error.what()), **known);
-  PyErr_SetObject(type.ptr(), exception.ptr());
+  return type(text_of(error.what()), **known);
 }
 
 }  // namespace p3dgrid::python

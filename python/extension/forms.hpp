@@ -31,10 +31,7 @@ namespace py = pybind11;
 /// Null for None.
 [[nodiscard]] std::shared_ptr<const Extents> extents_in(const py::object& extents);
 
-/// The word for how far a file agrees with a form.
-[[nodiscard]] const char* word_of(Fit::Agreement agreement);
-
-/// Raises the Python exception for an error.
-void raise(const Error& error);
+/// The Python exception for an error.
+[[nodiscard]] py::object to_python(const Error& error);
 
 }  // namespace p3dgrid::python

@@ -6,6 +6,7 @@
 #include <array>
 #include <memory>
 #include <mod_p3dgrid/version.hpp>
+#include <p3dgrid/check.hpp>
 #include <p3dgrid/grid.hpp>
 #include <p3dgrid/layout.hpp>
 #include <p3dgrid/solution.hpp>
@@ -21,6 +22,13 @@ namespace {
 
 using Release = py::gil_scoped_release;
 using Acquire = py::gil_scoped_acquire;
+
+/// Calls a function while Python runs on other threads.
+template <class Function>
+auto unlocked(Function function) {
+  const Release release;
+  return function();
+}
 
 py::dtype dtype_of(Precision precision) {
   return precision == Precision::double_precision ? py::dtype::of<double>()
@@ -95,9 +103,6 @@ py::dict summary(const Reading& reading, const Form& form, const Extents& extent
   result["form"] = to_python(form);
   result["extents"] = to_python(extents);
   result["reason"] = "as stated";
-  result["checked"] = reading.checked;
-  result["agreement"] = word_of(reading.fit.agreement);
-  result["difference"] = reading.fit.what;
   if (reading.checked) {
     std::int64_t size = 0;
     if (reading.coding().encoding == Encoding::binary) {
@@ -183,20 +188,16 @@ SolutionReader solution_reader(const std::string& path, const py::dict& stated,
 
 py::dict detect(const std::string& path, const std::string& kind, const py::dict& stated,
                 const py::object& extents) {
-  const auto run = [&](const auto& look) {
-    const Release release;
-    return look();
-  };
   if (kind == "grid") {
     const StatedGridForm form = grid_form_in(stated);
-    return to_python(run([&] { return detect_grid(path, form); }));
+    return to_python(unlocked([&] { return detect_grid(path, form); }));
   }
   if (kind == "restart") {
     const StatedRestartForm form = restart_form_in(stated);
     const auto of_grid = extents_in(extents);
-    return to_python(run([&] { return detect_restart(path, form, of_grid); }));
+    return to_python(unlocked([&] { return detect_restart(path, form, of_grid); }));
   }
-  return to_python(run([&] { return detect_any(path); }));
+  return to_python(unlocked([&] { return detect_any(path); }));
 }
 
 py::tuple read_block(GridReader& reader, std::int32_t block, const IndexRange& range = {}) {
@@ -386,21 +387,31 @@ void write_solution(const std::string& path, const py::list& blocks, const py::l
   writer.close();
 }
 
-/// Compares all of a file with a complete form: None, or the difference as part of a sentence.
-py::object compare_whole(const std::string& path, const std::string& kind, const py::dict& stated,
-                         const py::object& extents, bool triplets) {
-  const auto fit = [&] {
-    if (kind == "grid") {
-      const GridForm form = applied_to(GridForm(), grid_form_in(stated));
-      const Release release;
-      return compare(path, form);
-    }
-    const RestartForm form = applied_to(RestartForm(), restart_form_in(stated));
-    const auto of_grid = extents_in(extents);
-    const Release release;
-    return compare(path, form, of_grid, triplets);
-  }();
-  return fit.whole() ? py::object(py::none()) : py::str(fit.what);
+py::list findings_of(const std::vector<Error>& findings) {
+  py::list list;
+  for (const Error& finding : findings) list.append(to_python(finding));
+  return list;
+}
+
+py::list check_any(const std::string& path) {
+  return findings_of(unlocked([&] { return check(path); }));
+}
+
+py::list check_grid_file(const std::string& path, const py::dict& stated) {
+  const StatedGridForm form = grid_form_in(stated);
+  return findings_of(unlocked([&] { return check_grid(path, form); }));
+}
+
+py::list check_solution_file(const std::string& path, const py::dict& stated,
+                             const py::object& extents) {
+  const StatedRestartForm form = restart_form_in(stated);
+  const auto of_grid = extents_in(extents);
+  return findings_of(unlocked([&] { return check_solution(path, form, of_grid); }));
+}
+
+py::list check_case(const std::string& grid, const std::string& path, const py::dict& stated) {
+  const StatedRestartForm form = restart_form_in(stated);
+  return findings_of(unlocked([&] { return check_pair(grid, path, {}, form); }));
 }
 
 }  // namespace
@@ -410,12 +421,16 @@ PYBIND11_MODULE(_p3dgrid, module) {
     try {
       if (thrown) std::rethrow_exception(thrown);
     } catch (const Error& error) {
-      raise(error);
+      const py::object exception = to_python(error);
+      PyErr_SetObject(py::type::of(exception).ptr(), exception.ptr());
     }
   });
   module.attr("__version__") = MOD_P3DGRID_VERSION;
   module.def("detect", &detect);
-  module.def("compare", &compare_whole);
+  module.def("check", &check_any);
+  module.def("check_grid", &check_grid_file);
+  module.def("check_solution", &check_solution_file);
+  module.def("check_pair", &check_case);
   module.def("open_grid", &open_grid);
   module.def("open_solution", &open_solution);
   module.def("grid_summary", &grid_summary);

@@ -8,7 +8,7 @@
 `open` maps files that are too large for memory. The forms of files are detected.
 """
 
-from ._check import Finding, check, detect
+from ._check import check, detect
 from ._errors import Error
 from ._files import (GridFile, GridFileBlock, SolutionFile, SolutionFileBlock, StoredArray, open,
                      open_grid, open_solution)
@@ -18,8 +18,8 @@ from ._p3dgrid import __version__
 from ._solution import Solution, SolutionBlock, read_solution, write_solution
 
 __all__ = [
-    "Block", "Detection", "Error", "Finding", "Grid", "GridFile", "GridFileBlock", "GridForm",
-    "Reading", "RestartForm", "Solution", "SolutionBlock", "SolutionFile", "SolutionFileBlock",
-    "StoredArray", "__version__", "check", "detect", "open", "open_grid", "open_solution",
-    "read_grid", "read_solution", "write_grid", "write_solution"
+    "Block", "Detection", "Error", "Grid", "GridFile", "GridFileBlock", "GridForm", "Reading",
+    "RestartForm", "Solution", "SolutionBlock", "SolutionFile", "SolutionFileBlock", "StoredArray",
+    "__version__", "check", "detect", "open", "open_grid", "open_solution", "read_grid",
+    "read_solution", "write_grid", "write_solution"
 ]

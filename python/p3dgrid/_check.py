@@ -3,31 +3,13 @@
 from __future__ import annotations
 
 import os
-from dataclasses import dataclass
 from typing import Any, Optional
 
 from . import _p3dgrid
 from ._errors import Error
 from ._forms import Detection, detection_of
-from ._paths import Path, readable
+from ._paths import Path, readable, renamed
 from ._solution import extents_of
-
-
-@dataclass(frozen=True)
-class Finding:
-    """Something that is wrong with a file."""
-
-    file: str  # path
-    text: str  # what is wrong, as part of a sentence
-    kind: str = "damaged"  # as in `Error`
-    record: int = 0  # from 1; 0 if unknown
-    line: int = 0  # of a text file, from 1; 0 if unknown
-    offset: int = 0  # byte of the file, from 0
-    found: str = ""  # what the file holds there
-    expected: str = ""  # what it should hold
-
-    def __str__(self) -> str:
-        return f"{self.file}: {self.text}"
 
 
 def detect(path: Path, kind: Optional[str] = None, grid: Any = None, **form: Any) -> Detection:
@@ -45,40 +27,23 @@ def detect(path: Path, kind: Optional[str] = None, grid: Any = None, **form: Any
         return detection_of(_p3dgrid.detect(name, kind or "any", form, extents_of(grid)))
 
 
-def check(path: Path, grid: Any = None, **form: Any) -> list[Finding]:
-    """Looks for damage in a file and returns what is wrong with it: nothing for a sound one.
+def check(path: Path, grid: Any = None, **form: Any) -> list[Error]:
+    """Looks for damage in a file and returns what is wrong with it, without raising it: nothing for
+    a sound file. An ambiguous file, and one that cannot be opened, is raised.
 
-    An ambiguous file, and one that cannot be opened, is an `Error`.
-
-    grid  of a restart file: its Grid, the path of one, or extents, with which it is compared
+    grid  of a restart file: its Grid, extents, or the path of a grid file, which is checked too;
+          each block whose extents differ is returned
     form  known members of the form
     """
-    restart = grid is not None or "layout" in form or "sections" in form
     with readable(path) as name:
-        try:
-            if not restart and "iblank" not in form:
-                found = detection_of(_p3dgrid.detect(name, "any", {}, None)).form
-                restart = found is not None and "layout" in found.members()
-            return _findings(name, os.fsdecode(path), restart, form, extents_of(grid))
-        except Error as error:
-            if error.kind in ("system", "ambiguous", "argument"):
-                raise
-            shown = os.fsdecode(path)
-            text = str(error).replace(os.fsdecode(name), shown, 1)
-            return [Finding(shown, text.removeprefix(shown + ": "), error.kind, error.record,
-                            error.line, error.offset, error.found, error.expected)]
-
-
-def _findings(name: bytes, shown: str, restart: bool, form: dict[str, Any],
-              extents: Any) -> list[Finding]:
-    if restart:
-        read = _p3dgrid.solution_summary(name, form, extents)
-    else:
-        read = _p3dgrid.grid_summary(name, form)
-    difference = read["difference"]
-    if not read["checked"] or read["agreement"] == "so_far":
-        difference = _p3dgrid.compare(name, "restart" if restart else "grid", read["form"],
-                                      read["extents"], read.get("triplets", False))
-    elif read["agreement"] in ("whole", "padded"):
-        difference = None
-    return [Finding(shown, difference)] if difference else []
+        if grid is None and not form:
+            found = _p3dgrid.check(name)
+        elif grid is None and "layout" not in form and "sections" not in form:
+            found = _p3dgrid.check_grid(name, form)
+        elif isinstance(grid, (str, bytes, os.PathLike)):
+            with readable(grid) as of_grid:
+                found = [renamed(error, of_grid, grid)
+                         for error in _p3dgrid.check_pair(of_grid, name, form)]
+        else:
+            found = _p3dgrid.check_solution(name, form, extents_of(grid))
+        return [renamed(error, name, path) for error in found]

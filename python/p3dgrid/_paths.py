@@ -45,7 +45,7 @@ def readable(path: Path) -> Iterator[bytes]:
             reason = f"cannot be unpacked: {error}"
             raise Error(f"{file}: {reason}", kind="damaged", file=file, reason=reason) from error
         copy.flush()
-        with _named(copy.name, os.fsdecode(name)):
+        with _named(os.fsencode(copy.name), name):
             yield os.fsencode(copy.name)
 
 
@@ -65,7 +65,7 @@ def writable(path: Path) -> Iterator[bytes]:
         reason = f"cannot be written in its folder: {error.strerror}"
         raise Error(f"{shown}: {reason}", kind="system", file=shown, reason=reason) from error
     try:
-        with _named(os.fsdecode(unfinished), shown):
+        with _named(unfinished, path):
             yield unfinished
         if target.endswith(b".gz"):
             _compress(unfinished)
@@ -92,13 +92,19 @@ def _compress(path: bytes) -> None:
         raise
 
 
+def renamed(error: Error, copy: bytes, original: Path) -> Error:
+    """An error of a copy, with the name of the original."""
+    before, after = os.fsdecode(copy), os.fsdecode(original)
+    if error.file != before or before == after:
+        return error
+    members: dict[str, Any] = {**error.__dict__, "file": after}
+    return Error(str(error).replace(before, after, 1), **members)
+
+
 @contextlib.contextmanager
-def _named(copy: str, original: str) -> Iterator[None]:
+def _named(copy: bytes, original: Path) -> Iterator[None]:
     """Errors of a copy name the original."""
     try:
         yield
     except Error as error:
-        if error.file != copy:
-            raise
-        members: dict[str, Any] = {**error.__dict__, "file": original}
-        raise Error(str(error).replace(copy, original, 1), **members) from None
+        raise renamed(error, copy, original) from None

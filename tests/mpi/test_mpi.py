@@ -1,7 +1,11 @@
-"""p3dgrid-mpi: the same bytes and the same report as the serial command, for any number of ranks."""
+"""p3dgrid-mpi: the same bytes and the same report as the serial command, for any number of ranks.
+The commands of docs/large-data.md run as they stand there."""
 
 import os
 import pathlib
+import re
+import shlex
+import shutil
 import signal
 import struct
 import subprocess
@@ -154,6 +158,18 @@ class Mpi(ToolTest):
             self.assertEqual(self.path("out").stat().st_size, 12 + 12 * points)
             peaks = [int(self.path(f"peak.{rank}").read_text()) for rank in range(2)]
             self.assertLess(max(peaks), 160 * MIB)
+
+    def test_commands_of_the_page(self):
+        text = (pathlib.Path(os.environ["P3DGRID_SOURCE"]) / "docs" / "large-data.md").read_text()
+        (block,) = re.findall(r"^```sh tests/mpi/test_mpi.py\n(.*?)^```$", text,
+                              re.MULTILINE | re.DOTALL)
+        self.succeed("sample", "case")
+        shutil.copy(self.path("case/grid.p3d"), self.path("wing.p3d"))
+        shutil.copy(self.path("case/flow.q"), self.path("wing.q"))
+        for line in block.splitlines():
+            launcher, option, count, program, *arguments = shlex.split(line)
+            self.assertEqual((launcher, option, program), ("mpirun", "-n", "p3dgrid-mpi"))
+            self.succeed_with(count, *arguments)
 
     def assert_failure(self, result, status, says):
         self.assertEqual(result.returncode, status, result.stderr_text)

@@ -46,31 +46,40 @@ def test_damage_is_found(tmp_path):
     content = bytearray(grid_bytes(Coding(), False))
     path.write_bytes(content + b"more")
     (finding,) = p3dgrid.check(path)
-    assert finding.file == str(path) and finding.kind == "damaged" and finding.text
-    assert str(finding) == f"{path}: {finding.text}"
+    assert isinstance(finding, p3dgrid.Error)
+    assert finding.file == str(path) and finding.kind in ("damaged", "mismatch")
+    assert str(finding).startswith(f"{path}: ")
     path.write_bytes(content[:-30])
     (finding,) = p3dgrid.check(path)
-    assert finding.text
+    assert finding.kind == "damaged"
     content[-1] ^= 1  # the last marker
     path.write_bytes(content)
-    (finding,) = p3dgrid.check(path)
-    assert "marker" in finding.text
+    (finding,) = p3dgrid.check(path, multiblock=True)
+    assert "marker" in str(finding)
 
 
-def test_a_solution_of_another_grid(tmp_path):
+def test_every_block_that_differs_from_the_grid_is_found(tmp_path):
     (tmp_path / "flow").write_bytes(solution_bytes(Coding()))
-    (finding,) = p3dgrid.check(tmp_path / "flow", [(4, 3, 2), (2, 4, 1)])
-    assert "2x5x1" in finding.text or "block 2" in finding.text
+    found = p3dgrid.check(tmp_path / "flow", [(4, 3, 1), (2, 4, 1)])
+    assert [finding.kind for finding in found] == ["mismatch"] * 2
+    assert "4x3x2" in str(found[0]) and "2x5x1" in str(found[1])
+    assert p3dgrid.check(tmp_path / "flow", extents_in(Coding())) == []
 
 
-def test_compressed_files_are_checked(tmp_path):
-    (tmp_path / "grid").write_bytes(gzip.compress(grid_bytes(Coding(), False)))
-    assert p3dgrid.check(tmp_path / "grid") == []
-    (tmp_path / "grid").write_bytes(gzip.compress(grid_bytes(Coding(), False)[:-30]))
-    (finding,) = p3dgrid.check(tmp_path / "grid")
-    assert finding.file == str(tmp_path / "grid") and "tmp/p3dgrid-" not in finding.text
+@pytest.mark.parametrize("pack", [bytes, gzip.compress])
+def test_a_pair_is_checked_with_its_grid(tmp_path, pack):
+    (tmp_path / "grid").write_bytes(pack(grid_bytes(Coding(), False)))
+    (tmp_path / "flow").write_bytes(pack(solution_bytes(Coding())))
+    assert p3dgrid.check(tmp_path / "flow", tmp_path / "grid") == []
+    (tmp_path / "grid").write_bytes(pack(grid_bytes(Coding(), False)[:-30]))
+    (tmp_path / "flow").write_bytes(pack(solution_bytes(Coding())[:-30]))
+    found = p3dgrid.check(tmp_path / "flow", tmp_path / "grid")
+    assert [finding.file for finding in found] == [str(tmp_path / "grid"), str(tmp_path / "flow")]
+    for finding in found:
+        assert str(finding).startswith(finding.file + ": ")
+        assert str(finding).count("/p3dgrid-") == 0
 
 
-def test_what_cannot_be_checked_is_an_error(tmp_path):
+def test_what_cannot_be_checked_is_raised(tmp_path):
     with pytest.raises(p3dgrid.Error, match="No such file"):
         p3dgrid.check(tmp_path / "none")
