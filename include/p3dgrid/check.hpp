@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,14 @@ namespace p3dgrid {
 /// Checks a grid file of which members of the form are stated.
 [[nodiscard]] std::vector<Error> check_grid(const std::string& path,
                                             const StatedGridForm& stated = {});
+
+/// Checks a restart file of which members of the form are stated.
+/// @param path    of the file
+/// @param stated  known members of its form
+/// @param grid    extents of its grid, with which its own are compared
+[[nodiscard]] std::vector<Error> check_solution(const std::string& path,
+                                                const StatedRestartForm& stated = {},
+                                                const std::shared_ptr<const Extents>& grid = {});
 
 /// Checks a grid, a restart file, and whether they describe the same blocks: each block whose
 /// extents differ is a finding.

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -11,6 +12,7 @@
 #include "p3dgrid/error.hpp"
 #include "p3dgrid/form.hpp"
 #include "p3dgrid/index.hpp"
+#include "p3dgrid/index_range.hpp"
 
 #pragma GCC visibility push(default)
 
@@ -38,13 +40,15 @@ struct Grid {
   [[nodiscard]] Extents extents() const;
 };
 
-/// The points of a block from `first` up to `last`, which are included; counted from 0.
-struct IndexRange {
-  BlockExtents first = {};                                   ///< lowest indices
-  BlockExtents last = {all_points, all_points, all_points};  ///< highest; at most the block's last
-
-  static constexpr std::int32_t all_points = 0x7fffffff;  ///< up to the last point
+/// Memory of the caller for the points of a block, one value each in every array.
+struct BlockMemory {
+  /// For x, y and z: floats or doubles.
+  std::array<void*, 3> coordinates = {};
+  std::int32_t* iblank = nullptr;  ///< for blanking values, if the grid has them
 };
+
+/// Returns memory for a block with these extents and reals of this precision.
+using BlockAllocator = std::function<BlockMemory(Precision, const BlockExtents&)>;
 
 /// A grid file that is read block by block. Copies share the open file.
 class GridReader {
@@ -57,6 +61,8 @@ class GridReader {
 
   /// The form of the file.
   [[nodiscard]] const GridForm& form() const;
+  /// The form, and how far detection has compared the file with it.
+  [[nodiscard]] const Reading& reading() const;
   /// The extents of all blocks.
   [[nodiscard]] const Extents& extents() const;
 
@@ -64,6 +70,15 @@ class GridReader {
   /// file; those of text are in double precision. Fastest in file order; for an earlier block the
   /// file is opened again.
   [[nodiscard]] Block read(std::int32_t block, const IndexRange& range = {});
+  /// The same to memory of the caller.
+  /// @param block     counted from 0
+  /// @param allocate  called once, after the file has been found long enough for the points
+  /// @param range     of its points
+  void read(std::int32_t block, const BlockAllocator& allocate, const IndexRange& range = {});
+
+  /// Throws if the file is not what its form says. The functions that read blocks compare only
+  /// what they read.
+  void require_agreement() const;
 
   /// The places of the arrays of a block, counted from 0. Reads no values.
   [[nodiscard]] BlockIndex locate(std::int32_t block);

@@ -89,6 +89,8 @@ class SolutionReader {
 
   /// What is known of the file besides its arrays.
   [[nodiscard]] const SolutionHeader& header() const;
+  /// The form, and how far detection has compared the file with it.
+  [[nodiscard]] const Reading& reading() const;
 
   /// Reads the flow parameters of a block, counted from 0; none in layouts without them.
   [[nodiscard]] std::vector<double> parameters(std::int32_t block);
@@ -103,6 +105,10 @@ class SolutionReader {
 
   /// The places of the arrays of a block, counted from 0. Reads no values.
   [[nodiscard]] BlockIndex locate(std::int32_t block);
+
+  /// Throws if the file is not what its form says. The functions that read blocks compare only
+  /// what they read.
+  void require_agreement() const;
 
  private:
   class File;

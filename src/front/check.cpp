@@ -48,17 +48,24 @@ std::vector<Error> check_grid(const std::string& path, const StatedGridForm& sta
   return findings;
 }
 
+std::vector<Error> check_solution(const std::string& path, const StatedRestartForm& stated,
+                                  const std::shared_ptr<const Extents>& grid) {
+  Findings findings;
+  const auto found = checked(findings, path, [&] { return settle_restart(path, stated, grid); });
+  if (grid == nullptr || !found || found->extents == nullptr) return findings;
+  const Findings differences = differing_blocks(path, *found->extents, *grid);
+  findings.insert(findings.end(), differences.begin(), differences.end());
+  return findings;
+}
+
 std::vector<Error> check_pair(const std::string& grid, const std::string& solution,
                               const StatedGridForm& stated_grid,
                               const StatedRestartForm& stated_solution) {
   Findings findings;
   const auto of_grid = checked(findings, grid, [&] { return settle_grid(grid, stated_grid); });
   const auto extents = of_grid ? of_grid->extents : nullptr;
-  const auto of_solution = checked(
-      findings, solution, [&] { return settle_restart(solution, stated_solution, extents); });
-  if (extents == nullptr || !of_solution || of_solution->extents == nullptr) return findings;
-  const Findings differences = differing_blocks(solution, *of_solution->extents, *extents);
-  findings.insert(findings.end(), differences.begin(), differences.end());
+  const Findings of_solution = check_solution(solution, stated_solution, extents);
+  findings.insert(findings.end(), of_solution.begin(), of_solution.end());
   return findings;
 }
 

@@ -16,9 +16,9 @@ class GridReader::File {
   /// that the next read goes back to the beginning.
   static constexpr std::int32_t unknown = std::numeric_limits<std::int32_t>::max();
 
-  /// Goes to a block and returns what `take(its extents)` returns, which reads its record.
+  /// Goes to a block and calls `take(its extents)`, which reads its record.
   template <class Take>
-  auto at_block(std::int32_t block, Take take) {
+  void at_block(std::int32_t block, Take take) {
     if (block < 0 || block >= extents_.blocks()) {
       refuse(source_.path(), "a request for block " + std::to_string(block),
              "0 to " + std::to_string(extents_.blocks() - 1));
@@ -30,9 +30,8 @@ class GridReader::File {
       static_cast<void>(read_header());
     }
     while (next < block) source_.skip(whole_block(next++));
-    auto result = take(extents_.of(static_cast<std::size_t>(block)));
+    take(extents_.of(static_cast<std::size_t>(block)));
     next_ = block + 1;
-    return result;
   }
 
  public:
@@ -46,14 +45,15 @@ class GridReader::File {
   [[nodiscard]] const Extents& extents() const { return extents_; }
   [[nodiscard]] const std::string& path() const { return source_.path(); }
 
-  Block read(std::int32_t block, const IndexRange& range) {
-    return at_block(block, [&](const BlockExtents& whole) { return read_points({whole, range}); });
+  void read(std::int32_t block, const BlockAllocator& allocate, const IndexRange& range) {
+    at_block(block, [&](const BlockExtents& whole) { read_points({whole, range}, allocate); });
   }
 
   BlockIndex locate(std::int32_t block) {
     require_places(source_.path(), form().coding);
-    return at_block(block,
-                    [&](const BlockExtents& whole) { return locate_points(whole.points()); });
+    BlockIndex arrays;
+    at_block(block, [&](const BlockExtents& whole) { arrays = locate_points(whole.points()); });
+    return arrays;
   }
 
  private:
@@ -73,29 +73,36 @@ class GridReader::File {
     return list;
   }
 
-  Block read_points(const PointRuns& runs) {
-    const recordio::FileKind kind = real_kind(form().coding);
+  void read_points(const PointRuns& runs, const BlockAllocator& allocate) {
     const std::int64_t values = axes_of(form().coding) * runs.points();
-    source_.require_room(values, kind, recordio::Claim::may_be_truncated);
-    Block block{.extents = runs.extents()};
-    source_.begin();
+    source_.require_room(values, real_kind(form().coding), recordio::Claim::may_be_truncated);
     const Precision precision = precision_in_memory(form().coding);
-    for (Reals* coordinate : {&block.x, &block.y, &block.z}) {
-      if (coordinate == &block.z && is_planar(form().coding)) {
-        block.z = zeros(precision, runs.points());
-        continue;
-      }
-      *coordinate = Reals(precision, runs.points());
-      runs.read(source_, values_of(*coordinate, kind));
+    source_.begin();
+    const BlockMemory memory = allocate(precision, runs.extents());
+    if (precision == Precision::double_precision) {
+      read_coordinates<double>(runs, memory);
+    } else {
+      read_coordinates<float>(runs, memory);
     }
     if (form().iblank) {
-      block.iblank.resize(static_cast<std::size_t>(runs.points()));
-      auto entry = recordio::values(block.iblank.data(), runs.points());
+      auto entry = recordio::values(memory.iblank, runs.points());
       entry.zero_where_left_out = true;
       runs.read(source_, entry);
     }
     source_.end();
-    return block;
+  }
+
+  template <class Real>
+  void read_coordinates(const PointRuns& runs, const BlockMemory& memory) {
+    for (std::size_t axis = 0; axis < memory.coordinates.size(); ++axis) {
+      const std::span values(static_cast<Real*>(memory.coordinates[axis]),
+                             static_cast<std::size_t>(runs.points()));
+      if (axis < static_cast<std::size_t>(axes_of(form().coding))) {
+        runs.read(source_, values_of(values, real_kind(form().coding)));
+      } else {
+        std::ranges::fill(values, Real(0));
+      }
+    }
   }
 
   BlockIndex locate_points(std::int64_t points) {
@@ -131,8 +138,35 @@ const Extents& GridReader::extents() const {
   return file_->extents();
 }
 
+const Reading& GridReader::reading() const {
+  return file_->reading();
+}
+
 Block GridReader::read(std::int32_t block, const IndexRange& range) {
-  return file_->read(block, range);
+  Block result;
+  const auto allocate = [&](Precision precision, const BlockExtents& extents) {
+    result.extents = extents;
+    BlockMemory memory;
+    std::size_t axis = 0;
+    for (Reals* coordinate : {&result.x, &result.y, &result.z}) {
+      *coordinate = Reals(precision, extents.points());
+      memory.coordinates[axis++] =
+          coordinate->visit([](auto values) -> void* { return values.data(); });
+    }
+    if (form().iblank) result.iblank.resize(static_cast<std::size_t>(extents.points()));
+    memory.iblank = result.iblank.data();
+    return memory;
+  };
+  file_->read(block, allocate, range);
+  return result;
+}
+
+void GridReader::read(std::int32_t block, const BlockAllocator& allocate, const IndexRange& range) {
+  file_->read(block, allocate, range);
+}
+
+void GridReader::require_agreement() const {
+  p3dgrid::require_agreement(file_->path(), file_->reading());
 }
 
 BlockIndex GridReader::locate(std::int32_t block) {
@@ -149,7 +183,7 @@ Index index_grid(const std::string& path, const Reading& reading) {
   for (std::int32_t b = 0; b < index.extents.blocks(); ++b) {
     index.blocks.push_back(reader.locate(b));
   }
-  require_agreement(path, reading);
+  reader.require_agreement();
   return index;
 }
 
@@ -163,7 +197,7 @@ Grid read_grid(const std::string& path, const Reading& reading) {
   for (std::int32_t b = 0; b < reader.extents().blocks(); ++b) {
     grid.blocks.push_back(reader.read(b));
   }
-  require_agreement(path, reading);
+  reader.require_agreement();
   return grid;
 }
 

@@ -33,7 +33,7 @@ void require_same(const std::string& path, const Extents& own, const Extents& gr
 class SolutionReader::File {
  public:
   File(const std::string& path, const Reading& reading)
-      : header_{.form = reading.restart()}, source_(path, form().coding) {
+      : header_{.form = reading.restart()}, reading_(reading), source_(path, form().coding) {
     require_files_of(path, form());
     header_.triplets = has_triplets(path, reading);
     read_header(header_, reading.extents.get());
@@ -46,6 +46,8 @@ class SolutionReader::File {
   }
 
   [[nodiscard]] const SolutionHeader& header() const { return header_; }
+  [[nodiscard]] const Reading& reading() const { return reading_; }
+  [[nodiscard]] const std::string& path() const { return source_.path(); }
 
   std::vector<double> parameters(std::int32_t block) {
     static_cast<void>(extents_at(block));
@@ -355,6 +357,7 @@ class SolutionReader::File {
   }
 
   SolutionHeader header_;
+  Reading reading_;
   SourceFile source_;
   std::optional<BodyWalk> walk_;
   std::optional<BodyRecord> record_;  ///< current or next record
@@ -379,6 +382,14 @@ SolutionReader::SolutionReader(const std::string& path, const Reading& reading)
 
 const SolutionHeader& SolutionReader::header() const {
   return file_->header();
+}
+
+const Reading& SolutionReader::reading() const {
+  return file_->reading();
+}
+
+void SolutionReader::require_agreement() const {
+  p3dgrid::require_agreement(file_->path(), file_->reading());
 }
 
 std::vector<double> SolutionReader::parameters(std::int32_t block) {
@@ -410,7 +421,7 @@ Index index_solution(const std::string& path, const Reading& reading) {
   for (std::int32_t b = 0; b < reader.header().blocks; ++b) {
     index.blocks.push_back(reader.locate(b));
   }
-  require_agreement(path, reading);
+  reader.require_agreement();
   return index;
 }
 
@@ -430,7 +441,7 @@ Solution read_solution(const std::string& path, const Reading& reading) {
   for (std::int32_t b = 0; b < header.blocks; ++b) {
     solution.blocks.push_back(reader.read(b));
   }
-  require_agreement(path, reading);
+  reader.require_agreement();
   return solution;
 }
 

@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -70,6 +71,17 @@ TEST_F(FrontCheck, FindsEachBlockThatDiffers) {
   EXPECT_EQ(findings.front().kind(), ErrorKind::mismatch);
   EXPECT_EQ(findings.front().details().found, "1x1x1");
   EXPECT_EQ(findings.front().details().expected, "2x1x1");
+}
+
+TEST_F(FrontCheck, ComparesASolutionWithExtents) {
+  write_file("flow", three_flows());
+  const StatedRestartForm stated = {.layout = Layout::solution};
+  const auto same = std::make_shared<const Extents>(Extents{{1, 1, 1}, {1, 1, 1}, {1, 1, 1}});
+  EXPECT_THAT(check_solution("flow", stated, same), IsEmpty());
+  EXPECT_THAT(check_solution("flow"), IsEmpty());
+  const auto other = std::make_shared<const Extents>(Extents{{1, 2, 1}, {1, 1, 1}, {1, 1, 1}});
+  EXPECT_THAT(texts_of(check_solution("flow", stated, other)),
+              ElementsAre(HasSubstr("its block 2 is 1x1x1, the grid's 2x1x1")));
 }
 
 TEST_F(FrontCheck, FindsTheDamageOfBothFiles) {

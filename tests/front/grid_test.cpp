@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <array>
 #include <bit>
 #include <cmath>
 #include <limits>
@@ -150,13 +151,42 @@ TEST_F(FrontGrid, IsReadInARangeOfIndices) {
   }
 }
 
+TEST_F(FrontGrid, IsReadToMemoryOfTheCaller) {
+  write_file("grid", two_blocks());
+  GridReader reader("grid");
+  std::array<double, 6> points{};
+  std::array<std::int32_t, 2> blanking{};
+  const auto allocate = [&](Precision precision, const BlockExtents& extents) {
+    EXPECT_EQ(precision, Precision::double_precision);
+    EXPECT_EQ(extents, (BlockExtents{1, 2, 1}));
+    return BlockMemory{{&points[4], &points[2], &points[0]}, blanking.data()};
+  };
+  reader.read(1, allocate);
+  EXPECT_THAT(points, ElementsAre(9, 10, 7, 8, 5, 6));
+  EXPECT_THAT(blanking, ElementsAre(3, -2));
+  EXPECT_TRUE(reader.reading().fit.whole());
+  reader.require_agreement();
+}
+
+TEST_F(FrontGrid, ReadersComparePartsUnlessAskedForTheWhole) {
+  write_file("grid", two_blocks());
+  const StatedGridForm without_blanking =
+      stated_as(GridForm{.coding = {.precision = Precision::double_precision}, .iblank = false});
+  GridReader reader("grid", without_blanking);
+  EXPECT_THAT(list_of(reader.read(1).x), ElementsAre(5, 6));
+  const Error error = error_of([&] { reader.require_agreement(); });
+  EXPECT_EQ(error.kind(), ErrorKind::mismatch);
+  EXPECT_THAT(error.what(), HasSubstr("grid: is not grid, unformatted"));
+}
+
 TEST_F(FrontGrid, HasNoPointsInARangeOutsideOfIt) {
   write_file("grid", two_blocks());
   GridReader reader("grid");
   constexpr std::int32_t least = std::numeric_limits<std::int32_t>::min();
   constexpr std::int32_t most = std::numeric_limits<std::int32_t>::max();
   EXPECT_EQ(reader.read(0, {.first = {1, 0, 0}, .last = {0, 0, 0}}).x.size(), 0);
-  EXPECT_EQ(reader.read(0, {.first = {most, 0, 0}}).x.size(), 0);
+  EXPECT_EQ(reader.read(0, {.first = {most - 1, 0, 0}}).x.size(), 0);
+  EXPECT_THAT(list_of(reader.read(0, {.first = {most, 0, 0}}).x), ElementsAre(0.2));
   EXPECT_EQ(reader.read(0, {.first = {1, 0, 0}, .last = {least, 0, 0}}).extents.i, 0);
   EXPECT_EQ(reader.read(0, {.first = {least, least, least}}).x.size(), 2);
   EXPECT_THAT(list_of(reader.read(1).z), ElementsAre(9, 10));
