@@ -96,6 +96,9 @@ def test_headers_and_triplets(tmp_path):
         p3dgrid.read_solution(tmp_path / "flow")
     found = p3dgrid.read_solution(tmp_path / "flow", extents_in(coding), layout=100)
     assert found.header == {"step_count": 17, "step_size": 0.5}
+    assert found.form.multiblock is None
+    again = p3dgrid.read_solution(tmp_path / "flow", extents_in(coding), **found.form.members())
+    assert again.reason == "as stated" and again.form == found.form
     for block, arrays in zip(found, triplets):
         for array, expected in zip(block.triplets, arrays, strict=True):
             numpy.testing.assert_array_equal(array, expected)
