@@ -22,6 +22,8 @@ Conditions of a fair comparison:
 - The command is compared with the library's read, or read and write, of the same files, with all
   points. Its time is that of the process. `convert` flushes its output to the disk, and so does the
   library's side of that pair.
+- The Python package is compared with the front, with a script that uses numpy alone, and with VTK.
+  All of them know the form of the file. The start of the interpreter is not measured.
 - The front is compared with the module's operation, both in the library. The front reads doubles
   into doubles, and the module as many singles into singles: from a ratio of 0.5 on the front takes
   no longer per byte.
@@ -41,7 +43,7 @@ class Case:
     form: str = "unformatted"
     precision: str = "single"
     input: str = "source"
-    peer: str = "fortran"  # or "vtk"; "library" if the case measures the command
+    peer: str = "fortran"  # or "vtk", "numpy"; "library" if the case measures the command
     peer_operation: str = ""
     peer_precision: str = ""  # unless that of the case
     peer_input: str = ""
@@ -140,5 +142,16 @@ def front():
                    values=values, array_bytes=values * DOUBLE, text=True)
 
 
+def python():
+    for form in ("unformatted", "binary"):
+        for precision in ("single", "double"):
+            for peer in ("library", "numpy", "vtk"):
+                name = "front" if peer == "library" else peer
+                yield Case(f"python-grid-read/{form}/{precision}/against-{name}",
+                           "python-grid-read", form, precision, f"grid.{form}.{precision}",
+                           peer=peer, peer_operation="front-grid-read",
+                           array_bytes=3 * (DOUBLE if precision == "double" else SINGLE))
+
+
 CASES = [*binary_reads(), *variable_reads(), *binary_writes(), *text(), *visualisation(),
-         *command(), *front()]
+         *command(), *front(), *python()]

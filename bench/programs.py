@@ -7,8 +7,8 @@ import subprocess
 import sys
 import time
 
-# Debian's VTK belongs to Debian's Python, which need not be the first one on the path.
-VTK_PYTHON = "/usr/bin/python3" if os.path.exists("/usr/bin/python3") else sys.executable
+# Debian's VTK and numpy belong to Debian's Python, which need not be the first one on the path.
+SYSTEM_PYTHON = "/usr/bin/python3" if os.path.exists("/usr/bin/python3") else sys.executable
 
 # Large blocks are allocated on the heap, which never shrinks.
 KEEP_MEMORY = "glibc.malloc.mmap_max=0:glibc.malloc.trim_threshold=9223372036854775807"
@@ -51,6 +51,8 @@ class Programs:
         self.peer = build / "p3dgrid_bench_peer"
         self.command = build.parent / "tools" / "p3dgrid"
         self.vtk = pathlib.Path(__file__).with_name("vtk_peer.py")
+        self.python_reader = pathlib.Path(__file__).with_name("python_reader.py")
+        self.package = build.parent / "python"
 
     def measure(self, program, case, operation, points, paths):
         """Runs one process of one side."""
@@ -72,15 +74,26 @@ class Programs:
         run_program([self.command, case.operation, "--quiet", *arguments])
         return Outcome(time.perf_counter() - start, None, None)
 
+    def run_python(self, side, case, path):
+        """Runs a process of Python with the package. Its memory is not measured."""
+        os.environ["PYTHONPATH"] = str(self.package)
+        outcome = outcome_of(run_program([SYSTEM_PYTHON, "-B", self.python_reader, side, case.form,
+                                          case.precision, path]))
+        return dataclasses.replace(outcome, peak_kib=None)
+
     def run_ours(self, case, points, *paths):
+        if case.operation == "python-grid-read":
+            return self.run_python("p3dgrid", case, paths[0])
         if case.operation in ("convert", "check"):
             return self.run_command(case, *paths)
         return self.measure(self.ours, case, case.operation, points, paths)
 
     def run_peer(self, case, points, *paths):
         if case.peer == "vtk":
-            return outcome_of(run_program([VTK_PYTHON, "-B", self.vtk, case.form, case.precision,
+            return outcome_of(run_program([SYSTEM_PYTHON, "-B", self.vtk, case.form, case.precision,
                                            paths[0]]))
+        if case.peer == "numpy":
+            return self.run_python("numpy", case, paths[0])
         program = self.ours if case.peer == "library" else self.peer
         case = dataclasses.replace(case, precision=case.peer_precision or case.precision)
         return self.measure(program, case, case.peer_operation or case.operation, points, paths)

@@ -53,4 +53,5 @@ install(FILES tests/fuzz/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR}/tests/fuz
 install(FILES examples/CMakeLists.txt examples/fortran_gridvars.f90 examples/fortran_host.f90 examples/grids.cpp
               examples/host.cpp examples/points.cpp examples/stream.cpp
         DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
+install(DIRECTORY examples/mpi DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples USE_SOURCE_PERMISSIONS)
 install(PROGRAMS examples/plot_tecplot.py DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)

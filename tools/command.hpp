@@ -68,6 +68,14 @@ struct Command {
 [[nodiscard]] Command tecplot_command();
 [[nodiscard]] Command plot_command();
 
+/// A program and its commands.
+struct Program {
+  std::string name;
+  std::string meaning;
+  std::string footer;
+  std::vector<Command> commands;
+};
+
 /// A parsed command line: a command to run, or else a text to print (help, version).
 struct Request {
   std::function<void()> run = {};
@@ -78,6 +86,6 @@ struct Request {
 };
 
 /// Throws a Failure for a wrong command line.
-[[nodiscard]] Request read_command_line(int argc, const char* const* argv);
+[[nodiscard]] Request read_command_line(const Program& program, int argc, const char* const* argv);
 
 }  // namespace p3dgrid::tool

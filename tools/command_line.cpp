@@ -1,5 +1,4 @@
 #include <CLI/CLI.hpp>
-#include <array>
 #include <memory>
 #include <mod_p3dgrid/version.hpp>
 #include <sstream>
@@ -13,10 +12,6 @@
 
 namespace p3dgrid::tool {
 namespace {
-
-constexpr std::array all_commands = {sample_command, info_command,    convert_command,
-                                     check_command,  restart_command, tecplot_command,
-                                     plot_command};
 
 /// Shows the last argument without brackets in the usage line.
 class UsageFormatter : public CLI::Formatter {
@@ -94,24 +89,12 @@ void add_command(CLI::App& program, const Command& command, Request& request) {
   line.footer(command.footer);
 }
 
-void describe_program(CLI::App& program) {
-  program.name("p3dgrid");
-  program.set_version_flag("--version", "p3dgrid " MOD_P3DGRID_VERSION,
-                           "Print the version and exit");
-  program.require_subcommand(0, 1);  // the message for none at all is our own
-  program.footer(
-      "Exit status: 0 done, 1 a file is damaged or not what the options say,\n"
-      "2 wrong usage, a file that matches several forms, or one that cannot be opened or\n"
-      "written.\n\n"
-      "Examples:\n"
-      "  p3dgrid sample demo\n"
-      "  p3dgrid info demo/grid.p3d\n"
-      "  p3dgrid convert demo/grid.p3d grid.txt --to-format formatted\n"
-      "  p3dgrid check demo/grid.p3d demo/flow.q\n"
-      "  p3dgrid restart demo/grid.p3d demo/flow.q flow.txt --to-format formatted\n"
-      "  p3dgrid tecplot demo/grid.p3d demo/flow.q flow.dat\n"
-      "  p3dgrid plot demo/grid.p3d demo/flow.q flow.png --plane k=1\n"
-      "  p3dgrid convert --help");
+void describe_program(CLI::App& line, const Program& program) {
+  line.name(program.name);
+  line.set_version_flag("--version", program.name + " " MOD_P3DGRID_VERSION,
+                        "Print the version and exit");
+  line.require_subcommand(0, 1);  // the message for none at all is our own
+  line.footer(program.footer);
 }
 
 std::string without_last_line_end(std::string text) {
@@ -119,9 +102,10 @@ std::string without_last_line_end(std::string text) {
   return text;
 }
 
-Failure usage_failure(const std::string& what, const std::string& command = "") {
-  return {ExitStatus::unusable,
-          without_last_line_end(what) + "; 'p3dgrid " + command + "--help' shows the usage"};
+Failure usage_failure(const Program& program, const std::string& what,
+                      const std::string& command = "") {
+  return {ExitStatus::unusable, without_last_line_end(what) + "; '" + program.name + " " + command +
+                                    "--help' shows the usage"};
 }
 
 /// Replaces the names of compressed inputs by those of unpacked copies.
@@ -149,38 +133,35 @@ Check in_range(double low, double high) {
   return CLI::Range(low, high);
 }
 
-Request read_command_line(int argc, const char* const* argv) {
-  CLI::App program("Reads, describes and converts PLOT3D multi-block grids and flow solutions");
+Request read_command_line(const Program& program, int argc, const char* const* argv) {
+  CLI::App line(program.meaning);
   Request request;
-  describe_program(program);
-  add_common_options(program, request);
-  std::vector<Command> commands;
-  for (const auto command : all_commands) {
-    commands.push_back(command());
-    add_command(program, commands.back(), request);
-  }
+  describe_program(line, program);
+  add_common_options(line, request);
+  for (const Command& command : program.commands) add_command(line, command, request);
   try {
-    program.parse(argc, argv);
+    line.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     if (error.get_exit_code() != 0) {
-      const auto parsed = program.get_subcommands();
-      throw usage_failure(error.what(), parsed.empty() ? "" : parsed.front()->get_name() + " ");
+      const auto parsed = line.get_subcommands();
+      throw usage_failure(program, error.what(),
+                          parsed.empty() ? "" : parsed.front()->get_name() + " ");
     }
     std::ostringstream text;
-    program.exit(error, text, text);
+    line.exit(error, text, text);
     return {.text = without_last_line_end(text.str())};
   }
   if (request.quiet && request.verbose) {
-    throw usage_failure("--quiet and --verbose exclude each other");
+    throw usage_failure(program, "--quiet and --verbose exclude each other");
   }
-  for (const Command& command : commands) {
-    if (!program.got_subcommand(command.name)) continue;
+  for (const Command& command : program.commands) {
+    if (!line.got_subcommand(command.name)) continue;
     request.run = [command] {
       unpack_inputs(command);
       command.run();
     };
   }
-  if (!request.run) throw Unusable("no command; 'p3dgrid --help' shows them");
+  if (!request.run) throw Unusable("no command; '" + program.name + " --help' shows them");
   return request;
 }
 

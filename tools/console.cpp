@@ -16,6 +16,7 @@
 namespace p3dgrid::tool {
 namespace {
 
+std::string program_name = "p3dgrid";
 bool quiet = false;
 bool verbose = false;
 bool output_kept_for_programs = false;
@@ -57,6 +58,10 @@ void print_error_line(std::string_view prefix, std::string_view text) {
 
 }  // namespace
 
+void set_program_name(const std::string& name) {
+  program_name = name;
+}
+
 void set_verbosity(bool be_quiet, bool be_verbose) {
   quiet = be_quiet;
   verbose = be_verbose;
@@ -88,11 +93,11 @@ void print_library_line(std::string_view line) {
 }
 
 void print_note(std::string_view text) {
-  if (!quiet) print_error_line("p3dgrid: note: ", printable(text));
+  if (!quiet) print_error_line(program_name + ": note: ", printable(text));
 }
 
 void print_failure(std::string_view text) {
-  print_error_line("p3dgrid: ", with_original_paths(text));
+  print_error_line(program_name + ": ", with_original_paths(text));
 }
 
 void show_status(const std::string& line) {

@@ -5,6 +5,9 @@
 
 namespace p3dgrid::tool {
 
+/// Sets the name with which messages on standard error begin.
+void set_program_name(const std::string& name);
+
 /// With `quiet`, notes and what `print_summary` prints are dropped; results and failures are not.
 /// Without `verbose`, the library's lines are dropped.
 void set_verbosity(bool quiet, bool verbose);

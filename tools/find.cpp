@@ -46,7 +46,7 @@ class Search {
     if (stated_.empty()) refuse_unusual(detection_);
     if (detection_.fitting.size() == 1) {
       return {.reading = detection_.fitting.front(),
-              .reason = reason(detection_.fitting.front(), detection_.size),
+              .reason = reason_for(detection_.fitting.front(), detection_.size),
               .bytes_read = detection_.bytes_read};
     }
     if (detection_.fitting.size() > 1) refuse_to_guess();

@@ -21,6 +21,14 @@ Block GridInput::read(std::size_t block) {
   return advised([&] { return reader_.read(static_cast<std::int32_t>(block)); });
 }
 
+std::vector<BlockIndex> GridInput::index() {
+  std::vector<BlockIndex> blocks;
+  advised([&] {
+    for (std::int32_t b = 0; b < extents().blocks(); ++b) blocks.push_back(reader_.locate(b));
+  });
+  return blocks;
+}
+
 void GridInput::require_form() const {
   if (found_.reading.fit.whole() && !found_.stated) return;
   const GridForm& form = found_.grid();

@@ -2,6 +2,7 @@
 
 #include <p3dgrid/grid.hpp>
 #include <string>
+#include <vector>
 
 #include "find.hpp"
 
@@ -17,6 +18,9 @@ class GridInput {
 
   /// Reads a block, counted from 0.
   [[nodiscard]] Block read(std::size_t block);
+
+  /// The places of all arrays.
+  [[nodiscard]] std::vector<BlockIndex> index();
 
   /// Compares the file with its form, unless detection has compared all of it. To be called after
   /// the last block, because a failed read has the exact place.

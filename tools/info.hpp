@@ -8,6 +8,7 @@
 
 #include "find.hpp"
 #include "grid_file.hpp"
+#include "range.hpp"
 #include "restart_file.hpp"
 
 /// What the command `info` shows of a file, as text and as JSON (schema: docs/info-json.md).
@@ -23,27 +24,66 @@ struct Extreme {
   std::int32_t k = 1;
 };
 
-/// One variable at all points.
-struct Survey {
-  std::string label;           ///< "1", "triplet 1", "x"
-  std::string name;            ///< "density"; empty if it is not known
+/// What the values of an array show. Can be copied bytewise.
+struct Findings {
   std::optional<Extreme> low;  ///< of the finite values; none if there are none
   std::optional<Extreme> high;
   std::int64_t nan = 0;
   std::int64_t infinite = 0;
+
+  /// Includes values at adjacent points of a block.
+  /// @param block  from 0
+  /// @param first  the first point, from 0
+  void include(std::size_t block, const BlockExtents& extents, const Reals& values,
+               std::int64_t first = 0);
+  /// Includes what later points show.
+  void include(const Findings& later);
 };
 
-[[nodiscard]] std::vector<Survey> survey(const Grid& grid);
+/// One variable at all points.
+struct Survey : Findings {
+  std::string label;  ///< "1", "triplet 1", "x"
+  std::string name;   ///< "density"; empty if it is not known
+};
 
-/// The flow variables, then the triplets if there are any.
-[[nodiscard]] std::vector<Survey> survey(const Solution& solution);
+/// The bounding box of a block, or of all.
+struct Box {
+  std::array<Range, 3> ranges;
+  std::int64_t not_finite = 0;  ///< points with an infinite or NaN coordinate
+
+  void include(const std::array<double, 3>& point);
+  void include(const Box& other);
+};
 
 /// How often blanking values are 0, 1, negative (by custom: values come from the block of that
 /// number) and others.
 using BlankingCounts = std::array<std::int64_t, 4>;
 
-/// Of each block; empty for a grid without blanking.
-[[nodiscard]] std::vector<BlankingCounts> count_blanking(const Grid& grid);
+/// What points of a grid show. Can be copied bytewise.
+struct GridFindings {
+  std::array<Findings, 3> coordinates;
+  Box box;
+  BlankingCounts blanking{};
+
+  /// Includes adjacent points of a block.
+  /// @param number   of the block, from 0
+  /// @param extents  of the whole block
+  /// @param points   their coordinates and blanking values
+  /// @param first    the first point, from 0
+  void include(std::size_t number, const BlockExtents& extents, const Block& points,
+               std::int64_t first = 0);
+  /// Includes what later points show.
+  void include(const GridFindings& later);
+};
+
+/// A grid.
+struct GridReport {
+  const Found& found;
+  Extents extents;
+  std::vector<GridFindings> blocks;
+
+  [[nodiscard]] std::vector<Survey> coordinates() const;
+};
 
 /// A value of a restart file's header that applies to all blocks.
 struct HeaderValue {
@@ -60,26 +100,47 @@ struct HeaderValue {
 /// A real of the header with the shortest digits in the precision that the file has for it.
 [[nodiscard]] std::string digits_in(const RestartForm& form, double value);
 
+/// The body of a restart file.
+struct FlowReport {
+  std::vector<std::vector<double>> parameters;  ///< the flow parameters of each block
+  std::vector<Findings> arrays;  ///< the variables, then the triplets if there are any
+};
+
 /// A restart file.
 struct RestartReport {
   const Found& found;
   SolutionHeader header;
-  std::optional<Solution> body = {};  ///< none if the extents are not known
+  std::optional<FlowReport> body = {};  ///< none if it is not read
+  std::vector<BlockIndex> index = {};   ///< instead of the body, where it is asked for
 
   /// Those read, extensions included, or else stated; none if neither is known.
   [[nodiscard]] std::optional<Sections> sections() const {
-    return body ? all_sections(header) : found.restart().sections;
+    return body || !index.empty() ? all_sections(header) : found.restart().sections;
   }
+  /// Number of arrays: variables, and triplets if there are any.
+  [[nodiscard]] std::size_t arrays() const {
+    return place_of({1, true}) + (header.triplets ? std::size_t{triplet} : 0);
+  }
+  /// The place of an array among the arrays of the body.
+  [[nodiscard]] std::size_t place_of(const FlowArray& array) const {
+    const std::int32_t before = array.triplet ? header.most_variables() : 0;
+    return static_cast<std::size_t>(before + array.number - 1);
+  }
+  /// The arrays of the body.
+  [[nodiscard]] std::vector<Survey> surveys() const;
   /// Whether the blocks have counts of their own.
   [[nodiscard]] bool counted_variables() const {
     return traits_of(header.form.layout).counts_by_block();
   }
 };
 
-void print_info(const std::string& path, const Found& found, const Grid& grid);
+void print_info(const std::string& path, const GridReport& report);
 void print_info(const std::string& path, const RestartReport& report);
 
-[[nodiscard]] std::string json_of(const std::string& path, const Found& found, const Grid& grid);
+[[nodiscard]] std::string json_of(const std::string& path, const GridReport& report);
+/// With the places of the arrays instead of what their values give.
+[[nodiscard]] std::string json_of(const std::string& path, const Found& found,
+                                  const Extents& extents, const std::vector<BlockIndex>& index);
 [[nodiscard]] std::string json_of(const std::string& path, const RestartReport& report);
 
 }  // namespace p3dgrid::tool

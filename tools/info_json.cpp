@@ -89,6 +89,23 @@ Json block(const Extents& extents, std::size_t b) {
           {"points", extents.points_of(b)}};
 }
 
+/// Adds the places of the arrays to the blocks, if they are known.
+void add_arrays(Json& blocks, const std::vector<BlockIndex>& index) {
+  for (std::size_t b = 0; b < index.size(); ++b) {
+    Json& arrays = blocks[b]["arrays"] = Json::array();
+    for (const StoredArray& array : index[b]) {
+      arrays.push_back({{"content", name_of(array.content)},
+                        {"number", array.number},
+                        {"kind", name_of(array.kind)},
+                        {"count", array.count},
+                        {"ranges", Json::array()}});
+      for (const ByteRange& range : array.ranges) {
+        arrays.back()["ranges"].push_back({range.offset, range.bytes});
+      }
+    }
+  }
+}
+
 Json extreme(const std::optional<Extreme>& found) {
   if (!found) return nullptr;
   return {{"value", number(found->value, found->precision)},
@@ -141,7 +158,7 @@ Json blocks(const RestartReport& report) {
     if (report.counted_variables()) json.back()["functions"] = report.header.variables[b];
     if (report.body && traits_of(form.layout).parameters > 0) {
       json.back()["parameters"] =
-          parameters(form, report.body->blocks[b].parameters, report.header.run.species);
+          parameters(form, report.body->parameters[b], report.header.run.species);
     }
   }
   return json;
@@ -154,22 +171,34 @@ std::string text_of(const Json& json) {
 
 }  // namespace
 
-std::string json_of(const std::string& path, const Found& found, const Grid& grid) {
-  Json json = beginning(path, found, "grid", form_of(found.grid()));
-  const Extents extents = grid.extents();
-  const std::vector<BlankingCounts> blanking = count_blanking(grid);
-  json["block_count"] = grid.blocks.size();
+std::string json_of(const std::string& path, const GridReport& report) {
+  const GridForm& form = report.found.grid();
+  Json json = beginning(path, report.found, "grid", form_of(form));
+  json["block_count"] = report.blocks.size();
   json["blocks"] = Json::array();
-  for (std::size_t b = 0; b < extents.i.size(); ++b) {
-    json["blocks"].push_back(block(extents, b));
-    if (blanking.empty()) continue;
-    const auto& [zero, one, negative, other] = blanking[b];
+  for (std::size_t b = 0; b < report.blocks.size(); ++b) {
+    json["blocks"].push_back(block(report.extents, b));
+    if (!form.iblank) continue;
+    const auto& [zero, one, negative, other] = report.blocks[b].blanking;
     json["blocks"].back()["blanking"] = {
         {"0", zero}, {"1", one}, {"negative", negative}, {"other", other}};
   }
+  json["points"] = report.extents.points();
+  json["header"] = Json::object();
+  json["variables"] = variables(report.coordinates());
+  return text_of(json);
+}
+
+std::string json_of(const std::string& path, const Found& found, const Extents& extents,
+                    const std::vector<BlockIndex>& index) {
+  Json json = beginning(path, found, "grid", form_of(found.grid()));
+  json["block_count"] = extents.blocks();
+  json["blocks"] = Json::array();
+  for (std::size_t b = 0; b < extents.i.size(); ++b) json["blocks"].push_back(block(extents, b));
+  add_arrays(json["blocks"], index);
   json["points"] = extents.points();
   json["header"] = Json::object();
-  json["variables"] = variables(survey(grid));
+  json["variables"] = nullptr;
   return text_of(json);
 }
 
@@ -178,9 +207,11 @@ std::string json_of(const std::string& path, const RestartReport& report) {
   Json json = beginning(path, report.found, "restart", form_of(form, report.sections()));
   json["block_count"] = report.header.blocks;
   json["blocks"] = blocks(report);
-  json["points"] = report.body ? Json(report.header.extents.points()) : Json();
+  add_arrays(json["blocks"], report.index);
+  const bool has_extents = !report.header.extents.i.empty();
+  json["points"] = has_extents ? Json(report.header.extents.points()) : Json();
   json["header"] = header(form, report.header.run);
-  json["variables"] = report.body ? variables(survey(*report.body)) : Json();
+  json["variables"] = report.body ? variables(report.surveys()) : Json();
   return text_of(json);
 }
 

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 
 #include "info.hpp"
@@ -5,10 +6,9 @@
 #include "table.hpp"
 
 namespace p3dgrid::tool {
-namespace {
 
-/// Includes the values of one block, counted from 0.
-void include(Survey& survey, std::size_t block, const BlockExtents& extents, const Reals& values) {
+void Findings::include(std::size_t block, const BlockExtents& extents, const Reals& values,
+                       std::int64_t first) {
   const auto extreme = [&](double value, std::int64_t point) {
     return Extreme{value,
                    values.precision(),
@@ -21,61 +21,81 @@ void include(Survey& survey, std::size_t block, const BlockExtents& extents, con
     for (std::size_t p = 0; p < span.size(); ++p) {
       const auto value = static_cast<double>(span[p]);
       if (!std::isfinite(value)) {
-        ++(std::isnan(value) ? survey.nan : survey.infinite);
+        ++(std::isnan(value) ? nan : infinite);
         continue;
       }
-      const auto point = static_cast<std::int64_t>(p);
-      if (!survey.low || value < survey.low->value) survey.low = extreme(value, point);
-      if (!survey.high || value > survey.high->value) survey.high = extreme(value, point);
+      const auto point = first + static_cast<std::int64_t>(p);
+      if (!low || value < low->value) low = extreme(value, point);
+      if (!high || value > high->value) high = extreme(value, point);
     }
   });
 }
 
-}  // namespace
+void Findings::include(const Findings& later) {
+  if (later.low && (!low || later.low->value < low->value)) low = later.low;
+  if (later.high && (!high || later.high->value > high->value)) high = later.high;
+  nan += later.nan;
+  infinite += later.infinite;
+}
 
-std::vector<Survey> survey(const Grid& grid) {
+void Box::include(const std::array<double, 3>& point) {
+  if (!std::ranges::all_of(point, [](double value) { return std::isfinite(value); })) {
+    ++not_finite;
+    return;
+  }
+  for (std::size_t c = 0; c < 3; ++c) ranges[c].include(point[c]);
+}
+
+void Box::include(const Box& other) {
+  for (std::size_t c = 0; c < 3; ++c) ranges[c].include(other.ranges[c]);
+  not_finite += other.not_finite;
+}
+
+void GridFindings::include(std::size_t number, const BlockExtents& extents, const Block& points,
+                           std::int64_t first) {
+  coordinates[0].include(number, extents, points.x, first);
+  coordinates[1].include(number, extents, points.y, first);
+  coordinates[2].include(number, extents, points.z, first);
+  points.x.visit([&](auto x) {
+    const auto y = points.y.span<typename decltype(x)::value_type>();
+    const auto z = points.z.span<typename decltype(x)::value_type>();
+    for (std::size_t p = 0; p < x.size(); ++p) {
+      box.include(std::array<double, 3>{x[p], y[p], z[p]});
+    }
+  });
+  for (const std::int32_t value : points.iblank) {
+    ++blanking[value == 0 ? 0 : value == 1 ? 1 : value < 0 ? 2 : 3];
+  }
+}
+
+void GridFindings::include(const GridFindings& later) {
+  for (std::size_t c = 0; c < 3; ++c) coordinates[c].include(later.coordinates[c]);
+  box.include(later.box);
+  for (std::size_t n = 0; n < blanking.size(); ++n) blanking[n] += later.blanking[n];
+}
+
+std::vector<Survey> GridReport::coordinates() const {
   std::vector<Survey> surveys(3);
-  for (std::size_t c = 0; c < 3; ++c) surveys[c].label = std::string(1, "xyz"[c]);
-  for (std::size_t b = 0; b < grid.blocks.size(); ++b) {
-    const Block& block = grid.blocks[b];
-    include(surveys[0], b, block.extents, block.x);
-    include(surveys[1], b, block.extents, block.y);
-    include(surveys[2], b, block.extents, block.z);
+  for (std::size_t c = 0; c < 3; ++c) {
+    surveys[c].label = std::string(1, "xyz"[c]);
+    for (const GridFindings& block : blocks) surveys[c].include(block.coordinates[c]);
   }
   return surveys;
 }
 
-std::vector<Survey> survey(const Solution& solution) {
+std::vector<Survey> RestartReport::surveys() const {
   std::vector<Survey> surveys;
-  const auto add = [&](const std::string& label, const FlowArray& array) {
+  const bool named = traits_of(header.form.layout).parameters > 0;
+  const std::size_t variables = place_of({1, true});
+  for (std::size_t n = 0; n < body->arrays.size(); ++n) {
     Survey& survey = surveys.emplace_back();
-    survey.label = label;
-    for (std::size_t b = 0; b < solution.blocks.size(); ++b) {
-      include(survey, b, solution.blocks[b].extents, solution.blocks[b].of(array));
-    }
-  };
-  const LayoutTraits& layout = traits_of(solution.form.layout);
-  for (std::int32_t v = 1; v <= solution.variables(); ++v) add(std::to_string(v), {v});
-  for (std::size_t v = 0; v < surveys.size() && v < solution_names.size(); ++v) {
-    if (layout.parameters > 0) surveys[v].name = solution_names[v];
-  }
-  const bool triplets = !solution.blocks.empty() && !solution.blocks.front().triplets.empty();
-  for (std::int32_t t = 1; triplets && t <= triplet; ++t) {
-    add("triplet " + std::to_string(t), {t, true});
+    survey.include(body->arrays[n]);
+    const bool is_triplet = n >= variables;
+    survey.label =
+        (is_triplet ? "triplet " : "") + std::to_string(is_triplet ? n - variables + 1 : n + 1);
+    if (named && n < solution_names.size()) survey.name = solution_names[n];
   }
   return surveys;
-}
-
-std::vector<BlankingCounts> count_blanking(const Grid& grid) {
-  std::vector<BlankingCounts> blocks;
-  for (const Block& block : grid.blocks) {
-    if (!grid.form.iblank) break;
-    BlankingCounts& counts = blocks.emplace_back();
-    for (const std::int32_t value : block.iblank) {
-      ++counts[value == 0 ? 0 : value == 1 ? 1 : value < 0 ? 2 : 3];
-    }
-  }
-  return blocks;
 }
 
 std::string digits_in(const RestartForm& form, double value) {

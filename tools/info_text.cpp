@@ -1,10 +1,8 @@
 #include <algorithm>
 #include <array>
-#include <cmath>
 
 #include "console.hpp"
 #include "info.hpp"
-#include "range.hpp"
 #include "table.hpp"
 
 namespace p3dgrid::tool {
@@ -80,38 +78,15 @@ void print_extents(const Extents& extents, const BlockColumns& more, bool with_t
   print_below_blank(table);
 }
 
-/// The bounding box of a block, or of all.
-struct Box {
-  std::array<Range, 3> ranges;
-  std::int64_t not_finite = 0;  ///< points with an infinite or NaN coordinate
-
-  void include(const std::array<double, 3>& point) {
-    if (!std::ranges::all_of(point, [](double value) { return std::isfinite(value); })) {
-      ++not_finite;
-      return;
-    }
-    for (std::size_t c = 0; c < 3; ++c) ranges[c].include(point[c]);
-  }
-  void include(const Box& other) {
-    for (std::size_t c = 0; c < 3; ++c) ranges[c].include(other.ranges[c]);
-    not_finite += other.not_finite;
-  }
-};
-
-void print_boxes(const Grid& grid) {
+void print_boxes(const GridReport& report) {
   std::vector<Box> boxes;
   Box all;
-  for (const Block& block : grid.blocks) {
-    Box& box = boxes.emplace_back();
-    block.x.visit([&](auto x) {
-      const auto y = block.y.span<typename decltype(x)::value_type>();
-      const auto z = block.z.span<typename decltype(x)::value_type>();
-      for (std::size_t p = 0; p < x.size(); ++p)
-        box.include(std::array<double, 3>{x[p], y[p], z[p]});
-    });
-    all.include(box);
+  for (const GridFindings& block : report.blocks) {
+    boxes.push_back(block.box);
+    all.include(block.box);
   }
-  const Precision precision = grid.blocks.front().x.precision();
+  const Coding& coding = report.found.grid().coding;
+  const Precision precision = is_text(coding) ? Precision::double_precision : coding.precision;
   boxes.push_back(all);
   std::vector<std::string> header = {"block", "x min", "x max", "y min", "y max", "z min", "z max"};
   if (all.not_finite > 0) header.emplace_back("not finite");
@@ -139,15 +114,15 @@ void print_header_values(const RestartForm& form, const RunData& run) {
   }
 }
 
-void print_flow_parameters(const Solution& solution) {
-  const auto count = static_cast<std::int32_t>(solution.blocks.front().parameters.size());
-  std::vector<std::string> header = parameter_names(count, solution.run.species);
+void print_flow_parameters(const RestartReport& report) {
+  const auto count = static_cast<std::int32_t>(report.body->parameters.front().size());
+  std::vector<std::string> header = parameter_names(count, report.header.run.species);
   header.insert(header.begin(), "block");
   Table table(header);
-  for (std::size_t b = 0; b < solution.blocks.size(); ++b) {
+  for (std::size_t b = 0; b < report.body->parameters.size(); ++b) {
     std::vector<std::string> row = {std::to_string(b + 1)};
-    for (const double value : solution.blocks[b].parameters) {
-      row.push_back(digits_in(solution.form, value));
+    for (const double value : report.body->parameters[b]) {
+      row.push_back(digits_in(report.header.form, value));
     }
     table.add(row);
   }
@@ -167,17 +142,17 @@ std::string contents_of(const RestartReport& report) {
 
 }  // namespace
 
-void print_info(const std::string& path, const Found& found, const Grid& grid) {
-  const Extents extents = grid.extents();
-  print_beginning(path, found, describe(found.grid()), counted(extents));
+void print_info(const std::string& path, const GridReport& report) {
+  const GridForm& form = report.found.grid();
+  print_beginning(path, report.found, describe(form), counted(report.extents));
   BlockColumns blanking;
-  if (grid.form.iblank) blanking.titles = {"blank 0", "blank 1", "blank <0", "blank >1"};
-  for (const BlankingCounts& counts : count_blanking(grid)) {
-    blanking.rows.emplace_back(counts.begin(), counts.end());
+  if (form.iblank) blanking.titles = {"blank 0", "blank 1", "blank <0", "blank >1"};
+  for (const GridFindings& block : report.blocks) {
+    if (form.iblank) blanking.rows.emplace_back(block.blanking.begin(), block.blanking.end());
   }
-  print_extents(extents, blanking, true);
-  print_boxes(grid);
-  print_variables(survey(grid), "coordinate");
+  print_extents(report.extents, blanking, true);
+  print_boxes(report);
+  print_variables(report.coordinates(), "coordinate");
 }
 
 void print_info(const std::string& path, const RestartReport& report) {
@@ -196,7 +171,7 @@ void print_info(const std::string& path, const RestartReport& report) {
     }
   }
   print_header_values(form, report.header.run);
-  if (report.body && layout.parameters > 0) print_flow_parameters(*report.body);
+  if (report.body && layout.parameters > 0) print_flow_parameters(report);
   BlockColumns functions;
   if (report.counted_variables()) {
     functions.titles = {"functions"};
@@ -204,7 +179,7 @@ void print_info(const std::string& path, const RestartReport& report) {
   }
   const Extents& extents = report.header.extents;
   if (!extents.i.empty()) print_extents(extents, functions, false);
-  if (report.body) print_variables(survey(*report.body), "variable");
+  if (report.body) print_variables(report.surveys(), "variable");
 }
 
 }  // namespace p3dgrid::tool

@@ -1,35 +1,35 @@
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <MOD_P3DReader.hpp>
-#include <cerrno>
-#include <csignal>
-#include <new>
 #include <optional>
 
 #include "command.hpp"
 #include "console.hpp"
 #include "failure.hpp"
+#include "process.hpp"
 #include "progress.hpp"
 
 namespace p3dgrid::tool {
 namespace {
 
-// Opens a standard stream that the caller has closed, for the opposite direction: using it still
-// fails, but no other file gets its number.
-void occupy(int descriptor, int flags) {
-  if (::fcntl(descriptor, F_GETFD) != -1 || errno != EBADF) return;
-  static_cast<void>(::open("/dev/null", flags));
-}
+constexpr const char* footer =
+    "Exit status: 0 done, 1 a file is damaged or not what the options say,\n"
+    "2 wrong usage, a file that matches several forms, or one that cannot be opened or\n"
+    "written.\n\n"
+    "Examples:\n"
+    "  p3dgrid sample demo\n"
+    "  p3dgrid info demo/grid.p3d\n"
+    "  p3dgrid convert demo/grid.p3d grid.txt --to-format formatted\n"
+    "  p3dgrid check demo/grid.p3d demo/flow.q\n"
+    "  p3dgrid restart demo/grid.p3d demo/flow.q flow.txt --to-format formatted\n"
+    "  p3dgrid tecplot demo/grid.p3d demo/flow.q flow.dat\n"
+    "  p3dgrid plot demo/grid.p3d demo/flow.q flow.png --plane k=1\n"
+    "  p3dgrid convert --help";
 
-/// Turns a closed pipe and a file-size limit into write errors instead of signals, and occupies the
-/// descriptors of closed standard streams, so that no opened file gets one.
-void prepare_process() {
-  occupy(STDIN_FILENO, O_WRONLY);
-  occupy(STDOUT_FILENO, O_RDONLY);
-  occupy(STDERR_FILENO, O_RDONLY);
-  std::signal(SIGPIPE, SIG_IGN);
-  std::signal(SIGXFSZ, SIG_IGN);
+Program program() {
+  return {.name = "p3dgrid",
+          .meaning = "Reads, describes and converts PLOT3D multi-block grids and flow solutions",
+          .footer = footer,
+          .commands = {sample_command(), info_command(), convert_command(), check_command(),
+                       restart_command(), tecplot_command(), plot_command()}};
 }
 
 [[noreturn]] void end_run(const mod_p3dgrid::RunEnd& end) {
@@ -38,7 +38,7 @@ void prepare_process() {
 }
 
 void run(int argc, const char* const* argv) {
-  const Request request = read_command_line(argc, argv);
+  const Request request = read_command_line(program(), argc, argv);
   if (!request.run) {
     print_text(request.text);
     return;
@@ -49,23 +49,6 @@ void run(int argc, const char* const* argv) {
   std::optional<Progress> progress;
   if (!request.quiet && !request.no_progress && Progress::has_reader()) progress.emplace();
   request.run();
-}
-
-/// Runs a step, prints its failure, and returns the exit status.
-template <class Step>
-ExitStatus attempt(const Step& step) {
-  try {
-    with_failures(step);
-    return ExitStatus::done;
-  } catch (const Failure& failure) {
-    print_failure(failure.what());
-    return failure.status();
-  } catch (const std::bad_alloc&) {
-    print_failure("not enough memory");
-  } catch (const std::exception& error) {
-    print_failure(mod_p3dgrid::p3dprintable(error.what()));
-  }
-  return ExitStatus::unusable;
 }
 
 }  // namespace

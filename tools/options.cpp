@@ -101,6 +101,12 @@ void add_grid_of_restart(Command& command, std::string& path) {
                              .is_input = true});
 }
 
+void add_target_options(Command& command, StatedCoding& change) {
+  StatedCoding::for_each_member(MemberOptions{command, "--to", target_group}, change);
+  const std::string dimensions = option_name("--to", dimensions_member);
+  std::erase_if(command.options, [&](const Option& option) { return option.name == dimensions; });
+}
+
 void add_target_options(Command& command, StatedGridForm& change) {
   StatedGridForm::for_each_member(MemberOptions{command, "--to", target_group}, change);
 }

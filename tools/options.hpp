@@ -18,6 +18,10 @@ void add_restart_options(Command& command, StatedRestartForm& stated, std::strin
 /// Adds the option that names the grid of a restart file.
 void add_grid_of_restart(Command& command, std::string& path);
 
+/// Adds options that describe the coding of a file to be written in the dimensions of the file
+/// read.
+void add_target_options(Command& command, StatedCoding& change);
+
 /// Adds options that describe the grid file to be written.
 void add_target_options(Command& command, StatedGridForm& change);
 

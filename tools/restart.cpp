@@ -26,7 +26,7 @@ struct RestartOptions {
   bool stream = false;
 };
 
-constexpr Usage usage = {.command_line = "p3dgrid restart GRID RESTART OUT",
+constexpr Usage restart_usage = {.command_line = "p3dgrid restart GRID RESTART OUT",
                          .grid_alone = "'p3dgrid convert GRID OUT' converts it"};
 
 void note(const RestartOptions& options, const std::string& text) {
@@ -84,7 +84,7 @@ void copy(RestartInput& input, const Conversion& conversion, const OutputFile& o
 void convert_restart(const RestartOptions& options) {
   OutputFile output(options.output, {options.grid_path, options.input});
   const Case found =
-      find_case(options.grid_path, options.grid, options.input, options.stated, usage);
+      find_case(options.grid_path, options.grid, options.input, options.stated, restart_usage);
   const RestartForm& read = found.restart.restart();
   const RestartForm written = applied_to(read, options.change);
   output.require_writable(obstacle_to_form(options, written));

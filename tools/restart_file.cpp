@@ -43,6 +43,14 @@ Reals RestartInput::read(std::size_t block, const FlowArray& array) {
   return advised([&] { return reader_.read(static_cast<std::int32_t>(block), array); });
 }
 
+std::vector<BlockIndex> RestartInput::index() {
+  std::vector<BlockIndex> blocks;
+  advised([&] {
+    for (std::int32_t b = 0; b < header().blocks; ++b) blocks.push_back(reader_.locate(b));
+  });
+  return blocks;
+}
+
 void RestartInput::require_form() const {
   const Reading& reading = found_.reading;
   if (!found_.stated && reading.checked && reading.fit.whole()) return;

@@ -21,6 +21,9 @@ class RestartInput {
   [[nodiscard]] SolutionBlock read(std::size_t block);
   [[nodiscard]] Reals read(std::size_t block, const FlowArray& array);
 
+  /// The places of all arrays.
+  [[nodiscard]] std::vector<BlockIndex> index();
+
   /// Compares the file with its form, unless detection has compared all of it. To be called after
   /// the last array, because a failed read has the exact place.
   void require_form() const;

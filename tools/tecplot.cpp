@@ -32,7 +32,7 @@ struct TecplotOptions {
   double gamma = gamma_of_air;
 };
 
-constexpr Usage usage = {.command_line = "p3dgrid tecplot GRID RESTART OUT"};
+constexpr Usage tecplot_usage = {.command_line = "p3dgrid tecplot GRID RESTART OUT"};
 
 /// Why a Tecplot file cannot hold the solution; empty if it can.
 std::string obstacle(const TecplotOptions& options, const SolutionHeader& solution) {
@@ -122,7 +122,7 @@ void convert(allocatable<double, 2>& flow, double gamma) {
 void export_tecplot(const TecplotOptions& options) {
   OutputFile output(options.output, {options.grid_path, options.restart_path});
   const Case found =
-      find_case(options.grid_path, options.grid, options.restart_path, options.restart, usage);
+      find_case(options.grid_path, options.grid, options.restart_path, options.restart, tecplot_usage);
   const RestartForm& form = found.restart.restart();
   const Extents& extents = found.extents;
   RestartInput restart(options.restart_path, found.restart, extents);

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "table.hpp"
-
 namespace p3dgrid::tool {
 namespace {
 
@@ -55,25 +53,6 @@ std::string departure(const std::vector<Reading>& nearest) {
   const Fit& fit = nearest.front().fit;
   return (fit.agreement == Fit::Agreement::cut ? "is cut short: " : "") + fit.what + "; taken as " +
          text;
-}
-
-std::string reason(const Reading& reading, std::int64_t file_size) {
-  if (!reading.checked) return "its header; without extents nothing else can be compared";
-  const std::string records = counted(reading.records, "record");
-  const std::string extents = reading.own_extents ? "its extents" : "the extents of the grid";
-  std::string more = reading.fit.what.empty() ? "" : "; " + reading.fit.what;
-  if (!reading.preferred.empty()) more += "; " + reading.preferred;
-  switch (reading.coding().encoding) {
-    case Encoding::unformatted:
-      return "the markers of its " + records + " are the lengths that " + extents + " ask for" +
-             more;
-    case Encoding::binary:
-      return "its " + counted(file_size, "byte") + " are what " + extents + " ask for" + more;
-    case Encoding::formatted:
-      break;
-  }
-  return "its values are as many as " + extents + " ask for, in " + records +
-         " that each begin on a new line" + more;
 }
 
 }  // namespace p3dgrid::tool

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <p3dgrid/detect.hpp>
 #include <string>
 #include <vector>
@@ -19,8 +18,5 @@ namespace p3dgrid::tool {
 /// The first difference between the file and the readings that agree furthest, as part of a
 /// sentence.
 [[nodiscard]] std::string departure(const std::vector<Reading>& nearest);
-
-/// What shows that a reading is right, as part of a sentence.
-[[nodiscard]] std::string reason(const Reading& reading, std::int64_t file_size);
 
 }  // namespace p3dgrid::tool

@@ -33,7 +33,7 @@ class Error : public std::runtime_error {
   struct Details {
     ErrorKind kind = ErrorKind::damaged;  ///< the kind of failure
     std::string file = {};                ///< path
-    std::string reason = {};              ///< for `what()`; empty for `found` and `expected`
+    std::string reason = {};              ///< for `what()`; if empty, place, `found` and `expected`
     std::int64_t record = 0;              ///< record that was read, from 1; 0 if none was
     std::int64_t line = 0;                ///< line of a text file, from 1; 0 if unknown
     std::int64_t offset = 0;              ///< byte of the file, from 0

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -10,6 +11,7 @@
 #include "p3dgrid/detect.hpp"
 #include "p3dgrid/error.hpp"
 #include "p3dgrid/form.hpp"
+#include "p3dgrid/index.hpp"
 
 #pragma GCC visibility push(default)
 
@@ -45,6 +47,16 @@ struct IndexRange {
   static constexpr std::int32_t all_points = 0x7fffffff;  ///< up to the last point
 };
 
+/// Memory of the caller for the points of a block, one value each in every array.
+struct BlockMemory {
+  /// For x, y and z: floats or doubles.
+  std::array<void*, 3> coordinates = {};
+  std::int32_t* iblank = nullptr;  ///< for blanking values, if the grid has them
+};
+
+/// Returns memory for a block with these extents and reals of this precision.
+using BlockAllocator = std::function<BlockMemory(Precision, const BlockExtents&)>;
+
 /// A grid file that is read block by block. Copies share the open file.
 class GridReader {
  public:
@@ -56,6 +68,8 @@ class GridReader {
 
   /// The form of the file.
   [[nodiscard]] const GridForm& form() const;
+  /// The form, and how far detection has compared the file with it.
+  [[nodiscard]] const Reading& reading() const;
   /// The extents of all blocks.
   [[nodiscard]] const Extents& extents() const;
 
@@ -63,6 +77,18 @@ class GridReader {
   /// file; those of text are in double precision. Fastest in file order; for an earlier block the
   /// file is opened again.
   [[nodiscard]] Block read(std::int32_t block, const IndexRange& range = {});
+  /// The same to memory of the caller.
+  /// @param block     counted from 0
+  /// @param allocate  called once, after the file has been found long enough for the points
+  /// @param range     of its points
+  void read(std::int32_t block, const BlockAllocator& allocate, const IndexRange& range = {});
+
+  /// Throws if the file is not what its form says. The functions that read blocks compare only
+  /// what they read.
+  void require_agreement() const;
+
+  /// The places of the arrays of a block, counted from 0. Reads no values.
+  [[nodiscard]] BlockIndex locate(std::int32_t block);
 
  private:
   class File;
@@ -84,6 +110,10 @@ class GridWriter {
   /// blanking values are written as 1.
   void write(const Block& block);
 
+  /// Leaves room for the values of the next block, to be written with other means at the places
+  /// that `index_grid` finds. In a new file they are 0 until then. Not for text.
+  void reserve();
+
   /// Flushes and closes the file after its last block.
   void close();
 
@@ -96,6 +126,12 @@ class GridWriter {
 [[nodiscard]] Grid read_grid(const std::string& path, const StatedGridForm& stated = {});
 /// Reads a grid file in a form that `detect_grid` has found.
 [[nodiscard]] Grid read_grid(const std::string& path, const Reading& reading);
+
+/// The places of all arrays of a grid file. Reads no values; memory grows with the number of
+/// blocks. Members of its form that are not stated are detected.
+[[nodiscard]] Index index_grid(const std::string& path, const StatedGridForm& stated = {});
+/// The same in a form that `detect_grid` has found.
+[[nodiscard]] Index index_grid(const std::string& path, const Reading& reading);
 
 /// The form in which `write_grid` writes a grid: as stated, else as it was read; with a block count
 /// if there are several blocks, with blanking if it has blanking values, in the precision of its

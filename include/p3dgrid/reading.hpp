@@ -33,7 +33,9 @@ struct Fit {
   /// Expected size divided by actual size: in bytes for a binary file and for the record that
   /// differs, in values for text; 0 if unknown.
   double share = 0;
-  std::int64_t end = 0;  ///< of a binary file: expected size
+  std::int64_t end = 0;     ///< of a binary file: expected size
+  std::int64_t record = 0;  ///< of an unformatted file: the record that differs, from 1; else 0
+  std::int64_t offset = 0;  ///< first byte of that record
 
   /// Nothing is missing, and nothing but padding follows.
   [[nodiscard]] bool whole() const {
@@ -74,6 +76,11 @@ struct Reading {
 
 /// "grid, binary, ..." or "layout 2, unformatted, ..., sections 1-5".
 [[nodiscard]] std::string describe(const Reading& reading);
+
+/// What shows that a reading is right, as part of a sentence: "its 96 bytes are what ...".
+/// @param reading    of the file
+/// @param file_size  bytes of the file
+[[nodiscard]] std::string reason_for(const Reading& reading, std::int64_t file_size);
 
 }  // namespace p3dgrid
 

@@ -9,6 +9,7 @@
 #include "p3dgrid/array.hpp"
 #include "p3dgrid/form.hpp"
 #include "p3dgrid/grid.hpp"
+#include "p3dgrid/index.hpp"
 #include "p3dgrid/reading.hpp"
 #include "p3dgrid/run_data.hpp"
 
@@ -88,6 +89,8 @@ class SolutionReader {
 
   /// What is known of the file besides its arrays.
   [[nodiscard]] const SolutionHeader& header() const;
+  /// The form, and how far detection has compared the file with it.
+  [[nodiscard]] const Reading& reading() const;
 
   /// Reads the flow parameters of a block, counted from 0; none in layouts without them.
   [[nodiscard]] std::vector<double> parameters(std::int32_t block);
@@ -99,6 +102,13 @@ class SolutionReader {
   /// Reads one array of a block. Memory: that array. Fastest in file order.
   [[nodiscard]] Reals read(std::int32_t block, const FlowArray& array,
                            const IndexRange& range = {});
+
+  /// The places of the arrays of a block, counted from 0. Reads no values.
+  [[nodiscard]] BlockIndex locate(std::int32_t block);
+
+  /// Throws if the file is not what its form says. The functions that read blocks compare only
+  /// what they read.
+  void require_agreement() const;
 
  private:
   class File;
@@ -123,6 +133,11 @@ class SolutionWriter {
   void write(const std::vector<double>& parameters,
              const std::function<Reals(const FlowArray&)>& arrays);
 
+  /// Leaves room for the arrays of the next block, to be written with other means at the places
+  /// that `index_solution` finds. In a new file they are 0 until then. Not for text.
+  /// @param parameters  its flow parameters, for layout 2
+  void reserve(const std::vector<double>& parameters);
+
   /// Flushes and closes the file after its last block.
   void close();
 
@@ -137,6 +152,14 @@ class SolutionWriter {
 [[nodiscard]] Solution read_solution(const std::string& path, const SolutionOptions& options = {});
 /// Reads a restart file in a form that `detect_restart` has found. The reading has the extents.
 [[nodiscard]] Solution read_solution(const std::string& path, const Reading& reading);
+
+/// The places of all arrays of a restart file. Reads no values; memory grows with the number of
+/// blocks.
+/// @param path     of the file
+/// @param options  what is known of it
+[[nodiscard]] Index index_solution(const std::string& path, const SolutionOptions& options = {});
+/// The same in a form that `detect_restart` has found. The reading has the extents.
+[[nodiscard]] Index index_solution(const std::string& path, const Reading& reading);
 
 /// The header with which a solution is written. Members of the form that are not stated stay as
 /// read, but several blocks get a block count, and the sections are those that the layout can hold.

@@ -4,6 +4,7 @@
 
 #include "detect/candidates.hpp"
 #include "detect/diagnosis.hpp"
+#include "detect/fit.hpp"
 #include "detect/plausibility.hpp"
 #include "detect/section_search.hpp"
 
@@ -50,6 +51,25 @@ std::string describe(const Reading& reading) {
   std::string text = describe(reading.restart());
   if (reading.restart().sections) text += ", sections " + describe(*reading.restart().sections);
   return text;
+}
+
+std::string reason_for(const Reading& reading, std::int64_t file_size) {
+  if (!reading.checked) return "its header; without extents nothing else can be compared";
+  const std::string records = counted(reading.records, "record");
+  const std::string extents = reading.own_extents ? "its extents" : "the extents of the grid";
+  std::string more = reading.fit.what.empty() ? "" : "; " + reading.fit.what;
+  if (!reading.preferred.empty()) more += "; " + reading.preferred;
+  switch (reading.coding().encoding) {
+    case Encoding::unformatted:
+      return "the markers of its " + records + " are the lengths that " + extents + " ask for" +
+             more;
+    case Encoding::binary:
+      return "its " + counted(file_size, "byte") + " are what " + extents + " ask for" + more;
+    case Encoding::formatted:
+      break;
+  }
+  return "its values are as many as " + extents + " ask for, in " + records +
+         " that each begin on a new line" + more;
 }
 
 Detection detect_grid(const std::string& path, const StatedGridForm& stated) {

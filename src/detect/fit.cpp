@@ -31,13 +31,18 @@ Fit fit_of_record(const ScannedRecord& record, std::int64_t expected, std::int64
             .records = agreeing,
             .what = where + " holds " + counted(record.length, "byte") + " by its marker where " +
                     std::to_string(expected) + " are expected",
-            .share = share_of(expected, record.length)};
+            .share = share_of(expected, record.length),
+            .record = agreeing + 1,
+            .offset = record.offset};
   }
   if (record.sound()) return {};
   // The marker has the expected length, so the record counts although its end is missing.
   const bool cut = record.state == ScannedRecord::State::cut;
-  return {cut ? Agreement::cut : Agreement::other, agreeing + (has_length ? 1 : 0),
-          where + ": " + record.what};
+  return {.agreement = cut ? Agreement::cut : Agreement::other,
+          .records = agreeing + (has_length ? 1 : 0),
+          .what = where + ": " + record.what,
+          .record = agreeing + 1,
+          .offset = record.offset};
 }
 
 }  // namespace

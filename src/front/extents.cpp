@@ -1,6 +1,7 @@
 #include "front/extents.hpp"
 
 #include <algorithm>
+#include <utility>
 
 #include "format/header.hpp"
 
@@ -76,6 +77,31 @@ void require_valid(const std::string& path, const Coding& coding, const Extents&
   if (!is_planar(coding)) return;
   const auto thick = std::ranges::find_if(extents.k, [](std::int32_t k) { return k != 1; });
   refuse(static_cast<std::size_t>(thick - extents.k.begin()), "a k extent of 1 in two dimensions");
+}
+
+std::vector<Error> differing_blocks(const std::string& path, const Extents& own,
+                                    const Extents& grid) {
+  std::vector<Error> differences;
+  const auto add = [&](const std::string& reason, std::string found, std::string expected) {
+    differences.push_back(Error({.kind = ErrorKind::mismatch,
+                                 .file = path,
+                                 .reason = "does not belong to its grid: " + reason,
+                                 .found = std::move(found),
+                                 .expected = std::move(expected)}));
+  };
+  if (own.blocks() != grid.blocks()) {
+    const std::string held = std::to_string(own.blocks()) + " blocks";
+    const std::string wanted = std::to_string(grid.blocks());
+    add("it holds " + held + ", the grid " + wanted, held, wanted + " blocks");
+    return differences;
+  }
+  for (std::size_t b = 0; b < own.i.size(); ++b) {
+    if (own.of(b) == grid.of(b)) continue;
+    add("its block " + std::to_string(b + 1) + " is " + own.text_of(b) + ", the grid's " +
+            grid.text_of(b),
+        own.text_of(b), grid.text_of(b));
+  }
+  return differences;
 }
 
 }  // namespace p3dgrid

@@ -30,4 +30,10 @@ void write_extents(TargetFile& file, const Coding& coding, DimensionKind kind,
 /// a file of two dimensions cannot hold.
 void require_valid(const std::string& path, const Coding& coding, const Extents& extents);
 
+/// An error for each block in which a solution differs from its grid; one if the numbers of blocks
+/// differ.
+/// @param path  of the solution
+[[nodiscard]] std::vector<Error> differing_blocks(const std::string& path, const Extents& own,
+                                                  const Extents& grid);
+
 }  // namespace p3dgrid

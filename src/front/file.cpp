@@ -35,6 +35,14 @@ bool is_regular(const std::string& path) {
   return std::filesystem::is_regular_file(path, error);
 }
 
+void require_places(const std::string& path, const Coding& coding) {
+  if (!is_text(coding) && is_regular(path)) return;
+  throw Error({.kind = ErrorKind::unsupported,
+               .file = path,
+               .reason = is_text(coding) ? "is text, whose values have no fixed places"
+                                         : "is not a regular file, and has no index"});
+}
+
 void SourceFile::require_regular() const {
   // Opening a named pipe again would wait for another writer.
   if (is_regular(path_)) return;
@@ -86,6 +94,11 @@ void SourceFile::begin() {
 
 void SourceFile::read_part(const recordio::Values<void>& entry) {
   guarded([&] { record_->read(entry); });
+}
+
+StoredArray SourceFile::locate(StoredArray array) {
+  guarded([&] { record_->locate(array.count * bytes_of(array.kind), array.ranges); });
+  return array;
 }
 
 void SourceFile::end() {

@@ -7,6 +7,7 @@
 
 #include "format/body.hpp"
 #include "p3dgrid/error.hpp"
+#include "p3dgrid/index.hpp"
 #include "recordio/connection.hpp"
 
 /// Files whose failures are thrown as `Error`.
@@ -29,6 +30,9 @@ auto on_file(const std::string& path, Action action) {
 
 [[nodiscard]] bool is_regular(const std::string& path);
 
+/// Throws for a file whose values have no fixed places.
+void require_places(const std::string& path, const Coding& coding);
+
 /// Throws an `Error` of the kind `argument`.
 [[noreturn]] void refuse(const std::string& path, std::string found, std::string expected);
 
@@ -43,6 +47,8 @@ class SourceFile {
   /// @{
   void begin();
   void read_part(const recordio::Values<void>& entry);
+  /// Skips an array of the record and returns it with its places.
+  [[nodiscard]] StoredArray locate(StoredArray array);
   void end();
   /// @}
   /// Skips a record that holds the list.
@@ -78,14 +84,18 @@ class TargetFile {
 
   /// Writes a record.
   void write(const recordio::WriteList& list);
-  /// Writes a record of `bytes` bytes in parts: `write_parts(put)` calls `put(entry)`.
+  /// Writes a record of `bytes` bytes in parts: `write_parts(record)` writes to the record.
   template <class WriteParts>
   void write(std::int64_t bytes, WriteParts write_parts) {
     on_file(path_, [&] {
       recordio::RecordOutput record = connection_->begin_record(bytes);
-      write_parts([&](const recordio::Values<const void>& entry) { record.write(entry); });
+      write_parts(record);
       record.finish();
     });
+  }
+  /// Leaves room for a record of `bytes` bytes.
+  void leave(std::int64_t bytes) {
+    write(bytes, [&](recordio::RecordOutput& record) { record.leave(bytes); });
   }
   void close();
 

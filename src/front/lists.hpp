@@ -23,12 +23,14 @@ namespace p3dgrid {
 
 /// The list entry for all values. Those of text that are left out become 0.
 /// @param kind  in the file
+template <class Real>
+[[nodiscard]] recordio::Values<void> values_of(std::span<Real> values, recordio::FileKind kind) {
+  auto entry = recordio::stored_as(kind, recordio::values(values.data(), std::ssize(values)));
+  entry.zero_where_left_out = true;
+  return entry;
+}
 [[nodiscard]] inline recordio::Values<void> values_of(Reals& reals, recordio::FileKind kind) {
-  return reals.visit([&](auto values) {
-    auto entry = recordio::stored_as(kind, recordio::values(values.data(), std::ssize(values)));
-    entry.zero_where_left_out = true;
-    return entry;
-  });
+  return reals.visit([&](auto values) { return values_of(values, kind); });
 }
 [[nodiscard]] inline recordio::Values<const void> values_of(const Reals& reals,
                                                             recordio::FileKind kind) {

@@ -23,15 +23,8 @@ std::shared_ptr<const Extents> extents_of(const Grid* grid) {
 }
 
 void require_same(const std::string& path, const Extents& own, const Extents& grid) {
-  if (own.blocks() != grid.blocks()) {
-    mismatch(path, "does not belong to its grid: it holds " + std::to_string(own.blocks()) +
-                       " blocks, the grid " + std::to_string(grid.blocks()));
-  }
-  for (std::size_t b = 0; b < own.i.size(); ++b) {
-    if (own.of(b) == grid.of(b)) continue;
-    mismatch(path, "does not belong to its grid: its block " + std::to_string(b + 1) + " is " +
-                       own.text_of(b) + ", the grid's " + grid.text_of(b));
-  }
+  const auto differences = differing_blocks(path, own, grid);
+  if (!differences.empty()) throw differences.front();
 }
 
 }  // namespace
@@ -40,7 +33,7 @@ void require_same(const std::string& path, const Extents& own, const Extents& gr
 class SolutionReader::File {
  public:
   File(const std::string& path, const Reading& reading)
-      : header_{.form = reading.restart()}, source_(path, form().coding) {
+      : header_{.form = reading.restart()}, reading_(reading), source_(path, form().coding) {
     require_files_of(path, form());
     header_.triplets = has_triplets(path, reading);
     read_header(header_, reading.extents.get());
@@ -53,6 +46,8 @@ class SolutionReader::File {
   }
 
   [[nodiscard]] const SolutionHeader& header() const { return header_; }
+  [[nodiscard]] const Reading& reading() const { return reading_; }
+  [[nodiscard]] const std::string& path() const { return source_.path(); }
 
   std::vector<double> parameters(std::int32_t block) {
     static_cast<void>(extents_at(block));
@@ -81,6 +76,22 @@ class SolutionReader::File {
     return result;
   }
 
+  BlockIndex locate(std::int32_t block) {
+    require_places(source_.path(), form().coding);
+    static_cast<void>(extents_at(block));
+    const ErrorGuard guard(*this);
+    go_to_block(block);
+    BlockIndex arrays;
+    index_ = &arrays;
+    while (const auto array = next_array()) {
+      const Content content = array->triplet ? Content::triplets : Content::variable;
+      arrays.push_back(source_.locate({content, array->number, kind(), block_points()}));
+      ++array_;
+    }
+    arrays_begun_ = true;  // the flow parameters have not been read
+    return arrays;
+  }
+
   Reals read(std::int32_t block, const FlowArray& array, const IndexRange& range) {
     const PointRuns runs(extents_at(block), range);
     const std::int32_t absent = absent_variable(layout(), form().coding);
@@ -98,7 +109,7 @@ class SolutionReader::File {
 
  private:
   /// Goes back to the beginning of the file if the last read failed, because the place in the file
-  /// is not known then.
+  /// is not known then. In the end no index is being made.
   class ErrorGuard {
    public:
     explicit ErrorGuard(File& file) : file_(file) {
@@ -107,7 +118,10 @@ class SolutionReader::File {
     }
     ErrorGuard(const ErrorGuard&) = delete;
     ErrorGuard& operator=(const ErrorGuard&) = delete;
-    ~ErrorGuard() { file_.failed_ = std::uncaught_exceptions() > exceptions_; }
+    ~ErrorGuard() {
+      file_.failed_ = std::uncaught_exceptions() > exceptions_;
+      file_.index_ = nullptr;
+    }
 
    private:
     File& file_;
@@ -284,6 +298,7 @@ class SolutionReader::File {
   }
 
   void read_parameters(const ParameterCount& count) {
+    if (index_ != nullptr) return locate_parameters(count);
     parameters_.resize(static_cast<std::size_t>(count.all));
     const auto reals = [&](std::int32_t from, std::int32_t to) {
       return recordio::stored_as(kind(), recordio::values(parameters_.data() + from, to - from));
@@ -293,6 +308,20 @@ class SolutionReader::File {
     source_.read(
         {reals(0, count.integer - 1), recordio::scalar(integer), reals(count.integer, count.all)});
     parameters_[static_cast<std::size_t>(count.integer) - 1] = integer;
+  }
+
+  void locate_parameters(const ParameterCount& count) {
+    const auto locate = [&](std::int32_t first, std::int32_t last, recordio::FileKind kind) {
+      if (first > last) return;
+      index_->push_back(source_.locate({Content::parameters, first, kind, last - first + 1}));
+    };
+    source_.begin();
+    if (count.integer > 0) {
+      locate(1, count.integer - 1, kind());
+      locate(count.integer, count.integer, recordio::FileKind::integer4);
+    }
+    locate(count.integer + 1, count.all, kind());
+    source_.end();
   }
 
   [[nodiscard]] std::int64_t block_points() const {
@@ -328,6 +357,7 @@ class SolutionReader::File {
   }
 
   SolutionHeader header_;
+  Reading reading_;
   SourceFile source_;
   std::optional<BodyWalk> walk_;
   std::optional<BodyRecord> record_;  ///< current or next record
@@ -340,6 +370,7 @@ class SolutionReader::File {
   ParameterCount parameter_count_;    ///< where the layout does not fix it
   std::vector<double> parameters_;    ///< of the block, once read
   std::vector<std::int32_t> flags_;   ///< read so far
+  BlockIndex* index_ = nullptr;       ///< receives parameters instead of `parameters_`
 };
 
 SolutionReader::SolutionReader(const std::string& path, const SolutionOptions& options)
@@ -353,6 +384,14 @@ const SolutionHeader& SolutionReader::header() const {
   return file_->header();
 }
 
+const Reading& SolutionReader::reading() const {
+  return file_->reading();
+}
+
+void SolutionReader::require_agreement() const {
+  p3dgrid::require_agreement(file_->path(), file_->reading());
+}
+
 std::vector<double> SolutionReader::parameters(std::int32_t block) {
   return file_->parameters(block);
 }
@@ -363,6 +402,27 @@ SolutionBlock SolutionReader::read(std::int32_t block, const IndexRange& range) 
 
 Reals SolutionReader::read(std::int32_t block, const FlowArray& array, const IndexRange& range) {
   return file_->read(block, array, range);
+}
+
+BlockIndex SolutionReader::locate(std::int32_t block) {
+  return file_->locate(block);
+}
+
+Index index_solution(const std::string& path, const SolutionOptions& options) {
+  const Reading reading = settle_restart(path, options.form, extents_of(options.grid));
+  Index index = index_solution(path, reading);
+  if (options.grid != nullptr) require_same(path, index.extents, options.grid->extents());
+  return index;
+}
+
+Index index_solution(const std::string& path, const Reading& reading) {
+  SolutionReader reader(path, reading);
+  Index index{.byte_order = reading.coding().byte_order, .extents = reader.header().extents};
+  for (std::int32_t b = 0; b < reader.header().blocks; ++b) {
+    index.blocks.push_back(reader.locate(b));
+  }
+  reader.require_agreement();
+  return index;
 }
 
 Solution read_solution(const std::string& path, const SolutionOptions& options) {
@@ -381,7 +441,7 @@ Solution read_solution(const std::string& path, const Reading& reading) {
   for (std::int32_t b = 0; b < header.blocks; ++b) {
     solution.blocks.push_back(reader.read(b));
   }
-  require_agreement(path, reading);
+  reader.require_agreement();
   return solution;
 }
 

@@ -1,5 +1,6 @@
 #include "front/settle.hpp"
 
+#include <optional>
 #include <utility>
 
 #include "front/file.hpp"
@@ -32,27 +33,30 @@ std::string list_of(const std::vector<Reading>& readings) {
 }
 
 /// The only reading that agrees.
-Reading only_reading(const std::string& path, const Detection& found, bool grid_wanted) {
+/// @param grid_wanted  whether a grid or a restart file is; none if either
+Reading only_reading(const std::string& path, const Detection& found,
+                     std::optional<bool> grid_wanted) {
   if (found.fitting.size() > 1) {
     fail(ErrorKind::ambiguous, path, "matches several forms: " + list_of(found.fitting),
          found.fitting);
   }
   if (found.fitting.size() == 1) return found.fitting.front();
-  refuse_other_kind(path, grid_wanted);
+  if (grid_wanted) refuse_other_kind(path, *grid_wanted);
   if (found.size == 0) fail(ErrorKind::damaged, path, "is empty");
   if (!found.foreign.empty()) fail(ErrorKind::unsupported, path, found.foreign);
   if (!found.damage.empty()) fail(ErrorKind::damaged, path, found.damage);
   if (!found.nearest.empty()) {
-    fail(ErrorKind::damaged, path,
-         found.nearest.front().fit.what + "; taken as " + list_of(found.nearest), found.nearest);
+    const Fit& fit = found.nearest.front().fit;
+    throw Error({.kind = ErrorKind::damaged,
+                 .file = path,
+                 .reason = fit.what + "; taken as " + list_of(found.nearest),
+                 .record = fit.record,
+                 .line = fit.line,
+                 .offset = fit.offset,
+                 .readings = found.nearest});
   }
   fail(ErrorKind::unknown, path,
        "its beginning is no header of a grid or restart file: " + found.beginning);
-}
-
-Fit fit_of(const std::string& path, const Reading& reading) {
-  if (reading.is_grid()) return compare(path, reading.grid());
-  return compare(path, reading.restart(), reading.extents, has_triplets(path, reading));
 }
 
 }  // namespace
@@ -81,12 +85,30 @@ Reading settle_restart(const std::string& path, const StatedRestartForm& stated,
   return only_reading(path, detect_restart(path, stated, grid), false);
 }
 
+Reading settle_any(const std::string& path) {
+  return only_reading(path, detect_any(path), std::nullopt);
+}
+
+Fit fit_of(const std::string& path, const Reading& reading) {
+  const bool whole = reading.checked && reading.fit.agreement != Fit::Agreement::so_far;
+  if (whole || !is_regular(path)) return reading.fit;
+  if (reading.is_grid()) return compare(path, reading.grid());
+  return compare(path, reading.restart(), reading.extents, has_triplets(path, reading));
+}
+
+Error departure(const std::string& path, const Reading& reading, const Fit& fit) {
+  return Error({.kind = ErrorKind::mismatch,
+                .file = path,
+                .reason = "is not " + describe(reading) + ": " + fit.what,
+                .record = fit.record,
+                .line = fit.line,
+                .offset = fit.offset});
+}
+
 void require_agreement(const std::string& path, const Reading& reading) {
-  if ((reading.checked && reading.fit.whole()) || !is_regular(path)) return;
+  if (reading.checked && reading.fit.whole()) return;
   const Fit fit = fit_of(path, reading);
-  const bool remark = fit.agreement == Fit::Agreement::remark;
-  if (fit.whole() || remark) return;
-  fail(ErrorKind::mismatch, path, "is not " + describe(reading) + ": " + fit.what);
+  if (!fit.whole() && fit.agreement != Fit::Agreement::remark) throw departure(path, reading, fit);
 }
 
 }  // namespace p3dgrid

@@ -17,9 +17,18 @@ namespace p3dgrid {
 [[nodiscard]] Reading settle_restart(const std::string& path, const StatedRestartForm& stated,
                                      const std::shared_ptr<const Extents>& grid);
 
+/// The same for a file of either kind.
+[[nodiscard]] Reading settle_any(const std::string& path);
+
 /// Whether blocks begin with their triplets. If the reading does not say so, the lengths of records
 /// or of the file do.
 [[nodiscard]] bool has_triplets(const std::string& path, const Reading& reading);
+
+/// How far all of the file agrees with a reading. One that is not a regular file is taken to agree.
+[[nodiscard]] Fit fit_of(const std::string& path, const Reading& reading);
+
+/// The error of a file that differs from a reading.
+[[nodiscard]] Error departure(const std::string& path, const Reading& reading, const Fit& fit);
 
 /// Throws if a file that has been read differs from the form in which it was read, unless detection
 /// has compared all of it.

@@ -49,9 +49,7 @@ class GridWriter::File {
   }
 
   void write(const Block& block) {
-    if (next_ == extents_.blocks()) {
-      refuse(path_, "one more block", "the " + std::to_string(next_) + " of the header");
-    }
+    require_next();
     check(path_, form_.coding, next_, block, extents_.of(static_cast<std::size_t>(next_)));
     ++next_;
     recordio::WriteList list;
@@ -68,6 +66,15 @@ class GridWriter::File {
     target_.write(list);
   }
 
+  void reserve() {
+    require_places(path_, form_.coding);
+    require_next();
+    const std::int64_t points = extents_.points_of(static_cast<std::size_t>(next_++));
+    const std::int64_t bytes_per_point =
+        axes_of(form_.coding) * real_bytes(form_.coding) + (form_.iblank ? 4 : 0);
+    target_.leave(points * bytes_per_point);
+  }
+
   void close() {
     if (next_ < extents_.blocks()) {
       refuse(path_, std::to_string(next_) + " blocks",
@@ -77,6 +84,11 @@ class GridWriter::File {
   }
 
  private:
+  void require_next() const {
+    if (next_ < extents_.blocks()) return;
+    refuse(path_, "one more block", "the " + std::to_string(next_) + " of the header");
+  }
+
   static void check_extents(const std::string& path, const GridForm& form, const Extents& extents) {
     require_valid(path, form.coding, extents);
     if (form.multiblock ? extents.blocks() > 0 : extents.blocks() == 1) return;
@@ -96,6 +108,10 @@ GridWriter::GridWriter(const std::string& path, const GridForm& form, const Exte
 
 void GridWriter::write(const Block& block) {
   file_->write(block);
+}
+
+void GridWriter::reserve() {
+  file_->reserve();
 }
 
 void GridWriter::close() {

@@ -108,7 +108,7 @@ class SolutionWriter::File {
              const std::function<Reals(const FlowArray&)>& arrays) {
     write_block(parameters, [&](const FlowArray& array, const auto& put) {
       const Reals values = arrays(array);
-      put(values);
+      put(&values);
     });
   }
 
@@ -117,7 +117,12 @@ class SolutionWriter::File {
       check(path_, header_, static_cast<std::size_t>(block_), block);
     }
     write_block(block.parameters,
-                [&](const FlowArray& array, const auto& put) { put(block.of(array)); });
+                [&](const FlowArray& array, const auto& put) { put(&block.of(array)); });
+  }
+
+  void reserve(const std::vector<double>& parameters) {
+    require_places(path_, header_.form.coding);
+    write_block(parameters, [](const FlowArray&, const auto& put) { put(nullptr); });
   }
 
   void close() {
@@ -145,7 +150,8 @@ class SolutionWriter::File {
                   layout_.counted_variables ? &header_.variables : nullptr);
   }
 
-  /// @param with_array  `with_array(array, put)` calls `put(values)`
+  /// @param with_array  `with_array(array, put)` calls `put(pointer to values)`; a null pointer
+  ///                    leaves room for them
   template <class WithArray>
   void write_block(const std::vector<double>& parameters, WithArray with_array) {
     if (block_ == header_.extents.blocks()) {
@@ -180,11 +186,12 @@ class SolutionWriter::File {
     const std::int64_t triplets = record_->kind == BodyRecordKind::leading ? triplet : 0;
     const std::int64_t points = header_.extents.points_of(block);
     const std::int64_t count = triplets + variables.variables() - record_->leaves_out();
-    target_.write(count * points * bytes_of(kind()), [&](const auto& put_entry) {
+    target_.write(count * points * bytes_of(kind()), [&](recordio::RecordOutput& record) {
       const auto write = [&](const FlowArray& array) {
-        with_array(array, [&](const Reals& values) {
-          require_values(path_, array, values, points);
-          put_entry(values_of(values, kind_to_write(header_.form.coding, values)));
+        with_array(array, [&](const Reals* values) {
+          if (values == nullptr) return record.leave(points * bytes_of(kind()));
+          require_values(path_, array, *values, points);
+          record.write(values_of(*values, kind_to_write(header_.form.coding, *values)));
         });
       };
       for (std::int32_t n = 1; n <= triplets; ++n) write({n, true});
@@ -192,8 +199,9 @@ class SolutionWriter::File {
         if (n != record_->absent) {
           write({n, false});
         } else {
-          with_array(FlowArray{n, false},
-                     [&](const Reals& values) { require_absent(path_, values); });
+          with_array(FlowArray{n, false}, [&](const Reals* values) {
+            if (values != nullptr) require_absent(path_, *values);
+          });
         }
       }
     });
@@ -226,6 +234,10 @@ void SolutionWriter::write(const SolutionBlock& block) {
 void SolutionWriter::write(const std::vector<double>& parameters,
                            const std::function<Reals(const FlowArray&)>& arrays) {
   file_->write(parameters, arrays);
+}
+
+void SolutionWriter::reserve(const std::vector<double>& parameters) {
+  file_->reserve(parameters);
 }
 
 void SolutionWriter::close() {

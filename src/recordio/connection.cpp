@@ -39,6 +39,15 @@ void RecordInput::read(const Values<void>& entry) {
   }
 }
 
+void RecordInput::locate(std::int64_t bytes, std::vector<p3dgrid::ByteRange>& places) {
+  if (auto* const record = std::get_if<UnformattedRecordReader>(&record_)) {
+    record->locate(bytes, places);
+  } else if (bytes > 0) {
+    places.push_back({file_.offset(), bytes});
+    file_.skip(bytes);
+  }
+}
+
 void RecordInput::finish(RestOfRecord rest) {
   if (auto* const record = std::get_if<UnformattedRecordReader>(&record_)) {
     if (rest == RestOfRecord::refused) record->expect_end();
@@ -64,6 +73,14 @@ void RecordOutput::write(const Values<const void>& entry) {
     writer->write_values(entry);
   } else {
     write_values(file_, coding_.byte_order, entry);
+  }
+}
+
+void RecordOutput::leave(std::int64_t bytes) {
+  if (auto* const record = std::get_if<UnformattedRecordWriter>(&record_)) {
+    record->leave(bytes);
+  } else {
+    file_.leave(bytes);
   }
 }
 

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 #include <variant>
+#include <vector>
 
 #include "p3dgrid/form.hpp"
 #include "recordio/input_file.hpp"
@@ -44,6 +45,8 @@ class RecordInput {
   RecordInput(InputFile& file, const Coding& coding, std::int64_t& lines);
 
   void read(const Values<void>& entry);
+  /// Skips the bytes of an unformatted or binary record and appends their places.
+  void locate(std::int64_t bytes, std::vector<p3dgrid::ByteRange>& places);
   void finish(RestOfRecord rest);
 
  private:
@@ -59,6 +62,8 @@ class RecordOutput {
   RecordOutput(OutputFile& file, const Coding& coding, std::int64_t bytes);
 
   void write(const Values<const void>& entry);
+  /// Leaves room for bytes of an unformatted or binary record.
+  void leave(std::int64_t bytes);
   void finish();
 
  private:

@@ -50,9 +50,16 @@ OutputFile::~OutputFile() {
   ::close(descriptor_);
 }
 
-/// Removes the rest of the old file, and preallocated space that was not used.
+void OutputFile::leave(std::int64_t bytes) {
+  if (!allows_random_access(bytes)) fail("cannot leave room", ESPIPE);
+  has_gaps_ = true;
+  skip(bytes);
+}
+
+/// Removes the rest of the old file, and preallocated space that was not used. Adds a last part
+/// that has been left.
 bool OutputFile::truncate() {
-  if (!begun_ || !has_size_ || space_ <= written_) return true;
+  if (!begun_ || !has_size_ || (space_ <= written_ && !has_gaps_)) return true;
   int result;
   do {
     result = ::ftruncate(descriptor_, written_);

@@ -7,15 +7,12 @@
 
 #include "mod_p3dgrid/arrays.hpp"
 #include "mod_p3dgrid/logical.hpp"
+#include "p3dgrid/index.hpp"
 
 namespace mod_p3dgrid::recordio {
 
-/// How a value is stored in an unformatted or binary file.
-enum class FileKind : std::uint8_t { integer4, real4, real8 };
-
-[[nodiscard]] constexpr std::int64_t bytes_of(FileKind kind) {
-  return kind == FileKind::real8 ? 8 : 4;
-}
+using FileKind = p3dgrid::ValueKind;
+using p3dgrid::bytes_of;
 
 template <class T>
 [[nodiscard]] constexpr FileKind kind_of() {

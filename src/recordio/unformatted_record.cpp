@@ -96,6 +96,15 @@ void UnformattedRecordReader::discard(std::int64_t bytes) {
   }
 }
 
+void UnformattedRecordReader::locate(std::int64_t bytes, std::vector<p3dgrid::ByteRange>& places) {
+  while (bytes > 0) {
+    const std::int64_t run = next_run(bytes);
+    places.push_back({file_.offset(), run});
+    file_.skip(run);
+    bytes -= run;
+  }
+}
+
 void UnformattedRecordReader::expect_end() {
   const std::int64_t at = file_.offset();
   const std::int64_t read = bytes_read();
@@ -143,19 +152,31 @@ void UnformattedRecordWriter::end_subrecord() {
   first_subrecord_ = false;
 }
 
-void UnformattedRecordWriter::write(const void* source, std::int64_t bytes) {
-  const char* from = static_cast<const char*>(source);
+/// Calls `take(bytes)` for each part of the payload that lies in one sub-record.
+template <class Take>
+void UnformattedRecordWriter::for_each_run(std::int64_t bytes, Take take) {
   while (bytes > 0) {
     if (subrecord_left_ == 0) {
       end_subrecord();
       begin_subrecord();
     }
     const std::int64_t run = std::min(bytes, subrecord_left_);
-    file_.write(from, run);
-    from += run;
+    take(run);
     bytes -= run;
     subrecord_left_ -= run;
   }
+}
+
+void UnformattedRecordWriter::write(const void* source, std::int64_t bytes) {
+  const char* from = static_cast<const char*>(source);
+  for_each_run(bytes, [&](std::int64_t run) {
+    file_.write(from, run);
+    from += run;
+  });
+}
+
+void UnformattedRecordWriter::leave(std::int64_t bytes) {
+  for_each_run(bytes, [&](std::int64_t run) { file_.leave(run); });
 }
 
 void UnformattedRecordWriter::finish() {

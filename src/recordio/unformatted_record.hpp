@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "p3dgrid/form.hpp"
+#include "p3dgrid/index.hpp"
 #include "recordio/byte_order.hpp"
 #include "recordio/input_file.hpp"
 #include "recordio/output_file.hpp"
@@ -49,6 +51,8 @@ class UnformattedRecordReader {
   void read(void* destination, std::int64_t bytes);
   /// Reads payload bytes and discards them. Throws `ReadError` if there are fewer.
   void discard(std::int64_t bytes);
+  /// Skips payload bytes and appends their places. Throws `ReadError` if there are fewer.
+  void locate(std::int64_t bytes, std::vector<p3dgrid::ByteRange>& places);
 
   [[nodiscard]] std::int64_t bytes_read() const { return payload_ - subrecord_left(); }
 
@@ -97,6 +101,8 @@ class UnformattedRecordWriter {
   UnformattedRecordWriter(OutputFile& file, const p3dgrid::Coding& coding, std::int64_t payload);
 
   void write(const void* source, std::int64_t bytes);
+  /// Leaves room for payload bytes that are written later with other means.
+  void leave(std::int64_t bytes);
 
   /// @name Random access
   /// As in `OutputFile`, within one sub-record.
@@ -117,6 +123,8 @@ class UnformattedRecordWriter {
   void finish();
 
  private:
+  template <class Take>
+  void for_each_run(std::int64_t bytes, Take take);
   void begin_subrecord();
   void end_subrecord();
   void write_marker(std::int64_t marker);

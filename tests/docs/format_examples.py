@@ -101,6 +101,18 @@ def grid_records(blocks, count, blanking):
         yield record
 
 
+def planar(records):
+    """The records of a file of two dimensions: without k extents, z and variable 4."""
+    for record in records:
+        fields = []
+        for field in record:
+            if field.label.startswith("extents"):
+                field = Field(field.label, "i", field.values[:2])
+            if not field.label.startswith(("z of", "variable 4")):
+                fields.append(field)
+        yield fields
+
+
 def numbering(blocks):
     """Block number and the numbers of its points, for each block."""
     first = 1
@@ -186,6 +198,7 @@ def layout_102(extents):
 
 
 ONE = [(2, 1, 1)]
+PLANE = [(2, 2, 1)]
 EXAMPLES = [
     Example("grid.p3d", "unformatted", 4, list(grid_records(GRID_BLOCKS, True, False)), 0,
             GRID_BLOCKS),
@@ -204,6 +217,10 @@ EXAMPLES = [
             sections="1-5", flags="41,999"),
     Example("layout-102.rst", "binary", 8, list(layout_102(ONE[0])), 102, ONE,
             sections="1-2,3-3"),
+    # The tests take the names for those of files of two dimensions.
+    Example("plane.p3d", "unformatted", 4, list(planar(grid_records(PLANE, True, False))), 0,
+            PLANE),
+    Example("plane.q", "binary", 8, list(planar(layout_2(PLANE))), 2, PLANE, sections="1-5"),
 ]
 
 # The library writes their text, so only the values are given here.

@@ -7,7 +7,8 @@
 ///
 /// FORMAT is a file-format code, REALS 4 or 8, BLANKING and COUNT (of blocks) are 0 or 1, EXTENTS
 /// like 2x2x1,1x1x2, SECTIONS like 1-5,6-7, FLAGS like 41,999. A read prints a line per name with
-/// its values. Files are little-endian on all machines.
+/// its values. Files are little-endian on all machines. One whose name begins with "plane" has two
+/// dimensions.
 
 #include <MOD_P3DReader.hpp>
 #include <cstdio>
@@ -227,8 +228,12 @@ void read_restart(const Form& form, const Extents& extents, const char* sections
 }  // namespace
 
 int main(int argc, char** argv) {
-  p3dsetcoding(
-      [](std::string_view) { return p3dgrid::StatedCoding{.byte_order = std::endian::little}; });
+  p3dsetcoding([](std::string_view name) {
+    const bool planar = name.starts_with("plane");
+    return p3dgrid::StatedCoding{
+        .byte_order = std::endian::little,
+        .dimensions = planar ? p3dgrid::Dimensions::two : p3dgrid::Dimensions::three};
+  });
   p3dsetmessages([](std::string_view) {});
   const std::string command = argc > 1 ? argv[1] : "";
   const auto is = [&](const char* name, int words) { return command == name && argc == 2 + words; };

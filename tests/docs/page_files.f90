@@ -12,6 +12,7 @@ program page_files
   call write_layouts_0_and_1()
   call write_layouts_2_and_3()
   call write_layouts_100_and_up()
+  call write_planes()
   call check_grid('grid.txt')
   call check_grid('typed.txt')
   call check_solution('layout-2.txt')
@@ -62,6 +63,19 @@ contains
       open(newunit=u, file='f-'//name, form='unformatted', status='replace', &
            convert='little_endian')
     end if
+  end subroutine
+
+  ! Files of two dimensions.
+  subroutine write_planes()
+    call create('plane.p3d', .false.)
+    write(u) 1
+    write(u) 2, 2
+    write(u) ((x(1, i), i = 1, 2), j = 1, 2), ((y(j), i = 1, 2), j = 1, 2)
+    close(u)
+    call create('plane.q', .true.)
+    write(u) 1, 2, 2, real([0.5, 2., 1e6, 0.25], real64)
+    write(u) real([flow(1, 1, 3, 4), flow(1, 5, 5, 4)], real64)
+    close(u)
   end subroutine
 
   subroutine write_grids()

@@ -78,7 +78,7 @@ class Installed(unittest.TestCase):
         self.addCleanup(folder.cleanup)
         self.folder = pathlib.Path(folder.name)
         self.run_cmake("--install", BUILD, "--prefix", "/usr",
-                       env={**os.environ, "DESTDIR": str(self.folder)})
+                       env={**os.environ, "DESTDIR": str(self.folder / "Unspecified")})
 
     def run_cmake(self, *arguments, **options):
         result = subprocess.run(["cmake", *arguments], capture_output=True, text=True, timeout=240,
@@ -96,12 +96,14 @@ class Installed(unittest.TestCase):
     @unittest.skipUnless(shutil.which("strip") and shutil.which("gzip"), "no strip or no gzip")
     def test_debian_package_carries_the_license(self):
         license = (SOURCE / "LICENSE").read_text()
-        documents = self.folder / "usr" / "share" / "doc"
+        share = self.folder / "Unspecified" / "usr" / "share"
+        documents = share / "doc"
         self.assertEqual((documents / "mod_p3dgrid" / "LICENSE").read_text(), license)
-        (self.folder / "usr" / "share" / "man" / "man1").mkdir(parents=True, exist_ok=True)
-        (self.folder / "usr" / "share" / "man" / "man1" / "p3dgrid.1").touch()
+        (share / "man" / "man1").mkdir(parents=True, exist_ok=True)
+        (share / "man" / "man1" / "p3dgrid.1").touch()
         self.run_cmake(f"-DCPACK_TEMPORARY_INSTALL_DIRECTORY={self.folder}",
-                       "-DCPACK_PACKAGE_NAME=p3dgrid", "-P",
+                       "-DCPACK_COMPONENTS_ALL=Unspecified",
+                       "-DCPACK_DEBIAN_UNSPECIFIED_PACKAGE_NAME=p3dgrid", "-P",
                        SOURCE / "cmake" / "debian_files.cmake")
         self.assertTrue((documents / "p3dgrid" / "copyright").read_text().endswith(license))
 

@@ -21,7 +21,7 @@ namespace {
 using namespace test_support;
 
 /// A write takes so few bytes that a small file needs many.
-constexpr std::size_t few_bytes = 64;
+constexpr std::size_t few_written = 64;
 
 std::string text_of(int error) {
   return std::generic_category().message(error);
@@ -103,7 +103,7 @@ TEST_P(FailingWrites, EveryFailingWriteIsAnErrorOfTheRun) {
   for (const Operation& operation : GetParam().all()) {
     const std::string result = undisturbed(operation).result;
     for (const int error : {ENOSPC, EIO, EDQUOT}) {
-      for_each_call(operation, {.call = Call::pwrite, .error = error, .most_bytes = few_bytes},
+      for_each_call(operation, {.call = Call::pwrite, .error = error, .most_bytes = few_written},
                     [&](const Outcome& outcome) {
                       expect_error(operation, outcome, error);
                       // Nothing of the old file is left behind what has been written.
@@ -175,7 +175,7 @@ TEST_P(FailingWrites, InterruptedCallsChangeNothing) {
   for (const Operation& operation : GetParam().all()) {
     const std::string result = undisturbed(operation).result;
     for (const Call call : {Call::open, Call::pwrite, Call::close, Call::ftruncate}) {
-      for_each_call(operation, {.call = call, .error = EINTR, .most_bytes = few_bytes},
+      for_each_call(operation, {.call = call, .error = EINTR, .most_bytes = few_written},
                     [&](const Outcome& outcome) {
                       ASSERT_EQ(outcome.end, End::done);
                       ASSERT_EQ(outcome.result, result);
@@ -211,7 +211,7 @@ TEST_P(FailingWrites, AHostWithoutHandlersEndsWithAMessageAndStatusTwo) {
           // Never destroyed, because the run goes on while the process ends.
           static std::vector<const CallWatch*>& kept = *new std::vector<const CallWatch*>;
           kept.push_back(
-              new CallWatch({.call = call, .nth = nth, .error = error, .most_bytes = few_bytes}));
+              new CallWatch({.call = call, .nth = nth, .error = error, .most_bytes = few_written}));
           started.call();
         });
         const bool failed = end.status != 0 || !end.error.empty();

@@ -12,8 +12,6 @@ namespace {
 using namespace test_support;
 using mod_p3dgrid::integer;
 
-constexpr int formatted = 1;
-
 std::size_t header_size(const GridForm& form, const HandMadeGrid& grid, const std::string& bytes) {
   if (form.iformat == formatted) {
     std::size_t end = bytes.find('\n') + 1;

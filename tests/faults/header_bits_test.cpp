@@ -21,7 +21,7 @@ using namespace test_support;
 
 /// A header may ask for arrays of 1 GiB in files that are far shorter, and each point has places in
 /// more arrays than one. Files of some hundred bytes never ask for more than this.
-constexpr std::int64_t most_bytes = 1'900'000'000;
+constexpr std::int64_t most_file_bytes = 1'900'000'000;
 
 constexpr int bits_per_byte = 8;
 
@@ -91,7 +91,7 @@ class HeaderBits : public InScratchFolder, public ::testing::WithParamInterface<
              ": " + outcome.message;
     };
     ASSERT_NE(outcome.end, End::out_of_hand) << where();
-    ASSERT_LT(largest, most_bytes) << where();
+    ASSERT_LT(largest, most_file_bytes) << where();
     // Allocations beyond 1 GiB are refused here. The module must not get so far.
     ASSERT_EQ(outcome.refused_allocations, 0) << where();
     // A length that differs from the other one of its record cannot pass.

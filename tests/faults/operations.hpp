@@ -10,6 +10,9 @@
 /// Every operation of the module on every kind of file, as cases that can be run again and again.
 namespace faults {
 
+/// Values of the file-format code.
+inline constexpr int unformatted = 0, formatted = 1;
+
 /// A call with its arguments, ready to be made once.
 struct Started {
   std::function<void()> call;  ///< the library alone; closes what the operation leaves open

@@ -12,9 +12,6 @@ namespace {
 using namespace test_support;
 using mod_p3dgrid::integer;
 
-constexpr int unformatted = 0;
-constexpr int formatted = 1;
-
 /// Thrown at the end of the file and at what is no number.
 struct NotReadable {};
 

@@ -13,8 +13,6 @@ using mod_p3dgrid::integer;
 
 namespace {
 
-constexpr int formatted = 1;
-
 Operation on_restart(const std::string& what, const HandMadeRestart& made) {
   Operation operation;
   operation.name = what + " " + name_of(made.form);

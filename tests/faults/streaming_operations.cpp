@@ -79,8 +79,6 @@ void prepare_write(const HandMadeRestart& made) {
 
 namespace {
 
-constexpr int formatted = 1;
-
 /// The variable's temporary file, by hand.
 std::string variable_file(const HandMadeRestart& made, int variable) {
   const bool wide = made.form.dblprec || made.form.iformat == formatted;

@@ -14,7 +14,7 @@
 namespace faults {
 namespace {
 
-bool watching = false;
+bool counting = false;
 CallPlan plan;
 std::array<int, kinds_of_calls> counts{};
 
@@ -23,7 +23,7 @@ int& count_of(Call call) {
 }
 
 bool counted() {
-  return watching && test_support::host_at_work == 0;
+  return counting && test_support::host_at_work == 0;
 }
 
 /// Counts the call; true, with `errno` set, if it is to fail.
@@ -50,11 +50,11 @@ const char* name_of(Call call) {
 CallWatch::CallWatch(CallPlan wanted) {
   plan = std::move(wanted);
   counts.fill(0);
-  watching = true;
+  counting = true;
 }
 
 CallWatch::~CallWatch() {
-  watching = false;
+  counting = false;
 }
 
 int CallWatch::count(Call call) {

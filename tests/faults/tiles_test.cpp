@@ -22,13 +22,13 @@ namespace {
 using namespace test_support;
 using mod_p3dgrid::p3dlastfailure;
 
-constexpr int points = 150'000;
+constexpr int tile_points = 150'000;
 constexpr GridForm form{.iformat = 0, .dblprec = false, .multiblock = false, .iblank = false};
 
 std::string large_grid() {
   Bytes coordinates;
-  for (int n = 0; n < 3 * points; ++n) coordinates.r4(static_cast<float>(n) / 7);
-  return Bytes().record(Bytes().i4s({points, 1, 1})).record(coordinates).str();
+  for (int n = 0; n < 3 * tile_points; ++n) coordinates.r4(static_cast<float>(n) / 7);
+  return Bytes().record(Bytes().i4s({tile_points, 1, 1})).record(coordinates).str();
 }
 
 class Tiles : public InScratchFolder {
@@ -156,14 +156,14 @@ TEST_F(Tiles, AFailedWriteKeepsNoSpace) {
 /// What a file still holds when it has become shorter, every whole value of it.
 TEST_F(Tiles, OfAFileThatShrinksAsFarAsItGoes) {
   constexpr std::size_t header = 20 + 4;
-  constexpr std::size_t line = points;
+  constexpr std::size_t line = tile_points;
   for (const std::size_t values :
        {std::size_t{0}, std::size_t{1000}, line + 1000, 2 * line + 140'000}) {
     for (int nth = 1;; ++nth) {
       write_file("grid", bytes);
       const auto shrink = [&] { std::filesystem::resize_file("grid", header + 4 * values + 3); };
       grid = std::make_unique<Grid>();
-      static_cast<void>(grid->xyz.allocate(3, points));
+      static_cast<void>(grid->xyz.allocate(3, tile_points));
       std::ranges::fill(grid->xyz.span(), -1.F);
       const Outcome outcome = read_into_it({.call = Call::pread, .nth = nth, .before = shrink});
       if (calls < nth) break;

@@ -17,8 +17,6 @@ namespace {
 
 using namespace test_support;
 
-constexpr int formatted = 1;
-
 /// What an operation may ask for beyond what it asks for when all goes well: the texts of a
 /// failure.
 constexpr std::int64_t bytes_of_a_report = 4096;

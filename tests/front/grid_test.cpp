@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <array>
 #include <bit>
 #include <cmath>
 #include <limits>
@@ -148,6 +149,34 @@ TEST_F(FrontGrid, IsReadInARangeOfIndices) {
     EXPECT_EQ(plane.y[0], 140);
     EXPECT_EQ(reader.read(0, {.first = {5, 0, 0}}).x.size(), 0);
   }
+}
+
+TEST_F(FrontGrid, IsReadToMemoryOfTheCaller) {
+  write_file("grid", two_blocks());
+  GridReader reader("grid");
+  std::array<double, 6> points{};
+  std::array<std::int32_t, 2> blanking{};
+  const auto allocate = [&](Precision precision, const BlockExtents& extents) {
+    EXPECT_EQ(precision, Precision::double_precision);
+    EXPECT_EQ(extents, (BlockExtents{1, 2, 1}));
+    return BlockMemory{{&points[4], &points[2], &points[0]}, blanking.data()};
+  };
+  reader.read(1, allocate);
+  EXPECT_THAT(points, ElementsAre(9, 10, 7, 8, 5, 6));
+  EXPECT_THAT(blanking, ElementsAre(3, -2));
+  EXPECT_TRUE(reader.reading().fit.whole());
+  reader.require_agreement();
+}
+
+TEST_F(FrontGrid, ReadersComparePartsUnlessAskedForTheWhole) {
+  write_file("grid", two_blocks());
+  const StatedGridForm without_blanking =
+      stated_as(GridForm{.coding = {.precision = Precision::double_precision}, .iblank = false});
+  GridReader reader("grid", without_blanking);
+  EXPECT_THAT(list_of(reader.read(1).x), ElementsAre(5, 6));
+  const Error error = error_of([&] { reader.require_agreement(); });
+  EXPECT_EQ(error.kind(), ErrorKind::mismatch);
+  EXPECT_THAT(error.what(), HasSubstr("grid: is not grid, unformatted"));
 }
 
 TEST_F(FrontGrid, HasNoPointsInARangeOutsideOfIt) {

@@ -16,7 +16,7 @@ using ::testing::HasSubstr;
 class FrontSolution : public InScratchFolder {};
 
 /// A double-precision solution of blocks of 2x1x1 and 1x1x1 points.
-Bytes two_blocks() {
+Bytes two_flows() {
   return Bytes()
       .record(Bytes().i4(2))
       .record(Bytes().i4s({2, 1, 1, 1, 1, 1}))
@@ -61,7 +61,7 @@ const RestartForm layout_101 = {.layout = Layout::single_block,
                                 .sections = Sections{{1, 5}}};
 
 TEST_F(FrontSolution, IsReadInThePrecisionOfItsFile) {
-  write_file("flow", two_blocks());
+  write_file("flow", two_flows());
   const Solution flow = read_solution("flow");
   EXPECT_EQ(flow.form.layout, Layout::solution);
   EXPECT_EQ(flow.form.sections, (Sections{{1, 5}}));
@@ -157,7 +157,7 @@ TEST_F(FrontSolution, OfOverflowHasRecordsOnly) {
 }
 
 TEST_F(FrontSolution, IsWrittenAsItWasRead) {
-  for (const Bytes& bytes : {two_blocks(), extended()}) {
+  for (const Bytes& bytes : {two_flows(), extended()}) {
     write_file("flow", bytes);
     write_solution("copy", read_solution("flow"));
     EXPECT_EQ(read_file("copy"), bytes.str());
@@ -165,7 +165,7 @@ TEST_F(FrontSolution, IsWrittenAsItWasRead) {
 }
 
 TEST_F(FrontSolution, IsWrittenInTheFormThatIsStated) {
-  write_file("flow", two_blocks());
+  write_file("flow", two_flows());
   write_solution("copy", read_solution("flow"),
                  {.encoding = Encoding::binary, .precision = Precision::single_precision});
   EXPECT_EQ(read_file("copy"),
@@ -200,7 +200,7 @@ TEST_F(FrontSolution, BecomesAFunctionFileWithAllVariables) {
 }
 
 TEST_F(FrontSolution, IsReadArrayByArrayInAnyOrder) {
-  write_file("two", two_blocks());
+  write_file("two", two_flows());
   write_file("extended", extended());
   for (const Encoding encoding : {Encoding::unformatted, Encoding::formatted, Encoding::binary}) {
     SCOPED_TRACE(name_of(encoding));
@@ -225,7 +225,7 @@ TEST_F(FrontSolution, IsReadArrayByArrayInAnyOrder) {
 }
 
 TEST_F(FrontSolution, GoingBackKeepsWhatIsKnownOfTheFile) {
-  write_file("flow", two_blocks());
+  write_file("flow", two_flows());
   SolutionReader reader("flow");
   const auto known = reader.header().variables;
   EXPECT_THAT(known, ElementsAre(5, 5));
@@ -268,7 +268,7 @@ TEST_F(FrontSolution, TakesExtentsFromItsGrid) {
 }
 
 TEST_F(FrontSolution, MustBelongToItsGrid) {
-  write_file("flow", two_blocks());
+  write_file("flow", two_flows());
   Grid grid{.blocks = {Block{.extents = {2, 1, 1}}, Block{.extents = {1, 1, 2}}}};
   const Error other = error_of([&] { static_cast<void>(read_solution("flow", {.grid = &grid})); });
   EXPECT_EQ(other.kind(), ErrorKind::mismatch);
@@ -296,7 +296,7 @@ TEST_F(FrontSolution, FunctionFilesHaveTheirOwnNumberInEachBlock) {
 
 TEST_F(FrontSolution, InvalidArgumentsLeaveTheFileUnchanged) {
   write_file("file", "as it is");
-  write_file("flow", two_blocks());
+  write_file("flow", two_flows());
   const Solution flow = read_solution("flow");
   const auto expect_refused = [&](const Solution& solution, const StatedRestartForm& form,
                                   const char* words) {
@@ -316,7 +316,7 @@ TEST_F(FrontSolution, InvalidArgumentsLeaveTheFileUnchanged) {
 }
 
 TEST_F(FrontSolution, DamageHasItsPlace) {
-  write_file("flow", two_blocks().str().substr(0, 150));
+  write_file("flow", two_flows().str().substr(0, 150));
   EXPECT_EQ(error_of([] { static_cast<void>(read_solution("flow")); }).kind(), ErrorKind::damaged);
   const RestartForm form = {.coding = {.precision = Precision::double_precision},
                             .sections = Sections{{1, 5}}};

@@ -17,6 +17,11 @@ struct GridForm {
   bool iblank;
 };
 
+/// Several blocks without blanking in single precision.
+inline constexpr GridForm unformatted{0, false, true, false};
+inline constexpr GridForm formatted{1, false, true, false};
+inline constexpr GridForm binary{2, false, true, false};
+
 /// Every encoding, precision, block-count record and blanking.
 [[nodiscard]] inline std::vector<GridForm> all_grid_forms() {
   std::vector<GridForm> all;

@@ -17,9 +17,6 @@ using namespace test_support;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
-constexpr GridForm unformatted{0, false, true, false};
-constexpr GridForm formatted{1, false, true, false};
-constexpr GridForm binary{2, false, true, false};
 
 constexpr GridForm blanked(GridForm form) {
   return {form.iformat, form.dblprec, form.multiblock, true};

@@ -11,9 +11,6 @@ using namespace test_support;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
-constexpr GridForm unformatted{0, false, true, false};
-constexpr GridForm formatted{1, false, true, false};
-constexpr GridForm binary{2, false, true, false};
 
 /// Two blocks, of one and of two points.
 Grid small_grid() {

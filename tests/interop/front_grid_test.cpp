@@ -68,7 +68,7 @@ struct Peer {
   p3dgrid::MarkerBytes markers;
 };
 constexpr Peer usual{GRID_PEER, p3dgrid::MarkerBytes::four};
-constexpr Peer wide{GRID_PEER_WIDE, p3dgrid::MarkerBytes::eight};
+constexpr Peer wide_peer{GRID_PEER_WIDE, p3dgrid::MarkerBytes::eight};
 
 template <class Real>
 void expect_front_reads_fortran(const Peer& peer, const GridLayout& layout) {
@@ -132,11 +132,11 @@ INSTANTIATE_TEST_SUITE_P(Front, FrontWideMarkers, testing::ValuesIn(layouts_of({
 
 TEST_P(FrontWideMarkers, HaveTheBitsAndBytesOfFortran) {
   if (GetParam().is_double) {
-    expect_front_reads_fortran<double>(wide, GetParam());
-    expect_same_files<double>(wide, GetParam());
+    expect_front_reads_fortran<double>(wide_peer, GetParam());
+    expect_same_files<double>(wide_peer, GetParam());
   } else {
-    expect_front_reads_fortran<float>(wide, GetParam());
-    expect_same_files<float>(wide, GetParam());
+    expect_front_reads_fortran<float>(wide_peer, GetParam());
+    expect_same_files<float>(wide_peer, GetParam());
   }
 }
 

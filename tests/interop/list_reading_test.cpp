@@ -21,7 +21,6 @@
 namespace interop {
 namespace {
 
-using mod_p3dgrid::integer;
 namespace recordio = mod_p3dgrid::recordio;
 
 enum class Status { done, end_of_file, error };
@@ -58,7 +57,7 @@ using Outcomes = std::vector<Outcome>;
 class Destinations {
  public:
   Destinations() {
-    for (std::size_t n = 0; n < i_.size(); ++n) i_[n] = -7771 - static_cast<integer>(n);
+    for (std::size_t n = 0; n < i_.size(); ++n) i_[n] = -7771 - static_cast<std::int32_t>(n);
     for (std::size_t n = 0; n < r_.size(); ++n) {
       r_[n] = std::bit_cast<float>(0x4A000001 + static_cast<std::int32_t>(n));
     }
@@ -105,14 +104,14 @@ class Destinations {
   }
 
  private:
-  std::array<integer, 8> i_{};
+  std::array<std::int32_t, 8> i_{};
   std::array<float, 12> r_{};
   std::array<double, 8> d_{};
 };
 
 Outcomes read_with_library(const std::string& path, std::string_view reads) {
-  constexpr integer unit_number = 99;
-  constexpr integer formatted = 1;
+  constexpr std::int32_t unit_number = 99;
+  constexpr std::int32_t formatted = 1;
   mod_p3dgrid::p3dsetpaths([path](std::string_view) { return path; });
   const mod_p3dgrid::Unit unit(unit_number, formatted);
   unit.open("list", recordio::OpenStatus::old);

@@ -65,7 +65,7 @@ Array<Real> any_values(std::int64_t count) {
   return values;
 }
 
-Reals any_reals(Precision precision, std::int64_t count) {
+Reals any_front_reals(Precision precision, std::int64_t count) {
   if (precision == Precision::double_precision) {
     return Reals(any_values<double, std::uint64_t>(count));
   }
@@ -133,9 +133,9 @@ void check_grid() {
     const std::int64_t points = extents.points();
     p3dgrid::Block& block = grid.blocks.emplace_back();
     block.extents = extents;
-    block.x = any_reals(memory, points);
-    block.y = any_reals(memory, points);
-    block.z = is_planar(coding) ? zeros(memory, points) : any_reals(memory, points);
+    block.x = any_front_reals(memory, points);
+    block.y = any_front_reals(memory, points);
+    block.z = is_planar(coding) ? zeros(memory, points) : any_front_reals(memory, points);
     for (std::int64_t p = 0; iblank && p < points; ++p) {
       block.iblank.push_back(*rc::gen::arbitrary<std::int32_t>());
     }
@@ -155,7 +155,7 @@ void check_grid() {
 
 /// A form that can be written and read. Layout 100 in single-precision records is read without the
 /// triplets with which it is written.
-p3dgrid::RestartForm any_form() {
+p3dgrid::RestartForm any_front_form() {
   p3dgrid::RestartForm form;
   form.coding = *any_coding().as("coding");
   form.layout = *rc::gen::element(Layout::time_step, Layout::solution, Layout::function,
@@ -179,12 +179,12 @@ p3dgrid::SolutionBlock any_block(const p3dgrid::RestartForm& form, Precision mem
   const std::int64_t points = extents.points();
   const std::int32_t absent = absent_variable(layout, form.coding);
   for (int v = 1; v <= variables; ++v) {
-    block.variables.push_back(v == absent ? zeros(memory, points) : any_reals(memory, points));
+    block.variables.push_back(v == absent ? zeros(memory, points) : any_front_reals(memory, points));
   }
   for (int n = 0; layout.triplets && n < 3; ++n) {
-    block.triplets.push_back(any_reals(memory, points));
+    block.triplets.push_back(any_front_reals(memory, points));
   }
-  any_reals(memory, layout.parameters).visit([&](auto values) {
+  any_front_reals(memory, layout.parameters).visit([&](auto values) {
     block.parameters.assign(values.begin(), values.end());
   });
   return block;
@@ -202,7 +202,7 @@ Reals reals_of(const std::vector<double>& values, Precision precision) {
 
 void check_solution() {
   const InEmptyFolder folder;
-  const auto form = any_form();
+  const auto form = any_front_form();
   const auto memory = *any_precision().as("precision in memory");
   const auto& layout = traits_of(form.layout);
   p3dgrid::Solution flow{.form = form};

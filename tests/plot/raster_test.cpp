@@ -5,7 +5,7 @@
 namespace p3dgrid::tool::plot {
 namespace {
 
-constexpr std::uint32_t opaque = 0xff000000;
+constexpr std::uint32_t solid = 0xff000000;
 constexpr int fine = Raster::fineness;
 
 void fill(Raster& raster, Vertex a, Vertex b, Vertex c, Colour colour) {
@@ -32,7 +32,7 @@ TEST(Raster, NearerTrianglesHideOthersInAnyOrder) {
     };
     near_first ? draw(2, 0x112233) : draw(1, 0x445566);
     near_first ? draw(1, 0x445566) : draw(2, 0x112233);
-    for (const std::uint32_t found : raster.reduced()) EXPECT_EQ(found, opaque | 0x112233U);
+    for (const std::uint32_t found : raster.reduced()) EXPECT_EQ(found, solid | 0x112233U);
   }
 }
 
@@ -51,7 +51,7 @@ TEST(Raster, AdjacentTrianglesLeaveNoGap) {
     fill(raster, middle, last, next, 0xabcdef);
     last = next;
   }
-  for (const std::uint32_t found : raster.reduced()) EXPECT_EQ(found, opaque | 0xabcdefU);
+  for (const std::uint32_t found : raster.reduced()) EXPECT_EQ(found, solid | 0xabcdefU);
 }
 
 TEST(Raster, EdgesAreSmooth) {
@@ -77,9 +77,9 @@ TEST(Raster, LinesAreVisibleOnTheirSurfaceAndHiddenBehindOthers) {
   const double size = 9 * fine;
   fill(raster, 0, 0, size, size, 100, white);
   raster.line({0, 4.5 * fine, 100}, {size, 4.5 * fine, 100}, fine, 0);
-  EXPECT_EQ(pixel(raster, 9, 4, 4), opaque);
+  EXPECT_EQ(pixel(raster, 9, 4, 4), solid);
   raster.line({0, 1.5 * fine, 50}, {size, 1.5 * fine, 50}, fine, 0);
-  EXPECT_EQ(pixel(raster, 9, 4, 1), opaque | white);
+  EXPECT_EQ(pixel(raster, 9, 4, 1), solid | white);
 }
 
 TEST(Raster, NothingIsDrawnOutsideThePicture) {

@@ -10,6 +10,7 @@ import shlex
 import shutil
 import subprocess
 import time
+import unittest
 
 from support import COMMAND, ToolTest, main
 
@@ -252,6 +253,25 @@ class DebianPackage(InstalledTest):
         description = re.findall(r"^ .*", fields, re.MULTILINE)
         self.assertLessEqual(max(map(len, description)), 80)
         self.assert_changelog(root / "usr/share/doc/p3dgrid/changelog.gz", version)
+
+    @unittest.skipUnless(os.path.isdir(os.path.join(BUILD, "python", "p3dgrid")), "no Python package in this build")
+    def test_python_package(self):
+        self.run_checked("cpack", "-G", "DEB", "-B", self.folder, cwd=BUILD)
+        (package,) = self.folder.glob("python3-p3dgrid_*.deb")
+        fields = self.run_checked("dpkg-deb", "--field", package)
+        self.assertIn("Package: python3-p3dgrid\n", fields)
+        self.assertRegex(fields, r"\nDepends: .*libstdc\+\+6.*python3-numpy|"
+                                 r"\nDepends: .*python3-numpy.*libstdc\+\+6")
+        root = self.path("python root")
+        self.run_checked("dpkg-deb", "--extract", package, root)
+        version = self.succeed("--version").split()[1]
+        folder = root / "usr/lib/python3/dist-packages"
+        printed = self.run_checked("/usr/bin/python3", "-B", "-c",
+                                   "import p3dgrid; print(p3dgrid.__version__, p3dgrid.__file__)",
+                                   env={**os.environ, "PYTHONPATH": str(folder)})
+        self.assertEqual(printed, f"{version} {folder}/p3dgrid/__init__.py\n")
+        self.assertTrue((root / "usr/share/doc/python3-p3dgrid/copyright").is_file())
+        self.assertFalse((root / "usr/bin").exists())
 
     def assert_changelog(self, packed, version):
         """It has dpkg's format and names the full changelog."""

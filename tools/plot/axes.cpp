@@ -5,7 +5,7 @@
 namespace p3dgrid::tool::plot {
 namespace {
 
-constexpr const char* names[] = {"x", "y", "z"};
+constexpr const char* axis_names[] = {"x", "y", "z"};
 
 // In sizes of the text.
 constexpr double room_across = 5.5;  // for each tick of a flat view
@@ -96,7 +96,7 @@ class BoxAxes {
       draw_label(tick + reach * out, ticks.label(value));
     }
     const double beyond = reach + half_widest + name_distance * text_;
-    draw_label(0.5 * (from + to) + beyond * out, names[coordinate]);
+    draw_label(0.5 * (from + to) + beyond * out, axis_names[coordinate]);
   }
 
   void draw_label(Place centre, const std::string& label) {
@@ -169,10 +169,10 @@ void Axes::draw_flat(Canvas& canvas) const {
     canvas.text(area.x - label_gap * text, y, up.label(value), {text}, {1, 0.5});
   }
   canvas.frame(area.x - 0.5, area.y - 0.5, area.width + 1, area.height + 1, thin, ink);
-  canvas.text(area.x + area.width / 2.0, bottom + (label_gap + 1.3) * text, names[right_name],
+  canvas.text(area.x + area.width / 2.0, bottom + (label_gap + 1.3) * text, axis_names[right_name],
               {text}, {0.5, 1});
   const double beside = label_gap * text + widest_label(canvas, up, text) + 0.9 * text;
-  canvas.text(area.x - beside, area.y + area.height / 2.0, names[up_name], {text}, {0.5, 0.5});
+  canvas.text(area.x - beside, area.y + area.height / 2.0, axis_names[up_name], {text}, {0.5, 0.5});
 }
 
 void Axes::draw_box_behind(Canvas& canvas) const {

@@ -1,0 +1,61 @@
+#include "input.hpp"
+
+#include "tools/failure.hpp"
+#include "tools/gzip.hpp"
+#include "tools/options.hpp"
+
+namespace p3dgrid::tool {
+namespace {
+
+constexpr Usage usage = {.command_line = "p3dgrid-mpi info RESTART --grid GRID",
+                         .grid_alone = "'p3dgrid-mpi info GRID' shows it"};
+
+void take_header(Input& input, GridInput file) {
+  input.extents = file.extents();
+  input.index = file.index();
+  file.require_form();
+}
+
+void take_header(Input& input, RestartInput file) {
+  input.header = file.header();
+  input.extents = input.header.extents;
+  input.index = file.index();
+  for (std::size_t b = 0; b < input.index.size(); ++b) {
+    input.parameters.push_back(file.parameters(b));
+  }
+  file.require_form();
+}
+
+}  // namespace
+
+void add_input_options(Command& command, InputOptions& options) {
+  add_grid_options(command, options.file.grid, &options.file.grid_option);
+  add_restart_options(command, options.file.restart, &options.file.restart_option);
+  add_grid_of_restart(command, options.grid_path);
+}
+
+Input open_input(const InputOptions& options) {
+  const std::string& path = options.file.path;
+  if (original_path(path) != path) {
+    throw Unusable(original_path(path) + ": is compressed, and its values have no fixed places");
+  }
+  Input input{.path = path, .found = {}};
+  std::optional<Extents> grid;
+  if (!options.grid_path.empty()) {
+    const Case found =
+        find_case(options.grid_path, options.file.grid, path, options.file.restart, usage);
+    input.found = found.restart;
+    grid = found.extents;
+  } else {
+    input.found = find_file(options.file);
+  }
+  if (input.found.reading.is_grid()) {
+    take_header(input, GridInput(path, input.found));
+  } else {
+    require_regular_file(path);
+    take_header(input, RestartInput(path, input.found, grid));
+  }
+  return input;
+}
+
+}  // namespace p3dgrid::tool

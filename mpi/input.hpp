@@ -1,0 +1,36 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tools/command.hpp"
+#include "tools/grid_file.hpp"
+#include "tools/input_files.hpp"
+#include "tools/restart_file.hpp"
+
+namespace p3dgrid::tool {
+
+/// What the command line says of the file to be read.
+struct InputOptions {
+  AnyFile file;
+  std::string grid_path;  ///< of a restart file
+};
+
+/// Adds the options.
+void add_input_options(Command& command, InputOptions& options);
+
+/// A grid or restart file whose header has been read, with the places of its arrays.
+struct Input {
+  std::string path;
+  Found found;
+  Extents extents = {};
+  std::vector<BlockIndex> index = {};
+  SolutionHeader header = {};                        ///< of a restart file
+  std::vector<std::vector<double>> parameters = {};  ///< the flow parameters of each block
+};
+
+/// Finds out what a file is, like `p3dgrid info`, and where its arrays are. Reads no values.
+[[nodiscard]] Input open_input(const InputOptions& options);
+
+}  // namespace p3dgrid::tool
