@@ -1,5 +1,5 @@
-! What the library requires of its host. It is compiled before mod_p3dgrid, which uses it. A procedure
-! that itself uses mod_p3dgrid is therefore in a submodule, here in fortran_host.f90.
+! What the library requires of its host. It is compiled before mod_p3dgrid, which uses it. A
+! procedure that itself uses mod_p3dgrid is therefore in a submodule, here in fortran_host.f90.
 module mod_gridvars
   implicit none
   integer :: nfilesect = 1

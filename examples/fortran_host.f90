@@ -1,5 +1,5 @@
-! A whole host in Fortran, with a mod_gridvars of its own (fortran_gridvars.f90): reads a grid and its
-! solution, and writes the solution in double precision and big-endian byte order.
+! A whole host in Fortran, with a mod_gridvars of its own (fortran_gridvars.f90): reads a grid and
+! its solution, and writes the solution in double precision and big-endian byte order.
 !
 !     fortran_host GRID SOLUTION OUT
 !

@@ -310,7 +310,8 @@ module mod_p3dgrid
       import
       character(c_char), intent(in) :: filename(*)
       integer(c_size_t), value :: length
-      integer(c_int), value :: iformat, dblprec, nparamrows, nblocks, real_bytes, rsttype, multiblock
+      integer(c_int), value :: iformat, dblprec, nparamrows, nblocks, real_bytes, rsttype, &
+          multiblock
       type(*), intent(in) :: varvalues(*)
       type(*), intent(in), optional :: auxvalues(*)
       integer(c_int64_t), intent(in) :: shape(2), aux_shape(2), sizes(3)
@@ -345,11 +346,13 @@ module mod_p3dgrid
       integer(c_int), intent(in) :: idim(*), jdim(*), kdim(*)
     end subroutine
 
-    subroutine library_combinep3dvarfiles(real_bytes, leadvalues, shape, filename, length, iformat, &
+    subroutine library_combinep3dvarfiles(real_bytes, leadvalues, shape, filename, length, &
+        iformat, &
         dblprec, nparamrows, nblocks, idim, jdim, kdim, sizes, rsttype, multiblock) &
         bind(c, name='mod_p3dgrid_combinep3dvarfiles')
       import
-      integer(c_int), value :: real_bytes, iformat, dblprec, nparamrows, nblocks, rsttype, multiblock
+      integer(c_int), value :: real_bytes, iformat, dblprec, nparamrows, nblocks, rsttype, &
+          multiblock
       type(*), intent(in) :: leadvalues(*)
       integer(c_int64_t), intent(in) :: shape(2), sizes(3)
       character(c_char), intent(in) :: filename(*)
@@ -357,7 +360,8 @@ module mod_p3dgrid
       integer(c_int), intent(in) :: idim(*), jdim(*), kdim(*)
     end subroutine
 
-    subroutine library_writetecplotfile_p3d(filename, length, nblocks, xyz, shape, qvar, flow_shape, &
+    subroutine library_writetecplotfile_p3d(filename, length, nblocks, xyz, shape, qvar, &
+        flow_shape, &
         idim, jdim, kdim, sizes, iblank, blanking_size, useiblank) &
         bind(c, name='mod_p3dgrid_writetecplotfile_p3d')
       import
@@ -400,8 +404,8 @@ module mod_p3dgrid
       integer(c_int64_t), intent(out) :: place(5)
     end subroutine
 
-    ! Returns a text of the last failed read, valid until the next call: the file (1), what was found
-    ! (2), what was expected (3), or the whole line (4).
+    ! Returns a text of the last failed read, valid until the next call: the file (1), what was
+    ! found (2), what was expected (3), or the whole line (4).
     function library_failure_text(which, length) result(text) &
         bind(c, name='mod_p3dgrid_failure_text')
       import
@@ -669,7 +673,8 @@ contains
     call to_host()
   end subroutine
 
-  subroutine combinep3dvarfiles_single(leadvalues, filename, iformat, dblprec, nparamrows, nblocks, &
+  subroutine combinep3dvarfiles_single(leadvalues, filename, iformat, dblprec, nparamrows, &
+      nblocks, &
       idim, jdim, kdim, rsttype, multiblock)
     real(real32), contiguous, intent(in) :: leadvalues(:, :)
     character(*), intent(in) :: filename
@@ -683,7 +688,8 @@ contains
     call to_host()
   end subroutine
 
-  subroutine combinep3dvarfiles_double(leadvalues, filename, iformat, dblprec, nparamrows, nblocks, &
+  subroutine combinep3dvarfiles_double(leadvalues, filename, iformat, dblprec, nparamrows, &
+      nblocks, &
       idim, jdim, kdim, rsttype, multiblock)
     real(real64), contiguous, intent(in) :: leadvalues(:, :)
     character(*), intent(in) :: filename

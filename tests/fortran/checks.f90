@@ -1,5 +1,5 @@
-! What the test programs share: grids and solutions in memory, which the modules of the interop tests
-! write to files and read back with plain Fortran, and checks that count what is wrong.
+! What the test programs share: grids and solutions in memory, which the modules of the interop
+! tests write to files and read back with plain Fortran, and checks that count what is wrong.
 module checks
   use, intrinsic :: iso_fortran_env, only: error_unit, real32, real64
   use mod_gridvars
@@ -11,7 +11,8 @@ module checks
   implicit none
   public
 
-  character(11), parameter :: encodings(0:2) = [character(11) :: 'unformatted', 'formatted', 'binary']
+  character(11), parameter :: encodings(0:2) = [character(11) :: 'unformatted', 'formatted', &
+      'binary']
   integer, parameter :: text = 1
   integer, parameter :: extents(3, 2) = reshape([2, 2, 2, 3, 1, 1], [3, 2])
   integer, parameter :: total = 11
@@ -27,7 +28,8 @@ contains
     integer, intent(in) :: iformat
     logical, intent(in) :: is_double
     integer, intent(in), optional :: layout
-    circumstances = name // ' ' // trim(encodings(iformat)) // merge(' double', ' single', is_double)
+    circumstances = name // ' ' // trim(encodings(iformat)) // merge(' double', ' single', &
+        is_double)
     if (present(layout)) then
       write (circumstances(len_trim(circumstances) + 1:), '(a, i0)') ' layout ', layout
     end if

@@ -1,5 +1,5 @@
-! Ends of a run, one for each argument: a callback that stops, a halt, a fatal error. What Fortran has
-! written before must be there, and units of the library must be closed.
+! Ends of a run, one for each argument: a callback that stops, a halt, a fatal error. What Fortran
+! has written before must be there, and units of the library must be closed.
 program ends_test
   use mod_p3dgrid
   use checks

@@ -19,7 +19,8 @@ module mod_gridvars
 
 contains
 
-  subroutine dispreadwrite(mode, iparm1, iparm2, filename, iarg, larg, opt7, opt8, opt9, opt10, opt11)
+  subroutine dispreadwrite(mode, iparm1, iparm2, filename, iarg, larg, opt7, opt8, opt9, opt10, &
+      opt11)
     integer, intent(in) :: mode, iparm1, iparm2, iarg
     character(40), intent(in) :: filename
     logical, intent(in) :: larg
@@ -30,7 +31,8 @@ contains
     variable = '-'
     if (present(opt7)) write (variable, '(i0)') opt7
     write (text, '(a, 3(i0, ", "), 2a, i0, 10a)') 'dispreadwrite(', mode, iparm1, iparm2, &
-      trim(filename), ', ', iarg, ', ', shown(larg), ', ', trim(variable), ', ', shown(opt8), ', ', &
+      trim(filename), ', ', iarg, ', ', shown(larg), ', ', trim(variable), ', ', shown(opt8), &
+          ', ', &
       shown(opt9), ', ', shown(opt10) // ', ' // shown(opt11) // ')'
     call note(text)
   end subroutine

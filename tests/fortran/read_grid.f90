@@ -53,7 +53,8 @@ contains
     call write_sample(iformat, is_double, has_iblank, g)
     call set_circumstances('read into singles', iformat, is_double)
     ! The name in a longer string.
-    call readp3dgrid('grid' // repeat(' ', 100), iformat, is_double, nblocks, ndim, xyz, idim, jdim, &
+    call readp3dgrid('grid' // repeat(' ', 100), iformat, is_double, nblocks, ndim, xyz, idim, &
+        jdim, &
                      kdim, iblank, has_iblank, .true.)
     call expect_calls_of_read(iformat, is_double, has_iblank, is_double .and. iformat /= text)
     call expect(nblocks == 2 .and. ndim == 3, 'counts')
@@ -137,7 +138,8 @@ contains
     write (u)
     close (u)
     call set_circumstances('no blocks', 0, .false.)
-    call readp3dgrid('grid', 0, .false., nblocks, ndim, xyz, idim, jdim, kdim, iblank, .true., .true.)
+    call readp3dgrid('grid', 0, .false., nblocks, ndim, xyz, idim, jdim, kdim, iblank, .true., &
+        .true.)
     call expect(nblocks == 0, 'block count')
     call expect(allocated(xyz) .and. allocated(idim) .and. allocated(iblank), 'allocation')
     call expect(size(idim) == 0 .and. size(iblank) == 0, 'sizes')
@@ -156,7 +158,8 @@ contains
     call cut('grid', 12 + 32 + 4 + 8*4)
     call p3dclearfailure()
     call set_circumstances('cut file', 0, .false.)
-    call readp3dgrid('grid', 0, .false., nblocks, ndim, xyz, idim, jdim, kdim, iblank, .true., .true.)
+    call readp3dgrid('grid', 0, .false., nblocks, ndim, xyz, idim, jdim, kdim, iblank, .true., &
+        .true.)
     call expect_calls([character(longest_call) :: &
                        'dispreadwrite(1, 10, 200, grid, 0, F, -, T, T, -, -)', &
                        'checkallocationerror(0)', 'checkallocationerror(0)', &
@@ -167,7 +170,8 @@ contains
     failure = p3dlastfailure()
     call expect(failure%status == -1 .and. failure%unit == 13 .and. failure%record == 3, 'place')
     call expect(failure%file == 'grid' .and. failure%offset == 80, 'file and offset')
-    call expect(index(failure%text, 'grid: record 3, byte 80: found ' // failure%found) == 1, 'text')
+    call expect(index(failure%text, 'grid: record 3, byte 80: found ' // failure%found) == 1, &
+        'text')
     call p3dclearfailure()
     failure = p3dlastfailure()
     call expect(failure%status == 0, 'cleared')

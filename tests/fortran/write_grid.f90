@@ -69,7 +69,8 @@ contains
     call set_circumstances('write doubles', iformat, is_double)
     call writep3dgrid('written', iformat, is_double, 2, 3, xyz, extents(1, :), extents(2, :), &
                       extents(3, :), g%iblank, has_iblank, .true.)
-    call expect_calls_of_write(iformat, is_double, has_iblank, .not. is_double .and. iformat /= text)
+    call expect_calls_of_write(iformat, is_double, has_iblank, &
+        .not. is_double .and. iformat /= text)
     expected = xyz
     if (.not. is_double .and. iformat /= text) expected = real(real(xyz, real32), real64)
     call expect_file(iformat, is_double .or. iformat == text, has_iblank, expected)
