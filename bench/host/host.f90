@@ -93,7 +93,7 @@ contains
     integer(int32), allocatable :: extents(:, :)
     call load_source(r%input, extents, xyz, flow)
     allocate (dqvar(size(extents, 2), 4))
-    dqvar = 0
+    dqvar = 0.5
     seconds = clock()
     call writep3drestart(r%output, iformat, r%precision == 'double', size(extents, 2), &
                          size(extents, 2), flow, triplets, extents(1, :), extents(2, :), &
