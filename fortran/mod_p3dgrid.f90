@@ -117,11 +117,17 @@ module mod_p3dgrid
   logical :: connected = .false.
 
   ! The variables of the library's contract with its host, which the library leaves undefined. Their
-  ! names are those that C++ compilers give to the members of the namespace mod_gridvars.
-  integer(c_int), bind(c, name='_ZN12mod_gridvars9nfilesectE') :: contract_nfilesect
-  integer(c_int), bind(c, name='_ZN12mod_gridvars11rstrtvarsctE') :: contract_rstrtvarsct(30, 2)
-  integer(c_int), bind(c, name='_ZN12mod_gridvars11numrstrtvarE') :: contract_numrstrtvar(30)
-  integer(c_int), bind(c, name='_ZN12mod_gridvars11readallvarsE') :: contract_readallvars
+  ! names are those that C++ compilers give to the members of the namespace mod_gridvars. Initial
+  ! values and public access make them definitions that replace those of a shared library; no host
+  ! uses them.
+  integer(c_int), public, bind(c, name='_ZN12mod_gridvars9nfilesectE') :: &
+      p3d_contract_nfilesect = 0
+  integer(c_int), public, bind(c, name='_ZN12mod_gridvars11rstrtvarsctE') :: &
+      p3d_contract_rstrtvarsct(30, 2) = 0
+  integer(c_int), public, bind(c, name='_ZN12mod_gridvars11numrstrtvarE') :: &
+      p3d_contract_numrstrtvar(30) = 0
+  integer(c_int), public, bind(c, name='_ZN12mod_gridvars11readallvarsE') :: &
+      p3d_contract_readallvars = 0
 
   ! Procedures of this module that the library calls. An allocatable passes through the library as
   ! the address of its descriptor, which the library does not look into.
@@ -869,10 +875,10 @@ contains
     integer(c_int64_t) :: extents(2)
     type(c_ptr) :: values
     call connect()
-    contract_nfilesect = nfilesect
-    contract_rstrtvarsct = rstrtvarsct
-    contract_numrstrtvar = numrstrtvar
-    contract_readallvars = -bits(readallvars)  ! all bits set, as the library stores true
+    p3d_contract_nfilesect = nfilesect
+    p3d_contract_rstrtvarsct = rstrtvarsct
+    p3d_contract_numrstrtvar = numrstrtvar
+    p3d_contract_readallvars = -bits(readallvars)  ! all bits set, as the library stores true
     call library_take_variables(bits(debugprint))
     extents = 1
     values = c_null_ptr
@@ -896,7 +902,7 @@ contains
   end subroutine
 
   subroutine to_host()
-    numrstrtvar = contract_numrstrtvar
+    numrstrtvar = p3d_contract_numrstrtvar
     debugprint = library_give_variables() /= 0
     call arrays_to_host()
   end subroutine
