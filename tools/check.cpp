@@ -17,7 +17,7 @@ struct CheckOptions {
 };
 
 constexpr Usage check_usage = {.command_line = "p3dgrid check GRID RESTART",
-                         .grid_alone = "'p3dgrid check GRID' looks for damage in it"};
+                               .grid_alone = "'p3dgrid check GRID' looks for damage in it"};
 
 /// Bytes after the last record are damage here, although readers can ignore them.
 void require_end(const std::string& path, const Found& found) {
@@ -42,8 +42,8 @@ void check_alone(const AnyFile& file) {
 
 void check_pair(const CheckOptions& options) {
   const AnyFile& grid = options.file;
-  const Case found =
-      find_case(grid.path, grid.grid, options.restart_path, grid.restart, check_usage, Look::everywhere);
+  const Case found = find_case(grid.path, grid.grid, options.restart_path, grid.restart,
+                               check_usage, Look::everywhere);
   require_end(grid.path, found.grid);
   require_end(options.restart_path, found.restart);
   print_line(grid.path + " and " + options.restart_path + " agree");

@@ -13,10 +13,10 @@ namespace p3dgrid::tool {
 /// Returns what is wrong with the text of a value; empty if nothing is.
 using Check = std::function<std::string(const std::string& text)>;
 
-/// Where the value of an option goes. `bool` makes it a flag, a vector takes two numbers.
+/// Where the value of an option goes. `bool` makes it a flag, a vector takes several values.
 using Target = std::variant<bool*, integer*, double*, std::string*, std::vector<double>*,
-                            std::optional<integer>*, std::optional<double>*,
-                            std::function<void(const std::string&)>>;
+                            std::vector<std::string>*, std::optional<integer>*,
+                            std::optional<double>*, std::function<void(const std::string&)>>;
 
 /// Accept numbers from `low` to `high`.
 [[nodiscard]] Check in_range(integer low, integer high);
@@ -32,11 +32,20 @@ struct Option {
   std::string group = {};                 ///< heading in the help; empty for the default
   std::string excludes = {};              ///< an option that cannot be given together with it
   bool is_input = false;                  ///< its value names a file that is read
+  /// Values of a vector; `any_count` for one or more. Those of files end with the file written.
+  int values = 2;
+
+  static constexpr int any_count = -1;
 };
 
 /// A file or folder that a command works on.
 struct Argument {
-  enum class Use { input, output, folder };
+  enum class Use {
+    input,
+    output,
+    folder,
+    inputs_and_output,  ///< a vector; the last is written
+  };
   enum class Presence {
     required,
     optional,
@@ -44,7 +53,7 @@ struct Argument {
   };
 
   std::string name;
-  std::string* target;
+  std::variant<std::string*, std::vector<std::string>*> target;
   std::string meaning;
   Use use = Use::input;
   Presence presence = Presence::required;
@@ -67,6 +76,12 @@ struct Command {
 [[nodiscard]] Command restart_command();
 [[nodiscard]] Command tecplot_command();
 [[nodiscard]] Command plot_command();
+[[nodiscard]] Command extract_command();
+[[nodiscard]] Command merge_command();
+[[nodiscard]] Command split_command();
+[[nodiscard]] Command transform_command();
+[[nodiscard]] Command quality_command();
+[[nodiscard]] Command vtk_command();
 
 /// A program and its commands.
 struct Program {

@@ -1,4 +1,5 @@
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <memory>
 #include <mod_p3dgrid/version.hpp>
 #include <sstream>
@@ -28,7 +29,8 @@ class UsageFormatter : public CLI::Formatter {
 /// Moves the last word to the argument that takes it, if an optional one before it was left out.
 void take_last(CLI::App& line, const Argument& last, std::string& before) {
   line.formatter(std::make_shared<UsageFormatter>(last.name));
-  line.callback([&before, &text = *last.target, name = last.name] {
+  std::string& text = *std::get<std::string*>(last.target);
+  line.callback([&before, &text, name = last.name] {
     if (text.empty()) std::swap(text, before);
     if (text.empty()) throw CLI::RequiredError(name);
   });
@@ -37,20 +39,23 @@ void take_last(CLI::App& line, const Argument& last, std::string& before) {
 void add_arguments(CLI::App& line, const std::vector<Argument>& arguments) {
   std::string* before = nullptr;
   for (const Argument& argument : arguments) {
-    line.add_option(argument.name, *argument.target, argument.meaning)
+    std::visit(
+        [&](auto* target) { return line.add_option(argument.name, *target, argument.meaning); },
+        argument.target)
         ->required(argument.presence == Argument::Presence::required)
         ->check(argument.use == Argument::Use::output ? wrong_output_name : wrong_name)
         ->type_name("");
     if (argument.presence == Argument::Presence::last) take_last(line, argument, *before);
-    before = argument.target;
+    if (auto* const* target = std::get_if<std::string*>(&argument.target)) before = *target;
   }
 }
 
 CLI::Option* add_option_for(CLI::App& line, const Option& option, bool* flag) {
   return line.add_flag(option.name, *flag, option.meaning);
 }
-CLI::Option* add_option_for(CLI::App& line, const Option& option, std::vector<double>* pair) {
-  return line.add_option(option.name, *pair, option.meaning)->expected(2);
+template <class Value>
+CLI::Option* add_option_for(CLI::App& line, const Option& option, std::vector<Value>* values) {
+  return line.add_option(option.name, *values, option.meaning)->expected(option.values);
 }
 CLI::Option* add_option_for(CLI::App& line, const Option& option,
                             const std::function<void(const std::string&)>& take) {
@@ -112,14 +117,27 @@ Failure usage_failure(const Program& program, const std::string& what,
 void unpack_inputs(const Command& command) {
   std::string output;
   const auto unpack = [&output](std::string& path) { path = path_to_read(path, output); };
+  const auto unpack_all_but_last = [&](std::vector<std::string>& paths) {
+    if (paths.empty()) return;
+    output = paths.back();
+    std::for_each(paths.begin(), paths.end() - 1, unpack);
+  };
   for (const Argument& argument : command.arguments) {
-    if (argument.use == Argument::Use::output) output = *argument.target;
+    if (argument.use == Argument::Use::output) output = *std::get<std::string*>(argument.target);
   }
   for (const Argument& argument : command.arguments) {
-    if (argument.use == Argument::Use::input) unpack(*argument.target);
+    if (argument.use == Argument::Use::input) unpack(*std::get<std::string*>(argument.target));
+    if (argument.use == Argument::Use::inputs_and_output) {
+      unpack_all_but_last(*std::get<std::vector<std::string>*>(argument.target));
+    }
   }
   for (const Option& option : command.options) {
-    if (option.is_input) unpack(*std::get<std::string*>(option.target));
+    if (!option.is_input) continue;
+    if (auto* const* path = std::get_if<std::string*>(&option.target)) {
+      unpack(**path);
+    } else {
+      unpack_all_but_last(*std::get<std::vector<std::string>*>(option.target));
+    }
   }
 }
 

@@ -6,6 +6,8 @@
 #include <MOD_P3DReader.hpp>
 #include <cerrno>
 #include <cstdio>
+#include <functional>
+#include <set>
 #include <string>
 #include <system_error>
 #include <utility>
@@ -93,7 +95,9 @@ void print_library_line(std::string_view line) {
 }
 
 void print_note(std::string_view text) {
-  if (!quiet) print_error_line(program_name + ": note: ", printable(text));
+  static std::set<std::string, std::less<>> printed;
+  if (quiet || !printed.emplace(text).second) return;
+  print_error_line(program_name + ": note: ", printable(text));
 }
 
 void print_failure(std::string_view text) {

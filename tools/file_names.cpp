@@ -47,6 +47,20 @@ std::string wrong_output_name(const std::string& text) {
   return "'" + text + "' ends in " + ending + ", the ending of a format that is not written";
 }
 
+std::string numbered_path(const std::string& path, std::size_t number, std::size_t count) {
+  std::filesystem::path name = path;
+  std::string ending;
+  if (is_compressed_name(path)) {
+    ending = name.extension().string();
+    name.replace_extension();
+  }
+  ending = name.extension().string() + ending;
+  name.replace_extension();
+  std::string digits = std::to_string(number);
+  digits.insert(0, std::to_string(count).size() - digits.size(), '0');
+  return name.string() + "-" + digits + ending;
+}
+
 void note_contradiction(const std::string& path, const Coding& written) {
   if (is_text(written) || ending_of(path) != ".txt") return;
   print_note(path + ": is " + describe(written) +

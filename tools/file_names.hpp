@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <p3dgrid/form.hpp>
 #include <string>
 
@@ -14,6 +15,11 @@ namespace p3dgrid::tool {
 
 /// The same for a file that is written: its ending may also be that of another format.
 [[nodiscard]] std::string wrong_output_name(const std::string& text);
+
+/// The name of file `number` of `count`: "grid-01.p3d" for "grid.p3d". Numbers have equally many
+/// digits.
+[[nodiscard]] std::string numbered_path(const std::string& path, std::size_t number,
+                                        std::size_t count);
 
 /// Prints a note if the name of a file that is written promises text and the coding is another.
 void note_contradiction(const std::string& path, const Coding& written);

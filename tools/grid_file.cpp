@@ -17,8 +17,8 @@ GridInput::GridInput(const std::string& path, const Found& found)
       found_(found),
       reader_(advised([&] { return GridReader(path, found.reading); })) {}
 
-Block GridInput::read(std::size_t block) {
-  return advised([&] { return reader_.read(static_cast<std::int32_t>(block)); });
+Block GridInput::read(std::size_t block, const IndexRange& range) {
+  return advised([&] { return reader_.read(static_cast<std::int32_t>(block), range); });
 }
 
 std::vector<BlockIndex> GridInput::index() {

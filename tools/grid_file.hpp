@@ -16,8 +16,8 @@ class GridInput {
 
   [[nodiscard]] const Extents& extents() const { return reader_.extents(); }
 
-  /// Reads a block, counted from 0.
-  [[nodiscard]] Block read(std::size_t block);
+  /// Reads a block, counted from 0, or a range of its points.
+  [[nodiscard]] Block read(std::size_t block, const IndexRange& range = {});
 
   /// The places of all arrays.
   [[nodiscard]] std::vector<BlockIndex> index();

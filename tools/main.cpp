@@ -29,7 +29,9 @@ Program program() {
           .meaning = "Reads, describes and converts PLOT3D multi-block grids and flow solutions",
           .footer = footer,
           .commands = {sample_command(), info_command(), convert_command(), check_command(),
-                       restart_command(), tecplot_command(), plot_command()}};
+                       restart_command(), extract_command(), merge_command(), split_command(),
+                       transform_command(), quality_command(), tecplot_command(), vtk_command(),
+                       plot_command()}};
 }
 
 [[noreturn]] void end_run(const mod_p3dgrid::RunEnd& end) {

@@ -1,9 +1,11 @@
 #include "options.hpp"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <utility>
 
+#include "failure.hpp"
 #include "file_names.hpp"
 
 namespace p3dgrid::tool {
@@ -125,12 +127,45 @@ void add_target_options(Command& command, StatedRestartForm& change, HeaderValue
   add("--step-size", values.step_size, "layouts 1, 100 and 101: time-step size");
 }
 
+std::string PartOptions::solution_output() const {
+  if (!has_solution()) return "";
+  const std::string wrong = wrong_output_name(solutions.back());
+  if (!wrong.empty()) throw Unusable("--restart: " + wrong);
+  return solutions.back();
+}
+
+StatedRestartForm PartOptions::restart_change() const {
+  return {.layout = layout, .coding = change.coding, .multiblock = change.multiblock};
+}
+
+void add_part_options(Command& command, PartOptions& options, int values) {
+  command.options.push_back(
+      {.name = "--restart",
+       .target = &options.solutions,
+       .meaning = values == 2 ? "Do the same with its solution RESTART, and write it to OUT"
+                              : "Do the same with their solutions, one for each grid, and write "
+                                "them to OUT",
+       .value_name = values == 2 ? "RESTART OUT" : "RESTART... OUT",
+       .check = wrong_name,
+       .is_input = true,
+       .values = values});
+  add_grid_options(command, options.grid);
+  add_restart_options(command, options.restart);
+  add_target_options(command, options.change);
+  MemberOptions{command, "--to", target_group}(layout_member, options.layout);
+}
+
+std::optional<double> real_in(const std::string& text) {
+  char* end = nullptr;
+  const double value = std::strtod(text.c_str(), &end);
+  const bool whole = !text.empty() && end == text.c_str() + text.size();
+  return whole && std::isfinite(value) ? std::optional(value) : std::nullopt;
+}
+
 Option gamma_option(double& gamma, const std::string& purpose) {
   const auto wrong_ratio = [](const std::string& text) -> std::string {
-    char* end = nullptr;
-    const double value = std::strtod(text.c_str(), &end);
-    const bool whole = end == text.c_str() + text.size();
-    if (whole && value >= 1 && value <= 3) return "";
+    const auto value = real_in(text);
+    if (value && *value >= 1 && *value <= 3) return "";
     return "'" + text + "' is no ratio of specific heats from 1 to 3";
   };
   return {.name = "--gamma",

@@ -22,7 +22,7 @@ namespace {
 constexpr std::array ending_signals = {SIGHUP, SIGINT, SIGTERM};
 
 // The paths that the signal handler removes, which may touch nothing else of the program.
-constexpr std::size_t places = 32;
+constexpr std::size_t places = 1 << 14;
 std::array<std::atomic<const char*>, places> unfinished_paths{};
 static_assert(std::atomic<const char*>::is_always_lock_free);
 
@@ -195,7 +195,7 @@ bool create_temporary(std::optional<UnfinishedFile>& file, const std::string& fo
   return false;
 }
 
-OutputFile::OutputFile(std::string path, std::initializer_list<std::string> inputs)
+OutputFile::OutputFile(std::string path, const std::vector<std::string>& inputs)
     : path_(std::move(path)) {
   for (const std::string& input : inputs) require_different_files(original_path(input), path_);
   target_ = target_of(path_);

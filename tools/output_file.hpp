@@ -4,9 +4,9 @@
 
 #include <cstddef>
 #include <functional>
-#include <initializer_list>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace p3dgrid::tool {
 
@@ -49,7 +49,7 @@ class OutputFile {
   /// is not writable, or `path` is something else than a writable regular file. A symbolic link
   /// stays, and the file it leads to is replaced.
   /// @param inputs  files that are read; `path` must not be one of them
-  explicit OutputFile(std::string path, std::initializer_list<std::string> inputs = {});
+  explicit OutputFile(std::string path, const std::vector<std::string>& inputs = {});
   OutputFile(const OutputFile&) = delete;
   OutputFile& operator=(const OutputFile&) = delete;
   ~OutputFile() = default;

@@ -39,8 +39,8 @@ SolutionBlock RestartInput::read(std::size_t block) {
   return advised([&] { return reader_.read(static_cast<std::int32_t>(block)); });
 }
 
-Reals RestartInput::read(std::size_t block, const FlowArray& array) {
-  return advised([&] { return reader_.read(static_cast<std::int32_t>(block), array); });
+Reals RestartInput::read(std::size_t block, const FlowArray& array, const IndexRange& range) {
+  return advised([&] { return reader_.read(static_cast<std::int32_t>(block), array, range); });
 }
 
 std::vector<BlockIndex> RestartInput::index() {

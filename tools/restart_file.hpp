@@ -19,7 +19,7 @@ class RestartInput {
   [[nodiscard]] const SolutionHeader& header() const { return reader_.header(); }
   [[nodiscard]] std::vector<double> parameters(std::size_t block);
   [[nodiscard]] SolutionBlock read(std::size_t block);
-  [[nodiscard]] Reals read(std::size_t block, const FlowArray& array);
+  [[nodiscard]] Reals read(std::size_t block, const FlowArray& array, const IndexRange& range = {});
 
   /// The places of all arrays.
   [[nodiscard]] std::vector<BlockIndex> index();

@@ -121,8 +121,8 @@ void convert(allocatable<double, 2>& flow, double gamma) {
 
 void export_tecplot(const TecplotOptions& options) {
   OutputFile output(options.output, {options.grid_path, options.restart_path});
-  const Case found =
-      find_case(options.grid_path, options.grid, options.restart_path, options.restart, tecplot_usage);
+  const Case found = find_case(options.grid_path, options.grid, options.restart_path,
+                               options.restart, tecplot_usage);
   const RestartForm& form = found.restart.restart();
   const Extents& extents = found.extents;
   RestartInput restart(options.restart_path, found.restart, extents);

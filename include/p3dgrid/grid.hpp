@@ -12,6 +12,7 @@
 #include "p3dgrid/error.hpp"
 #include "p3dgrid/form.hpp"
 #include "p3dgrid/index.hpp"
+#include "p3dgrid/index_range.hpp"
 
 #pragma GCC visibility push(default)
 
@@ -37,14 +38,6 @@ struct Grid {
 
   /// The extents of its blocks.
   [[nodiscard]] Extents extents() const;
-};
-
-/// The points of a block from `first` up to `last`, which are included; counted from 0.
-struct IndexRange {
-  BlockExtents first = {};                                   ///< lowest indices
-  BlockExtents last = {all_points, all_points, all_points};  ///< highest; at most the block's last
-
-  static constexpr std::int32_t all_points = 0x7fffffff;  ///< up to the last point
 };
 
 /// Memory of the caller for the points of a block, one value each in every array.

@@ -1,15 +1,10 @@
 #include "front/point_runs.hpp"
 
-#include <algorithm>
+#include <cstring>
+#include <vector>
 
 namespace p3dgrid {
 namespace {
-
-/// Points of the range in one direction.
-std::int32_t length(std::int32_t extent, std::int32_t first, std::int32_t last) {
-  const std::int64_t end = std::min(std::int64_t{last} + 1, std::int64_t{extent});
-  return static_cast<std::int32_t>(std::max<std::int64_t>(0, end - first));
-}
 
 /// The entry for `count` of its values from `first` on.
 recordio::Values<void> part_of(recordio::Values<void> entry, std::int64_t first,
@@ -19,33 +14,50 @@ recordio::Values<void> part_of(recordio::Values<void> entry, std::int64_t first,
   return entry;
 }
 
+/// Copies every `stride`-th of the values in `line` to the entry.
+void take_every(std::int32_t stride, const std::vector<char>& line, recordio::Values<void> entry) {
+  const auto size = static_cast<std::size_t>(bytes_of(entry.memory_kind));
+  char* to = static_cast<char*>(entry.memory);
+  for (std::size_t from = 0; from < line.size(); from += static_cast<std::size_t>(stride) * size) {
+    std::memcpy(to, line.data() + from, size);
+    to += size;
+  }
+}
+
 }  // namespace
 
 PointRuns::PointRuns(const BlockExtents& block, const IndexRange& range)
-    : block_(block),
-      first_{std::max(range.first.i, 0), std::max(range.first.j, 0), std::max(range.first.k, 0)},
-      extents_{length(block.i, first_.i, range.last.i), length(block.j, first_.j, range.last.j),
-               length(block.k, first_.k, range.last.k)} {}
+    : block_(block), range_(range.in(block)), extents_(range.extents_in(block)) {}
 
-/// Calls `take(first, count)` for each run, in file order.
+/// Calls `take(first, count)` for each run, in file order. With a stride in i a run includes the
+/// points between.
 template <class Take>
 void PointRuns::for_each_run(Take take) const {
   if (points() == 0) return;
-  const auto start = [this](std::int64_t j, std::int64_t k) {
-    return first_.i + block_.i * (first_.j + j + block_.j * (first_.k + k));
+  const Indices i = range_.of(Direction::i);
+  const Indices j = range_.of(Direction::j);
+  const Indices k = range_.of(Direction::k);
+  const auto start = [&](std::int64_t row, std::int64_t plane) {
+    return i.first + block_.i * (row + block_.j * plane);
   };
   const bool whole_lines = extents_.i == block_.i;
-  if (whole_lines && extents_.j == block_.j) return take(start(0, 0), points());
-  for (std::int64_t k = 0; k < extents_.k; ++k) {
-    if (whole_lines) {
-      take(start(0, k), std::int64_t{extents_.i} * extents_.j);
+  const bool whole_planes = whole_lines && extents_.j == block_.j;
+  if (whole_planes && k.stride == 1) return take(start(0, k.first), points());
+  const std::int64_t in_plane = std::int64_t{extents_.i} * extents_.j;
+  for (std::int64_t plane = k.first; plane <= k.last; plane += k.stride) {
+    if (whole_lines && j.stride == 1) {
+      take(start(j.first, plane), in_plane);
       continue;
     }
-    for (std::int64_t j = 0; j < extents_.j; ++j) take(start(j, k), extents_.i);
+    for (std::int64_t row = j.first; row <= j.last; row += j.stride) {
+      take(start(row, plane), std::int64_t{i.last} - i.first + 1);
+    }
   }
 }
 
 void PointRuns::read(SourceFile& source, const recordio::Values<void>& entry) const {
+  const std::int32_t stride = range_.stride.i;
+  std::vector<char> line;
   std::int64_t at = 0;
   std::int64_t read = 0;
   const auto drop_to = [&](std::int64_t point) {
@@ -54,8 +66,18 @@ void PointRuns::read(SourceFile& source, const recordio::Values<void>& entry) co
   };
   for_each_run([&](std::int64_t first, std::int64_t count) {
     drop_to(first);
-    source.read_part(part_of(entry, read, count));
-    read += count;
+    if (extents_.i == 1 || stride == 1) {
+      source.read_part(part_of(entry, read, count));
+      read += count;
+    } else {
+      line.resize(static_cast<std::size_t>(count * bytes_of(entry.memory_kind)));
+      recordio::Values<void> whole = entry;
+      whole.memory = line.data();
+      whole.count = count;
+      source.read_part(whole);
+      take_every(stride, line, part_of(entry, read, extents_.i));
+      read += extents_.i;
+    }
     at = first + count;
   });
   drop_to(block_.points());

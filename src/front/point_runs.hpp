@@ -26,7 +26,7 @@ class PointRuns {
   void for_each_run(Take take) const;
 
   BlockExtents block_;
-  BlockExtents first_;
+  IndexRange range_;
   BlockExtents extents_;
 };
 

@@ -185,7 +185,8 @@ TEST_F(FrontGrid, HasNoPointsInARangeOutsideOfIt) {
   constexpr std::int32_t least = std::numeric_limits<std::int32_t>::min();
   constexpr std::int32_t most = std::numeric_limits<std::int32_t>::max();
   EXPECT_EQ(reader.read(0, {.first = {1, 0, 0}, .last = {0, 0, 0}}).x.size(), 0);
-  EXPECT_EQ(reader.read(0, {.first = {most, 0, 0}}).x.size(), 0);
+  EXPECT_EQ(reader.read(0, {.first = {most - 1, 0, 0}}).x.size(), 0);
+  EXPECT_THAT(list_of(reader.read(0, {.first = {most, 0, 0}}).x), ElementsAre(0.2));
   EXPECT_EQ(reader.read(0, {.first = {1, 0, 0}, .last = {least, 0, 0}}).extents.i, 0);
   EXPECT_EQ(reader.read(0, {.first = {least, least, least}}).x.size(), 2);
   EXPECT_THAT(list_of(reader.read(1).z), ElementsAre(9, 10));

@@ -44,7 +44,8 @@ class InstalledTest(ToolTest):
 class Help(InstalledTest):
     def test_every_command_is_there(self):
         self.assertEqual(self.commands(),
-                         ["sample", "info", "convert", "check", "restart", "tecplot", "plot"])
+                         ["sample", "info", "convert", "check", "restart", "extract", "merge", "split",
+                          "transform", "quality", "tecplot", "vtk", "plot"])
 
     def test_examples_run(self):
         """Runs each in the folder of a sample case, whose files replace those of the example."""
@@ -148,7 +149,7 @@ class BashCompletion(InstalledTest):
     def test_commands(self):
         self.assertEqual(self.complete("p3dgrid "), self.commands())
         self.assertEqual(self.complete("p3dgrid co"), ["convert"])
-        self.assertEqual(self.complete("p3dgrid --quiet t"), ["tecplot"])
+        self.assertEqual(self.complete("p3dgrid --quiet te"), ["tecplot"])
         self.assertEqual(self.complete("p3dgrid --ver"), ["--version", "--verbose"])
 
     def test_every_option_of_every_command(self):

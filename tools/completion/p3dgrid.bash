@@ -43,7 +43,7 @@ _p3dgrid() {
   elif [[ $previous == -* ]] && _p3dgrid_takes_value "$help" "$previous"; then
     mapfile -t COMPREPLY < <(compgen -W "$(_p3dgrid_values "$help" "$previous")" -- "$current")
     [[ $previous == --plane ]] && compopt -o nospace 2>/dev/null
-    [[ $previous == --grid ]] && compopt -o default 2>/dev/null
+    [[ $previous == --grid || $previous == --restart ]] && compopt -o default 2>/dev/null
   else
     compopt -o default 2>/dev/null # files
   fi

@@ -1,0 +1,133 @@
+#include <memory>
+#include <p3dgrid/index_range.hpp>
+#include <string>
+#include <vector>
+
+#include "block_list.hpp"
+#include "command.hpp"
+#include "console.hpp"
+#include "failure.hpp"
+#include "options.hpp"
+#include "part_files.hpp"
+#include "table.hpp"
+
+namespace p3dgrid::tool {
+namespace {
+
+struct ExtractOptions {
+  std::string input;
+  std::string output;
+  std::string blocks;
+  IndexRange range;
+  bool uneven = false;
+  PartOptions files;
+};
+
+constexpr Usage extract_usage = {
+    .command_line = "p3dgrid extract GRID OUT --restart RESTART OUT",
+    .grid_alone = "'p3dgrid extract GRID OUT' without --restart takes a grid alone"};
+
+std::string wrong_indices(const std::string& text) {
+  if (indices_in(text)) return "";
+  return "'" + text + "' is no index range such as 5, last, 1:33 or 1:last:2, counted from 1";
+}
+
+/// The index as the user counts it.
+std::string text_of(std::int32_t index) {
+  return index == Indices::all_points ? "last" : std::to_string(std::int64_t{index} + 1);
+}
+
+/// Refuses a range that leaves the block or, unless it is `uneven`, misses the last point asked
+/// for. Returns whether it misses it.
+bool require_in(const Indices& asked, Direction direction, const ExtractOptions& options,
+                const Extents& extents, std::size_t block) {
+  const std::int32_t extent = along(extents.of(block), direction);
+  const std::string place = options.input + ": block " + std::to_string(block + 1) + " has " +
+                            counted(extent, "point") + " in " + name_of(direction);
+  const std::int32_t highest = asked.last == Indices::all_points ? asked.first : asked.last;
+  if (highest != Indices::all_points && highest >= extent) {
+    throw Unusable(place + ", and there is none of index " + text_of(highest));
+  }
+  const Indices indices = asked.in(extent);
+  const std::int32_t end = asked.last == Indices::all_points ? extent - 1 : asked.last;
+  if (indices.last == end) return false;
+  if (options.uneven) return true;
+  throw Unusable(place + ", and steps of " + std::to_string(asked.stride) + " from " +
+                 text_of(indices.first) + " miss the last of them, " + text_of(end) +
+                 "; --uneven leaves it out");
+}
+
+/// The parts of the blocks asked for.
+std::vector<Part> parts_of(const ExtractOptions& options, const Extents& extents) {
+  std::vector<Part> parts;
+  std::string uneven;
+  for (const std::int32_t block : blocks_in(options.blocks, options.input, extents.blocks())) {
+    const auto b = static_cast<std::size_t>(block);
+    bool misses = false;
+    for (const Direction d : all_directions) {
+      misses = require_in(options.range.of(d), d, options, extents, b) || misses;
+    }
+    if (misses) uneven += (uneven.empty() ? "" : ",") + std::to_string(block + 1);
+    parts.push_back({.block = b, .range = options.range});
+  }
+  if (!uneven.empty()) {
+    print_note(options.output +
+               " leaves out the last points of blocks whose extents are no "
+               "multiple of the step plus one: " +
+               uneven);
+  }
+  return parts;
+}
+
+void extract_parts(const ExtractOptions& options) {
+  const PartOptions& files = options.files;
+  PartOutput output(files, {options.input}, options.output, files.solution_output());
+  std::deque<CaseInput> inputs =
+      open_cases(files, {options.input}, extract_usage,
+                 "'p3dgrid extract GRID OUT --restart " + options.input + " OUT' takes it");
+  output.write({inputs, parts_of(options, inputs.front().extents())});
+  output.commit();
+}
+
+}  // namespace
+
+Command extract_command() {
+  const auto options = std::make_shared<ExtractOptions>();
+  Command command{
+      .name = "extract",
+      .meaning = "Write blocks, index ranges or every n-th point of a grid and its solution",
+      .footer =
+          "Ranges are FIRST:LAST:STEP, FIRST:LAST or one index, counted from 1; last is the last "
+          "point.\n\n"
+          "Examples:\n"
+          "  p3dgrid extract grid.p3d coarse.p3d --i 1:last:2 --j 1:last:2 --k 1:last:2\n"
+          "  p3dgrid extract grid.p3d wall.p3d --blocks 1,3 --j 1\n"
+          "  p3dgrid extract grid.p3d coarse.p3d --i 1:last:2 --restart flow.q coarse.q",
+      .arguments = {{"GRID", &options->input, "Grid file to read"},
+                    {"OUT", &options->output, "Grid file to write; replaced whole or not at all",
+                     Argument::Use::output}},
+      .run = [options] { extract_parts(*options); }};
+  command.options.push_back({.name = "--blocks",
+                             .target = &options->blocks,
+                             .meaning = "Blocks in the order to write, counted from 1; default all",
+                             .value_name = "LIST",
+                             .check = wrong_block_list});
+  for (const Direction direction : all_directions) {
+    const auto take = [options = options.get(), direction](const std::string& text) {
+      if (const auto indices = indices_in(text)) options->range.set(direction, *indices);
+    };
+    command.options.push_back({.name = std::string("--") + name_of(direction),
+                               .target = take,
+                               .meaning = std::string("Points to take in ") + name_of(direction),
+                               .value_name = "RANGE",
+                               .check = wrong_indices});
+  }
+  command.options.push_back({.name = "--uneven",
+                             .target = &options->uneven,
+                             .meaning = "Leave out the last points where the steps miss them, with "
+                                        "a note, instead of refusing"});
+  add_part_options(command, options->files);
+  return command;
+}
+
+}  // namespace p3dgrid::tool

@@ -1,0 +1,123 @@
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "command.hpp"
+#include "console.hpp"
+#include "failure.hpp"
+#include "file_names.hpp"
+#include "form_options.hpp"
+#include "info.hpp"
+#include "options.hpp"
+#include "part_files.hpp"
+#include "table.hpp"
+
+namespace p3dgrid::tool {
+namespace {
+
+struct MergeOptions {
+  std::vector<std::string> paths;  ///< those read, then the one written
+  PartOptions files;
+};
+
+constexpr Usage merge_usage = {
+    .command_line = "p3dgrid merge GRID... OUT --restart RESTART... OUT",
+    .grid_alone = "'p3dgrid merge GRID... OUT' without --restart takes grids alone"};
+
+/// Notes a difference between the first input and another, if there is one.
+void compare(const std::string& first, const std::string& other, const std::string& what,
+             const std::string& of_first, const std::string& of_other, const std::string& result) {
+  if (of_first == of_other) return;
+  print_note(other + ": " + what + " " + of_other + ", in " + first + " " + of_first + "; " +
+             result);
+}
+
+std::string precision_text(const Coding& coding) {
+  return is_text(coding) ? "of text" : name_of(coding.precision);
+}
+
+void compare_grids(const MergeOptions& options, const CaseInput& first, const CaseInput& other) {
+  const std::string& out = options.paths.back();
+  const auto note = [&](const std::string& what, const std::string& of_first,
+                        const std::string& of_other, const std::string& result) {
+    compare(first.path(), other.path(), what, of_first, of_other, result);
+  };
+  if (!options.files.change.coding.precision) {
+    note("precision", precision_text(first.form().coding), precision_text(other.form().coding),
+         out + " has the higher");
+  }
+  if (!options.files.change.iblank) {
+    note("blanking", name_of(first.form().iblank), name_of(other.form().iblank),
+         out + " holds 1 where there is none");
+  }
+  note("dimensions", name_of(first.form().coding.dimensions),
+       name_of(other.form().coding.dimensions), out + " has those of the first file");
+}
+
+void compare_solutions(const MergeOptions& options, const CaseInput& first,
+                       const CaseInput& other) {
+  const auto note = [&](const std::string& what, const std::string& of_first,
+                        const std::string& of_other, const std::string& result) {
+    compare(first.restart_path(), other.restart_path(), what, of_first, of_other,
+            options.files.solutions.back() + result);
+  };
+  const SolutionHeader& one = first.restart().header();
+  const SolutionHeader& two = other.restart().header();
+  if (one.form.layout != two.form.layout) return;  // refused later
+  if (!options.files.change.coding.precision) {
+    note("precision", precision_text(one.form.coding), precision_text(two.form.coding),
+         " has the higher");
+  }
+  note("variables", std::to_string(one.most_variables()), std::to_string(two.most_variables()),
+       " holds those of each block");
+  const auto values = header_values(one.form, one.run);
+  const auto others = header_values(two.form, two.run);
+  for (std::size_t n = 0; n < values.size() && n < others.size(); ++n) {
+    note(values[n].label, values[n].text(one.form), others[n].text(two.form),
+         " holds that of the first file");
+  }
+  const auto parameters = first.restart().parameters(0);
+  const auto other_parameters = other.restart().parameters(0);
+  const auto names = parameter_names(static_cast<std::int32_t>(parameters.size()), one.run.species);
+  for (std::size_t n = 0; n < parameters.size() && n < other_parameters.size(); ++n) {
+    note(names[n], digits(parameters[n]), digits(other_parameters[n]), " holds that of each block");
+  }
+}
+
+void merge(const MergeOptions& options) {
+  const PartOptions& files = options.files;
+  const std::vector<std::string> grids(options.paths.begin(), options.paths.end() - 1);
+  if (grids.size() < 2) throw Unusable("merge takes at least two grids and the file to write");
+  const std::string wrong = wrong_output_name(options.paths.back());
+  if (!wrong.empty()) throw Unusable(wrong);
+  PartOutput output(files, grids, options.paths.back(), files.solution_output());
+  std::deque<CaseInput> inputs = open_cases(
+      files, grids, merge_usage, "'" + std::string(merge_usage.command_line) + "' takes it");
+  for (std::size_t n = 1; n < inputs.size(); ++n) {
+    compare_grids(options, inputs.front(), inputs[n]);
+    if (files.has_solution()) compare_solutions(options, inputs.front(), inputs[n]);
+  }
+  output.write({inputs, whole_blocks(inputs)});
+  output.commit();
+}
+
+}  // namespace
+
+Command merge_command() {
+  const auto options = std::make_shared<MergeOptions>();
+  Command command{
+      .name = "merge",
+      .meaning = "Write the blocks of several grids, and of their solutions, into one file",
+      .footer =
+          "Examples:\n"
+          "  p3dgrid merge grid.p3d upper.p3d all.p3d\n"
+          "  p3dgrid merge grid.p3d grid.p3d all.p3d --restart flow.q flow.q all.q",
+      .arguments = {{"GRID... OUT", &options->paths,
+                     "Grid files to read, then the one to write; replaced whole or not at all",
+                     Argument::Use::inputs_and_output}},
+      .run = [options] { merge(*options); }};
+  add_part_options(command, options->files, Option::any_count);
+  return command;
+}
+
+}  // namespace p3dgrid::tool

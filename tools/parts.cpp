@@ -1,0 +1,130 @@
+#include "parts.hpp"
+
+#include <algorithm>
+#include <utility>
+
+#include "console.hpp"
+#include "file_names.hpp"
+#include "form_options.hpp"
+#include "progress.hpp"
+#include "table.hpp"
+
+namespace p3dgrid::tool {
+namespace {
+
+/// That of the first input, but in double precision if any input is.
+GridForm combined_form(const Parts& parts) {
+  GridForm form = parts.inputs.front().form();
+  for (const CaseInput& input : parts.inputs) {
+    const GridForm& other = input.form();
+    if (!is_text(other.coding) && other.coding.precision == Precision::double_precision) {
+      form.coding.precision = Precision::double_precision;
+    }
+    form.iblank = form.iblank || other.iblank;
+  }
+  form.multiblock = form.multiblock || parts.inputs.size() > 1;
+  return form;
+}
+
+/// Why the file cannot be written in that form, as part of a sentence; empty if it can.
+std::string obstacle(const Parts& parts, const GridForm& form) {
+  const Extents extents = parts.extents();
+  if (!form.multiblock && extents.blocks() > 1) {
+    const CaseInput& input = parts.inputs.front();
+    const bool whole = parts.inputs.size() == 1 && input.extents().blocks() == extents.blocks();
+    return (whole ? input.path() + " holds " : "there are ") + counted(extents.blocks(), "block") +
+           ", and a file without a block count (--to-multiblock no) holds only one";
+  }
+  return is_planar(form.coding) ? planar_obstacle(extents) : "";
+}
+
+Block read(const Parts& parts, const Part& part) {
+  Block block = parts.inputs[part.input].grid().read(part.block, part.range);
+  if (part.orientation != Orientation{}) block = reorient(std::move(block), part.orientation);
+  if (parts.edit_block) parts.edit_block(block);
+  return block;
+}
+
+}  // namespace
+
+CaseInput::CaseInput(const std::string& path, const StatedGridForm& stated,
+                     const std::string& meant)
+    : path_(path), found_{.grid = find_grid(path, stated, meant)} {}
+
+CaseInput::CaseInput(const std::string& grid_path, const StatedGridForm& grid,
+                     const std::string& restart_path, const StatedRestartForm& restart,
+                     const Usage& usage)
+    : path_(grid_path),
+      restart_path_(restart_path),
+      found_(find_case(path_, grid, restart_path_, restart, usage)) {}
+
+void CaseInput::require_grid_form() const {
+  if (!std::exchange(grid_compared_, true)) grid().require_form();
+}
+
+void CaseInput::require_restart_form() const {
+  if (!std::exchange(restart_compared_, true)) restart().require_form();
+}
+
+const Extents& CaseInput::extents() const {
+  return restart_path_.empty() ? grid().extents() : found_.extents;
+}
+
+GridInput& CaseInput::grid() const {
+  if (!grid_) grid_.emplace(path_, found_.grid);
+  return *grid_;
+}
+
+RestartInput& CaseInput::restart() const {
+  if (!restart_) restart_.emplace(restart_path_, found_.restart, found_.extents);
+  return *restart_;
+}
+
+BlockExtents Parts::extents_of(const Part& part) const {
+  const BlockExtents whole = inputs[part.input].extents().of(part.block);
+  return part.orientation.extents_of(part.range.extents_in(whole));
+}
+
+Extents Parts::extents() const {
+  Extents extents;
+  for (const Part& part : list) extents.add(extents_of(part));
+  return extents;
+}
+
+std::vector<Part> whole_blocks(const std::deque<CaseInput>& inputs) {
+  std::vector<Part> parts;
+  for (std::size_t n = 0; n < inputs.size(); ++n) {
+    for (std::size_t b = 0; b < inputs[n].extents().i.size(); ++b) parts.push_back({n, b});
+  }
+  return parts;
+}
+
+std::string write_grid(const OutputFile& output, const std::string& path, const Parts& parts,
+                       const StatedGridForm& change) {
+  const Extents extents = parts.extents();
+  const GridForm form = applied_to(combined_form(parts), change);
+  output.require_writable(obstacle(parts, form));
+  expect_values(form.coding, axes_of(form.coding) * extents.points(),
+                form.iblank ? extents.points() : 0);
+  output.stream([&] {
+    GridWriter writer(output.temporary_path(), form, extents);
+    for (const Part& part : parts.list) {
+      const Block block = read(parts, part);
+      if (is_planar(form.coding) && !is_zero(block.z)) {
+        output.require_writable(planar_obstacle("z other than 0"));
+      }
+      writer.write(block);
+    }
+    writer.close();
+  });
+  for (const CaseInput& input : parts.inputs) input.require_grid_form();
+  if (std::ranges::any_of(parts.inputs, [&](const CaseInput& input) {
+        return rounds_text(input.form().coding, change.coding, form.coding);
+      })) {
+    print_note("coordinates are rounded to about 7 digits; --to-precision double keeps more");
+  }
+  note_contradiction(path, form.coding);
+  return path + ": " + counted(extents) + ", " + describe(form);
+}
+
+}  // namespace p3dgrid::tool

@@ -1,0 +1,64 @@
+#include "quality.hpp"
+
+#include <memory>
+
+#include "command.hpp"
+#include "console.hpp"
+#include "grid_file.hpp"
+#include "input_files.hpp"
+#include "options.hpp"
+
+namespace p3dgrid::tool {
+namespace {
+
+struct QualityOptions {
+  std::string path;
+  StatedGridForm stated;
+  double tolerance = 0;
+  bool json = false;
+};
+
+void show_quality(const QualityOptions& options) {
+  if (options.json) keep_output_for_programs();
+  const Found found =
+      find_grid(options.path, options.stated, "'p3dgrid info " + options.path + "' describes it");
+  GridInput input(options.path, found);
+  QualityReport report;
+  FaceSearch faces(options.tolerance);
+  for (std::int32_t b = 0; b < input.extents().blocks(); ++b) {
+    const Block block = input.read(static_cast<std::size_t>(b));
+    report.blocks.push_back(quality_of(block));
+    faces.add(b, block);
+  }
+  input.require_form();
+  report.connections = faces.connections();
+  if (options.json) return print_text(json_of(options.path, report));
+  print_quality(options.path, report);
+}
+
+}  // namespace
+
+Command quality_command() {
+  const auto options = std::make_shared<QualityOptions>();
+  const auto is_tolerance = [](const std::string& text) -> std::string {
+    const auto value = real_in(text);
+    return value && *value >= 0 ? "" : "'" + text + "' is no distance";
+  };
+  Command command{
+      .name = "quality",
+      .meaning = "Show volumes, edges and skewness of the cells of a grid, and how its blocks meet",
+      .footer =
+          "Examples:\n"
+          "  p3dgrid quality grid.p3d\n"
+          "  p3dgrid quality grid.p3d --tolerance 1e-6 --json",
+      .arguments = {{"GRID", &options->path, "Grid file to read"}},
+      .options = {{"--tolerance", &options->tolerance,
+                   "Largest difference of each coordinate of points that blocks share; default 0",
+                   "D", is_tolerance},
+                  {"--json", &options->json, "Print the same for programs, as JSON"}},
+      .run = [options] { show_quality(*options); }};
+  add_grid_options(command, options->stated);
+  return command;
+}
+
+}  // namespace p3dgrid::tool

@@ -1,0 +1,113 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <p3dgrid/grid.hpp>
+#include <p3dgrid/index_range.hpp>
+#include <string>
+#include <vector>
+
+/// The quality of a grid: its cells and edges, and how its blocks meet.
+namespace p3dgrid::tool {
+
+/// A measure with the point where it is worst, counted from 0.
+struct Worst {
+  double value = 0;
+  BlockExtents place = {};
+};
+
+/// A number of occurrences and the first of them, counted from 0.
+struct Occurrences {
+  std::int64_t count = 0;
+  BlockExtents first = {};
+
+  void add(const BlockExtents& place) {
+    if (count++ == 0) first = place;
+  }
+};
+
+enum class Handedness {
+  none,  ///< a line, a point or a curved surface, or no volume at all
+  right,
+  left,
+};
+
+/// The cells and edges of a block. Cells and edges with a blanked point, or one that is not finite,
+/// are left out.
+struct BlockQuality {
+  BlockExtents extents = {};
+  std::int64_t cells = 0;
+  std::int64_t invalid_points = 0;  ///< not finite, and not blanked
+  Handedness handedness = Handedness::none;
+  Occurrences negative;             ///< cells whose volume has the sign of the other handedness
+  Occurrences zero_volumes;         ///< cells
+  Occurrences zero_edges;           ///< by their lower end
+  std::optional<Worst> stretching;  ///< largest ratio of adjacent edges of a grid line, at least 1
+  std::optional<Worst> skewness;  ///< largest deviation of a corner from 90 degrees, divided by 90
+};
+
+[[nodiscard]] BlockQuality quality_of(const Block& block);
+
+/// An outer face of a block.
+struct Face {
+  std::int32_t block = 0;  ///< from 0
+  Direction direction = Direction::i;
+  bool upper = false;
+
+  /// "i=1", "k=last".
+  [[nodiscard]] std::string text() const;
+  friend auto operator<=>(const Face&, const Face&) = default;
+};
+
+/// A pair of faces with points at the same places.
+struct Connection {
+  enum class Kind { whole, part };
+
+  Face one;
+  Face other;
+  Kind kind = Kind::part;   ///< whole: each point of either face is on the other
+  std::int64_t points = 0;  ///< of the first face that are on the other
+  IndexRange range = {};    ///< of the first block, in which these points lie
+};
+
+/// Finds faces that have points in common.
+class FaceSearch {
+ public:
+  /// @param tolerance  largest difference of each coordinate of points at the same place
+  explicit FaceSearch(double tolerance) : tolerance_(tolerance) {}
+
+  /// Keeps the points of the faces of a block.
+  void add(std::int32_t number, const Block& block);
+
+  /// The pairs that have more in common than an edge or a corner.
+  [[nodiscard]] std::vector<Connection> connections();
+
+ private:
+  struct FacePoint {
+    std::array<double, 3> place;
+    std::uint32_t face;
+    BlockExtents index;  ///< in its block
+  };
+  struct Shared;
+
+  [[nodiscard]] std::array<double, 3> cell_of(const std::array<double, 3>& place) const;
+  template <class Take>
+  void for_each_near(const FacePoint& point, Take take) const;
+
+  double tolerance_;
+  std::vector<Face> faces_;
+  std::vector<BlockExtents> face_extents_;  ///< of each face
+  std::vector<FacePoint> points_;
+};
+
+/// What has been found out about a grid.
+struct QualityReport {
+  std::vector<BlockQuality> blocks = {};
+  std::vector<Connection> connections = {};
+};
+
+void print_quality(const std::string& path, const QualityReport& report);
+[[nodiscard]] std::string json_of(const std::string& path, const QualityReport& report);
+
+}  // namespace p3dgrid::tool

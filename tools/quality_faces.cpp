@@ -1,0 +1,157 @@
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <set>
+
+#include "quality.hpp"
+
+namespace p3dgrid::tool {
+
+/// What a face has in common with another.
+struct FaceSearch::Shared {
+  BlockExtents low = {Indices::all_points, Indices::all_points, Indices::all_points};
+  BlockExtents high = {};
+  std::vector<std::int64_t> points = {};  ///< their numbers in the face
+
+  /// Room in the numbers for a row, so that the end of a row is not beside the next.
+  static std::int64_t width(std::int32_t extent) { return std::int64_t{extent} + 1; }
+
+  void add(const FacePoint& point, const Face& face, const BlockExtents& extents) {
+    BlockExtents in_face = point.index;
+    along(in_face, face.direction) = 0;
+    points.push_back(in_face.i + width(extents.i) * (in_face.j + width(extents.j) * in_face.k));
+    for (const Direction d : all_directions) {
+      along(low, d) = std::min(along(low, d), along(point.index, d));
+      along(high, d) = std::max(along(high, d), along(point.index, d));
+    }
+  }
+
+  /// Whether all corners of a cell of the face are among the points. Faces that only touch along an
+  /// edge or at a corner have none.
+  [[nodiscard]] bool holds_cell(const BlockExtents& extents) {
+    std::ranges::sort(points);
+    std::vector<std::int64_t> corners = {0};
+    std::int64_t step = 1;
+    for (const Direction d : all_directions) {
+      const std::size_t count = corners.size();
+      for (std::size_t c = 0; along(extents, d) > 1 && c < count; ++c) {
+        corners.push_back(corners[c] + step);
+      }
+      step *= width(along(extents, d));
+    }
+    return std::ranges::any_of(points, [&](std::int64_t point) {
+      return std::ranges::all_of(corners, [&](std::int64_t corner) {
+        return std::ranges::binary_search(points, point + corner);
+      });
+    });
+  }
+};
+
+std::string Face::text() const {
+  return std::string(1, name_of(direction)) + (upper ? "=last" : "=1");
+}
+
+void FaceSearch::add(std::int32_t number, const Block& block) {
+  for (const Direction d : all_directions) {
+    if (along(block.extents, d) < 2) continue;
+    for (const bool upper : {false, true}) {
+      IndexRange range;
+      range.set(d, upper ? Indices{Indices::all_points} : Indices{0, 0});
+      const IndexRange face = range.in(block.extents);
+      const Block points = extract(block, range);
+      const BlockExtents& extents = points.extents;
+      const auto id = static_cast<std::uint32_t>(faces_.size());
+      std::int64_t p = 0;
+      for (std::int32_t k = 0; k < extents.k; ++k) {
+        for (std::int32_t j = 0; j < extents.j; ++j) {
+          for (std::int32_t i = 0; i < extents.i; ++i, ++p) {
+            const std::array<double, 3> place = {points.x[p], points.y[p], points.z[p]};
+            if (!std::ranges::all_of(place, [](double c) { return std::isfinite(c); })) continue;
+            points_.push_back({place, id, {face.first.i + i, face.first.j + j, face.first.k + k}});
+          }
+        }
+      }
+      faces_.push_back({number, d, upper});
+      face_extents_.push_back(extents);
+    }
+  }
+}
+
+/// The cube of the search that holds the place. Without a tolerance each place is its own.
+std::array<double, 3> FaceSearch::cell_of(const std::array<double, 3>& place) const {
+  std::array<double, 3> cell{};
+  for (std::size_t c = 0; c < 3; ++c) {
+    cell[c] = tolerance_ > 0 ? std::floor(place[c] / (2 * tolerance_)) : place[c];
+  }
+  return cell;
+}
+
+/// Calls `take` for each point of another face within the tolerance. The points are sorted by the
+/// cubes that hold them.
+template <class Take>
+void FaceSearch::for_each_near(const FacePoint& point, Take take) const {
+  const auto shifted = [&](double by) {
+    std::array<double, 3> place = point.place;
+    for (double& c : place) c += by;
+    return cell_of(place);
+  };
+  const auto low = shifted(-tolerance_);
+  const auto high = shifted(tolerance_);
+  const auto visit_cell = [&](const std::array<double, 3>& cell) {
+    const auto is_before = [this](const FacePoint& p, const std::array<double, 3>& c) {
+      return cell_of(p.place) < c;
+    };
+    auto near = std::lower_bound(points_.begin(), points_.end(), cell, is_before);
+    for (; near != points_.end() && cell_of(near->place) == cell; ++near) {
+      bool same = near->face != point.face;
+      for (std::size_t c = 0; same && c < 3; ++c) {
+        same = std::abs(near->place[c] - point.place[c]) <= tolerance_;
+      }
+      if (same) take(*near);
+    }
+  };
+  // A point and its neighbours lie in at most two cubes in each direction.
+  for (unsigned corner = 0; corner < 8; ++corner) {
+    std::array<double, 3> cell = low;
+    bool again = false;
+    for (std::size_t c = 0; c < 3; ++c) {
+      if ((corner >> c & 1) == 0) continue;
+      again = again || high[c] == low[c];
+      cell[c] = high[c];
+    }
+    if (!again) visit_cell(cell);
+  }
+}
+
+std::vector<Connection> FaceSearch::connections() {
+  std::ranges::sort(points_, {}, [this](const FacePoint& p) { return cell_of(p.place); });
+  std::map<std::pair<std::uint32_t, std::uint32_t>, Shared> shared;
+  std::set<std::uint32_t> others;
+  for (const FacePoint& point : points_) {
+    others.clear();
+    for_each_near(point, [&](const FacePoint& near) {
+      // The faces of a block have edges in common.
+      const bool same_point =
+          faces_[near.face].block == faces_[point.face].block && near.index == point.index;
+      if (!same_point) others.insert(near.face);
+    });
+    for (const std::uint32_t other : others)
+      shared[{point.face, other}].add(point, faces_[point.face], face_extents_[point.face]);
+  }
+  std::vector<Connection> connections;
+  for (auto& [pair, part] : shared) {
+    const auto [one, other] = pair;
+    if (one > other || !part.holds_cell(face_extents_[one])) continue;
+    const std::int64_t points = std::ssize(part.points);
+    const bool whole = points == face_extents_[one].points() &&
+                       std::ssize(shared[{other, one}].points) == face_extents_[other].points();
+    connections.push_back({faces_[one],
+                           faces_[other],
+                           whole ? Connection::Kind::whole : Connection::Kind::part,
+                           points,
+                           {part.low, part.high}});
+  }
+  return connections;
+}
+
+}  // namespace p3dgrid::tool

@@ -1,0 +1,98 @@
+#include <cstdio>
+
+#include "console.hpp"
+#include "quality.hpp"
+#include "table.hpp"
+
+namespace p3dgrid::tool {
+namespace {
+
+/// "(3,1,1)", counted from 1.
+std::string place_text(const BlockExtents& place) {
+  return "(" + std::to_string(place.i + 1) + "," + std::to_string(place.j + 1) + "," +
+         std::to_string(place.k + 1) + ")";
+}
+
+std::string text_of(const Occurrences& found) {
+  return found.count == 0 ? "0" : std::to_string(found.count) + " " + place_text(found.first);
+}
+
+std::string text_of(const std::optional<Worst>& worst) {
+  if (!worst) return "-";
+  char digits[32];
+  std::snprintf(digits, sizeof digits, "%.4g", worst->value);
+  return digits + (" " + place_text(worst->place));
+}
+
+const char* text_of(Handedness handedness) {
+  switch (handedness) {
+    case Handedness::right:
+      return "right";
+    case Handedness::left:
+      return "left";
+    case Handedness::none:
+      break;
+  }
+  return "-";
+}
+
+std::string range_text(const Connection& connection) {
+  std::string text;
+  for (const Direction d : all_directions) {
+    if (d == connection.one.direction) continue;
+    const Indices indices = connection.range.of(d);
+    if (indices.first == indices.last) continue;
+    text += std::string(text.empty() ? "" : ", ") + name_of(d) + " " +
+            std::to_string(indices.first + 1) + ":" + std::to_string(indices.last + 1);
+  }
+  return text;
+}
+
+/// The sum of all blocks, with the worst of each measure.
+void print_sum(const QualityReport& report) {
+  std::int64_t cells = 0;
+  std::int64_t negative = 0;
+  std::int64_t edges = 0;
+  std::int64_t left = 0;
+  for (const BlockQuality& block : report.blocks) {
+    cells += block.cells;
+    negative += block.negative.count;
+    edges += block.zero_edges.count;
+    left += static_cast<std::int64_t>(block.handedness == Handedness::left);
+  }
+  print_result("in all: " + counted(cells, "cell") + ", " + std::to_string(negative) +
+               " of negative volume; " + counted(edges, "edge") + " of length 0; " +
+               counted(left, "left-handed block"));
+}
+
+}  // namespace
+
+void print_quality(const std::string& path, const QualityReport& report) {
+  print_result(path + ": first or worst places are (i,j,k), counted from 1");
+  Table table({"block", "cells", "handed", "negative", "zero volume", "zero edges", "stretching",
+               "skewness"});
+  for (std::size_t b = 0; b < report.blocks.size(); ++b) {
+    const BlockQuality& block = report.blocks[b];
+    table.add({std::to_string(b + 1), std::to_string(block.cells), text_of(block.handedness),
+               text_of(block.negative), text_of(block.zero_volumes), text_of(block.zero_edges),
+               text_of(block.stretching), text_of(block.skewness)});
+  }
+  table.print();
+  print_sum(report);
+  for (std::size_t b = 0; b < report.blocks.size(); ++b) {
+    if (report.blocks[b].invalid_points == 0) continue;
+    print_result("block " + std::to_string(b + 1) + ": " +
+                 counted(report.blocks[b].invalid_points, "point") + " not finite, left out");
+  }
+  for (const Connection& c : report.connections) {
+    const std::string common =
+        c.kind == Connection::Kind::whole
+            ? "coincide"
+            : "share " + counted(c.points, "point") + " in " + range_text(c) + " of the first";
+    print_result("block " + std::to_string(c.one.block + 1) + " " + c.one.text() + " and block " +
+                 std::to_string(c.other.block + 1) + " " + c.other.text() + " " + common);
+  }
+  if (report.connections.empty()) print_result("no faces coincide");
+}
+
+}  // namespace p3dgrid::tool

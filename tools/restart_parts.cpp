@@ -1,0 +1,133 @@
+#include <algorithm>
+
+#include "console.hpp"
+#include "failure.hpp"
+#include "file_names.hpp"
+#include "form_options.hpp"
+#include "parts.hpp"
+#include "table.hpp"
+
+namespace p3dgrid::tool {
+namespace {
+
+/// Why the file cannot be written, as far as its form tells; empty if it can.
+std::string obstacle_to_form(const HeaderValues& values, const RestartForm& written) {
+  if (!traits_of(written.layout).writable) {
+    return traits_of(written.layout).more_parameters
+               ? "files of layout overflow can be read, but not written; --to-layout 3 keeps all "
+                 "variables, --to-layout 2 five of them and four flow parameters"
+               : "files of layout 0 can be read, but not written; --to-layout 1 keeps the step "
+                 "count and size";
+  }
+  if (!has_files_of(traits_of(written.layout), written.coding)) {
+    return no_planar_files + std::string("; --to-dimensions 3 writes it in three");
+  }
+  return obstacle(values, written.layout);
+}
+
+/// Refuses solutions that cannot be in one file.
+void require_alike(const CaseInput& first, const CaseInput& other) {
+  const RestartForm& one = first.restart().header().form;
+  const RestartForm& form = other.restart().header().form;
+  const std::string two = other.restart_path() + ": has ";
+  if (one.layout != form.layout) {
+    throw Mismatch(two + "layout " + name_of(form.layout) + ", and " + first.restart_path() +
+                   " layout " + name_of(one.layout) + "; 'p3dgrid restart' converts one");
+  }
+  if (!traits_of(one.layout).counted_variables && one.sections != form.sections) {
+    throw Mismatch(two + "the sections " + describe(*form.sections) + ", and " +
+                   first.restart_path() + " " + describe(*one.sections));
+  }
+}
+
+/// The header of all parts, as if they had been read from one file.
+SolutionHeader combined_header(const Parts& parts) {
+  SolutionHeader header = parts.inputs.front().restart().header();
+  const Extents extents = parts.extents();
+  header.blocks = extents.blocks();
+  header.extents = extents;
+  header.variables.clear();
+  for (const CaseInput& input : parts.inputs) {
+    require_alike(parts.inputs.front(), input);
+    const SolutionHeader& other = input.restart().header();
+    if (!is_text(other.form.coding) && other.form.coding.precision == Precision::double_precision) {
+      header.form.coding.precision = Precision::double_precision;
+    }
+    header.triplets = header.triplets && other.triplets;
+  }
+  for (const Part& part : parts.list) {
+    header.variables.push_back(parts.inputs[part.input].restart().header().variables[part.block]);
+  }
+  if (traits_of(header.form.layout).counted_variables) {
+    header.form.sections = Sections{{1, header.most_variables()}};
+  }
+  return header;
+}
+
+Reals zeros(const RestartForm& form, std::int64_t points) {
+  Reals values(form.coding.precision, points);
+  values.visit([](auto reals) { std::ranges::fill(reals, 0); });
+  return values;
+}
+
+Reals read(const Parts& parts, const Part& part, const FlowArray& array) {
+  const CaseInput& input = parts.inputs[part.input];
+  Reals values = input.restart().read(part.block, array, part.range);
+  if (part.orientation != Orientation{}) {
+    values =
+        reorient(values, part.range.extents_in(input.restart().header().extents.of(part.block)),
+                 part.orientation);
+  }
+  if (parts.edit_array) parts.edit_array(array, values);
+  return values;
+}
+
+/// Copies all arrays, one at a time.
+void copy(const Parts& parts, const Conversion& conversion, const OutputFile& output) {
+  const SolutionHeader& written = conversion.written;
+  const RestartForm& form = written.form;
+  const std::int32_t absent = absent_variable(traits_of(form.layout), form.coding);
+  expect_arrays(written);
+  SolutionWriter writer(output.temporary_path(), written);
+  for (std::size_t b = 0; b < parts.list.size(); ++b) {
+    const Part& part = parts.list[b];
+    RestartInput& input = parts.inputs[part.input].restart();
+    writer.write(conversion.parameters(input.parameters(part.block)), [&](const FlowArray& array) {
+      if (!conversion.holds(array)) return zeros(form, written.extents.points_of(b));
+      Reals values = read(parts, part, array);
+      if (array == FlowArray{absent} && !is_zero(values)) {
+        output.require_writable(planar_obstacle("a third momentum other than 0"));
+      }
+      return values;
+    });
+  }
+  writer.close();
+}
+
+}  // namespace
+
+std::string write_restart(const OutputFile& output, const std::string& path, const Parts& parts,
+                          const StatedRestartForm& change, const HeaderValues& values) {
+  const auto note = [&](const std::string& text) { print_note(path + " " + text); };
+  const RestartForm& first = parts.inputs.front().restart_form();
+  output.require_writable(obstacle_to_form(values, applied_to(first, change)));
+  const SolutionHeader read = combined_header(parts);
+  RestartForm written = applied_to(read.form, change);
+  if (parts.inputs.size() > 1 && !change.multiblock) written.multiblock = true;  // for `obstacle`
+  output.require_writable(obstacle(read, written));
+  const Conversion conversion = conversion_of(read, change, values);
+  output.stream([&] { copy(parts, conversion, output); });
+  for (const CaseInput& input : parts.inputs) input.require_restart_form();
+  for (const std::string& text : conversion.notes()) note(text);
+  if (std::ranges::any_of(parts.inputs, [&](const CaseInput& input) {
+        return rounds_text(input.restart().header().form.coding, change.coding, written.coding);
+      })) {
+    note("holds about 7 digits of each variable; --to-precision double keeps more");
+  }
+  note_contradiction(path, written.coding);
+  const SolutionHeader& header = conversion.written;
+  return path + ": " + counted(header.extents) + ", " +
+         counted(header.most_variables(), "variable") + ", " + describe(header.form);
+}
+
+}  // namespace p3dgrid::tool

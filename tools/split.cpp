@@ -1,0 +1,127 @@
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "command.hpp"
+#include "console.hpp"
+#include "failure.hpp"
+#include "file_names.hpp"
+#include "options.hpp"
+#include "part_files.hpp"
+
+namespace p3dgrid::tool {
+namespace {
+
+/// A plane of constant index, counted from 0.
+struct IndexPlane {
+  Direction direction = Direction::i;
+  std::int32_t index = 0;
+};
+
+struct SplitOptions {
+  std::string input;
+  std::string output;
+  std::optional<IndexPlane> plane;
+  PartOptions files;
+};
+
+constexpr Usage split_usage = {
+    .command_line = "p3dgrid split GRID OUT --restart RESTART OUT",
+    .grid_alone = "'p3dgrid split GRID OUT' without --restart takes a grid alone"};
+
+std::optional<IndexPlane> plane_in(const std::string& text) {
+  const auto direction = direction_in(text.substr(0, 1));
+  if (!direction || text.size() < 3 || text[1] != '=') return std::nullopt;
+  const auto indices = indices_in(text.substr(2));
+  const bool inside = indices && indices->first == indices->last && indices->first > 0 &&
+                      indices->first != Indices::all_points;
+  return inside ? std::optional(IndexPlane{*direction, indices->first}) : std::nullopt;
+}
+
+using Lists = std::vector<std::vector<Part>>;
+
+/// A list of parts for each file: one block each.
+Lists one_block_each(const std::deque<CaseInput>& inputs) {
+  Lists lists;
+  for (const Part& part : whole_blocks(inputs)) lists.push_back({part});
+  return lists;
+}
+
+/// A list of parts for each of two files, both with the points of the plane.
+Lists before_and_after(const SplitOptions& options, const std::deque<CaseInput>& inputs) {
+  const IndexPlane& plane = *options.plane;
+  const std::string name = std::string(1, name_of(plane.direction)) + "=" +
+                           std::to_string(std::int64_t{plane.index} + 1);
+  Lists lists(2);
+  std::string before;
+  for (Part part : whole_blocks(inputs)) {
+    const bool reaches =
+        along(inputs.front().extents().of(part.block), plane.direction) > plane.index + 1;
+    if (!reaches) before += (before.empty() ? "" : ",") + std::to_string(part.block + 1);
+    part.range.set(plane.direction, {0, plane.index});
+    lists[0].push_back(part);
+    part.range.set(plane.direction, {plane.index});
+    if (reaches) lists[1].push_back(part);
+  }
+  if (lists[1].empty()) {
+    throw Unusable(options.input + ": no block has points on both sides of " + name +
+                   "; 'p3dgrid info' shows the extents");
+  }
+  if (!before.empty()) {
+    print_note(options.input + ": blocks without points beyond " + name +
+               " are whole in the first file: " + before);
+  }
+  return lists;
+}
+
+void split(const SplitOptions& options) {
+  const PartOptions& files = options.files;
+  const std::string solution = files.solution_output();
+  std::deque<CaseInput> inputs =
+      open_cases(files, {options.input}, split_usage,
+                 "'p3dgrid split GRID OUT --restart " + options.input + " OUT' takes it");
+  const Lists lists = options.plane ? before_and_after(options, inputs) : one_block_each(inputs);
+  std::deque<PartOutput> outputs;
+  for (std::size_t n = 0; n < lists.size(); ++n) {
+    outputs.emplace_back(files, std::vector{options.input},
+                         numbered_path(options.output, n + 1, lists.size()),
+                         numbered_path(solution, n + 1, lists.size()));
+  }
+  for (std::size_t n = 0; n < lists.size(); ++n) outputs[n].write({inputs, lists[n]});
+  for (PartOutput& output : outputs) output.commit();
+}
+
+}  // namespace
+
+Command split_command() {
+  const auto options = std::make_shared<SplitOptions>();
+  const auto take_plane = [options = options.get()](const std::string& text) {
+    options->plane = plane_in(text);
+  };
+  const auto is_plane = [](const std::string& text) -> std::string {
+    return plane_in(text) ? "" : "'" + text + "' is no plane inside a block such as i=33";
+  };
+  Command command{
+      .name = "split",
+      .meaning =
+          "Write each block of a grid, or the two sides of an index plane, into its own file",
+      .footer =
+          "The files are named after OUT with numbers: of grid.p3d grid-1.p3d, grid-2.p3d.\n\n"
+          "Examples:\n"
+          "  p3dgrid split grid.p3d block.p3d --restart flow.q block.q\n"
+          "  p3dgrid split grid.p3d side.p3d --at i=17",
+      .arguments = {{"GRID", &options->input, "Grid file to read"},
+                    {"OUT", &options->output,
+                     "Grid files to write, without their numbers; replaced whole or not at all",
+                     Argument::Use::output}},
+      .options = {{"--at", take_plane,
+                   "Write two files: the points up to this plane, and those from it on", "PLANE",
+                   is_plane}},
+      .run = [options] { split(*options); }};
+  add_part_options(command, options->files);
+  return command;
+}
+
+}  // namespace p3dgrid::tool

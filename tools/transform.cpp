@@ -1,0 +1,199 @@
+#include <map>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "command.hpp"
+#include "console.hpp"
+#include "failure.hpp"
+#include "options.hpp"
+#include "part_files.hpp"
+#include "table.hpp"
+
+namespace p3dgrid::tool {
+namespace {
+
+/// A plane x = value, or the same in y or z.
+struct MirrorPlane {
+  std::size_t axis = 0;
+  double value = 0;
+};
+
+struct TransformOptions {
+  std::string input;
+  std::string output;
+  double scale = 1;
+  std::vector<double> translation;
+  std::optional<MirrorPlane> mirror;
+  Orientation orientation;
+  PartOptions files;
+};
+
+constexpr Usage transform_usage = {
+    .command_line = "p3dgrid transform GRID OUT --restart RESTART OUT",
+    .grid_alone = "'p3dgrid transform GRID OUT' without --restart takes a grid alone"};
+
+std::optional<MirrorPlane> mirror_in(const std::string& text) {
+  const std::size_t axis = std::string("xyz").find(text.substr(0, 1));
+  if (text.size() < 3 || axis > 2 || text[1] != '=') return std::nullopt;
+  const auto value = real_in(text.substr(2));
+  if (!value) return std::nullopt;
+  return MirrorPlane{axis, *value};
+}
+
+/// The change of one coordinate.
+struct CoordinateChange {
+  double scale = 1;
+  double shift = 0;
+  std::optional<double> mirror = {};
+
+  template <class Real>
+  void apply(std::span<Real> values) const {
+    const bool moves = scale != 1 || shift != 0;
+    for (Real& value : values) {
+      double changed = moves ? scale * value + shift : value;
+      if (mirror) changed = *mirror == 0 ? -changed : 2 * *mirror - changed;
+      value = static_cast<Real>(changed);
+    }
+  }
+};
+
+void change(const TransformOptions& options, Block& block) {
+  for (std::size_t axis = 0; axis < 3; ++axis) {
+    CoordinateChange coordinate{options.scale,
+                                options.translation.empty() ? 0 : options.translation[axis]};
+    if (options.mirror && options.mirror->axis == axis) coordinate.mirror = options.mirror->value;
+    Reals& values = axis == 0 ? block.x : axis == 1 ? block.y : block.z;
+    values.visit([&](auto reals) { coordinate.apply(reals); });
+  }
+}
+
+/// The direction that is reversed in a mirrored block to keep its handedness: the first in which it
+/// has more than one point.
+Direction reversed_direction(const BlockExtents& block) {
+  for (const Direction d : all_directions) {
+    if (along(block, d) > 1) return d;
+  }
+  return Direction::i;
+}
+
+std::vector<Part> parts_of(const TransformOptions& options, const std::deque<CaseInput>& inputs) {
+  std::vector<Part> parts = whole_blocks(inputs);
+  std::map<Direction, std::string> reversed;
+  for (Part& part : parts) {
+    part.orientation = options.orientation;
+    if (!options.mirror) continue;
+    const Direction direction = reversed_direction(inputs.front().extents().of(part.block));
+    part.orientation = Orientation::reverse(direction).then(options.orientation);
+    std::string& blocks = reversed[direction];
+    blocks += (blocks.empty() ? "" : ",") + std::to_string(part.block + 1);
+  }
+  for (const auto& [direction, blocks] : reversed) {
+    print_note(options.output + ": " + name_of(direction) +
+               " is reversed, which keeps the handedness of mirrored blocks" +
+               (reversed.size() > 1 ? ": " + blocks : ""));
+  }
+  if (!options.orientation.keeps_handedness()) {
+    print_note(options.output +
+               ": right-handed blocks become left-handed, and the reverse; one more direction in "
+               "--reverse keeps their handedness");
+  }
+  return parts;
+}
+
+/// Changes the sign of the momentum across the mirror plane.
+void mirror(const MirrorPlane& plane, const FlowArray& array, Reals& values) {
+  if (array != FlowArray{static_cast<std::int32_t>(plane.axis) + 2}) return;
+  values.visit([](auto reals) {
+    for (auto& value : reals) value = -value;
+  });
+}
+
+void transform(const TransformOptions& options) {
+  const PartOptions& files = options.files;
+  PartOutput output(files, {options.input}, options.output, files.solution_output());
+  std::deque<CaseInput> inputs =
+      open_cases(files, {options.input}, transform_usage,
+                 "'p3dgrid transform GRID OUT --restart " + options.input + " OUT' takes it");
+  Parts parts{inputs, parts_of(options, inputs)};
+  parts.edit_block = [&](Block& block) { change(options, block); };
+  if (options.mirror && files.has_solution()) {
+    const Layout layout = inputs.front().restart_form().layout;
+    if (traits_of(layout).parameters > 0) {
+      parts.edit_array = [&](const FlowArray& array, Reals& values) {
+        mirror(*options.mirror, array, values);
+      };
+    } else {
+      print_note(files.solution_output() + ": variables of layout " + name_of(layout) +
+                 " are not mirrored; vectors among them keep their signs");
+    }
+  }
+  output.write(parts);
+  output.commit();
+}
+
+std::vector<Option> transform_options(TransformOptions& options) {
+  const auto is_scale = [](const std::string& text) -> std::string {
+    const auto value = real_in(text);
+    return value && *value > 0 ? "" : "'" + text + "' is no factor above 0";
+  };
+  const auto is_number = [](const std::string& text) -> std::string {
+    return real_in(text) ? "" : "'" + text + "' is no number";
+  };
+  const auto is_mirror = [](const std::string& text) -> std::string {
+    return mirror_in(text) ? "" : "'" + text + "' is no plane such as y=0";
+  };
+  const auto take_mirror = [&](const std::string& text) { options.mirror = mirror_in(text); };
+  const auto take_swap = [&](const std::string& text) {
+    options.orientation =
+        Orientation::swap(*direction_in(text.substr(0, 1)), *direction_in(text.substr(1)))
+            .then(options.orientation);
+  };
+  const auto take_reversed = [&](const std::string& text) {
+    for (const char name : text) {
+      const auto direction = direction_in(std::string(1, name));
+      options.orientation = options.orientation.then(Orientation::reverse(*direction));
+    }
+  };
+  return {{"--scale", &options.scale, "Multiply all coordinates", "S", is_scale},
+          {.name = "--translate",
+           .target = &options.translation,
+           .meaning = "Then add to x, y and z",
+           .value_name = "X Y Z",
+           .check = is_number,
+           .values = 3},
+          {"--mirror", take_mirror, "Then mirror at a plane, such as y=0", "PLANE", is_mirror},
+          {.name = "--swap",
+           .target = take_swap,
+           .meaning = "Exchange two index directions",
+           .choices = {"ij", "ik", "jk"}},
+          {.name = "--reverse",
+           .target = take_reversed,
+           .meaning = "Then reverse index directions",
+           .choices = {"i", "j", "k", "ij", "ik", "jk", "ijk"}}};
+}
+
+}  // namespace
+
+Command transform_command() {
+  const auto options = std::make_shared<TransformOptions>();
+  Command command{
+      .name = "transform",
+      .meaning = "Scale, move or mirror a grid, swap or reverse its index directions",
+      .footer =
+          "Examples:\n"
+          "  p3dgrid transform grid.p3d metres.p3d --scale 0.0254\n"
+          "  p3dgrid transform grid.p3d left.p3d --mirror y=0 --restart flow.q left.q\n"
+          "  p3dgrid transform grid.p3d turned.p3d --swap ij --reverse k",
+      .arguments = {{"GRID", &options->input, "Grid file to read"},
+                    {"OUT", &options->output, "Grid file to write; replaced whole or not at all",
+                     Argument::Use::output}},
+      .options = transform_options(*options),
+      .run = [options] { transform(*options); }};
+  add_part_options(command, options->files);
+  return command;
+}
+
+}  // namespace p3dgrid::tool
