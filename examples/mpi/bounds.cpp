@@ -13,6 +13,7 @@
 #include <iostream>
 #include <limits>
 #include <p3dgrid/grid.hpp>
+#include <string>
 #include <vector>
 
 using p3dgrid::ByteOrder;
@@ -94,7 +95,7 @@ int main(int argc, char** argv) {
       if (rank == 0) std::cout << all.low << " to " << all.high << '\n';
     }
   } catch (const p3dgrid::Error& error) {
-    std::cerr << "bounds: " << error.what() << std::endl;
+    std::cerr << std::string("bounds: ") + error.what() + "\n" << std::flush;  // in one piece
     MPI_Abort(MPI_COMM_WORLD, 1);
   }
   MPI_Finalize();

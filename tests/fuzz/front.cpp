@@ -138,6 +138,17 @@ void require_range(const Block& part, const Block& whole, const IndexRange& rang
   require(part.extents.points() == part.x.size(), "a range has as many values as points");
 }
 
+/// What can be read has an index, unless it is text.
+template <class Reader>
+void require_places(Reader& reader, const Coding& coding, std::int32_t block) {
+  if (is_text(coding)) return;
+  for (const StoredArray& array : reader.locate(block)) {
+    std::int64_t bytes = 0;
+    for (const ByteRange& range : array.ranges) bytes += range.bytes;
+    require(bytes == array.count * bytes_of(array.kind), "an array has as many bytes as values");
+  }
+}
+
 void run_grid(const Options& options) {
   const std::string path = scratch_path("file");
   const StatedGridForm form = grid_form(options);
@@ -153,6 +164,7 @@ void run_grid(const Options& options) {
               const auto n = static_cast<std::size_t>(b);
               if (whole) require_same(block, whole->blocks[n], "a block is that of the whole");
               require_range(reader.read(b, range), block, range);
+              require_places(reader, reader.form().coding, b);
             }) &&
             all;
     }
@@ -190,6 +202,7 @@ void read_parts(SolutionReader& reader, std::int32_t b, const IndexRange& range,
             "a range has the values of the block");
   }
   require(reader.parameters(b).size() == block.parameters.size(), "parameters are the block's");
+  require_places(reader, reader.header().form.coding, b);
   if (whole == nullptr) return;
   const SolutionBlock& expected = whole->blocks[static_cast<std::size_t>(b)];
   require(same_bits(block.variables, expected.variables) &&

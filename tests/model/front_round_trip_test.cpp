@@ -179,7 +179,8 @@ p3dgrid::SolutionBlock any_block(const p3dgrid::RestartForm& form, Precision mem
   const std::int64_t points = extents.points();
   const std::int32_t absent = absent_variable(layout, form.coding);
   for (int v = 1; v <= variables; ++v) {
-    block.variables.push_back(v == absent ? zeros(memory, points) : any_front_reals(memory, points));
+    block.variables.push_back(v == absent ? zeros(memory, points)
+                                          : any_front_reals(memory, points));
   }
   for (int n = 0; layout.triplets && n < 3; ++n) {
     block.triplets.push_back(any_front_reals(memory, points));

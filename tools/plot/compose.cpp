@@ -28,17 +28,18 @@ std::string rounded(double value, int digits) {
   return text;
 }
 
-/// The planes and cuts asked for, such as "k=1,x=0.5".
-std::string planes_of(const Request& request) {
+/// A list such as "k=1,i=last".
+template <class Planes>
+std::string list_of(const Planes& planes) {
   std::string text;
-  const auto add = [&](const auto& plane) { text += (text.empty() ? "" : ",") + describe(plane); };
-  std::ranges::for_each(request.planes, add);
-  std::ranges::for_each(request.cuts, add);
+  for (const auto& plane : planes) text += (text.empty() ? "" : ",") + describe(plane);
   return text;
 }
 
 [[noreturn]] void fail_without_surface(const Request& request) {
-  const std::string at = request.shows_faces() ? "" : " " + planes_of(request);
+  std::string at = list_of(request.planes);
+  if (!request.cuts.empty()) at += (at.empty() ? "" : ",") + list_of(request.cuts);
+  if (!at.empty()) at.insert(0, " ");
   throw Unusable(request.grid_path + ": there is no surface" + at +
                  " to show; 'p3dgrid info' shows " +
                  (request.cuts.empty() ? "the extents" : "where the blocks are"));
@@ -67,7 +68,7 @@ std::vector<Surface> surfaces_wanted(const Request& request, const Extents& exte
   if (surfaces.empty() && request.cuts.empty()) fail_without_surface(request);
   if (without > 0) {
     print_note(path + ": " + counted(without, "block") + " of " + std::to_string(extents.blocks()) +
-               " without a surface " + planes_of(request));
+               " without a surface " + list_of(request.planes));
   }
   return surfaces;
 }
@@ -163,9 +164,8 @@ std::string short_name(const std::string& path) {
 /// ", plane k=1, block 2", or the parts that were asked for.
 std::string place_of(const Request& request) {
   std::string place;
-  if (!request.planes.empty() || !request.cuts.empty()) {
-    place += (request.cuts.empty() ? ", plane " : ", cut ") + planes_of(request);
-  }
+  if (!request.planes.empty()) place += ", plane " + list_of(request.planes);
+  if (!request.cuts.empty()) place += ", cut " + list_of(request.cuts);
   if (request.block != 0) place += ", block " + std::to_string(request.block);
   return place;
 }
