@@ -111,7 +111,7 @@ class NamesWithControlCharacters(ToolTest):
                 self.assertRegex(choice, r"\A  (grid|layout [23]), binary, ")
 
     def test_wrong_usage(self):
-        line, = self.lines(2, "info", "grid", self.NAME)
+        line, = self.lines(2, "quality", "grid", self.NAME)
         self.assertIn(self.SHOWN, line)
 
     def test_results_and_notes(self):
@@ -264,7 +264,7 @@ class Usage(ToolTest):
     def test_wrong_usage(self):
         self.write_grid("grid")
         for arguments in (
-                (), ("nonsense",), ("info",), ("info", "grid", "more"), ("convert", "grid"),
+                (), ("nonsense",), ("info",), ("quality", "grid", "more"), ("convert", "grid"),
                 ("convert",), ("check",), ("check", "grid", ""), ("check", "a", "b", "c"),
                 ("check", "grid", "flow", "--to-format", "binary"),
                 ("restart",), ("restart", "grid"), ("restart", "grid", "flow"),

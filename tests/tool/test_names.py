@@ -152,6 +152,11 @@ class Series(ToolTest):
                           ["c.q", "2", "11", "0.5", "nothing"],
                           ["d.q", "2", "11", "0.75", "time,", "energy"]])
 
+    def test_compressed(self):
+        self.write_flow("a.q", 0.25)
+        self.write("b.q.gz", gzip.compress(self.path("a.q").read_bytes()))
+        self.assertEqual(self.series("a.q", "b.q.gz")[2], ["b.q.gz", "2", "11", "nothing"])
+
     def test_grids_and_kinds(self):
         self.write_grid("a")
         self.write_grid("b", Form(double=True), TWO_BLOCKS[:1])
