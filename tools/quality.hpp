@@ -22,8 +22,10 @@ struct Occurrences {
   std::int64_t count = 0;
   BlockExtents first = {};
 
-  void add(const BlockExtents& place) {
-    if (count++ == 0) first = place;
+  /// Adds occurrences, the first of them at a place.
+  void add(const BlockExtents& place, std::int64_t number = 1) {
+    if (count == 0 && number > 0) first = place;
+    count += number;
   }
 };
 
@@ -84,14 +86,19 @@ class FaceSearch {
   [[nodiscard]] std::vector<Connection> connections();
 
  private:
+  /// Edges of twice the tolerance, so that a point and its neighbours lie in at most two cubes in
+  /// each direction.
+  using Cube = std::array<double, 3>;
   struct FacePoint {
     std::array<double, 3> place;
+    std::uint64_t key;  ///< of the cube that holds it
     std::uint32_t face;
     BlockExtents index;  ///< in its block
   };
   struct Shared;
 
-  [[nodiscard]] std::array<double, 3> cell_of(const std::array<double, 3>& place) const;
+  [[nodiscard]] Cube cube_of(const std::array<double, 3>& place) const;
+  [[nodiscard]] static std::uint64_t key_of(const Cube& cube);
   template <class Take>
   void for_each_near(const FacePoint& point, Take take) const;
 

@@ -82,6 +82,29 @@ class Quality(ToolTest):
         self.assertAlmostEqual(found["skewness"]["value"], 1 / 3, places=12)
         self.assertEqual(found["skewness"]["place"], [2, 2, 1])
 
+    def test_long_lines(self):
+        """The worst places at any point of a line, also where it is measured in pieces."""
+        for ni in (2, 3, 79, 80, 81, 161, 163):
+            for at in {0, 1, ni // 2 - 1, ni // 2, ni - 2, ni - 1} & set(range(ni)):
+                with self.subTest(ni=ni, at=at):
+                    def moved(y, sign=1, at=at, ni=ni):
+                        """The block with the last point of lines `at` in another place."""
+                        return self.of_block(placed(
+                            box((ni, 3, 3), lambda i, j, k: (sign * i, j, k)), (at, 2, 2),
+                            (sign * at, y, 2)))
+
+                    found = moved(4)
+                    self.assertEqual(found["cells"], 4 * (ni - 1))
+                    self.assertEqual(found["stretching"], {"value": 3, "place": [at + 1, 2, 3]})
+                    self.assertEqual(moved(1)["zero_edges"],
+                                     {"count": 1, "first": [at + 1, 2, 3]})
+                    for sign, handedness in ((1, "right"), (-1, "left")):
+                        found = moved(-3, sign)
+                        self.assertEqual(found["handedness"], handedness)
+                        self.assertEqual(found["negative_volumes"],
+                                         {"count": 1 if at in (0, ni - 1) else 2,
+                                          "first": [max(at, 1), 2, 2]})
+
     def test_plane_blocks(self):
         self.assertEqual(self.of_block(box((3, 4, 1)))["handedness"], "right")
         found = self.of_block(placed(box((3, 4, 1), lambda i, j, k: (i, -j, 2)), (1, 1, 0),
