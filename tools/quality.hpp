@@ -114,6 +114,18 @@ struct QualityReport {
   std::vector<Connection> connections = {};
 };
 
+/// Sums over all blocks.
+struct QualityTotals {
+  std::int64_t cells = 0;
+  std::int64_t invalid_points = 0;
+  std::int64_t negative = 0;
+  std::int64_t zero_volumes = 0;
+  std::int64_t zero_edges = 0;
+  std::int64_t left_handed_blocks = 0;
+};
+
+[[nodiscard]] QualityTotals totals_of(const QualityReport& report);
+
 void print_quality(const std::string& path, const QualityReport& report);
 [[nodiscard]] std::string json_of(const std::string& path, const QualityReport& report);
 
