@@ -19,6 +19,8 @@ Conditions of a fair comparison:
 - The Fortran side uses array sections: `read (u) (xyz(l, s:e), l=1, 3)`. It discards values into a
   scalar, which is the simple way, or into a scrap array, which is the fast way.
 - Text is measured with fewer points: its cost per value is constant, and plain Fortran is slow.
+- A host in Fortran is compared with plain Fortran, and with the same operation called from C++:
+  the module must not cost more than 5 %.
 - The command is compared with the library's read, or read and write, of the same files, with all
   points. Its time is that of the process. `convert` flushes its output to the disk, and so does the
   library's side of that pair.
@@ -153,5 +155,24 @@ def python():
                            array_bytes=3 * (DOUBLE if precision == "double" else SINGLE))
 
 
+def fortran_hosts():
+    """A host in Fortran through the module, beside plain Fortran and beside the library in C++."""
+    for peer, name in (("fortran", "fortran"), ("library", "cpp")):
+        for values, kind in ((3, "grid"), (5, "restart")):
+            for precision in ("single", "double"):
+                unfilled = values * DOUBLE if precision == "double" else 0
+                for memory in ("fresh", "warm"):
+                    yield Case(f"host-{kind}-read/unformatted/{precision}/{memory}/against-{name}",
+                               f"host-{kind}-read", "unformatted", precision,
+                               f"{kind}.unformatted.{precision}", peer=peer,
+                               peer_operation=f"{kind}-read", memory=memory, values=values,
+                               array_bytes=values * SINGLE, unfilled_bytes=unfilled)
+                yield Case(f"host-{kind}-write/unformatted/{precision}/existing/against-{name}",
+                           f"host-{kind}-write", "unformatted", precision, peer=peer,
+                           peer_operation=f"{kind}-write", output="existing", values=values,
+                           array_bytes=SINGLE * (3 if kind == "grid" else 8),
+                           unfilled_bytes=unfilled)
+
+
 CASES = [*binary_reads(), *variable_reads(), *binary_writes(), *text(), *visualisation(),
-         *command(), *front(), *python()]
+         *command(), *front(), *python(), *fortran_hosts()]

@@ -49,6 +49,7 @@ class Programs:
     def __init__(self, build):
         self.ours = build / "p3dgrid_bench_ours"
         self.peer = build / "p3dgrid_bench_peer"
+        self.host = build / "p3dgrid_bench_host"
         self.command = build.parent / "tools" / "p3dgrid"
         self.vtk = pathlib.Path(__file__).with_name("vtk_peer.py")
         self.python_reader = pathlib.Path(__file__).with_name("python_reader.py")
@@ -86,6 +87,8 @@ class Programs:
             return self.run_python("p3dgrid", case, paths[0])
         if case.operation in ("convert", "check"):
             return self.run_command(case, *paths)
+        if case.operation.startswith("host-"):
+            return self.measure(self.host, case, case.operation.removeprefix("host-"), points, paths)
         return self.measure(self.ours, case, case.operation, points, paths)
 
     def run_peer(self, case, points, *paths):

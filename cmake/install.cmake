@@ -18,6 +18,20 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/mod_p3dgrid-config.cmake
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/mod_p3dgrid)
 file(RELATIVE_PATH pc_to_includedir
      ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_FULL_INCLUDEDIR})
+# Compilers of Fortran link no run-time library of C++.
+set(pc_fortran_variables "")
+set(pc_cxx_runtime "")
+if(MOD_P3DGRID_FORTRAN)
+  file(RELATIVE_PATH pc_to_datadir
+       ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_FULL_DATADIR})
+  set(sources "\${pcfiledir}/${pc_to_datadir}/mod_p3dgrid")
+  string(APPEND pc_fortran_variables "# Sources that hosts in Fortran compile.\n"
+         "fortran_source=${sources}/mod_p3dgrid.f90\n"
+         "fortran_gridvars_minimal=${sources}/mod_gridvars.f90\n")
+  foreach(library IN LISTS MOD_P3DGRID_CXX_RUNTIME)
+    string(APPEND pc_cxx_runtime " -l${library}")
+  endforeach()
+endif()
 # Where install(TARGETS ... OBJECTS) puts the object file of this build.
 set(gridvars_minimal_object p3dgrid_gridvars_minimal/src/gridvars_minimal/gridvars_minimal.cpp.o)
 if(CMAKE_BUILD_TYPE)
@@ -36,7 +50,8 @@ install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR}
         PATTERN Doxyfile.in EXCLUDE PATTERN "*.dox" EXCLUDE)
 # What the pages link to, at the same place beside them.
 install(FILES tests/fuzz/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR}/tests/fuzz)
-install(FILES examples/CMakeLists.txt examples/grids.cpp examples/host.cpp examples/points.cpp examples/stream.cpp
+install(FILES examples/CMakeLists.txt examples/fortran_gridvars.f90 examples/fortran_host.f90 examples/grids.cpp
+              examples/host.cpp examples/points.cpp examples/stream.cpp
         DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
 install(DIRECTORY examples/mpi DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples USE_SOURCE_PERMISSIONS)
 install(PROGRAMS examples/plot_tecplot.py DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)

@@ -1,5 +1,5 @@
-# Debian packages of command, library and documents, and of the Python package: run cpack in the
-# build folder.
+# Debian packages of command, library and documents, of the Python package, and of the command for
+# MPI: run cpack in the build folder.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME p3dgrid)
 set(CPACK_PACKAGE_VENDOR "the mod_p3dgrid authors")
@@ -18,7 +18,8 @@ set(CPACK_DEBIAN_PACKAGE_SECTION science)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # Text in the pictures needs some font.
 set(CPACK_DEBIAN_UNSPECIFIED_PACKAGE_RECOMMENDS fonts-dejavu-core)
-# The Python package is a Debian package of its own. All else is in the component without a name.
+# The Python package and the command for MPI are Debian packages of their own. All else is in the
+# component without a name.
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_ALL Unspecified)
 set(CPACK_DEBIAN_UNSPECIFIED_PACKAGE_NAME p3dgrid)
@@ -33,6 +34,14 @@ if(P3DGRID_PYTHON_DEPENDS)
       "PLOT3D grids and flow solutions as numpy arrays
 Python package that reads, writes, maps and checks multi-block structured grids
 in the PLOT3D layout and the restart files (flow solutions) that belong to them.")
+endif()
+if(TARGET p3dgrid-mpi)
+  list(APPEND CPACK_COMPONENTS_ALL mpi)
+  set(CPACK_DEBIAN_MPI_PACKAGE_NAME p3dgrid-mpi)
+  set(CPACK_DEBIAN_MPI_DESCRIPTION
+      "PLOT3D grids and flow solutions: convert with MPI
+Command that describes and converts multi-block structured grids in the PLOT3D
+layout and their restart files, with processes that share a file.")
 endif()
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/debian_files.cmake)
 include(CPack)

@@ -17,6 +17,10 @@
 ///   `nblocks` entries.
 /// - The points of all blocks form one sequence, block 1 first; within a block i runs fastest, then
 ///   j, then k. Coordinate arrays are (3, points).
+/// - The operations that move coordinates or flow have a second form with arrays of `double`: same
+///   calls, messages and failures. An operation passes values through a staging array, and reports
+///   its allocation, if file and memory differ in precision; `readnextp3dvar` always does. Text is
+///   read and written with all digits of the kind in memory.
 /// - The byte order is that of the machine, and files have three dimensions, unless `p3dsetcoding`
 ///   says otherwise.
 /// - Text is read list-directed: blanks, tabs, commas and line ends are separators, `r*c` repeats,
@@ -138,6 +142,12 @@ void readp3dgrid(const FileName& filename, integer iformat, logical dblprec, int
                  allocatable<integer, 1>& jdim, allocatable<integer, 1>& kdim,
                  allocatable<integer, 1>& iblank, logical useiblank, logical multiblock);
 
+/// The same with coordinates in double precision.
+void readp3dgrid(const FileName& filename, integer iformat, logical dblprec, integer& nblocks,
+                 integer& ndim, allocatable<double, 2>& xyz, allocatable<integer, 1>& idim,
+                 allocatable<integer, 1>& jdim, allocatable<integer, 1>& kdim,
+                 allocatable<integer, 1>& iblank, logical useiblank, logical multiblock);
+
 /// Reads the block count of a grid file.
 /// @param filename,iformat,multiblock  see the conventions above
 /// @param nblocks  number of blocks; unchanged by a failed read
@@ -170,6 +180,13 @@ void writep3dgrid(const FileName& filename, integer iformat, logical dblprec, in
                   integer ndim, array_view<const float, 2> xyz, array_view<const integer, 1> idim,
                   array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
                   array_view<const integer, 1> iblank, logical useiblank, logical multiblock);
+
+/// The same with coordinates in double precision.
+void writep3dgrid(const FileName& filename, integer iformat, logical dblprec, integer nblocks,
+                  integer ndim, array_argument<const double, 2> xyz,
+                  array_view<const integer, 1> idim, array_view<const integer, 1> jdim,
+                  array_view<const integer, 1> kdim, array_view<const integer, 1> iblank,
+                  logical useiblank, logical multiblock);
 
 // clang-format off
 /// @name Restart files
@@ -277,6 +294,15 @@ void readp3drestart(const FileName& filename, integer iformat, logical dblprec, 
                     array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
                     integer rsttype, logical multiblock);
 
+/// The same with flow in double precision. The quirks of double-precision files above are those of
+/// single-precision files here, because these pass through staging arrays. From layout 100 in
+/// double precision the triplets arrive.
+void readp3drestart(const FileName& filename, integer iformat, logical dblprec, integer nblocks,
+                    array_view<const integer, 1> blockpoints, allocatable<double, 2>& varvalues,
+                    allocatable<double, 2>& auxvalues, array_view<const integer, 1> idim,
+                    array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
+                    integer rsttype, logical multiblock);
+
 /// Writes a whole restart file. Unit 301 stays open and the file is incomplete until the host calls
 /// `p3dcloseunit(301)` or the run ends. Unit 201 is closed.
 /// @param filename,iformat,dblprec,nblocks,idim,jdim,kdim,multiblock  see the conventions above
@@ -294,6 +320,13 @@ void readp3drestart(const FileName& filename, integer iformat, logical dblprec, 
 void writep3drestart(const FileName& filename, integer iformat, logical dblprec, integer nparamrows,
                      integer nblocks, array_view<const float, 2> varvalues,
                      array_view<const float, 2> auxvalues, array_view<const integer, 1> idim,
+                     array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
+                     integer rsttype, logical multiblock);
+
+/// The same with flow in double precision.
+void writep3drestart(const FileName& filename, integer iformat, logical dblprec, integer nparamrows,
+                     integer nblocks, array_argument<const double, 2> varvalues,
+                     array_view<const double, 2> auxvalues, array_view<const integer, 1> idim,
                      array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
                      integer rsttype, logical multiblock);
 
@@ -330,6 +363,13 @@ void readnextp3dvar(integer ivar, const FileName& filename, integer iformat, log
                     array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
                     integer rsttype, logical multiblock);
 
+/// The same with flow in double precision.
+void readnextp3dvar(integer ivar, const FileName& filename, integer iformat, logical dblprec,
+                    integer nblocks, array_view<const integer, 1> blockpoints,
+                    array_argument<double, 2> varvalues, array_view<const integer, 1> idim,
+                    array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
+                    integer rsttype, logical multiblock);
+
 /// Writes one variable to a temporary file: an unformatted record per block.
 /// @param ivar         number of the variable, 1 to 15; any other is a fatal error
 /// @param prefix       beginning of the file name: *flow* and variable 3 give *flow000003.tmp*.
@@ -345,6 +385,12 @@ void writenextp3dvar(integer ivar, const FileName& prefix, logical dblprec, inte
                      array_view<const integer, 1> blockpoints, array_view<const float, 2> varvalues,
                      array_view<const integer, 1> idim, array_view<const integer, 1> jdim,
                      array_view<const integer, 1> kdim);
+
+/// The same with flow in double precision. `blockpoints` is used only without `dblprec`.
+void writenextp3dvar(integer ivar, const FileName& prefix, logical dblprec, integer nblocks,
+                     array_view<const integer, 1> blockpoints,
+                     array_argument<const double, 2> varvalues, array_view<const integer, 1> idim,
+                     array_view<const integer, 1> jdim, array_view<const integer, 1> kdim);
 
 /// Combines the temporary files `tmpfile(1)` to `tmpfile(n)`, n being the sum of `numrstrtvar`, to
 /// a restart file, and deletes them. Memory: one block of all variables.
@@ -362,6 +408,12 @@ void writenextp3dvar(integer ivar, const FileName& prefix, logical dblprec, inte
 /// error and leaves the others. Invalid arguments are fatal errors before anything is opened.
 /// Sections with variables above `numrstrtvar(1)` are written too.
 void combinep3dvarfiles(array_view<const float, 2> leadvalues, const FileName& filename,
+                        integer iformat, logical dblprec, integer nparamrows, integer nblocks,
+                        array_view<const integer, 1> idim, array_view<const integer, 1> jdim,
+                        array_view<const integer, 1> kdim, integer rsttype, logical multiblock);
+
+/// The same with triplets in double precision. Text shows all digits of the temporary files.
+void combinep3dvarfiles(array_argument<const double, 2> leadvalues, const FileName& filename,
                         integer iformat, logical dblprec, integer nparamrows, integer nblocks,
                         array_view<const integer, 1> idim, array_view<const integer, 1> jdim,
                         array_view<const integer, 1> kdim, integer rsttype, logical multiblock);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cassert>
 #include <concepts>
@@ -34,6 +35,20 @@ namespace detail {
 /// Uninitialised storage, aligned for any element; null on failure.
 [[nodiscard]] void* acquire_storage(std::uint64_t bytes) noexcept;
 void release_storage(void* storage) noexcept;
+/// Advises the system to use huge pages for the storage, if the host wants them.
+void advise_storage(void* storage, std::uint64_t bytes) noexcept;
+
+/// An array of another language that provides the storage of an `allocatable`.
+class StorageOwner {
+ public:
+  /// Allocates the other array with the given extents. Null on failure, else not null.
+  [[nodiscard]] virtual void* acquire(std::span<const std::int64_t> extents) noexcept = 0;
+  /// Deallocates it.
+  virtual void release() noexcept = 0;
+
+ protected:
+  ~StorageOwner() = default;
+};
 
 /// Position of element (i, j, ...) in Fortran order: first index fastest, indices from 1.
 template <std::size_t Rank, class... Index>
@@ -71,18 +86,27 @@ class allocatable {
   /// Takes the storage of `other`, which is not allocated afterwards.
   allocatable(allocatable&& other) noexcept
       : storage_(std::exchange(other.storage_, nullptr)),
-        extents_(std::exchange(other.extents_, {})) {}
-  /// Releases the storage and takes that of `other`, which is not allocated afterwards.
+        extents_(std::exchange(other.extents_, {})),
+        owner_(other.owner_) {}
+  /// Releases the storage and takes that of `other`, which is not allocated afterwards. If their
+  /// storage comes from different places, the elements are copied; without memory for that this
+  /// array is not allocated.
+  // cppcheck-suppress operatorEqVarError ; an array keeps its owner
   allocatable& operator=(allocatable&& other) noexcept {
-    if (this != &other) {
-      detail::release_storage(storage_);
+    if (this == &other) return *this;
+    release();
+    extents_ = std::exchange(other.extents_, {});
+    if (owner_ == other.owner_ || !other.allocated()) {
       storage_ = std::exchange(other.storage_, nullptr);
-      extents_ = std::exchange(other.extents_, {});
+      return *this;
     }
+    storage_ = acquire();
+    if (allocated()) std::copy_n(other.storage_, size(), storage_);
+    other.release();
     return *this;
   }
   /// Releases the storage.
-  ~allocatable() { detail::release_storage(storage_); }
+  ~allocatable() { release(); }
 
   /// Allocates with the given extents; a negative extent counts as 0. Returns `allocation_done`,
   /// `already_allocated` or `out_of_memory`. After `out_of_memory` `extent` returns the requested
@@ -98,14 +122,14 @@ class allocatable {
         return out_of_memory;
       }
     }
-    storage_ = static_cast<T*>(detail::acquire_storage(bytes));
+    storage_ = acquire();
     return allocated() ? allocation_done : out_of_memory;
   }
 
   /// Releases the storage. Returns `allocation_done`, or `not_allocated` if there is none.
   integer deallocate() noexcept {
     if (!allocated()) return not_allocated;
-    detail::release_storage(std::exchange(storage_, nullptr));
+    release();
     extents_ = {};
     return allocation_done;
   }
@@ -153,9 +177,39 @@ class allocatable {
     return storage_[detail::fortran_offset(extents_, index...)];
   }
 
+  /// @cond INTERNAL
+  /// An array whose storage `owner` provides.
+  /// @param storage  what the owner holds already; null for an array that is not allocated
+  allocatable(detail::StorageOwner& owner, T* storage,
+              const std::array<std::int64_t, Rank>& extents) noexcept
+      : storage_(storage), extents_(extents), owner_(&owner) {}
+  /// An array that is not allocated and can be moved to this one without a copy.
+  [[nodiscard]] allocatable sibling() const noexcept {
+    allocatable result;
+    // The owner of an allocated array has no second one.
+    if (!allocated()) result.owner_ = owner_;
+    return result;
+  }
+  /// Leaves the storage to its owner.
+  void leave() noexcept { storage_ = nullptr; }
+  /// @endcond
+
  private:
+  /// The size has been checked.
+  T* acquire() noexcept {
+    if (owner_ != nullptr) return static_cast<T*>(owner_->acquire(extents_));
+    std::uint64_t bytes = sizeof(T);
+    for (const std::int64_t e : extents_) bytes *= static_cast<std::uint64_t>(e);
+    return static_cast<T*>(detail::acquire_storage(bytes));
+  }
+  void release() noexcept {
+    if (owner_ == nullptr) return detail::release_storage(std::exchange(storage_, nullptr));
+    if (std::exchange(storage_, nullptr) != nullptr) owner_->release();
+  }
+
   T* storage_ = nullptr;
   std::array<std::int64_t, Rank> extents_{};
+  detail::StorageOwner* owner_ = nullptr;
 };
 
 /// Array of fixed shape, in Fortran order with indices from 1.
@@ -267,6 +321,18 @@ class array_view {
 
   T* data_ = nullptr;
   std::array<std::int64_t, Rank> extents_{};
+};
+
+/// An `array_view` as a parameter of the double-precision overloads. It has no default constructor,
+/// so that `{}` selects the single-precision form.
+template <class T, std::size_t Rank>
+class array_argument : public array_view<T, Rank> {
+ public:
+  /// Takes what an `array_view` is made from.
+  template <class First, class... Rest>
+  requires std::constructible_from<array_view<T, Rank>, First, Rest...> array_argument(
+      First&& first, Rest&&... rest)
+  noexcept : array_view<T, Rank>(std::forward<First>(first), std::forward<Rest>(rest)...) {}
 };
 
 }  // namespace mod_p3dgrid

@@ -251,7 +251,12 @@ StatedGridForm grid_form_in(const py::dict& stated) {
 }
 
 StatedRestartForm restart_form_in(const py::dict& stated) {
-  return form_in<StatedRestartForm>(stated);
+  auto form = form_in<StatedRestartForm>(stated);
+  // None is a statement for a layout without a block count. Otherwise the form would be detected.
+  if (!form.multiblock && form.layout && !traits_of(*form.layout).may_hold_count()) {
+    form.multiblock = RestartForm().multiblock;
+  }
+  return form;
 }
 
 RunData run_data_in(const py::dict& header) {

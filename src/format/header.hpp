@@ -22,6 +22,24 @@ namespace recordio = mod_p3dgrid::recordio;
   return holds_doubles(coding) ? recordio::FileKind::real8 : recordio::FileKind::real4;
 }
 
+/// The kind of reals that `Real` is not.
+template <class Real>
+using OtherReal =
+    std::conditional_t<std::is_same_v<std::remove_const_t<Real>, float>, double, float>;
+
+/// The name of the precision in messages.
+template <class Real>
+[[nodiscard]] constexpr const char* precision_name() {
+  return std::is_same_v<Real, float> ? "single" : "double";
+}
+
+/// Whether the file and an array of `Real` hold reals of different kinds; false for text. Such an
+/// array is read and written through a staging array of the file's kind.
+template <class Real>
+[[nodiscard]] constexpr bool needs_staging(const Coding& coding) {
+  return !is_text(coding) && real_kind(coding) != recordio::kind_of<Real>();
+}
+
 /// Kind of the time-step size of a header. Text has the digits of a double.
 [[nodiscard]] constexpr recordio::FileKind step_kind(const Coding& coding) {
   return holds_singles(coding) ? recordio::FileKind::real4 : recordio::FileKind::real8;

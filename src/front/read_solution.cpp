@@ -24,7 +24,7 @@ std::shared_ptr<const Extents> extents_of(const Grid* grid) {
 
 void require_same(const std::string& path, const Extents& own, const Extents& grid) {
   const auto differences = differing_blocks(path, own, grid);
-  if (!differences.empty()) throw differences.front();
+  if (!differences.empty()) throw Error(differences.front());
 }
 
 }  // namespace

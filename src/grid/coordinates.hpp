@@ -1,5 +1,6 @@
 #pragma once
 
+#include "format/header.hpp"
 #include "mod_p3dgrid/arrays.hpp"
 #include "recordio/record_list.hpp"
 #include "state/host.hpp"
@@ -19,12 +20,12 @@ inline void announce_grid(integer mode, const FileName& filename, integer iforma
 /// The coordinate record of one block: all x, all y and, in three dimensions, all z of its points,
 /// then the blanking values if the grid has them.
 /// @param xyz      (coordinate, point)
-/// @param staging  staging array of a double-precision file; else empty
+/// @param staging  staging array of a file of the other kind of reals; else empty
 /// @param iblank   null for a grid without blanking
 template <class Real, class Integer>
 [[nodiscard]] auto coordinate_record(const p3dgrid::Coding& coding, array_view<Real, 2> xyz,
-                                     array_view<double, 2> staging, Integer* iblank,
-                                     const PointNumbering& points, integer block) {
+                                     array_view<p3dgrid::OtherReal<Real>, 2> staging,
+                                     Integer* iblank, const PointNumbering& points, integer block) {
   const std::int64_t first = points.before(block);
   const integer count = points.npts(block);
   const std::int64_t stride = xyz.extent(1);

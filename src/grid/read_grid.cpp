@@ -11,8 +11,9 @@ namespace {
 
 using recordio::FileKind;
 
+template <class Real>
 struct GridBody {
-  allocatable<float, 2>& xyz;
+  allocatable<Real, 2>& xyz;
   allocatable<integer, 1>& iblank;
   logical useiblank;
   p3dgrid::Coding coding;
@@ -20,7 +21,7 @@ struct GridBody {
 
   /// Sets the third coordinates of a block to 0.
   void clear_third(integer block) const {
-    float* const first = xyz.data() + numbering.before(block) * coordinates_per_point;
+    Real* const first = xyz.data() + numbering.before(block) * coordinates_per_point;
     for (std::int64_t p = 0; p < numbering.npts(block); ++p) {
       first[p * coordinates_per_point + 2] = 0;
     }
@@ -41,7 +42,8 @@ void number_points(const Unit& unit, integer nblocks, const ExtentViews& extents
   if (wrong_block != 0) fail_on_extents(unit, wrong_block, extents.of(wrong_block));
 }
 
-void read_body(const Unit& unit, GridBody& grid) {
+template <class Real>
+void read_body(const Unit& unit, GridBody<Real>& grid) {
   const std::int64_t total = grid.numbering.total;
   const FileKind kind = p3dgrid::real_kind(grid.coding);
   unit.require_room(values_of(total, axes_of(grid.coding)), kind, recordio::Claim::may_be_truncated,
@@ -56,8 +58,8 @@ void read_body(const Unit& unit, GridBody& grid) {
   unit.require_array(usable && grid.xyz.extent(1) == coordinates_per_point,
                      "unallocated arrays for the points");
   if (!unit.known()) return;
-  allocatable<double, 2> staging;
-  if (kind == FileKind::real8) {
+  allocatable<p3dgrid::OtherReal<Real>, 2> staging;
+  if (p3dgrid::needs_staging<Real>(grid.coding)) {
     unit.require_array(allocate_checked(staging, coordinates_per_point, total),
                        "a staging array for the coordinates");
   }
@@ -65,16 +67,14 @@ void read_body(const Unit& unit, GridBody& grid) {
     if (debugprint) message("Reading grid point data for grid ", b);
     integer* const iblank = grid.useiblank ? grid.iblank.data() : nullptr;
     if (is_planar(grid.coding)) grid.clear_third(b);
-    unit.read(coordinate_record<float>(grid.coding, grid.xyz, staging, iblank, grid.numbering, b));
+    unit.read(coordinate_record<Real>(grid.coding, grid.xyz, staging, iblank, grid.numbering, b));
   }
 }
 
-}  // namespace
-
-void readp3dgrid(const FileName& filename, integer iformat, logical dblprec, integer& nblocks,
-                 integer& ndim, allocatable<float, 2>& xyz, allocatable<integer, 1>& idim,
-                 allocatable<integer, 1>& jdim, allocatable<integer, 1>& kdim,
-                 allocatable<integer, 1>& iblank, logical useiblank, logical multiblock) try {
+template <class Real>
+void read_grid(const FileName& filename, integer iformat, logical dblprec, integer& nblocks,
+               integer& ndim, allocatable<Real, 2>& xyz, const ExtentTargets& extents,
+               allocatable<integer, 1>& iblank, logical useiblank, logical multiblock) try {
   announce_grid(host::announce_read, filename, iformat, dblprec, useiblank, multiblock);
   ndim = coordinates_per_point;
   const Unit unit(unit_number::grid, iformat);
@@ -83,16 +83,33 @@ void readp3dgrid(const FileName& filename, integer iformat, logical dblprec, int
   if (multiblock) unit.read({recordio::scalar(count)});
   message("Number of grids is ", count);
   nblocks = count;
-  GridBody grid{xyz, iblank, useiblank, unit.coding(filename, dblprec), {}};
+  GridBody<Real> grid{xyz, iblank, useiblank, unit.coding(filename, dblprec), {}};
   require_room_for_dimensions(unit, grid.coding, count);
-  const ExtentTargets extents{&idim, &jdim, &kdim};
   allocate_extents(unit, count, extents, grid.numbering.npts, grid.numbering.iend);
   read_dimensions(unit, grid.coding, DimensionKind::one_record, count, extents);
-  number_points(unit, count, {idim, jdim, kdim}, grid.numbering);
+  number_points(unit, count, {*extents[0], *extents[1], *extents[2]}, grid.numbering);
   read_body(unit, grid);
   unit.close();
 } catch (...) {
   end_operation("read grid", filename);
+}
+
+}  // namespace
+
+void readp3dgrid(const FileName& filename, integer iformat, logical dblprec, integer& nblocks,
+                 integer& ndim, allocatable<float, 2>& xyz, allocatable<integer, 1>& idim,
+                 allocatable<integer, 1>& jdim, allocatable<integer, 1>& kdim,
+                 allocatable<integer, 1>& iblank, logical useiblank, logical multiblock) {
+  read_grid(filename, iformat, dblprec, nblocks, ndim, xyz, {&idim, &jdim, &kdim}, iblank,
+            useiblank, multiblock);
+}
+
+void readp3dgrid(const FileName& filename, integer iformat, logical dblprec, integer& nblocks,
+                 integer& ndim, allocatable<double, 2>& xyz, allocatable<integer, 1>& idim,
+                 allocatable<integer, 1>& jdim, allocatable<integer, 1>& kdim,
+                 allocatable<integer, 1>& iblank, logical useiblank, logical multiblock) {
+  read_grid(filename, iformat, dblprec, nblocks, ndim, xyz, {&idim, &jdim, &kdim}, iblank,
+            useiblank, multiblock);
 }
 
 }  // namespace mod_p3dgrid

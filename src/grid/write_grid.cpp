@@ -20,7 +20,8 @@ std::string grid_file(const FileName& filename) {
   fail_run(grid_file(filename) + ": " + reason);
 }
 
-void check_arrays(const FileName& filename, integer ndim, array_view<const float, 2> xyz,
+template <class Real>
+void check_arrays(const FileName& filename, integer ndim, array_view<const Real, 2> xyz,
                   const array_view<const integer, 1>* iblank, const PointNumbering& points) {
   if (ndim < coordinates_per_point || xyz.extent(1) < ndim || xyz.extent(2) < points.total) {
     refuse(filename, "coordinates for " + std::to_string(xyz.extent(2)) + " points with " +
@@ -34,16 +35,13 @@ void check_arrays(const FileName& filename, integer ndim, array_view<const float
   }
 }
 
-}  // namespace
-
-void writep3dgrid(const FileName& filename, integer iformat, logical dblprec, integer nblocks,
-                  integer ndim, array_view<const float, 2> xyz, array_view<const integer, 1> idim,
-                  array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
-                  array_view<const integer, 1> iblank, logical useiblank, logical multiblock) try {
+template <class Real>
+void write_grid(const FileName& filename, integer iformat, logical dblprec, integer nblocks,
+                integer ndim, array_view<const Real, 2> xyz, const ExtentViews& extents,
+                array_view<const integer, 1> iblank, logical useiblank, logical multiblock) try {
   announce_grid(host::announce_write, filename, iformat, dblprec, useiblank, multiblock);
   const Unit unit(unit_number::grid, iformat);
   if (unit.known()) {
-    const ExtentViews extents{idim, jdim, kdim};
     const p3dgrid::Coding coding = unit.coding(filename, dblprec);
     const PointNumbering points = checked_numbering(grid_file(filename), nblocks, extents);
     check_planes(grid_file(filename), coding, nblocks, extents);
@@ -51,19 +49,40 @@ void writep3dgrid(const FileName& filename, integer iformat, logical dblprec, in
     unit.open(filename, OpenStatus::unknown);
     if (multiblock) unit.write({recordio::scalar(std::as_const(nblocks))});
     write_dimensions(unit, coding, DimensionKind::one_record, nblocks, extents);
-    allocatable<double, 2> staging;
-    if (holds_doubles(coding) && !allocate_checked(staging, ndim, points.total)) {
-      refuse(filename, "out of memory for its coordinates in double precision");
+    using Staged = p3dgrid::OtherReal<Real>;
+    allocatable<Staged, 2> staging;
+    if (p3dgrid::needs_staging<Real>(coding) && !allocate_checked(staging, ndim, points.total)) {
+      refuse(filename, std::string("out of memory for its coordinates in ") +
+                           p3dgrid::precision_name<Staged>() + " precision");
     }
     for (integer b = 1; b <= nblocks; ++b) {
       message("Writing grid point data for grid ", b);
-      unit.write(coordinate_record(coding, xyz, array_view<double, 2>(staging),
+      unit.write(coordinate_record(coding, xyz, array_view<Staged, 2>(staging),
                                    useiblank ? iblank.data() : nullptr, points, b));
     }
   }
   unit.close();
 } catch (...) {
   end_operation("write grid", filename);
+}
+
+}  // namespace
+
+void writep3dgrid(const FileName& filename, integer iformat, logical dblprec, integer nblocks,
+                  integer ndim, array_view<const float, 2> xyz, array_view<const integer, 1> idim,
+                  array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
+                  array_view<const integer, 1> iblank, logical useiblank, logical multiblock) {
+  write_grid(filename, iformat, dblprec, nblocks, ndim, xyz, {idim, jdim, kdim}, iblank, useiblank,
+             multiblock);
+}
+
+void writep3dgrid(const FileName& filename, integer iformat, logical dblprec, integer nblocks,
+                  integer ndim, array_argument<const double, 2> xyz,
+                  array_view<const integer, 1> idim, array_view<const integer, 1> jdim,
+                  array_view<const integer, 1> kdim, array_view<const integer, 1> iblank,
+                  logical useiblank, logical multiblock) {
+  write_grid<double>(filename, iformat, dblprec, nblocks, ndim, xyz, {idim, jdim, kdim}, iblank,
+                     useiblank, multiblock);
 }
 
 }  // namespace mod_p3dgrid

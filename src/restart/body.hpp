@@ -171,10 +171,12 @@ void convert_rows(const From* from, std::int64_t from_stride, To* to, std::int64
   }
 }
 
-/// Staging arrays of double-precision files, as large as the arrays of the caller; else empty.
+/// Staging arrays as large as the arrays of the caller, for a file of reals of kind `Staged`; else
+/// empty.
+template <class Staged>
 struct StagingArrays {
-  array_view<double, 2> flow;
-  array_view<double, 2> triplets;
+  array_view<Staged, 2> flow;
+  array_view<Staged, 2> triplets;
 };
 
 /// Arrays of all variables at all points, for a whole body. `Real` is const for writing.
@@ -185,7 +187,7 @@ struct WholeArrays {
   array_view<Real, 2> flow;      ///< (variable, point)
   array_view<Real, 2> triplets;  ///< (3, point)
   integer last_parameter_row;    ///< row for all further blocks
-  StagingArrays staging = {};
+  StagingArrays<p3dgrid::OtherReal<Real>> staging = {};
 
   using Memory = recordio::MemoryOf<Real>;
   [[nodiscard]] recordio::Values<Memory> parameters_of(const BodyRecord& record) const {

@@ -14,13 +14,6 @@
 namespace mod_p3dgrid {
 namespace {
 
-allocatable<double, 2>& enlarged(const allocatable<double, 2>&) {
-  return restart_staging.DWTMP;
-}
-allocatable<float, 2>& enlarged(const allocatable<float, 2>&) {
-  return restart_staging.WTMP;
-}
-
 /// Copies at most `rows` rows that both arrays have.
 template <class To, class From>
 void copy_rows(const allocatable<From, 2>& from, allocatable<To, 2>& to, std::int64_t rows,
@@ -76,13 +69,14 @@ struct WholeReader {
 
   void enlarge(const Extension& extension) {
     const std::int64_t points = file.points.total;
-    allocatable<Real, 2>& larger = enlarged(flow);
+    allocatable<Real, 2>& larger = staging_of_kind<Real>().enlarged;
     file.unit.require_array(allocate_staging(larger, extension.variables.last, points),
                             "a larger array for the flow variables");
     // Rows that no record fills are 0.
     std::ranges::fill(larger.span(), Real{0});
     copy_rows(flow, larger, extension.kept, points);
     flow = std::move(larger);
+    file.unit.require_array(flow.allocated(), "a larger array for the flow variables");
     arrays.flow = flow;
   }
 
@@ -100,9 +94,12 @@ struct WholeReader {
 };
 
 /// The number of blocks is that of the header.
+template <class Result>
 struct RestartRead : RestartFile {
-  allocatable<float, 2>& varvalues;
-  allocatable<float, 2>& auxvalues;
+  allocatable<Result, 2>& varvalues;
+  allocatable<Result, 2>& auxvalues;
+
+  using Staged = p3dgrid::OtherReal<Result>;
 
   [[nodiscard]] std::vector<BodyRecord> records() const {
     const bool leading = reads_triplets(layout, coding);
@@ -137,13 +134,13 @@ struct RestartRead : RestartFile {
     iflag.fill(0);
     integer status = auxvalues.allocate(triplet, points.total);
     bool usable = true;
-    auto& DX = restart_staging.DX;
-    const bool doubles = holds_doubles(coding);
-    if (doubles && status == allocation_done) status = DX.allocate(triplet, points.total);
+    auto& staging = staging_of_kind<Staged>().triplets;
+    const bool staged = p3dgrid::needs_staging<Result>(coding);
+    if (staged && status == allocation_done) status = staging.allocate(triplet, points.total);
     host::checkallocationerror(status);
-    if (doubles) {
-      if (!covers(DX, triplet, points.total)) DX.deallocate();
-      usable = DX.allocated() || DX.allocate(triplet, points.total) == allocation_done;
+    if (staged) {
+      if (!covers(staging, triplet, points.total)) staging.deallocate();
+      usable = staging.allocated() || staging.allocate(triplet, points.total) == allocation_done;
     }
     unit.require_array(usable && covers(auxvalues, triplet, points.total),
                        "an unallocated array for triplets");
@@ -151,7 +148,7 @@ struct RestartRead : RestartFile {
 
   template <class Real>
   void read_into(allocatable<Real, 2>& flow, allocatable<Real, 2>& triplets,
-                 const StagingArrays& staging = {}) {
+                 const StagingArrays<p3dgrid::OtherReal<Real>>& staging = {}) {
     prepare_triplets();
     WholeReader<Real> reader{*this, flow, {coding, points, flow, triplets, nblocks, staging}};
     read_records(unit, {records(), nblocks, layout.extensions}, reader);
@@ -163,8 +160,8 @@ struct RestartRead : RestartFile {
     const integer highest = checked_highest_variable(records());
     if (points.total > 0) check_variables(filename, highest, variables);
     require_room_for_flow();
-    if (holds_doubles(coding)) {
-      unit.require_array(allocate_staging(restart_staging.DW, variables, points.total),
+    if (p3dgrid::needs_staging<Result>(coding)) {
+      unit.require_array(allocate_staging(staging_of_kind<Staged>().flow, variables, points.total),
                          "a staging array for the flow variables");
       read_staged();
     } else {
@@ -177,50 +174,49 @@ struct RestartRead : RestartFile {
     unit.require_array(usable, "an unallocated array for the flow variables");
   }
 
-  /// Reads through the staging arrays. Values are rounded piece by piece into `rounded`, because
-  /// hosts expect that the result is allocated after the read. Flow that may be enlarged is rounded
-  /// at the end. If there is no memory for the result, the body is read all the same and the
-  /// failure is reported afterwards.
+  /// Reads through the staging arrays. Values are converted piece by piece into `converted`,
+  /// because hosts expect that the result is allocated after the read. Flow that may be enlarged is
+  /// converted at the end. If there is no memory for the result, the body is read all the same and
+  /// the failure is reported afterwards.
   void read_staged() {
-    auto& DW = restart_staging.DW;
-    auto& DX = restart_staging.DX;
-    allocatable<float, 2> rounded;
+    const auto [flow, triplets, enlarged] = staging_of_kind<Staged>();
+    allocatable<Result, 2> converted = varvalues.sibling();
     const integer status =
-        layout.triplets ? allocation_done : rounded.allocate(variables_per_point(), points.total);
-    const bool at_once = rounded.allocated();
+        layout.triplets ? allocation_done : converted.allocate(variables_per_point(), points.total);
+    const bool at_once = converted.allocated();
     if (at_once) {
-      read_into(rounded, auxvalues, {DW, {}});
+      read_into(converted, auxvalues, {flow, {}});
     } else {
-      read_into(DW, DX);
+      read_into(flow, triplets);
     }
     if (layout.extensions) {
       // The second allocation of `auxvalues` is a known quirk, as is that it is missing for layout
-      // 100, whose triplets stay unset and whose `DX` stays allocated.
+      // 100, whose triplets stay unset and whose staging array stays allocated.
       host::checkallocationerror(auxvalues.allocate(triplet, points.total));
       unit.require_array(covers(auxvalues, triplet, points.total), "an array for the triplets");
-      copy_rows(DX, auxvalues, triplet, points.total);
-      DX.deallocate();
+      copy_rows(triplets, auxvalues, triplet, points.total);
+      triplets.deallocate();
     }
     // The visitor has left the count of the last block.
     if (layout.counted_variables) mod_gridvars::numrstrtvar(1) = most_variables();
     if (status != allocation_done && !varvalues.allocated()) {
-      varvalues = std::move(rounded);  // without storage, but with extents
+      varvalues = std::move(converted);  // without storage, but with extents
       host::checkallocationerror(status);
       require_flow(false);
     }
     if (at_once) {
-      hand_over(rounded);
+      hand_over(converted);
     } else {
-      hand_over(DW);
+      hand_over(flow);
     }
-    DW.deallocate();
+    flow.deallocate();
   }
 
   /// Moves `flow` to the result if type and shape agree, else copies it.
   template <class Real>
   void hand_over(allocatable<Real, 2>& flow) {
     const std::int64_t variables = variables_per_point();
-    if constexpr (std::is_same_v<Real, float>) {
+    if constexpr (std::is_same_v<Real, Result>) {
       if (!varvalues.allocated() && flow.extent(1) == variables) {
         varvalues = std::move(flow);
         return host::checkallocationerror(allocation_done);
@@ -231,7 +227,7 @@ struct RestartRead : RestartFile {
   }
 };
 
-void prepare_parameters(const RestartRead& read, integer iformat, logical dblprec) {
+void prepare_parameters(const RestartFile& read, integer iformat, logical dblprec) {
   if (read.layout.parameters == 0) return;
   mod_gridvars::numrstrtvar(1) = p3dgrid::solution_variables;
   const auto allocate = [&](auto& parameters) {
@@ -243,8 +239,9 @@ void prepare_parameters(const RestartRead& read, integer iformat, logical dblpre
   single ? allocate(sqvar) : allocate(dqvar);
 }
 
-void read_restart(RestartRead& read, integer iformat, logical dblprec, integer nblocks,
-                  array_view<const integer, 1> blockpoints, const ExtentViews& extents) {
+template <class Result>
+void read_body(RestartRead<Result>& read, integer iformat, logical dblprec, integer nblocks,
+               array_view<const integer, 1> blockpoints, const ExtentViews& extents) {
   prepare_parameters(read, iformat, dblprec);
   if (!mod_gridvars::readallvars) {
     host::checkallocationerror(read.varvalues.allocate(1, sum(blockpoints)));
@@ -264,13 +261,22 @@ void read_restart(RestartRead& read, integer iformat, logical dblprec, integer n
   if (read.layout.counted_variables) mod_gridvars::numrstrtvar(1) = most_variables();
 }
 
-}  // namespace
+/// Releases the staging arrays, except the triplets of another layout.
+void release_staging(const LayoutTraits& layout) {
+  const auto release = [&](auto staging) {
+    staging.flow.deallocate();
+    staging.enlarged.deallocate();
+    if (layout.triplets) staging.triplets.deallocate();
+  };
+  release(staging_of_kind<float>());
+  release(staging_of_kind<double>());
+}
 
-void readp3drestart(const FileName& filename, integer iformat, logical dblprec, integer nblocks,
-                    array_view<const integer, 1> blockpoints, allocatable<float, 2>& varvalues,
-                    allocatable<float, 2>& auxvalues, array_view<const integer, 1> idim,
-                    array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
-                    integer rsttype, logical multiblock) try {
+template <class Result>
+void read_restart(const FileName& filename, integer iformat, logical dblprec, integer nblocks,
+                  array_view<const integer, 1> blockpoints, allocatable<Result, 2>& varvalues,
+                  allocatable<Result, 2>& auxvalues, const ExtentViews& given, integer rsttype,
+                  logical multiblock) try {
   const LayoutTraits& layout = p3dgrid::traits_of(rsttype);
   announce_restart(host::announce_read, filename, iformat, dblprec, layout, multiblock);
   check_layout(filename, layout, rsttype);
@@ -279,21 +285,38 @@ void readp3drestart(const FileName& filename, integer iformat, logical dblprec, 
   ExtentArrays extents;
   read_restart_header(filename, iformat, dblprec, ngrid, rsttype, multiblock, extents);
   require_plausible_extents(unit, extents);
-  RestartRead read{
+  RestartRead<Result> read{
       {filename, unit, layout, unit.coding(filename, dblprec), ngrid}, varvalues, auxvalues};
   try {
-    read_restart(read, iformat, dblprec, nblocks, blockpoints, {idim, jdim, kdim});
+    read_body(read, iformat, dblprec, nblocks, blockpoints, given);
   } catch (const FailedRead&) {
     throw;
   } catch (...) {
-    restart_staging.DW.deallocate();
-    restart_staging.DWTMP.deallocate();
-    restart_staging.WTMP.deallocate();
-    if (layout.triplets) restart_staging.DX.deallocate();
+    release_staging(layout);
     throw;
   }
 } catch (...) {
   end_operation("read restart file", filename);
+}
+
+}  // namespace
+
+void readp3drestart(const FileName& filename, integer iformat, logical dblprec, integer nblocks,
+                    array_view<const integer, 1> blockpoints, allocatable<float, 2>& varvalues,
+                    allocatable<float, 2>& auxvalues, array_view<const integer, 1> idim,
+                    array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
+                    integer rsttype, logical multiblock) {
+  read_restart(filename, iformat, dblprec, nblocks, blockpoints, varvalues, auxvalues,
+               {idim, jdim, kdim}, rsttype, multiblock);
+}
+
+void readp3drestart(const FileName& filename, integer iformat, logical dblprec, integer nblocks,
+                    array_view<const integer, 1> blockpoints, allocatable<double, 2>& varvalues,
+                    allocatable<double, 2>& auxvalues, array_view<const integer, 1> idim,
+                    array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
+                    integer rsttype, logical multiblock) {
+  read_restart(filename, iformat, dblprec, nblocks, blockpoints, varvalues, auxvalues,
+               {idim, jdim, kdim}, rsttype, multiblock);
 }
 
 }  // namespace mod_p3dgrid

@@ -101,10 +101,11 @@ integer checked_highest_to_write(const RestartFile& file) {
 }
 
 void check_triplets(const RestartFile& file, const char* name,
-                    array_view<const float, 2> triplets) {
+                    const std::array<std::int64_t, 2>& extents) {
   if (!file.layout.triplets) return;
-  check_points(restart_kind, file.filename, name, triplets.extent(2), file.points);
-  if (triplets.extent(1) >= triplet || file.points.total == 0) return;
+  const auto [rows, points] = extents;
+  check_points(restart_kind, file.filename, name, points, file.points);
+  if (rows >= triplet || file.points.total == 0) return;
   refuse_restart(file.filename, std::string(name) + " holds no three values per point");
 }
 

@@ -55,7 +55,9 @@ void check_variable_counts(const char* prefix, const FileName& filename, const L
 [[nodiscard]] integer checked_highest_to_write(const RestartFile& file);
 
 /// Refuses triplets that do not hold three values for each point, if the layout has them.
-void check_triplets(const RestartFile& file, const char* name, array_view<const float, 2> triplets);
+/// @param extents  of the array of triplets
+void check_triplets(const RestartFile& file, const char* name,
+                    const std::array<std::int64_t, 2>& extents);
 
 /// @name Flow parameters
 /// In layouts that have them: one row per block in `sqvar` for single-precision records, else in

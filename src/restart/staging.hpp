@@ -1,18 +1,41 @@
 #pragma once
 
+#include <type_traits>
+
 #include "mod_p3dgrid/arrays.hpp"
 
 namespace mod_p3dgrid {
 
-/// Staging arrays of `readp3drestart`. A successful read releases them, except `DX` of layout 100.
+/// Staging arrays of `readp3drestart`. A successful read releases them, except the triplets of
+/// layout 100.
 /// Arrays that a failed read leaves are reported by the next allocation, as those below.
 struct RestartStaging {
   allocatable<double, 2> DW;     ///< flow variables of a double-precision file
   allocatable<double, 2> DX;     ///< triplets of a double-precision file
-  allocatable<double, 2> DWTMP;  ///< enlarged `DW`
-  allocatable<float, 2> WTMP;    ///< enlarged flow array
+  allocatable<double, 2> DWTMP;  ///< enlarged flow variables in double precision
+  allocatable<float, 2> SW;      ///< as `DW`, of a single-precision file read into doubles
+  allocatable<float, 2> SX;      ///< as `DX`, likewise
+  allocatable<float, 2> WTMP;    ///< enlarged flow variables in single precision
 };
 inline RestartStaging restart_staging;
+
+/// The staging arrays of one kind.
+template <class Real>
+struct StagingOfKind {
+  allocatable<Real, 2>& flow;
+  allocatable<Real, 2>& triplets;
+  allocatable<Real, 2>& enlarged;
+};
+
+template <class Real>
+[[nodiscard]] StagingOfKind<Real> staging_of_kind() {
+  auto& s = restart_staging;
+  if constexpr (std::is_same_v<Real, float>) {
+    return {s.SW, s.SX, s.WTMP};
+  } else {
+    return {s.DW, s.DX, s.DWTMP};
+  }
+}
 
 /// Staging arrays of `readnextp3dvar`. A successful call releases them.
 struct OneVariableStaging {

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <string>
 
 #include "MOD_P3DReader.hpp"
 #include "restart/body.hpp"
@@ -11,15 +12,17 @@
 namespace mod_p3dgrid {
 namespace {
 
+template <class Real>
 struct RestartWrite : RestartFile {
   integer nparamrows;
-  array_view<const float, 2> varvalues;
-  array_view<const float, 2> auxvalues;
+  array_view<const Real, 2> varvalues;
+  array_view<const Real, 2> auxvalues;
 };
 
+template <class Real>
 struct WholeWriter {
   const RestartFile& file;
-  WholeArrays<const float> arrays;
+  WholeArrays<const Real> arrays;
 
   void begin_block(integer block) const {
     message("Writing flow variables for grid ", block);
@@ -32,33 +35,37 @@ struct WholeWriter {
 };
 
 /// Refuses invalid arguments before the file is touched.
-void check_arguments(const RestartWrite& write) {
+template <class Real>
+void check_arguments(const RestartWrite<Real>& write) {
   const integer highest = checked_highest_to_write(write);
   std::int64_t rows = write.varvalues.extent(1);
   // The staging array may be smaller.
-  if (holds_doubles(write.coding)) rows = std::min(variables_per_point(), rows);
+  if (p3dgrid::needs_staging<Real>(write.coding)) rows = std::min(variables_per_point(), rows);
   if (write.points.total > 0) check_variables(write.filename, highest, rows);
   check_parameters_to_write(write, write.nparamrows);
   check_points(restart_kind, write.filename, "varvalues", write.varvalues.extent(2), write.points);
-  check_triplets(write, "auxvalues", write.auxvalues);
+  check_triplets(write, "auxvalues", write.auxvalues.extents());
 }
 
-void write_body(const RestartWrite& write) {
+template <class Real>
+void write_body(const RestartWrite<Real>& write) {
+  using Staged = p3dgrid::OtherReal<Real>;
   create_parameters_to_write(write, write.nparamrows);
-  allocatable<double, 2> flow;
-  allocatable<double, 2> triplets;
-  if (holds_doubles(write.coding) &&
+  allocatable<Staged, 2> flow;
+  allocatable<Staged, 2> triplets;
+  if (p3dgrid::needs_staging<Real>(write.coding) &&
       (!allocate_checked(flow, variables_per_point(), write.points.total) ||
        (write.layout.triplets && !allocate_checked(triplets, triplet, write.points.total)))) {
-    refuse_restart(write.filename, "out of memory for a copy in double precision");
+    refuse_restart(write.filename, std::string("out of memory for a copy in ") +
+                                       p3dgrid::precision_name<Staged>() + " precision");
   }
-  const WholeWriter writer{write,
-                           {write.coding,
-                            write.points,
-                            write.varvalues,
-                            write.auxvalues,
-                            write.nparamrows,
-                            {flow, triplets}}};
+  const WholeWriter<Real> writer{write,
+                                 {write.coding,
+                                  write.points,
+                                  write.varvalues,
+                                  write.auxvalues,
+                                  write.nparamrows,
+                                  {flow, triplets}}};
   write_records(write.unit,
                 {block_records_with_leading(write.layout, write.coding), write.nblocks,
                  write.layout.extensions},
@@ -71,22 +78,19 @@ void set_variables_of_first_section(const LayoutTraits& layout) {
   if (layout.extensions) mod_gridvars::numrstrtvar(1) = p3dgrid::solution_variables;
 }
 
-}  // namespace
-
-void writep3drestart(const FileName& filename, integer iformat, logical dblprec, integer nparamrows,
-                     integer nblocks, array_view<const float, 2> varvalues,
-                     array_view<const float, 2> auxvalues, array_view<const integer, 1> idim,
-                     array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
-                     integer rsttype, logical multiblock) try {
+template <class Real>
+void write_restart(const FileName& filename, integer iformat, logical dblprec, integer nparamrows,
+                   integer nblocks, array_view<const Real, 2> varvalues,
+                   array_view<const Real, 2> auxvalues, const ExtentViews& extents, integer rsttype,
+                   logical multiblock) try {
   const LayoutTraits& layout = p3dgrid::traits_of(rsttype);
   announce_restart(host::announce_write, filename, iformat, dblprec, layout, multiblock);
   check_layout(filename, layout, rsttype);
   const Unit unit(unit_number::restart_write, iformat);
-  RestartWrite write{{filename, unit, layout, unit.coding(filename, dblprec), nblocks},
-                     nparamrows,
-                     varvalues,
-                     auxvalues};
-  const ExtentViews extents{idim, jdim, kdim};
+  RestartWrite<Real> write{{filename, unit, layout, unit.coding(filename, dblprec), nblocks},
+                           nparamrows,
+                           varvalues,
+                           auxvalues};
   const bool writable = unit.known() && layout.writable;
   set_variables_of_first_section(layout);
   // `write_restart_header` allocates a missing `nfvar` with zeros.
@@ -101,6 +105,26 @@ void writep3drestart(const FileName& filename, integer iformat, logical dblprec,
   p3dcloseunit(unit_number::restart_read);
 } catch (...) {
   end_operation("write restart file", filename);
+}
+
+}  // namespace
+
+void writep3drestart(const FileName& filename, integer iformat, logical dblprec, integer nparamrows,
+                     integer nblocks, array_view<const float, 2> varvalues,
+                     array_view<const float, 2> auxvalues, array_view<const integer, 1> idim,
+                     array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
+                     integer rsttype, logical multiblock) {
+  write_restart(filename, iformat, dblprec, nparamrows, nblocks, varvalues, auxvalues,
+                {idim, jdim, kdim}, rsttype, multiblock);
+}
+
+void writep3drestart(const FileName& filename, integer iformat, logical dblprec, integer nparamrows,
+                     integer nblocks, array_argument<const double, 2> varvalues,
+                     array_view<const double, 2> auxvalues, array_view<const integer, 1> idim,
+                     array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
+                     integer rsttype, logical multiblock) {
+  write_restart<double>(filename, iformat, dblprec, nparamrows, nblocks, varvalues, auxvalues,
+                        {idim, jdim, kdim}, rsttype, multiblock);
 }
 
 }  // namespace mod_p3dgrid

@@ -39,8 +39,12 @@ void* acquire_storage(std::uint64_t bytes) noexcept {
   }
   // An allocated array without elements needs an address too.
   void* const storage = ::operator new(bytes == 0 ? 1 : bytes, alignment, std::nothrow);
-  if (huge_pages && storage != nullptr) advise_huge_pages(storage, bytes);
+  advise_storage(storage, bytes);
   return storage;
+}
+
+void advise_storage(void* storage, std::uint64_t bytes) noexcept {
+  if (huge_pages && storage != nullptr) advise_huge_pages(storage, bytes);
 }
 
 void release_storage(void* storage) noexcept {

@@ -14,8 +14,9 @@
 namespace mod_p3dgrid {
 namespace {
 
+template <class Lead>
 struct Combination : RestartFile {
-  array_view<const float, 2> leadvalues;
+  array_view<const Lead, 2> leadvalues;
   integer nparamrows;
   std::int64_t variables;
 };
@@ -40,9 +41,11 @@ std::string delete_variable_files(std::int64_t variables) {
 }
 
 /// Writes a body from the variable files, block by block.
-template <class Real>
+/// @tparam Real  of the temporary files
+/// @tparam Lead  of the caller's triplets
+template <class Real, class Lead>
 struct Combiner {
-  const Combination& combination;
+  const Combination<Lead>& combination;
   const std::vector<BodyRecord>& records;
   allocatable<Real, 2> slots;                   ///< (point of the block, variable)
   fixed_array<integer, 15> block_in_slot = {};  ///< 0 for a variable that has not been read
@@ -82,22 +85,25 @@ struct Combiner {
                                      std::min(record.block, combination.nparamrows));
   }
   [[nodiscard]] recordio::Values<const void> triplets_of(integer block) const {
-    return stored_as(
-        real_kind(combination.coding),
-        variable_lines(combination.leadvalues, combination.points, block, {1, triplet}));
+    return stored_as(output_kind(), variable_lines(combination.leadvalues, combination.points,
+                                                   block, {1, triplet}));
   }
   void add_variables(recordio::WriteList& list, integer block,
                      const p3dgrid::Section& variables) const {
     if (variables.variables() > 0) check_unchanged(variables, combination.variables);
     for (integer m = variables.first; m <= variables.last; ++m) {
-      // Text is written with the digits of singles, which the temporary files hold as doubles.
-      list.push_back(
-          stored_as(real_kind(combination.coding),
-                    recordio::values(slot_of(slots, m), combination.points.npts(block))));
+      list.push_back(stored_as(
+          output_kind(), recordio::values(slot_of(slots, m), combination.points.npts(block))));
     }
   }
 
  private:
+  /// The temporary files of text are in double precision. For a caller of single precision they
+  /// hold singles, which text shows with their own digits.
+  [[nodiscard]] recordio::FileKind output_kind() const {
+    return is_text(combination.coding) ? recordio::kind_of<Lead>() : real_kind(combination.coding);
+  }
+
   template <class Slots>
   static auto* slot_of(Slots& slots, integer variable) {
     return slots.data() + (variable - 1) * slots.extent(1);
@@ -116,7 +122,8 @@ struct Combiner {
 };
 
 /// Refuses invalid arguments before a file is opened.
-void check_arguments(const Combination& combination) {
+template <class Lead>
+void check_arguments(const Combination<Lead>& combination) {
   const FileName& filename = combination.filename;
   for (integer m = 1; m <= combination.variables; ++m) {
     if (!same_file(filename, tmpfile(m))) continue;
@@ -126,11 +133,11 @@ void check_arguments(const Combination& combination) {
       std::max(checked_highest_to_write(combination), mod_gridvars::numrstrtvar(1));
   if (combination.nblocks > 0) check_variables(filename, highest, combination.variables);
   check_parameters_to_write(combination, combination.nparamrows);
-  check_triplets(combination, "leadvalues", combination.leadvalues);
+  check_triplets(combination, "leadvalues", combination.leadvalues.extents());
 }
 
-template <class Real>
-void write_body(const Combination& combination) {
+template <class Real, class Lead>
+void write_body(const Combination<Lead>& combination) {
   integer largest = 0;
   for (const integer points : combination.points.npts.span()) largest = std::max(largest, points);
   allocatable<Real, 2> slots;
@@ -138,7 +145,7 @@ void write_body(const Combination& combination) {
     refuse_restart(combination.filename, "out of memory for one block of all variables");
   }
   const auto records = block_records_with_leading(combination.layout, combination.coding);
-  Combiner<Real> combiner{combination, records, std::move(slots)};
+  Combiner<Real, Lead> combiner{combination, records, std::move(slots)};
   write_records(combination.unit, {records, combination.nblocks, combination.layout.extensions},
                 combiner);
   combiner.expect_ends();
@@ -148,18 +155,14 @@ void fail_if(const std::string& reason) {
   if (!reason.empty()) fail_run(reason);
 }
 
-}  // namespace
-
-void combinep3dvarfiles(array_view<const float, 2> leadvalues, const FileName& filename,
-                        integer iformat, logical dblprec, integer nparamrows, integer nblocks,
-                        array_view<const integer, 1> idim, array_view<const integer, 1> jdim,
-                        array_view<const integer, 1> kdim, integer rsttype,
-                        logical multiblock) try {
+template <class Lead>
+void combine_variable_files(array_view<const Lead, 2> leadvalues, const FileName& filename,
+                            integer iformat, logical dblprec, integer nparamrows, integer nblocks,
+                            const ExtentViews& extents, integer rsttype, logical multiblock) try {
   const LayoutTraits& layout = p3dgrid::traits_of(rsttype);
   check_layout(filename, layout, rsttype);
   const Unit output(unit_number::restart_write, iformat);
-  const ExtentViews extents{idim, jdim, kdim};
-  const Combination combination{
+  const Combination<Lead> combination{
       {filename, output, layout, output.coding(filename, dblprec), nblocks,
        checked_numbering(restart_file(filename), nblocks, extents)},
       leadvalues,
@@ -201,6 +204,24 @@ void combinep3dvarfiles(array_view<const float, 2> leadvalues, const FileName& f
   fail_if(delete_variable_files(combination.variables));
 } catch (...) {
   end_operation("write restart file", filename);
+}
+
+}  // namespace
+
+void combinep3dvarfiles(array_view<const float, 2> leadvalues, const FileName& filename,
+                        integer iformat, logical dblprec, integer nparamrows, integer nblocks,
+                        array_view<const integer, 1> idim, array_view<const integer, 1> jdim,
+                        array_view<const integer, 1> kdim, integer rsttype, logical multiblock) {
+  combine_variable_files(leadvalues, filename, iformat, dblprec, nparamrows, nblocks,
+                         {idim, jdim, kdim}, rsttype, multiblock);
+}
+
+void combinep3dvarfiles(array_argument<const double, 2> leadvalues, const FileName& filename,
+                        integer iformat, logical dblprec, integer nparamrows, integer nblocks,
+                        array_view<const integer, 1> idim, array_view<const integer, 1> jdim,
+                        array_view<const integer, 1> kdim, integer rsttype, logical multiblock) {
+  combine_variable_files<double>(leadvalues, filename, iformat, dblprec, nparamrows, nblocks,
+                                 {idim, jdim, kdim}, rsttype, multiblock);
 }
 
 }  // namespace mod_p3dgrid

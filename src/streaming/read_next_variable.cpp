@@ -18,8 +18,8 @@ constexpr integer first_extension_variable = p3dgrid::solution_variables + 1;
 
 struct VariableRead : RestartFile {
   integer ivar;
-  std::int64_t allpoints;  ///< sum of the caller's points per block
-  array_view<float, 2> varvalues;
+  std::int64_t allpoints;            ///< sum of the caller's points per block
+  std::array<std::int64_t, 2> held;  ///< extents of the caller's array
 };
 
 /// Reads one variable into the staging array and drops all others.
@@ -77,7 +77,7 @@ void check_arguments(const VariableRead& read) {
   check_variable(read, variables_per_point());
   check_points(restart_kind, read.filename, "blockpoints", read.allpoints, read.points);
   // An array without rows holds no points.
-  const std::int64_t held = read.varvalues.extent(1) > 0 ? read.varvalues.extent(2) : 0;
+  const std::int64_t held = read.held[0] > 0 ? read.held[1] : 0;
   check_points(restart_kind, read.filename, "varvalues", held, read.points);
   if (held < read.allpoints) {
     refuse_restart(read.filename, "varvalues holds " + std::to_string(held) +
@@ -94,9 +94,9 @@ bool blocks_fill_staging(const VariableRead& read, const std::vector<BodyRecord>
   });
 }
 
-template <class Real>
-void read_variable(const VariableRead& read, allocatable<Real, 2>& staging,
-                   allocatable<Real*, 1>& targets) {
+template <class Real, class Result>
+void read_variable(const VariableRead& read, array_view<Result, 2> varvalues,
+                   allocatable<Real, 2>& staging, allocatable<Real*, 1>& targets) {
   // Text has no records of older levels.
   const auto records = block_records_with_leading(read.layout, read.coding,
                                                   p3dgrid::older_levels(read.coding, itimeint));
@@ -115,20 +115,17 @@ void read_variable(const VariableRead& read, allocatable<Real, 2>& staging,
   const VariableReader<Real> reader{read, staging.data()};
   const bool extensions = read.layout.extensions && read.ivar >= first_extension_variable;
   read_records(read.unit, {records, read.nblocks, extensions}, reader);
-  convert_rows(staging.data(), 1, read.varvalues.data(), read.varvalues.extent(1), 1,
-               read.allpoints);
+  convert_rows(staging.data(), 1, varvalues.data(), varvalues.extent(1), 1, read.allpoints);
   staging.deallocate();
   targets.deallocate();
   steps.deallocate();
 }
 
-}  // namespace
-
-void readnextp3dvar(integer ivar, const FileName& filename, integer iformat, logical dblprec,
-                    integer nblocks, array_view<const integer, 1> blockpoints,
-                    array_view<float, 2> varvalues, array_view<const integer, 1> idim,
-                    array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
-                    integer rsttype, logical multiblock) try {
+template <class Result>
+void read_next_variable(integer ivar, const FileName& filename, integer iformat, logical dblprec,
+                        integer nblocks, array_view<const integer, 1> blockpoints,
+                        array_view<Result, 2> varvalues, const ExtentViews& given, integer rsttype,
+                        logical multiblock) try {
   const LayoutTraits& layout = p3dgrid::traits_of(rsttype);
   announce_restart(host::announce_read, filename, iformat, dblprec, layout, multiblock, ivar);
   check_layout(filename, layout, rsttype);
@@ -136,9 +133,9 @@ void readnextp3dvar(integer ivar, const FileName& filename, integer iformat, log
   VariableRead read{{filename, unit, layout, unit.coding(filename, dblprec), nblocks},
                     ivar,
                     sum(blockpoints),
-                    varvalues};
+                    varvalues.extents()};
   if (unit.known()) {
-    read.points = checked_numbering(restart_file(filename), nblocks, {idim, jdim, kdim});
+    read.points = checked_numbering(restart_file(filename), nblocks, given);
     check_arguments(read);
   }
   integer scratch = 1;
@@ -148,8 +145,8 @@ void readnextp3dvar(integer ivar, const FileName& filename, integer iformat, log
   try {
     if (unit.known()) {
       OneVariableStaging& staging = one_variable_staging;
-      holds_singles(read.coding) ? read_variable(read, staging.SW, staging.SPNTR)
-                                 : read_variable(read, staging.DW, staging.DPNTR);
+      holds_singles(read.coding) ? read_variable(read, varvalues, staging.SW, staging.SPNTR)
+                                 : read_variable(read, varvalues, staging.DW, staging.DPNTR);
     }
   } catch (const FailedRead&) {
     throw;
@@ -160,6 +157,26 @@ void readnextp3dvar(integer ivar, const FileName& filename, integer iformat, log
   unit.close();
 } catch (...) {
   end_operation("read restart file", filename);
+}
+
+}  // namespace
+
+void readnextp3dvar(integer ivar, const FileName& filename, integer iformat, logical dblprec,
+                    integer nblocks, array_view<const integer, 1> blockpoints,
+                    array_view<float, 2> varvalues, array_view<const integer, 1> idim,
+                    array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
+                    integer rsttype, logical multiblock) {
+  read_next_variable(ivar, filename, iformat, dblprec, nblocks, blockpoints, varvalues,
+                     {idim, jdim, kdim}, rsttype, multiblock);
+}
+
+void readnextp3dvar(integer ivar, const FileName& filename, integer iformat, logical dblprec,
+                    integer nblocks, array_view<const integer, 1> blockpoints,
+                    array_argument<double, 2> varvalues, array_view<const integer, 1> idim,
+                    array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
+                    integer rsttype, logical multiblock) {
+  read_next_variable<double>(ivar, filename, iformat, dblprec, nblocks, blockpoints, varvalues,
+                             {idim, jdim, kdim}, rsttype, multiblock);
 }
 
 }  // namespace mod_p3dgrid

@@ -8,8 +8,8 @@ import unittest
 
 SOURCE = pathlib.Path(os.environ.get("P3DGRID_SOURCE", pathlib.Path(__file__).parents[2]))
 BUILD = pathlib.Path(os.environ.get("P3DGRID_BUILD", ""))
-FOLDERS = ("bench", "cmake", "docs", "examples", "include", "mpi", "python", "scripts", "src", "tests",
-           "tools")
+FOLDERS = ("bench", "cmake", "docs", "examples", "include", "mpi", "python", "scripts", "src",
+           "tests", "tools")
 
 FENCED = re.compile(r"^```(\S*) ?(.*)\n((?:.*\n)*?)```$", re.MULTILINE)
 

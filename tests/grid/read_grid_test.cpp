@@ -17,7 +17,6 @@ using namespace test_support;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
-
 constexpr GridForm blanked(GridForm form) {
   return {form.iformat, form.dblprec, form.multiblock, true};
 }

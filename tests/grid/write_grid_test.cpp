@@ -11,7 +11,6 @@ using namespace test_support;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
-
 /// Two blocks, of one and of two points.
 Grid small_grid() {
   Grid grid;

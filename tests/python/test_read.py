@@ -1,5 +1,6 @@
 """read_grid and read_solution against arrays that numpy has packed."""
 
+import concurrent.futures
 import gzip
 import os
 
@@ -95,6 +96,9 @@ def test_headers_and_triplets(tmp_path):
         p3dgrid.read_solution(tmp_path / "flow")
     found = p3dgrid.read_solution(tmp_path / "flow", extents_in(coding), layout=100)
     assert found.header == {"step_count": 17, "step_size": 0.5}
+    assert found.form.multiblock is None
+    again = p3dgrid.read_solution(tmp_path / "flow", extents_in(coding), **found.form.members())
+    assert again.reason == "as stated" and again.form == found.form
     for block, arrays in zip(found, triplets):
         for array, expected in zip(block.triplets, arrays, strict=True):
             numpy.testing.assert_array_equal(array, expected)
@@ -134,6 +138,21 @@ def test_compressed_files(tmp_path):
     with pytest.raises(p3dgrid.Error, match="^" + str(path)) as caught:
         p3dgrid.read_grid(path)
     assert caught.value.file == str(path)
+
+
+def test_threads_read_at_the_same_time(tmp_path):
+    for number, coding in enumerate(CODINGS):
+        (tmp_path / str(number)).write_bytes(solution_bytes(coding))
+
+    def energy_of(number):
+        coding = CODINGS[number % len(CODINGS)]
+        flow = p3dgrid.read_solution(tmp_path / str(number % len(CODINGS)),
+                                     dimensions=coding.dimensions)
+        return flow[1]["e"].tolist()
+
+    with concurrent.futures.ThreadPoolExecutor(8) as pool:
+        found = list(pool.map(energy_of, range(4 * len(CODINGS))))
+    assert found == [flow_arrays(coding)[1][4].tolist() for coding in CODINGS] * 4
 
 
 def test_names_of_any_bytes(tmp_path):

@@ -274,6 +274,19 @@ class DebianPackage(InstalledTest):
         self.assertTrue((root / "usr/share/doc/python3-p3dgrid/copyright").is_file())
         self.assertFalse((root / "usr/bin").exists())
 
+    @unittest.skipUnless(os.path.isdir(os.path.join(BUILD, "mpi")), "no p3dgrid-mpi in this build")
+    def test_mpi_package(self):
+        self.run_checked("cpack", "-G", "DEB", "-B", self.folder, cwd=BUILD)
+        (package,) = self.folder.glob("p3dgrid-mpi_*.deb")
+        fields = self.run_checked("dpkg-deb", "--field", package)
+        self.assertIn("Package: p3dgrid-mpi\n", fields)
+        self.assertRegex(fields, r"\nDepends: .*mpi")
+        root = self.path("mpi root")
+        self.run_checked("dpkg-deb", "--extract", package, root)
+        for name in ("usr/bin/p3dgrid-mpi", "usr/share/man/man1/p3dgrid-mpi.1.gz",
+                     "usr/share/doc/p3dgrid-mpi/copyright"):
+            self.assertTrue((root / name).is_file(), name)
+
     def assert_changelog(self, packed, version):
         """It has dpkg's format and names the full changelog."""
         plain = self.path("changelog")

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <type_traits>
+
+#include "fortran/host.hpp"
+#include "mod_p3dgrid/arrays.hpp"
+
+namespace mod_p3dgrid::fortran {
+
+template <class T>
+[[nodiscard]] const ArrayProcedures& procedures_for() {
+  if constexpr (std::is_same_v<T, integer>) return procedures.integers;
+  if constexpr (std::is_same_v<T, float>) return procedures.singles;
+  if constexpr (std::is_same_v<T, double>) return procedures.doubles;
+}
+
+/// An allocatable array of the host, for the time of one operation. The operation allocates and
+/// fills it in place, and it keeps what the operation leaves allocated.
+template <class T, std::size_t Rank>
+class HostArray final : detail::StorageOwner {
+ public:
+  explicit HostArray(Descriptor descriptor) : descriptor_(descriptor), array_(located()) {}
+  HostArray(const HostArray&) = delete;
+  HostArray& operator=(const HostArray&) = delete;
+  ~HostArray() { array_.leave(); }
+
+  [[nodiscard]] operator allocatable<T, Rank>&() { return array_; }
+
+ private:
+  void* acquire(std::span<const std::int64_t> extents) noexcept override {
+    void* const storage = procedures_for<T>().allocate(descriptor_, extents.data());
+    std::uint64_t bytes = sizeof(T);
+    for (const std::int64_t e : extents) bytes *= static_cast<std::uint64_t>(e);
+    detail::advise_storage(storage, bytes);
+    return storage;
+  }
+  void release() noexcept override { procedures_for<T>().release(descriptor_); }
+
+  allocatable<T, Rank> located() {
+    std::array<std::int64_t, Rank> extents{};
+    void* const storage = procedures_for<T>().locate(descriptor_, extents.data());
+    return {*this, static_cast<T*>(storage), extents};
+  }
+
+  Descriptor descriptor_;
+  allocatable<T, Rank> array_;
+};
+
+/// An array that the host passes; empty if it is absent or not allocated.
+template <class T>
+[[nodiscard]] array_view<T, 1> view(T* values, std::int64_t size) {
+  if (values == nullptr) return {};
+  return {values, size};
+}
+template <class T>
+[[nodiscard]] array_view<T, 2> view(T* values, const std::int64_t* extents) {
+  if (values == nullptr) return {};
+  return {values, extents[0], extents[1]};
+}
+
+/// Calls `act` with the array as one of `float` or `double`.
+template <class Act>
+void with_reals(integer bytes, const void* values, const std::int64_t* extents, Act act) {
+  if (bytes == sizeof(float)) return act(view(static_cast<const float*>(values), extents));
+  act(view(static_cast<const double*>(values), extents));
+}
+
+}  // namespace mod_p3dgrid::fortran

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "mod_p3dgrid/logical.hpp"
+
+/// What the module for hosts in Fortran (`fortran/mod_p3dgrid.f90`) and the library tell each
+/// other. The functions of C that the module calls are defined where they are implemented; it
+/// declares them.
+namespace mod_p3dgrid::fortran {
+
+/// An allocatable array of Fortran: the address of its descriptor, which differs between compilers.
+using Descriptor = void*;
+
+/// Procedures of the module for arrays of one type.
+struct ArrayProcedures {
+  /// Allocates the array and returns its storage; null on failure.
+  void* (*allocate)(Descriptor array, const std::int64_t* extents);
+  void (*release)(Descriptor array);
+  /// Returns storage and extents of the array; null if it is not allocated.
+  void* (*locate)(Descriptor array, std::int64_t* extents);
+};
+
+/// Procedures of the module, in the order of its type `procedures`. Names and lines are not ended
+/// by a NUL character.
+struct Procedures {
+  ArrayProcedures integers;  ///< of rank 1
+  ArrayProcedures singles;   ///< of rank 2
+  ArrayProcedures doubles;   ///< of rank 2
+  void (*print_line)(const char* line, std::size_t length);
+  void (*end_run)(integer status, const char* message, std::size_t length);
+  /// Calls `mod_p3dgrid_set_path` with `path`, a `std::string`.
+  void (*find_path)(const char* name, std::size_t length, void* path);
+  void (*choose_coding)(const char* name, std::size_t length, integer* byte_order,
+                        integer* marker_bytes, integer* dimensions);
+};
+
+/// Valid once the module has connected, which it does before it calls an operation.
+inline Procedures procedures;
+
+}  // namespace mod_p3dgrid::fortran

@@ -1,0 +1,131 @@
+/// The module variables and the arguments of the contract, between the library and the module for
+/// hosts in Fortran.
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <optional>
+
+#include "MOD_P3DReader.hpp"
+#include "fortran/host.hpp"
+#include "state/run_end.hpp"
+
+namespace mod_p3dgrid::fortran {
+namespace {
+
+/// A module variable of the library, and where the module has its own.
+struct SharedVariable {
+  void* ours;
+  std::size_t bytes;
+  void* theirs = nullptr;
+};
+
+template <class T>
+SharedVariable shared(T& variable) {
+  return {&variable, sizeof(variable)};
+}
+
+/// In the order of `connect` in the module.
+std::array shared_variables{shared(iflag),       shared(eqid),
+                            shared(fileversion), shared(nstep),
+                            shared(dtau),        shared(itimeint),
+                            shared(isgsmodel),   shared(ibeta),
+                            shared(talnvar),     shared(talalfa),
+                            shared(talbeta),     shared(talgam),
+                            shared(talpr),       shared(talprt),
+                            shared(talre),       shared(tals1),
+                            shared(talxm1),      shared(p3dxm1),
+                            shared(p3dalfa),     shared(p3dre),
+                            shared(p3dtau),      shared(mod_p3dgrid::tmpfile)};
+
+template <class T, std::size_t Rank>
+bool has_shape(const allocatable<T, Rank>& array, const std::int64_t* extents) {
+  if (!array.allocated()) return false;
+  for (std::size_t d = 1; d <= Rank; ++d) {
+    if (array.extent(d) != extents[d - 1]) return false;
+  }
+  return true;
+}
+
+template <class T, std::size_t Rank>
+void take(allocatable<T, Rank>& array, const void* values, const std::int64_t* extents) {
+  if (values == nullptr) {
+    array.deallocate();
+    return;
+  }
+  if (!has_shape(array, extents)) {
+    array.deallocate();
+    integer status = allocation_done;
+    if constexpr (Rank == 1) status = array.allocate(extents[0]);
+    if constexpr (Rank == 2) status = array.allocate(extents[0], extents[1]);
+    if (status != allocation_done) fail_run(out_of_memory_message);
+  }
+  std::copy_n(static_cast<const T*>(values), array.size(), array.data());
+}
+
+template <class T, std::size_t Rank>
+void* give(allocatable<T, Rank>& array, std::int64_t* extents) {
+  for (std::size_t d = 1; d <= Rank; ++d) extents[d - 1] = array.extent(d);
+  return array.data();
+}
+
+/// Calls `act` with the array of that number in the module.
+template <class Act>
+void with_array(integer number, Act act) {
+  if (number == 1) return act(nfvar);
+  if (number == 2) return act(sqvar);
+  act(dqvar);
+}
+
+}  // namespace
+
+#pragma GCC visibility push(default)
+
+extern "C" {
+
+void mod_p3dgrid_connect(const Procedures* given, void* const* variables, integer count) {
+  procedures = *given;
+  if (count != static_cast<integer>(shared_variables.size())) {
+    fail_run("the module mod_p3dgrid is from another version than the library");
+  }
+  for (std::size_t n = 0; n < shared_variables.size(); ++n) {
+    shared_variables[n].theirs = variables[n];
+  }
+  p3dsetmessages([](std::string_view line) { procedures.print_line(line.data(), line.size()); });
+}
+
+void mod_p3dgrid_take_variables(integer debug) {
+  debugprint = debug != 0;
+  for (const SharedVariable& v : shared_variables) std::memcpy(v.ours, v.theirs, v.bytes);
+}
+
+integer mod_p3dgrid_give_variables() {
+  for (const SharedVariable& v : shared_variables) std::memcpy(v.theirs, v.ours, v.bytes);
+  return debugprint ? 1 : 0;
+}
+
+void mod_p3dgrid_take_array(integer number, const void* values, const std::int64_t* extents) {
+  with_array(number, [&](auto& array) { take(array, values, extents); });
+}
+
+void* mod_p3dgrid_give_array(integer number, std::int64_t* extents) {
+  void* values = nullptr;
+  with_array(number, [&](auto& array) { values = give(array, extents); });
+  return values;
+}
+
+integer mod_p3dgrid_optional_integer(const std::optional<integer>* argument, integer* number) {
+  if (argument->has_value()) *number = **argument;
+  return argument->has_value() ? 1 : 0;
+}
+
+integer mod_p3dgrid_optional_logical(const std::optional<logical>* argument, integer* flag) {
+  if (argument->has_value()) *flag = **argument ? 1 : 0;
+  return argument->has_value() ? 1 : 0;
+}
+
+}  // extern "C"
+
+#pragma GCC visibility pop
+
+}  // namespace mod_p3dgrid::fortran
