@@ -34,7 +34,8 @@ std::string wrong_indices(const std::string& text) {
 
 /// The index as the user counts it.
 std::string text_of(std::int32_t index) {
-  return index == Indices::all_points ? "last" : std::to_string(std::int64_t{index} + 1);
+  return index == Indices::all_points ? std::string("last")
+                                      : std::to_string(std::int64_t{index} + 1);
 }
 
 /// Refuses a range that leaves the block or, unless it is `uneven`, misses the last point asked

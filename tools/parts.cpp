@@ -47,15 +47,13 @@ Block read(const Parts& parts, const Part& part) {
 
 }  // namespace
 
-CaseInput::CaseInput(const std::string& path, const StatedGridForm& stated,
-                     const std::string& meant)
-    : path_(path), found_{.grid = find_grid(path, stated, meant)} {}
+CaseInput::CaseInput(std::string path, const StatedGridForm& stated, const std::string& meant)
+    : path_(std::move(path)), found_{.grid = find_grid(path_, stated, meant)} {}
 
-CaseInput::CaseInput(const std::string& grid_path, const StatedGridForm& grid,
-                     const std::string& restart_path, const StatedRestartForm& restart,
-                     const Usage& usage)
-    : path_(grid_path),
-      restart_path_(restart_path),
+CaseInput::CaseInput(std::string grid_path, const StatedGridForm& grid, std::string restart_path,
+                     const StatedRestartForm& restart, const Usage& usage)
+    : path_(std::move(grid_path)),
+      restart_path_(std::move(restart_path)),
       found_(find_case(path_, grid, restart_path_, restart, usage)) {}
 
 void CaseInput::require_grid_form() const {

@@ -21,12 +21,13 @@ namespace p3dgrid::tool {
 class CaseInput {
  public:
   /// Finds the form of a grid alone.
-  CaseInput(const std::string& path, const StatedGridForm& stated, const std::string& meant);
+  CaseInput(std::string path, const StatedGridForm& stated, const std::string& meant);
   /// Finds the forms of a grid and of its solution.
-  CaseInput(const std::string& grid_path, const StatedGridForm& grid,
-            const std::string& restart_path, const StatedRestartForm& restart, const Usage& usage);
+  CaseInput(std::string grid_path, const StatedGridForm& grid, std::string restart_path,
+            const StatedRestartForm& restart, const Usage& usage);
   CaseInput(const CaseInput&) = delete;
   CaseInput& operator=(const CaseInput&) = delete;
+  ~CaseInput() = default;
 
   [[nodiscard]] const std::string& path() const { return path_; }
   [[nodiscard]] const std::string& restart_path() const { return restart_path_; }

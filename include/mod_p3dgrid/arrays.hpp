@@ -91,6 +91,7 @@ class allocatable {
   /// Releases the storage and takes that of `other`, which is not allocated afterwards. If their
   /// storage comes from different places, the elements are copied; without memory for that this
   /// array is not allocated.
+  // cppcheck-suppress operatorEqVarError ; an array keeps its owner
   allocatable& operator=(allocatable&& other) noexcept {
     if (this == &other) return *this;
     release();

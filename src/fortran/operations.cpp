@@ -13,13 +13,13 @@ logical flag(integer value) {
 }
 
 template <class Real>
-void read_grid(const HostName& filename, integer iformat, integer dblprec, integer* nblocks,
-               integer* ndim, Descriptor xyz, Descriptor idim, Descriptor jdim, Descriptor kdim,
+void read_grid(const HostName& filename, integer iformat, integer dblprec, integer& nblocks,
+               integer& ndim, Descriptor xyz, Descriptor idim, Descriptor jdim, Descriptor kdim,
                Descriptor iblank, integer useiblank, integer multiblock) {
   HostArray<Real, 2> coordinates(xyz);
   HostArray<integer, 1> i(idim), j(jdim), k(kdim), blanking(iblank);
   allocatable<Real, 2>& result = coordinates;
-  readp3dgrid(filename, iformat, flag(dblprec), *nblocks, *ndim, result, i, j, k, blanking,
+  readp3dgrid(filename, iformat, flag(dblprec), nblocks, ndim, result, i, j, k, blanking,
               flag(useiblank), flag(multiblock));
 }
 
@@ -47,7 +47,7 @@ void mod_p3dgrid_readp3dgrid_single(const char* filename, std::size_t length, in
                                     Descriptor xyz, Descriptor idim, Descriptor jdim,
                                     Descriptor kdim, Descriptor iblank, integer useiblank,
                                     integer multiblock) {
-  read_grid<float>({filename, length}, iformat, dblprec, nblocks, ndim, xyz, idim, jdim, kdim,
+  read_grid<float>({filename, length}, iformat, dblprec, *nblocks, *ndim, xyz, idim, jdim, kdim,
                    iblank, useiblank, multiblock);
 }
 
@@ -56,7 +56,7 @@ void mod_p3dgrid_readp3dgrid_double(const char* filename, std::size_t length, in
                                     Descriptor xyz, Descriptor idim, Descriptor jdim,
                                     Descriptor kdim, Descriptor iblank, integer useiblank,
                                     integer multiblock) {
-  read_grid<double>({filename, length}, iformat, dblprec, nblocks, ndim, xyz, idim, jdim, kdim,
+  read_grid<double>({filename, length}, iformat, dblprec, *nblocks, *ndim, xyz, idim, jdim, kdim,
                     iblank, useiblank, multiblock);
 }
 
