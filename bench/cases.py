@@ -24,6 +24,8 @@ Conditions of a fair comparison:
 - The command is compared with the library's read, or read and write, of the same files, with all
   points. Its time is that of the process. `convert` flushes its output to the disk, and so does the
   library's side of that pair.
+- The commands on grids are compared with `convert` of the same file. Their time is the processor
+  time of the process, because all of them flush their outputs to the disk.
 - The Python package is compared with the front, with a script that uses numpy alone, and with VTK.
   All of them know the form of the file. The start of the interpreter is not measured.
 - The front is compared with the module's operation, both in the library. The front reads doubles
@@ -32,6 +34,8 @@ Conditions of a fair comparison:
 """
 
 import dataclasses
+
+from programs import GRID_COMMANDS
 
 SINGLE, DOUBLE = 4, 8
 
@@ -45,7 +49,8 @@ class Case:
     form: str = "unformatted"
     precision: str = "single"
     input: str = "source"
-    peer: str = "fortran"  # or "vtk", "numpy"; "library" if the case measures the command
+    # Or "vtk", "numpy"; if the case measures the command, "library" or "convert".
+    peer: str = "fortran"
     peer_operation: str = ""
     peer_precision: str = ""  # unless that of the case
     peer_input: str = ""
@@ -128,6 +133,15 @@ def command():
                peer_operation="grid-read")
 
 
+def commands_on_grids():
+    for name in GRID_COMMANDS:
+        if name == "convert":
+            continue
+        for precision in ("single", "double"):
+            yield Case(f"command-{name}/unformatted/{precision}/against-convert", name,
+                       precision=precision, input=f"grid.unformatted.{precision}", peer="convert")
+
+
 def front():
     for values, kind in ((3, "grid"), (5, "restart")):
         for form in ("unformatted", "binary"):
@@ -175,4 +189,4 @@ def fortran_hosts():
 
 
 CASES = [*binary_reads(), *variable_reads(), *binary_writes(), *text(), *visualisation(),
-         *command(), *front(), *python(), *fortran_hosts()]
+         *command(), *commands_on_grids(), *front(), *python(), *fortran_hosts()]

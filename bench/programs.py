@@ -3,8 +3,10 @@
 import dataclasses
 import os
 import pathlib
+import resource
 import subprocess
 import sys
+import tempfile
 import time
 
 # Debian's VTK and numpy belong to Debian's Python, which need not be the first one on the path.
@@ -12,6 +14,20 @@ SYSTEM_PYTHON = "/usr/bin/python3" if os.path.exists("/usr/bin/python3") else sy
 
 # Large blocks are allocated on the heap, which never shrinks.
 KEEP_MEMORY = "glibc.malloc.mmap_max=0:glibc.malloc.trim_threshold=9223372036854775807"
+
+
+# Arguments of the commands that are measured beside `convert`.
+GRID_COMMANDS = {
+    "convert": ["{grid}", "{out}"],
+    "extract": ["{grid}", "{out}", "--uneven", "--i", "1:last:2", "--j", "1:last:2",
+                "--k", "1:last:2"],
+    "merge": ["{grid}", "{grid}", "{out}"],
+    "quality": ["{grid}"],
+    "split": ["{grid}", "{out}"],
+    "transform-scale": ["{grid}", "{out}", "--scale", "0.0254"],
+    "transform-swap": ["{grid}", "{out}", "--swap", "ik"],
+    "vtk": ["{grid}", "{out}.vtm"],
+}
 
 
 class Failure(Exception):
@@ -41,6 +57,12 @@ def outcome_of(printed):
     """Parses the output of a measured program."""
     values = dict(line.split() for line in printed.splitlines())
     return Outcome(float(values["seconds"]), int(values["peak"]), int(values["check"]))
+
+
+def children_seconds():
+    """Processor time of all processes that have ended."""
+    usage = resource.getrusage(resource.RUSAGE_CHILDREN)
+    return usage.ru_utime + usage.ru_stime
 
 
 class Programs:
@@ -75,6 +97,16 @@ class Programs:
         run_program([self.command, case.operation, "--quiet", *arguments])
         return Outcome(time.perf_counter() - start, None, None)
 
+    def run_on_grid(self, name, input_path, output):
+        """Runs one process of a command whose output files are in a folder of their own. Returns
+        its processor time."""
+        with tempfile.TemporaryDirectory(dir=output.parent) as folder:
+            arguments = [argument.format(grid=input_path, out=f"{folder}/out")
+                         for argument in GRID_COMMANDS[name]]
+            before = children_seconds()
+            run_program([self.command, name.split("-", maxsplit=1)[0], "--quiet", *arguments])
+            return Outcome(children_seconds() - before, None, None)
+
     def run_python(self, side, case, path):
         """Runs a process of Python with the package. Its memory is not measured."""
         os.environ["PYTHONPATH"] = str(self.package)
@@ -85,6 +117,8 @@ class Programs:
     def run_ours(self, case, points, *paths):
         if case.operation == "python-grid-read":
             return self.run_python("p3dgrid", case, paths[0])
+        if case.peer == "convert":
+            return self.run_on_grid(case.operation, *paths)
         if case.operation in ("convert", "check"):
             return self.run_command(case, *paths)
         if case.operation.startswith("host-"):
@@ -95,6 +129,8 @@ class Programs:
         if case.peer == "vtk":
             return outcome_of(run_program([SYSTEM_PYTHON, "-B", self.vtk, case.form, case.precision,
                                            paths[0]]))
+        if case.peer == "convert":
+            return self.run_on_grid("convert", *paths)
         if case.peer == "numpy":
             return self.run_python("numpy", case, paths[0])
         program = self.ours if case.peer == "library" else self.peer
