@@ -3,7 +3,6 @@
 import dataclasses
 import os
 import pathlib
-import resource
 import subprocess
 import sys
 import tempfile
@@ -14,20 +13,6 @@ SYSTEM_PYTHON = "/usr/bin/python3" if os.path.exists("/usr/bin/python3") else sy
 
 # Large blocks are allocated on the heap, which never shrinks.
 KEEP_MEMORY = "glibc.malloc.mmap_max=0:glibc.malloc.trim_threshold=9223372036854775807"
-
-
-# Arguments of the commands that are measured beside `convert`.
-GRID_COMMANDS = {
-    "convert": ["{grid}", "{out}"],
-    "extract": ["{grid}", "{out}", "--uneven", "--i", "1:last:2", "--j", "1:last:2",
-                "--k", "1:last:2"],
-    "merge": ["{grid}", "{grid}", "{out}"],
-    "quality": ["{grid}"],
-    "split": ["{grid}", "{out}"],
-    "transform-scale": ["{grid}", "{out}", "--scale", "0.0254"],
-    "transform-swap": ["{grid}", "{out}", "--swap", "ik"],
-    "vtk": ["{grid}", "{out}.vtm"],
-}
 
 
 class Failure(Exception):
@@ -41,13 +26,14 @@ class Outcome:
     check: int | None
 
 
-def run_program(command, warm=False):
+def run_program(command, warm=False, folder=None):
     """Runs a command that must succeed and print no error. Returns its output."""
     environment = dict(os.environ)
     if warm:
         environment["GLIBC_TUNABLES"] = KEEP_MEMORY
     arguments = [str(argument) for argument in command]
-    done = subprocess.run(arguments, env=environment, capture_output=True, text=True, check=False)
+    done = subprocess.run(arguments, env=environment, cwd=folder, capture_output=True,
+                          text=True, check=False)
     if done.returncode != 0 or done.stderr:
         raise Failure(f"{' '.join(arguments)}: exit status {done.returncode} {done.stderr.strip()}")
     return done.stdout
@@ -59,10 +45,20 @@ def outcome_of(printed):
     return Outcome(float(values["seconds"]), int(values["peak"]), int(values["check"]))
 
 
-def children_seconds():
-    """Processor time of all processes that have ended."""
-    usage = resource.getrusage(resource.RUSAGE_CHILDREN)
-    return usage.ru_utime + usage.ru_stime
+# Work on a grid: the arguments of the command, in a folder of its own for what it writes.
+WORK = {
+    "convert": ["convert", "GRID", "out"],
+    "extract": ["extract", "GRID", "out", "--i", "1:last:2", "--uneven"],
+    "merge": ["merge", "GRID", "GRID", "out"],
+    "split": ["split", "GRID", "out", "--at", "i=2"],
+    "transform": ["transform", "GRID", "out", "--scale", "2"],
+    "swap": ["transform", "GRID", "out", "--swap", "ij"],
+    "quality": ["quality", "GRID"],
+    "vtk": ["vtk", "GRID", "out.vtm"],
+    "info": ["info", "GRID"],
+    "plot": ["plot", "GRID", "out.png", "--plane", "k=1"],
+    "cut": ["plot", "GRID", "out.png", "--cut", "x=0.5"],
+}
 
 
 class Programs:
@@ -97,15 +93,14 @@ class Programs:
         run_program([self.command, case.operation, "--quiet", *arguments])
         return Outcome(time.perf_counter() - start, None, None)
 
-    def run_on_grid(self, name, input_path, output):
-        """Runs one process of a command whose output files are in a folder of their own. Returns
-        its processor time."""
-        with tempfile.TemporaryDirectory(dir=output.parent) as folder:
-            arguments = [argument.format(grid=input_path, out=f"{folder}/out")
-                         for argument in GRID_COMMANDS[name]]
-            before = children_seconds()
-            run_program([self.command, name.split("-", maxsplit=1)[0], "--quiet", *arguments])
-            return Outcome(children_seconds() - before, None, None)
+    def run_work(self, operation, input_path):
+        """Runs one process of the command in an empty folder. Its memory is not measured."""
+        grid = input_path.resolve()
+        arguments = [grid if word == "GRID" else word for word in WORK[operation]]
+        with tempfile.TemporaryDirectory(dir=input_path.parent) as folder:
+            start = time.perf_counter()
+            run_program([self.command.resolve(), *arguments, "--quiet"], folder=folder)
+            return Outcome(time.perf_counter() - start, None, None)
 
     def run_python(self, side, case, path):
         """Runs a process of Python with the package. Its memory is not measured."""
@@ -117,8 +112,8 @@ class Programs:
     def run_ours(self, case, points, *paths):
         if case.operation == "python-grid-read":
             return self.run_python("p3dgrid", case, paths[0])
-        if case.peer == "convert":
-            return self.run_on_grid(case.operation, *paths)
+        if case.operation.startswith("work-"):
+            return self.run_work(case.operation.removeprefix("work-"), paths[0])
         if case.operation in ("convert", "check"):
             return self.run_command(case, *paths)
         if case.operation.startswith("host-"):
@@ -129,10 +124,10 @@ class Programs:
         if case.peer == "vtk":
             return outcome_of(run_program([SYSTEM_PYTHON, "-B", self.vtk, case.form, case.precision,
                                            paths[0]]))
-        if case.peer == "convert":
-            return self.run_on_grid("convert", *paths)
         if case.peer == "numpy":
             return self.run_python("numpy", case, paths[0])
+        if case.peer == "command":
+            return self.run_work(case.peer_operation.removeprefix("work-"), paths[0])
         program = self.ours if case.peer == "library" else self.peer
         case = dataclasses.replace(case, precision=case.peer_precision or case.precision)
         return self.measure(program, case, case.peer_operation or case.operation, points, paths)

@@ -151,10 +151,8 @@ module mod_p3dgrid
       integer(c_int), value :: debugprint
     end subroutine
 
-    function library_give_variables() result(debugprint) bind(c, name='mod_p3dgrid_give_variables')
-      import
-      integer(c_int) :: debugprint
-    end function
+    subroutine library_give_variables() bind(c, name='mod_p3dgrid_give_variables')
+    end subroutine
 
     ! `array` is one of nfvar (1), sqvar (2) and dqvar (3); `values` is null for one that is not
     ! allocated.
@@ -353,8 +351,7 @@ module mod_p3dgrid
     end subroutine
 
     subroutine library_combinep3dvarfiles(real_bytes, leadvalues, shape, filename, length, &
-        iformat, &
-        dblprec, nparamrows, nblocks, idim, jdim, kdim, sizes, rsttype, multiblock) &
+        iformat, dblprec, nparamrows, nblocks, idim, jdim, kdim, sizes, rsttype, multiblock) &
         bind(c, name='mod_p3dgrid_combinep3dvarfiles')
       import
       integer(c_int), value :: real_bytes, iformat, dblprec, nparamrows, nblocks, rsttype, &
@@ -367,8 +364,7 @@ module mod_p3dgrid
     end subroutine
 
     subroutine library_writetecplotfile_p3d(filename, length, nblocks, xyz, shape, qvar, &
-        flow_shape, &
-        idim, jdim, kdim, sizes, iblank, blanking_size, useiblank) &
+        flow_shape, idim, jdim, kdim, sizes, iblank, blanking_size, useiblank) &
         bind(c, name='mod_p3dgrid_writetecplotfile_p3d')
       import
       character(c_char), intent(in) :: filename(*)
@@ -680,8 +676,7 @@ contains
   end subroutine
 
   subroutine combinep3dvarfiles_single(leadvalues, filename, iformat, dblprec, nparamrows, &
-      nblocks, &
-      idim, jdim, kdim, rsttype, multiblock)
+      nblocks, idim, jdim, kdim, rsttype, multiblock)
     real(real32), contiguous, intent(in) :: leadvalues(:, :)
     character(*), intent(in) :: filename
     integer, intent(in) :: iformat, nparamrows, nblocks, rsttype
@@ -695,8 +690,7 @@ contains
   end subroutine
 
   subroutine combinep3dvarfiles_double(leadvalues, filename, iformat, dblprec, nparamrows, &
-      nblocks, &
-      idim, jdim, kdim, rsttype, multiblock)
+      nblocks, idim, jdim, kdim, rsttype, multiblock)
     real(real64), contiguous, intent(in) :: leadvalues(:, :)
     character(*), intent(in) :: filename
     integer, intent(in) :: iformat, nparamrows, nblocks, rsttype
@@ -755,7 +749,7 @@ contains
 
   subroutine p3dcloseunit(unit)
     integer, intent(in) :: unit
-    call connect()
+    call to_library()
     call library_closeunit(unit)
   end subroutine
 
@@ -903,7 +897,7 @@ contains
 
   subroutine to_host()
     numrstrtvar = p3d_contract_numrstrtvar
-    debugprint = library_give_variables() /= 0
+    call library_give_variables()
     call arrays_to_host()
   end subroutine
 
@@ -1012,7 +1006,9 @@ contains
     integer(c_size_t), value :: length
     type(c_ptr), value :: path
     character(:), allocatable :: found
+    call to_host()
     call path_handler(fortran_text(name, length), found)
+    call to_library()
     call library_set_path(path, found, len_trim(found, c_size_t))
   end subroutine
 
@@ -1021,7 +1017,9 @@ contains
     integer(c_size_t), value :: length
     integer(c_int), intent(out) :: byte_order, marker_bytes, dimensions
     type(p3dcoding) :: coding
+    call to_host()
     call coding_handler(fortran_text(name, length), coding)
+    call to_library()
     byte_order = coding%byte_order
     marker_bytes = coding%marker_bytes
     dimensions = coding%dimensions

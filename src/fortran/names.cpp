@@ -15,7 +15,8 @@ struct LongName {
   std::string whole;
 };
 
-/// The long names of the operation, in the order of its arguments.
+/// The long names of the operation, in the order of its arguments. A name of 40 characters is among
+/// them, because it may be the beginning of another.
 std::vector<LongName> long_names;
 
 bool host_finds_paths = false;
@@ -49,7 +50,7 @@ void update_path_handler() {
 HostName::HostName(const char* name, std::size_t length) : is_long_(false) {
   std::string_view whole(name, length);
   whole = whole.substr(0, whole.find_last_not_of(' ') + 1);
-  is_long_ = whole.size() > FileName::length;
+  is_long_ = whole.size() >= FileName::length;
   if (!is_long_) {
     name_ = FileName(whole);
     return;

@@ -99,9 +99,8 @@ void mod_p3dgrid_take_variables(integer debug) {
   for (const SharedVariable& v : shared_variables) std::memcpy(v.ours, v.theirs, v.bytes);
 }
 
-integer mod_p3dgrid_give_variables() {
+void mod_p3dgrid_give_variables() {
   for (const SharedVariable& v : shared_variables) std::memcpy(v.theirs, v.ours, v.bytes);
-  return debugprint ? 1 : 0;
 }
 
 void mod_p3dgrid_take_array(integer number, const void* values, const std::int64_t* extents) {

@@ -146,7 +146,7 @@ contains
       s%parameters(:, b) = [(rounded(f, b*10 + v + 0.7_real64), v=1, 4)]
     end do
     do p = 1, f%points
-      do v = 1, 5
+      do v = 1, f%variables
         s%flow(p, v) = rounded(f, flow_value(v, p))
       end do
       do v = 1, 3

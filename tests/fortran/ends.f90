@@ -44,6 +44,12 @@ program ends_test
   case ('fatal')
     call p3dsetrunend(return_from_end)
     call readp3dgridheader('missing', 0, nblocks, ndim, .true.)
+  case ('full-disk')
+    call writerestartheader('/dev/full', 0, .false., 2, extents(1, :), extents(2, :), &
+                            extents(3, :), 2, .true.)
+    nstep = 99  ! between the operations
+    call p3dsetrunend(show_step)
+    call p3dcloseunit(301)
   end select
   print '(a)', 'after'
 
@@ -54,6 +60,12 @@ contains
     character(*), intent(in) :: message
     print '(a, i0, 2a)', 'handler: ', status, ' ', message
     stop 9
+  end subroutine
+
+  subroutine show_step(status, message)
+    integer, intent(in) :: status
+    character(*), intent(in) :: message
+    print '(a, i0)', 'handler: step ', nstep
   end subroutine
 
   subroutine return_from_end(status, message)

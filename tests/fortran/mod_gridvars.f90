@@ -32,8 +32,7 @@ contains
     if (present(opt7)) write (variable, '(i0)') opt7
     write (text, '(a, 3(i0, ", "), 2a, i0, 10a)') 'dispreadwrite(', mode, iparm1, iparm2, &
       trim(filename), ', ', iarg, ', ', shown(larg), ', ', trim(variable), ', ', shown(opt8), &
-          ', ', &
-      shown(opt9), ', ', shown(opt10) // ', ' // shown(opt11) // ')'
+      ', ', shown(opt9), ', ', shown(opt10) // ', ' // shown(opt11) // ')'
     call note(text)
   end subroutine
 

@@ -105,10 +105,10 @@ contains
     call write_sample(layout, iformat, is_double, f, s)
     call set_circumstances('read into singles', iformat, is_double, layout)
     call readp3drestart('restart', iformat, is_double, f%blocks, blockpoints, varvalues, &
-        auxvalues, &
-                        f%extents(1, :), f%extents(2, :), f%extents(3, :), layout, .true.)
-    call expect_calls_of_read(layout, iformat, is_double, merge(2, 0, &
-        is_double .and. iformat /= text))
+                        auxvalues, f%extents(1, :), f%extents(2, :), f%extents(3, :), layout, &
+                        .true.)
+    call expect_calls_of_read(layout, iformat, is_double, &
+                              merge(2, 0, is_double .and. iformat /= text))
     call expect_variables(layout, iformat, is_double, s)
     call expect(all(shape(varvalues) == [5, f%points]), 'shape')
     if (iformat == text .and. is_double) return
@@ -129,8 +129,8 @@ contains
     call write_sample(layout, iformat, is_double, f, s)
     call set_circumstances('read into doubles', iformat, is_double, layout)
     call readp3drestart('restart', iformat, is_double, f%blocks, blockpoints, varvalues, &
-        auxvalues, &
-                        f%extents(1, :), f%extents(2, :), f%extents(3, :), layout, .true.)
+                        auxvalues, f%extents(1, :), f%extents(2, :), f%extents(3, :), layout, &
+                        .true.)
     call expect_calls_of_read(layout, iformat, is_double, &
                               merge(1, 0, .not. is_double .and. iformat /= text))
     call expect_variables(layout, iformat, is_double, s)

@@ -58,9 +58,8 @@ contains
     end if
     if (layout == 0 .and. eqid == 1) then
       call expect(isgsmodel == 6, 'model')
-      call expect(all([talre, talxm1, talalfa, talbeta, talgam, tals1, talpr, &
-          talprt] == s%talven), &
-                  'flow parameters')
+      call expect(all([talre, talxm1, talalfa, talbeta, talgam, tals1, talpr, talprt] &
+                      == s%talven), 'flow parameters')
     end if
     ! Without the extents.
     call readrestartheader('restart', iformat, is_double, nblocks, layout, .true.)

@@ -30,6 +30,7 @@ contains
     character(:), allocatable, intent(out) :: path
     asked = name
     path = './folder/' // name
+    nstep = nstep + 1
   end subroutine
 
   subroutine choose_big_endian(name, coding)
@@ -37,6 +38,7 @@ contains
     type(p3dcoding), intent(out) :: coding
     if (name == 'big') coding%byte_order = p3d_big_endian
     if (name == 'big') coding%marker_bytes = 8
+    nstep = nstep + 1
   end subroutine
 
   subroutine read_sample(name, expected)
@@ -45,7 +47,8 @@ contains
     real(real32), allocatable :: xyz(:, :)
     integer, allocatable :: idim(:), jdim(:), kdim(:), iblank(:)
     integer :: nblocks, ndim
-    call readp3dgrid(name, 0, .false., nblocks, ndim, xyz, idim, jdim, kdim, iblank, .false., .true.)
+    call readp3dgrid(name, 0, .false., nblocks, ndim, xyz, idim, jdim, kdim, iblank, .false., &
+                     .true.)
     call expect(all(xyz == real(coordinates_in(expected), real32)), 'coordinates of ' // name)
   end subroutine
 
@@ -55,7 +58,8 @@ contains
     type(Solution) :: s
     integer :: nblocks
     call set_circumstances('variables', 0, .false.)
-    call expect(debugprint .and. all(iflag == 0) .and. nstep == 0 .and. tmpfile(15) == ' ', 'initial')
+    call expect(debugprint .and. all(iflag == 0) .and. nstep == 0 .and. tmpfile(15) == ' ', &
+                'initial')
     call expect(.not. (allocated(nfvar) .or. allocated(sqvar) .or. allocated(dqvar)), 'arrays')
     f = sample_form(1, 0, .false., .false.)
     s = sample_solution(f)
@@ -103,13 +107,20 @@ contains
     call write_restart(folder // 'restart', f, s)
     call set_circumstances('long names', 0, .false.)
     call read_sample(folder // 'grid', g)
-    call expect(index(calls(1), 'dispreadwrite(1, 10, 200, ' // folder(:40) // ', 0, ') == 1, 'name')
+    call expect(index(calls(1), 'dispreadwrite(1, 10, 200, ' // folder(:40) // ', 0, ') == 1, &
+                'name')
     call readp3dgridheader(folder // 'grid    ', 0, nblocks, ndim, .true., npoints)
     call expect(npoints == total, 'header')
     call checkp3drstrtheader(folder // 'grid', 0, folder // 'restart', 0, .false., 2, .true.)
     ! A short name after long ones.
     call write_grid('grid', 'unformatted', .true., g)
     call read_sample('grid', g)
+    ! A name of 40 characters, and a longer one that begins with it.
+    f%layout = 1
+    call write_grid(folder(3:42) // '-grid', 'unformatted', .true., g)
+    call write_restart(folder(3:42), f, s)
+    call checkp3drstrtheader(folder(3:42) // '-grid', 0, folder(3:42), 0, .false., 1, .true.)
+    call expect(count_calls('dispfilereaderror()') == 0, 'name of 40 characters')
   end subroutine
 
   subroutine use_paths()
@@ -120,8 +131,10 @@ contains
     call write_grid('folder/' // long, 'unformatted', .true., g)
     call set_circumstances('paths', 0, .false.)
     call p3dsetpaths(path_in_folder)
+    nstep = 0
     call read_sample('there', g)
     call expect(asked == 'there', 'short name')
+    call expect(nstep > 0, 'variable that the handler sets')
     call read_sample(long, g)
     call expect(asked == long, 'long name')
     call p3dsetpaths()
@@ -137,6 +150,7 @@ contains
     xyz = transpose(g%single)
     call set_circumstances('big-endian', 0, .false.)
     call p3dsetcoding(choose_big_endian)
+    nstep = 0
     call writep3dgrid('big', 2, .false., 2, 3, xyz, extents(1, :), extents(2, :), extents(3, :), &
                       [0], .false., .true.)
     open (newunit=u, file='big', form='unformatted', access='stream', status='old', &
@@ -150,6 +164,7 @@ contains
     call read_sample('big', g)
     inquire (file='big', size=count)
     call expect(count == 4*16 + 4 + 24 + 11*12, 'size with markers of 8 bytes')
+    call expect(nstep > 0, 'variable that the handler sets')
     call p3dsetcoding()
   end subroutine
 
@@ -201,8 +216,8 @@ contains
     close (u)
   end function
 
-  ! In 10,000 rounds memory must not grow by the smallest allocation in each. A checker of memory finds
-  ! this in the few rounds that the first argument asks for.
+  ! In 10,000 rounds memory must not grow by the smallest allocation in each. A checker of memory
+  ! finds this in the few rounds that the first argument asks for.
   subroutine repeat_operations()
     integer :: round, rounds
     integer(int64) :: before
@@ -232,7 +247,7 @@ contains
     real(real32), allocatable :: xyz(:, :), flow(:, :), triplets(:, :)
     real(real64), allocatable :: wide(:, :)
     integer, allocatable :: idim(:), jdim(:), kdim(:), iblank(:)
-    integer :: nblocks, ndim
+    integer :: nblocks, ndim, npoints
     ncalls = 0
     call set_section(5)
     if (allocated(sqvar)) deallocate (sqvar)
@@ -243,11 +258,11 @@ contains
     deallocate (idim, jdim, kdim)
     call readp3dgrid('round', 0, .true., nblocks, ndim, wide, idim, jdim, kdim, iblank, .false., &
                      .true.)
-    call readp3dgridheader('grid', 0, nblocks, ndim, .true., ndim)
-    call readp3drestart('./folder/../a-folder-with-a-name-of-more-than-forty-characters/restart', 0, &
-                        .false., nblocks, [8, 3], flow, triplets, idim, jdim, kdim, 2, .true.)
-    call writep3drestart('written', 0, .false., nblocks, nblocks, flow, triplets, idim, jdim, kdim, &
-                         2, .true.)
+    call readp3dgridheader('grid', 0, nblocks, ndim, .true., npoints)
+    call readp3drestart('./folder/../a-folder-with-a-name-of-more-than-forty-characters/restart', &
+                        0, .false., nblocks, [8, 3], flow, triplets, idim, jdim, kdim, 2, .true.)
+    call writep3drestart('written', 0, .false., nblocks, nblocks, flow, triplets, idim, jdim, &
+                         kdim, 2, .true.)
     call p3dcloseunit(301)
     call readrestartheader('written', 0, .false., nblocks, 2, .true., idim, jdim, kdim)
     call p3dcloseunit(201)

@@ -1,4 +1,4 @@
-"""How a run of a host in Fortran ends: by the host's own procedures, by a halt and by a fatal error.
+"""How a run of a host in Fortran ends: by its own procedures, by a halt and by a fatal error.
 
     test_ends.py ENDS
 """
@@ -50,6 +50,11 @@ class Ends(unittest.TestCase):
         reason = "cannot open missing: No such file or directory"
         self.assertEqual((status, lines), (2, ["before", f"handler: 2 {reason}"]))
         self.assertEqual(error, f"mod_p3dgrid: {reason}\n")
+
+    def test_fatal_error_in_closing_a_unit(self):
+        status, lines, error = self.run_with("full-disk")
+        self.assertEqual((status, lines), (2, ["before", "handler: step 99"]))
+        self.assertEqual(error, "mod_p3dgrid: cannot write /dev/full: No space left on device\n")
 
 
 if __name__ == "__main__":

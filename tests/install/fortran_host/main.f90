@@ -9,7 +9,8 @@ program main
   logical :: same
   xyz = reshape([(0.25*p - 3, p=1, 33)], [3, 11])
   call p3dsetdebug(.false.)
-  call writep3dgrid('host.xyz', 0, .false., 2, 3, xyz, [2, 3], [2, 1], [2, 1], iblank, .false., .true.)
+  call writep3dgrid('host.xyz', 0, .false., 2, 3, xyz, [2, 3], [2, 1], [2, 1], iblank, .false., &
+                    .true.)
   call readp3dgrid('host.xyz', 0, .false., nblocks, ndim, read_back, idim, jdim, kdim, iblank, &
                    .false., .true.)
   same = nblocks == 2 .and. all(idim == [2, 3])

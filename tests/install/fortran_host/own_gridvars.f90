@@ -6,7 +6,8 @@ module mod_gridvars
 
 contains
 
-  subroutine dispreadwrite(mode, iparm1, iparm2, filename, iarg, larg, opt7, opt8, opt9, opt10, opt11)
+  subroutine dispreadwrite(mode, iparm1, iparm2, filename, iarg, larg, opt7, opt8, opt9, opt10, &
+      opt11)
     integer, intent(in) :: mode, iparm1, iparm2, iarg
     character(40), intent(in) :: filename
     logical, intent(in) :: larg
