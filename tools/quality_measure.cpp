@@ -155,14 +155,14 @@ class Measurement {
 
   BlockQuality result() {
     const BlockExtents& extents = block_.extents;
-    const std::int32_t runs = (extents.i + Run::longest - 1) / Run::longest;
-    const std::int32_t length = (extents.i + runs - 1) / std::max(runs, 1);
+    const std::int32_t runs = (extents.i - 1) / Run::longest + 1;
+    const std::int32_t length = (extents.i - 1) / runs + 1;
     for (std::int32_t k = 0; k < extents.k; ++k) {
       for (std::int32_t j = 0; j < extents.j; ++j) {
-        for (std::int32_t i = 0; i < extents.i; i += length) {
-          measure({{i, j, k},
-                   i + step(Direction::j) * j + step(Direction::k) * k,
-                   std::min(length, extents.i - i)});
+        const std::int64_t line = step(Direction::j) * j + step(Direction::k) * k;
+        for (std::int32_t left = extents.i; left > 0; left -= std::min(left, length)) {
+          const std::int32_t i = extents.i - left;
+          measure({{i, j, k}, line + i, std::min(left, length)});
         }
       }
     }
