@@ -18,7 +18,7 @@ PREFIX ?= /usr/local
 DESTDIR ?=
 CONFIGURE = cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_UNITY_BUILD=ON
 
-.PHONY: help build demo install package docs test bench clean
+.PHONY: help configure build demo install package docs test bench clean
 
 help:
 	@echo "make demo   build the command p3dgrid and run it on a sample case, in $(DEMO)/"
@@ -33,9 +33,11 @@ help:
 	@echo "make clean  remove $(BUILD)/, $(BENCH)/ and $(DEMO)/"
 	@echo "each of them first installs the Debian packages that are missing"
 
-build:
+configure:
 	scripts/install-packages build
 	$(CONFIGURE) -DBUILD_TESTING=OFF -DCMAKE_INSTALL_PREFIX=$(PREFIX) $(CMAKE_FLAGS)
+
+build: configure
 	cmake --build $(BUILD) --parallel $(JOBS)
 
 install: build
@@ -44,7 +46,8 @@ install: build
 package: build
 	cd $(BUILD) && cpack
 
-demo: build
+demo: configure
+	cmake --build $(BUILD) --parallel $(JOBS) --target p3dgrid
 	scripts/demo $(BUILD)/tools/p3dgrid $(DEMO)
 
 docs:

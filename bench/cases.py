@@ -24,6 +24,9 @@ Conditions of a fair comparison:
 - The command is compared with the library's read, or read and write, of the same files, with all
   points. Its time is that of the process. `convert` flushes its output to the disk, and so does the
   library's side of that pair.
+- Work on a grid is compared with `convert` of the same file to the same form. Both write new files
+  and flush them to the disk, except for `quality` and `info`, which write nothing. `merge` reads
+  and writes the file twice.
 - The Python package is compared with the front, with a script that uses numpy alone, and with VTK.
   All of them know the form of the file. The start of the interpreter is not measured.
 - The front is compared with the module's operation, both in the library. The front reads doubles
@@ -45,7 +48,7 @@ class Case:
     form: str = "unformatted"
     precision: str = "single"
     input: str = "source"
-    peer: str = "fortran"  # or "vtk", "numpy"; "library" if the case measures the command
+    peer: str = "fortran"  # or "vtk", "numpy"; "library", "command" if the case measures the command
     peer_operation: str = ""
     peer_precision: str = ""  # unless that of the case
     peer_input: str = ""
@@ -128,6 +131,15 @@ def command():
                peer_operation="grid-read")
 
 
+def work_on_grids():
+    for form, name in (("unformatted", "grid.unformatted.double"), ("formatted", "grid.free")):
+        for operation in ("extract", "merge", "split", "transform", "swap", "quality", "vtk", "info",
+                          "plot", "cut"):
+            yield Case(f"work-{operation}/{form}/against-convert", f"work-{operation}", form,
+                       "double", name, peer="command", peer_operation="work-convert",
+                       text=form == "formatted")
+
+
 def front():
     for values, kind in ((3, "grid"), (5, "restart")):
         for form in ("unformatted", "binary"):
@@ -175,4 +187,4 @@ def fortran_hosts():
 
 
 CASES = [*binary_reads(), *variable_reads(), *binary_writes(), *text(), *visualisation(),
-         *command(), *front(), *python(), *fortran_hosts()]
+         *command(), *work_on_grids(), *front(), *python(), *fortran_hosts()]

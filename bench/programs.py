@@ -5,6 +5,7 @@ import os
 import pathlib
 import subprocess
 import sys
+import tempfile
 import time
 
 # Debian's VTK and numpy belong to Debian's Python, which need not be the first one on the path.
@@ -25,13 +26,14 @@ class Outcome:
     check: int | None
 
 
-def run_program(command, warm=False):
+def run_program(command, warm=False, folder=None):
     """Runs a command that must succeed and print no error. Returns its output."""
     environment = dict(os.environ)
     if warm:
         environment["GLIBC_TUNABLES"] = KEEP_MEMORY
     arguments = [str(argument) for argument in command]
-    done = subprocess.run(arguments, env=environment, capture_output=True, text=True, check=False)
+    done = subprocess.run(arguments, env=environment, cwd=folder, capture_output=True,
+                          text=True, check=False)
     if done.returncode != 0 or done.stderr:
         raise Failure(f"{' '.join(arguments)}: exit status {done.returncode} {done.stderr.strip()}")
     return done.stdout
@@ -41,6 +43,22 @@ def outcome_of(printed):
     """Parses the output of a measured program."""
     values = dict(line.split() for line in printed.splitlines())
     return Outcome(float(values["seconds"]), int(values["peak"]), int(values["check"]))
+
+
+# Work on a grid: the arguments of the command, in a folder of its own for what it writes.
+WORK = {
+    "convert": ["convert", "GRID", "out"],
+    "extract": ["extract", "GRID", "out", "--i", "1:last:2", "--uneven"],
+    "merge": ["merge", "GRID", "GRID", "out"],
+    "split": ["split", "GRID", "out", "--at", "i=2"],
+    "transform": ["transform", "GRID", "out", "--scale", "2"],
+    "swap": ["transform", "GRID", "out", "--swap", "ij"],
+    "quality": ["quality", "GRID"],
+    "vtk": ["vtk", "GRID", "out.vtm"],
+    "info": ["info", "GRID"],
+    "plot": ["plot", "GRID", "out.png", "--plane", "k=1"],
+    "cut": ["plot", "GRID", "out.png", "--cut", "x=0.5"],
+}
 
 
 class Programs:
@@ -75,6 +93,15 @@ class Programs:
         run_program([self.command, case.operation, "--quiet", *arguments])
         return Outcome(time.perf_counter() - start, None, None)
 
+    def run_work(self, operation, input_path):
+        """Runs one process of the command in an empty folder. Its memory is not measured."""
+        grid = input_path.resolve()
+        arguments = [grid if word == "GRID" else word for word in WORK[operation]]
+        with tempfile.TemporaryDirectory(dir=input_path.parent) as folder:
+            start = time.perf_counter()
+            run_program([self.command.resolve(), *arguments, "--quiet"], folder=folder)
+            return Outcome(time.perf_counter() - start, None, None)
+
     def run_python(self, side, case, path):
         """Runs a process of Python with the package. Its memory is not measured."""
         os.environ["PYTHONPATH"] = str(self.package)
@@ -85,6 +112,8 @@ class Programs:
     def run_ours(self, case, points, *paths):
         if case.operation == "python-grid-read":
             return self.run_python("p3dgrid", case, paths[0])
+        if case.operation.startswith("work-"):
+            return self.run_work(case.operation.removeprefix("work-"), paths[0])
         if case.operation in ("convert", "check"):
             return self.run_command(case, *paths)
         if case.operation.startswith("host-"):
@@ -97,6 +126,8 @@ class Programs:
                                            paths[0]]))
         if case.peer == "numpy":
             return self.run_python("numpy", case, paths[0])
+        if case.peer == "command":
+            return self.run_work(case.peer_operation.removeprefix("work-"), paths[0])
         program = self.ours if case.peer == "library" else self.peer
         case = dataclasses.replace(case, precision=case.peer_precision or case.precision)
         return self.measure(program, case, case.peer_operation or case.operation, points, paths)

@@ -10,6 +10,7 @@
 #include "pieces.hpp"
 #include "shared_file.hpp"
 #include "tools/console.hpp"
+#include "tools/variable_names.hpp"
 #include "values.hpp"
 
 namespace p3dgrid::tool {
@@ -112,6 +113,7 @@ GridReport report_on_grid(const Team& team, const Input& input) {
   GridReport report{.found = input.found,
                     .extents = input.extents,
                     .blocks = std::vector<GridFindings>(input.index.size())};
+  report.shown = shown_blocks("all", input.path, input.extents.blocks());
   const std::vector<Piece> pieces = pieces_of(input.extents, input.index, team.size());
   const auto find = [&](const Piece& piece, std::vector<ArrayValues> values) {
     std::vector<GridFindings> found(1);
@@ -140,6 +142,9 @@ GridReport report_on_grid(const Team& team, const Input& input) {
 
 RestartReport report_on_restart(const Team& team, const Input& input) {
   RestartReport report{.found = input.found, .header = input.header};
+  report.shown = shown_blocks("all", input.path, input.extents.blocks());
+  report.names.resize(report.place_of({1, true}));
+  if (team.leads()) report.names = variable_names(input.path, input.header, {});
   FlowReport body{.parameters = input.parameters, .arrays = std::vector<Findings>(report.arrays())};
   const std::vector<Piece> pieces = pieces_of(input.extents, input.index, team.size());
   const RestartForm& form = input.header.form;

@@ -44,6 +44,7 @@ struct Argument {
     input,
     output,
     folder,
+    inputs,             ///< a vector
     inputs_and_output,  ///< a vector; the last is written
   };
   enum class Presence {

@@ -127,6 +127,9 @@ void unpack_inputs(const Command& command) {
   }
   for (const Argument& argument : command.arguments) {
     if (argument.use == Argument::Use::input) unpack(*std::get<std::string*>(argument.target));
+    if (argument.use == Argument::Use::inputs) {
+      std::ranges::for_each(*std::get<std::vector<std::string>*>(argument.target), unpack);
+    }
     if (argument.use == Argument::Use::inputs_and_output) {
       unpack_all_but_last(*std::get<std::vector<std::string>*>(argument.target));
     }

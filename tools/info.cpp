@@ -5,18 +5,23 @@
 #include <memory>
 #include <string>
 
+#include "block_list.hpp"
 #include "command.hpp"
 #include "console.hpp"
 #include "gzip.hpp"
 #include "input_files.hpp"
 #include "options.hpp"
+#include "variable_names.hpp"
 
 namespace p3dgrid::tool {
 namespace {
 
 struct InfoOptions {
-  AnyFile input;
+  std::vector<std::string> paths;
+  AnyFile input;          // one of them at a time
   std::string grid_path;  // of a restart file
+  std::string blocks;
+  std::vector<std::string> names;  // of variables
   bool json = false;
   bool index = false;
 
@@ -26,24 +31,19 @@ struct InfoOptions {
 constexpr Usage info_usage = {.command_line = "p3dgrid info RESTART --grid GRID",
                               .grid_alone = "'p3dgrid info GRID' shows it"};
 
-void show(const InfoOptions& options, const GridReport& report) {
-  if (options.json) return print_text(json_of(options.input.path, report));
-  print_info(options.input.path, report);
-}
-
-GridReport report_on(const std::string& path, const Found& found) {
+GridReport report_on(const InfoOptions& options, const Found& found) {
+  const std::string& path = options.input.path;
+  if (!options.names.empty()) {
+    throw Unusable("--names is about a restart file, and " + path + " is a grid");
+  }
   GridInput input(path, found);
   GridReport report{.found = found, .extents = input.extents(), .blocks = {}};
+  report.shown = shown_blocks(options.blocks, path, report.extents.blocks());
   for (std::size_t b = 0; b < report.extents.i.size(); ++b) {
     report.blocks.emplace_back().include(b, report.extents.of(b), input.read(b));
   }
   input.require_form();
   return report;
-}
-
-void show(const InfoOptions& options, const RestartReport& report) {
-  if (options.for_programs()) return print_text(json_of(options.input.path, report));
-  print_info(options.input.path, report);
 }
 
 FlowReport body_of(const RestartReport& report, RestartInput& input) {
@@ -64,8 +64,9 @@ FlowReport body_of(const RestartReport& report, RestartInput& input) {
 }
 
 /// Reads a restart file, whole if the extents of its blocks are known.
-RestartReport report_on(const InfoOptions& options, const std::string& path, const Found& found,
+RestartReport report_on(const InfoOptions& options, const Found& found,
                         const std::optional<Extents>& grid) {
+  const std::string& path = options.input.path;
   RestartInput input(path, found, grid);
   RestartReport report{.found = found, .header = input.header()};
   if (options.index) {
@@ -74,6 +75,8 @@ RestartReport report_on(const InfoOptions& options, const std::string& path, con
     return report;
   }
   if (!report.header.extents.i.empty()) {
+    report.shown = shown_blocks(options.blocks, path, report.header.extents.blocks());
+    report.names = variable_names(path, report.header, options.names);
     report.body = body_of(report, input);
     input.require_form();
   }
@@ -88,22 +91,52 @@ void show_index(const InfoOptions& options, const Found& found) {
   print_text(json_of(path, found, input.extents(), index));
 }
 
+/// Passes the report on a file to `take`.
+template <class Take>
+void report_to(const InfoOptions& options, const Take& take) {
+  const std::string& path = options.input.path;
+  if (!options.grid_path.empty()) {
+    const Case found =
+        find_case(options.grid_path, options.input.grid, path, options.input.restart, info_usage);
+    return take(report_on(options, found.restart, found.extents));
+  }
+  const Found found = find_file(options.input);
+  if (found.reading.is_grid()) return take(report_on(options, found));
+  require_regular_file(path);
+  take(report_on(options, found, std::nullopt));
+}
+
 void show_file(const InfoOptions& options) {
   const std::string& path = options.input.path;
   if (options.for_programs()) keep_output_for_programs();
   if (options.index && original_path(path) != path) {
     throw Unusable(original_path(path) + ": is compressed, and its values have no fixed places");
   }
-  if (!options.grid_path.empty()) {
-    const Case found =
-        find_case(options.grid_path, options.input.grid, path, options.input.restart, info_usage);
-    return show(options, report_on(options, path, found.restart, found.extents));
+  if (options.index && options.grid_path.empty()) {
+    const Found found = find_file(options.input);
+    if (found.reading.is_grid()) return show_index(options, found);
   }
-  const Found found = find_file(options.input);
-  if (found.reading.is_grid() && options.index) return show_index(options, found);
-  if (found.reading.is_grid()) return show(options, report_on(path, found));
-  require_regular_file(path);
-  show(options, report_on(options, path, found, std::nullopt));
+  report_to(options, [&](const auto& report) {
+    if (options.for_programs()) return print_text(json_of(path, report));
+    print_info(path, report);
+  });
+}
+
+/// Shows one line for each file.
+void show_series(InfoOptions& options) {
+  if (options.for_programs()) throw Unusable("--json and --index take one file at a time");
+  std::vector<FileFacts> files;
+  for (const std::string& path : options.paths) {
+    options.input.path = path;
+    report_to(options, [&](const auto& report) { files.push_back({path, facts_of(report)}); });
+  }
+  print_series(files);
+}
+
+void show_files(InfoOptions& options) {
+  if (options.paths.size() > 1) return show_series(options);
+  options.input.path = options.paths.front();
+  show_file(options);
 }
 
 }  // namespace
@@ -119,14 +152,22 @@ Command info_command() {
           "  p3dgrid info grid.p3d\n"
           "  p3dgrid info flow.q --json\n"
           "  p3dgrid info grid.bin --grid-format binary --grid-iblank yes\n"
-          "  p3dgrid info flow.rst --layout 102 --grid grid.p3d",
-      .arguments = {{"FILE", &input.path,
+          "  p3dgrid info flow.rst --layout 102 --grid grid.p3d\n"
+          "  p3dgrid info grid.p3d --blocks 1,3\n"
+          "  p3dgrid info grid.p3d upper.p3d",
+      .arguments = {{"FILE", &options->paths,
                      "Grid file or restart file; which of the two is found out, or follows from "
-                     "any option"}},
-      .run = [options] { show_file(*options); }};
+                     "any option. Of several, one line each and what changes",
+                     Argument::Use::inputs}},
+      .run = [options] { show_files(*options); }};
   add_grid_options(command, input.grid, &input.grid_option);
   add_restart_options(command, input.restart, &input.restart_option);
   add_grid_of_restart(command, options->grid_path);
+  command.options.push_back(
+      {"--blocks", &options->blocks,
+       "Blocks to show, counted from 1, or all; default all of up to 20, a summary of more", "LIST",
+       [](const std::string& text) { return text == "all" ? "" : wrong_block_list(text); }});
+  command.options.push_back(names_option(options->names));
   command.options.push_back(
       {"--json", &options->json, "Print the same for programs, and nothing else"});
   command.options.push_back(

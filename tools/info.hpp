@@ -81,6 +81,7 @@ struct GridReport {
   const Found& found;
   Extents extents;
   std::vector<GridFindings> blocks;
+  std::vector<std::int32_t> shown = {};  ///< blocks in the tables, from 0
 
   [[nodiscard]] std::vector<Survey> coordinates() const;
 };
@@ -110,8 +111,10 @@ struct FlowReport {
 struct RestartReport {
   const Found& found;
   SolutionHeader header;
-  std::optional<FlowReport> body = {};  ///< none if it is not read
-  std::vector<BlockIndex> index = {};   ///< instead of the body, where it is asked for
+  std::optional<FlowReport> body = {};   ///< none if it is not read
+  std::vector<std::string> names = {};   ///< of the variables of the body
+  std::vector<std::int32_t> shown = {};  ///< blocks in the tables, from 0
+  std::vector<BlockIndex> index = {};    ///< instead of the body, where it is asked for
 
   /// Those read, extensions included, or else stated; none if neither is known.
   [[nodiscard]] std::optional<Sections> sections() const {
@@ -134,8 +137,33 @@ struct RestartReport {
   }
 };
 
+/// The blocks of a list, counted from 0; all for "all", and for an empty text if they are few.
+[[nodiscard]] std::vector<std::int32_t> shown_blocks(const std::string& list,
+                                                     const std::string& path, std::int32_t count);
+
 void print_info(const std::string& path, const GridReport& report);
 void print_info(const std::string& path, const RestartReport& report);
+
+/// Something about a file that may be different in the next one.
+struct Fact {
+  enum class Column { never, if_changed, always };
+
+  std::string name;
+  std::string text;
+  Column column = Column::never;  ///< of the table of files
+};
+using Facts = std::vector<Fact>;
+
+[[nodiscard]] Facts facts_of(const GridReport& report);
+[[nodiscard]] Facts facts_of(const RestartReport& report);
+
+struct FileFacts {
+  std::string path;
+  Facts facts;
+};
+
+/// Prints one line for each file, with what differs from the file before.
+void print_series(const std::vector<FileFacts>& files);
 
 [[nodiscard]] std::string json_of(const std::string& path, const GridReport& report);
 /// With the places of the arrays instead of what their values give.

@@ -2,7 +2,6 @@
 #include <cmath>
 
 #include "info.hpp"
-#include "primitive.hpp"
 #include "table.hpp"
 
 namespace p3dgrid::tool {
@@ -85,7 +84,6 @@ std::vector<Survey> GridReport::coordinates() const {
 
 std::vector<Survey> RestartReport::surveys() const {
   std::vector<Survey> surveys;
-  const bool named = traits_of(header.form.layout).parameters > 0;
   const std::size_t variables = place_of({1, true});
   for (std::size_t n = 0; n < body->arrays.size(); ++n) {
     Survey& survey = surveys.emplace_back();
@@ -93,7 +91,7 @@ std::vector<Survey> RestartReport::surveys() const {
     const bool is_triplet = n >= variables;
     survey.label =
         (is_triplet ? "triplet " : "") + std::to_string(is_triplet ? n - variables + 1 : n + 1);
-    if (named && n < solution_names.size()) survey.name = solution_names[n];
+    if (!is_triplet) survey.name = names[n];
   }
   return surveys;
 }

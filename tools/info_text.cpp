@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 
+#include "block_list.hpp"
 #include "console.hpp"
 #include "info.hpp"
 #include "table.hpp"
@@ -9,6 +10,9 @@ namespace p3dgrid::tool {
 namespace {
 
 constexpr const char* none = "-";
+
+/// Files of more blocks begin with a summary, and show those that are asked for.
+constexpr std::int32_t most_blocks_shown = 20;
 
 void print_below_blank(const Table& table) {
   print_line("");
@@ -51,24 +55,48 @@ void print_beginning(const std::string& path, const Found& found, const std::str
   print_line("holds   " + contents);
 }
 
+/// Prints the smallest and the largest of many blocks.
+void print_summary_of(const Extents& extents, bool shows_blocks) {
+  if (extents.blocks() <= most_blocks_shown) return;
+  const auto line = [&](const char* label, std::size_t block) {
+    print_line(label + counted(extents.points_of(block), "point") + " in block " +
+               std::to_string(block + 1) + ", " + extents.text_of(block));
+  };
+  std::size_t smallest = 0;
+  std::size_t largest = 0;
+  for (std::size_t b = 1; b < extents.i.size(); ++b) {
+    if (extents.points_of(b) < extents.points_of(smallest)) smallest = b;
+    if (extents.points_of(b) > extents.points_of(largest)) largest = b;
+  }
+  line("fewest  ", smallest);
+  line("most    ", largest);
+  if (!shows_blocks) print_line("blocks  --blocks all shows them, --blocks 1,3-5 these");
+}
+
 /// Additional columns of the table of blocks.
 struct BlockColumns {
   std::vector<std::string> titles;
   std::vector<std::vector<std::int64_t>> rows;
 };
 
+/// @param shown       blocks, from 0
 /// @param with_total  append a row for all blocks
-void print_extents(const Extents& extents, const BlockColumns& more, bool with_total) {
+void print_extents(const Extents& extents, const std::vector<std::int32_t>& shown,
+                   const BlockColumns& more, bool with_total) {
+  if (shown.empty() && !with_total) return;
   std::vector<std::string> header = {"block", "i", "j", "k", "points"};
   header.insert(header.end(), more.titles.begin(), more.titles.end());
   Table table(header);
   std::vector<std::int64_t> totals(more.titles.size());
-  for (std::size_t b = 0; b < extents.i.size(); ++b) {
+  for (const std::int32_t block : shown) {
+    const auto b = static_cast<std::size_t>(block);
     std::vector<std::string> row = {std::to_string(b + 1)};
     append(row, {extents.i[b], extents.j[b], extents.k[b], extents.points_of(b)});
     if (!more.rows.empty()) append(row, more.rows[b]);
-    for (std::size_t n = 0; n < totals.size(); ++n) totals[n] += more.rows[b][n];
     table.add(row);
+  }
+  for (const std::vector<std::int64_t>& row : more.rows) {
+    for (std::size_t n = 0; n < totals.size(); ++n) totals[n] += row[n];
   }
   if (with_total) {
     std::vector<std::string> row = {"all", "", "", "", std::to_string(extents.points())};
@@ -79,27 +107,26 @@ void print_extents(const Extents& extents, const BlockColumns& more, bool with_t
 }
 
 void print_boxes(const GridReport& report) {
-  std::vector<Box> boxes;
   Box all;
-  for (const GridFindings& block : report.blocks) {
-    boxes.push_back(block.box);
-    all.include(block.box);
-  }
+  for (const GridFindings& block : report.blocks) all.include(block.box);
   const Coding& coding = report.found.grid().coding;
   const Precision precision = is_text(coding) ? Precision::double_precision : coding.precision;
-  boxes.push_back(all);
   std::vector<std::string> header = {"block", "x min", "x max", "y min", "y max", "z min", "z max"};
   if (all.not_finite > 0) header.emplace_back("not finite");
   Table table(header);
-  for (std::size_t n = 0; n < boxes.size(); ++n) {
-    std::vector<std::string> row = {n + 1 < boxes.size() ? std::to_string(n + 1) : "all"};
-    for (const Range& range : boxes[n].ranges) {
+  const auto add = [&](const std::string& label, const Box& box) {
+    std::vector<std::string> row = {label};
+    for (const Range& range : box.ranges) {
       row.push_back(range.empty() ? none : digits(range.low, precision));
       row.push_back(range.empty() ? none : digits(range.high, precision));
     }
-    if (all.not_finite > 0) row.push_back(std::to_string(boxes[n].not_finite));
+    if (all.not_finite > 0) row.push_back(std::to_string(box.not_finite));
     table.add(row);
+  };
+  for (const std::int32_t block : report.shown) {
+    add(std::to_string(block + 1), report.blocks[static_cast<std::size_t>(block)].box);
   }
+  add("all", all);
   print_below_blank(table);
 }
 
@@ -115,16 +142,23 @@ void print_header_values(const RestartForm& form, const RunData& run) {
 }
 
 void print_flow_parameters(const RestartReport& report) {
-  const auto count = static_cast<std::int32_t>(report.body->parameters.front().size());
+  const std::vector<std::vector<double>>& parameters = report.body->parameters;
+  const auto count = static_cast<std::int32_t>(parameters.front().size());
   std::vector<std::string> header = parameter_names(count, report.header.run.species);
   header.insert(header.begin(), "block");
   Table table(header);
-  for (std::size_t b = 0; b < report.body->parameters.size(); ++b) {
-    std::vector<std::string> row = {std::to_string(b + 1)};
-    for (const double value : report.body->parameters[b]) {
-      row.push_back(digits_in(report.header.form, value));
-    }
+  const auto add = [&](const std::string& label, const std::vector<double>& block) {
+    std::vector<std::string> row = {label};
+    for (const double value : block) row.push_back(digits_in(report.header.form, value));
     table.add(row);
+  };
+  for (const std::int32_t block : report.shown) {
+    add(std::to_string(block + 1), parameters[static_cast<std::size_t>(block)]);
+  }
+  if (report.shown.empty()) {
+    const auto is_first = [&](const auto& block) { return block == parameters.front(); };
+    if (!std::ranges::all_of(parameters, is_first)) return;
+    add("all", parameters.front());
   }
   print_below_blank(table);
 }
@@ -142,15 +176,22 @@ std::string contents_of(const RestartReport& report) {
 
 }  // namespace
 
+std::vector<std::int32_t> shown_blocks(const std::string& list, const std::string& path,
+                                       std::int32_t count) {
+  if (list.empty() && count > most_blocks_shown) return {};
+  return blocks_in(list == "all" ? "" : list, path, count);
+}
+
 void print_info(const std::string& path, const GridReport& report) {
   const GridForm& form = report.found.grid();
   print_beginning(path, report.found, describe(form), counted(report.extents));
+  print_summary_of(report.extents, !report.shown.empty());
   BlockColumns blanking;
   if (form.iblank) blanking.titles = {"blank 0", "blank 1", "blank <0", "blank >1"};
   for (const GridFindings& block : report.blocks) {
     if (form.iblank) blanking.rows.emplace_back(block.blanking.begin(), block.blanking.end());
   }
-  print_extents(report.extents, blanking, true);
+  print_extents(report.extents, report.shown, blanking, true);
   print_boxes(report);
   print_variables(report.coordinates(), "coordinate");
 }
@@ -160,6 +201,7 @@ void print_info(const std::string& path, const RestartReport& report) {
   const LayoutTraits& layout = traits_of(form.layout);
   print_beginning(path, report.found, describe(form) + " (" + layout.meaning + ")",
                   contents_of(report));
+  print_summary_of(report.header.extents, !report.shown.empty());
   if (!report.body && report.header.extents.i.empty()) {
     print_line("extents not in the file; --grid GRID shows them, and the ranges of its variables");
   } else if (!report.found.reading.own_extents) {
@@ -178,7 +220,7 @@ void print_info(const std::string& path, const RestartReport& report) {
     for (const std::int32_t count : report.header.variables) functions.rows.push_back({count});
   }
   const Extents& extents = report.header.extents;
-  if (!extents.i.empty()) print_extents(extents, functions, false);
+  if (!extents.i.empty()) print_extents(extents, report.shown, functions, false);
   if (report.body) print_variables(report.surveys(), "variable");
 }
 

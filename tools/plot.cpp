@@ -11,6 +11,7 @@
 #include "plot/canvas.hpp"
 #include "plot/flow.hpp"
 #include "plot/picture.hpp"
+#include "variable_names.hpp"
 
 namespace p3dgrid::tool {
 namespace {
@@ -28,10 +29,15 @@ void plot_files(const PlotOptions& options) {
   if (!options.output.ends_with(".png")) {
     throw Unusable(options.output + ": the picture's name, which comes last, must end in .png");
   }
-  const std::string idle = !request.variable.empty() ? "--variable" : options.restart_option;
+  const std::string idle = !request.variable.empty() ? "--variable"
+                           : !request.names.empty()  ? "--names"
+                                                     : options.restart_option;
   if (!request.shows_flow() && !idle.empty()) {
     throw Unusable(
         idle + " is about a restart file, and none is given: p3dgrid plot GRID RESTART OUT.png");
+  }
+  if (request.shows_flow() && request.quality) {
+    throw Unusable("--quality shows the grid alone, and a restart file is given");
   }
   OutputFile output(options.output, {request.grid_path, request.restart_path});
   const plot::Picture picture =
@@ -48,21 +54,42 @@ Check checked(const std::string& complaint, bool (*fits)(const std::string&)) {
 }
 
 std::vector<Option> picture_options(plot::Request& request) {
-  const auto take_plane = [&](const std::string& text) { request.plane = plot::plane_in(text); };
-  const auto is_plane = [](const std::string& text) { return plot::plane_in(text).has_value(); };
+  const auto take_planes = [&](const std::string& text) { request.planes = plot::planes_in(text); };
+  const auto is_plane = [](const std::string& text) { return !plot::planes_in(text).empty(); };
+  const auto take_cuts = [&](const std::string& text) { request.cuts = plot::cuts_in(text); };
+  const auto is_cut = [](const std::string& text) { return !plot::cuts_in(text).empty(); };
+  const auto take_box = [&](const std::string& text) { request.region = plot::region_in(text); };
+  const auto is_box = [](const std::string& text) { return plot::region_in(text).has_value(); };
+  const auto take_quality = [&](const std::string& text) {
+    using plot::CellQuality;
+    request.quality =
+        text == name_of(CellQuality::skewness) ? CellQuality::skewness : CellQuality::stretching;
+  };
   const std::string names = plot::known_names();
   std::vector<Option> options = {
       {"--variable", &request.variable,
        "What to show in colour: " + names +
-           " of a PLOT3D solution, or the number of a variable; default 1",
+           " of a PLOT3D solution, a name that --names gives, or the number of a variable; default "
+           "1",
        "NAME|N",
-       checked("is neither " + names + " nor the number of a variable", plot::may_be_variable)},
+       checked("is neither " + names + " nor the number of a variable",
+               [](const std::string& text) { return !text.empty(); })},
+      names_option(request.names),
       gamma_option(request.gamma, "p and mach"),
       {"--block", &request.block, "Show this block alone, counted from 1", "B",
        in_range(1, std::numeric_limits<integer>::max())},
-      {"--plane", take_plane,
-       "Show one grid plane of each block, such as k=1 or i=last; default the blocks' outer faces",
-       "PLANE", checked("is no grid plane such as k=1, j=20 or i=last", is_plane)},
+      {"--plane", take_planes,
+       "Show grid planes of each block, such as k=1 or i=1,i=last; default the blocks' outer faces",
+       "PLANE,...", checked("is no grid plane such as k=1, j=20 or i=last", is_plane)},
+      {"--cut", take_cuts, "Cut through the cells, such as x=0.5 or y=0,z=0", "PLANE,...",
+       checked("is no plane such as x=0.5", is_cut)},
+      {"--box", take_box, "Show a part of the space alone", "X0:X1,Y0:Y1[,Z0:Z1]",
+       checked("is no box such as -1:2,0:0.5 or -1:2,0:0.5,0:1", is_box)},
+      {.name = "--quality",
+       .target = take_quality,
+       .meaning = "Show the quality of the cells of a grid surface in colour",
+       .choices = {name_of(plot::CellQuality::skewness), name_of(plot::CellQuality::stretching)},
+       .excludes = "--cut"},
       {"--view", &request.view,
        "Look from this azimuth (degrees from x toward y) and elevation; default straight at what "
        "is flat, else -60 25",
@@ -84,6 +111,8 @@ Command plot_command() {
           "Examples:\n"
           "  p3dgrid plot grid.p3d mesh.png --plane k=1\n"
           "  p3dgrid plot grid.p3d blocks.png\n"
+          "  p3dgrid plot grid.p3d skewness.png --plane k=1 --quality skewness --box -1:1,0:1\n"
+          "  p3dgrid plot grid.p3d flow.q cut.png --variable mach --cut x=0.5,z=0.25\n"
           "  p3dgrid plot grid.p3d flow.q pressure.png --variable p --plane k=1\n"
           "  p3dgrid plot grid.p3d flow.q block-2.png --variable mach --block 2 --plane j=last",
       .arguments = {{"GRID", &request.grid_path, "Grid file"},

@@ -38,6 +38,19 @@ void show_quality(const QualityOptions& options) {
 
 }  // namespace
 
+QualityTotals totals_of(const QualityReport& report) {
+  QualityTotals totals;
+  for (const BlockQuality& block : report.blocks) {
+    totals.cells += block.cells;
+    totals.invalid_points += block.invalid_points;
+    totals.negative += block.negative.count;
+    totals.zero_volumes += block.zero_volumes.count;
+    totals.zero_edges += block.zero_edges.count;
+    totals.left_handed_blocks += static_cast<std::int64_t>(block.handedness == Handedness::left);
+  }
+  return totals;
+}
+
 Command quality_command() {
   const auto options = std::make_shared<QualityOptions>();
   const auto is_tolerance = [](const std::string& text) -> std::string {

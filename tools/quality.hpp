@@ -22,8 +22,10 @@ struct Occurrences {
   std::int64_t count = 0;
   BlockExtents first = {};
 
-  void add(const BlockExtents& place) {
-    if (count++ == 0) first = place;
+  /// Adds occurrences, the first of them at a place.
+  void add(const BlockExtents& place, std::int64_t number = 1) {
+    if (count == 0 && number > 0) first = place;
+    count += number;
   }
 };
 
@@ -84,14 +86,19 @@ class FaceSearch {
   [[nodiscard]] std::vector<Connection> connections();
 
  private:
+  /// Edges of twice the tolerance, so that a point and its neighbours lie in at most two cubes in
+  /// each direction.
+  using Cube = std::array<double, 3>;
   struct FacePoint {
     std::array<double, 3> place;
+    std::uint64_t key;  ///< of the cube that holds it
     std::uint32_t face;
     BlockExtents index;  ///< in its block
   };
   struct Shared;
 
-  [[nodiscard]] std::array<double, 3> cell_of(const std::array<double, 3>& place) const;
+  [[nodiscard]] Cube cube_of(const std::array<double, 3>& place) const;
+  [[nodiscard]] static std::uint64_t key_of(const Cube& cube);
   template <class Take>
   void for_each_near(const FacePoint& point, Take take) const;
 
@@ -106,6 +113,18 @@ struct QualityReport {
   std::vector<BlockQuality> blocks = {};
   std::vector<Connection> connections = {};
 };
+
+/// Sums over all blocks.
+struct QualityTotals {
+  std::int64_t cells = 0;
+  std::int64_t invalid_points = 0;
+  std::int64_t negative = 0;
+  std::int64_t zero_volumes = 0;
+  std::int64_t zero_edges = 0;
+  std::int64_t left_handed_blocks = 0;
+};
+
+[[nodiscard]] QualityTotals totals_of(const QualityReport& report);
 
 void print_quality(const std::string& path, const QualityReport& report);
 [[nodiscard]] std::string json_of(const std::string& path, const QualityReport& report);

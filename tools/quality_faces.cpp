@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <map>
 #include <set>
@@ -67,7 +68,10 @@ void FaceSearch::add(std::int32_t number, const Block& block) {
           for (std::int32_t i = 0; i < extents.i; ++i, ++p) {
             const std::array<double, 3> place = {points.x[p], points.y[p], points.z[p]};
             if (!std::ranges::all_of(place, [](double c) { return std::isfinite(c); })) continue;
-            points_.push_back({place, id, {face.first.i + i, face.first.j + j, face.first.k + k}});
+            points_.push_back({place,
+                               key_of(cube_of(place)),
+                               id,
+                               {face.first.i + i, face.first.j + j, face.first.k + k}});
           }
         }
       }
@@ -78,31 +82,46 @@ void FaceSearch::add(std::int32_t number, const Block& block) {
 }
 
 /// The cube of the search that holds the place. Without a tolerance each place is its own.
-std::array<double, 3> FaceSearch::cell_of(const std::array<double, 3>& place) const {
-  std::array<double, 3> cell{};
+FaceSearch::Cube FaceSearch::cube_of(const std::array<double, 3>& place) const {
+  Cube cube{};
   for (std::size_t c = 0; c < 3; ++c) {
-    cell[c] = tolerance_ > 0 ? std::floor(place[c] / (2 * tolerance_)) : place[c];
+    cube[c] = tolerance_ > 0 ? std::floor(place[c] / (2 * tolerance_)) : place[c];
   }
-  return cell;
+  return cube;
 }
 
-/// Calls `take` for each point of another face within the tolerance. The points are sorted by the
-/// cubes that hold them.
+/// A hash value. Points are sorted by it, since integers are compared faster than cubes. Cubes with
+/// the same value do no harm: places are compared as well.
+std::uint64_t FaceSearch::key_of(const Cube& cube) {
+  std::uint64_t key = 0;
+  for (const double c : cube) {
+    key ^= std::bit_cast<std::uint64_t>(c + 0.0);  // -0.0 becomes 0.0
+    key *= 0x9e3779b97f4a7c15;
+    key ^= key >> 32;
+  }
+  return key;
+}
+
+/// Calls `take` for each point of another face within the tolerance of `point`, which is one of
+/// `points_`.
 template <class Take>
 void FaceSearch::for_each_near(const FacePoint& point, Take take) const {
   const auto shifted = [&](double by) {
     std::array<double, 3> place = point.place;
     for (double& c : place) c += by;
-    return cell_of(place);
+    return cube_of(place);
   };
   const auto low = shifted(-tolerance_);
   const auto high = shifted(tolerance_);
-  const auto visit_cell = [&](const std::array<double, 3>& cell) {
-    const auto is_before = [this](const FacePoint& p, const std::array<double, 3>& c) {
-      return cell_of(p.place) < c;
-    };
-    auto near = std::lower_bound(points_.begin(), points_.end(), cell, is_before);
-    for (; near != points_.end() && cell_of(near->place) == cell; ++near) {
+  const auto visit_cube = [&](const Cube& cube) {
+    const std::uint64_t key = key_of(cube);
+    auto near = points_.begin() + (&point - points_.data());
+    if (key == point.key) {
+      while (near != points_.begin() && near[-1].key == key) --near;
+    } else {
+      near = std::ranges::lower_bound(points_, key, {}, &FacePoint::key);
+    }
+    for (; near != points_.end() && near->key == key; ++near) {
       bool same = near->face != point.face;
       for (std::size_t c = 0; same && c < 3; ++c) {
         same = std::abs(near->place[c] - point.place[c]) <= tolerance_;
@@ -112,19 +131,19 @@ void FaceSearch::for_each_near(const FacePoint& point, Take take) const {
   };
   // A point and its neighbours lie in at most two cubes in each direction.
   for (unsigned corner = 0; corner < 8; ++corner) {
-    std::array<double, 3> cell = low;
+    Cube cube = low;
     bool again = false;
     for (std::size_t c = 0; c < 3; ++c) {
       if ((corner >> c & 1) == 0) continue;
       again = again || high[c] == low[c];
-      cell[c] = high[c];
+      cube[c] = high[c];
     }
-    if (!again) visit_cell(cell);
+    if (!again) visit_cube(cube);
   }
 }
 
 std::vector<Connection> FaceSearch::connections() {
-  std::ranges::sort(points_, {}, [this](const FacePoint& p) { return cell_of(p.place); });
+  std::ranges::sort(points_, {}, &FacePoint::key);
   std::map<std::pair<std::uint32_t, std::uint32_t>, Shared> shared;
   std::set<std::uint32_t> others;
   for (const FacePoint& point : points_) {

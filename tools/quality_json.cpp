@@ -38,6 +38,15 @@ Json json_of(const BlockQuality& block) {
           {"skewness", json_of(block.skewness)}};
 }
 
+Json json_of(const QualityTotals& totals) {
+  return {{"cells", totals.cells},
+          {"invalid_points", totals.invalid_points},
+          {"negative_volumes", totals.negative},
+          {"zero_volumes", totals.zero_volumes},
+          {"zero_edges", totals.zero_edges},
+          {"left_handed_blocks", totals.left_handed_blocks}};
+}
+
 Json json_of(const Connection& connection) {
   const auto face = [](const Face& f) { return Json{{"block", f.block + 1}, {"face", f.text()}}; };
   return {{"faces", Json::array({face(connection.one), face(connection.other)})},
@@ -53,6 +62,7 @@ std::string json_of(const std::string& path, const QualityReport& report) {
   Json json = {{"schema", quality_schema},
                {"file", original_path(path)},
                {"blocks", Json::array()},
+               {"totals", json_of(totals_of(report))},
                {"connections", Json::array()}};
   for (const BlockQuality& block : report.blocks) json["blocks"].push_back(json_of(block));
   for (const Connection& c : report.connections) json["connections"].push_back(json_of(c));

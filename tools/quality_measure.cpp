@@ -1,8 +1,10 @@
 #include <algorithm>
 #include <cmath>
 #include <initializer_list>
+#include <limits>
 #include <numbers>
 #include <span>
+#include <type_traits>
 
 #include "quality.hpp"
 
@@ -32,14 +34,108 @@ double determinant(const Vector& a, const Vector& b, const Vector& c) {
 }
 
 /// Volume of a hexahedron with trilinear edges. Bit 0 of a corner's number is i, bit 1 j, bit 2 k.
-double volume(const std::array<Vector, 8>& p) {
+inline double volume(const std::array<Vector, 8>& p) {
   return (determinant(p[7] - p[1] + (p[6] - p[0]), p[7] - p[2], p[3] - p[0]) +
           determinant(p[6] - p[0], p[7] - p[2] + (p[5] - p[0]), p[7] - p[4]) +
           determinant(p[7] - p[1], p[5] - p[0], p[7] - p[4] + (p[3] - p[0]))) /
          12;
 }
 
-/// Measures a block with coordinates of one type.
+/// Up to `longest` points of a grid line in the direction i.
+struct Run {
+  static constexpr std::int32_t longest = 80;  ///< the edges of a run stay in the first cache
+
+  BlockExtents first = {};
+  std::int64_t point = 0;  ///< number of the first point
+  std::int32_t count = 0;
+};
+
+/// Edges in one direction from the points of a run and from the point after it. The components and
+/// squared lengths are arrays of a fixed size, so that the compiler vectorises loops over them. A
+/// pointer to the x component stands for an edge.
+class Edges {
+ public:
+  void set(std::int32_t edge, const Vector& vector) {
+    values_[edge] = vector.x;
+    values_[edge + size] = vector.y;
+    values_[edge + 2 * size] = vector.z;
+    values_[edge + 3 * size] = dot(vector, vector);
+  }
+  [[nodiscard]] const double* first() const { return values_; }
+
+  [[nodiscard]] static double square(const double* edge) { return edge[3 * size]; }
+  [[nodiscard]] static double product(const double* a, const double* b) {
+    return a[0] * b[0] + a[size] * b[size] + a[2 * size] * b[2 * size];
+  }
+
+ private:
+  static constexpr std::ptrdiff_t size = Run::longest + 1;
+  double values_[4 * size] = {};
+};
+
+// g++ vectorises a search that does not end at the first hit, if its result is as wide as the
+// values.
+
+bool any_is_zero(const double* edges, std::int32_t count) {
+  std::int64_t found = 0;
+  for (std::int32_t e = 0; e < count; ++e) {
+    if (Edges::square(edges + e) == 0) found = 1;
+  }
+  return found != 0;
+}
+
+/// Whether the ratio of the squared lengths of adjacent edges exceeds `worst`.
+bool any_ratio_exceeds(double worst, const double* edges, const double* next, std::int32_t count) {
+  std::int64_t found = 0;
+  for (std::int32_t e = 0; e < count; ++e) {
+    const double one = Edges::square(edges + e);
+    const double other = Edges::square(next + e);
+    if (std::max(one, other) > worst * std::min(one, other)) found = 1;
+  }
+  return found != 0;
+}
+
+/// Whether a squared cosine between one of two edges and one of two others exceeds `worst`.
+bool any_cosine_exceeds(double worst, const std::array<const double*, 2>& edges,
+                        const std::array<const double*, 2>& others, std::int32_t count) {
+  const auto excess = [worst](const double* edge, const double* other) {
+    const double product = Edges::product(edge, other);
+    return product * product - worst * (Edges::square(edge) * Edges::square(other));
+  };
+  const auto [one, opposite_one] = edges;
+  const auto [other, opposite_other] = others;
+  std::int64_t found = 0;
+  for (std::int32_t e = 0; e < count; ++e) {
+    const double largest =
+        std::max(std::max(excess(one + e, other + e), excess(one + e, opposite_other + e)),
+                 std::max(excess(opposite_one + e, other + e),
+                          excess(opposite_one + e, opposite_other + e)));
+    if (largest > 0) found = 1;
+  }
+  return found != 0;
+}
+
+/// Whether all values are positive, or negative if the sign is -1.
+bool have_sign(std::span<const double> values, double sign) {
+  std::int64_t found = 0;
+  for (const double value : values) {
+    if (!(sign * value > 0)) found = 1;
+  }
+  return found == 0;
+}
+
+template <class Real>
+bool are_finite(std::span<const Real> values) {
+  std::conditional_t<sizeof(Real) == 8, std::int64_t, std::int32_t> found = 0;
+  for (const Real value : values) {
+    if (!(std::abs(value) <= std::numeric_limits<Real>::max())) found = 1;
+  }
+  return found == 0;
+}
+
+/// Measures a block with coordinates of one type, run by run. Loops over all points of a run find
+/// out whether one of them may be worse than all before; only then the points are looked at one by
+/// one.
 template <class Real>
 class Measurement {
  public:
@@ -51,40 +147,35 @@ class Measurement {
         steps_{1, block.extents.i, std::int64_t{block.extents.i} * block.extents.j} {
     result_.extents = block.extents;
     find_valid_points();
+    for (const Direction d : all_directions) {
+      if (along(block.extents, d) > 1) wide_.push_back(d);
+    }
+    is_flat_ = std::ranges::all_of(z_, [this](Real z) { return z == z_[0]; });
   }
 
-  BlockQuality run() {
-    if (result_.extents.points() == 0) return result_;
-    std::vector<Direction> wide;
-    for (const Direction d : all_directions) {
-      if (along(result_.extents, d) > 1) wide.push_back(d);
-    }
-    double worst_ratio = 0;
-    for (const Direction d : wide) measure_edges(d, worst_ratio);
-    if (result_.stretching) result_.stretching->value = std::sqrt(worst_ratio);
-    double worst_cosine = -1;
-    for (std::size_t a = 0; a < wide.size(); ++a) {
-      for (std::size_t b = a + 1; b < wide.size(); ++b) {
-        measure_corners(wide[a], wide[b], worst_cosine);
+  BlockQuality result() {
+    const BlockExtents& extents = block_.extents;
+    const std::int32_t runs = (extents.i + Run::longest - 1) / Run::longest;
+    const std::int32_t length = (extents.i + runs - 1) / std::max(runs, 1);
+    for (std::int32_t k = 0; k < extents.k; ++k) {
+      for (std::int32_t j = 0; j < extents.j; ++j) {
+        for (std::int32_t i = 0; i < extents.i; i += length) {
+          measure({{i, j, k},
+                   i + step(Direction::j) * j + step(Direction::k) * k,
+                   std::min(length, extents.i - i)});
+        }
       }
     }
-    if (result_.skewness) {
-      result_.skewness->value = std::asin(std::sqrt(std::min(worst_cosine, 1.0))) / right_angle;
-    }
-    if (wide.size() == 3) {
-      measure_cells(wide, [&](std::int64_t p) { return hexahedron(p); });
-    } else if (wide.size() == 2) {
-      find_flatness();
-      measure_cells(wide, [&](std::int64_t p) { return area(p, wide[0], wide[1]); });
-      if (!is_flat_) result_.handedness = Handedness::none;
-    }
+    summarise();
     return result_;
   }
 
  private:
   static constexpr double right_angle = std::numbers::pi / 2;
 
+  /// Leaves `valid_` empty if all points are valid.
   void find_valid_points() {
+    if (block_.iblank.empty() && are_finite(x_) && are_finite(y_) && are_finite(z_)) return;
     valid_.resize(x_.size());
     for (std::size_t p = 0; p < x_.size(); ++p) {
       const bool blanked = !block_.iblank.empty() && block_.iblank[p] == 0;
@@ -96,109 +187,153 @@ class Measurement {
 
   [[nodiscard]] std::int64_t step(Direction d) const { return steps_[static_cast<std::size_t>(d)]; }
   [[nodiscard]] bool valid(std::int64_t p) const {
-    return valid_[static_cast<std::size_t>(p)] != 0;
+    return valid_.empty() || valid_[static_cast<std::size_t>(p)] != 0;
   }
   [[nodiscard]] Vector at(std::int64_t point) const {
     const auto p = static_cast<std::size_t>(point);
     return {x_[p], y_[p], z_[p]};
   }
-  /// The next index in a direction.
-  [[nodiscard]] static BlockExtents after_step(BlockExtents index, Direction d) {
-    ++along(index, d);
-    return index;
-  }
 
-  /// Whether all points have the same z, so that areas have a sign.
-  void find_flatness() {
-    is_flat_ = std::ranges::all_of(z_, [&](Real z) { return z == z_[0]; });
-  }
-
-  /// Calls `take` for the points that are not the last in any of the directions.
-  template <class Take>
-  void for_each_point(std::initializer_list<Direction> short_of, Take take) const {
+  /// How many of `count` points along i, the first of a run before all, have these steps ahead.
+  [[nodiscard]] std::int32_t room(const Run& run, std::int32_t count,
+                                  std::initializer_list<Direction> steps) const {
     BlockExtents end = block_.extents;
-    for (const Direction d : short_of) --along(end, d);
-    for (std::int32_t k = 0; k < end.k; ++k) {
-      for (std::int32_t j = 0; j < end.j; ++j) {
-        const std::int64_t row = step(Direction::j) * j + step(Direction::k) * k;
-        for (std::int32_t i = 0; i < end.i; ++i) take(row + i, BlockExtents{i, j, k});
-      }
-    }
+    for (const Direction d : steps) --along(end, d);
+    if (run.first.j >= end.j || run.first.k >= end.k) return 0;
+    return std::clamp(end.i - run.first.i, 0, count);
   }
 
-  void measure_edges(Direction d, double& worst_ratio) {
-    for_each_point({d}, [&](std::int64_t p, const BlockExtents& index) {
-      const std::int64_t next = p + step(d);
-      if (!valid(p) || !valid(next)) return;
-      const Vector edge = at(next) - at(p);
-      const double length = dot(edge, edge);
-      if (length == 0) return result_.zero_edges.add(index);
-      const std::int64_t after = next + step(d);
-      if (along(index, d) + 2 >= along(block_.extents, d) || !valid(after)) return;
-      const Vector other = at(after) - at(next);
-      const double longer = dot(other, other);
-      if (longer == 0) return;
-      const double ratio = longer > length ? longer / length : length / longer;
-      if (ratio <= worst_ratio) return;
-      worst_ratio = ratio;
-      result_.stretching = Worst{0, after_step(index, d)};
-    });
+  /// The edges in a direction that begin at the run.
+  [[nodiscard]] const double* edges(Direction d) const {
+    return edges_[static_cast<std::size_t>(d)][0].first();
+  }
+  /// Those that begin a step further.
+  [[nodiscard]] const double* edges(Direction d, Direction after) const {
+    if (after == Direction::i) return edges(d) + 1;
+    return edges_[static_cast<std::size_t>(d)][static_cast<std::size_t>(after)].first();
+  }
+
+  void set_edges(Edges& edges, std::int64_t point, Direction d, std::int32_t count) {
+    for (std::int32_t e = 0; e < count; ++e) edges.set(e, at(point + e + step(d)) - at(point + e));
+  }
+
+  void measure(const Run& run) {
+    for (const Direction d : wide_) {
+      auto& [here, after_j, after_k] = edges_[static_cast<std::size_t>(d)];
+      set_edges(here, run.point, d, room(run, run.count + 1, {d}));
+      set_edges(after_j, run.point + step(Direction::j), d,
+                room(run, run.count + 1, {d, Direction::j}));
+      set_edges(after_k, run.point + step(Direction::k), d,
+                room(run, run.count + 1, {d, Direction::k}));
+    }
+    for (const Direction d : wide_) measure_edges(run, d);
+    if (wide_.size() < 2) return;
+    measure_corners(run, wide_[0], wide_[1]);
+    if (wide_.size() == 2) {
+      return measure_cells(run, room(run, run.count, {wide_[0], wide_[1]}),
+                           [&](std::int64_t p) { return area(p, wide_[0], wide_[1]); });
+    }
+    measure_corners(run, wide_[0], wide_[2]);
+    measure_corners(run, wide_[1], wide_[2]);
+    measure_cells(run, room(run, run.count, {wide_[0], wide_[1], wide_[2]}),
+                  [&](std::int64_t p) { return hexahedron(p); });
+  }
+
+  void measure_edges(const Run& run, Direction d) {
+    Worst& worst = stretching_[static_cast<std::size_t>(d)];
+    const std::int32_t count = room(run, run.count, {d});
+    if (!any_is_zero(edges(d), count) &&
+        !any_ratio_exceeds(worst.value, edges(d), edges(d, d), room(run, run.count, {d, d}))) {
+      return;
+    }
+    BlockExtents index = run.first;
+    for (std::int32_t e = 0; e < count; ++e, ++index.i) measure_edge(run.point + e, index, d);
+  }
+
+  void measure_edge(std::int64_t p, const BlockExtents& index, Direction d) {
+    const std::int64_t next = p + step(d);
+    if (!valid(p) || !valid(next)) return;
+    const Vector edge = at(next) - at(p);
+    const double length = dot(edge, edge);
+    if (length == 0) return zero_edges_[static_cast<std::size_t>(d)].add(index);
+    const std::int64_t after = next + step(d);
+    if (along(index, d) + 2 >= along(block_.extents, d) || !valid(after)) return;
+    const Vector other = at(after) - at(next);
+    const double longer = dot(other, other);
+    if (longer == 0) return;
+    const double ratio = longer > length ? longer / length : length / longer;
+    Worst& worst = stretching_[static_cast<std::size_t>(d)];
+    if (ratio <= worst.value) return;
+    worst = {ratio, index};
+    ++along(worst.place, d);
   }
 
   /// The corners of the quadrilaterals in two directions.
-  void measure_corners(Direction a, Direction b, double& worst) {
+  void measure_corners(const Run& run, Direction a, Direction b) {
+    Worst& worst = skewness_[static_cast<std::size_t>(a) + static_cast<std::size_t>(b) - 1];
+    const std::int32_t count = room(run, run.count, {a, b});
+    if (!any_cosine_exceeds(worst.value, {edges(a), edges(a, b)}, {edges(b), edges(b, a)}, count)) {
+      return;
+    }
     const std::array<std::int64_t, 4> corners = {0, step(a), step(a) + step(b), step(b)};
-    for_each_point({a, b}, [&](std::int64_t p, const BlockExtents& index) {
-      std::array<Vector, 4> edges;
-      std::array<double, 4> lengths{};
-      for (std::size_t c = 0; c < 4; ++c) {
-        if (!valid(p + corners[c])) return;
-        edges[c] = at(p + corners[(c + 1) % 4]) - at(p + corners[c]);
-        lengths[c] = dot(edges[c], edges[c]);
-      }
-      for (std::size_t c = 0; c < 4; ++c) {
-        const std::size_t next = (c + 1) % 4;
-        const double scale = lengths[c] * lengths[next];
-        const double product = dot(edges[c], edges[next]);
-        if (scale == 0 || product * product <= worst * scale) continue;
-        worst = product * product / scale;
-        result_.skewness = Worst{0, index};
-      }
-    });
+    BlockExtents index = run.first;
+    for (std::int32_t e = 0; e < count; ++e, ++index.i) {
+      measure_quadrilateral(run.point + e, index, corners, worst);
+    }
+  }
+
+  void measure_quadrilateral(std::int64_t p, const BlockExtents& index,
+                             const std::array<std::int64_t, 4>& corners, Worst& worst) const {
+    std::array<Vector, 4> edges;
+    std::array<double, 4> lengths{};
+    for (std::size_t c = 0; c < 4; ++c) {
+      if (!valid(p + corners[c])) return;
+      edges[c] = at(p + corners[(c + 1) % 4]) - at(p + corners[c]);
+      lengths[c] = dot(edges[c], edges[c]);
+    }
+    for (std::size_t c = 0; c < 4; ++c) {
+      const std::size_t next = (c + 1) % 4;
+      const double scale = lengths[c] * lengths[next];
+      const double product = dot(edges[c], edges[next]);
+      if (scale == 0 || product * product <= worst.value * scale) continue;
+      worst = {product * product / scale, index};
+    }
   }
 
   /// Counts the cells by the sign of their volume.
   template <class Volume>
-  void measure_cells(const std::vector<Direction>& wide, Volume volume_of) {
-    Occurrences positive;
-    Occurrences negative;
-    double sum = 0;
-    const auto take = [&](std::int64_t p, const BlockExtents& index) {
-      if (!cell_is_valid(p, wide)) return;
+  void measure_cells(const Run& run, std::int32_t count, Volume volume_of) {
+    std::array<double, Run::longest> volumes;
+    for (std::int32_t c = 0; c < count; ++c) {
+      volumes[static_cast<std::size_t>(c)] = volume_of(run.point + c);
+    }
+    const std::span<const double> values(volumes.data(), static_cast<std::size_t>(count));
+    if (valid_.empty() && have_sign(values, sum_ < 0 ? -1 : 1)) {
+      (sum_ < 0 ? negative_ : positive_).add(run.first, count);
+      for (const double volume : values) sum_ += volume;
+      result_.cells += count;
+      return;
+    }
+    BlockExtents index = run.first;
+    for (std::int32_t c = 0; c < count; ++c, ++index.i) {
+      if (!cell_is_valid(run.point + c)) continue;
       ++result_.cells;
-      const double value = volume_of(p);
-      sum += value;
-      if (value == 0) {
+      const double volume = volumes[static_cast<std::size_t>(c)];
+      sum_ += volume;
+      if (volume == 0) {
         result_.zero_volumes.add(index);
       } else {
-        (value > 0 ? positive : negative).add(index);
+        (volume > 0 ? positive_ : negative_).add(index);
       }
-    };
-    if (wide.size() == 3) {
-      for_each_point({wide[0], wide[1], wide[2]}, take);
-    } else {
-      for_each_point({wide[0], wide[1]}, take);
     }
-    if (sum == 0) return;
-    result_.handedness = sum > 0 ? Handedness::right : Handedness::left;
-    result_.negative = sum > 0 ? negative : positive;
   }
 
-  [[nodiscard]] bool cell_is_valid(std::int64_t p, const std::vector<Direction>& wide) const {
-    for (std::size_t corner = 0; corner < std::size_t{1} << wide.size(); ++corner) {
+  [[nodiscard]] bool cell_is_valid(std::int64_t p) const {
+    if (valid_.empty()) return true;
+    for (std::size_t corner = 0; corner < std::size_t{1} << wide_.size(); ++corner) {
       std::int64_t point = p;
-      for (std::size_t d = 0; d < wide.size(); ++d) {
-        if ((corner >> d & 1) != 0) point += step(wide[d]);
+      for (std::size_t d = 0; d < wide_.size(); ++d) {
+        if ((corner >> d & 1) != 0) point += step(wide_[d]);
       }
       if (!valid(point)) return false;
     }
@@ -206,13 +341,10 @@ class Measurement {
   }
 
   [[nodiscard]] double hexahedron(std::int64_t p) const {
-    std::array<Vector, 8> corners;
-    for (std::size_t c = 0; c < 8; ++c) {
-      corners[c] = at(p + static_cast<std::int64_t>(c & 1) +
-                      static_cast<std::int64_t>(c >> 1 & 1) * step(Direction::j) +
-                      static_cast<std::int64_t>(c >> 2) * step(Direction::k));
-    }
-    return volume(corners);
+    const std::int64_t j = step(Direction::j);
+    const std::int64_t k = step(Direction::k);
+    return volume({at(p), at(p + 1), at(p + j), at(p + j + 1), at(p + k), at(p + k + 1),
+                   at(p + k + j), at(p + k + j + 1)});
   }
 
   /// Area of a quadrilateral in the x-y plane. That of others only matters if it is 0.
@@ -226,13 +358,46 @@ class Measurement {
     return std::sqrt(xy * xy + yz * yz + zx * zx) / 2;
   }
 
+  void summarise() {
+    for (std::size_t d = 0; d < all_directions.size(); ++d) {
+      if (result_.zero_edges.count == 0) result_.zero_edges.first = zero_edges_[d].first;
+      result_.zero_edges.count += zero_edges_[d].count;
+      keep_worse(result_.stretching, stretching_[d]);
+      keep_worse(result_.skewness, skewness_[d]);
+    }
+    if (result_.stretching) result_.stretching->value = std::sqrt(result_.stretching->value);
+    if (result_.skewness) {
+      const double cosine = std::sqrt(std::min(result_.skewness->value, 1.0));
+      result_.skewness->value = std::asin(cosine) / right_angle;
+    }
+    if (sum_ == 0) return;
+    if (wide_.size() == 3 || is_flat_) {
+      result_.handedness = sum_ > 0 ? Handedness::right : Handedness::left;
+    }
+    result_.negative = sum_ > 0 ? negative_ : positive_;
+  }
+
+  static void keep_worse(std::optional<Worst>& worst, const Worst& other) {
+    if (other.value >= 0 && (!worst || other.value > worst->value)) worst = other;
+  }
+
+  static constexpr Worst none = {-1, {}};
+
   const Block& block_;
   std::span<const Real> x_;
   std::span<const Real> y_;
   std::span<const Real> z_;
   std::array<std::int64_t, 3> steps_;
   std::vector<char> valid_;
-  bool is_flat_ = false;
+  std::vector<Direction> wide_;  ///< directions with more than one point
+  bool is_flat_ = false;         ///< all points have the same z, so that areas have a sign
+  std::array<std::array<Edges, 3>, 3> edges_;  ///< by direction: at the run, a step along j, k
+  std::array<Occurrences, 3> zero_edges_;      ///< by direction
+  std::array<Worst, 3> stretching_ = {none, none, none};  ///< squared; by direction
+  std::array<Worst, 3> skewness_ = {none, none, none};    ///< squared cosines of i-j, i-k, j-k
+  Occurrences positive_;
+  Occurrences negative_;
+  double sum_ = 0;  ///< of all volumes
   BlockQuality result_;
 };
 
@@ -240,7 +405,7 @@ class Measurement {
 
 BlockQuality quality_of(const Block& block) {
   return block.x.visit(
-      [&]<class Real>(std::span<const Real>) { return Measurement<Real>(block).run(); });
+      [&]<class Real>(std::span<const Real>) { return Measurement<Real>(block).result(); });
 }
 
 }  // namespace p3dgrid::tool

@@ -48,21 +48,10 @@ std::string range_text(const Connection& connection) {
   return text;
 }
 
-/// The sum of all blocks, with the worst of each measure.
-void print_sum(const QualityReport& report) {
-  std::int64_t cells = 0;
-  std::int64_t negative = 0;
-  std::int64_t edges = 0;
-  std::int64_t left = 0;
-  for (const BlockQuality& block : report.blocks) {
-    cells += block.cells;
-    negative += block.negative.count;
-    edges += block.zero_edges.count;
-    left += static_cast<std::int64_t>(block.handedness == Handedness::left);
-  }
-  print_result("in all: " + counted(cells, "cell") + ", " + std::to_string(negative) +
-               " of negative volume; " + counted(edges, "edge") + " of length 0; " +
-               counted(left, "left-handed block"));
+void print_totals(const QualityTotals& totals) {
+  print_result("in all: " + counted(totals.cells, "cell") + ", " + std::to_string(totals.negative) +
+               " of negative volume; " + counted(totals.zero_edges, "edge") + " of length 0; " +
+               counted(totals.left_handed_blocks, "left-handed block"));
 }
 
 }  // namespace
@@ -78,7 +67,7 @@ void print_quality(const std::string& path, const QualityReport& report) {
                text_of(block.stretching), text_of(block.skewness)});
   }
   table.print();
-  print_sum(report);
+  print_totals(totals_of(report));
   for (std::size_t b = 0; b < report.blocks.size(); ++b) {
     if (report.blocks[b].invalid_points == 0) continue;
     print_result("block " + std::to_string(b + 1) + ": " +

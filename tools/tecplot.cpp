@@ -6,6 +6,7 @@
 #include "command.hpp"
 #include "console.hpp"
 #include "failure.hpp"
+#include "first_line.hpp"
 #include "grid_file.hpp"
 #include "input_files.hpp"
 #include "library.hpp"
@@ -14,6 +15,7 @@
 #include "primitive.hpp"
 #include "restart_file.hpp"
 #include "table.hpp"
+#include "variable_names.hpp"
 
 namespace p3dgrid::tool {
 namespace {
@@ -30,6 +32,7 @@ struct TecplotOptions {
   bool iblank = false;
   bool as_stored = false;
   double gamma = gamma_of_air;
+  std::vector<std::string> names;
 };
 
 constexpr Usage tecplot_usage = {.command_line = "p3dgrid tecplot GRID RESTART OUT"};
@@ -53,7 +56,21 @@ std::string obstacle(const TecplotOptions& options, const Extents& grid) {
 
 /// In other layouts the meaning of the variables is not known.
 bool can_be_converted(const TecplotOptions& options, const RestartForm& form) {
-  return traits_of(form.layout).parameters > 0 && !options.as_stored;
+  return traits_of(form.layout).parameters > 0 && !options.as_stored && options.names.empty();
+}
+
+/// The names of the columns; none where those of the library stand.
+std::vector<std::string> column_names(const TecplotOptions& options, const SolutionHeader& header) {
+  if (options.names.empty() && traits_of(header.form.layout).parameters > 0) return {};
+  std::vector<std::string> names = variable_names(options.restart_path, header, options.names);
+  if (names.front().empty()) return {};
+  return names;
+}
+
+std::string variables_line(const std::vector<std::string>& names, bool iblank) {
+  std::string line = R"( VARIABLES = "X", "Y", "Z")";
+  for (const std::string& name : names) line += ", \"" + name + '"';
+  return line + (iblank ? R"(,"IBLANK")" : "");
 }
 
 void note_columns(const TecplotOptions& options, const RestartForm& form) {
@@ -127,6 +144,7 @@ void export_tecplot(const TecplotOptions& options) {
   const Extents& extents = found.extents;
   RestartInput restart(options.restart_path, found.restart, extents);
   output.require_writable(obstacle(options, restart.header()));
+  const std::vector<std::string> names = column_names(options, restart.header());
   GridInput grid(options.grid_path, found.grid);
   output.require_writable(obstacle(options, extents));
   Points points =
@@ -135,12 +153,15 @@ void export_tecplot(const TecplotOptions& options) {
   grid.require_form();
   restart.require_form();
   if (can_be_converted(options, form)) convert(points.flow, options.gamma);
-  note_columns(options, form);
+  if (names.empty()) note_columns(options, form);
   output.write([&] {
     mod_p3dgrid::writetecplotfile_p3d(name_for(output.temporary_path()), extents.blocks(),
                                       points.coordinates, points.flow, extents.i, extents.j,
                                       extents.k, points.iblank, options.iblank);
     mod_p3dgrid::p3dcloseunit(tecplot_unit);
+    if (!names.empty()) {
+      replace_first_line(output.temporary_path(), variables_line(names, options.iblank));
+    }
   });
   output.commit();
   print_summary(options.output + ": " + counted(extents.blocks(), "zone") + ", " +
@@ -163,7 +184,8 @@ Command tecplot_command() {
           "Examples:\n"
           "  p3dgrid tecplot grid.p3d flow.q flow.dat\n"
           "  p3dgrid tecplot grid.p3d flow.q flow.dat --iblank --gamma 1.3\n"
-          "  p3dgrid tecplot grid.p3d flow.q flow.dat --as-stored",
+          "  p3dgrid tecplot grid.p3d flow.q flow.dat --as-stored\n"
+          "  p3dgrid tecplot grid.p3d flow.q flow.dat --names rho,rhou,rhov,rhow,e",
       .arguments = {{"GRID", &options->grid_path, "Grid file to which the solution belongs"},
                     {"RESTART", &options->restart_path, "Restart file of five variables"},
                     {"OUT", &options->output, "Tecplot file to write; replaced whole or not at all",
@@ -179,6 +201,8 @@ Command tecplot_command() {
        .target = &options->as_stored,
        .meaning = "Write the five variables of a PLOT3D solution in their order",
        .excludes = "--gamma"});
+  command.options.push_back(names_option(options->names));
+  command.options.back().excludes = "--gamma";
   return command;
 }
 

@@ -11,8 +11,8 @@
 #include "file_names.hpp"
 #include "options.hpp"
 #include "parts.hpp"
-#include "primitive.hpp"
 #include "table.hpp"
+#include "variable_names.hpp"
 #include "vtk_file.hpp"
 
 namespace p3dgrid::tool {
@@ -25,6 +25,7 @@ struct VtkOptions {
   StatedGridForm grid;
   StatedRestartForm restart;
   std::string restart_option;  ///< the first of those given
+  std::vector<std::string> names;
 };
 
 constexpr Usage vtk_usage = {.command_line = "p3dgrid vtk GRID RESTART OUT.vtm",
@@ -72,18 +73,17 @@ VtkArray points_of(const Block& block) {
   return array;
 }
 
-/// The name of an array: that of the conserved variable in a PLOT3D solution, else its number.
-std::string name_of_array(const FlowArray& array, const LayoutTraits& layout) {
+/// The name of an array, its number if it has none.
+std::string name_of_array(const FlowArray& array, const std::vector<std::string>& names) {
   if (array.triplet) return "triplet " + std::to_string(array.number);
-  const auto index = static_cast<std::size_t>(array.number) - 1;
-  if (layout.parameters > 0 && index < solution_names.size()) return solution_names[index];
-  return "variable " + std::to_string(array.number);
+  const std::string& name = names[static_cast<std::size_t>(array.number) - 1];
+  return name.empty() ? "variable " + std::to_string(array.number) : name;
 }
 
 /// The arrays of a block of a solution, each read when it is written.
-std::vector<VtkArray> flow_of(RestartInput& input, std::size_t block) {
+std::vector<VtkArray> flow_of(RestartInput& input, std::size_t block,
+                              const std::vector<std::string>& names) {
   const SolutionHeader& header = input.header();
-  const LayoutTraits& layout = traits_of(header.form.layout);
   const Precision precision =
       is_text(header.form.coding) ? Precision::double_precision : header.form.coding.precision;
   std::vector<FlowArray> numbers;
@@ -96,7 +96,7 @@ std::vector<VtkArray> flow_of(RestartInput& input, std::size_t block) {
   std::vector<VtkArray> arrays;
   for (const FlowArray& number : numbers) {
     VtkArray& array = arrays.emplace_back(
-        vtk_array(name_of_array(number, layout), precision, 1, header.extents.points_of(block)));
+        vtk_array(name_of_array(number, names), precision, 1, header.extents.points_of(block)));
     array.write = [&input, block, number](const auto& put) {
       input.read(block, number).visit([&](auto values) {
         put(values.data(), values.size_bytes());
@@ -115,12 +115,16 @@ struct BlockFile {
   OutputFile output;
 };
 
-void write_block(const CaseInput& input, bool with_flow, std::size_t number, BlockFile& file) {
+/// @param names  of the variables
+void write_block(const CaseInput& input, const std::vector<std::string>& names, std::size_t number,
+                 BlockFile& file) {
   const Block block = input.grid().read(number);
   std::vector<VtkArray> arrays;
   if (!block.iblank.empty()) arrays.push_back(ghosts_of(block));
-  if (with_flow) {
-    for (VtkArray& array : flow_of(input.restart(), number)) arrays.push_back(std::move(array));
+  if (!names.empty()) {
+    for (VtkArray& array : flow_of(input.restart(), number, names)) {
+      arrays.push_back(std::move(array));
+    }
   }
   write_vts(file.output.temporary_path(), block.extents, arrays, points_of(block));
 }
@@ -130,9 +134,9 @@ void write_vtk(const VtkOptions& options) {
     throw Unusable(options.output + ": the list of blocks, which comes last, must end in .vtm");
   }
   const bool with_flow = !options.restart_path.empty();
-  if (!with_flow && !options.restart_option.empty()) {
-    throw Unusable(options.restart_option +
-                   " is about a restart file, and none is given: " + vtk_usage.command_line);
+  const std::string idle = options.names.empty() ? options.restart_option : "--names";
+  if (!with_flow && !idle.empty()) {
+    throw Unusable(idle + " is about a restart file, and none is given: " + vtk_usage.command_line);
   }
   const std::vector<std::string> paths = {options.grid_path, options.restart_path};
   OutputFile list(options.output, paths);
@@ -145,20 +149,23 @@ void write_vtk(const VtkOptions& options) {
                         "'" + vtk_usage.pair("GRID", options.grid_path) + "' takes it");
   }
   const CaseInput& input = inputs.front();
+  std::vector<std::string> names;
+  if (with_flow)
+    names = variable_names(options.restart_path, input.restart().header(), options.names);
   const Extents& extents = input.extents();
   const std::string block_path = options.output.substr(0, options.output.size() - 1) + "s";
   std::deque<BlockFile> files;
-  std::vector<std::string> names;
+  std::vector<std::string> file_names;
   for (std::size_t b = 0; b < extents.i.size(); ++b) {
     files.emplace_back(numbered_path(block_path, b + 1, extents.i.size()), paths);
-    names.push_back(files.back().name);
+    file_names.push_back(files.back().name);
   }
   for (std::size_t b = 0; b < files.size(); ++b) {
-    files[b].output.stream([&] { write_block(input, with_flow, b, files[b]); });
+    files[b].output.stream([&] { write_block(input, names, b, files[b]); });
   }
   input.require_grid_form();
   if (with_flow) input.require_restart_form();
-  list.stream([&] { write_vtm(list.temporary_path(), names); });
+  list.stream([&] { write_vtm(list.temporary_path(), file_names); });
   for (BlockFile& file : files) file.output.commit();
   list.commit();
   print_summary(
@@ -187,6 +194,7 @@ Command vtk_command() {
       .run = [options] { write_vtk(*options); }};
   add_grid_options(command, options->grid);
   add_restart_options(command, options->restart, &options->restart_option);
+  command.options.push_back(names_option(options->names));
   return command;
 }
 

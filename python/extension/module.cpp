@@ -264,22 +264,40 @@ py::dict read_solution(const std::string& path, const py::dict& stated, const py
   return result;
 }
 
-/// The points from `first` up to `last`, which are included.
-IndexRange range_of(const py::object& first, const py::object& last) {
-  return {block_extents_in(first), block_extents_in(last)};
+/// The first index, the last one and the step that a text asks for, counted from 0; None for an
+/// invalid text.
+py::object indices_of(const std::string& text, std::int32_t extent) {
+  const auto indices = indices_in(text);
+  if (!indices) return py::none();
+  const auto index = [&](std::int32_t asked) {
+    return asked == Indices::all_points ? extent - 1 : asked;
+  };
+  return py::make_tuple(index(indices->first), index(indices->last), indices->stride);
+}
+
+/// The points of a part: first index, last index and step of each direction; None for all.
+IndexRange range_of(const py::object& part) {
+  IndexRange range;
+  if (part.is_none()) return range;
+  const auto given = py::cast<std::array<std::array<std::int32_t, 3>, 3>>(part);
+  for (const Direction d : all_directions) {
+    const auto [first, last, stride] = given[static_cast<std::size_t>(d)];
+    range.set(d, {first, last, stride});
+  }
+  return range;
 }
 
 py::tuple read_grid_block(const std::string& path, const py::dict& stated, std::int32_t block,
-                          const py::object& first, const py::object& last) {
+                          const py::object& part) {
   GridReader reader = grid_reader(path, stated);
-  return read_block(reader, block, range_of(first, last));
+  return read_block(reader, block, range_of(part));
 }
 
 py::dict read_solution_block(const std::string& path, const py::dict& stated,
-                             const py::object& extents, std::int32_t block, const py::object& first,
-                             const py::object& last) {
+                             const py::object& extents, std::int32_t block,
+                             const py::object& part) {
   SolutionReader reader = solution_reader(path, stated, extents);
-  return read_block(reader, block, range_of(first, last));
+  return read_block(reader, block, range_of(part));
 }
 
 py::dict read_parameters(const std::string& path, const py::dict& stated, const py::object& extents,
@@ -428,6 +446,7 @@ PYBIND11_MODULE(_p3dgrid, module) {
   module.attr("__version__") = MOD_P3DGRID_VERSION;
   module.def("detect", &detect);
   module.def("check", &check_any);
+  module.def("indices_in", &indices_of);
   module.def("check_grid", &check_grid_file);
   module.def("check_solution", &check_solution_file);
   module.def("check_pair", &check_case);

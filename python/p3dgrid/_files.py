@@ -14,6 +14,7 @@ from ._arrays import Array
 from ._errors import Error, refuse
 from ._forms import Extents, GridForm, RestartForm, as_extents
 from ._grid import Block, Grid, read_grid
+from ._parts import BlockNumbers, Indices, Part, part_of, parts_of
 from ._paths import Path, is_compressed, readable
 from ._solution import (Key, Solution, SolutionBlock, block_of, extents_of, names_in, number_of,
                         parameters_of, read_solution)
@@ -166,8 +167,8 @@ class StoredFile(Generic[BlockInMemory]):
             self._last = (number, block)
         return block
 
-    def read_block(self, number: int) -> BlockInMemory:
-        """Reads a block into memory."""
+    def read_block(self, number: int, part: Optional[Part] = None) -> BlockInMemory:
+        """Reads a block, or a part of it, into memory."""
         raise NotImplementedError
 
     def real(self) -> numpy.dtype[Any]:
@@ -176,9 +177,6 @@ class StoredFile(Generic[BlockInMemory]):
             return numpy.dtype("f8")
         order = ">" if self.form.byte_order == "big" else "<"
         return numpy.dtype(order + ("f8" if self.form.precision == "double" else "f4"))
-
-
-_WHOLE = ((0, 0, 0), (0x7fffffff,) * 3)
 
 
 class GridFile(StoredFile[Block]):
@@ -203,15 +201,21 @@ class GridFile(StoredFile[Block]):
         """The grid in memory."""
         return read_grid(self.path, **self.form.members())
 
+    def extract(self, blocks: BlockNumbers = None, i: Indices = None, j: Indices = None,
+                k: Indices = None, uneven: bool = False) -> Grid:
+        """Reads some blocks, or a range of points of each; see `Grid.extract`."""
+        parts = parts_of(self.extents, blocks, (i, j, k), uneven)
+        return Grid([self.read_block(number, part) for number, part in parts], self.form)
+
     def dask(self, chunk_bytes: int = 1 << 26) -> Any:
         """The same with lazy arrays of dask, chunked by k planes of at most `chunk_bytes`, or one.
         Text and compressed files have one chunk for each block."""
         from ._lazy import lazy_grid
         return lazy_grid(self, chunk_bytes)
 
-    def read_block(self, number: int) -> Block:
+    def read_block(self, number: int, part: Optional[Part] = None) -> Block:
         with readable(self.path) as name:
-            return Block(*_p3dgrid.read_grid_block(name, self.form.members(), number, *_WHOLE))
+            return Block(*_p3dgrid.read_grid_block(name, self.form.members(), number, part))
 
 
 class GridFileBlock:
@@ -252,6 +256,12 @@ class GridFileBlock:
     def read(self) -> Block:
         """The block in memory."""
         return self.file.block(self.number)
+
+    def extract(self, i: Indices = None, j: Indices = None, k: Indices = None,
+                uneven: bool = False) -> Block:
+        """Reads a range of points; see `Block.extract`."""
+        part = part_of(self.extents, (i, j, k), uneven)
+        return self.file.read_block(self.number, part)
 
     def _coordinate(self, name: str) -> Array:
         if not self.file.is_mapped:
@@ -301,16 +311,22 @@ class SolutionFile(StoredFile[SolutionBlock]):
         """The solution in memory."""
         return read_solution(self.path, self.grid, **self.form.members())
 
+    def extract(self, blocks: BlockNumbers = None, i: Indices = None, j: Indices = None,
+                k: Indices = None, uneven: bool = False) -> Solution:
+        """Reads some blocks, or a range of points of each; see `Grid.extract`."""
+        parts = parts_of(self.extents, blocks, (i, j, k), uneven)
+        taken = [self.read_block(number, part) for number, part in parts]
+        return Solution(taken, self.form, self.header, self.flags)
+
     def dask(self, chunk_bytes: int = 1 << 26) -> Any:
         """The same with lazy arrays of dask, chunked by k planes of at most `chunk_bytes`, or one.
         Text and compressed files have one chunk for each block."""
         from ._lazy import lazy_solution
         return lazy_solution(self, chunk_bytes)
 
-    def read_block(self, number: int) -> SolutionBlock:
+    def read_block(self, number: int, part: Optional[Part] = None) -> SolutionBlock:
         with readable(self.path) as name:
-            read = _p3dgrid.read_solution_block(name, self.form.members(), self.grid, number,
-                                                *_WHOLE)
+            read = _p3dgrid.read_solution_block(name, self.form.members(), self.grid, number, part)
         return block_of(read, self.form.layout)
 
 
@@ -375,6 +391,12 @@ class SolutionFileBlock:
     def read(self) -> SolutionBlock:
         """The block in memory."""
         return self.file.block(self.number)
+
+    def extract(self, i: Indices = None, j: Indices = None, k: Indices = None,
+                uneven: bool = False) -> SolutionBlock:
+        """Reads a range of points; see `Block.extract`."""
+        part = part_of(self.extents, (i, j, k), uneven)
+        return self.file.read_block(self.number, part)
 
     def __repr__(self) -> str:
         return f"<SolutionFileBlock {self.number} of {self.file}>"

@@ -8,6 +8,7 @@ from typing import Any, Optional, Union
 from . import _p3dgrid
 from ._arrays import Array, as_blanking, as_reals, precision_of, require_shape
 from ._forms import Extents, GridForm
+from ._parts import BlockNumbers, Indices, Part, part_of, parts_of, points_of
 from ._paths import Path, readable, writable
 
 
@@ -33,6 +34,21 @@ class Block:
         """Points in the three directions."""
         i, j, k = self.x.shape
         return i, j, k
+
+    def extract(self, i: Indices = None, j: Indices = None, k: Indices = None,
+                uneven: bool = False) -> Block:
+        """A copy of a range of points.
+
+        i, j, k  text as of the command, counted from 1: "5", "last", "1:33", "1:last:2"; or a
+                 number or a slice, counted from 0; None for all points
+        uneven   leave out the last point of a range if its steps miss it, which is refused
+                 otherwise
+        """
+        return self._part(part_of(self.extents, (i, j, k), uneven))
+
+    def _part(self, part: Part) -> Block:
+        arrays = (self.x, self.y, self.z, self.iblank)
+        return Block(*(None if array is None else points_of(array, part) for array in arrays))
 
     def __repr__(self) -> str:
         blanking = "" if self.iblank is None else ", with blanking"
@@ -67,6 +83,17 @@ class Grid:
     def __getitem__(self, number: int) -> Block:
         """A block, counted from 0."""
         return self.blocks[number]
+
+    def extract(self, blocks: BlockNumbers = None, i: Indices = None, j: Indices = None,
+                k: Indices = None, uneven: bool = False) -> Grid:
+        """A copy of some blocks, or of a range of points of each.
+
+        blocks   text as of the command, counted from 1, such as "1,3-5"; or numbers or a slice,
+                 counted from 0; None for all blocks
+        i, j, k, uneven  as of `Block.extract`
+        """
+        parts = parts_of(self.extents, blocks, (i, j, k), uneven)
+        return Grid([self[number]._part(part) for number, part in parts], self.form)
 
     def __repr__(self) -> str:
         return f"<Grid of {len(self)} blocks, {self.form}>"

@@ -10,6 +10,7 @@ from . import _p3dgrid
 from ._arrays import Array, as_reals, precision_of, require_shape
 from ._errors import refuse
 from ._forms import Extents, RestartForm, as_extents
+from ._parts import BlockNumbers, Indices, Part, part_of, parts_of, points_of
 from ._paths import Path, readable, writable
 
 NAMES = ("rho", "rhou", "rhov", "rhow", "e")  # of the variables of a PLOT3D solution
@@ -66,6 +67,16 @@ class SolutionBlock:
             return i, j, k
         return 0, 0, 0
 
+    def extract(self, i: Indices = None, j: Indices = None, k: Indices = None,
+                uneven: bool = False) -> SolutionBlock:
+        """A copy of a range of points; see `Block.extract`."""
+        return self._part(part_of(self.extents, (i, j, k), uneven))
+
+    def _part(self, part: Part) -> SolutionBlock:
+        variables = {number: points_of(array, part) for number, array in self.variables.items()}
+        triplets = [points_of(array, part) for array in self.triplets]
+        return SolutionBlock(variables, self.parameters, triplets, self.names)
+
     def __getitem__(self, key: Key) -> Array:
         return self.variables[number_of(key, self.names)]
 
@@ -116,6 +127,13 @@ class Solution:
     def __getitem__(self, number: int) -> SolutionBlock:
         """A block, counted from 0."""
         return self.blocks[number]
+
+    def extract(self, blocks: BlockNumbers = None, i: Indices = None, j: Indices = None,
+                k: Indices = None, uneven: bool = False) -> Solution:
+        """A copy of some blocks, or of a range of points of each; see `Grid.extract`."""
+        parts = parts_of(self.extents, blocks, (i, j, k), uneven)
+        taken = [self[number]._part(part) for number, part in parts]
+        return Solution(taken, self.form, self.header, self.flags)
 
     def __repr__(self) -> str:
         return f"<Solution of {len(self)} blocks, {self.form}>"

@@ -15,7 +15,7 @@ template <class T>
 [[nodiscard]] const ArrayProcedures& procedures_for() {
   if constexpr (std::is_same_v<T, integer>) return procedures.integers;
   if constexpr (std::is_same_v<T, float>) return procedures.singles;
-  if constexpr (std::is_same_v<T, double>) return procedures.doubles;
+  return procedures.doubles;
 }
 
 /// An allocatable array of the host, for the time of one operation. The operation allocates and

@@ -71,8 +71,10 @@ StatedRestartForm restart_form(const Options& options) {
 IndexRange range_of(const Options& options) {
   const auto& first = options.extents[1];
   const auto& last = options.extents[2];
+  const auto stride = [&](int direction) { return 1 + (options.numrstrtvar[direction] & 3); };
   return {{extent_of(first[0]) - 1, extent_of(first[1]) - 1, extent_of(first[2]) - 1},
-          {extent_of(last[0]), extent_of(last[1]), extent_of(last[2])}};
+          {extent_of(last[0]), extent_of(last[1]), extent_of(last[2])},
+          {stride(0), stride(1), stride(2)}};
 }
 
 bool same_bits(const Reals& a, const Reals& b) {
@@ -89,6 +91,12 @@ bool same_bits(const std::vector<Reals>& a, const std::vector<Reals>& b) {
   return std::ranges::equal(a, b, [](const Reals& x, const Reals& y) { return same_bits(x, y); });
 }
 
+/// Whether an index from 0 on is one of a range, whose first index may be below 0.
+bool is_in(std::int32_t index, const Indices& range) {
+  const std::int32_t first = std::max(range.first, 0);
+  return index >= first && index <= range.last && (index - first) % range.stride == 0;
+}
+
 /// The values of a range, one by one.
 Reals part_of(const Reals& whole, const BlockExtents& extents, const IndexRange& range) {
   return whole.visit([&](auto values) {
@@ -98,8 +106,8 @@ Reals part_of(const Reals& whole, const BlockExtents& extents, const IndexRange&
     for (std::int32_t k = 0; k < extents.k; ++k) {
       for (std::int32_t j = 0; j < extents.j; ++j) {
         for (std::int32_t i = 0; i < extents.i; ++i, ++point) {
-          if (i >= range.first.i && i <= range.last.i && j >= range.first.j && j <= range.last.j &&
-              k >= range.first.k && k <= range.last.k) {
+          if (is_in(i, range.of(Direction::i)) && is_in(j, range.of(Direction::j)) &&
+              is_in(k, range.of(Direction::k))) {
             part.push_back(values[point]);
           }
         }

@@ -4,93 +4,20 @@
 #include <rapidcheck/gtest.h>
 
 #include <algorithm>
-#include <bit>
-#include <ostream>
 
-#include "model/generators.hpp"
+#include "model/front_generators.hpp"
 #include "p3dgrid/layout.hpp"
 #include "p3dgrid/solution.hpp"
-
-namespace p3dgrid {
-void showValue(const Coding& coding, std::ostream& out) {
-  out << describe(coding) << ", " << static_cast<int>(coding.marker_bytes) << "-byte markers";
-}
-void showValue(Precision precision, std::ostream& out) {
-  out << name_of(precision);
-}
-void showValue(Layout layout, std::ostream& out) {
-  out << name_of(layout);
-}
-}  // namespace p3dgrid
 
 namespace model {
 namespace {
 
-using p3dgrid::Array;
 using p3dgrid::Coding;
-using p3dgrid::Encoding;
 using p3dgrid::Layout;
 using p3dgrid::Precision;
 using p3dgrid::Reals;
 
 class FrontRoundTrip : public test_support::InScratchFolder {};
-
-rc::Gen<Precision> any_precision() {
-  return rc::gen::element(Precision::single_precision, Precision::double_precision);
-}
-
-rc::Gen<Coding> any_coding() {
-  return rc::gen::build<Coding>(
-      rc::gen::set(&Coding::encoding,
-                   rc::gen::element(Encoding::unformatted, Encoding::formatted, Encoding::binary)),
-      rc::gen::set(&Coding::precision, any_precision()),
-      rc::gen::set(&Coding::byte_order, rc::gen::element(std::endian::little, std::endian::big)),
-      rc::gen::set(&Coding::marker_bytes,
-                   rc::gen::element(p3dgrid::MarkerBytes::four, p3dgrid::MarkerBytes::eight)),
-      rc::gen::set(&Coding::dimensions,
-                   rc::gen::element(p3dgrid::Dimensions::two, p3dgrid::Dimensions::three)));
-}
-
-/// Values of any bits, and some that are short in text.
-template <class Real, class Bits>
-Array<Real> any_values(std::int64_t count) {
-  const auto all = *rc::gen::container<std::vector<Bits>>(static_cast<std::size_t>(count),
-                                                          rc::gen::arbitrary<Bits>());
-  Array<Real> values;
-  for (const Bits bits : all) {
-    values.push_back(bits % 4 == 0
-                         ? static_cast<Real>(static_cast<std::int32_t>(bits)) / 8
-                         : std::bit_cast<Real>(static_cast<Bits>(bits * 0x9e3779b97f4a7c15U)));
-  }
-  return values;
-}
-
-Reals any_front_reals(Precision precision, std::int64_t count) {
-  if (precision == Precision::double_precision) {
-    return Reals(any_values<double, std::uint64_t>(count));
-  }
-  return Reals(any_values<float, std::uint32_t>(count));
-}
-
-Reals zeros(Precision precision, std::int64_t count) {
-  Reals reals(precision, count);
-  reals.visit([](auto values) { std::ranges::fill(values, 0); });
-  return reals;
-}
-
-/// The bits of the values in a precision. With `any_nan` all NaNs are the same.
-template <class Real>
-std::vector<std::uint64_t> bits_as(const Reals& reals, bool any_nan = false) {
-  using Bits = std::conditional_t<sizeof(Real) == 8, std::uint64_t, std::uint32_t>;
-  return reals.visit([any_nan](auto values) {
-    std::vector<std::uint64_t> bits;
-    for (const auto value : values) {
-      const bool some_nan = any_nan && value != value;
-      bits.push_back(some_nan ? ~std::uint64_t{0} : std::bit_cast<Bits>(static_cast<Real>(value)));
-    }
-    return bits;
-  });
-}
 
 /// Whether values that went through a file are those that were written: to the bit, or rounded to
 /// the precision of the file. Text keeps the precision in memory, of a single that is no number
@@ -113,34 +40,10 @@ bool survived(const Coding& coding, const std::vector<Reals>& written,
   });
 }
 
-std::vector<p3dgrid::BlockExtents> any_extents(const Coding& coding, bool one_block) {
-  std::vector<p3dgrid::BlockExtents> all;
-  for (const Extents& extents : *block_extents()) {
-    all.push_back({extents[0], extents[1], is_planar(coding) ? 1 : extents[2]});
-  }
-  if (one_block) all.resize(1);
-  return all;
-}
-
 void check_grid() {
   const InEmptyFolder folder;
-  const auto coding = *any_coding().as("coding");
-  const auto memory = *any_precision().as("precision in memory");
-  const bool multiblock = *rc::gen::arbitrary<bool>();
-  const bool iblank = *rc::gen::arbitrary<bool>();
-  p3dgrid::Grid grid;
-  for (const auto& extents : any_extents(coding, !multiblock)) {
-    const std::int64_t points = extents.points();
-    p3dgrid::Block& block = grid.blocks.emplace_back();
-    block.extents = extents;
-    block.x = any_front_reals(memory, points);
-    block.y = any_front_reals(memory, points);
-    block.z = is_planar(coding) ? zeros(memory, points) : any_front_reals(memory, points);
-    for (std::int64_t p = 0; iblank && p < points; ++p) {
-      block.iblank.push_back(*rc::gen::arbitrary<std::int32_t>());
-    }
-  }
-  const p3dgrid::GridForm form{.coding = coding, .multiblock = multiblock, .iblank = iblank};
+  const p3dgrid::GridForm form = any_grid_form();
+  const p3dgrid::Grid grid = any_grid(form);
   p3dgrid::write_grid("grid", grid, stated_as(form));
   const p3dgrid::Grid read = p3dgrid::read_grid("grid", stated_as(form));
   RC_ASSERT(read.form == form);
@@ -148,7 +51,7 @@ void check_grid() {
   for (std::size_t b = 0; b < grid.blocks.size(); ++b) {
     const p3dgrid::Block& before = grid.blocks[b];
     const p3dgrid::Block& after = read.blocks[b];
-    RC_ASSERT(survived(coding, {before.x, before.y, before.z}, {after.x, after.y, after.z}));
+    RC_ASSERT(survived(form.coding, {before.x, before.y, before.z}, {after.x, after.y, after.z}));
     RC_ASSERT(after.iblank == before.iblank);
   }
 }

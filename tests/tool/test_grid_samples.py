@@ -19,6 +19,8 @@ GRIDS = [
     ("cfl3d/flatplate_grdflat5.fmt", (*FORMATTED, "--grid-multiblock", "no"), False),
     ("cfl3d/flatplateskew_grdflat5.fmt", (*FORMATTED, "--grid-multiblock", "no"), False),
     ("turbmodels/flatplate_35x25.p3dfmt", FORMATTED, True),
+    ("turbmodels/nak_a_fine_65.p3d", ("--grid-precision", "double", "--grid-byte-order", "big"),
+     True),
 ]
 
 
@@ -31,16 +33,18 @@ def numbers_of_text(text):
 
 
 def payload_of(path):
-    """The bytes of the file without its record markers, if it has any."""
+    """The bytes of the file without its record markers, if it has any, and its byte order."""
     data = path.read_bytes()
-    if struct.unpack_from("<i", data)[0] != 4:
-        return data
-    payload, at = b"", 0
-    while at < len(data):
-        length = struct.unpack_from("<i", data, at)[0]
-        payload += data[at + 4:at + 4 + length]
-        at += length + 8
-    return payload
+    for sign in "<>":
+        if struct.unpack_from(sign + "i", data)[0] != 4:
+            continue
+        payload, at = b"", 0
+        while at < len(data):
+            length = struct.unpack_from(sign + "i", data, at)[0]
+            payload += data[at + 4:at + 4 + length]
+            at += length + 8
+        return payload, sign
+    return data, "<"
 
 
 def grid_in(path, counted):
@@ -48,10 +52,10 @@ def grid_in(path, counted):
     if "fmt" in path.suffix or "ascii" in path.name:
         numbers = numbers_of_text(path.read_text())
     else:
-        data = payload_of(path)
-        blocks = struct.unpack_from("<i", data)[0]
-        header = struct.unpack_from(f"<{1 + 3 * blocks}i", data)
-        numbers = [*header, *struct.unpack(f"<{(len(data) - 4 * len(header)) // 8}d",
+        data, sign = payload_of(path)
+        blocks = struct.unpack_from(sign + "i", data)[0]
+        header = struct.unpack_from(f"{sign}{1 + 3 * blocks}i", data)
+        numbers = [*header, *struct.unpack(f"{sign}{(len(data) - 4 * len(header)) // 8}d",
                                            data[4 * len(header):])]
     blocks = int(numbers.pop(0)) if counted else 1
     extents = [tuple(int(n) for n in numbers[3 * b:3 * b + 3]) for b in range(blocks)]

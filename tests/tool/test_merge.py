@@ -1,5 +1,7 @@
 """p3dgrid merge: the blocks of several files in one."""
 
+from random import Random
+
 from parts_support import PARAMETERS, PartsTest, flow_of, numbered
 from restart_support import RestartForm, restart_bytes
 from support import Block, Form, grid_bytes, main
@@ -31,6 +33,28 @@ class Merge(PartsTest):
             self.succeed("extract", "all", "part", "--blocks", blocks, "--restart", "all.q", "part.q")
             self.assertEqual(self.path("part").read_bytes(), self.path(grid).read_bytes())
             self.assertEqual(self.path("part.q").read_bytes(), self.path(flow).read_bytes())
+
+    def test_random_grids_keep_their_blocks(self):
+        """Each block is extracted from the merged file, in any form and after any other block."""
+        random = Random(1)
+        for case in range(25):
+            form = Form(random.choice(("unformatted", "binary")), random.random() < 0.5,
+                        iblank=random.random() < 0.5,
+                        order=random.choice(("little", "big")))
+            grids = [[numbered([random.randint(1, 4) for _ in range(3)], random.randint(-99, 99),
+                               form.iblank) for _ in range(random.randint(1, 3))]
+                     for _ in range(random.randint(2, 3))]
+            names = [f"grid{n}" for n in range(len(grids))]
+            for name, blocks in zip(names, grids):
+                self.write(name, grid_bytes(form, blocks))
+            with self.subTest(case=case):
+                self.succeed("merge", "--quiet", *names, "all", *form.options("grid"))
+                blocks = sum(grids, [])
+                self.assert_grid("all", blocks, form)
+                order = random.sample(range(len(blocks)), len(blocks))
+                self.succeed("extract", "--quiet", "all", "part", *form.options("grid"),
+                             "--blocks", ",".join(str(b + 1) for b in order))
+                self.assert_grid("part", [blocks[b] for b in order], form)
 
     def test_differences_are_named(self):
         plain = [Block(block.extents, *block.xyz) for block in self.more]

@@ -146,7 +146,7 @@ class Mesh(PlotTest):
         self.assertEqual(self.plot("grid", "out.png")[0], "mesh")
         points = [(i, j, k / 1000) for k in range(2) for j in range(3) for i in range(3)]
         self.write_grid("grid", blocks=[Block((3, 3, 2), *zip(*points))])
-        self.assertEqual(self.plot("grid", "out.png")[0], "mesh")
+        self.assertEqual(self.plot("grid", "out.png")[0], "mesh, drawn without z, from 0 to 0.001")
         points = [(i, j / 1000, k / 2000) for k in range(2) for j in range(3) for i in range(3)]
         self.write_grid("grid", blocks=[Block((3, 3, 2), *zip(*points))])
         said, picture = self.plot("grid", "out.png")
@@ -404,6 +404,133 @@ class Contour(PlotTest):
         self.write_flow([block], *[[1 + n / 2**19 for n in range(25)]] * 5)
         self.assertEqual(self.plot("grid", "flow", "out.png")[0],
                          "variable 1, from 1 to 1.00005")
+
+
+def brick(counts, at=lambda i, j, k: (i, j, k), iblank=None):
+    """One block with unit spacing."""
+    points = [at(i, j, k) for k in range(counts[2]) for j in range(counts[1])
+              for i in range(counts[0])]
+    return Block(counts, *zip(*points), iblank)
+
+
+class Parts(PlotTest):
+    """A part of the space, several planes, cuts, and the quality of cells."""
+
+    def test_box(self):
+        # The cell at the origin is one of 100 x 100.
+        self.write_grid("grid", blocks=[plane(101, 101)])
+        said, picture = self.plot("grid", "out.png", "--box", "0:1,0:2")
+        left, top, right, bottom = picture.inner()
+        padding = 2 * 0.8 * 600 / 62
+        self.assertAlmostEqual((bottom - top - padding) / (right - left - padding), 2, delta=0.1)
+        self.assertEqual(picture.share(0.5, 0.25), WHITE)  # inside a cell
+        # What the grid does not have is not shown.
+        self.assertEqual(self.plot("grid", "out.png", "--box", "-50:1,-50:2")[1].rows,
+                         picture.rows)
+        self.fail_with(1, "plot", "grid", "out.png", "--box", "-9:-8,0:1",
+                       says="outside the box")
+
+    def test_values_are_those_in_the_box(self):
+        self.write_grid("grid", blocks=[plane(11, 11)])
+        self.write_flow([plane(11, 11)], [n % 11 for n in range(121)], layout=3)
+        said, _ = self.plot("grid", "flow", "out.png", "--box", "2.4:4.6,0:10")
+        self.assertEqual(said, "variable 1, from 2 to 5")
+
+    def test_box_ends_surfaces_of_any_view(self):
+        """Cells reach beyond the box; what is drawn does not."""
+        self.write_grid("grid", blocks=[brick((3, 3, 3), lambda i, j, k: (4 * i, 4 * j, 4 * k))])
+        self.write_flow([brick((3, 3, 3))], [1] * 27, layout=3)
+        view = ("--view", "-60", "25", "--plane", "k=1")
+        picture = self.plot("grid", "flow", "out.png", "--box", "3:5,3:5,-1:1", *view)[1]
+        self.write_grid("exact", blocks=[plane(3, 3, at=lambda i, j: (3 + i, 3 + j, 0))])
+        self.write_flow([plane(3, 3)], [1] * 9, layout=3)
+        wanted = self.plot("exact", "flow", "exact.png", *view)[1]
+
+        def coloured(picture):
+            return sum(max(picture.pixel(x, y)) - min(picture.pixel(x, y)) > 40
+                       for y in range(picture.height) for x in range(picture.width))
+        self.assertAlmostEqual(coloured(picture) / coloured(wanted), 1, delta=0.02)
+
+    def test_several_planes(self):
+        self.write_grid("grid", blocks=[brick((3, 3, 3))])
+        self.assertEqual(self.plot("grid", "out.png", "--plane", "k=1,i=last")[0],
+                         "mesh, plane k=1,i=last")
+        # Planes one above the other are not drawn flat: the frame is that of a box.
+        flat = self.plot("grid", "flat.png", "--plane", "k=1")[1]
+        both = self.plot("grid", "both.png", "--plane", "k=1,k=3")[1]
+        self.assertNotEqual(flat.rows, both.rows)
+        for text in ("k=1,", "k=1,x=2", "k"):
+            self.fail_with(2, "plot", "grid", "out.png", "--plane", text, says="is no grid plane")
+
+    def test_cut_interpolates(self):
+        """A variable that is linear in space has its exact values on a cut."""
+        def at(i, j, k):
+            return (i + 0.2 * j, j + 0.1 * k, k)
+
+        block = brick((5, 4, 4), at)
+        self.write_grid("grid", blocks=[block])
+        x, y, z = block.xyz
+        self.write_flow([block], [10 * a for a in x], [b + 2 * c for b, c in zip(y, z)], layout=3)
+        self.assertEqual(self.plot("grid", "flow", "out.png", "--cut", "x=2.25")[0],
+                         "variable 1, cut x=2.25, 22.5 everywhere")
+        # y + 2z is largest at the last corner, which has x = 4.6, and smallest at the first one.
+        said, picture = self.plot("grid", "flow", "out.png", "--cut", "x=2.25", "--variable", "2")
+        self.assertEqual(said, "variable 2, cut x=2.25, from 0 to 9.3")
+        self.assertNotEqual(picture.share(0.5, 0.5), WHITE)
+
+    def test_cut_fills_its_area(self):
+        self.write_grid("grid", blocks=[brick((4, 4, 4))])
+        self.write_flow([brick((4, 4, 4))], [1] * 64, layout=3)
+        picture = self.plot("grid", "flow", "out.png", "--cut", "z=1.5")[1]
+        shares = [n / 20 for n in range(2, 19)]
+        self.assertEqual(len({picture.share(a, u) for a in shares for u in shares}), 1)
+        # A blanked point takes its eight cells away, four of them at this place.
+        used = [1] * 64
+        used[1 + 4 + 16] = 0
+        self.write_grid("grid", Form(iblank=True), [brick((4, 4, 4), iblank=used)])
+        picture = self.plot("grid", "flow", "out.png", "--cut", "z=1.5")[1]
+        self.assertEqual([picture.share(a, u) == WHITE
+                          for a, u in ((0.2, 0.2), (0.5, 0.5), (0.8, 0.5), (0.8, 0.8))],
+                         [True, True, False, False])
+
+    def test_cuts_that_miss(self):
+        self.write_grid("grid", blocks=[brick((3, 3, 3)), plane(3, 3)])
+        self.fail_with(2, "plot", "grid", "out.png", "--cut", "x=7",
+                       says="grid: there is no surface x=7 to show; 'p3dgrid info' shows where")
+        self.assertEqual(self.plot("grid", "out.png", "--cut", "x=0.5,y=1.5")[0],
+                         "mesh, cut x=0.5,y=1.5")
+        for text in ("x", "x=", "i=1", "x=nan", "x=1,"):
+            self.fail_with(2, "plot", "grid", "out.png", "--cut", text, says="is no plane such as")
+
+    def test_quality(self):
+        # A shear by 45 degrees: each corner deviates by 45 degrees.
+        self.write_grid("grid", blocks=[plane(at=lambda i, j: (i + j, j, 0))])
+        said, picture = self.plot("grid", "out.png", "--quality", "skewness")
+        self.assertEqual(said, "skewness, 0.5 everywhere")
+        # Spacings 1, 3, 9: each edge is three times as long as the one before.
+        self.write_grid("grid", blocks=[plane(4, at=lambda i, j: ((3 ** i - 1) / 2, j, 0))])
+        self.assertEqual(self.plot("grid", "out.png", "--quality", "stretching")[0],
+                         "stretching, 3 everywhere")
+        # One cell differs from the others.
+        self.write_grid("grid", blocks=[plane(at=lambda i, j: (i + (i == j == 4), j, 0))])
+        said, picture = self.plot("grid", "out.png", "--quality", "skewness")
+        self.assertEqual(said, "skewness, from 0 to 0.5")
+        self.assertNotEqual(picture.share(0.7, 0.9), picture.share(0.1, 0.1))
+
+    def test_quality_of_cells_without_edges(self):
+        self.write_grid("grid", blocks=[plane(at=lambda i, j: (max(i, 1), j, 0))])
+        self.assertEqual(self.plot("grid", "out.png", "--quality", "skewness")[0],
+                         "skewness, 0 everywhere, cells with an edge of length 0 in grey")
+        self.write_flow([plane()], range(25), layout=3)
+        self.fail_with(2, "plot", "grid", "flow", "out.png", "--quality", "skewness",
+                       says="--quality shows the grid alone")
+
+    def test_nearly_flat(self):
+        self.write_grid("grid", blocks=[plane(at=lambda i, j: (i, j, 0.01 * (i % 2)))])
+        said, picture = self.plot("grid", "out.png")
+        self.assertEqual(said, "mesh, drawn without z, from 0 to 0.01")
+        left, top, right, bottom = picture.inner()
+        self.assertEqual(right - left, bottom - top)
 
 
 class Refusals(PlotTest):

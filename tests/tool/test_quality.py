@@ -2,8 +2,17 @@
 
 import json
 import math
+import os
+import pathlib
 
 from support import Block, Form, ToolTest, grid_bytes, main
+
+try:
+    import jsonschema
+except ImportError:
+    jsonschema = None
+
+SCHEMA = pathlib.Path(os.environ.get("P3DGRID_SOURCE", "")) / "docs/quality-json.schema.json"
 
 
 def box(extents, place=lambda i, j, k: (i, j, k), iblank=None):
@@ -27,10 +36,36 @@ class Quality(ToolTest):
 
     def report(self, *blocks, options=(), form=None):
         self.write("grid", grid_bytes(form or self.form, blocks))
-        return json.loads(self.succeed("quality", "grid", "--json", *options))
+        report = json.loads(self.succeed("quality", "grid", "--json", *options))
+        if jsonschema is not None:
+            jsonschema.Draft202012Validator(json.loads(SCHEMA.read_text())).validate(report)
+        return report
 
     def of_block(self, block, **how):
         return self.report(block, **how)["blocks"][0]
+
+    def test_the_schema_is_checked_here(self):
+        if jsonschema is None:
+            self.skipTest("without python3-jsonschema reports are not compared with their schema")
+        schema = json.loads(SCHEMA.read_text())
+        jsonschema.Draft202012Validator.check_schema(schema)
+        report = self.report(box((3, 3, 3)), box((3, 3, 3), lambda i, j, k: (i + 2, j, k)))
+        (connection,) = report["connections"]
+        for change in ({"schema": 2}, {"file": 1}, {"totals": {}}, {"blocks": [{}]},
+                       {"blocks": [{**report["blocks"][0], "handedness": "none"}]},
+                       {"connections": [{**connection, "first": [0, 1, 1]}]},
+                       {"connections": [{**connection, "faces": []}]}):
+            with self.assertRaises(jsonschema.ValidationError):
+                jsonschema.Draft202012Validator(schema).validate({**report, **change})
+
+    def test_totals(self):
+        report = self.report(
+            box((3, 4, 5)), placed(box((4, 3, 3)), (2, 2, 2), (-9, 2, 2)),
+            box((3, 2, 2), lambda i, j, k: (-min(i, 1), j, k)),
+            placed(box((3, 3, 3), lambda i, j, k: (-i, j, k)), (0, 0, 0), (math.nan, 1, 1)))
+        self.assertEqual(report["totals"], {
+            "cells": 24 + 12 + 2 + 7, "invalid_points": 1, "negative_volumes": 1,
+            "zero_volumes": 1, "zero_edges": 4, "left_handed_blocks": 2})
 
     def test_cubes(self):
         for form in (Form(), Form(double=True), Form("formatted"), Form("binary", double=True)):
@@ -81,6 +116,29 @@ class Quality(ToolTest):
         found = self.of_block(placed(box((3, 3, 1)), (2, 2, 0), (2 + math.tan(math.pi / 6), 2, 0)))
         self.assertAlmostEqual(found["skewness"]["value"], 1 / 3, places=12)
         self.assertEqual(found["skewness"]["place"], [2, 2, 1])
+
+    def test_long_lines(self):
+        """The worst places at any point of a line, also where it is measured in pieces."""
+        for ni in (2, 3, 79, 80, 81, 161, 163):
+            for at in {0, 1, ni // 2 - 1, ni // 2, ni - 2, ni - 1} & set(range(ni)):
+                with self.subTest(ni=ni, at=at):
+                    def moved(y, sign=1, at=at, ni=ni):
+                        """The block with the last point of lines `at` in another place."""
+                        return self.of_block(placed(
+                            box((ni, 3, 3), lambda i, j, k: (sign * i, j, k)), (at, 2, 2),
+                            (sign * at, y, 2)))
+
+                    found = moved(4)
+                    self.assertEqual(found["cells"], 4 * (ni - 1))
+                    self.assertEqual(found["stretching"], {"value": 3, "place": [at + 1, 2, 3]})
+                    self.assertEqual(moved(1)["zero_edges"],
+                                     {"count": 1, "first": [at + 1, 2, 3]})
+                    for sign, handedness in ((1, "right"), (-1, "left")):
+                        found = moved(-3, sign)
+                        self.assertEqual(found["handedness"], handedness)
+                        self.assertEqual(found["negative_volumes"],
+                                         {"count": 1 if at in (0, ni - 1) else 2,
+                                          "first": [max(at, 1), 2, 2]})
 
     def test_plane_blocks(self):
         self.assertEqual(self.of_block(box((3, 4, 1)))["handedness"], "right")

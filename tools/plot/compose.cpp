@@ -22,7 +22,30 @@ constexpr double default_elevation = 25;
 constexpr Usage usage = {.command_line = "p3dgrid plot GRID RESTART OUT.png",
                          .grid_alone = "'p3dgrid plot GRID OUT.png' draws it"};
 
-/// The surfaces asked for, without their points.
+std::string rounded(double value, int digits) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.*g", digits, value);
+  return text;
+}
+
+/// A list such as "k=1,i=last".
+template <class Planes>
+std::string list_of(const Planes& planes) {
+  std::string text;
+  for (const auto& plane : planes) text += (text.empty() ? "" : ",") + describe(plane);
+  return text;
+}
+
+[[noreturn]] void fail_without_surface(const Request& request) {
+  std::string at = list_of(request.planes);
+  if (!request.cuts.empty()) at += (at.empty() ? "" : ",") + list_of(request.cuts);
+  if (!at.empty()) at.insert(0, " ");
+  throw Unusable(request.grid_path + ": there is no surface" + at +
+                 " to show; 'p3dgrid info' shows " +
+                 (request.cuts.empty() ? "the extents" : "where the blocks are"));
+}
+
+/// The grid surfaces asked for, without their points.
 std::vector<Surface> surfaces_wanted(const Request& request, const Extents& extents) {
   const std::string& path = request.grid_path;
   if (request.block > extents.blocks()) {
@@ -33,24 +56,38 @@ std::vector<Surface> surfaces_wanted(const Request& request, const Extents& exte
   std::int32_t without = 0;
   for (std::size_t block = 0; block < extents.i.size(); ++block) {
     if (request.block != 0 && request.block != static_cast<std::int32_t>(block + 1)) continue;
-    if (!request.plane) {
+    const std::size_t before = surfaces.size();
+    if (request.shows_faces()) {
       for (auto& face : faces_of(extents, block)) surfaces.push_back(std::move(face));
-    } else if (auto plane = plane_of(extents, block, *request.plane)) {
-      surfaces.push_back(std::move(*plane));
-    } else {
-      ++without;
     }
+    for (const GridPlane& asked : request.planes) {
+      if (auto plane = plane_of(extents, block, asked)) surfaces.push_back(std::move(*plane));
+    }
+    if (!request.planes.empty() && surfaces.size() == before) ++without;
   }
-  const std::string at = request.plane ? " " + describe(*request.plane) : "";
-  if (surfaces.empty()) {
-    throw Unusable(path + ": there is no surface" + at +
-                   " to show; 'p3dgrid info' shows the extents");
-  }
+  if (surfaces.empty() && request.cuts.empty()) fail_without_surface(request);
   if (without > 0) {
     print_note(path + ": " + counted(without, "block") + " of " + std::to_string(extents.blocks()) +
-               " without a surface" + at);
+               " without a surface " + list_of(request.planes));
   }
   return surfaces;
+}
+
+/// Adds the cuts through a block, and copies the points of its other surfaces.
+void take_block(const Request& request, const Block& block, std::size_t number, Picture& picture) {
+  for (Surface& surface : picture.surfaces) {
+    if (surface.block == number) take_points(surface, block);
+  }
+  for (const Cut& cut : request.cuts) {
+    if (auto surface = cut_through(block, number, cut)) {
+      picture.surfaces.push_back(std::move(*surface));
+    }
+  }
+  for (Surface& surface : picture.surfaces) {
+    if (surface.block != number) continue;
+    if (request.region) confine(surface, *request.region);
+    if (request.quality) take_quality(surface, block, *request.quality);
+  }
 }
 
 /// Copies the surfaces from the grid, which is read block by block.
@@ -59,12 +96,13 @@ void take_surfaces(const Request& request, const Found& found, Picture& picture)
   const Extents& extents = input.extents();
   picture.surfaces = surfaces_wanted(request, extents);
   for (std::size_t b = 0; b < extents.i.size(); ++b) {
-    const Block block = input.read(b);
-    for (Surface& surface : picture.surfaces) {
-      if (surface.block == b) take_points(surface, block);
-    }
+    if (request.block != 0 && static_cast<std::size_t>(request.block) != b + 1) continue;
+    take_block(request, input.read(b), b, picture);
   }
   input.require_form();
+  if (picture.surfaces.empty()) fail_without_surface(request);
+  // In the legend, blocks are listed once.
+  std::ranges::stable_sort(picture.surfaces, {}, &Surface::block);
   picture.remarks = {counted(extents.blocks(), "block") + ", " +
                      counted(extents.points(), "point")};
 }
@@ -73,14 +111,29 @@ void orient(const Request& request, Picture& picture) {
   const auto box = box_of(picture.surfaces);
   if (!box || box->diagonal() == 0) {
     throw Mismatch(request.grid_path + (box ? ": all points to show are at one place"
-                                            : ": all points to show are blanked or not finite"));
+                                            : ": all points to show are blanked, not finite or "
+                                              "outside the box"));
   }
   picture.box = *box;
+  picture.is_part = request.region.has_value();
+  for (std::size_t c = 0; request.region && c < 3; ++c) {
+    picture.box.low[c] = std::max(box->low[c], request.region->low[c]);
+    picture.box.high[c] = std::min(box->high[c], request.region->high[c]);
+  }
+  const bool are_several = request.planes.size() + request.cuts.size() > 1;
+  const auto flat = flat_view_of(picture.surfaces, picture.box, are_several);
   if (!request.view.empty()) {
     picture.view = view_from(request.view[0], request.view[1]);
+  } else if (flat) {
+    picture.view = flat->view;
+    if (flat->is_near) {
+      const std::size_t c = flat->coordinate;
+      picture.difference = std::string("drawn without ") + "xyz"[c] + ", from " +
+                           rounded(picture.box.low[c], 3) + " to " +
+                           rounded(picture.box.high[c], 3);
+    }
   } else {
-    picture.view = flat_view_of(picture.surfaces, picture.box)
-                       .value_or(view_from(default_azimuth, default_elevation));
+    picture.view = view_from(default_azimuth, default_elevation);
   }
   enlarge_thin(picture.surfaces, picture.box);
 }
@@ -111,15 +164,10 @@ std::string short_name(const std::string& path) {
 /// ", plane k=1, block 2", or the parts that were asked for.
 std::string place_of(const Request& request) {
   std::string place;
-  if (request.plane) place += ", plane " + describe(*request.plane);
+  if (!request.planes.empty()) place += ", plane " + list_of(request.planes);
+  if (!request.cuts.empty()) place += ", cut " + list_of(request.cuts);
   if (request.block != 0) place += ", block " + std::to_string(request.block);
   return place;
-}
-
-std::string rounded(double value, int digits) {
-  char text[32];
-  std::snprintf(text, sizeof text, "%.*g", digits, value);
-  return text;
 }
 
 /// The range of values with few digits, or with as many as distinguish the two ends.
@@ -154,6 +202,22 @@ void add_flow(const Request& request, const Case& found, Picture& picture) {
                     (all_finite ? "" : ", infinite or no number in places");
 }
 
+void add_quality(const Request& request, Picture& picture) {
+  const std::string name = name_of(*request.quality);
+  picture.levels = levels_of(picture.surfaces);
+  if (!picture.levels) {
+    throw Mismatch(request.grid_path + ": no cell to show has a finite " + name);
+  }
+  const std::string range = range_of(*picture.levels);
+  picture.title = "Grid " + short_name(request.grid_path) + ", " + name + place_of(request);
+  picture.bar_label = name;
+  picture.remarks.push_back(range);
+  picture.summary = name + place_of(request) + ", " + range;
+  if (picture.levels->all_finite) return;
+  picture.remarks.emplace_back("grey: cells with an edge of length 0");
+  picture.summary += ", cells with an edge of length 0 in grey";
+}
+
 /// "y and z enlarged 500 times"; empty if nothing is enlarged.
 std::string enlargement_of(const Box& box) {
   std::string names;
@@ -173,6 +237,7 @@ void add_differences(Picture& picture) {
     picture.remarks.push_back(difference);
     picture.summary += ", " + difference;
   };
+  if (!picture.difference.empty()) add(picture.difference);
   const std::string enlargement = enlargement_of(picture.box);
   if (!enlargement.empty()) add(enlargement);
   if (std::ranges::any_of(picture.surfaces, &Surface::has_invalid_points)) {
@@ -195,6 +260,7 @@ Picture compose(const Request& request) {
   take_surfaces(request, found.grid, picture);
   orient(request, picture);
   if (request.shows_flow()) add_flow(request, found, picture);
+  if (request.quality) add_quality(request, picture);
   add_differences(picture);
   return picture;
 }

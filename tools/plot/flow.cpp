@@ -8,6 +8,7 @@
 #include "primitive.hpp"
 #include "restart_file.hpp"
 #include "table.hpp"
+#include "variable_names.hpp"
 
 namespace p3dgrid::tool::plot {
 namespace {
@@ -55,7 +56,9 @@ const FlowVariable* find_named(const std::string& text) {
   return found == named.end() ? nullptr : &*found;
 }
 
-FlowVariable numbered(std::int32_t number, Layout layout) {
+/// @param name  empty if it is not known
+FlowVariable numbered(std::int32_t number, Layout layout, const std::string& name) {
+  if (!name.empty()) return {name, name, name, {number}, false, as_read};
   const std::string text = std::to_string(number);
   FlowVariable variable{
       "variable " + text, "Variable " + text, "variable " + text, {number}, false, as_read};
@@ -67,13 +70,27 @@ FlowVariable numbered(std::int32_t number, Layout layout) {
   return variable;
 }
 
-/// The variable asked for, in a file of so many variables.
-FlowVariable variable_wanted(const Request& request, Layout layout, std::int32_t variables) {
+/// The names of the variables that replace those of a PLOT3D solution; empty where there are none.
+std::vector<std::string> own_names(const Request& request, const SolutionHeader& header) {
+  if (request.names.empty() && traits_of(header.form.layout).parameters > 0) {
+    return std::vector<std::string>(static_cast<std::size_t>(header.most_variables()));
+  }
+  return variable_names(request.restart_path, header, request.names);
+}
+
+/// The variable asked for.
+FlowVariable variable_wanted(const Request& request, const SolutionHeader& header) {
+  const Layout layout = header.form.layout;
+  const std::int32_t variables = header.most_variables();
+  const std::vector<std::string> names = own_names(request, header);
   const std::string text = request.variable.empty() ? std::string("1") : request.variable;
   const auto refuse = [&](const std::string& why) {
     throw Unusable(request.restart_path + ": " + why + "; --variable 1 to " +
                    std::to_string(variables) + " can be shown");
   };
+  if (const auto found = std::ranges::find(names, text); found != names.end()) {
+    return numbered(static_cast<std::int32_t>(found - names.begin()) + 1, layout, text);
+  }
   if (const FlowVariable* const known = find_named(text)) {
     if (traits_of(layout).parameters == 0) {
       refuse("only of layout 2 is it known which variable is '" + text + "'");
@@ -82,10 +99,17 @@ FlowVariable variable_wanted(const Request& request, Layout layout, std::int32_t
     return *known;
   }
   const std::int32_t number = number_in(text);
+  if (number == 0) {
+    std::string known;
+    for (const std::string& name : names) known += name.empty() ? "" : name + ", ";
+    if (known.empty()) known = known_names() + ", ";
+    refuse("'" + text + "' is neither " + known.substr(0, known.size() - 2) +
+           " nor the number of a variable");
+  }
   if (number > variables) {
     refuse("holds " + counted(variables, "variable") + " and no variable " + text);
   }
-  return numbered(number, layout);
+  return numbered(number, layout, names[static_cast<std::size_t>(number) - 1]);
 }
 
 /// Sets the values of the surfaces of one block.
@@ -99,8 +123,8 @@ void evaluate(std::vector<Surface>& surfaces, std::size_t block, const FlowVaria
       if (surfaces[s].block != block) continue;
       needed[s].resize(surfaces[s].points.size() * needs);
       std::size_t at = n;
-      surfaces[s].for_each_index([&](std::int64_t point) {
-        needed[s][at] = static_cast<float>(values[point]);
+      surfaces[s].for_each_value(values, [&](double value) {
+        needed[s][at] = static_cast<float>(value);
         at += needs;
       });
     }
@@ -124,15 +148,11 @@ std::string known_names() {
   return names;
 }
 
-bool may_be_variable(const std::string& text) {
-  return find_named(text) != nullptr || number_in(text) > 0;
-}
-
 FlowVariable take_values(std::vector<Surface>& surfaces, const Request& request,
                          const Case& found) {
   RestartInput input(request.restart_path, found.restart, found.extents);
   const SolutionHeader& header = input.header();
-  FlowVariable variable = variable_wanted(request, header.form.layout, header.most_variables());
+  FlowVariable variable = variable_wanted(request, header);
   for (std::size_t b = 0; b < header.extents.i.size(); ++b) {
     const bool shown = std::ranges::find(surfaces, b, &Surface::block) != surfaces.end();
     if (shown) evaluate(surfaces, b, variable, request.gamma, input);

@@ -25,9 +25,6 @@ struct FlowVariable {
 /// The names of variables of a solution, for messages.
 [[nodiscard]] std::string known_names();
 
-/// Whether the text is one of the names or the number of a variable.
-[[nodiscard]] bool may_be_variable(const std::string& text);
-
 /// Sets the surfaces' values to those of the variable asked for. Holds one variable of a block at a
 /// time. Throws a Failure if the file has no such variable, and as
 /// `read_restart` does.

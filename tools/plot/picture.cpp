@@ -30,6 +30,7 @@ constexpr double box_right = 2.2;
 constexpr double box_bottom = 1.8;
 constexpr double line_width = 1.0 / 36;
 constexpr double least_line_distance = 1.0 / 7;
+constexpr double least_line_distance_on_colour = 0.5;
 constexpr double bar_width = 1.1;
 constexpr double least_bar = 9.0;
 constexpr double bar_label_height = 1.8;
@@ -153,12 +154,13 @@ class Page {
         title_(picture.title),
         remarks_(picture.remarks) {
     projection_.view = picture.view;
+    // In a flat view, the frame ends the surfaces.
+    if (picture.is_part && !flat_) style_.clip = picture.box;
     const auto scratch = make_canvas(1, 1);
     place_across(*scratch);
-    if (!style_.levels) {
-      style_.line_stride = line_stride(picture_.surfaces, projection_, least_line_distance * text_);
-    }
-    if (style_.line_stride > 1) {
+    const double distance = style_.levels ? least_line_distance_on_colour : least_line_distance;
+    style_.line_stride = line_stride(picture_.surfaces, projection_, distance * text_);
+    if (style_.line_stride > 1 && draws_lines()) {
       remarks_.push_back("1 of " + std::to_string(style_.line_stride) + " mesh lines drawn");
     }
     place_down(*scratch);
@@ -251,6 +253,13 @@ class Page {
     if (!flat_) axes().draw_box_behind(canvas);
     canvas.image(area_.x, area_.y, area_.width, area_.height, raster.reduced());
     flat_ ? axes().draw_flat(canvas) : static_cast<void>(axes().draw_box(canvas));
+  }
+
+  /// Whether there are mesh lines besides outlines.
+  [[nodiscard]] bool draws_lines() const {
+    return !style_.levels || std::ranges::any_of(picture_.surfaces, [](const Surface& surface) {
+      return !surface.cell_values.empty();
+    });
   }
 
   [[nodiscard]] Axes axes() const { return {projection_, area_, picture_.box, text_}; }

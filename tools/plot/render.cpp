@@ -4,6 +4,8 @@
 #include <array>
 #include <cmath>
 
+#include "plot/clip.hpp"
+
 namespace p3dgrid::tool::plot {
 namespace {
 
@@ -27,7 +29,7 @@ class SurfaceRenderer {
   }
 
   void fill_cells() {
-    surface_.for_each_cell([this](std::size_t corner) { fill_cell(corner); });
+    surface_.for_each_cell([this](const Cell& cell) { fill_cell(cell); });
   }
 
   /// Draws one of `stride` lines of each family, and the last, where they border a cell. The width
@@ -39,10 +41,9 @@ class SurfaceRenderer {
     const auto wanted = [stride](std::size_t line, std::size_t lines) {
       return line % stride == 0 || line + 1 == lines;
     };
-    const auto draw = [&](std::size_t from, std::size_t to) {
-      raster_.line(vertices_[from], vertices_[to], width, colour);
-    };
-    surface_.for_each_cell([&](std::size_t corner) {
+    const auto draw = [&](std::size_t from, std::size_t to) { line(from, to, width, colour); };
+    surface_.for_each_cell([&](const Cell& cell) {
+      const std::size_t corner = cell[0];
       const std::size_t row = corner / columns;
       const std::size_t column = corner % columns;
       if (wanted(row, surface_.rows)) draw(corner, corner + 1);
@@ -50,6 +51,16 @@ class SurfaceRenderer {
       if (wanted(column, columns)) draw(corner, corner + columns);
       if (wanted(column + 1, columns)) draw(corner + 1, corner + columns + 1);
     });
+  }
+
+  /// Draws the lines in which a cut crosses the faces of cells, or those of the block alone.
+  void draw_cut_lines(bool outer_only, Colour colour, double least_width) {
+    const double width = std::max(least_width, std::round(fine_line_width()));
+    for (const CutCells::Line& line : surface_.cut->lines) {
+      if (outer_only && !line.is_outer) continue;
+      if (!surface_.shows({line.from, line.to, line.to, line.to})) continue;
+      this->line(line.from, line.to, width, colour);
+    }
   }
 
   /// Draws the points of a single row and the lines between them.
@@ -83,41 +94,58 @@ class SurfaceRenderer {
   }
 
   // Four triangles around the centre, which prefer neither diagonal.
-  void fill_cell(std::size_t corner) {
-    const Vertex* corners[] = {&vertices_[corner], &vertices_[corner + 1],
-                               &vertices_[corner + surface_.columns + 1],
-                               &vertices_[corner + surface_.columns]};
-    Vertex centre;
-    for (const Vertex* v : corners) {
-      centre.x += v->x / 4;
-      centre.y += v->y / 4;
-      centre.depth += v->depth / 4;
-      centre.value += v->value / 4;
+  void fill_cell(const Cell& cell) {
+    std::array<Corner, 4> corners;
+    Corner middle;
+    Vertex& centre = middle.vertex;
+    for (std::size_t c = 0; c < 4; ++c) {
+      corners[c] = corner(cell[c]);
+      Vertex& v = corners[c].vertex;
+      if (!surface_.cell_values.empty()) v.value = surface_.cell_values[cell[0]];
+      centre.x += v.x / 4;
+      centre.y += v.y / 4;
+      centre.depth += v.depth / 4;
+      centre.value += v.value / 4;
+      for (std::size_t n = 0; n < 3; ++n) middle.place[n] += corners[c].place[n] / 4;
     }
     std::function<Colour(double)> colour_of = [this](double value) {
       return style_.levels->colour_of(value);
     };
     if (!style_.levels) {
-      const auto grey = static_cast<Colour>(std::lround(255 * light_on(corner)));
+      const auto grey = static_cast<Colour>(std::lround(255 * light_on(cell)));
       colour_of = [grey](double) { return grey << 16U | grey << 8U | grey; };
     } else if (!std::isfinite(centre.value)) {
       colour_of = [](double) { return no_number; };
     }
     for (std::size_t side = 0; side < 4; ++side) {
-      raster_.triangle(*corners[side], *corners[(side + 1) % 4], centre, colour_of);
+      fill({corners[side], corners[(side + 1) % 4], middle}, colour_of);
     }
   }
 
+  [[nodiscard]] Corner corner(std::size_t p) const { return {surface_.place(p), vertices_[p]}; }
+
+  void fill(std::vector<Corner> polygon, const std::function<Colour(double)>& colour_of) {
+    if (style_.clip) polygon = clipped(std::move(polygon), *style_.clip);
+    for (std::size_t n = 2; n < polygon.size(); ++n) {
+      raster_.triangle(polygon[0].vertex, polygon[n - 1].vertex, polygon[n].vertex, colour_of);
+    }
+  }
+
+  void line(std::size_t from, std::size_t to, double width, Colour colour) {
+    if (!style_.clip) return raster_.line(vertices_[from], vertices_[to], width, colour);
+    const auto part = clipped(corner(from), corner(to), *style_.clip);
+    if (part) raster_.line(part->first, part->second, width, colour);
+  }
+
   /// Brightness of a cell by its angle to the eye.
-  [[nodiscard]] double light_on(std::size_t corner) const {
+  [[nodiscard]] double light_on(const Cell& cell) const {
     if (view_.plane) return 1;
     const auto diagonal = [this](std::size_t from, std::size_t to) {
       const Vector a = surface_.place(from);
       const Vector b = surface_.place(to);
       return Vector{b[0] - a[0], b[1] - a[1], b[2] - a[2]};
     };
-    const Vector normal = cross(diagonal(corner, corner + surface_.columns + 1),
-                                diagonal(corner + 1, corner + surface_.columns));
+    const Vector normal = cross(diagonal(cell[0], cell[2]), diagonal(cell[1], cell[3]));
     const double length = std::sqrt(dot(normal, normal));
     if (length == 0) return 1;
     return least_light + (1 - least_light) * std::abs(dot(normal, view_.toward)) / length;
@@ -145,10 +173,11 @@ std::size_t line_stride(const std::vector<Surface>& surfaces, const Projection& 
   double area = 0;
   double length = 0;
   for (const Surface& surface : surfaces) {
-    surface.for_each_cell([&](std::size_t corner) {
-      const Vector from = surface.place(corner);
-      const Vector along = surface.place(corner + 1);
-      const Vector across = surface.place(corner + surface.columns);
+    if (surface.cut) continue;
+    surface.for_each_cell([&](const Cell& cell) {
+      const Vector from = surface.place(cell[0]);
+      const Vector along = surface.place(cell[1]);
+      const Vector across = surface.place(cell[3]);
       const double ax = projection.x(along) - projection.x(from);
       const double ay = projection.y(along) - projection.y(from);
       const double bx = projection.x(across) - projection.x(from);
@@ -166,10 +195,15 @@ void render(const std::vector<Surface>& surfaces, const Projection& projection, 
   for (const Surface& surface : surfaces) {
     SurfaceRenderer renderer(surface, projection, style, raster);
     renderer.fill_cells();
-    if (surface.rows == 1) {
+    if (surface.cut) {
+      const Colour colour = style.levels ? block_edge : block_colour(surface.block);
+      renderer.draw_cut_lines(style.levels.has_value(), colour, style.levels ? 2 : 1);
+    } else if (surface.rows == 1) {
       renderer.draw_row();
     } else if (style.levels) {
       const std::size_t outline_only = std::max(surface.columns, surface.rows);
+      const bool is_mesh = !surface.cell_values.empty();
+      if (is_mesh) renderer.draw_lines(style.line_stride, pale_ink, 1);
       renderer.draw_lines(outline_only, block_edge, 2);
     } else {
       renderer.draw_lines(style.line_stride, block_colour(surface.block), 1);

@@ -156,15 +156,19 @@ Colour Levels::colour_of(double value) const {
 std::optional<Levels> levels_of(const std::vector<Surface>& surfaces) {
   Levels levels;
   Range range;
+  const auto include = [&](float value) {
+    if (std::isfinite(value)) {
+      range.include(value);
+    } else {
+      levels.all_finite = false;
+    }
+  };
   for (const Surface& surface : surfaces) {
     for (std::size_t p = 0; p < surface.values.size(); ++p) {
-      if (surface.absent[p] != 0) continue;
-      if (std::isfinite(surface.values[p])) {
-        range.include(surface.values[p]);
-      } else {
-        levels.all_finite = false;
-      }
+      if (surface.absent[p] == 0) include(surface.values[p]);
     }
+    if (surface.cell_values.empty()) continue;
+    surface.for_each_cell([&](const Cell& cell) { include(surface.cell_values[cell[0]]); });
   }
   if (range.empty()) return std::nullopt;
   levels.smallest = range.low;

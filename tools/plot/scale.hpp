@@ -48,7 +48,8 @@ struct Levels {
   [[nodiscard]] Colour colour_of(double value) const;
 };
 
-/// Bands for the values at all points that are not absent; none if no value is finite.
+/// Bands for the values at all points that are not absent, or of all cells; none if no value is
+/// finite.
 [[nodiscard]] std::optional<Levels> levels_of(const std::vector<Surface>& surfaces);
 
 }  // namespace p3dgrid::tool::plot

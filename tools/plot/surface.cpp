@@ -23,11 +23,27 @@ std::int32_t number_in(std::string_view text) {
   return error == std::errc() && stop == end && number > 0 ? number : 0;
 }
 
+namespace {
+
 std::optional<GridPlane> plane_in(std::string_view text) {
   if (text.size() < 3 || text[1] != '=') return std::nullopt;
   const GridPlane plane{direction_names.find(text[0]), number_in(text.substr(2))};
   const bool valid = plane.index > 0 || text.substr(2) == last_index;
   return valid && plane.direction < 3 ? std::optional(plane) : std::nullopt;
+}
+
+}  // namespace
+
+std::vector<GridPlane> planes_in(std::string_view text) {
+  std::vector<GridPlane> planes;
+  for (;;) {
+    const std::size_t comma = text.find(',');
+    const auto plane = plane_in(text.substr(0, comma));
+    if (!plane) return {};
+    planes.push_back(*plane);
+    if (comma == text.npos) return planes;
+    text.remove_prefix(comma + 1);
+  }
 }
 
 std::string describe(const GridPlane& plane) {

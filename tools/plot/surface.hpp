@@ -23,11 +23,33 @@ struct GridPlane {
 /// Parses a positive number; 0 if the text is something else.
 [[nodiscard]] std::int32_t number_in(std::string_view text);
 
-/// Parses "k=1" or "j=last".
-[[nodiscard]] std::optional<GridPlane> plane_in(std::string_view text);
+/// Parses a list such as "k=1" or "k=1,j=last"; empty if the text is none.
+[[nodiscard]] std::vector<GridPlane> planes_in(std::string_view text);
 
-/// The text that `plane_in` parses.
+/// The text that `planes_in` parses.
 [[nodiscard]] std::string describe(const GridPlane& plane);
+
+/// The first corner of a cell and the others around it. A triangle has the last one twice.
+using Cell = std::array<std::size_t, 4>;
+
+/// Points of a cut, in cells of their own instead of rows and columns.
+struct CutCells {
+  /// A point on an edge of the block.
+  struct Source {
+    std::int64_t from;
+    std::int64_t to;
+    double share;  ///< of the way
+  };
+  /// Where the cut crosses a face of a cell of the block.
+  struct Line {
+    std::size_t from;
+    std::size_t to;
+    bool is_outer;  ///< the face is one of the block
+  };
+  std::vector<Source> sources = {};  ///< of each point
+  std::vector<Cell> cells = {};
+  std::vector<Line> lines = {};
+};
 
 /// A sheet of points in rows and columns, cut out of a block. A block that is a line or a single
 /// point makes one row.
@@ -41,23 +63,41 @@ struct Surface {
   std::int64_t row_step = 0;
   // Per point, row after row.
   std::vector<std::array<float, 3>> points = {};
-  std::vector<char> absent = {};    ///< blanked or not finite
-  bool has_invalid_points = false;  ///< points that are not blanked and not finite
-  std::vector<float> values = {};   ///< shown by colour; empty for a mesh
+  std::vector<char> absent = {};          ///< blanked or not finite
+  bool has_invalid_points = false;        ///< points that are not blanked and not finite
+  std::vector<float> values = {};         ///< shown by colour; empty for a mesh
+  std::vector<float> cell_values = {};    ///< instead: of each cell, at its first corner
+  std::optional<CutCells> cut = {};       ///< of a surface that is no grid surface
+  std::vector<std::uint8_t> beyond = {};  ///< the sides of the box that a point is beyond, as bits
 
   [[nodiscard]] Vector place(std::size_t p) const {
     return {points[p][0], points[p][1], points[p][2]};
   }
 
-  /// Calls `take` with the first corner of each cell of which no corner is absent.
+  /// Whether no corner of a cell is absent, and not all of them are beyond one side of the box.
+  [[nodiscard]] bool shows(const Cell& cell) const {
+    std::uint8_t side = 0xff;
+    for (const std::size_t corner : cell) {
+      if (absent[corner] != 0) return false;
+      side = beyond.empty() ? 0 : side & beyond[corner];
+    }
+    return side == 0;
+  }
+
+  /// Calls `take` with each cell that is shown.
   template <class Take>
   void for_each_cell(Take take) const {
+    if (cut) {
+      for (const Cell& cell : cut->cells) {
+        if (shows(cell)) take(cell);
+      }
+      return;
+    }
     for (std::size_t row = 0; row + 1 < rows; ++row) {
       for (std::size_t column = 0; column + 1 < columns; ++column) {
         const std::size_t corner = row * columns + column;
-        const bool present = absent[corner] == 0 && absent[corner + 1] == 0 &&
-                             absent[corner + columns] == 0 && absent[corner + columns + 1] == 0;
-        if (present) take(corner);
+        const Cell cell = {corner, corner + 1, corner + columns + 1, corner + columns};
+        if (shows(cell)) take(cell);
       }
     }
   }
@@ -72,6 +112,16 @@ struct Surface {
       }
     }
   }
+
+  /// Calls `take` with the value at each point, from those of the block.
+  template <class Take>
+  void for_each_value(const Reals& values_of_block, Take take) const {
+    if (!cut) return for_each_index([&](std::int64_t index) { take(values_of_block[index]); });
+    for (const CutCells::Source& source : cut->sources) {
+      const double low = values_of_block[source.from];
+      take(low + source.share * (values_of_block[source.to] - low));
+    }
+  }
 };
 
 /// The plane of one block (from 0), without its points; none if the block has no such plane or
@@ -84,5 +134,17 @@ struct Surface {
 
 /// Copies coordinates and blanking from its block.
 void take_points(Surface& surface, const Block& block);
+
+/// A part of the space; infinite where it has no limit.
+struct Region {
+  Vector low;
+  Vector high;
+};
+
+/// Parses "x0:x1,y0:y1" or "x0:x1,y0:y1,z0:z1".
+[[nodiscard]] std::optional<Region> region_in(const std::string& text);
+
+/// Leaves out the cells that have no part in the region.
+void confine(Surface& surface, const Region& region);
 
 }  // namespace p3dgrid::tool::plot

@@ -12,6 +12,9 @@ namespace {
 
 // Equal coordinates may differ in their last digits in single precision.
 constexpr double flatness = 1e-5;
+
+// A surface is nearly flat if it is this much thinner than wide.
+constexpr double near_flatness = 0.01;
 constexpr double noise = 1e-6;
 
 // Width of a box over its length: a thinner one is enlarged, to no more than the second.
@@ -50,16 +53,22 @@ View view_from(double azimuth, double elevation) {
   return view;
 }
 
-std::optional<View> flat_view_of(const std::vector<Surface>& surfaces, const Box& box) {
+std::optional<FlatView> flat_view_of(const std::vector<Surface>& surfaces, const Box& box,
+                                     bool at_one_place) {
+  const auto extent = [&](std::size_t c) { return box.high[c] - box.low[c]; };
+  const auto near_limit = [&](std::size_t c) {
+    return near_flatness * std::min(extent((c + 1) % 3), extent((c + 2) % 3));
+  };
   std::optional<std::size_t> flattest;
-  double least = flatness * box.diagonal();
+  double least = INFINITY;
+  const double limit = flatness * box.diagonal();
   for (const std::size_t coordinate : {2U, 1U, 0U}) {
-    double most = 0;
+    double most = at_one_place ? extent(coordinate) : 0;
     for (const Surface& surface : surfaces) {
       const Range range = range_of(surface, coordinate);
       if (!range.empty()) most = std::max(most, double{range.high} - double{range.low});
     }
-    if (most > least || (flattest && most == least)) continue;
+    if (most > std::max(limit, near_limit(coordinate)) || most >= least) continue;
     flattest = coordinate;
     least = most;
   }
@@ -71,7 +80,7 @@ std::optional<View> flat_view_of(const std::vector<Surface>& surfaces, const Box
   view.up[up] = 1;
   view.toward = cross(view.right, view.up);
   view.plane = {right, up};
-  return view;
+  return FlatView{view, *flattest, least > limit};
 }
 
 void enlarge_thin(std::vector<Surface>& surfaces, Box& box) {

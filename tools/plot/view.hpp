@@ -61,10 +61,17 @@ struct View {
 /// Degrees: the azimuth is counted from x toward y, the elevation from the x-y plane toward z.
 [[nodiscard]] View view_from(double azimuth, double elevation);
 
-/// The view along the coordinate axis that is normal to every surface; none if there is no such
-/// axis.
-[[nodiscard]] std::optional<View> flat_view_of(const std::vector<Surface>& surfaces,
-                                               const Box& box);
+/// A view along the coordinate axis that is normal to every surface, exactly or nearly.
+struct FlatView {
+  View view;
+  std::size_t coordinate;  ///< the one that is not seen
+  bool is_near = false;    ///< it varies within a surface
+};
+
+/// None if there is no such axis.
+/// @param at_one_place  the surfaces must also lie in one plane
+[[nodiscard]] std::optional<FlatView> flat_view_of(const std::vector<Surface>& surfaces,
+                                                   const Box& box, bool at_one_place);
 
 /// Maps places of the grid to pixels.
 struct Projection {

@@ -1,0 +1,142 @@
+#include <algorithm>
+
+#include "console.hpp"
+#include "gzip.hpp"
+#include "info.hpp"
+#include "table.hpp"
+
+namespace p3dgrid::tool {
+namespace {
+
+std::string range_text(const Findings& findings) {
+  const auto value = [](const std::optional<Extreme>& extreme) {
+    return extreme ? digits(extreme->value, extreme->precision) : std::string("-");
+  };
+  return value(findings.low) + " " + value(findings.high) + " " + std::to_string(findings.nan) +
+         " " + std::to_string(findings.infinite);
+}
+
+void add_extents(Facts& facts, const Extents& extents) {
+  std::string all;
+  for (std::size_t b = 0; b < extents.i.size(); ++b) all += extents.text_of(b) + " ";
+  facts.push_back({"blocks", std::to_string(extents.blocks()), Fact::Column::always});
+  facts.push_back({"points", std::to_string(extents.points()), Fact::Column::always});
+  facts.push_back({"extents", all});
+}
+
+void add_ranges(Facts& facts, const std::vector<Survey>& surveys, const std::string& what) {
+  for (const Survey& survey : surveys) {
+    facts.push_back({survey.name.empty() ? what + survey.label : survey.name, range_text(survey)});
+  }
+}
+
+/// Adds each flow parameter, that of all blocks in one text.
+void add_parameters(Facts& facts, const RestartReport& report) {
+  const auto& parameters = report.body->parameters;
+  const auto count = static_cast<std::int32_t>(parameters.front().size());
+  const auto names = parameter_names(count, report.header.run.species);
+  for (std::size_t n = 0; n < names.size(); ++n) {
+    const auto is_first = [&](const auto& block) { return block[n] == parameters.front()[n]; };
+    std::string text = digits_in(report.header.form, parameters.front()[n]);
+    for (std::size_t b = 1; !std::ranges::all_of(parameters, is_first) && b < parameters.size();
+         ++b) {
+      text += "," + digits_in(report.header.form, parameters[b][n]);
+    }
+    facts.push_back({names[n], text, Fact::Column::if_changed});
+  }
+}
+
+/// The fact of this name; null if there is none.
+const Fact* find_fact(const Facts& facts, const std::string& name) {
+  const auto found = std::ranges::find(facts, name, &Fact::name);
+  return found == facts.end() ? nullptr : &*found;
+}
+
+bool is_same(const Fact& fact, const Facts& others) {
+  const Fact* const other = find_fact(others, fact.name);
+  return other != nullptr && other->text == fact.text;
+}
+
+/// The names of what differs; of files of two kinds everything does.
+std::string changes_between(const Facts& before, const Facts& after) {
+  if (before.front().text != after.front().text) return after.front().name;
+  std::string names;
+  const auto add = [&](const Fact& fact) { names += (names.empty() ? "" : ", ") + fact.name; };
+  for (const Fact& fact : after) {
+    if (!is_same(fact, before)) add(fact);
+  }
+  for (const Fact& fact : before) {
+    if (find_fact(after, fact.name) == nullptr) add(fact);
+  }
+  return names.empty() ? "nothing" : names;
+}
+
+/// The columns of the table, without that of the file and of the changes. What changes has one if
+/// all files have it.
+std::vector<std::string> columns_of(const std::vector<FileFacts>& files) {
+  std::vector<std::string> columns;
+  for (const FileFacts& file : files) {
+    for (const Fact& fact : file.facts) {
+      if (fact.column == Fact::Column::never || std::ranges::count(columns, fact.name) > 0)
+        continue;
+      const auto has_it = [&](const FileFacts& other) {
+        return find_fact(other.facts, fact.name) != nullptr;
+      };
+      const auto has_same = [&](const FileFacts& other) { return is_same(fact, other.facts); };
+      const bool changes =
+          std::ranges::all_of(files, has_it) && !std::ranges::all_of(files, has_same);
+      if (changes || fact.column == Fact::Column::always) columns.push_back(fact.name);
+    }
+  }
+  return columns;
+}
+
+}  // namespace
+
+Facts facts_of(const GridReport& report) {
+  Facts facts = {{"kind", "grid"}, {"form", describe(report.found.grid())}};
+  add_extents(facts, report.extents);
+  add_ranges(facts, report.coordinates(), "");
+  if (!report.found.grid().iblank) return facts;
+  std::string counts;
+  for (const GridFindings& block : report.blocks) {
+    for (const std::int64_t count : block.blanking) counts += std::to_string(count) + " ";
+  }
+  facts.push_back({"blanking", counts});
+  return facts;
+}
+
+Facts facts_of(const RestartReport& report) {
+  const RestartForm& form = report.found.restart();
+  Facts facts = {{"kind", "restart"}, {"form", describe(form)}};
+  if (!report.header.extents.i.empty()) add_extents(facts, report.header.extents);
+  for (const HeaderValue& value : header_values(form, report.header.run)) {
+    facts.push_back({value.label, value.text(form), Fact::Column::if_changed});
+  }
+  if (!report.body) return facts;
+  if (traits_of(form.layout).parameters > 0) add_parameters(facts, report);
+  add_ranges(facts, report.surveys(), "variable ");
+  return facts;
+}
+
+void print_series(const std::vector<FileFacts>& files) {
+  const std::vector<std::string> columns = columns_of(files);
+  std::vector<std::string> header = {"file"};
+  header.insert(header.end(), columns.begin(), columns.end());
+  header.emplace_back("changes");
+  Table table(header);
+  const Facts* before = nullptr;
+  for (const FileFacts& file : files) {
+    std::vector<std::string> row = {original_path(file.path)};
+    for (const std::string& column : columns) {
+      const Fact* const fact = find_fact(file.facts, column);
+      row.push_back(fact != nullptr ? fact->text : "-");
+    }
+    row.push_back(before != nullptr ? changes_between(*before, file.facts) : "-");
+    before = &file.facts;
+    table.add(row);
+  }
+  table.print();
+}
+
+}  // namespace p3dgrid::tool

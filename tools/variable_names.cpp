@@ -1,0 +1,113 @@
+#include "variable_names.hpp"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <p3dgrid/layout.hpp>
+#include <set>
+
+#include "console.hpp"
+#include "failure.hpp"
+#include "gzip.hpp"
+#include "primitive.hpp"
+#include "table.hpp"
+
+namespace p3dgrid::tool {
+namespace {
+
+using Names = std::vector<std::string>;
+
+/// Without blanks and line ends around it.
+std::string trimmed(const std::string& text) {
+  constexpr const char* blanks = " \t\r";
+  const std::size_t first = text.find_first_not_of(blanks);
+  if (first == text.npos) return "";
+  return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+}
+
+Names names_in(const std::string& text) {
+  Names names;
+  std::size_t from = 0;
+  for (;;) {
+    const std::size_t comma = text.find(',', from);
+    names.push_back(trimmed(text.substr(from, comma - from)));
+    if (comma == text.npos) return names;
+    from = comma + 1;
+  }
+}
+
+/// Empty, repeated and unprintable names could not be told apart, or break the files written.
+bool are_usable(const Names& names) {
+  const auto is_usable = [](const std::string& name) {
+    return !name.empty() && std::ranges::none_of(name, [](char c) {
+      return (static_cast<unsigned char>(c) < ' ') || c == '\x7f' || c == '"';
+    });
+  };
+  return std::ranges::all_of(names, is_usable) &&
+         std::set<std::string>(names.begin(), names.end()).size() == names.size();
+}
+
+std::string wrong_names(const std::string& text) {
+  if (are_usable(names_in(text))) return "";
+  return "'" + text + "' is no list of different names such as rho,u,v,w,p";
+}
+
+/// "flow.nam" for "flow.f" and "flow.f.gz".
+std::filesystem::path name_file_of(const std::string& path) {
+  std::filesystem::path file = original_path(path);
+  if (file.extension() == ".gz") file.replace_extension();
+  return file.replace_extension(".nam");
+}
+
+/// The lines of a name file, each without a second name after a semicolon, that of a vector.
+Names lines_of(const std::filesystem::path& path) {
+  constexpr std::size_t longest = 256;
+  Names names;
+  std::ifstream file(path);
+  for (std::string line; std::getline(file, line);) {
+    line = trimmed(line.substr(0, std::min(longest, line.find(';'))));
+    if (!line.empty()) names.push_back(line);
+  }
+  return names;
+}
+
+/// The names beside a function file; empty if there are none or they do not fit, which a note says.
+Names names_beside(const std::string& path, std::size_t variables) {
+  const std::filesystem::path file = name_file_of(path);
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(file, error)) return {};
+  Names names = lines_of(file);
+  if (names.size() == variables && are_usable(names)) return names;
+  print_note(file.string() + ": not used, because it has no list of " +
+             counted(static_cast<std::int64_t>(variables), "different name") + ", one on a line");
+  return {};
+}
+
+}  // namespace
+
+Names variable_names(const std::string& path, const SolutionHeader& header, const Names& stated) {
+  const auto variables = static_cast<std::size_t>(header.most_variables());
+  if (!stated.empty() && stated.size() != variables) {
+    throw Unusable(path + ": holds " + counted(header.most_variables(), "variable") +
+                   ", and --names gives " + counted(std::ssize(stated), "name"));
+  }
+  if (!stated.empty()) return stated;
+  Names names;
+  const LayoutTraits& layout = traits_of(header.form.layout);
+  if (layout.counts_by_block()) names = names_beside(path, variables);
+  if (layout.parameters > 0) names.assign(solution_names.begin(), solution_names.end());
+  names.resize(variables);
+  return names;
+}
+
+Option names_option(Names& names) {
+  return {.name = "--names",
+          .target = [&names](const std::string& text) { names = names_in(text); },
+          .meaning =
+              "Names of the variables of the restart file, in its order; default those in "
+              "the file NAME.nam beside a function file NAME.*, one on a line",
+          .value_name = "NAME,...",
+          .check = wrong_names};
+}
+
+}  // namespace p3dgrid::tool
