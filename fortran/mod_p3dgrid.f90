@@ -329,7 +329,7 @@ module mod_p3dgrid
       character(c_char), intent(in) :: filename(*)
       integer(c_size_t), value :: length
       integer(c_int), value :: ivar, iformat, dblprec, nblocks, real_bytes, rsttype, multiblock
-      integer(c_int), intent(in), optional :: blockpoints(*)
+      integer(c_int), intent(in) :: blockpoints(*)
       integer(c_int64_t), value :: points_size
       type(*) :: varvalues(*)
       integer(c_int64_t), intent(in) :: shape(2), sizes(3)
@@ -618,7 +618,7 @@ contains
     character(*), intent(in) :: filename
     integer, intent(in) :: ivar, iformat, nblocks, rsttype
     logical, intent(in) :: dblprec, multiblock
-    integer, contiguous, intent(in), optional :: blockpoints(:)
+    integer, contiguous, intent(in) :: blockpoints(:)
     real(real32), contiguous, intent(inout) :: varvalues(:, :)
     integer, contiguous, intent(in) :: idim(:), jdim(:), kdim(:)
     call to_library()
@@ -634,7 +634,7 @@ contains
     character(*), intent(in) :: filename
     integer, intent(in) :: ivar, iformat, nblocks, rsttype
     logical, intent(in) :: dblprec, multiblock
-    integer, contiguous, intent(in), optional :: blockpoints(:)
+    integer, contiguous, intent(in) :: blockpoints(:)
     real(real64), contiguous, intent(inout) :: varvalues(:, :)
     integer, contiguous, intent(in) :: idim(:), jdim(:), kdim(:)
     call to_library()
