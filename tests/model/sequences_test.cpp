@@ -39,10 +39,10 @@ class Units {
   }
 
   [[nodiscard]] std::vector<std::string> open_files() const {
-    std::vector<std::string> names;
-    for (const auto& [unit, name] : files_) names.push_back(name);
-    std::ranges::sort(names);
-    return names;
+    std::vector<std::string> open;
+    for (const auto& [unit, name] : files_) open.push_back(name);
+    std::ranges::sort(open);
+    return open;
   }
 
  private:
