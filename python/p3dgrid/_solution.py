@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import os
+import re
 from collections.abc import Iterable, Iterator, Mapping, Sequence
 from typing import Any, Optional, Union
 
@@ -15,6 +16,9 @@ from ._paths import Path, readable, writable
 
 NAMES = ("rho", "rhou", "rhov", "rhow", "e")  # of the variables of a PLOT3D solution
 _PARAMETERS = ("mach", "alpha", "reynolds", "time")
+# The names of further parameters, which OVERFLOW solutions have and which are not written.
+_FURTHER = re.compile(r"GAMINF|BETA|TINF|IGAM|HTINF|HT1|HT2|RGAS\d+|FSMACH|TVREF|DTVREF|"
+                      r"parameter \d+")
 
 Key = Union[int, str]
 
@@ -193,6 +197,15 @@ def read_solution(path: Path, grid: Any = None, **form: Any) -> Solution:
     return Solution(blocks, known, read["header"], read["flags"], read["reason"])
 
 
+def _parameters_to_write(parameters: Mapping[str, float]) -> list[float]:
+    """The values in the order of the file; 0 for those that are not given."""
+    for name in parameters:
+        if name not in _PARAMETERS and not _FURTHER.fullmatch(name):
+            raise refuse("", f"no flow parameter is called {name!r}; there are "
+                         + ", ".join(_PARAMETERS))
+    return [parameters.get(name, 0.0) for name in _PARAMETERS]
+
+
 def write_solution(path: Path, solution: Union[Solution, Iterable[Any]], **form: Any) -> None:
     """Writes a solution, which appears complete or not at all.
 
@@ -208,10 +221,9 @@ def write_solution(path: Path, solution: Union[Solution, Iterable[Any]], **form:
         most = max(block.variables, default=0)
         if min(block.variables, default=1) < 1:
             raise refuse("", "numbers of variables begin with 1")
-        values = list(block.parameters.values())
         blocks.append({"variables": [block.variables.get(n) for n in range(1, most + 1)],
                        "triplets": block.triplets,
-                       "parameters": values + [0.0] * (len(_PARAMETERS) - len(values))})
+                       "parameters": _parameters_to_write(block.parameters)})
     arrays = [array for block in solution for array in (*block, *block.triplets)]
     with writable(path) as name:
         _p3dgrid.write_solution(name, blocks, solution.extents, precision_of(arrays),

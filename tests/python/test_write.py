@@ -108,6 +108,36 @@ def test_what_was_read_is_written_again(tmp_path):
     assert (tmp_path / "little").read_bytes() == solution_bytes(Coding())
 
 
+def test_flow_parameters_are_written_by_name(tmp_path):
+    block = p3dgrid.SolutionBlock([numpy.ones((2, 2, 2))] * 5,
+                                  {"time": 4, "alpha": 2, "mach": 1})
+    p3dgrid.write_solution(tmp_path / "flow", [block])
+    read = p3dgrid.read_solution(tmp_path / "flow")
+    assert read[0].parameters == {"mach": 1, "alpha": 2, "reynolds": 0, "time": 4}
+
+
+def test_unknown_flow_parameters_are_refused(tmp_path):
+    block = p3dgrid.SolutionBlock([numpy.ones((2, 2, 2))] * 5, {"mahc": 1})
+    message = "^no flow parameter is called 'mahc'; there are mach, alpha, reynolds, time$"
+    with pytest.raises(p3dgrid.Error, match=message) as caught:
+        p3dgrid.write_solution(tmp_path / "flow", [block])
+    assert caught.value.kind == "argument" and os.listdir(tmp_path) == []
+
+
+def test_further_parameters_of_overflow_are_left_out(tmp_path):
+    coding = Coding(precision="double")
+    values = numpy.arange(1.0, 20.0)  # of 3 species, and one without a name
+    content = coding.record(numpy.array([1])) + coding.record(numpy.array([2, 2, 2, 5, 3]))
+    content += coding.record(values) + coding.record(numpy.ones(40))
+    (tmp_path / "overflow").write_bytes(content)
+    flow = p3dgrid.read_solution(tmp_path / "overflow", layout="overflow")
+    assert list(flow[0].parameters.values()) == values.tolist()
+    assert "parameter 18" in flow[0].parameters and "DTVREF" in flow[0].parameters
+    p3dgrid.write_solution(tmp_path / "flow", flow, layout=2)
+    read = p3dgrid.read_solution(tmp_path / "flow")
+    assert list(read[0].parameters.values()) == [1, 2, 3, 4]
+
+
 def test_header_values_are_written(tmp_path):
     coding = Coding("binary", "double")
     flow = flow_arrays(coding)
