@@ -54,6 +54,9 @@ class SolutionBlock:
             number: as_reals(f"variable {number}", values)
             for number, values in variables.items() if values is not None}
         if not isinstance(parameters, Mapping):
+            if len(parameters) > len(_PARAMETERS):
+                raise refuse("", f"{len(parameters)} flow parameters without names; at most "
+                             f"{len(_PARAMETERS)} are known: {', '.join(_PARAMETERS)}")
             parameters = dict(zip(_PARAMETERS, parameters))
         self.parameters: dict[str, float] = dict(parameters)
         self.triplets: list[Array] = [as_reals("triplets", values) for values in triplets]

@@ -124,6 +124,13 @@ def test_unknown_flow_parameters_are_refused(tmp_path):
     assert caught.value.kind == "argument" and os.listdir(tmp_path) == []
 
 
+def test_more_parameters_than_names_are_refused():
+    assert list(p3dgrid.SolutionBlock([], [1, 2, 3, 4]).parameters.values()) == [1, 2, 3, 4]
+    with pytest.raises(p3dgrid.Error, match="^5 flow parameters without names; at most 4") as caught:
+        p3dgrid.SolutionBlock([], [1, 2, 3, 4, 5])
+    assert caught.value.kind == "argument"
+
+
 def test_further_parameters_of_overflow_are_left_out(tmp_path):
     coding = Coding(precision="double")
     values = numpy.arange(1.0, 20.0)  # of 3 species, and one without a name
