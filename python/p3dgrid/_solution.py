@@ -113,6 +113,7 @@ class Solution:
     def __init__(self, blocks: Iterable[Any], form: RestartForm = RestartForm(),
                  header: Optional[Mapping[str, float]] = None, flags: Iterable[int] = (),
                  reason: str = "") -> None:
+        blocks = [block._views() if hasattr(block, "_views") else block for block in blocks]
         self.blocks = [block if isinstance(block, SolutionBlock) else SolutionBlock(block)
                        for block in blocks]
         self.form = form
@@ -209,14 +210,20 @@ def _parameters_to_write(parameters: Mapping[str, float]) -> list[float]:
     return [parameters.get(name, 0.0) for name in _PARAMETERS]
 
 
-def write_solution(path: Path, solution: Union[Solution, Iterable[Any]], **form: Any) -> None:
+def write_solution(path: Path, solution: Union[Solution, SolutionBlock, Iterable[Any]],
+                   **form: Any) -> None:
     """Writes a solution, which appears complete or not at all.
 
-    solution  a Solution, or for each block a SolutionBlock or its arrays, the first for variable
-              1; of any strides, order and type of real numbers. One array is copied at a time.
+    solution  a Solution, an open file, a SolutionBlock, or for each block a SolutionBlock or its
+              arrays, the first for variable 1; of any strides, order and type of real numbers. One
+              array is copied at a time.
     form      members of the form of the file, as in `RestartForm`; by default that of the solution,
               in the precision of its variables
     """
+    if hasattr(solution, "_views"):
+        solution = solution._views()
+    if isinstance(solution, SolutionBlock):
+        solution = [solution]
     if not isinstance(solution, Solution):
         solution = Solution(solution)
     blocks = []

@@ -8,8 +8,8 @@ import numpy
 import pytest
 
 import p3dgrid
-from support import (CODINGS, PARAMETERS, Coding, flow_arrays, grid_arrays, grid_bytes,
-                     solution_bytes)
+from support import (CODINGS, EXTENTS, PARAMETERS, Coding, flow_arrays, grid_arrays, grid_bytes,
+                     solution_bytes, split)
 
 BINARY = [coding for coding in CODINGS if coding.format != "formatted"]
 
@@ -106,6 +106,82 @@ def test_what_was_read_is_written_again(tmp_path):
     assert (tmp_path / "flow again").read_bytes() == solution_bytes(coding)
     p3dgrid.write_solution(tmp_path / "little", flow, byte_order="little", marker_bytes=4)
     assert (tmp_path / "little").read_bytes() == solution_bytes(Coding())
+
+
+@pytest.mark.parametrize("coding", CODINGS, ids=str)
+def test_open_files_are_written_again(tmp_path, coding):
+    grid, flow = grid_bytes(coding, True), solution_bytes(coding)
+    (tmp_path / "grid").write_bytes(grid)
+    (tmp_path / "flow").write_bytes(flow)
+    form = {} if coding.format == "formatted" else coding.members()
+    opened = p3dgrid.open_grid(tmp_path / "grid", **form, iblank=True)
+    p3dgrid.write_grid(tmp_path / "grid again", opened)
+    p3dgrid.write_grid(tmp_path / "grid read", opened.read())
+    opened = p3dgrid.open_solution(tmp_path / "flow", **form, layout=2)
+    p3dgrid.write_solution(tmp_path / "flow again", opened)
+    p3dgrid.write_solution(tmp_path / "flow read", opened.read())
+    for name, original in (("grid", grid), ("flow", flow)):
+        again = (tmp_path / f"{name} again").read_bytes()
+        assert again == (tmp_path / f"{name} read").read_bytes()
+        assert again == original or coding.format == "formatted"
+
+
+def test_blocks_of_open_files_are_written(tmp_path):
+    coding = Coding()
+    (tmp_path / "grid").write_bytes(grid_bytes(coding, True))
+    (tmp_path / "flow").write_bytes(solution_bytes(coding))
+    p3dgrid.write_grid(tmp_path / "one", p3dgrid.open(tmp_path / "grid")[1])
+    p3dgrid.write_grid(tmp_path / "again", list(p3dgrid.open(tmp_path / "grid")))
+    one = p3dgrid.read_grid(tmp_path / "one", iblank=True)
+    assert one.extents == [EXTENTS[1]]
+    numpy.testing.assert_array_equal(one[0].y, grid_arrays(coding)[1][1])
+    assert (tmp_path / "again").read_bytes() == grid_bytes(coding, True)
+    flow = p3dgrid.open(tmp_path / "flow")
+    p3dgrid.write_solution(tmp_path / "one flow", flow[1])
+    one = p3dgrid.read_solution(tmp_path / "one flow")
+    assert one.extents == [EXTENTS[1]] and one[0].parameters == flow[1].parameters
+    numpy.testing.assert_array_equal(one[0][5], flow_arrays(coding)[1][4])
+    p3dgrid.write_solution(tmp_path / "flow again", list(flow))
+    assert (tmp_path / "flow again").read_bytes() == solution_bytes(coding)
+
+
+def test_open_files_are_not_copied_before_they_are_written(tmp_path, monkeypatch):
+    (tmp_path / "grid").write_bytes(grid_bytes(Coding(), True))
+    (tmp_path / "flow").write_bytes(solution_bytes(Coding()))
+    grid, flow = p3dgrid.open(tmp_path / "grid"), p3dgrid.open(tmp_path / "flow")
+    monkeypatch.delattr(p3dgrid.GridFile, "read_block")
+    monkeypatch.delattr(p3dgrid.SolutionFile, "read_block")
+    monkeypatch.delattr(p3dgrid.GridFile, "read")
+    monkeypatch.delattr(p3dgrid.SolutionFile, "read")
+    p3dgrid.write_grid(tmp_path / "grid", grid)  # over itself
+    p3dgrid.write_solution(tmp_path / "flow", flow)
+    assert (tmp_path / "grid").read_bytes() == grid_bytes(Coding(), True)
+    assert (tmp_path / "flow").read_bytes() == solution_bytes(Coding())
+
+
+def test_open_files_with_interrupted_arrays_are_written(tmp_path):
+    (tmp_path / "grid").write_bytes(split(grid_bytes(Coding(), True), "<", 40))
+    (tmp_path / "flow").write_bytes(split(solution_bytes(Coding()), "<", 40))
+    p3dgrid.write_grid(tmp_path / "grid again", p3dgrid.open_grid(tmp_path / "grid"))
+    p3dgrid.write_solution(tmp_path / "flow again", p3dgrid.open_solution(tmp_path / "flow"))
+    assert (tmp_path / "grid again").read_bytes() == grid_bytes(Coding(), True)
+    assert (tmp_path / "flow again").read_bytes() == solution_bytes(Coding())
+
+
+def test_triplets_of_an_open_file_are_written(tmp_path):
+    arrays = flow_arrays(Coding())[0]
+    block = p3dgrid.SolutionBlock(arrays, triplets=arrays[:3])
+    p3dgrid.write_solution(tmp_path / "flow", block, layout=101, multiblock=False)
+    opened = p3dgrid.open_solution(tmp_path / "flow", layout=101)
+    p3dgrid.write_solution(tmp_path / "again", opened)
+    assert (tmp_path / "again").read_bytes() == (tmp_path / "flow").read_bytes()
+
+
+def test_the_header_of_an_open_file_is_written(tmp_path):
+    solution = p3dgrid.Solution(flow_arrays(Coding()), header={"step_count": 12, "step_size": 0.25})
+    p3dgrid.write_solution(tmp_path / "flow", solution, layout=1)
+    p3dgrid.write_solution(tmp_path / "again", p3dgrid.open_solution(tmp_path / "flow", layout=1))
+    assert (tmp_path / "again").read_bytes() == (tmp_path / "flow").read_bytes()
 
 
 def test_flow_parameters_are_written_by_name(tmp_path):
