@@ -16,8 +16,8 @@ from ._forms import Extents, GridForm, RestartForm, as_extents
 from ._grid import Block, Grid, read_grid
 from ._parts import BlockNumbers, Indices, Part, part_of, parts_of
 from ._paths import Path, is_compressed, readable
-from ._solution import (Key, Solution, SolutionBlock, block_of, extents_of, names_in, number_of,
-                        parameters_of, read_solution)
+from ._solution import (Key, Solution, SolutionBlock, block_of, extents_of, holds, names_in,
+                        number_of, parameters_of, read_solution)
 
 _AXES = {"x": 1, "y": 2, "z": 3}
 _CODES = {"integer4": "i4", "real4": "f4", "real8": "f8"}
@@ -401,6 +401,9 @@ class SolutionFileBlock:
         if number not in self.numbers:
             raise KeyError(f"block {self.number} holds no variable {number}")
         return _zeros(self.extents, self.file.real())
+
+    def __contains__(self, key: Key) -> bool:
+        return holds(key, self.file.names, self.numbers)
 
     def __iter__(self) -> Iterator[Array]:
         return (self[number] for number in self.numbers)

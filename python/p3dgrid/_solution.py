@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import os
 import re
-from collections.abc import Iterable, Iterator, Mapping, Sequence
+from collections.abc import Container, Iterable, Iterator, Mapping, Sequence
 from typing import Any, Optional, Union
 
 from . import _p3dgrid
@@ -35,6 +35,12 @@ def number_of(key: Key, names: Sequence[str]) -> int:
             raise KeyError(f"{key}: the variables have {', '.join(names) or 'numbers only'}")
         return names.index(key) + 1
     return key
+
+
+def holds(key: Key, names: Sequence[str], numbers: Container[int]) -> bool:
+    """Whether a block with variables of these numbers has one for the key."""
+    known = key in names or not isinstance(key, str)
+    return known and number_of(key, names) in numbers
 
 
 class SolutionBlock:
@@ -88,7 +94,7 @@ class SolutionBlock:
         return self.variables[number_of(key, self.names)]
 
     def __contains__(self, key: Key) -> bool:
-        return (key in self.names) if isinstance(key, str) else key in self.variables
+        return holds(key, self.names, self.variables)
 
     def __iter__(self) -> Iterator[Array]:
         return iter(self.variables.values())
