@@ -16,8 +16,8 @@ from ._forms import Extents, GridForm, RestartForm, as_extents
 from ._grid import Block, Grid, read_grid
 from ._parts import BlockNumbers, Indices, Part, part_of, parts_of
 from ._paths import Path, is_compressed, readable
-from ._solution import (Key, Solution, SolutionBlock, block_of, extents_of, names_in, number_of,
-                        parameters_of, read_solution)
+from ._solution import (Key, Solution, SolutionBlock, block_of, extents_of, holds, names_in,
+                        number_of, parameters_of, read_solution)
 
 _AXES = {"x": 1, "y": 2, "z": 3}
 _CODES = {"integer4": "i4", "real4": "f4", "real8": "f8"}
@@ -171,6 +171,11 @@ class StoredFile(Generic[BlockInMemory]):
         """Reads a block, or a part of it, into memory."""
         raise NotImplementedError
 
+    def is_viewable(self, block: int) -> bool:
+        """Whether each array of the block is one piece of the file."""
+        return self._index is not None and all(
+            len(StoredArray(*array).ranges) <= 1 for array in self._index[block])
+
     def real(self) -> numpy.dtype[Any]:
         """The type of reals in the file; that of memory for text."""
         if self.form.precision is None:
@@ -206,6 +211,10 @@ class GridFile(StoredFile[Block]):
         """Reads some blocks, or a range of points of each; see `Grid.extract`."""
         parts = parts_of(self.extents, blocks, (i, j, k), uneven)
         return Grid([self.read_block(number, part) for number, part in parts], self.form)
+
+    def _views(self) -> Grid:
+        """The grid with views of the file where there can be some."""
+        return Grid(self, self.form, self.reason) if self.is_mapped else self.read()
 
     def dask(self, chunk_bytes: int = 1 << 26) -> Any:
         """The same with lazy arrays of dask, chunked by k planes of at most `chunk_bytes`, or one.
@@ -263,6 +272,11 @@ class GridFileBlock:
         part = part_of(self.extents, (i, j, k), uneven)
         return self.file.read_block(self.number, part)
 
+    def _views(self) -> Block:
+        if not self.file.is_viewable(self.number):
+            return self.read()
+        return Block(self.x, self.y, self.z, self.iblank)
+
     def _coordinate(self, name: str) -> Array:
         if not self.file.is_mapped:
             coordinate: Array = getattr(self.read(), name)
@@ -317,6 +331,12 @@ class SolutionFile(StoredFile[SolutionBlock]):
         parts = parts_of(self.extents, blocks, (i, j, k), uneven)
         taken = [self.read_block(number, part) for number, part in parts]
         return Solution(taken, self.form, self.header, self.flags)
+
+    def _views(self) -> Solution:
+        """The solution with views of the file where there can be some."""
+        if not self.is_mapped:
+            return self.read()
+        return Solution(self, self.form, self.header, self.flags, self.reason)
 
     def dask(self, chunk_bytes: int = 1 << 26) -> Any:
         """The same with lazy arrays of dask, chunked by k planes of at most `chunk_bytes`, or one.
@@ -382,6 +402,9 @@ class SolutionFileBlock:
             raise KeyError(f"block {self.number} holds no variable {number}")
         return _zeros(self.extents, self.file.real())
 
+    def __contains__(self, key: Key) -> bool:
+        return holds(key, self.file.names, self.numbers)
+
     def __iter__(self) -> Iterator[Array]:
         return (self[number] for number in self.numbers)
 
@@ -397,6 +420,12 @@ class SolutionFileBlock:
         """Reads a range of points; see `Block.extract`."""
         part = part_of(self.extents, (i, j, k), uneven)
         return self.file.read_block(self.number, part)
+
+    def _views(self) -> SolutionBlock:
+        if not self.file.is_viewable(self.number):
+            return self.read()
+        variables = {number: self[number] for number in self.numbers}
+        return SolutionBlock(variables, self.parameters, self.triplets, self.file.names)
 
     def __repr__(self) -> str:
         return f"<SolutionFileBlock {self.number} of {self.file}>"

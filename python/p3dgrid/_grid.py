@@ -65,6 +65,7 @@ class Grid:
 
     def __init__(self, blocks: Iterable[Any], form: GridForm = GridForm(),
                  reason: str = "") -> None:
+        blocks = [block._views() if hasattr(block, "_views") else block for block in blocks]
         self.blocks = [block if isinstance(block, Block) else Block(*block) for block in blocks]
         self.form = form
         self.reason = reason
@@ -127,11 +128,14 @@ def read_grid(path: Path, **form: Any) -> Grid:
 def write_grid(path: Path, grid: Union[Grid, Block, Iterable[Any]], **form: Any) -> None:
     """Writes a grid file, which appears complete or not at all.
 
-    grid  a Grid, a Block, or for each block a Block or arrays x, y, z and perhaps blanking values;
-          of any strides, order and type of real numbers. One block is copied at a time.
+    grid  a Grid, an open file, a Block, or for each block a Block or arrays x, y, z and perhaps
+          blanking values; of any strides, order and type of real numbers. One block is copied at a
+          time.
     form  members of the form of the file, as in `GridForm`; by default that of the grid, in the
           precision of its coordinates
     """
+    if hasattr(grid, "_views"):
+        grid = grid._views()
     if isinstance(grid, Block):
         grid = [grid]
     if not isinstance(grid, Grid):

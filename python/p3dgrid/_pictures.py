@@ -4,7 +4,10 @@ from __future__ import annotations
 
 from typing import Any
 
+import numpy
 from matplotlib import pyplot
+from matplotlib.colors import LogNorm
+from matplotlib.ticker import LogLocator, MaxNLocator
 
 from ._grid import Block, Grid
 from ._solution import Key, Solution, extents_of
@@ -30,6 +33,23 @@ def plot_grid(grid: Grid, axes: Any, **options: Any) -> Any:
     return axes
 
 
+def _levels(planes: list[Any], options: dict[str, Any]) -> Any:
+    """The levels that `contourf` would choose if all planes were one."""
+    levels = options.get("levels")
+    if levels is not None and not isinstance(levels, int):
+        return levels
+    logarithmic = isinstance(options.get("norm"), LogNorm)
+    values = numpy.concatenate([plane[numpy.isfinite(plane)] for plane in planes])
+    if logarithmic:
+        values = values[values > 0]
+    if values.size == 0:
+        return levels
+    locator = options.get("locator")
+    if locator is None:
+        locator = LogLocator() if logarithmic else MaxNLocator((levels or 7) + 1, min_n_ticks=1)
+    return locator.tick_values(values.min(), values.max())
+
+
 def plot_solution(solution: Solution, grid: Grid, variable: Key, k: int, axes: Any,
                   **options: Any) -> Any:
     if extents_of(grid) != solution.extents:
@@ -37,11 +57,10 @@ def plot_solution(solution: Solution, grid: Grid, variable: Key, k: int, axes: A
     if axes is None:
         axes = pyplot.figure().add_subplot()
     planes = [block[variable][:, :, k] for block in solution]
-    limits = {"vmin": min(plane.min() for plane in planes),
-              "vmax": max(plane.max() for plane in planes)}
+    options["levels"] = _levels(planes, options) if planes else None
     drawn = None
     for block, plane in zip(grid, planes):
-        drawn = axes.contourf(block.x[:, :, k], block.y[:, :, k], plane, **{**limits, **options})
+        drawn = axes.contourf(block.x[:, :, k], block.y[:, :, k], plane, **options)
     if drawn is not None:
         axes.figure.colorbar(drawn, ax=axes, label=str(variable))
     axes.set(xlabel="x", ylabel="y", aspect="equal")

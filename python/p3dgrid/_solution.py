@@ -3,7 +3,8 @@
 from __future__ import annotations
 
 import os
-from collections.abc import Iterable, Iterator, Mapping, Sequence
+import re
+from collections.abc import Container, Iterable, Iterator, Mapping, Sequence
 from typing import Any, Optional, Union
 
 from . import _p3dgrid
@@ -15,6 +16,9 @@ from ._paths import Path, readable, writable
 
 NAMES = ("rho", "rhou", "rhov", "rhow", "e")  # of the variables of a PLOT3D solution
 _PARAMETERS = ("mach", "alpha", "reynolds", "time")
+# The names of further parameters, which OVERFLOW solutions have and which are not written.
+_FURTHER = re.compile(r"GAMINF|BETA|TINF|IGAM|HTINF|HT1|HT2|RGAS\d+|FSMACH|TVREF|DTVREF|"
+                      r"parameter \d+")
 
 Key = Union[int, str]
 
@@ -31,6 +35,12 @@ def number_of(key: Key, names: Sequence[str]) -> int:
             raise KeyError(f"{key}: the variables have {', '.join(names) or 'numbers only'}")
         return names.index(key) + 1
     return key
+
+
+def holds(key: Key, names: Sequence[str], numbers: Container[int]) -> bool:
+    """Whether a block with variables of these numbers has one for the key."""
+    known = key in names or not isinstance(key, str)
+    return known and number_of(key, names) in numbers
 
 
 class SolutionBlock:
@@ -50,6 +60,9 @@ class SolutionBlock:
             number: as_reals(f"variable {number}", values)
             for number, values in variables.items() if values is not None}
         if not isinstance(parameters, Mapping):
+            if len(parameters) > len(_PARAMETERS):
+                raise refuse("", f"{len(parameters)} flow parameters without names; at most "
+                             f"{len(_PARAMETERS)} are known: {', '.join(_PARAMETERS)}")
             parameters = dict(zip(_PARAMETERS, parameters))
         self.parameters: dict[str, float] = dict(parameters)
         self.triplets: list[Array] = [as_reals("triplets", values) for values in triplets]
@@ -81,7 +94,7 @@ class SolutionBlock:
         return self.variables[number_of(key, self.names)]
 
     def __contains__(self, key: Key) -> bool:
-        return (key in self.names) if isinstance(key, str) else key in self.variables
+        return holds(key, self.names, self.variables)
 
     def __iter__(self) -> Iterator[Array]:
         return iter(self.variables.values())
@@ -106,6 +119,7 @@ class Solution:
     def __init__(self, blocks: Iterable[Any], form: RestartForm = RestartForm(),
                  header: Optional[Mapping[str, float]] = None, flags: Iterable[int] = (),
                  reason: str = "") -> None:
+        blocks = [block._views() if hasattr(block, "_views") else block for block in blocks]
         self.blocks = [block if isinstance(block, SolutionBlock) else SolutionBlock(block)
                        for block in blocks]
         self.form = form
@@ -193,14 +207,29 @@ def read_solution(path: Path, grid: Any = None, **form: Any) -> Solution:
     return Solution(blocks, known, read["header"], read["flags"], read["reason"])
 
 
-def write_solution(path: Path, solution: Union[Solution, Iterable[Any]], **form: Any) -> None:
+def _parameters_to_write(parameters: Mapping[str, float]) -> list[float]:
+    """The values in the order of the file; 0 for those that are not given."""
+    for name in parameters:
+        if name not in _PARAMETERS and not _FURTHER.fullmatch(name):
+            raise refuse("", f"no flow parameter is called {name!r}; there are "
+                         + ", ".join(_PARAMETERS))
+    return [parameters.get(name, 0.0) for name in _PARAMETERS]
+
+
+def write_solution(path: Path, solution: Union[Solution, SolutionBlock, Iterable[Any]],
+                   **form: Any) -> None:
     """Writes a solution, which appears complete or not at all.
 
-    solution  a Solution, or for each block a SolutionBlock or its arrays, the first for variable
-              1; of any strides, order and type of real numbers. One array is copied at a time.
+    solution  a Solution, an open file, a SolutionBlock, or for each block a SolutionBlock or its
+              arrays, the first for variable 1; of any strides, order and type of real numbers. One
+              array is copied at a time.
     form      members of the form of the file, as in `RestartForm`; by default that of the solution,
               in the precision of its variables
     """
+    if hasattr(solution, "_views"):
+        solution = solution._views()
+    if isinstance(solution, SolutionBlock):
+        solution = [solution]
     if not isinstance(solution, Solution):
         solution = Solution(solution)
     blocks = []
@@ -208,10 +237,9 @@ def write_solution(path: Path, solution: Union[Solution, Iterable[Any]], **form:
         most = max(block.variables, default=0)
         if min(block.variables, default=1) < 1:
             raise refuse("", "numbers of variables begin with 1")
-        values = list(block.parameters.values())
         blocks.append({"variables": [block.variables.get(n) for n in range(1, most + 1)],
                        "triplets": block.triplets,
-                       "parameters": values + [0.0] * (len(_PARAMETERS) - len(values))})
+                       "parameters": _parameters_to_write(block.parameters)})
     arrays = [array for block in solution for array in (*block, *block.triplets)]
     with writable(path) as name:
         _p3dgrid.write_solution(name, blocks, solution.extents, precision_of(arrays),

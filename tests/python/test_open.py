@@ -180,3 +180,18 @@ def test_memory_does_not_depend_on_the_size_of_the_file(tmp_path):
         taken.append(int(done.stdout))
     assert max(taken) < 8 << 20
     assert abs(taken[1] - taken[0]) < 1 << 20
+
+
+@pytest.mark.parametrize("coding", CODINGS, ids=str)
+def test_which_variables_a_block_holds(tmp_path, coding):
+    (tmp_path / "flow").write_bytes(solution_bytes(coding))
+    form = {} if coding.format == "formatted" else coding.members()
+    opened = p3dgrid.open_solution(tmp_path / "flow", **form, layout=2)
+    for block in (opened[1], opened[1].read()):
+        assert [key for key in (0, 1, 4, 5, 6) if key in block] == [1, 4, 5]
+        assert "rho" in block and "e" in block and "pressure" not in block
+
+
+def test_a_name_of_a_variable_that_is_missing():
+    block = p3dgrid.SolutionBlock({1: numpy.ones((2, 2, 2))})
+    assert "rho" in block and "e" not in block

@@ -120,3 +120,36 @@ def test_pictures(case, tmp_path):
     axes.figure.savefig(tmp_path / "picture.png")
     assert (tmp_path / "picture.png").stat().st_size > 5000
     pyplot.close("all")
+
+
+@pytest.mark.parametrize("options", [{}, {"levels": 4}, {"levels": [1000, 1500, 2500]},
+                                     {"vmin": 0}], ids=str)
+def test_blocks_have_common_levels(case, monkeypatch, options):
+    pyplot = pytest.importorskip("matplotlib.pyplot")
+    from matplotlib.axes import Axes
+    drawn = []
+    draw = Axes.contourf
+    monkeypatch.setattr(Axes, "contourf", lambda *arguments, **named: drawn.append(
+        draw(*arguments, **named)) or drawn[-1])
+    grid, flow = case
+    flow.plot(grid, "e", **options)
+    one, other = drawn
+    assert list(one.levels) == list(other.levels)
+    values = [block["e"][:, :, 0] for block in flow]
+    if "levels" in options and options["levels"] != 4:
+        assert list(one.levels) == options["levels"]
+    else:
+        assert 4 <= len(one.levels) <= 10
+        assert one.levels[0] <= min(plane.min() for plane in values)
+        assert one.levels[-1] >= max(plane.max() for plane in values)
+    assert (one.norm.vmin, one.norm.vmax) == (other.norm.vmin, other.norm.vmax)
+    pyplot.close("all")
+
+
+def test_pictures_leave_out_what_is_no_number(case, tmp_path):
+    pyplot = pytest.importorskip("matplotlib.pyplot")
+    grid, flow = case
+    expected = flow.plot(grid, "e").figure.axes[-1].get_ylim()
+    flow[0]["e"][1, 1, 0] = numpy.nan
+    assert flow.plot(grid, "e").figure.axes[-1].get_ylim() == expected
+    pyplot.close("all")

@@ -8,8 +8,8 @@ import numpy
 import pytest
 
 import p3dgrid
-from support import (CODINGS, PARAMETERS, Coding, flow_arrays, grid_arrays, grid_bytes,
-                     solution_bytes)
+from support import (CODINGS, EXTENTS, PARAMETERS, Coding, flow_arrays, grid_arrays, grid_bytes,
+                     solution_bytes, split)
 
 BINARY = [coding for coding in CODINGS if coding.format != "formatted"]
 
@@ -106,6 +106,121 @@ def test_what_was_read_is_written_again(tmp_path):
     assert (tmp_path / "flow again").read_bytes() == solution_bytes(coding)
     p3dgrid.write_solution(tmp_path / "little", flow, byte_order="little", marker_bytes=4)
     assert (tmp_path / "little").read_bytes() == solution_bytes(Coding())
+
+
+@pytest.mark.parametrize("coding", CODINGS, ids=str)
+def test_open_files_are_written_again(tmp_path, coding):
+    grid, flow = grid_bytes(coding, True), solution_bytes(coding)
+    (tmp_path / "grid").write_bytes(grid)
+    (tmp_path / "flow").write_bytes(flow)
+    form = {} if coding.format == "formatted" else coding.members()
+    opened = p3dgrid.open_grid(tmp_path / "grid", **form, iblank=True)
+    p3dgrid.write_grid(tmp_path / "grid again", opened)
+    p3dgrid.write_grid(tmp_path / "grid read", opened.read())
+    opened = p3dgrid.open_solution(tmp_path / "flow", **form, layout=2)
+    p3dgrid.write_solution(tmp_path / "flow again", opened)
+    p3dgrid.write_solution(tmp_path / "flow read", opened.read())
+    for name, original in (("grid", grid), ("flow", flow)):
+        again = (tmp_path / f"{name} again").read_bytes()
+        assert again == (tmp_path / f"{name} read").read_bytes()
+        assert again == original or coding.format == "formatted"
+
+
+def test_blocks_of_open_files_are_written(tmp_path):
+    coding = Coding()
+    (tmp_path / "grid").write_bytes(grid_bytes(coding, True))
+    (tmp_path / "flow").write_bytes(solution_bytes(coding))
+    p3dgrid.write_grid(tmp_path / "one", p3dgrid.open(tmp_path / "grid")[1])
+    p3dgrid.write_grid(tmp_path / "again", list(p3dgrid.open(tmp_path / "grid")))
+    one = p3dgrid.read_grid(tmp_path / "one", iblank=True)
+    assert one.extents == [EXTENTS[1]]
+    numpy.testing.assert_array_equal(one[0].y, grid_arrays(coding)[1][1])
+    assert (tmp_path / "again").read_bytes() == grid_bytes(coding, True)
+    flow = p3dgrid.open(tmp_path / "flow")
+    p3dgrid.write_solution(tmp_path / "one flow", flow[1])
+    one = p3dgrid.read_solution(tmp_path / "one flow")
+    assert one.extents == [EXTENTS[1]] and one[0].parameters == flow[1].parameters
+    numpy.testing.assert_array_equal(one[0][5], flow_arrays(coding)[1][4])
+    p3dgrid.write_solution(tmp_path / "flow again", list(flow))
+    assert (tmp_path / "flow again").read_bytes() == solution_bytes(coding)
+
+
+def test_open_files_are_not_copied_before_they_are_written(tmp_path, monkeypatch):
+    (tmp_path / "grid").write_bytes(grid_bytes(Coding(), True))
+    (tmp_path / "flow").write_bytes(solution_bytes(Coding()))
+    grid, flow = p3dgrid.open(tmp_path / "grid"), p3dgrid.open(tmp_path / "flow")
+    monkeypatch.delattr(p3dgrid.GridFile, "read_block")
+    monkeypatch.delattr(p3dgrid.SolutionFile, "read_block")
+    monkeypatch.delattr(p3dgrid.GridFile, "read")
+    monkeypatch.delattr(p3dgrid.SolutionFile, "read")
+    p3dgrid.write_grid(tmp_path / "grid", grid)  # over itself
+    p3dgrid.write_solution(tmp_path / "flow", flow)
+    assert (tmp_path / "grid").read_bytes() == grid_bytes(Coding(), True)
+    assert (tmp_path / "flow").read_bytes() == solution_bytes(Coding())
+
+
+def test_open_files_with_interrupted_arrays_are_written(tmp_path):
+    (tmp_path / "grid").write_bytes(split(grid_bytes(Coding(), True), "<", 40))
+    (tmp_path / "flow").write_bytes(split(solution_bytes(Coding()), "<", 40))
+    p3dgrid.write_grid(tmp_path / "grid again", p3dgrid.open_grid(tmp_path / "grid"))
+    p3dgrid.write_solution(tmp_path / "flow again", p3dgrid.open_solution(tmp_path / "flow"))
+    assert (tmp_path / "grid again").read_bytes() == grid_bytes(Coding(), True)
+    assert (tmp_path / "flow again").read_bytes() == solution_bytes(Coding())
+
+
+def test_flags_and_triplets_of_an_open_file_are_written(tmp_path):
+    arrays = flow_arrays(Coding())[0]
+    block = p3dgrid.SolutionBlock(arrays, triplets=arrays[:3])
+    form = p3dgrid.RestartForm(layout=101, multiblock=False)
+    p3dgrid.write_solution(tmp_path / "flow", p3dgrid.Solution([block], form, flags=[7, 8, 999]))
+    opened = p3dgrid.open_solution(tmp_path / "flow", layout=101)
+    assert opened.flags == [7, 8, 999]
+    p3dgrid.write_solution(tmp_path / "again", opened)
+    assert (tmp_path / "again").read_bytes() == (tmp_path / "flow").read_bytes()
+
+
+def test_the_header_of_an_open_file_is_written(tmp_path):
+    solution = p3dgrid.Solution(flow_arrays(Coding()), header={"step_count": 12, "step_size": 0.25})
+    p3dgrid.write_solution(tmp_path / "flow", solution, layout=1)
+    p3dgrid.write_solution(tmp_path / "again", p3dgrid.open_solution(tmp_path / "flow", layout=1))
+    assert (tmp_path / "again").read_bytes() == (tmp_path / "flow").read_bytes()
+
+
+def test_flow_parameters_are_written_by_name(tmp_path):
+    block = p3dgrid.SolutionBlock([numpy.ones((2, 2, 2))] * 5,
+                                  {"time": 4, "alpha": 2, "mach": 1})
+    p3dgrid.write_solution(tmp_path / "flow", [block])
+    read = p3dgrid.read_solution(tmp_path / "flow")
+    assert read[0].parameters == {"mach": 1, "alpha": 2, "reynolds": 0, "time": 4}
+
+
+def test_unknown_flow_parameters_are_refused(tmp_path):
+    block = p3dgrid.SolutionBlock([numpy.ones((2, 2, 2))] * 5, {"mahc": 1})
+    message = "^no flow parameter is called 'mahc'; there are mach, alpha, reynolds, time$"
+    with pytest.raises(p3dgrid.Error, match=message) as caught:
+        p3dgrid.write_solution(tmp_path / "flow", [block])
+    assert caught.value.kind == "argument" and os.listdir(tmp_path) == []
+
+
+def test_more_parameters_than_names_are_refused():
+    assert list(p3dgrid.SolutionBlock([], [1, 2, 3, 4]).parameters.values()) == [1, 2, 3, 4]
+    with pytest.raises(p3dgrid.Error, match="^5 flow parameters without names; ") as caught:
+        p3dgrid.SolutionBlock([], [1, 2, 3, 4, 5])
+    assert caught.value.kind == "argument"
+
+
+def test_further_parameters_of_overflow_are_left_out(tmp_path):
+    coding = Coding(precision="double")
+    values = numpy.arange(1.0, 20.0)  # of 3 species, and one without a name
+    content = coding.record(numpy.array([1])) + coding.record(numpy.array([2, 2, 2, 5, 3]))
+    content += coding.record(values) + coding.record(numpy.ones(40))
+    (tmp_path / "overflow").write_bytes(content)
+    flow = p3dgrid.read_solution(tmp_path / "overflow", layout="overflow")
+    assert list(flow[0].parameters.values()) == values.tolist()
+    assert "parameter 18" in flow[0].parameters and "DTVREF" in flow[0].parameters
+    p3dgrid.write_solution(tmp_path / "flow", flow, layout=2)
+    read = p3dgrid.read_solution(tmp_path / "flow")
+    assert list(read[0].parameters.values()) == [1, 2, 3, 4]
 
 
 def test_header_values_are_written(tmp_path):
