@@ -67,12 +67,6 @@ std::vector<ArrayValues> values_of(const BlockIndex& block, const Piece& piece, 
   return all;
 }
 
-Reals zeros(Precision precision, std::int64_t count) {
-  Reals reals(precision, count);
-  reals.visit([](auto span) { std::ranges::fill(span, 0); });
-  return reals;
-}
-
 /// Reads all pieces, each on one rank, and returns what `find(piece, values)` found in each, in
 /// their order, on the leader.
 template <class Find>

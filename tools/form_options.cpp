@@ -1,26 +1,11 @@
 #include "form_options.hpp"
 
 #include <algorithm>
-#include <charconv>
-#include <string_view>
+#include <p3dgrid/index_range.hpp>
+#include <utility>
 
 namespace p3dgrid::tool {
 namespace {
-
-std::optional<std::int32_t> number_in(std::string_view text) {
-  std::int32_t number = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  const bool whole = error == std::errc() && end == text.data() + text.size();
-  return whole && number >= 1 && number <= most_variables ? std::optional(number) : std::nullopt;
-}
-
-std::optional<Section> section_in(std::string_view text) {
-  const std::size_t dash = text.find('-');
-  const auto first = number_in(text.substr(0, dash));
-  const auto last = dash == text.npos ? first : number_in(text.substr(dash + 1));
-  if (!first || !last || *last < *first) return std::nullopt;
-  return Section{*first, *last};
-}
 
 bool holds_each_variable_once(Sections sections) {
   std::ranges::sort(sections, {}, &Section::first);
@@ -105,18 +90,10 @@ std::string planar_obstacle(const Extents& extents) {
 }
 
 std::optional<Sections> sections_in(const std::string& text) {
-  Sections sections;
-  std::string_view rest = text;
-  for (;;) {
-    const std::size_t comma = rest.find(',');
-    const auto section = section_in(rest.substr(0, comma));
-    if (!section || sections.size() == most_sections) return std::nullopt;
-    sections.push_back(*section);
-    if (comma == rest.npos) break;
-    rest.remove_prefix(comma + 1);
-  }
-  if (!holds_each_variable_once(sections)) return std::nullopt;
-  return sections;
+  auto sections = numbers_in(text);
+  const bool usable = sections && sections->size() <= most_sections &&
+                      holds_each_variable_once(*sections);
+  return usable ? std::move(sections) : std::nullopt;
 }
 
 }  // namespace p3dgrid::tool

@@ -35,9 +35,6 @@ template <class Value>
 [[nodiscard]] std::vector<FormOption> options_of(const GridForm& form);
 [[nodiscard]] std::vector<FormOption> options_of(const RestartForm& form);
 
-/// Limit for variable numbers; larger ones are taken for typing errors.
-inline constexpr std::int32_t most_variables = 1'000'000;
-
 /// Parses "1-5,6-7" or "1,2,3". Empty if `text` is something else, leaves a variable out or names
 /// one twice.
 [[nodiscard]] std::optional<Sections> sections_in(const std::string& text);

@@ -64,12 +64,6 @@ SolutionHeader combined_header(const Parts& parts) {
   return header;
 }
 
-Reals zeros(const RestartForm& form, std::int64_t points) {
-  Reals values(form.coding.precision, points);
-  values.visit([](auto reals) { std::ranges::fill(reals, 0); });
-  return values;
-}
-
 Reals read(const Parts& parts, const Part& part, const FlowArray& array) {
   const CaseInput& input = parts.inputs[part.input];
   Reals values = input.restart().read(part.block, array, part.range);
@@ -93,7 +87,8 @@ void copy(const Parts& parts, const Conversion& conversion, const OutputFile& ou
     const Part& part = parts.list[b];
     RestartInput& input = parts.inputs[part.input].restart();
     writer.write(conversion.parameters(input.parameters(part.block)), [&](const FlowArray& array) {
-      if (!conversion.holds(array)) return zeros(form, written.extents.points_of(b));
+      if (!conversion.holds(array))
+        return zeros(form.coding.precision, written.extents.points_of(b));
       Reals values = read(parts, part, array);
       if (array == FlowArray{absent} && !is_zero(values)) {
         output.require_writable(planar_obstacle("a third momentum other than 0"));

@@ -59,9 +59,12 @@ std::filesystem::path name_file_of(const std::string& path) {
   return file.replace_extension(".nam");
 }
 
-/// The lines of a name file, each without a second name after a semicolon, that of a vector.
+/// The lines of a name file, each without a second name after a semicolon, that of a vector. None
+/// of a file too large for one.
 Names lines_of(const std::filesystem::path& path) {
+  constexpr std::uintmax_t largest = 1 << 20;
   constexpr std::size_t longest = 256;
+  if (std::filesystem::file_size(path) > largest) return {};
   Names names;
   std::ifstream file(path);
   for (std::string line; std::getline(file, line);) {

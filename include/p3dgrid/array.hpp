@@ -98,6 +98,13 @@ class Reals {
   std::variant<Array<float>, Array<double>> values_;
 };
 
+/// So many values of 0.
+[[nodiscard]] inline Reals zeros(Precision precision, std::int64_t count) {
+  Reals reals(precision, count);
+  reals.visit([](auto values) { std::ranges::fill(values, 0); });
+  return reals;
+}
+
 /// Whether all values are 0.
 [[nodiscard]] inline bool is_zero(const Reals& reals) {
   return reals.visit([](auto values) {

@@ -66,6 +66,10 @@ struct Indices {
 /// the last point. None for an invalid text.
 [[nodiscard]] std::optional<Indices> indices_in(std::string_view text);
 
+/// Parses a list of blocks or variables, such as "1,3-5". Numbers count from 1. None for an invalid
+/// text, and for numbers above 1,000,000, which are taken for typing errors.
+[[nodiscard]] std::optional<Sections> numbers_in(std::string_view text);
+
 /// The points of a block from `first` up to `last`, which are included, in steps of `stride`;
 /// counted from 0. `Indices` describes the members.
 struct IndexRange {

@@ -275,6 +275,15 @@ py::object indices_of(const std::string& text, std::int32_t extent) {
   return py::make_tuple(index(indices->first), index(indices->last), indices->stride);
 }
 
+/// The ranges of a list of numbers, counted from 1; None for an invalid text.
+py::object ranges_of(const std::string& text) {
+  const auto ranges = numbers_in(text);
+  if (!ranges) return py::none();
+  py::list result;
+  for (const Section& range : *ranges) result.append(py::make_tuple(range.first, range.last));
+  return result;
+}
+
 /// The points of a part: first index, last index and step of each direction; None for all.
 IndexRange range_of(const py::object& part) {
   IndexRange range;
@@ -447,6 +456,7 @@ PYBIND11_MODULE(_p3dgrid, module) {
   module.def("detect", &detect);
   module.def("check", &check_any);
   module.def("indices_in", &indices_of);
+  module.def("numbers_in", &ranges_of);
   module.def("check_grid", &check_grid_file);
   module.def("check_solution", &check_solution_file);
   module.def("check_pair", &check_case);

@@ -104,9 +104,12 @@ def _numbers(given: Any, count: int) -> list[int]:
     if isinstance(given, slice):
         return list(range(count)[given])
     if isinstance(given, str):
-        numbers = _listed(given)
-        if numbers is None:
+        ranges = _p3dgrid.numbers_in(given)
+        if ranges is None:
             raise refuse("", f"{what} is no list of blocks such as '1,3-5', counted from 1")
+        if any(last > count for _, last in ranges):
+            raise _too_few(what, count)
+        numbers = [number for first, last in ranges for number in range(first - 1, last)]
     else:
         try:
             listed = given if isinstance(given, Iterable) else [given]
@@ -121,17 +124,3 @@ def _numbers(given: Any, count: int) -> list[int]:
 def _too_few(what: str, count: int) -> Error:
     blocks = f"{count} block" if count == 1 else f"{count} blocks"
     return refuse("", f"{what}: there are only {blocks}")
-
-
-def _listed(text: str) -> Optional[list[int]]:
-    """The blocks of a text such as "1,3-5", counted from 0."""
-    numbers: list[int] = []
-    for entry in text.split(","):
-        first, dash, last = entry.partition("-")
-        ends = [first, last if dash else first]
-        if not all(end.isascii() and end.isdigit() and int(end) > 0 for end in ends):
-            return None
-        if int(ends[1]) < int(ends[0]):
-            return None
-        numbers.extend(range(int(ends[0]) - 1, int(ends[1])))
-    return numbers

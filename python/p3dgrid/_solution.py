@@ -3,7 +3,6 @@
 from __future__ import annotations
 
 import os
-import re
 from collections.abc import Container, Iterable, Iterator, Mapping, Sequence
 from typing import Any, Optional, Union
 
@@ -16,9 +15,6 @@ from ._paths import Path, readable, writable
 
 NAMES = ("rho", "rhou", "rhov", "rhow", "e")  # of the variables of a PLOT3D solution
 _PARAMETERS = ("mach", "alpha", "reynolds", "time")
-# The names of further parameters, which OVERFLOW solutions have and which are not written.
-_FURTHER = re.compile(r"GAMINF|BETA|TINF|IGAM|HTINF|HT1|HT2|RGAS\d+|FSMACH|TVREF|DTVREF|"
-                      r"parameter \d+")
 
 Key = Union[int, str]
 
@@ -208,11 +204,12 @@ def read_solution(path: Path, grid: Any = None, **form: Any) -> Solution:
 
 
 def _parameters_to_write(parameters: Mapping[str, float]) -> list[float]:
-    """The values in the order of the file; 0 for those that are not given."""
-    for name in parameters:
-        if name not in _PARAMETERS and not _FURTHER.fullmatch(name):
-            raise refuse("", f"no flow parameter is called {name!r}; there are "
-                         + ", ".join(_PARAMETERS))
+    """The values in the order of the file; 0 for those that are not given. Further ones follow all
+    of these in OVERFLOW solutions, and are not written."""
+    further = [name for name in parameters if name not in _PARAMETERS]
+    if further and not all(name in parameters for name in _PARAMETERS):
+        raise refuse("", f"no flow parameter is called {further[0]!r}; there are "
+                     + ", ".join(_PARAMETERS))
     return [parameters.get(name, 0.0) for name in _PARAMETERS]
 
 

@@ -109,23 +109,29 @@ void map_arrays(const Block& block, const PointMap& map, Block& result) {
   result.extents = map.extents;
 }
 
+/// A number from 1 up to `most`.
+std::optional<std::int32_t> number_in(std::string_view text, std::int32_t most) {
+  std::int64_t number = 0;
+  for (const char character : text) {
+    if (character < '0' || character > '9' || number > most) return std::nullopt;
+    number = 10 * number + (character - '0');
+  }
+  if (number < 1 || number > most) return std::nullopt;
+  return static_cast<std::int32_t>(number);
+}
+
 /// An index counted from 1, or `last`.
 std::optional<std::int32_t> index_in(std::string_view text) {
   if (text == "last") return Indices::all_points;
-  std::int64_t index = 0;
-  for (const char character : text) {
-    if (character < '0' || character > '9' || index > Indices::all_points) return std::nullopt;
-    index = 10 * index + (character - '0');
-  }
-  if (index < 1 || index > Indices::all_points) return std::nullopt;
-  return static_cast<std::int32_t>(index - 1);
+  const auto number = number_in(text, Indices::all_points);
+  return number ? std::optional(*number - 1) : std::nullopt;
 }
 
-/// Takes the text up to the next colon.
-std::string_view next_part(std::string_view& text) {
-  const std::size_t colon = std::min(text.find(':'), text.size());
-  const std::string_view part = text.substr(0, colon);
-  text.remove_prefix(std::min(colon + 1, text.size()));
+/// Takes the text up to the next separator.
+std::string_view next_part(std::string_view& text, char separator = ':') {
+  const std::size_t end = std::min(text.find(separator), text.size());
+  const std::string_view part = text.substr(0, end);
+  text.remove_prefix(std::min(end + 1, text.size()));
   return part;
 }
 
@@ -156,6 +162,21 @@ std::optional<Indices> indices_in(std::string_view text) {
   const auto stride = text == "last" ? std::nullopt : index_in(text);
   if (!stride) return std::nullopt;
   return Indices{*first, *last, *stride + 1};
+}
+
+std::optional<Sections> numbers_in(std::string_view text) {
+  constexpr std::int32_t most = 1'000'000;
+  if (text.empty() || text.back() == ',') return std::nullopt;
+  Sections ranges;
+  while (!text.empty()) {
+    std::string_view range = next_part(text, ',');
+    const bool is_number = range.find('-') == range.npos;
+    const auto first = number_in(next_part(range, '-'), most);
+    const auto last = is_number ? first : number_in(range, most);
+    if (!first || !last || *last < *first) return std::nullopt;
+    ranges.push_back({*first, *last});
+  }
+  return ranges;
 }
 
 void IndexRange::set(Direction direction, const Indices& indices) {

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <algorithm>
-
 #include "format/header.hpp"
 #include "p3dgrid/array.hpp"
 #include "recordio/record_list.hpp"
@@ -37,13 +35,6 @@ template <class Real>
   return reals.visit([&](auto values) {
     return recordio::stored_as(kind, recordio::values(values.data(), std::ssize(values)));
   });
-}
-
-/// Values that a file of two dimensions leaves out.
-[[nodiscard]] inline Reals zeros(Precision precision, std::int64_t count) {
-  Reals reals(precision, count);
-  reals.visit([](auto values) { std::ranges::fill(values, 0); });
-  return reals;
 }
 
 }  // namespace p3dgrid

@@ -70,6 +70,16 @@ class Random {
 
 constexpr int repetitions = 300;
 
+TEST(NumberList, IsParsedFromText) {
+  EXPECT_EQ(numbers_in("3"), (Sections{{3, 3}}));
+  EXPECT_EQ(numbers_in("1,3-5"), (Sections{{1, 1}, {3, 5}}));
+  EXPECT_EQ(numbers_in("5-5,1000000"), (Sections{{5, 5}, {1000000, 1000000}}));
+  for (const char* text : {"", ",", "1,", ",1", "1,,2", "0", "1-", "-1", "5-4", "1-2-3", "1 ", "x",
+                           "1000001", "99999999999999999999"}) {
+    EXPECT_EQ(numbers_in(text), std::nullopt) << text;
+  }
+}
+
 TEST(IndexRange, TextIsParsed) {
   constexpr std::int32_t last = Indices::all_points;
   EXPECT_EQ(indices_in("3"), (Indices{2, 2, 1}));

@@ -63,12 +63,6 @@ Reals any_front_reals(Precision precision, std::int64_t count) {
   return Reals(any_values<float, std::uint32_t>(count));
 }
 
-Reals zeros(Precision precision, std::int64_t count) {
-  Reals reals(precision, count);
-  reals.visit([](auto values) { std::ranges::fill(values, 0); });
-  return reals;
-}
-
 std::vector<p3dgrid::BlockExtents> any_extents(const Coding& coding, bool one_block) {
   std::vector<p3dgrid::BlockExtents> all;
   for (const Extents& extents : *block_extents()) {

@@ -22,7 +22,6 @@ namespace model {
 
 /// Values of any bits, and some that are short in text.
 [[nodiscard]] p3dgrid::Reals any_front_reals(p3dgrid::Precision precision, std::int64_t count);
-[[nodiscard]] p3dgrid::Reals zeros(p3dgrid::Precision precision, std::int64_t count);
 
 [[nodiscard]] std::vector<p3dgrid::BlockExtents> any_extents(const p3dgrid::Coding& coding,
                                                              bool one_block);
