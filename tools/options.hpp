@@ -53,6 +53,18 @@ void add_part_options(Command& command, PartOptions& options, int values = 2);
 /// A finite number; none for any other text.
 [[nodiscard]] std::optional<double> real_in(const std::string& text);
 
+/// The entries of a list with commas between them.
+[[nodiscard]] std::vector<std::string> entries_in(const std::string& text);
+
+/// The places where one coordinate has one value.
+struct CoordinatePlane {
+  std::size_t axis = 0;  ///< 0 for x, 1 for y, 2 for z
+  double value = 0;
+};
+
+/// Parses a plane such as "x=0.5"; none for any other text.
+[[nodiscard]] std::optional<CoordinatePlane> coordinate_plane_in(const std::string& text);
+
 /// The option that states the ratio of specific heats, which is for `purpose`.
 [[nodiscard]] Option gamma_option(double& gamma, const std::string& purpose);
 

@@ -4,7 +4,6 @@
 #include <cmath>
 #include <unordered_map>
 
-#include "options.hpp"
 #include "table.hpp"
 
 namespace p3dgrid::tool::plot {
@@ -17,9 +16,9 @@ class Cutter {
   Cutter(const Block& block, std::size_t number, const Cut& cut)
       : block_(block),
         cut_(cut),
-        along_(cut.coordinate == 0   ? block.x
-               : cut.coordinate == 1 ? block.y
-                                     : block.z),
+        along_(cut.axis == 0   ? block.x
+               : cut.axis == 1 ? block.y
+                               : block.z),
         counts_{block.extents.i, block.extents.j, block.extents.k},
         steps_{1, counts_[0], counts_[0] * counts_[1]} {
     surface_.block = number;
@@ -91,7 +90,7 @@ class Cutter {
       return static_cast<float>(values[from] + share * (values[to] - values[from]));
     };
     surface_.points.push_back({between(block_.x), between(block_.y), between(block_.z)});
-    surface_.points.back()[cut_.coordinate] = static_cast<float>(cut_.value);
+    surface_.points.back()[cut_.axis] = static_cast<float>(cut_.value);
     surface_.absent.push_back(0);
     return found->second;
   }
@@ -157,28 +156,20 @@ class Cutter {
   std::vector<CutCells::Line> lines_;                        ///< of one cell
 };
 
-std::optional<Cut> single_cut_in(const std::string& text) {
-  if (text.size() < 3 || text[0] < 'x' || text[0] > 'z' || text[1] != '=') return std::nullopt;
-  const auto value = real_in(text.substr(2));
-  return value ? std::optional(Cut{static_cast<std::size_t>(text[0] - 'x'), *value}) : std::nullopt;
-}
-
 }  // namespace
 
 std::vector<Cut> cuts_in(const std::string& text) {
   std::vector<Cut> cuts;
-  for (std::size_t from = 0;;) {
-    const std::size_t comma = text.find(',', from);
-    const auto cut = single_cut_in(text.substr(from, comma - from));
+  for (const std::string& entry : entries_in(text)) {
+    const auto cut = coordinate_plane_in(entry);
     if (!cut) return {};
     cuts.push_back(*cut);
-    if (comma == text.npos) return cuts;
-    from = comma + 1;
   }
+  return cuts;
 }
 
 std::string describe(const Cut& cut) {
-  return std::string(1, "xyz"[cut.coordinate]) + "=" + digits(cut.value);
+  return std::string(1, "xyz"[cut.axis]) + "=" + digits(cut.value);
 }
 
 std::optional<Surface> cut_through(const Block& block, std::size_t number, const Cut& cut) {

@@ -4,6 +4,8 @@
 #include <charconv>
 #include <cmath>
 
+#include "options.hpp"
+
 namespace p3dgrid::tool::plot {
 namespace {
 
@@ -34,16 +36,14 @@ std::optional<GridPlane> plane_in(std::string_view text) {
 
 }  // namespace
 
-std::vector<GridPlane> planes_in(std::string_view text) {
+std::vector<GridPlane> planes_in(const std::string& text) {
   std::vector<GridPlane> planes;
-  for (;;) {
-    const std::size_t comma = text.find(',');
-    const auto plane = plane_in(text.substr(0, comma));
+  for (const std::string& entry : entries_in(text)) {
+    const auto plane = plane_in(entry);
     if (!plane) return {};
     planes.push_back(*plane);
-    if (comma == text.npos) return planes;
-    text.remove_prefix(comma + 1);
   }
+  return planes;
 }
 
 std::string describe(const GridPlane& plane) {

@@ -24,7 +24,7 @@ struct GridPlane {
 [[nodiscard]] std::int32_t number_in(std::string_view text);
 
 /// Parses a list such as "k=1" or "k=1,j=last"; empty if the text is none.
-[[nodiscard]] std::vector<GridPlane> planes_in(std::string_view text);
+[[nodiscard]] std::vector<GridPlane> planes_in(const std::string& text);
 
 /// The text that `planes_in` parses.
 [[nodiscard]] std::string describe(const GridPlane& plane);
