@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <p3dgrid/index_range.hpp>
 #include <string>
 #include <vector>
 
@@ -64,6 +65,18 @@ struct CoordinatePlane {
 
 /// Parses a plane such as "x=0.5"; none for any other text.
 [[nodiscard]] std::optional<CoordinatePlane> coordinate_plane_in(const std::string& text);
+
+/// The points of a block in which an index has one value.
+struct IndexPlane {
+  Direction direction = Direction::k;
+  std::int32_t index = 0;  ///< from 0; `Indices::all_points` for the last
+};
+
+/// Parses a plane such as "k=1" or "k=last"; none for any other text.
+[[nodiscard]] std::optional<IndexPlane> index_plane_in(const std::string& text);
+
+/// The text that `index_plane_in` parses.
+[[nodiscard]] std::string describe(const IndexPlane& plane);
 
 /// The option that states the ratio of specific heats, which is for `purpose`.
 [[nodiscard]] Option gamma_option(double& gamma, const std::string& purpose);
