@@ -188,9 +188,9 @@ std::optional<IndexPlane> index_plane_in(const std::string& text) {
 }
 
 std::string describe(const IndexPlane& plane) {
-  const bool is_last = plane.index == Indices::all_points;
-  return std::string(1, name_of(plane.direction)) + "=" +
-         (is_last ? "last" : std::to_string(std::int64_t{plane.index} + 1));
+  const std::string direction(1, name_of(plane.direction));
+  if (plane.index == Indices::all_points) return direction + "=last";
+  return direction + "=" + std::to_string(std::int64_t{plane.index} + 1);
 }
 
 Option gamma_option(double& gamma, const std::string& purpose) {
