@@ -48,10 +48,14 @@ class Names(ToolTest):
                           "one on a line", result.stderr_text)
             self.assertEqual(self.shown("flow.f"), [None, None])
 
+    def test_name_files_are_small(self):
+        self.write("flow.nam", b"swirl\nk" + b"\n" * (1 << 20))
+        self.assertEqual(self.shown("flow.f"), [None, None])
+
     def test_vtk(self):
-        self.succeed("vtk", "grid", "flow.f", "out.vtm", "--names", "a & b,c")
+        self.succeed("vtk", "grid", "flow.f", "out.vtm", "--names", "a & <b>,c")
         text = self.path("out-1.vts").read_bytes()
-        for name in (b'Name="a &amp; b"', b'Name="c"'):
+        for name in (b'Name="a &amp; &lt;b>"', b'Name="c"'):
             self.assertIn(name, text)
 
     def test_plot(self):
@@ -83,7 +87,7 @@ class Names(ToolTest):
         self.assertIn(b'"Z", "a", "b", "c", "d", "e"\n', self.path("out").read_bytes())
 
     def test_wrong_usage(self):
-        for names in ("", "a,", "a,a,b,c,d", 'a"b', "a\nb"):
+        for names in ("", "a,", "a,a,b,c,d", 'a"b', "a\nb", "a\x7fb"):
             self.fail_with(2, "info", "flow.q", "--names", names,
                            says="is no list of different names such as rho,u,v,w,p")
         self.fail_with(2, "info", "flow.q", "--names", "a,b",
