@@ -81,6 +81,15 @@ class Merge(PartsTest):
         notes = self.notes("merge", "grid", "more", "out", "--restart", "flow", "more.q", "out.q",
                            "--to-precision", "double", "--to-iblank", "yes")
         self.assertEqual(notes, [])
+        other = flow_of(self.more)
+        other.parameters = [(0.75, *PARAMETERS[0][1:])]
+        self.write("other.q", restart_bytes(RestartForm(2), other))
+        self.assertEqual(self.notes("merge", "grid", "more", "other", "--restart", "flow",
+                                    "other.q", "out.q", "--to-precision", "double", "--to-iblank",
+                                    "yes"),
+                         ["other.q: Mach number 0.75, in flow 0.5; out.q holds that of each block"])
+        self.succeed("merge", "--quiet", "grid", "more", "out", "--restart", "flow", "more.q",
+                     "out.q", "--to-precision", "double", "--to-iblank", "yes")
         self.assert_grid("out", [*self.blocks, *plain])
         self.assert_flow("out.q", [*self.blocks, *self.more], [PARAMETERS[n] for n in (0, 1, 0)])
 
@@ -95,6 +104,17 @@ class Merge(PartsTest):
         self.succeed("convert", "flat", "out", "--to-dimensions", "3")
         self.assert_grid("out", [plane, plane], Form(double=True))
         self.fail_with(2, "--quiet", "merge", "plane", "more", "flat", says="flat: not written: ")
+        self.write("solid", grid_bytes(Form(double=True), [numbered((3, 2, 1), iblank=False)]))
+        self.fail_with(2, "--quiet", "merge", "plane", "solid", "flat",
+                       says="flat: not written: two dimensions have no place for z other than 0; "
+                            "--to-dimensions 3 has")
+
+    def test_grids_without_a_block_count(self):
+        form = Form(double=True, multiblock=False)
+        one = [numbered((3, 2, 2), iblank=False)]
+        self.write("one", grid_bytes(form, one))
+        self.succeed("merge", "one", "one", "out")
+        self.assert_grid("out", one + one, Form(double=True))
 
     def test_text_is_rounded_to_single_precision(self):
         one = [numbered((2, 3, 4), base=0.1, iblank=False)]
