@@ -475,6 +475,16 @@ class Parts(PlotTest):
         self.assertLess(differing(0, lambda a, b: max(map(abs, map(int.__sub__, a, b))) > 60), 1500)
         self.assertEqual(differing(1, lambda a, b: a != WHITE and b == WHITE), 0)
 
+    def test_lines_that_pass_a_corner_of_the_box(self):
+        self.write_grid("grid", blocks=[plane(3, 3, at=lambda i, j: (8 * (i - j), 8 * (i + j), 0))])
+        view = ("--view", "-60", "25", "--plane", "k=1")
+        picture = self.plot("grid", "out.png", "--box", "1:3,3.2:5.2,-1:1", *view)[1]
+        self.write_grid("grid", blocks=[plane(3, 3, at=lambda i, j: (1 + i, 3.2 + j, 0))])
+        exact = self.plot("grid", "out.png", *view)[1]
+        self.assertEqual((picture.width, picture.height), (exact.width, exact.height))
+        self.assertEqual([(x, y) for y in range(exact.height) for x in range(exact.width)
+                          if exact.pixel(x, y) == WHITE != picture.pixel(x, y)], [])
+
     def test_several_planes(self):
         self.write_grid("grid", blocks=[brick((3, 3, 3))])
         self.assertEqual(self.plot("grid", "out.png", "--plane", "k=1,i=last")[0],
@@ -524,10 +534,13 @@ class Parts(PlotTest):
                          picture.rows)
 
     def test_cut_that_crosses_edges_of_two_directions(self):
-        block = brick((4, 4, 4), lambda i, j, k: (i - j, i + j, k))
+        block = brick((4, 4, 4), lambda i, j, k: (i + 1.5 * k, j, k))
         self.write_grid("grid", blocks=[block])
-        self.write_flow([block], [1] * 64, layout=3)
-        picture = self.plot("grid", "flow", "out.png", "--cut", "x=0.5")[1]
+        self.write_flow([block], block.xyz[2], [1] * 64, layout=3)
+        cut = ("--cut", "x=2.75", "--variable")
+        self.assertEqual(self.plot("grid", "flow", "out.png", *cut, "1")[0],
+                         "variable 1, cut x=2.75, from 0 to 1.83333")
+        picture = self.plot("grid", "flow", "out.png", *cut, "2")[1]
         shares = [n / 20 for n in range(2, 19)]
         self.assertEqual(len({picture.share(a, u) for a in shares for u in shares}), 1)
 
