@@ -71,6 +71,8 @@ def test_a_pair_is_checked_with_its_grid(tmp_path, pack):
     (tmp_path / "grid").write_bytes(pack(grid_bytes(Coding(), False)))
     (tmp_path / "flow").write_bytes(pack(solution_bytes(Coding())))
     assert p3dgrid.check(tmp_path / "flow", tmp_path / "grid") == []
+    (finding,) = p3dgrid.check(tmp_path / "flow", tmp_path / "grid", layout=1)
+    assert finding.file == str(tmp_path / "flow")
     (tmp_path / "grid").write_bytes(pack(grid_bytes(Coding(), False)[:-30]))
     (tmp_path / "flow").write_bytes(pack(solution_bytes(Coding())[:-30]))
     found = p3dgrid.check(tmp_path / "flow", tmp_path / "grid")

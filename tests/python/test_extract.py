@@ -8,7 +8,7 @@ import numpy
 import pytest
 
 import p3dgrid
-from support import (CODINGS, PARAMETERS, Coding, flow_arrays, grid_arrays, grid_bytes,
+from support import (CODINGS, PARAMETERS, Coding, extents_in, flow_arrays, grid_arrays, grid_bytes,
                      solution_bytes, split)
 
 COMMAND = pathlib.Path(os.environ["P3DGRID_BUILD"]) / "tools" / "p3dgrid"
@@ -103,6 +103,7 @@ def test_steps_that_miss_the_last_point(case):
     ({"j": "4:last"}, "blocks[0]: j='4:last' is not within the 3 points of the block"),
     ({"k": slice(1, 1)}, "blocks[0]: k=slice(1, 1, None) selects no points"),
     ({"k": slice(0, 0)}, "blocks[0]: k=slice(0, 0, None) selects no points"),
+    ({"i": slice(9, 9)}, "blocks[0]: i=slice(9, 9, None) is not within the 4 points of the block"),
     ({"i": slice(3, 1)}, "blocks[0]: i=slice(3, 1, None) selects no points"),
     ({"i": slice(None, None, -1)},
      "blocks[0]: i=slice(None, None, -1): found a step of -1, expected at least 1"),
@@ -146,12 +147,9 @@ def test_a_huge_index_is_not_within_a_block(tmp_path):
     ["--i", "1:last:2", "--uneven"],
     ["--blocks", "2", "--j", "2:4:2"]], ids=" ".join)
 def test_files_are_those_of_the_command(case, tmp_path, options):
-    coding, grid, flow = case
+    _, grid, flow = case
     if not COMMAND.exists():
         pytest.skip("the command is not built")
-    members = {name: str(value) for name, value in coding.members().items() if value is not None}
-    stated = [word for name in ("format", "precision", "byte_order", "marker_bytes", "dimensions")
-              if name in members for word in (f"--{name.replace('_', '-')}", members[name])]
     done = subprocess.run([COMMAND, "extract", grid, tmp_path / "grid-c", "--restart", flow,
                            tmp_path / "flow-c", *options], capture_output=True, text=True)
     assert done.returncode == 0, done.stderr
@@ -173,6 +171,21 @@ def test_arrays_that_record_markers_interrupt(tmp_path):
     for array, whole in zip((grid[0].x, grid[0].y, grid[0].z, grid[0].iblank),
                             grid_arrays(coding)[0]):
         numpy.testing.assert_array_equal(array, whole[1::2, 2:3])
+
+
+def test_headers_flags_and_triplets_stay(tmp_path):
+    coding = Coding(precision="double")
+    flow, triplets = flow_arrays(coding), flow_arrays(coding, 3)
+    content = coding.record(numpy.array([17]), numpy.array([0.5]), numpy.array([2]))
+    content += b"".join(coding.record(*first, *second) for first, second in zip(triplets, flow))
+    (tmp_path / "flow").write_bytes(content)
+    for call in (p3dgrid.read_solution, p3dgrid.open_solution):
+        part = call(tmp_path / "flow", extents_in(coding), layout=100).extract(1, i="2")
+        assert part.header == {"step_count": 17, "step_size": 0.5}
+        for array, whole in zip(part[0].triplets, triplets[1], strict=True):
+            numpy.testing.assert_array_equal(array, whole[1:2])
+    whole = p3dgrid.Solution(flow, flags=[1, 999])
+    assert whole.extract("1").flags == [1, 999]
 
 
 def test_an_extract_does_not_share_memory():

@@ -107,6 +107,12 @@ def test_interrupted_arrays_are_read_in_pieces(tmp_path):
     for first, last in ((0, 1), (1, 2), (0, 2)):
         found = place.planes(first, last)
         numpy.testing.assert_array_equal(found, grid_arrays(coding)[0][1][:, :, first:last])
+    # Of the ranges from byte 0 on, each value has its 8 bytes once.
+    stored = p3dgrid.StoredArray("variable", 1, "real8", 4, ((100, 12), (200, 20)))
+    assert stored.bytes_of(0, 4) == [(100, 12), (200, 20)]
+    assert stored.bytes_of(1, 2) == [(108, 4), (200, 4)]
+    assert stored.bytes_of(2, 3) == [(204, 8)]
+    assert stored.bytes_of(0, 1) == [(100, 8)] and stored.bytes_of(2, 2) == []
 
 
 @pytest.mark.parametrize("name, pack", [("text", lambda content: content),
@@ -124,6 +130,20 @@ def test_text_and_compressed_files_are_read_when_asked_for(tmp_path, name, pack)
     assert flow[1].parameters["mach"] == PARAMETERS[1][0]
     with pytest.raises(p3dgrid.Error, match="no index"):
         grid.index
+
+
+def test_the_last_block_of_text_is_kept(tmp_path, monkeypatch):
+    (tmp_path / "grid").write_bytes(grid_bytes(Coding("formatted"), True))
+    file = p3dgrid.open_grid(tmp_path / "grid", iblank=True)
+    size = len(pickle.dumps(file))
+    read, block_numbers = p3dgrid.GridFile.read_block, []
+    monkeypatch.setattr(p3dgrid.GridFile, "read_block", lambda self, number: (
+        block_numbers.append(number) or read(self, number)))
+    for number in (0, 1, 0):
+        for array, values in zip((file[number].x, file[number].y), grid_arrays(Coding())[number]):
+            numpy.testing.assert_array_equal(array, values)
+    assert block_numbers == [0, 1, 0]
+    assert len(pickle.dumps(file)) == size
 
 
 def test_handles_are_small_and_can_be_pickled(tmp_path):

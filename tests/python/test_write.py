@@ -250,6 +250,9 @@ WRONG = {
     "real blanking": ([(numpy.ones((2, 2, 2)),) * 4], {}, "iblank: found values of type float64"),
     "large blanking": ([(numpy.ones((2, 2, 2)),) * 3 + (numpy.full((2, 2, 2), 2**31),)], {},
                        "iblank: found values from 2147483648"),
+    "large unsigned blanking": (
+        [(numpy.ones((2, 2, 2)),) * 3 + (numpy.full((2, 2, 2), 2**31, "u4"),)], {},
+        "iblank: found values from 2147483648"),
     "z in a plane": ([(numpy.ones((2, 2, 1)),) * 3], {"dimensions": 2}, "z other than 0"),
     "several blocks": ([(numpy.ones((2, 2, 2)),) * 3] * 2, {"multiblock": False}, "2 blocks"),
     "no blocks": ([], {}, "0 blocks"),

@@ -5,7 +5,7 @@ import itertools
 
 from parts_support import PARAMETERS, PartsTest, numbered, picked
 from restart_support import RestartForm
-from support import Form, grid_bytes, main
+from support import NATIVE, Form, grid_bytes, main
 
 
 class Extract(PartsTest):
@@ -121,6 +121,13 @@ class Extract(PartsTest):
                 self.assertFalse(self.path("out").exists())
                 self.assertFalse(self.path("out.q").exists())
         self.assert_no_leftovers()
+
+    def test_a_form_that_is_not_the_files(self):
+        self.write("grid", grid_bytes(Form("binary", double=True, iblank=True), self.blocks))
+        self.fail_with(1, "extract", "grid", "out", *Form("binary", double=True).options("grid"),
+                       "--grid-byte-order", NATIVE, "--grid-dimensions", "3",
+                       says="grid: is not binary")
+        self.assertFalse(self.path("out").exists())
 
     def test_solution_of_another_grid(self):
         self.write("other", grid_bytes(self.form, self.blocks[:1]))

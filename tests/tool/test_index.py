@@ -48,9 +48,11 @@ class Index(ToolTest):
                 self.assertEqual(tuple(stored["extents"]), block.extents)
                 self.assertEqual([array["content"] for array in stored["arrays"]],
                                  ["coordinate"] * 3 + ["iblank"] * form.iblank)
-                for array, values in zip(stored["arrays"], block.xyz):
-                    expected = [single(v) for v in values] if form.holds_singles else list(values)
-                    self.assertEqual(self.values("grid", report, array), expected)
+                xyz = [[single(v) if form.holds_singles else v for v in values]
+                       for values in block.xyz]
+                expected = [*xyz, block.iblank] if form.iblank else xyz
+                self.assertEqual([self.values("grid", report, array) for array in stored["arrays"]],
+                                 expected)
 
     def test_solutions(self):
         for layout in (1, 2, 3, 100, 101, 102):
@@ -60,12 +62,18 @@ class Index(ToolTest):
             form = RestartForm(layout, double=True)
             self.write("flow", restart_bytes(form, solution))
             report = self.index("flow", "--grid", "grid", *form.options())
+            self.assertEqual(len(report["blocks"]), len(extents))
             for b, stored in enumerate(report["blocks"]):
-                variables = [array for array in stored["arrays"] if array["content"] == "variable"]
-                self.assertEqual([array["number"] for array in variables], [1, 2, 3, 4, 5])
-                for array in variables:
-                    self.assertEqual(self.values("flow", report, array),
-                                     list(solution.flow[b][array["number"] - 1]))
+                found = {}
+                for array in stored["arrays"]:
+                    found.setdefault(array["content"], []).append(
+                        (array["number"], self.values("flow", report, array)))
+                expected = {"variable": list(enumerate(solution.flow[b], 1))}
+                if layout == 2:
+                    expected["parameters"] = [(1, list(solution.parameters[b]))]
+                if layout in (100, 101):
+                    expected["triplets"] = list(enumerate(solution.triplets[b], 1))
+                self.assertEqual(found, expected, layout)
 
     def test_the_same_with_json(self):
         self.write_grid("grid")

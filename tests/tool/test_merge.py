@@ -74,6 +74,59 @@ class Merge(PartsTest):
         self.assert_grid("out", [*self.blocks, *plain])
         self.assert_flow("out.q", [*self.blocks, *self.more], [*PARAMETERS])
 
+    def test_differences_that_are_stated_are_not_noted(self):
+        plain = [Block(block.extents, *block.xyz) for block in self.more]
+        self.write("more", grid_bytes(Form(), plain))
+        self.write("more.q", restart_bytes(RestartForm(2), flow_of(self.more)))
+        notes = self.notes("merge", "grid", "more", "out", "--restart", "flow", "more.q", "out.q",
+                           "--to-precision", "double", "--to-iblank", "yes")
+        self.assertEqual(notes, [])
+        other = flow_of(self.more)
+        other.parameters = [(0.75, *PARAMETERS[0][1:])]
+        self.write("other.q", restart_bytes(RestartForm(2), other))
+        self.assertEqual(self.notes("merge", "grid", "more", "other", "--restart", "flow",
+                                    "other.q", "out.q", "--to-precision", "double", "--to-iblank",
+                                    "yes"),
+                         ["other.q: Mach number 0.75, in flow 0.5; out.q holds that of each block"])
+        self.succeed("merge", "--quiet", "grid", "more", "out", "--restart", "flow", "more.q",
+                     "out.q", "--to-precision", "double", "--to-iblank", "yes")
+        self.assert_grid("out", [*self.blocks, *plain])
+        self.assert_flow("out.q", [*self.blocks, *self.more], [PARAMETERS[n] for n in (0, 1, 0)])
+
+    def test_grids_of_two_dimensions(self):
+        plane = Block((3, 2, 1), range(6), range(6, 12), [0] * 6)
+        self.write("solid", grid_bytes(Form(double=True), [plane]))
+        self.succeed("convert", "solid", "plane", "--to-dimensions", "2")
+        notes = self.notes("merge", "solid", "plane", "out")
+        self.assertEqual(notes, ["plane: dimensions 2, in solid 3; out has those of the first file"])
+        self.assert_grid("out", [plane, plane], Form(double=True))
+        self.succeed("merge", "--quiet", "plane", "solid", "flat")
+        self.succeed("convert", "flat", "out", "--to-dimensions", "3")
+        self.assert_grid("out", [plane, plane], Form(double=True))
+        self.fail_with(2, "--quiet", "merge", "plane", "more", "flat", says="flat: not written: ")
+        self.write("solid", grid_bytes(Form(double=True), [numbered((3, 2, 1), iblank=False)]))
+        self.fail_with(2, "--quiet", "merge", "plane", "solid", "flat",
+                       says="flat: not written: two dimensions have no place for z other than 0; "
+                            "--to-dimensions 3 has")
+
+    def test_grids_without_a_block_count(self):
+        form = Form(double=True, multiblock=False)
+        one = [numbered((3, 2, 2), iblank=False)]
+        self.write("one", grid_bytes(form, one))
+        self.succeed("merge", "one", "one", "out")
+        self.assert_grid("out", one + one, Form(double=True))
+
+    def test_text_is_rounded_to_single_precision(self):
+        one = [numbered((2, 3, 4), base=0.1, iblank=False)]
+        self.write("single", grid_bytes(Form(), one))
+        self.write("text", grid_bytes(Form("formatted"), one))
+        notes = self.notes("merge", "single", "text", "out.txt")
+        self.assertEqual(notes[1:], [
+            "coordinates are rounded to about 7 digits; --to-precision double keeps more",
+            "out.txt: is unformatted, little-endian, single precision, not the text that its name "
+            "promises; --to-format text writes it"])
+        self.assert_grid("out.txt", one + one, Form())
+
     def test_the_higher_precision_is_kept_in_either_order(self):
         plain = [Block(block.extents, *block.xyz) for block in self.more]
         self.write("more", grid_bytes(Form(), plain))
@@ -113,7 +166,7 @@ class Merge(PartsTest):
         self.assertEqual(self.path("out.q").read_bytes(), restart_bytes(form, both))
 
     def test_what_cannot_be_merged(self):
-        self.write("other.q", restart_bytes(RestartForm(1, double=True), flow_of(self.more)))
+        self.write("other.q", restart_bytes(RestartForm(1), flow_of(self.more)))
         for status, arguments, says in (
                 (1, ("grid", "more", "out", "--restart", "flow", "other.q", "out.q"),
                  "other.q: has layout 1, and flow layout 2; 'p3dgrid restart' converts one"),

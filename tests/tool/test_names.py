@@ -4,7 +4,7 @@ import gzip
 import json
 
 from restart_support import RestartForm, restart_bytes, sample_solution
-from support import TWO_BLOCKS, Form, ToolTest, main
+from support import TWO_BLOCKS, Block, Form, ToolTest, main
 
 TWO = [block.extents for block in TWO_BLOCKS]
 KNOWN = "rho (density), x-momentum, y-momentum, z-momentum, energy, u, v, w, p (pressure), mach"
@@ -48,10 +48,14 @@ class Names(ToolTest):
                           "one on a line", result.stderr_text)
             self.assertEqual(self.shown("flow.f"), [None, None])
 
+    def test_name_files_are_small(self):
+        self.write("flow.nam", b"swirl\nk" + b"\n" * (1 << 20))
+        self.assertEqual(self.shown("flow.f"), [None, None])
+
     def test_vtk(self):
-        self.succeed("vtk", "grid", "flow.f", "out.vtm", "--names", "a & b,c")
+        self.succeed("vtk", "grid", "flow.f", "out.vtm", "--names", "a & <b>,c")
         text = self.path("out-1.vts").read_bytes()
-        for name in (b'Name="a &amp; b"', b'Name="c"'):
+        for name in (b'Name="a &amp; &lt;b>"', b'Name="c"'):
             self.assertIn(name, text)
 
     def test_plot(self):
@@ -83,7 +87,7 @@ class Names(ToolTest):
         self.assertIn(b'"Z", "a", "b", "c", "d", "e"\n', self.path("out").read_bytes())
 
     def test_wrong_usage(self):
-        for names in ("", "a,", "a,a,b,c,d", 'a"b', "a\nb"):
+        for names in ("", "a,", "a,a,b,c,d", 'a"b', "a\nb", "a\x7fb"):
             self.fail_with(2, "info", "flow.q", "--names", names,
                            says="is no list of different names such as rho,u,v,w,p")
         self.fail_with(2, "info", "flow.q", "--names", "a,b",
@@ -151,6 +155,26 @@ class Series(ToolTest):
                           ["b.q", "2", "11", "0.5", "time"],
                           ["c.q", "2", "11", "0.5", "nothing"],
                           ["d.q", "2", "11", "0.75", "time,", "energy"]])
+
+    def test_each_change_is_found(self):
+        blocks = [Block(block.extents, *block.xyz, [1] * len(block.iblank)) for block in TWO_BLOCKS]
+        form = Form(iblank=True)
+        self.write_grid("a", form, blocks)
+        self.write_grid("b", form)
+        self.write_grid("c", blocks=blocks)
+        self.assertEqual([" ".join(row[3:]) for row in self.series("a", "b", "c")[1:]],
+                         ["-", "blanking", "form, blanking"])
+        solution = sample_solution(TWO)
+        self.write("a.q", restart_bytes(RestartForm(double=True), solution))
+        solution.flow[0][4][3] = float("nan")
+        self.write("b.q", restart_bytes(RestartForm(double=True), solution))
+        solution.parameters = [(0.5, 1, 2, 3), (0.5, 1, 2, 3)]
+        self.write("c.q", restart_bytes(RestartForm(double=True), solution))
+        solution.parameters[1] = (0.5, 1, 2, 4)
+        self.write("d.q", restart_bytes(RestartForm(double=True), solution))
+        rows = self.series("a.q", "b.q", "c.q", "d.q")
+        self.assertEqual([rows[2][-1], rows[4][-1]], ["energy", "time"])
+        self.assertIn("3,4", rows[4])
 
     def test_compressed(self):
         self.write_flow("a.q", 0.25)

@@ -451,6 +451,40 @@ class Parts(PlotTest):
                        for y in range(picture.height) for x in range(picture.width))
         self.assertAlmostEqual(coloured(picture) / coloured(wanted), 1, delta=0.02)
 
+    def test_box_cuts_values_and_lines(self):
+        """Planes through the middle of a box, once cut from larger cells. A small block gives both
+        pictures the same range of values."""
+        small = brick((2, 2, 2), lambda i, j, k: (4.9 + i / 20, 4.9 + j / 20, 4.9 + k / 20))
+        pictures = {}
+        for name, size, box in (("large", 4, ("--box", "3:5,3:5,3:5")), ("exact", 1, ())):
+            block = brick((3, 3, 3), lambda i, j, k, size=size: (
+                4 + size * (i - 1), 4 + size * (j - 1), 4 + size * (k - 1)))
+            self.write_grid("grid", blocks=[block, small])
+            values = [x + 2 * y + 4 * z for x, y, z in zip(*block.xyz)]
+            self.write("flow", restart_bytes(RestartForm(3), Solution(
+                [(3, 3, 3), (2, 2, 2)], [[values], [[0, 56] * 4]])))
+            view = ("--view", "-60", "25", *box, "--plane")
+            pictures[name] = (self.plot("grid", "flow", "out.png", *view, "i=2,j=2,k=2")[1],
+                              self.plot("grid", "out.png", *view, "k=2")[1])
+
+        def differing(number, differ):
+            one, other = pictures["large"][number], pictures["exact"][number]
+            self.assertEqual((one.width, one.height), (other.width, other.height))
+            return sum(differ(one.pixel(x, y), other.pixel(x, y))
+                       for y in range(one.height) for x in range(one.width))
+        self.assertLess(differing(0, lambda a, b: max(map(abs, map(int.__sub__, a, b))) > 60), 1500)
+        self.assertEqual(differing(1, lambda a, b: a != WHITE and b == WHITE), 0)
+
+    def test_lines_that_pass_a_corner_of_the_box(self):
+        self.write_grid("grid", blocks=[plane(3, 3, at=lambda i, j: (8 * (i - j), 8 * (i + j), 0))])
+        view = ("--view", "-60", "25", "--plane", "k=1")
+        picture = self.plot("grid", "out.png", "--box", "1:3,3.2:5.2,-1:1", *view)[1]
+        self.write_grid("grid", blocks=[plane(3, 3, at=lambda i, j: (1 + i, 3.2 + j, 0))])
+        exact = self.plot("grid", "out.png", *view)[1]
+        self.assertEqual((picture.width, picture.height), (exact.width, exact.height))
+        self.assertEqual([(x, y) for y in range(exact.height) for x in range(exact.width)
+                          if exact.pixel(x, y) == WHITE != picture.pixel(x, y)], [])
+
     def test_several_planes(self):
         self.write_grid("grid", blocks=[brick((3, 3, 3))])
         self.assertEqual(self.plot("grid", "out.png", "--plane", "k=1,i=last")[0],
@@ -492,6 +526,45 @@ class Parts(PlotTest):
         self.assertEqual([picture.share(a, u) == WHITE
                           for a, u in ((0.2, 0.2), (0.5, 0.5), (0.8, 0.5), (0.8, 0.8))],
                          [True, True, False, False])
+
+        # A point that is no number does the same.
+        self.write_grid("grid", blocks=[brick((4, 4, 4), lambda i, j, k: (
+            math.nan if (i, j, k) == (1, 1, 1) else i, j, k))])
+        self.assertEqual(self.plot("grid", "flow", "out.png", "--cut", "z=1.5")[1].rows,
+                         picture.rows)
+
+    def test_cut_that_crosses_edges_of_two_directions(self):
+        block = brick((4, 4, 4), lambda i, j, k: (i + 1.5 * k, j, k))
+        self.write_grid("grid", blocks=[block])
+        self.write_flow([block], block.xyz[2], [1] * 64, layout=3)
+        cut = ("--cut", "x=2.75", "--variable")
+        self.assertEqual(self.plot("grid", "flow", "out.png", *cut, "1")[0],
+                         "variable 1, cut x=2.75, from 0 to 1.83333")
+        picture = self.plot("grid", "flow", "out.png", *cut, "2")[1]
+        shares = [n / 20 for n in range(2, 19)]
+        self.assertEqual(len({picture.share(a, u) for a in shares for u in shares}), 1)
+
+    def test_cut_has_an_outline(self):
+        self.write_grid("grid", blocks=[brick((4, 4, 4))])
+        self.write_flow([brick((4, 4, 4))], [1] * 64, layout=3)
+        picture = self.plot("grid", "flow", "out.png", "--cut", "z=1.5")[1]
+        left, top, right, bottom = picture.inner()
+        x, y = (left + right) // 2, (top + bottom) // 2
+        lines = ([picture.pixel(n, y) for n in range(left, x)],
+                 [picture.pixel(n, y) for n in range(right - 1, x, -1)],
+                 [picture.pixel(x, n) for n in range(top, y)],
+                 [picture.pixel(x, n) for n in range(bottom - 1, y, -1)])
+        (outline,) = {next(pixel for pixel in line if pixel != WHITE) for line in lines}
+        self.assertEqual(len(set(outline)), 1)  # a grey, and the field has a colour
+        self.assertGreater(len(set(picture.pixel(x, y))), 1)
+
+    def test_cut_at_the_ends_of_a_block(self):
+        self.write_grid("grid", blocks=[brick((3, 3, 3))])
+        self.write_flow([brick((3, 3, 3))], [n // 9 for n in range(27)], layout=3)
+        for place, value in (("0", 0), ("1", 1), ("2", 2)):
+            said, picture = self.plot("grid", "flow", "out.png", "--cut", f"z={place}")
+            self.assertEqual(said, f"variable 1, cut z={place}, {value} everywhere")
+            self.assertNotEqual(picture.share(0.3, 0.3), WHITE)
 
     def test_cuts_that_miss(self):
         self.write_grid("grid", blocks=[brick((3, 3, 3)), plane(3, 3)])

@@ -78,6 +78,11 @@ class Quality(ToolTest):
                 "stretching": {"value": 1, "place": [2, 1, 1]},
                 "skewness": {"value": 0, "place": [1, 1, 1]}})
 
+    def test_short_edges_are_not_of_length_0(self):
+        tiny = 2.0 ** -70
+        found = self.of_block(box((3, 4, 5), lambda i, j, k: (tiny * i, tiny * j, tiny * k)))
+        self.assertEqual(found, self.of_block(box((3, 4, 5))))
+
     def test_left_handed(self):
         self.assertEqual(self.of_block(box((3, 3, 3), lambda i, j, k: (-i, j, k)))["handedness"],
                          "left")
@@ -102,6 +107,7 @@ class Quality(ToolTest):
         found = self.of_block(box((3, 2, 2), lambda i, j, k: (min(i, 1), j, k)))
         self.assertEqual(found["zero_edges"], {"count": 4, "first": [2, 1, 1]})
         self.assertEqual(found["zero_volumes"], {"count": 1, "first": [2, 1, 1]})
+        self.assertIsNone(found["stretching"])  # no ratio to an edge of length 0
 
     def test_stretching(self):
         x = (0, 1, 3, 3.25, 4.25)
@@ -111,8 +117,10 @@ class Quality(ToolTest):
 
     def test_skewness(self):
         """Parallelograms with a corner of 45 degrees."""
-        found = self.of_block(box((2, 3, 2), lambda i, j, k: (i + j, j, k)))
-        self.assertAlmostEqual(found["skewness"]["value"], 0.5, places=12)
+        for shear in (lambda i, j, k: (i + j, j, k), lambda i, j, k: (i + k, j, k),
+                      lambda i, j, k: (i, j + k, k)):
+            found = self.of_block(box((2, 3, 2), shear))
+            self.assertAlmostEqual(found["skewness"]["value"], 0.5, places=12)
         found = self.of_block(placed(box((3, 3, 1)), (2, 2, 0), (2 + math.tan(math.pi / 6), 2, 0)))
         self.assertAlmostEqual(found["skewness"]["value"], 1 / 3, places=12)
         self.assertEqual(found["skewness"]["place"], [2, 2, 1])
@@ -148,6 +156,12 @@ class Quality(ToolTest):
         self.assertGreater(found["negative_volumes"]["count"], 0)
         curved = self.of_block(box((3, 4, 1), lambda i, j, k: (i, j, i * i)))
         self.assertEqual((curved["handedness"], curved["cells"]), (None, 6))
+        # Seen along z, some cells of a ring are right-handed, some left-handed.
+        ring = self.of_block(box((7, 3, 1), lambda i, j, k: (
+            math.cos(math.radians(50 * i)), j, math.sin(math.radians(50 * i)))))
+        self.assertEqual((ring["handedness"], ring["cells"]), (None, 12))
+        for kind in ("negative_volumes", "zero_volumes"):
+            self.assertEqual(ring[kind], {"count": 0, "first": None})
         wall = self.of_block(box((1, 4, 3)))
         self.assertEqual((wall["handedness"], wall["cells"]), (None, 6))
         line = self.of_block(box((4, 1, 1)))
@@ -173,6 +187,21 @@ class Quality(ToolTest):
         self.assertEqual(found["skewness"]["value"], 0)
         found = self.of_block(placed(box((3, 3, 3)), (0, 0, 0), (math.nan, 0, 0)))
         self.assertEqual((found["cells"], found["invalid_points"]), (7, 1))
+        found = self.of_block(placed(box((3, 3, 3), iblank=hole), (1, 1, 1), (math.nan, 0, 0)),
+                              form=Form(double=True, iblank=True))
+        self.assertEqual((found["cells"], found["invalid_points"]), (0, 0))
+
+    def test_edges_at_blanked_points_are_left_out(self):
+        for ni, at in ((4, 0), (4, 1), (4, 2), (4, 3)):
+            used = [int(p % ni != at) for p in range(2 * ni)]
+            block = box((ni, 2, 1), lambda i, j, k, at=at: (i + 99 * (i == at), j, k), used)
+            found = self.of_block(block, form=Form(double=True, iblank=True))
+            worst = {"value": 1, "place": [3 if at == 0 else 2, 1, 1]}
+            self.assertEqual(found["stretching"], worst if at in (0, 3) else None)
+            # Both points of a blanked line are in the same place.
+            flat = box((ni, 2, 1), lambda i, j, k, at=at: (i, j * (i != at), k), used)
+            self.assertEqual(self.of_block(flat, form=Form(double=True, iblank=True))["zero_edges"],
+                             {"count": 0, "first": None})
 
     def connections(self, *blocks, tolerance=None):
         report = self.report(*blocks, options=("--tolerance", tolerance) if tolerance else ())
@@ -206,6 +235,8 @@ class Quality(ToolTest):
         self.assertEqual(report["connections"], [
             {"faces": [{"block": 1, "face": "i=last"}, {"block": 2, "face": "i=1"}],
              "whole": False, "points": 6, "first": [3, 2, 1], "last": [3, 3, 3]}])
+        self.assertEqual(self.connections(small, box((3, 4, 5))),
+                         [(1, 2, "i=1", "i=last", False, 6)])
 
     def test_block_that_meets_itself(self):
         ring = box((9, 3, 2), lambda i, j, k: ((j + 1) * math.cos(i % 8 * math.pi / 4),

@@ -6,7 +6,10 @@ from support import grid_bytes, main
 
 class Split(PartsTest):
     def test_a_file_for_each_block(self):
-        self.succeed("split", "grid", "out.p3d", "--restart", "flow", "out.q")
+        out = self.succeed("split", "grid", "out.p3d", "--restart", "flow", "out.q")
+        self.assertEqual([line.split(", ")[0] for line in out.splitlines()],
+                         ["out-1.p3d: 1 block", "out-1.q: 1 block",
+                          "out-2.p3d: 1 block", "out-2.q: 1 block"])
         for n, block in enumerate(self.blocks):
             self.assert_grid(f"out-{n + 1}.p3d", [block])
             self.assert_flow(f"out-{n + 1}.q", [block], [PARAMETERS[n]])

@@ -91,7 +91,7 @@ class Transform(PartsTest):
         self.assertEqual(self.path("out.q").read_bytes(), restart_bytes(self.restart_form, flow))
 
     def test_mirror_of_blocks_of_one_point_in_i(self):
-        blocks = [numbered((3, 2, 1)), numbered((1, 4, 2))]
+        blocks = [numbered((2, 2, 3)), numbered((1, 4, 2))]
         self.write("grid", grid_bytes(self.form, blocks))
         self.transform("--mirror", "x=0", notes=[
             "out: i is reversed, which keeps the handedness of mirrored blocks: 1",

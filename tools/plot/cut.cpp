@@ -23,9 +23,15 @@ class Cutter {
         steps_{1, counts_[0], counts_[0] * counts_[1]} {
     surface_.block = number;
     surface_.cut.emplace();
+    // A point on the cut is above it, unless no point is below: so a cut is also found at either
+    // end of a block.
     along_.visit([&](auto values) {
+      const bool has_lower =
+          std::ranges::any_of(values, [&](auto value) { return value < cut.value; });
       above_.reserve(values.size());
-      for (const auto value : values) above_.push_back(value >= cut.value ? 1 : 0);
+      for (const auto value : values) {
+        above_.push_back(value > cut.value || (has_lower && value == cut.value) ? 1 : 0);
+      }
     });
   }
 
@@ -148,7 +154,7 @@ class Cutter {
   const Block& block_;
   const Cut& cut_;
   const Reals& along_;
-  std::vector<char> above_;  ///< whether the coordinate of a point is at least that of the cut
+  std::vector<char> above_;  ///< whether a point is above the cut
   Index counts_;
   Index steps_;
   Surface surface_;
