@@ -30,7 +30,8 @@ void add_target_options(Command& command, StatedGridForm& change);
 /// Adds options that describe the restart file to be written, and header values that go into it.
 void add_target_options(Command& command, StatedRestartForm& change, HeaderValues& values);
 
-/// Options of commands that write parts of grids and, if asked for, the same of their solutions.
+/// Options of commands that write parts of grids and, optionally, the same parts of their
+/// solutions.
 struct PartOptions {
   StatedGridForm grid;
   StatedRestartForm restart;
