@@ -132,7 +132,7 @@ def command():
 
 
 def work_on_grids():
-    for form, name in (("unformatted", "grid.unformatted.double"), ("formatted", "grid.free")):
+    for form, name in (("unformatted", "smooth"), ("formatted", "grid.free")):
         for operation in ("extract", "merge", "split", "transform", "swap", "quality", "vtk", "info",
                           "plot", "cut"):
             yield Case(f"work-{operation}/{form}/against-convert", f"work-{operation}", form,

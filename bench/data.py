@@ -1,8 +1,9 @@
 """Input files: generated once for each number of points, and kept."""
 
 import os
+import pathlib
 
-from programs import run_program
+from programs import SYSTEM_PYTHON, run_program
 
 
 class Data:
@@ -31,9 +32,12 @@ class Data:
         return path
 
     def command(self, name, path):
-        """The command that generates a file: in Fortran, but for text of free width."""
+        """The command that generates a file."""
         if name == "source":
             return [self.programs.ours, "source", path, self.points]
+        if name == "smooth":
+            return [SYSTEM_PYTHON, "-B", pathlib.Path(__file__).with_name("smooth_grid.py"), path,
+                    self.points]
         kind, form, *precision = name.split(".")
         source = self.path("source")
         if form == "fixed":

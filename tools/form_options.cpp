@@ -91,8 +91,8 @@ std::string planar_obstacle(const Extents& extents) {
 
 std::optional<Sections> sections_in(const std::string& text) {
   auto sections = numbers_in(text);
-  const bool usable = sections && sections->size() <= most_sections &&
-                      holds_each_variable_once(*sections);
+  const bool usable =
+      sections && sections->size() <= most_sections && holds_each_variable_once(*sections);
   return usable ? std::move(sections) : std::nullopt;
 }
 

@@ -162,6 +162,37 @@ std::optional<double> real_in(const std::string& text) {
   return whole && std::isfinite(value) ? std::optional(value) : std::nullopt;
 }
 
+std::vector<std::string> entries_in(const std::string& text) {
+  std::vector<std::string> entries;
+  for (std::size_t from = 0;;) {
+    const std::size_t comma = text.find(',', from);
+    entries.push_back(text.substr(from, comma - from));
+    if (comma == text.npos) return entries;
+    from = comma + 1;
+  }
+}
+
+std::optional<CoordinatePlane> coordinate_plane_in(const std::string& text) {
+  if (text.size() < 3 || text[0] < 'x' || text[0] > 'z' || text[1] != '=') return std::nullopt;
+  const auto value = real_in(text.substr(2));
+  if (!value) return std::nullopt;
+  return CoordinatePlane{static_cast<std::size_t>(text[0] - 'x'), *value};
+}
+
+std::optional<IndexPlane> index_plane_in(const std::string& text) {
+  const auto direction = direction_in(text.substr(0, 1));
+  if (!direction || text.size() < 3 || text[1] != '=') return std::nullopt;
+  const auto indices = indices_in(text.substr(2));
+  const bool is_one = indices && text.find(':') == text.npos;
+  return is_one ? std::optional(IndexPlane{*direction, indices->first}) : std::nullopt;
+}
+
+std::string describe(const IndexPlane& plane) {
+  const bool is_last = plane.index == Indices::all_points;
+  return std::string(1, name_of(plane.direction)) + "=" +
+         (is_last ? "last" : std::to_string(std::int64_t{plane.index} + 1));
+}
+
 Option gamma_option(double& gamma, const std::string& purpose) {
   const auto wrong_ratio = [](const std::string& text) -> std::string {
     const auto value = real_in(text);

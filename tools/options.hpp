@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <p3dgrid/index_range.hpp>
 #include <string>
 #include <vector>
 
@@ -53,6 +54,30 @@ void add_part_options(Command& command, PartOptions& options, int values = 2);
 
 /// A finite number; none for any other text.
 [[nodiscard]] std::optional<double> real_in(const std::string& text);
+
+/// The entries of a list with commas between them.
+[[nodiscard]] std::vector<std::string> entries_in(const std::string& text);
+
+/// The places where one coordinate has one value.
+struct CoordinatePlane {
+  std::size_t axis = 0;  ///< 0 for x, 1 for y, 2 for z
+  double value = 0;
+};
+
+/// Parses a plane such as "x=0.5"; none for any other text.
+[[nodiscard]] std::optional<CoordinatePlane> coordinate_plane_in(const std::string& text);
+
+/// The points of a block in which an index has one value.
+struct IndexPlane {
+  Direction direction = Direction::k;
+  std::int32_t index = 0;  ///< from 0; `Indices::all_points` for the last
+};
+
+/// Parses a plane such as "k=1" or "k=last"; none for any other text.
+[[nodiscard]] std::optional<IndexPlane> index_plane_in(const std::string& text);
+
+/// The text that `index_plane_in` parses.
+[[nodiscard]] std::string describe(const IndexPlane& plane);
 
 /// The option that states the ratio of specific heats, which is for `purpose`.
 [[nodiscard]] Option gamma_option(double& gamma, const std::string& purpose);

@@ -14,12 +14,6 @@
 namespace p3dgrid::tool {
 namespace {
 
-/// A plane of constant index, counted from 0.
-struct IndexPlane {
-  Direction direction = Direction::i;
-  std::int32_t index = 0;
-};
-
 struct SplitOptions {
   std::string input;
   std::string output;
@@ -31,13 +25,11 @@ constexpr Usage split_usage = {
     .command_line = "p3dgrid split GRID OUT --restart RESTART OUT",
     .grid_alone = "'p3dgrid split GRID OUT' without --restart takes a grid alone"};
 
+/// A plane behind the first, which is not the last of any block.
 std::optional<IndexPlane> plane_in(const std::string& text) {
-  const auto direction = direction_in(text.substr(0, 1));
-  if (!direction || text.size() < 3 || text[1] != '=') return std::nullopt;
-  const auto indices = indices_in(text.substr(2));
-  const bool inside = indices && indices->first == indices->last && indices->first > 0 &&
-                      indices->first != Indices::all_points;
-  return inside ? std::optional(IndexPlane{*direction, indices->first}) : std::nullopt;
+  const auto plane = index_plane_in(text);
+  const bool inside = plane && plane->index > 0 && plane->index != Indices::all_points;
+  return inside ? plane : std::nullopt;
 }
 
 using Lists = std::vector<std::vector<Part>>;
@@ -52,8 +44,7 @@ Lists one_block_each(const std::deque<CaseInput>& inputs) {
 /// A list of parts for each of two files, both with the points of the plane.
 Lists before_and_after(const SplitOptions& options, const std::deque<CaseInput>& inputs) {
   const IndexPlane& plane = *options.plane;
-  const std::string name = std::string(1, name_of(plane.direction)) + "=" +
-                           std::to_string(std::int64_t{plane.index} + 1);
+  const std::string name = describe(plane);
   Lists lists(2);
   std::string before;
   for (Part part : whole_blocks(inputs)) {

@@ -15,18 +15,12 @@
 namespace p3dgrid::tool {
 namespace {
 
-/// A plane x = value, or the same in y or z.
-struct MirrorPlane {
-  std::size_t axis = 0;
-  double value = 0;
-};
-
 struct TransformOptions {
   std::string input;
   std::string output;
   double scale = 1;
   std::vector<double> translation;
-  std::optional<MirrorPlane> mirror;
+  std::optional<CoordinatePlane> mirror;
   Orientation orientation;
   PartOptions files;
 };
@@ -34,14 +28,6 @@ struct TransformOptions {
 constexpr Usage transform_usage = {
     .command_line = "p3dgrid transform GRID OUT --restart RESTART OUT",
     .grid_alone = "'p3dgrid transform GRID OUT' without --restart takes a grid alone"};
-
-std::optional<MirrorPlane> mirror_in(const std::string& text) {
-  const std::size_t axis = std::string("xyz").find(text.substr(0, 1));
-  if (text.size() < 3 || axis > 2 || text[1] != '=') return std::nullopt;
-  const auto value = real_in(text.substr(2));
-  if (!value) return std::nullopt;
-  return MirrorPlane{axis, *value};
-}
 
 /// The change of one coordinate.
 struct CoordinateChange {
@@ -104,7 +90,7 @@ std::vector<Part> parts_of(const TransformOptions& options, const std::deque<Cas
 }
 
 /// Changes the sign of the momentum normal to the mirror plane.
-void mirror(const MirrorPlane& plane, const FlowArray& array, Reals& values) {
+void mirror(const CoordinatePlane& plane, const FlowArray& array, Reals& values) {
   if (array != FlowArray{static_cast<std::int32_t>(plane.axis) + 2}) return;
   values.visit([](auto reals) {
     for (auto& value : reals) value = -value;
@@ -143,9 +129,11 @@ std::vector<Option> transform_options(TransformOptions& options) {
     return real_in(text) ? "" : "'" + text + "' is no number";
   };
   const auto is_mirror = [](const std::string& text) -> std::string {
-    return mirror_in(text) ? "" : "'" + text + "' is no plane such as y=0";
+    return coordinate_plane_in(text) ? "" : "'" + text + "' is no plane such as y=0";
   };
-  const auto take_mirror = [&](const std::string& text) { options.mirror = mirror_in(text); };
+  const auto take_mirror = [&](const std::string& text) {
+    options.mirror = coordinate_plane_in(text);
+  };
   const auto take_swap = [&](const std::string& text) {
     options.orientation =
         Orientation::swap(*direction_in(text.substr(0, 1)), *direction_in(text.substr(1)))

@@ -9,6 +9,7 @@
 #include "console.hpp"
 #include "failure.hpp"
 #include "gzip.hpp"
+#include "options.hpp"
 #include "primitive.hpp"
 #include "table.hpp"
 
@@ -26,14 +27,9 @@ std::string trimmed(const std::string& text) {
 }
 
 Names names_in(const std::string& text) {
-  Names names;
-  std::size_t from = 0;
-  for (;;) {
-    const std::size_t comma = text.find(',', from);
-    names.push_back(trimmed(text.substr(from, comma - from)));
-    if (comma == text.npos) return names;
-    from = comma + 1;
-  }
+  Names names = entries_in(text);
+  std::ranges::transform(names, names.begin(), trimmed);
+  return names;
 }
 
 /// Empty, repeated and unprintable names are refused: they would be ambiguous, or make the output

@@ -2,11 +2,12 @@
 
 from __future__ import annotations
 
-from collections.abc import Iterable, Iterator
+from collections.abc import Iterable
 from typing import Any, Optional, Union
 
 from . import _p3dgrid
 from ._arrays import Array, as_blanking, as_reals, precision_of, require_shape
+from ._blocks import Blocks
 from ._forms import Extents, GridForm
 from ._parts import BlockNumbers, Indices, Part, part_of, parts_of, points_of
 from ._paths import Path, readable, writable
@@ -55,7 +56,7 @@ class Block:
         return f"<Block of {'x'.join(map(str, self.extents))} points{blanking}>"
 
 
-class Grid:
+class Grid(Blocks[Block]):
     """A grid: a sequence of blocks.
 
     blocks  in file order
@@ -69,21 +70,6 @@ class Grid:
         self.blocks = [block if isinstance(block, Block) else Block(*block) for block in blocks]
         self.form = form
         self.reason = reason
-
-    @property
-    def extents(self) -> list[Extents]:
-        """Points of each block in the three directions."""
-        return [block.extents for block in self.blocks]
-
-    def __len__(self) -> int:
-        return len(self.blocks)
-
-    def __iter__(self) -> Iterator[Block]:
-        return iter(self.blocks)
-
-    def __getitem__(self, number: int) -> Block:
-        """A block, counted from 0."""
-        return self.blocks[number]
 
     def extract(self, blocks: BlockNumbers = None, i: Indices = None, j: Indices = None,
                 k: Indices = None, uneven: bool = False) -> Grid:

@@ -8,6 +8,7 @@ from typing import Any, Optional, Union
 
 from . import _p3dgrid
 from ._arrays import Array, as_reals, precision_of, require_shape
+from ._blocks import Blocks
 from ._errors import refuse
 from ._forms import Extents, RestartForm, as_extents
 from ._parts import BlockNumbers, Indices, Part, part_of, parts_of, points_of
@@ -102,7 +103,7 @@ class SolutionBlock:
         return f"<SolutionBlock of {'x'.join(map(str, self.extents))} points, {len(self)} variables>"
 
 
-class Solution:
+class Solution(Blocks[SolutionBlock]):
     """A solution: a sequence of blocks.
 
     blocks  in file order
@@ -122,21 +123,6 @@ class Solution:
         self.header: dict[str, float] = dict(header or {})
         self.flags = list(flags)
         self.reason = reason
-
-    @property
-    def extents(self) -> list[Extents]:
-        """Points of each block in the three directions."""
-        return [block.extents for block in self.blocks]
-
-    def __len__(self) -> int:
-        return len(self.blocks)
-
-    def __iter__(self) -> Iterator[SolutionBlock]:
-        return iter(self.blocks)
-
-    def __getitem__(self, number: int) -> SolutionBlock:
-        """A block, counted from 0."""
-        return self.blocks[number]
 
     def extract(self, blocks: BlockNumbers = None, i: Indices = None, j: Indices = None,
                 k: Indices = None, uneven: bool = False) -> Solution:

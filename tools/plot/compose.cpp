@@ -60,7 +60,7 @@ std::vector<Surface> surfaces_wanted(const Request& request, const Extents& exte
     if (request.shows_faces()) {
       for (auto& face : faces_of(extents, block)) surfaces.push_back(std::move(face));
     }
-    for (const GridPlane& asked : request.planes) {
+    for (const IndexPlane& asked : request.planes) {
       if (auto plane = plane_of(extents, block, asked)) surfaces.push_back(std::move(*plane));
     }
     if (!request.planes.empty() && surfaces.size() == before) ++without;

@@ -4,7 +4,6 @@
 #include <cmath>
 #include <unordered_map>
 
-#include "options.hpp"
 #include "table.hpp"
 
 namespace p3dgrid::tool::plot {
@@ -17,9 +16,9 @@ class Cutter {
   Cutter(const Block& block, std::size_t number, const Cut& cut)
       : block_(block),
         cut_(cut),
-        along_(cut.coordinate == 0   ? block.x
-               : cut.coordinate == 1 ? block.y
-                                     : block.z),
+        along_(cut.axis == 0   ? block.x
+               : cut.axis == 1 ? block.y
+                               : block.z),
         counts_{block.extents.i, block.extents.j, block.extents.k},
         steps_{1, counts_[0], counts_[0] * counts_[1]} {
     surface_.block = number;
@@ -31,10 +30,17 @@ class Cutter {
   }
 
   Surface run() {
+    std::vector<char> sums(static_cast<std::size_t>(counts_[0]));
     Index at{};
     for (at[2] = 0; at[2] + 1 < counts_[2]; ++at[2]) {
       for (at[1] = 0; at[1] + 1 < counts_[1]; ++at[1]) {
-        for (at[0] = 0; at[0] + 1 < counts_[0]; ++at[0]) cut_cell(at);
+        at[0] = 0;
+        add_lines(at, sums);
+        for (; at[0] + 1 < counts_[0]; ++at[0]) {
+          const auto i = static_cast<std::size_t>(at[0]);
+          const int corners_above = sums[i] + sums[i + 1];
+          if (corners_above > 0 && corners_above < 8) cut_cell(at);
+        }
       }
     }
     return std::move(surface_);
@@ -50,18 +56,22 @@ class Cutter {
     return above_[static_cast<std::size_t>(p)] != 0;
   }
 
-  /// Whether the cut crosses the cell, and all of its corners are finite and not blanked.
-  [[nodiscard]] bool crosses(std::int64_t first) const {
-    const auto corner = [&](unsigned number) {
-      std::int64_t p = first;
-      for (std::size_t d = 0; d < 3; ++d) p += (number >> d & 1U) != 0 ? steps_[d] : 0;
-      return p;
-    };
-    int above = 0;
-    for (unsigned n = 0; n < 8; ++n) above += is_above(corner(n)) ? 1 : 0;
-    if (above == 0 || above == 8) return false;
+  /// For each i the number of points above the cut on the four grid lines along a row of cells.
+  /// Most rows have no cell that the cut crosses, and these loops are vectorised.
+  void add_lines(const Index& at, std::vector<char>& sums) const {
+    const char* const line = above_.data() + point(at);
+    for (std::size_t i = 0; i < sums.size(); ++i) {
+      sums[i] = static_cast<char>(line[i] + line[i + static_cast<std::size_t>(steps_[1])] +
+                                  line[i + static_cast<std::size_t>(steps_[2])] +
+                                  line[i + static_cast<std::size_t>(steps_[1] + steps_[2])]);
+    }
+  }
+
+  /// Whether all corners of the cell are finite and not blanked.
+  [[nodiscard]] bool is_valid(std::int64_t first) const {
     for (unsigned n = 0; n < 8; ++n) {
-      const std::int64_t p = corner(n);
+      std::int64_t p = first;
+      for (std::size_t d = 0; d < 3; ++d) p += (n >> d & 1U) != 0 ? steps_[d] : 0;
       if (!block_.iblank.empty() && block_.iblank[static_cast<std::size_t>(p)] == 0) return false;
       if (!std::isfinite(block_.x[p] + block_.y[p] + block_.z[p])) return false;
     }
@@ -80,7 +90,7 @@ class Cutter {
       return static_cast<float>(values[from] + share * (values[to] - values[from]));
     };
     surface_.points.push_back({between(block_.x), between(block_.y), between(block_.z)});
-    surface_.points.back()[cut_.coordinate] = static_cast<float>(cut_.value);
+    surface_.points.back()[cut_.axis] = static_cast<float>(cut_.value);
     surface_.absent.push_back(0);
     return found->second;
   }
@@ -105,7 +115,7 @@ class Cutter {
 
   void cut_cell(const Index& at) {
     const std::int64_t first = point(at);
-    if (!crosses(first)) return;
+    if (!is_valid(first)) return;
     lines_.clear();
     for (std::size_t d = 0; d < 3; ++d) {
       const std::size_t a = d == 0 ? 1 : 0;
@@ -146,28 +156,20 @@ class Cutter {
   std::vector<CutCells::Line> lines_;                        ///< of one cell
 };
 
-std::optional<Cut> single_cut_in(const std::string& text) {
-  if (text.size() < 3 || text[0] < 'x' || text[0] > 'z' || text[1] != '=') return std::nullopt;
-  const auto value = real_in(text.substr(2));
-  return value ? std::optional(Cut{static_cast<std::size_t>(text[0] - 'x'), *value}) : std::nullopt;
-}
-
 }  // namespace
 
 std::vector<Cut> cuts_in(const std::string& text) {
   std::vector<Cut> cuts;
-  for (std::size_t from = 0;;) {
-    const std::size_t comma = text.find(',', from);
-    const auto cut = single_cut_in(text.substr(from, comma - from));
+  for (const std::string& entry : entries_in(text)) {
+    const auto cut = coordinate_plane_in(entry);
     if (!cut) return {};
     cuts.push_back(*cut);
-    if (comma == text.npos) return cuts;
-    from = comma + 1;
   }
+  return cuts;
 }
 
 std::string describe(const Cut& cut) {
-  return std::string(1, "xyz"[cut.coordinate]) + "=" + digits(cut.value);
+  return std::string(1, "xyz"[cut.axis]) + "=" + digits(cut.value);
 }
 
 std::optional<Surface> cut_through(const Block& block, std::size_t number, const Cut& cut) {

@@ -4,15 +4,12 @@
 #include <string>
 #include <vector>
 
+#include "options.hpp"
 #include "plot/surface.hpp"
 
 namespace p3dgrid::tool::plot {
 
-/// A plane on which one coordinate is constant.
-struct Cut {
-  std::size_t coordinate = 0;  ///< 0 for x, 1 for y, 2 for z
-  double value = 0;
-};
+using Cut = CoordinatePlane;
 
 /// Parses a list such as "x=0.5" or "x=0.5,y=-1e-3"; empty if the text is invalid.
 [[nodiscard]] std::vector<Cut> cuts_in(const std::string& text);

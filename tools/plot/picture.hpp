@@ -23,7 +23,7 @@ struct Request {
   std::string variable;            ///< name or number; empty for the first
   std::vector<std::string> names;  ///< of the variables, if stated
   std::int32_t block = 0;          ///< from 1; 0 for all
-  std::vector<GridPlane> planes;
+  std::vector<IndexPlane> planes;
   std::vector<Cut> cuts;  ///< without these and planes, the outer faces of the blocks are shown
   std::optional<Region> region;
   std::optional<CellQuality> quality;

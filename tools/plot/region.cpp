@@ -33,20 +33,18 @@ std::uint8_t sides_beyond(const Region& region, double slack, const Vector& plac
 
 std::optional<Region> region_in(const std::string& text) {
   Region region = {{-INFINITY, -INFINITY, -INFINITY}, {INFINITY, INFINITY, INFINITY}};
-  std::size_t from = 0;
-  for (std::size_t c = 0; c < 3; ++c) {
-    const std::size_t end = std::min(text.find(',', from), text.size());
-    const std::size_t colon = std::min(text.find(':', from), end);
-    if (colon == end) return std::nullopt;
-    const auto low = real_in(text.substr(from, colon - from));
-    const auto high = real_in(text.substr(colon + 1, end - colon - 1));
+  const std::vector<std::string> ranges = entries_in(text);
+  if (ranges.size() < 2 || ranges.size() > 3) return std::nullopt;
+  for (std::size_t c = 0; c < ranges.size(); ++c) {
+    const std::size_t colon = ranges[c].find(':');
+    if (colon == std::string::npos) return std::nullopt;
+    const auto low = real_in(ranges[c].substr(0, colon));
+    const auto high = real_in(ranges[c].substr(colon + 1));
     if (!low || !high || *low >= *high) return std::nullopt;
     region.low[c] = *low;
     region.high[c] = *high;
-    if (end == text.size()) return c > 0 ? std::optional(region) : std::nullopt;
-    from = end + 1;
   }
-  return std::nullopt;
+  return region;
 }
 
 void confine(Surface& surface, const Region& region) {

@@ -7,9 +7,6 @@
 namespace p3dgrid::tool::plot {
 namespace {
 
-constexpr const char* last_index = "last";
-constexpr std::string_view direction_names = "ijk";
-
 std::array<std::int64_t, 3> counts_of(const Extents& extents, std::size_t block) {
   return {extents.i[block], extents.j[block], extents.k[block]};
 }
@@ -23,39 +20,22 @@ std::int32_t number_in(std::string_view text) {
   return error == std::errc() && stop == end && number > 0 ? number : 0;
 }
 
-namespace {
-
-std::optional<GridPlane> plane_in(std::string_view text) {
-  if (text.size() < 3 || text[1] != '=') return std::nullopt;
-  const GridPlane plane{direction_names.find(text[0]), number_in(text.substr(2))};
-  const bool valid = plane.index > 0 || text.substr(2) == last_index;
-  return valid && plane.direction < 3 ? std::optional(plane) : std::nullopt;
-}
-
-}  // namespace
-
-std::vector<GridPlane> planes_in(std::string_view text) {
-  std::vector<GridPlane> planes;
-  for (;;) {
-    const std::size_t comma = text.find(',');
-    const auto plane = plane_in(text.substr(0, comma));
+std::vector<IndexPlane> planes_in(const std::string& text) {
+  std::vector<IndexPlane> planes;
+  for (const std::string& entry : entries_in(text)) {
+    const auto plane = index_plane_in(entry);
     if (!plane) return {};
     planes.push_back(*plane);
-    if (comma == text.npos) return planes;
-    text.remove_prefix(comma + 1);
   }
+  return planes;
 }
 
-std::string describe(const GridPlane& plane) {
-  return std::string(1, direction_names[plane.direction]) + "=" +
-         (plane.index == 0 ? last_index : std::to_string(plane.index));
-}
-
-std::optional<Surface> plane_of(const Extents& extents, std::size_t block, GridPlane plane) {
+std::optional<Surface> plane_of(const Extents& extents, std::size_t block, IndexPlane plane) {
   const auto counts = counts_of(extents, block);
   const std::array<std::int64_t, 3> steps = {1, counts[0], counts[0] * counts[1]};
-  const std::size_t fixed = plane.direction;
-  const std::int64_t index = plane.index == 0 ? counts[fixed] : plane.index;
+  const auto fixed = static_cast<std::size_t>(plane.direction);
+  const std::int64_t index =
+      plane.index == Indices::all_points ? counts[fixed] : std::int64_t{plane.index} + 1;
   const std::size_t along = fixed == 0 ? 1 : 0;
   const std::size_t across = fixed == 2 ? 1 : 2;
   if (index > counts[fixed] || counts[along] < 2 || counts[across] < 2) return std::nullopt;
@@ -75,9 +55,9 @@ std::vector<Surface> faces_of(const Extents& extents, std::size_t block) {
     return {{.block = block, .columns = points, .rows = 1, .column_step = 1}};
   }
   std::vector<Surface> faces;
-  for (std::size_t direction = 0; direction < 3; ++direction) {
-    for (const std::int32_t index : {1, 0}) {
-      if (index == 0 && counts[direction] == 1) continue;
+  for (const Direction direction : all_directions) {
+    for (const std::int32_t index : {0, Indices::all_points}) {
+      if (index > 0 && counts[static_cast<std::size_t>(direction)] == 1) continue;
       auto face = plane_of(extents, block, {direction, index});
       if (face) faces.push_back(std::move(*face));
     }

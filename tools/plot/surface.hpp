@@ -8,26 +8,17 @@
 #include <string_view>
 #include <vector>
 
-#include "form_options.hpp"
+#include "options.hpp"
 
 namespace p3dgrid::tool::plot {
 
 using Vector = std::array<double, 3>;
 
-/// The points of a block in which one of the three indices has one value.
-struct GridPlane {
-  std::size_t direction = 2;  ///< 0 for i, 1 for j, 2 for k
-  std::int32_t index = 1;     ///< from 1; 0 for the last
-};
-
 /// Parses a positive number; 0 if the text is something else.
 [[nodiscard]] std::int32_t number_in(std::string_view text);
 
 /// Parses a list such as "k=1" or "k=1,j=last"; empty if the text is invalid.
-[[nodiscard]] std::vector<GridPlane> planes_in(std::string_view text);
-
-/// The text that `planes_in` parses.
-[[nodiscard]] std::string describe(const GridPlane& plane);
+[[nodiscard]] std::vector<IndexPlane> planes_in(const std::string& text);
 
 /// The first corner of a cell and the others around it. A triangle has the last one twice.
 using Cell = std::array<std::size_t, 4>;
@@ -127,7 +118,7 @@ struct Surface {
 /// The plane of one block (from 0), without its points; none if the block has no such plane or
 /// only a line of it.
 [[nodiscard]] std::optional<Surface> plane_of(const Extents& extents, std::size_t block,
-                                              GridPlane plane);
+                                              IndexPlane plane);
 
 /// The outer faces of a block, without their points, or its one row.
 [[nodiscard]] std::vector<Surface> faces_of(const Extents& extents, std::size_t block);
