@@ -28,7 +28,7 @@ Conditions of a fair comparison:
   and flush them to the disk, except for `quality` and `info`, which write nothing. `merge` reads
   and writes the file twice.
 - The Python package is compared with the front, with a script that uses numpy alone, and with VTK.
-  All of them know the form of the file. The start of the interpreter is not measured.
+  All of them are given the form of the file. The start of the interpreter is not measured.
 - The front is compared with the module's operation, both in the library. The front reads doubles
   into doubles, and the module as many singles into singles: from a ratio of 0.5 on the front takes
   no longer per byte.
@@ -168,7 +168,7 @@ def python():
 
 
 def fortran_hosts():
-    """A host in Fortran through the module, beside plain Fortran and beside the library in C++."""
+    """A host in Fortran that uses the module, compared with plain Fortran and a host in C++."""
     for peer, name in (("fortran", "fortran"), ("library", "cpp")):
         for values, kind in ((3, "grid"), (5, "restart")):
             for precision in ("single", "double"):

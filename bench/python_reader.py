@@ -2,8 +2,8 @@
 
     python_reader.py p3dgrid|numpy unformatted|binary single|double FILE
 
-Numpy's side knows the form and reads each block in one call, as a short script would. It compares
-nothing with the form.
+The numpy variant is given the form and reads each block in one call, as a short script would. It
+does not compare the file with the form.
 """
 
 import sys
@@ -43,7 +43,7 @@ def read_with_numpy(form, precision, path):
 
 
 def bit_sum(array):
-    """The sum of the values' bits as singles, as the other programs form it."""
+    """The sum of the bits of the values as singles, as in the other programs."""
     singles = array.ravel("F").astype("f4")
     return int(singles.view("i4").sum(dtype="i8"))
 

@@ -2,7 +2,7 @@
 
     smooth_grid.py FILE POINTS
 
-The file is unformatted, in double precision, and has at most so many points.
+The file is unformatted, in double precision, and has at most POINTS points.
 """
 
 import sys

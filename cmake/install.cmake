@@ -18,7 +18,7 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/mod_p3dgrid-config.cmake
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/mod_p3dgrid)
 file(RELATIVE_PATH pc_to_includedir
      ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_FULL_INCLUDEDIR})
-# Compilers of Fortran link no run-time library of C++.
+# Fortran compilers do not link the C++ run-time library.
 set(pc_fortran_variables "")
 set(pc_cxx_runtime "")
 if(MOD_P3DGRID_FORTRAN)

@@ -18,8 +18,8 @@ set(CPACK_DEBIAN_PACKAGE_SECTION science)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # Text in the pictures needs some font.
 set(CPACK_DEBIAN_UNSPECIFIED_PACKAGE_RECOMMENDS fonts-dejavu-core)
-# The Python package and the command for MPI are Debian packages of their own. All else is in the
-# component without a name.
+# The Python package and the command for MPI are Debian packages of their own. Everything else is in
+# the unnamed component.
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_ALL Unspecified)
 set(CPACK_DEBIAN_UNSPECIFIED_PACKAGE_NAME p3dgrid)

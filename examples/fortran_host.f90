@@ -21,7 +21,7 @@ contains
 
 end submodule
 
-! What the library asks about files.
+! Properties of files that the arguments of the operations do not hold.
 module file_traits
   use mod_p3dgrid, only: p3dcoding, p3d_big_endian
   implicit none

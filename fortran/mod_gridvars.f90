@@ -16,8 +16,8 @@ module mod_gridvars
   public :: dispreadwrite, checkallocationerror, dispfilereaderror
 
   interface
-    ! Of the library: prints the last failed read on standard error. This module cannot ask
-    ! mod_p3dgrid, which uses it.
+    ! A function of the library that prints the last failed read on standard error. This module
+    ! cannot call mod_p3dgrid, which uses it.
     subroutine print_failure() bind(c, name='mod_p3dgrid_print_failure')
     end subroutine
   end interface

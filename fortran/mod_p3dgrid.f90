@@ -2,8 +2,8 @@
 ! host, and the module variables. It uses the host's `mod_gridvars`, which is compiled before it.
 !
 ! The library keeps variables of its own. They are set from those of this module and of
-! `mod_gridvars` when an operation or one of the host's procedures hands over to the library
-! (`to_library`), and copied back when the library hands over to the host (`to_host`).
+! `mod_gridvars` when control passes from the host to the library (`to_library`), and copied back
+! when it returns to the host or the library calls one of its procedures (`to_host`).
 module mod_p3dgrid
   use, intrinsic :: iso_c_binding
   use, intrinsic :: iso_fortran_env, only: int64, real32, real64, output_unit
@@ -36,7 +36,7 @@ module mod_p3dgrid
   ! Byte orders of `p3dcoding`.
   integer, parameter, public :: p3d_little_endian = 1, p3d_big_endian = 2
 
-  ! What a file is, beyond the arguments of the operations; 0 for the default.
+  ! Properties of a file that the arguments of the operations do not hold; 0 for the default.
   type, public :: p3dcoding
     integer :: byte_order = 0    ! default: that of the machine
     integer :: marker_bytes = 0  ! 4 or 8; default: 4
@@ -59,7 +59,7 @@ module mod_p3dgrid
       character(*), intent(in) :: name
       character(:), allocatable, intent(out) :: path
     end subroutine
-    ! Returns what the file `name` is.
+    ! Returns the properties of the file `name`.
     subroutine p3d_coding_handler(name, coding)
       import :: p3dcoding
       character(*), intent(in) :: name
@@ -70,7 +70,7 @@ module mod_p3dgrid
       character(*), intent(in) :: line
     end subroutine
     ! Called when the library ends the run: status 0 for a halt, 2 for a fatal error with its
-    ! message. If it returns, the run ends as without it.
+    ! message. If it returns, the library ends the run.
     subroutine p3d_run_end_handler(status, message)
       integer, intent(in) :: status
       character(*), intent(in) :: message
@@ -116,10 +116,9 @@ module mod_p3dgrid
 
   logical :: connected = .false.
 
-  ! The variables of the library's contract with its host, which the library leaves undefined. Their
-  ! names are those that C++ compilers give to the members of the namespace mod_gridvars. Initial
-  ! values and public access make them definitions that replace those of a shared library; no host
-  ! uses them.
+  ! The variables of the library's contract with its host, which the library leaves undefined. They
+  ! have the mangled C++ names of the members of the namespace mod_gridvars. Initial values and
+  ! public access make them definitions that replace those of a shared library; no host uses them.
   integer(c_int), public, bind(c, name='_ZN12mod_gridvars9nfilesectE') :: &
       p3d_contract_nfilesect = 0
   integer(c_int), public, bind(c, name='_ZN12mod_gridvars11rstrtvarsctE') :: &
@@ -130,7 +129,7 @@ module mod_p3dgrid
       p3d_contract_readallvars = 0
 
   ! Procedures of this module that the library calls. An allocatable passes through the library as
-  ! the address of its descriptor, which the library does not look into.
+  ! the address of its descriptor, which the library does not read.
   type, bind(c) :: procedures
     type(c_funptr) :: allocate_integer, release_integer, locate_integer
     type(c_funptr) :: allocate_single, release_single, locate_single
@@ -406,8 +405,8 @@ module mod_p3dgrid
       integer(c_int64_t), intent(out) :: place(5)
     end subroutine
 
-    ! Returns a text of the last failed read, valid until the next call: the file (1), what was
-    ! found (2), what was expected (3), or the whole line (4).
+    ! Returns a string that describes the last failed read, valid until the next call: the file (1),
+    ! what was found (2), what was expected (3), or the whole line (4).
     function library_failure_text(which, length) result(text) &
         bind(c, name='mod_p3dgrid_failure_text')
       import
@@ -930,7 +929,7 @@ contains
     end if
   end subroutine
 
-  ! The functions of the library's contract with its host, under the names of C++.
+  ! The functions of the library's contract with its host, under their mangled C++ names.
 
   subroutine contract_dispreadwrite(mode, iparm1, iparm2, filename, iarg, larg, opt7, opt8, opt9, &
       opt10, opt11) bind(c, name='_ZN12mod_gridvars13dispreadwriteERKiS1_S1_RKN11mod_p3dgrid8Fil&
@@ -1025,7 +1024,7 @@ contains
     dimensions = coding%dimensions
   end subroutine
 
-  ! Results: the library has the caller's arrays allocated, so that it can fill them.
+  ! Results: the library calls these to allocate the caller's arrays, which it then fills.
 
   function allocate_integer(array, extents) result(address) bind(c, name='')
     integer(c_int), allocatable, target, intent(inout) :: array(:)

@@ -295,8 +295,8 @@ void readp3drestart(const FileName& filename, integer iformat, logical dblprec, 
                     integer rsttype, logical multiblock);
 
 /// The same with flow in double precision. The quirks of double-precision files above are those of
-/// single-precision files here, because these pass through staging arrays. From layout 100 in
-/// double precision the triplets arrive.
+/// single-precision files here, because these pass through staging arrays. Triplets of layout 100
+/// in double precision are read correctly.
 void readp3drestart(const FileName& filename, integer iformat, logical dblprec, integer nblocks,
                     array_view<const integer, 1> blockpoints, allocatable<double, 2>& varvalues,
                     allocatable<double, 2>& auxvalues, array_view<const integer, 1> idim,

@@ -23,7 +23,7 @@ struct ConvertOptions {
   StatedCoding change;
 };
 
-/// The file to be written.
+/// The output file.
 struct Target {
   StatedGridForm grid;        ///< its form, of a grid
   StatedRestartForm restart;  ///< the same of a restart file
@@ -130,16 +130,16 @@ class Part {
   std::vector<Pair> pairs_;
 };
 
-/// Copies the values, a piece of each rank at a time.
+/// Copies the values. In each round every rank copies one piece.
 void copy(const Team& team, const Input& input, const Target& target, const std::string& path) {
   std::optional<SharedFile> read;
   std::optional<SharedFile> written;
-  team.together([&] { read.emplace(input.path, SharedFile::Use::read); });
-  team.together([&] { written.emplace(path, SharedFile::Use::write); });
+  team.run_on_all([&] { read.emplace(input.path, SharedFile::Use::read); });
+  team.run_on_all([&] { written.emplace(path, SharedFile::Use::write); });
   const std::vector<Piece> pieces = pieces_of(input.extents, input.index, team.size());
   std::vector<std::byte> from;
   std::vector<std::byte> to;
-  team.together([&] {  // so that no rank lacks memory while the others wait for it
+  team.run_on_all([&] {  // a failed allocation must not leave the other ranks waiting
     from.reserve(most_piece_bytes);
     to.reserve(2 * most_piece_bytes);
   });
@@ -151,32 +151,32 @@ void copy(const Team& team, const Input& input, const Target& target, const std:
       const std::size_t block = pieces[mine].block;
       part = Part(pieces[mine], pairs_of(input.index[block], target.index[block]));
     }
-    team.together([&] { read->read(part.read_from(), from); });
-    team.together([&] {
+    team.run_on_all([&] { read->read(part.read_from(), from); });
+    team.run_on_all([&] {
       part.convert(from, input.found.reading.coding().byte_order, to, target.coding.byte_order);
     });
-    team.together([&] { written->write(part.write_to(), to); });
+    team.run_on_all([&] { written->write(part.write_to(), to); });
   }
-  team.together([&] { written->close(); });
+  team.run_on_all([&] { written->close(); });
 }
 
 void convert(const Team& team, const ConvertOptions& options) {
   std::optional<OutputFile> output;  // of the leader
-  team.lead([&] {
+  team.run_on_leader([&] {
     output.emplace(options.output, std::initializer_list<std::string>{options.input.file.path});
   });
   std::optional<Input> input;
-  team.together([&] { input.emplace(open_input(options.input)); });
+  team.run_on_all([&] { input.emplace(open_input(options.input)); });
   Target target = target_of(*input, options.change);
-  team.lead([&] {
+  team.run_on_leader([&] {
     output->require_writable(is_text(target.coding) ? "p3dgrid-mpi writes no text; p3dgrid does"
                                                     : "");
     output->stream([&] { reserve(output->temporary_path(), *input, target); });
   });
   const std::string path = team.from_leader(output ? output->temporary_path() : "");
-  team.together([&] { target.index = index_of(path, *input, target); });
+  team.run_on_all([&] { target.index = index_of(path, *input, target); });
   copy(team, *input, target, path);
-  team.lead([&] {
+  team.run_on_leader([&] {
     note_contradiction(options.output, target.coding);
     output->commit();
     print_summary(options.output + ": " + target.summary);

@@ -67,8 +67,8 @@ std::vector<ArrayValues> values_of(const BlockIndex& block, const Piece& piece, 
   return all;
 }
 
-/// Reads all pieces, each on one rank, and returns what `find(piece, values)` found in each, in
-/// their order, on the leader.
+/// Reads all pieces, each on one rank, and returns the results of `find(piece, values)` in the
+/// order of the pieces, on the leader.
 template <class Find>
 auto findings_of_pieces(const Team& team, const Input& input, const std::vector<Piece>& pieces,
                         Find find) {
@@ -76,9 +76,9 @@ auto findings_of_pieces(const Team& team, const Input& input, const std::vector<
   using Item = typename Found::value_type;
   static_assert(std::is_trivially_copyable_v<Item>);
   std::optional<SharedFile> file;
-  team.together([&] { file.emplace(input.path, SharedFile::Use::read); });
+  team.run_on_all([&] { file.emplace(input.path, SharedFile::Use::read); });
   std::vector<std::byte> bytes;
-  team.together([&] { bytes.reserve(most_piece_bytes); });
+  team.run_on_all([&] { bytes.reserve(most_piece_bytes); });
   const auto ranks = static_cast<std::size_t>(team.size());
   std::vector<Found> all(pieces.size());
   for (std::size_t round = 0; round < pieces.size(); round += ranks) {
@@ -86,8 +86,8 @@ auto findings_of_pieces(const Team& team, const Input& input, const std::vector<
     const Piece mine = number < pieces.size() ? pieces[number] : Piece{};
     const BlockIndex& block = input.index[mine.block];
     Found found;
-    team.together([&] { file->read(places_of(block, mine), bytes); });
-    team.together([&] {
+    team.run_on_all([&] { file->read(places_of(block, mine), bytes); });
+    team.run_on_all([&] {
       found = find(mine, values_of(block, mine, input.found.reading.coding().byte_order, bytes));
     });
     std::vector<char> sent(found.size() * sizeof(Item));
@@ -128,7 +128,7 @@ GridReport report_on_grid(const Team& team, const Input& input) {
     return found;
   };
   const auto all = findings_of_pieces(team, input, pieces, find);
-  for (std::size_t n = 0; team.leads() && n < all.size(); ++n) {
+  for (std::size_t n = 0; team.is_leader() && n < all.size(); ++n) {
     report.blocks[pieces[n].block].include(all[n][0]);
   }
   return report;
@@ -138,7 +138,7 @@ RestartReport report_on_restart(const Team& team, const Input& input) {
   RestartReport report{.found = input.found, .header = input.header};
   report.shown = shown_blocks("all", input.path, input.extents.blocks());
   report.names.resize(report.place_of({1, true}));
-  if (team.leads()) report.names = variable_names(input.path, input.header, {});
+  if (team.is_leader()) report.names = variable_names(input.path, input.header, {});
   FlowReport body{.parameters = input.parameters, .arrays = std::vector<Findings>(report.arrays())};
   const std::vector<Piece> pieces = pieces_of(input.extents, input.index, team.size());
   const RestartForm& form = input.header.form;
@@ -165,7 +165,7 @@ RestartReport report_on_restart(const Team& team, const Input& input) {
 void show(const Team& team, const InfoOptions& options) {
   if (options.json) keep_output_for_programs();
   std::optional<Input> input;
-  team.together([&] { input.emplace(open_input(options.input)); });
+  team.run_on_all([&] { input.emplace(open_input(options.input)); });
   const auto print = [&](const auto& report) {
     if (options.json) return print_text(json_of(input->path, report));
     print_info(input->path, report);
@@ -187,8 +187,7 @@ Command shared_info_command(const Team& team) {
                   .arguments = {{"FILE", &options->input.file.path, "Grid file or restart file"}},
                   .run = [options, &team] { show(team, *options); }};
   add_input_options(command, options->input);
-  command.options.push_back(
-      {"--json", &options->json, "Print the same for programs, and nothing else"});
+  command.options.push_back({"--json", &options->json, "Print the same as JSON, and nothing else"});
   return command;
 }
 

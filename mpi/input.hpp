@@ -11,7 +11,7 @@
 
 namespace p3dgrid::tool {
 
-/// What the command line says of the file to be read.
+/// Properties of the input file that the command line states.
 struct InputOptions {
   AnyFile file;
   std::string grid_path;  ///< of a restart file
@@ -20,7 +20,7 @@ struct InputOptions {
 /// Adds the options.
 void add_input_options(Command& command, InputOptions& options);
 
-/// A grid or restart file whose header has been read, with the places of its arrays.
+/// A grid or restart file whose header has been read, with the index of its arrays.
 struct Input {
   std::string path;
   Found found;
@@ -30,7 +30,7 @@ struct Input {
   std::vector<std::vector<double>> parameters = {};  ///< the flow parameters of each block
 };
 
-/// Finds out what a file is, like `p3dgrid info`, and where its arrays are. Reads no values.
+/// Detects the form of a file, like `p3dgrid info`, and makes its index. Reads no values.
 [[nodiscard]] Input open_input(const InputOptions& options);
 
 }  // namespace p3dgrid::tool

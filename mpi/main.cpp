@@ -28,7 +28,7 @@ Program program(const Team& team) {
 
 void run(const Team& team, int argc, const char* const* argv) {
   Request request;
-  team.together([&] { request = read_command_line(program(team), argc, argv); });
+  team.run_on_all([&] { request = read_command_line(program(team), argc, argv); });
   if (!request.run) return print_text(request.text);
   set_verbosity(request.quiet, request.verbose);
   request.run();

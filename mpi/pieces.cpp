@@ -6,7 +6,7 @@ namespace p3dgrid::tool {
 
 namespace {
 
-/// Smaller pieces cost more in calls than they gain.
+/// For smaller pieces the calls cost more than the parallel work saves.
 constexpr std::int64_t least_piece_bytes = std::int64_t{64} * 1024;
 
 std::int64_t bytes_per_point_of(const BlockIndex& block) {

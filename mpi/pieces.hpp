@@ -4,7 +4,7 @@
 #include <p3dgrid/index.hpp>
 #include <vector>
 
-/// How the ranks share the points of a file.
+/// The distribution of the points of a file among the ranks.
 namespace p3dgrid::tool {
 
 /// Adjacent points of a block, with all arrays at these points.
@@ -16,7 +16,7 @@ struct Piece {
   [[nodiscard]] std::int64_t points() const { return last - first; }
 };
 
-/// Most bytes that a rank holds of a file at a time.
+/// The most bytes of a file that a rank holds at a time.
 inline constexpr std::int64_t most_piece_bytes = std::int64_t{16} * 1024 * 1024;
 
 /// Cuts the blocks into pieces of whole k-planes, and larger planes into parts. Small files are cut

@@ -8,7 +8,7 @@
 namespace p3dgrid::tool {
 namespace {
 
-/// Bytes of a file at several places, as a type of MPI.
+/// Byte ranges of a file, as an MPI datatype.
 class PlacesType {
  public:
   explicit PlacesType(const std::vector<ByteRange>& ranges) {
@@ -49,15 +49,15 @@ SharedFile::~SharedFile() {
   if (file_ != MPI_FILE_NULL) MPI_File_close(&file_);
 }
 
-/// Makes the ranges of this rank its part of the file.
+/// Sets the file view of this rank to its ranges.
 void SharedFile::select(const std::vector<ByteRange>& ranges) {
   if (ranges.empty()) {
     return require(MPI_File_set_view(file_, 0, MPI_BYTE, MPI_BYTE, "native", MPI_INFO_NULL),
-                   "cannot go to its place");
+                   "cannot set the file view");
   }
   const PlacesType places(ranges);
   require(MPI_File_set_view(file_, 0, MPI_BYTE, places.type(), "native", MPI_INFO_NULL),
-          "cannot go to its place");
+          "cannot set the file view");
 }
 
 void SharedFile::read(const std::vector<ByteRange>& ranges, std::vector<std::byte>& bytes) {

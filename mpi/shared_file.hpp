@@ -9,8 +9,9 @@
 
 namespace p3dgrid::tool {
 
-/// A file that all ranks read or write together by MPI-IO. Every rank calls each function. One that
-/// fails throws a Failure that names the file; other ranks learn of it from `Team::together`.
+/// A file that all ranks read or write together by MPI-IO. Every rank calls each function. A rank
+/// that fails throws a Failure that names the file; `Team::run_on_all` throws it on the other
+/// ranks.
 class SharedFile {
  public:
   enum class Use { read, write };
@@ -26,7 +27,7 @@ class SharedFile {
   /// Writes them.
   void write(const std::vector<ByteRange>& ranges, const std::vector<std::byte>& bytes);
 
-  /// Forces what was written to the disk and closes the file.
+  /// Flushes written data to the disk and closes the file.
   void close();
 
  private:

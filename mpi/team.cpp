@@ -32,7 +32,7 @@ Team::Team(int& argc, char**& argv) {
   MPI_Init(&argc, &argv);
   MPI_Comm_rank(MPI_COMM_WORLD, &rank_);
   MPI_Comm_size(MPI_COMM_WORLD, &size_);
-  if (leads()) return;
+  if (is_leader()) return;
   silence(STDOUT_FILENO);
   silence(STDERR_FILENO);
 }
@@ -41,7 +41,7 @@ Team::~Team() {
   MPI_Finalize();
 }
 
-void Team::together(const std::function<void()>& step) const {
+void Team::run_on_all(const std::function<void()>& step) const {
   const std::optional<Failure> own = failure_of(step);
   const int mine = own ? rank_ : size_;
   int first = size_;
@@ -50,12 +50,12 @@ void Team::together(const std::function<void()>& step) const {
   int status = own ? static_cast<int>(own->status()) : 0;
   MPI_Bcast(&status, 1, MPI_INT, first, MPI_COMM_WORLD);
   const std::string message = broadcast(own ? own->what() : "", first);
-  throw Failure(ExitStatus{status}, "", message);  // has been made printable
+  throw Failure(ExitStatus{status}, "", message);  // is printable already
 }
 
-void Team::lead(const std::function<void()>& step) const {
-  together([&] {
-    if (leads()) step();
+void Team::run_on_leader(const std::function<void()>& step) const {
+  run_on_all([&] {
+    if (is_leader()) step();
   });
 }
 
@@ -65,7 +65,7 @@ std::string Team::from_leader(std::string text) const {
 
 std::vector<char> Team::gathered(const std::vector<char>& bytes) const {
   const int count = static_cast<int>(bytes.size());
-  std::vector<char> all(leads() ? bytes.size() * static_cast<std::size_t>(size_) : 0);
+  std::vector<char> all(is_leader() ? bytes.size() * static_cast<std::size_t>(size_) : 0);
   MPI_Gather(bytes.data(), count, MPI_CHAR, all.data(), count, MPI_CHAR, 0, MPI_COMM_WORLD);
   return all;
 }

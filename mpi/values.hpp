@@ -11,8 +11,8 @@ struct Storage {
   ByteOrder order = ByteOrder::native;
 };
 
-/// Copies values from one way of storing them to another. Integers stay integers; doubles are
-/// rounded to singles.
+/// Copies values from one storage format to another. Integers stay integers; doubles are rounded to
+/// singles.
 void convert_values(const std::byte* from, Storage stored, std::byte* to, Storage wanted,
                     std::int64_t count);
 

@@ -7,7 +7,7 @@
 /// Lists of blocks on the command line, such as "1,3-5", counted from 1.
 namespace p3dgrid::tool {
 
-/// What is wrong with the text as a list of blocks; empty if nothing is.
+/// The reason why the text is no list of blocks; empty if it is one.
 [[nodiscard]] std::string wrong_block_list(const std::string& text);
 
 /// The blocks of a list, counted from 0, in its order; all for an empty text. Throws a Failure if

@@ -13,7 +13,8 @@ namespace p3dgrid::tool {
 /// Returns what is wrong with the text of a value; empty if nothing is.
 using Check = std::function<std::string(const std::string& text)>;
 
-/// Where the value of an option goes. `bool` makes it a flag, a vector takes several values.
+/// The variable that receives the value of an option. `bool` makes the option a flag, a vector
+/// takes several values.
 using Target = std::variant<bool*, integer*, double*, std::string*, std::vector<double>*,
                             std::vector<std::string>*, std::optional<integer>*,
                             std::optional<double>*, std::function<void(const std::string&)>>;

@@ -31,7 +31,7 @@ void print_summary(std::string_view line);
 /// One of the library's own lines, on standard output.
 void print_library_line(std::string_view line);
 
-/// A warning, on standard error. The same is printed once.
+/// A warning, on standard error. Repetitions of a warning are not printed.
 void print_note(std::string_view text);
 
 /// Why the command failed, on standard error.

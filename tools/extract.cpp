@@ -38,8 +38,8 @@ std::string text_of(std::int32_t index) {
                                       : std::to_string(std::int64_t{index} + 1);
 }
 
-/// Refuses a range that leaves the block or, unless it is `uneven`, misses the last point asked
-/// for. Returns whether it misses it.
+/// Refuses a range that exceeds the block or, unless it is `uneven`, misses its requested last
+/// point. Returns whether it misses that point.
 bool require_in(const Indices& asked, Direction direction, const ExtractOptions& options,
                 const Extents& extents, std::size_t block) {
   const std::int32_t extent = along(extents.of(block), direction);
@@ -58,7 +58,7 @@ bool require_in(const Indices& asked, Direction direction, const ExtractOptions&
                  "; --uneven leaves it out");
 }
 
-/// The parts of the blocks asked for.
+/// The parts of the selected blocks.
 std::vector<Part> parts_of(const ExtractOptions& options, const Extents& extents) {
   std::vector<Part> parts;
   std::string uneven;

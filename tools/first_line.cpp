@@ -11,8 +11,8 @@
 namespace p3dgrid::tool {
 namespace {
 
-/// Moves the bytes from `first` to `end` by so many places, piece by piece. The end of the file
-/// goes first where it grows, so that no byte is overwritten before it is read.
+/// Moves the bytes from `first` to `end` by a distance, piece by piece. If the file grows, its last
+/// piece is moved first, so that no byte is overwritten before it is read.
 void move_bytes(std::fstream& file, std::int64_t first, std::int64_t end, std::int64_t places) {
   constexpr std::int64_t piece = 1 << 20;
   std::vector<char> bytes(static_cast<std::size_t>(std::min(piece, end - first)));

@@ -34,7 +34,7 @@ constexpr Usage info_usage = {.command_line = "p3dgrid info RESTART --grid GRID"
 GridReport report_on(const InfoOptions& options, const Found& found) {
   const std::string& path = options.input.path;
   if (!options.names.empty()) {
-    throw Unusable("--names is about a restart file, and " + path + " is a grid");
+    throw Unusable("--names applies to a restart file, and " + path + " is a grid");
   }
   GridInput input(path, found);
   GridReport report{.found = found, .extents = input.extents(), .blocks = {}};
@@ -156,8 +156,8 @@ Command info_command() {
           "  p3dgrid info grid.p3d --blocks 1,3\n"
           "  p3dgrid info grid.p3d upper.p3d",
       .arguments = {{"FILE", &options->paths,
-                     "Grid file or restart file; which of the two is found out, or follows from "
-                     "any option. Of several, one line each and what changes",
+                     "Grid file or restart file; the kind is detected, or follows from any "
+                     "option. For several files, one line each, with what changes",
                      Argument::Use::inputs}},
       .run = [options] { show_files(*options); }};
   add_grid_options(command, input.grid, &input.grid_option);
@@ -168,11 +168,9 @@ Command info_command() {
        "Blocks to show, counted from 1, or all; default all of up to 20, a summary of more", "LIST",
        [](const std::string& text) { return text == "all" ? "" : wrong_block_list(text); }});
   command.options.push_back(names_option(options->names));
+  command.options.push_back({"--json", &options->json, "Print the same as JSON, and nothing else"});
   command.options.push_back(
-      {"--json", &options->json, "Print the same for programs, and nothing else"});
-  command.options.push_back(
-      {"--index", &options->index,
-       "Print for programs the place of each array in the file instead of its values"});
+      {"--index", &options->index, "Print the byte ranges of each array as JSON; read no values"});
   return command;
 }
 

@@ -24,7 +24,7 @@ struct Extreme {
   std::int32_t k = 1;
 };
 
-/// What the values of an array show. Can be copied bytewise.
+/// Statistics of the values of an array. Trivially copyable.
 struct Findings {
   std::optional<Extreme> low;  ///< of the finite values; none if there are none
   std::optional<Extreme> high;
@@ -36,7 +36,7 @@ struct Findings {
   /// @param first  the first point, from 0
   void include(std::size_t block, const BlockExtents& extents, const Reals& values,
                std::int64_t first = 0);
-  /// Includes what later points show.
+  /// Includes the statistics of later points.
   void include(const Findings& later);
 };
 
@@ -59,7 +59,7 @@ struct Box {
 /// number) and others.
 using BlankingCounts = std::array<std::int64_t, 4>;
 
-/// What points of a grid show. Can be copied bytewise.
+/// Statistics of points of a grid. Trivially copyable.
 struct GridFindings {
   std::array<Findings, 3> coordinates;
   Box box;
@@ -72,7 +72,7 @@ struct GridFindings {
   /// @param first    the first point, from 0
   void include(std::size_t number, const BlockExtents& extents, const Block& points,
                std::int64_t first = 0);
-  /// Includes what later points show.
+  /// Includes the statistics of later points.
   void include(const GridFindings& later);
 };
 
@@ -114,7 +114,7 @@ struct RestartReport {
   std::optional<FlowReport> body = {};   ///< none if it is not read
   std::vector<std::string> names = {};   ///< of the variables of the body
   std::vector<std::int32_t> shown = {};  ///< blocks in the tables, from 0
-  std::vector<BlockIndex> index = {};    ///< instead of the body, where it is asked for
+  std::vector<BlockIndex> index = {};    ///< instead of the body, with `--index`
 
   /// Those read, extensions included, or else stated; none if neither is known.
   [[nodiscard]] std::optional<Sections> sections() const {
@@ -144,7 +144,7 @@ struct RestartReport {
 void print_info(const std::string& path, const GridReport& report);
 void print_info(const std::string& path, const RestartReport& report);
 
-/// Something about a file that may be different in the next one.
+/// A property of a file that may differ in the next file.
 struct Fact {
   enum class Column { never, if_changed, always };
 
@@ -162,11 +162,11 @@ struct FileFacts {
   Facts facts;
 };
 
-/// Prints one line for each file, with what differs from the file before.
+/// Prints one line for each file, with its differences from the previous file.
 void print_series(const std::vector<FileFacts>& files);
 
 [[nodiscard]] std::string json_of(const std::string& path, const GridReport& report);
-/// With the places of the arrays instead of what their values give.
+/// With the byte ranges of the arrays instead of the statistics of their values.
 [[nodiscard]] std::string json_of(const std::string& path, const Found& found,
                                   const Extents& extents, const std::vector<BlockIndex>& index);
 [[nodiscard]] std::string json_of(const std::string& path, const RestartReport& report);

@@ -89,7 +89,7 @@ Json block(const Extents& extents, std::size_t b) {
           {"points", extents.points_of(b)}};
 }
 
-/// Adds the places of the arrays to the blocks, if they are known.
+/// Adds the byte ranges of the arrays to the blocks, if they are known.
 void add_arrays(Json& blocks, const std::vector<BlockIndex>& index) {
   for (std::size_t b = 0; b < index.size(); ++b) {
     Json& arrays = blocks[b]["arrays"] = Json::array();

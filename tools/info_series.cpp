@@ -30,7 +30,7 @@ void add_ranges(Facts& facts, const std::vector<Survey>& surveys, const std::str
   }
 }
 
-/// Adds each flow parameter, that of all blocks in one text.
+/// Adds each flow parameter; its values in all blocks form one text.
 void add_parameters(Facts& facts, const RestartReport& report) {
   const auto& parameters = report.body->parameters;
   const auto count = static_cast<std::int32_t>(parameters.front().size());
@@ -57,7 +57,7 @@ bool is_same(const Fact& fact, const Facts& others) {
   return other != nullptr && other->text == fact.text;
 }
 
-/// The names of what differs; of files of two kinds everything does.
+/// The names of the facts that differ; only the kind for a grid and a restart file.
 std::string changes_between(const Facts& before, const Facts& after) {
   if (before.front().text != after.front().text) return after.front().name;
   std::string names;
@@ -71,7 +71,7 @@ std::string changes_between(const Facts& before, const Facts& after) {
   return names.empty() ? "nothing" : names;
 }
 
-/// The columns of the table, without that of the file and of the changes. What changes has one if
+/// The columns of the table between the file and the changes. A fact that changes has a column if
 /// all files have it.
 std::vector<std::string> columns_of(const std::vector<FileFacts>& files) {
   std::vector<std::string> columns;

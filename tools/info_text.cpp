@@ -11,7 +11,7 @@ namespace {
 
 constexpr const char* none = "-";
 
-/// Files of more blocks begin with a summary, and show those that are asked for.
+/// For files with more blocks a summary is printed, and only the blocks that `--blocks` selects.
 constexpr std::int32_t most_blocks_shown = 20;
 
 void print_below_blank(const Table& table) {
@@ -70,7 +70,7 @@ void print_summary_of(const Extents& extents, bool shows_blocks) {
   }
   line("fewest  ", smallest);
   line("most    ", largest);
-  if (!shows_blocks) print_line("blocks  --blocks all shows them, --blocks 1,3-5 these");
+  if (!shows_blocks) print_line("blocks  --blocks all shows all of them, --blocks 1,3-5 some");
 }
 
 /// Additional columns of the table of blocks.

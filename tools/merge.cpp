@@ -24,7 +24,7 @@ constexpr Usage merge_usage = {
     .command_line = "p3dgrid merge GRID... OUT --restart RESTART... OUT",
     .grid_alone = "'p3dgrid merge GRID... OUT' without --restart takes grids alone"};
 
-/// Notes a difference between the first input and another, if there is one.
+/// Prints a note if the first input and another differ.
 void compare(const std::string& first, const std::string& other, const std::string& what,
              const std::string& of_first, const std::string& of_other, const std::string& result) {
   if (of_first == of_other) return;

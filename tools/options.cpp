@@ -142,9 +142,9 @@ void add_part_options(Command& command, PartOptions& options, int values) {
   command.options.push_back(
       {.name = "--restart",
        .target = &options.solutions,
-       .meaning = values == 2 ? "Do the same with its solution RESTART, and write it to OUT"
-                              : "Do the same with their solutions, one for each grid, and write "
-                                "them to OUT",
+       .meaning = values == 2 ? "Process its solution RESTART in the same way and write it to OUT"
+                              : "Process their solutions in the same way, one RESTART for each "
+                                "grid, and write them to OUT",
        .value_name = values == 2 ? "RESTART OUT" : "RESTART... OUT",
        .check = wrong_name,
        .is_input = true,

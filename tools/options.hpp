@@ -31,7 +31,8 @@ void add_target_options(Command& command, StatedGridForm& change);
 /// Adds options that describe the restart file to be written, and header values that go into it.
 void add_target_options(Command& command, StatedRestartForm& change, HeaderValues& values);
 
-/// Options of commands that write parts of grids and, if asked for, the same of their solutions.
+/// Options of commands that write parts of grids and, optionally, the same parts of their
+/// solutions.
 struct PartOptions {
   StatedGridForm grid;
   StatedRestartForm restart;
@@ -57,7 +58,7 @@ void add_part_options(Command& command, PartOptions& options, int values = 2);
 /// The entries of a list with commas between them.
 [[nodiscard]] std::vector<std::string> entries_in(const std::string& text);
 
-/// The places where one coordinate has one value.
+/// A plane on which one coordinate is constant.
 struct CoordinatePlane {
   std::size_t axis = 0;  ///< 0 for x, 1 for y, 2 for z
   double value = 0;
@@ -66,7 +67,7 @@ struct CoordinatePlane {
 /// Parses a plane such as "x=0.5"; none for any other text.
 [[nodiscard]] std::optional<CoordinatePlane> coordinate_plane_in(const std::string& text);
 
-/// The points of a block in which an index has one value.
+/// The points of a block at which one index is constant.
 struct IndexPlane {
   Direction direction = Direction::k;
   std::int32_t index = 0;  ///< from 0; `Indices::all_points` for the last

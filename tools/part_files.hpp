@@ -13,7 +13,7 @@ namespace p3dgrid::tool {
 
 /// Finds the forms of grids and, if `--restart` is given, of their solutions.
 /// @param usage  of the command with a solution, for messages
-/// @param meant  what takes a solution in place of a grid, as part of a sentence
+/// @param meant  the command that accepts a solution given in place of a grid, for messages
 [[nodiscard]] std::deque<CaseInput> open_cases(const PartOptions& options,
                                                const std::vector<std::string>& grids,
                                                const Usage& usage, const std::string& meant);
@@ -29,11 +29,11 @@ class PartOutput {
 
   void write(const Parts& parts);
 
-  /// Puts the files in place and says what was done.
+  /// Renames the files into place and prints the summaries.
   void commit();
 
  private:
-  /// A file, and the line that says what it holds.
+  /// A file, and the summary of its contents.
   struct File {
     File(std::string path_of_file, const std::vector<std::string>& inputs)
         : path(std::move(path_of_file)), output(path, inputs) {}

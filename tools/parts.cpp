@@ -12,7 +12,7 @@
 namespace p3dgrid::tool {
 namespace {
 
-/// That of the first input, but in double precision if any input is.
+/// The form of the first input, but in double precision if any input is.
 GridForm combined_form(const Parts& parts) {
   GridForm form = parts.inputs.front().form();
   for (const CaseInput& input : parts.inputs) {

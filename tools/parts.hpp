@@ -13,7 +13,7 @@
 #include "restart_conversion.hpp"
 #include "restart_file.hpp"
 
-/// Files that are made of parts of other files. One block of a grid, or one array of a solution, is
+/// Files that consist of parts of other files. One block of a grid, or one array of a solution, is
 /// in memory at a time.
 namespace p3dgrid::tool {
 
@@ -52,7 +52,7 @@ class CaseInput {
   mutable bool restart_compared_ = false;
 };
 
-/// A block of a file written: a part of a block of an input, whose directions are then reordered.
+/// A block of an output file: a part of a block of an input, whose directions are then reordered.
 struct Part {
   std::size_t input = 0;
   std::size_t block = 0;
@@ -60,7 +60,7 @@ struct Part {
   Orientation orientation = {};
 };
 
-/// The blocks of a file written.
+/// The blocks of an output file.
 struct Parts {
   std::deque<CaseInput>& inputs;
   std::vector<Part> list;
@@ -74,13 +74,13 @@ struct Parts {
 /// All blocks of the inputs.
 [[nodiscard]] std::vector<Part> whole_blocks(const std::deque<CaseInput>& inputs);
 
-/// Writes a grid. Returns the line that says what was done.
+/// Writes a grid. Returns a summary, one line.
 /// @param path    of the file that `output` replaces
 /// @param change  the stated members of its form; the others are those of the first input
 [[nodiscard]] std::string write_grid(const OutputFile& output, const std::string& path,
                                      const Parts& parts, const StatedGridForm& change);
 
-/// Writes a solution. Returns the line that says what was done.
+/// Writes a solution. Returns a summary, one line.
 [[nodiscard]] std::string write_restart(const OutputFile& output, const std::string& path,
                                         const Parts& parts, const StatedRestartForm& change,
                                         const HeaderValues& values);

@@ -34,7 +34,7 @@ void plot_files(const PlotOptions& options) {
                                                      : options.restart_option;
   if (!request.shows_flow() && !idle.empty()) {
     throw Unusable(
-        idle + " is about a restart file, and none is given: p3dgrid plot GRID RESTART OUT.png");
+        idle + " applies to a restart file, and none is given: p3dgrid plot GRID RESTART OUT.png");
   }
   if (request.shows_flow() && request.quality) {
     throw Unusable("--quality shows the grid alone, and a restart file is given");
@@ -83,7 +83,7 @@ std::vector<Option> picture_options(plot::Request& request) {
        "PLANE,...", checked("is no grid plane such as k=1, j=20 or i=last", is_plane)},
       {"--cut", take_cuts, "Cut through the cells, such as x=0.5 or y=0,z=0", "PLANE,...",
        checked("is no plane such as x=0.5", is_cut)},
-      {"--box", take_box, "Show a part of the space alone", "X0:X1,Y0:Y1[,Z0:Z1]",
+      {"--box", take_box, "Show only the inside of a box", "X0:X1,Y0:Y1[,Z0:Z1]",
        checked("is no box such as -1:2,0:0.5 or -1:2,0:0.5,0:1", is_box)},
       {.name = "--quality",
        .target = take_quality,

@@ -13,7 +13,7 @@ namespace p3dgrid::tool {
 namespace {
 
 // Opens a standard stream that the caller has closed, for the opposite direction: using it still
-// fails, but no other file gets its number.
+// fails, but no other file gets its descriptor.
 void occupy(int descriptor, int flags) {
   if (::fcntl(descriptor, F_GETFD) != -1 || errno != EBADF) return;
   static_cast<void>(::open("/dev/null", flags));

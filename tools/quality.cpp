@@ -68,7 +68,7 @@ Command quality_command() {
       .options = {{"--tolerance", &options->tolerance,
                    "Largest difference of each coordinate of points that blocks share; default 0",
                    "D", is_tolerance},
-                  {"--json", &options->json, "Print the same for programs, as JSON"}},
+                  {"--json", &options->json, "Print the same as JSON"}},
       .run = [options] { show_quality(*options); }};
   add_grid_options(command, options->stated);
   return command;

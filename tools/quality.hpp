@@ -62,7 +62,7 @@ struct Face {
   friend auto operator<=>(const Face&, const Face&) = default;
 };
 
-/// A pair of faces with points at the same places.
+/// A pair of faces that share points.
 struct Connection {
   enum class Kind { whole, part };
 
@@ -73,16 +73,16 @@ struct Connection {
   IndexRange range = {};    ///< of the first block, in which these points lie
 };
 
-/// Finds faces that have points in common.
+/// Finds faces that share points.
 class FaceSearch {
  public:
   /// @param tolerance  largest difference of each coordinate of points at the same place
   explicit FaceSearch(double tolerance) : tolerance_(tolerance) {}
 
-  /// Keeps the points of the faces of a block.
+  /// Stores the points of the faces of a block.
   void add(std::int32_t number, const Block& block);
 
-  /// The pairs that have more in common than an edge or a corner.
+  /// The pairs that share more than an edge or a corner.
   [[nodiscard]] std::vector<Connection> connections();
 
  private:
@@ -108,7 +108,7 @@ class FaceSearch {
   std::vector<FacePoint> points_;
 };
 
-/// What has been found out about a grid.
+/// The measures and connections of a grid.
 struct QualityReport {
   std::vector<BlockQuality> blocks = {};
   std::vector<Connection> connections = {};

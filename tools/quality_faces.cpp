@@ -8,13 +8,14 @@
 
 namespace p3dgrid::tool {
 
-/// What a face has in common with another.
+/// The points that a face shares with another.
 struct FaceSearch::Shared {
   BlockExtents low = {Indices::all_points, Indices::all_points, Indices::all_points};
   BlockExtents high = {};
   std::vector<std::int64_t> points = {};  ///< their numbers in the face
 
-  /// Room in the numbers for a row, so that the end of a row is not beside the next.
+  /// Numbers per row: one more than its points, so that the end of a row and the beginning of the
+  /// next are not adjacent.
   static std::int64_t width(std::int32_t extent) { return std::int64_t{extent} + 1; }
 
   void add(const FacePoint& point, const Face& face, const BlockExtents& extents) {
@@ -27,8 +28,8 @@ struct FaceSearch::Shared {
     }
   }
 
-  /// Whether all corners of a cell of the face are among the points. Faces that only touch along an
-  /// edge or at a corner have none.
+  /// Whether all corners of a cell of the face are among the points. Faces that share only an edge
+  /// or a corner have no such cell.
   [[nodiscard]] bool holds_cell(const BlockExtents& extents) {
     std::ranges::sort(points);
     std::vector<std::int64_t> corners = {0};
@@ -81,7 +82,7 @@ void FaceSearch::add(std::int32_t number, const Block& block) {
   }
 }
 
-/// The cube of the search that holds the place. Without a tolerance each place is its own.
+/// The search cube that contains the point. Without a tolerance every point is a cube of its own.
 FaceSearch::Cube FaceSearch::cube_of(const std::array<double, 3>& place) const {
   Cube cube{};
   for (std::size_t c = 0; c < 3; ++c) {
@@ -90,8 +91,8 @@ FaceSearch::Cube FaceSearch::cube_of(const std::array<double, 3>& place) const {
   return cube;
 }
 
-/// A hash value. Points are sorted by it, since integers are compared faster than cubes. Cubes with
-/// the same value do no harm: places are compared as well.
+/// A hash value. Points are sorted by it, since integers are compared faster than cubes. Collisions
+/// do no harm, because coordinates are compared as well.
 std::uint64_t FaceSearch::key_of(const Cube& cube) {
   std::uint64_t key = 0;
   for (const double c : cube) {

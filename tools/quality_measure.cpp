@@ -133,8 +133,8 @@ bool are_finite(std::span<const Real> values) {
   return found == 0;
 }
 
-/// Measures a block with coordinates of one type, run by run. Loops over all points of a run find
-/// out whether one of them may be worse than all before; only then the points are looked at one by
+/// Measures a block with coordinates of one type, run by run. Loops over all points of a run test
+/// whether any of them may exceed the worst value so far; only then are the points measured one by
 /// one.
 template <class Real>
 class Measurement {
@@ -194,7 +194,8 @@ class Measurement {
     return {x_[p], y_[p], z_[p]};
   }
 
-  /// How many of `count` points along i, the first of a run before all, have these steps ahead.
+  /// Number of points at the start of a run, at most `count`, from which these steps stay in the
+  /// block.
   [[nodiscard]] std::int32_t room(const Run& run, std::int32_t count,
                                   std::initializer_list<Direction> steps) const {
     BlockExtents end = block_.extents;
@@ -207,7 +208,7 @@ class Measurement {
   [[nodiscard]] const double* edges(Direction d) const {
     return edges_[static_cast<std::size_t>(d)][0].first();
   }
-  /// Those that begin a step further.
+  /// The edges that begin a step further.
   [[nodiscard]] const double* edges(Direction d, Direction after) const {
     if (after == Direction::i) return edges(d) + 1;
     return edges_[static_cast<std::size_t>(d)][static_cast<std::size_t>(after)].first();
@@ -347,7 +348,7 @@ class Measurement {
                    at(p + k + j), at(p + k + j + 1)});
   }
 
-  /// Area of a quadrilateral in the x-y plane. That of others only matters if it is 0.
+  /// Area of a quadrilateral, signed in the x-y plane. Elsewhere callers only test whether it is 0.
   [[nodiscard]] double area(std::int64_t p, Direction a, Direction b) const {
     const Vector one = at(p + step(a) + step(b)) - at(p);
     const Vector other = at(p + step(b)) - at(p + step(a));

@@ -49,7 +49,7 @@ std::string range_text(const Connection& connection) {
 }
 
 void print_totals(const QualityTotals& totals) {
-  print_result("in all: " + counted(totals.cells, "cell") + ", " + std::to_string(totals.negative) +
+  print_result("total: " + counted(totals.cells, "cell") + ", " + std::to_string(totals.negative) +
                " of negative volume; " + counted(totals.zero_edges, "edge") + " of length 0; " +
                counted(totals.left_handed_blocks, "left-handed block"));
 }

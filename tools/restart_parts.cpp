@@ -10,7 +10,7 @@
 namespace p3dgrid::tool {
 namespace {
 
-/// Why the file cannot be written, as far as its form tells; empty if it can.
+/// Why a file of this form cannot be written; empty if it can.
 std::string obstacle_to_form(const HeaderValues& values, const RestartForm& written) {
   if (!traits_of(written.layout).writable) {
     return traits_of(written.layout).more_parameters

@@ -25,7 +25,7 @@ constexpr Usage split_usage = {
     .command_line = "p3dgrid split GRID OUT --restart RESTART OUT",
     .grid_alone = "'p3dgrid split GRID OUT' without --restart takes a grid alone"};
 
-/// A plane behind the first, which is not the last of any block.
+/// Parses an index plane that is neither the first nor `last`; none for any other text.
 std::optional<IndexPlane> plane_in(const std::string& text) {
   const auto plane = index_plane_in(text);
   const bool inside = plane && plane->index > 0 && plane->index != Indices::all_points;

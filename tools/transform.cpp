@@ -89,7 +89,7 @@ std::vector<Part> parts_of(const TransformOptions& options, const std::deque<Cas
   return parts;
 }
 
-/// Changes the sign of the momentum across the mirror plane.
+/// Changes the sign of the momentum normal to the mirror plane.
 void mirror(const CoordinatePlane& plane, const FlowArray& array, Reals& values) {
   if (array != FlowArray{static_cast<std::int32_t>(plane.axis) + 2}) return;
   values.visit([](auto reals) {

@@ -18,7 +18,7 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-/// Without blanks and line ends around it.
+/// The text without leading and trailing blanks and line ends.
 std::string trimmed(const std::string& text) {
   constexpr const char* blanks = " \t\r";
   const std::size_t first = text.find_first_not_of(blanks);
@@ -32,7 +32,8 @@ Names names_in(const std::string& text) {
   return names;
 }
 
-/// Empty, repeated and unprintable names could not be told apart, or break the files written.
+/// Empty, repeated and unprintable names are refused: they would be ambiguous, or make the output
+/// files invalid.
 bool are_usable(const Names& names) {
   const auto is_usable = [](const std::string& name) {
     return !name.empty() && std::ranges::none_of(name, [](char c) {
@@ -55,8 +56,8 @@ std::filesystem::path name_file_of(const std::string& path) {
   return file.replace_extension(".nam");
 }
 
-/// The lines of a name file, each without a second name after a semicolon, that of a vector. None
-/// of a file too large for one.
+/// The lines of a name file. The text after a semicolon, the name of a vector, is removed. No lines
+/// if the file is too large to be a name file.
 Names lines_of(const std::filesystem::path& path) {
   constexpr std::uintmax_t largest = 1 << 20;
   constexpr std::size_t longest = 256;
@@ -70,7 +71,8 @@ Names lines_of(const std::filesystem::path& path) {
   return names;
 }
 
-/// The names beside a function file; empty if there are none or they do not fit, which a note says.
+/// The names beside a function file; empty if there are none, or if they do not fit, in which case
+/// a note is printed.
 Names names_beside(const std::string& path, std::size_t variables) {
   const std::filesystem::path file = name_file_of(path);
   std::error_code error;

@@ -46,7 +46,7 @@ VtkArray ghosts_of(const Block& block) {
           }};
 }
 
-/// The coordinates of a point side by side, in pieces.
+/// The coordinates, those of each point adjacent, in pieces.
 template <class Real, class Put>
 void put_points(const Block& block, const Put& put) {
   constexpr std::size_t piece = 4096;
@@ -106,7 +106,7 @@ std::vector<VtkArray> flow_of(RestartInput& input, std::size_t block,
   return arrays;
 }
 
-/// A file of a block, and the names by which it is found.
+/// The file of a block, and its name relative to the list.
 struct BlockFile {
   BlockFile(const std::string& path, const std::vector<std::string>& inputs)
       : name(std::filesystem::path(path).filename().string()), output(path, inputs) {}
@@ -136,7 +136,7 @@ void write_vtk(const VtkOptions& options) {
   const bool with_flow = !options.restart_path.empty();
   const std::string idle = options.names.empty() ? options.restart_option : "--names";
   if (!with_flow && !idle.empty()) {
-    throw Unusable(idle + " is about a restart file, and none is given: " + vtk_usage.command_line);
+    throw Unusable(idle + " applies to a restart file, and none is given: " + vtk_usage.command_line);
   }
   const std::vector<std::string> paths = {options.grid_path, options.restart_path};
   OutputFile list(options.output, paths);

@@ -12,7 +12,7 @@
 /// Files of VTK's XML formats.
 namespace p3dgrid::tool {
 
-/// An array of a VTK file. Its values are asked for when it is written.
+/// An array of a VTK file. Its values are produced when it is written.
 struct VtkArray {
   std::string name;
   const char* type;  ///< "Float32", "Float64" or "UInt8"

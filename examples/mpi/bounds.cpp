@@ -1,5 +1,5 @@
-/// Prints the range of each coordinate of a grid. Each rank of an MPI job reads its own share of
-/// the points by the index, so the grid may be larger than the memory of a rank.
+/// Prints the range of each coordinate of a grid. Each rank of an MPI job finds its own share of
+/// the points with the index, so the grid may be larger than the memory of a rank.
 ///
 ///     mpirun -n 4 bounds GRID
 ///

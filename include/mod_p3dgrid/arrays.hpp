@@ -88,9 +88,9 @@ class allocatable {
       : storage_(std::exchange(other.storage_, nullptr)),
         extents_(std::exchange(other.extents_, {})),
         owner_(other.owner_) {}
-  /// Releases the storage and takes that of `other`, which is not allocated afterwards. If their
-  /// storage comes from different places, the elements are copied; without memory for that this
-  /// array is not allocated.
+  /// Releases the storage and takes that of `other`, which is not allocated afterwards. If the
+  /// arrays have different storage owners, the elements are copied; if there is no memory for the
+  /// copy, this array is not allocated.
   // cppcheck-suppress operatorEqVarError ; an array keeps its owner
   allocatable& operator=(allocatable&& other) noexcept {
     if (this == &other) return *this;
@@ -328,7 +328,7 @@ class array_view {
 template <class T, std::size_t Rank>
 class array_argument : public array_view<T, Rank> {
  public:
-  /// Takes what an `array_view` is made from.
+  /// Accepts the same arguments as `array_view`.
   template <class First, class... Rest>
   requires std::constructible_from<array_view<T, Rank>, First, Rest...> array_argument(
       First&& first, Rest&&... rest)

@@ -98,7 +98,7 @@ class Reals {
   std::variant<Array<float>, Array<double>> values_;
 };
 
-/// So many values of 0.
+/// This number of values, all 0.
 [[nodiscard]] inline Reals zeros(Precision precision, std::int64_t count) {
   Reals reals(precision, count);
   reals.visit([](auto values) { std::ranges::fill(values, 0); });

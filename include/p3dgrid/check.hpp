@@ -9,21 +9,21 @@
 
 #pragma GCC visibility push(default)
 
-/// Checks that return everything they find instead of throwing the first error. What they find is
-/// an `Error` of the kind `damaged`, `unknown`, `wrong_kind`, `unsupported` or `mismatch`; without
-/// any the file is read without a failure, and holds nothing besides. Of each file the first damage
-/// is found, as where the next record begins is not known behind it. Errors of the other kinds are
+/// Checks that return all findings instead of throwing the first error. A finding is an `Error` of
+/// the kind `damaged`, `unknown`, `wrong_kind`, `unsupported` or `mismatch`. A file without
+/// findings can be read completely and contains nothing else. Only the first damage of a file is
+/// found, because the position of the next record is unknown after it. Errors of other kinds are
 /// thrown. Memory: as for detection.
 namespace p3dgrid {
 
-/// Checks a file of either kind. A restart file without extents is compared as far as its header.
+/// Checks a file of either kind. Of a restart file without extents only the header is compared.
 [[nodiscard]] std::vector<Error> check(const std::string& path);
 
-/// Checks a grid file of which members of the form are stated.
+/// Checks a grid file, given some members of its form.
 [[nodiscard]] std::vector<Error> check_grid(const std::string& path,
                                             const StatedGridForm& stated = {});
 
-/// Checks a restart file of which members of the form are stated.
+/// Checks a restart file, given some members of its form.
 /// @param path    of the file
 /// @param stated  known members of its form
 /// @param grid    extents of its grid, with which its own are compared

@@ -70,17 +70,17 @@ class GridReader {
   /// file; those of text are in double precision. Fastest in file order; for an earlier block the
   /// file is opened again.
   [[nodiscard]] Block read(std::int32_t block, const IndexRange& range = {});
-  /// The same to memory of the caller.
+  /// The same, into memory of the caller.
   /// @param block     counted from 0
   /// @param allocate  called once, after the file has been found long enough for the points
   /// @param range     of its points
   void read(std::int32_t block, const BlockAllocator& allocate, const IndexRange& range = {});
 
-  /// Throws if the file is not what its form says. The functions that read blocks compare only
+  /// Throws if the file does not agree with its form. The functions that read blocks compare only
   /// what they read.
   void require_agreement() const;
 
-  /// The places of the arrays of a block, counted from 0. Reads no values.
+  /// The byte ranges of the arrays of a block, counted from 0. Reads no values.
   [[nodiscard]] BlockIndex locate(std::int32_t block);
 
  private:
@@ -103,8 +103,8 @@ class GridWriter {
   /// blanking values are written as 1.
   void write(const Block& block);
 
-  /// Leaves room for the values of the next block, to be written with other means at the places
-  /// that `index_grid` finds. In a new file they are 0 until then. Not for text.
+  /// Leaves a gap for the values of the next block, which are then written by other means at the
+  /// positions that `index_grid` returns. In a new file they are 0 until then. Not for text.
   void reserve();
 
   /// Flushes and closes the file after its last block.
@@ -120,7 +120,7 @@ class GridWriter {
 /// Reads a grid file in a form that `detect_grid` has found.
 [[nodiscard]] Grid read_grid(const std::string& path, const Reading& reading);
 
-/// The places of all arrays of a grid file. Reads no values; memory grows with the number of
+/// The byte ranges of all arrays of a grid file. Reads no values; memory grows with the number of
 /// blocks. Members of its form that are not stated are detected.
 [[nodiscard]] Index index_grid(const std::string& path, const StatedGridForm& stated = {});
 /// The same in a form that `detect_grid` has found.

@@ -7,8 +7,8 @@
 
 #pragma GCC visibility push(default)
 
-/// The place of every value in an unformatted or binary file, for programs that read or write it
-/// with other means, such as mapped memory or MPI-IO. Text has no index.
+/// The byte ranges of every array in an unformatted or binary file, for programs that read or write
+/// the values by other means, such as mapped memory or MPI-IO. Text has no index.
 namespace p3dgrid {
 
 /// How a value is stored in an unformatted or binary file.
@@ -37,7 +37,7 @@ enum class Content : std::uint8_t {
   triplets,    ///< one value of the triplets at all points
 };
 
-/// The word for a kind or a content in JSON: "real8", "variable".
+/// The name of a kind or a content in JSON: "real8", "variable".
 [[nodiscard]] const char* name_of(ValueKind kind);
 [[nodiscard]] const char* name_of(Content content);  ///< @copydoc name_of
 
@@ -49,8 +49,8 @@ struct StoredArray {
   std::int32_t number = 1;
   ValueKind kind = ValueKind::real4;  ///< of each value
   std::int64_t count = 0;             ///< number of values
-  /// Their bytes in file order; none for an array without values. The markers of sub-records
-  /// divide an array into several ranges, possibly in the middle of a value.
+  /// The bytes of the values in file order; none for an array without values. The markers of
+  /// sub-records divide an array into several ranges, possibly in the middle of a value.
   std::vector<ByteRange> ranges = {};
 
   /// The bytes from the value `first`, counted from 0, to the value before `last`.

@@ -49,8 +49,8 @@ struct Indices {
   std::int32_t last = all_points;  ///< highest; at most that of the last point
   std::int32_t stride = 1;         ///< step; at least 1
 
-  /// The same for a direction of `extent` points, with `last` at the highest index that is
-  /// reached. Indices below 0 are raised to 0.
+  /// The same for a direction of `extent` points, with `last` the highest index that the steps
+  /// reach. Indices below 0 become 0.
   [[nodiscard]] Indices in(std::int32_t extent) const;
 
   /// Number of indices, after `in`.
@@ -126,8 +126,8 @@ struct Orientation {
 /// An array with the points of a block in another order.
 [[nodiscard]] Reals reorient(const Reals& values, const BlockExtents& block,
                              const Orientation& orientation);
-/// The block with its points in another order. A block that is moved here needs memory for one more
-/// array.
+/// The block with its points in another order. If the block is moved, memory for one more array is
+/// needed.
 [[nodiscard]] Block reorient(Block block, const Orientation& orientation);
 
 }  // namespace p3dgrid

@@ -77,7 +77,7 @@ struct Reading {
 /// "grid, binary, ..." or "layout 2, unformatted, ..., sections 1-5".
 [[nodiscard]] std::string describe(const Reading& reading);
 
-/// What shows that a reading is right, as part of a sentence: "its 96 bytes are what ...".
+/// The evidence for a reading, as part of a sentence: "its 96 bytes are what ...".
 /// @param reading    of the file
 /// @param file_size  bytes of the file
 [[nodiscard]] std::string reason_for(const Reading& reading, std::int64_t file_size);

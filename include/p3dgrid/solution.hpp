@@ -103,10 +103,10 @@ class SolutionReader {
   [[nodiscard]] Reals read(std::int32_t block, const FlowArray& array,
                            const IndexRange& range = {});
 
-  /// The places of the arrays of a block, counted from 0. Reads no values.
+  /// The byte ranges of the arrays of a block, counted from 0. Reads no values.
   [[nodiscard]] BlockIndex locate(std::int32_t block);
 
-  /// Throws if the file is not what its form says. The functions that read blocks compare only
+  /// Throws if the file does not agree with its form. The functions that read blocks compare only
   /// what they read.
   void require_agreement() const;
 
@@ -133,8 +133,8 @@ class SolutionWriter {
   void write(const std::vector<double>& parameters,
              const std::function<Reals(const FlowArray&)>& arrays);
 
-  /// Leaves room for the arrays of the next block, to be written with other means at the places
-  /// that `index_solution` finds. In a new file they are 0 until then. Not for text.
+  /// Leaves gaps for the arrays of the next block, which are then written by other means at the
+  /// positions that `index_solution` returns. In a new file they are 0 until then. Not for text.
   /// @param parameters  its flow parameters, for layout 2
   void reserve(const std::vector<double>& parameters);
 
@@ -153,8 +153,8 @@ class SolutionWriter {
 /// Reads a restart file in a form that `detect_restart` has found. The reading has the extents.
 [[nodiscard]] Solution read_solution(const std::string& path, const Reading& reading);
 
-/// The places of all arrays of a restart file. Reads no values; memory grows with the number of
-/// blocks.
+/// The byte ranges of all arrays of a restart file. Reads no values; memory grows with the number
+/// of blocks.
 /// @param path     of the file
 /// @param options  what is known of it
 [[nodiscard]] Index index_solution(const std::string& path, const SolutionOptions& options = {});

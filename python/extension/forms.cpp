@@ -20,7 +20,7 @@ std::string key_of(const Member<Value>& member) {
   return key;
 }
 
-/// Numbers are numbers and choices are booleans, as in JSON; other values are words.
+/// Numbers become numbers and choices booleans, as in JSON; other values become strings.
 template <class Value>
 py::object value_of(Value value) {
   const std::string word = name_of(value);
@@ -252,7 +252,8 @@ StatedGridForm grid_form_in(const py::dict& stated) {
 
 StatedRestartForm restart_form_in(const py::dict& stated) {
   auto form = form_in<StatedRestartForm>(stated);
-  // None is a statement for a layout without a block count. Otherwise the form would be detected.
+  // For a layout without a block count None is a stated value. Otherwise the member would be
+  // detected.
   if (!form.multiblock && form.layout && !traits_of(*form.layout).may_hold_count()) {
     form.multiblock = RestartForm().multiblock;
   }

@@ -15,15 +15,15 @@
 
 #include "forms.hpp"
 
-/// The functions behind the package `p3dgrid`, which checks and completes their arguments. Python
-/// runs on other threads while files are read and written.
+/// The functions behind the package `p3dgrid`, which checks and completes their arguments. They
+/// release the global interpreter lock while files are read and written.
 namespace p3dgrid::python {
 namespace {
 
 using Release = py::gil_scoped_release;
 using Acquire = py::gil_scoped_acquire;
 
-/// Calls a function while Python runs on other threads.
+/// Calls a function without the global interpreter lock.
 template <class Function>
 auto unlocked(Function function) {
   const Release release;
@@ -95,7 +95,7 @@ Reals reals_of(const py::handle& array, Precision precision, const BlockExtents&
   return reals;
 }
 
-/// What is known of a file before its arrays are read.
+/// The properties of a file that are known before its arrays are read.
 template <class Form>
 py::dict summary(const Reading& reading, const Form& form, const Extents& extents,
                  const std::string& path) {
@@ -135,7 +135,7 @@ std::int32_t blocks_of(const SolutionReader& reader) {
   return reader.header().blocks;
 }
 
-/// The places of all arrays, of a file that is what its form says; None for text.
+/// The index of a file, which must agree with its form; None for text.
 template <class Reader>
 py::object index_of(Reader& reader) {
   const Reading& reading = reader.reading();
@@ -264,7 +264,7 @@ py::dict read_solution(const std::string& path, const py::dict& stated, const py
   return result;
 }
 
-/// The first index, the last one and the step that a text asks for, counted from 0; None for an
+/// First index, last index and step of an index range in text form, counted from 0; None for an
 /// invalid text.
 py::object indices_of(const std::string& text, std::int32_t extent) {
   const auto indices = indices_in(text);

@@ -8,7 +8,7 @@ from ._forms import Reading, reading_of
 
 
 class Error(Exception):
-    """A file cannot be read or written, or is not what it should be.
+    """A file cannot be read or written, or does not have the expected form.
 
     The text is one line with the file, the place and the reason. For programs the same is in:
 

@@ -1,4 +1,4 @@
-"""Files that are open: their values are mapped or read when they are asked for."""
+"""Files that are open: their values are mapped or read on access."""
 
 from __future__ import annotations
 
@@ -70,7 +70,7 @@ def _read_exactly(file: int, target: Array, offset: int, path: bytes) -> None:
 
 @dataclass(frozen=True)
 class Place:
-    """Everything that is needed to read an array, and little enough to be sent to others."""
+    """All data that is needed to read an array; small, so that it can be sent to workers."""
 
     path: bytes
     stored: StoredArray
@@ -115,7 +115,7 @@ BlockInMemory = TypeVar("BlockInMemory", Block, SolutionBlock)
 
 
 class StoredFile(Generic[BlockInMemory]):
-    """What grid and solution files have in common."""
+    """The common base of grid and solution files."""
 
     def __init__(self, path: Path, form: Any, read: Mapping[str, Any]) -> None:
         self.path = os.path.abspath(os.fsencode(path))
@@ -128,7 +128,7 @@ class StoredFile(Generic[BlockInMemory]):
 
     @property
     def index(self) -> list[list[StoredArray]]:
-        """The places of the arrays of each block; an error for text and compressed files."""
+        """The byte ranges of the arrays of each block; an error for text and compressed files."""
         if self._index is None:
             what = "compressed files have" if self.compressed else "text has"
             raise refuse(os.fsdecode(self.path), f"{what} no index", "unsupported")
@@ -158,8 +158,8 @@ class StoredFile(Generic[BlockInMemory]):
         return None
 
     def block(self, number: int) -> BlockInMemory:
-        """A block in memory. The last one of text is kept, because its arrays are asked for one by
-        one and each time the file would be read from its beginning."""
+        """A block in memory. The last one of text is cached, because its arrays are
+        accessed one by one, and each access would read the file from its beginning."""
         if self._last is not None and self._last[0] == number:
             return self._last[1]
         block = self.read_block(number)
@@ -229,7 +229,7 @@ class GridFile(StoredFile[Block]):
 
 class GridFileBlock:
     """One block of a grid file. Its arrays are read-only views of the file, in its byte order and
-    precision, without a copy; those of text are read when they are asked for."""
+    precision, without a copy; those of text are read on access."""
 
     def __init__(self, file: GridFile, number: int) -> None:
         self.file = file
@@ -353,7 +353,7 @@ class SolutionFile(StoredFile[SolutionBlock]):
 class SolutionFileBlock:
     """One block of a solution file: variables by number, from 1, or by name, as in
     `block["rho"]`. They are read-only views of the file, in its byte order and precision, without a
-    copy; those of text are read when they are asked for."""
+    copy; those of text are read on access."""
 
     def __init__(self, file: SolutionFile, number: int) -> None:
         self.file = file
@@ -449,7 +449,7 @@ def open_solution(path: Path, grid: Any = None, **form: Any) -> SolutionFile:
 def open(path: Path, grid: Any = None, **form: Any) -> Union[GridFile, SolutionFile]:
     """Opens a grid or solution file. Nothing but its header stays in memory, and of unformatted and
     binary files nothing but headers and record markers is read. Values are mapped, or read from
-    text, when they are asked for. Objects are small and can be pickled.
+    text, on access. The objects are small and can be pickled.
 
     grid  of a solution: its Grid, the path of one, or extents
     form  known members of the form, as in `GridForm` or `RestartForm`

@@ -40,7 +40,7 @@ class Block:
                 uneven: bool = False) -> Block:
         """A copy of a range of points.
 
-        i, j, k  text as of the command, counted from 1: "5", "last", "1:33", "1:last:2"; or a
+        i, j, k  text as on the command line, counted from 1: "5", "last", "1:33", "1:last:2"; or a
                  number or a slice, counted from 0; None for all points
         uneven   leave out the last point of a range if its steps miss it, which is refused
                  otherwise
@@ -75,8 +75,8 @@ class Grid(Blocks[Block]):
                 k: Indices = None, uneven: bool = False) -> Grid:
         """A copy of some blocks, or of a range of points of each.
 
-        blocks   text as of the command, counted from 1, such as "1,3-5"; or numbers or a slice,
-                 counted from 0; None for all blocks
+        blocks   text as on the command line, counted from 1, such as "1,3-5"; or numbers or a
+                 slice, counted from 0; None for all blocks
         i, j, k, uneven  as of `Block.extract`
         """
         parts = parts_of(self.extents, blocks, (i, j, k), uneven)

@@ -1,5 +1,5 @@
 """Lazy arrays of dask. Chunks are read, not mapped, so that they count as memory of a worker only
-while it works on them."""
+while it processes them."""
 
 from __future__ import annotations
 

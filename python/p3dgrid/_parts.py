@@ -46,7 +46,7 @@ def part_of(extents: Extents, ranges: Iterable[Indices], uneven: bool, place: st
 
 def parts_of(extents: list[Extents], blocks: BlockNumbers, ranges: Iterable[Indices],
              uneven: bool) -> list[tuple[int, Part]]:
-    """The blocks asked for, counted from 0, with the part of each."""
+    """The selected blocks, counted from 0, with the part of each."""
     ranges = list(ranges)
     return [(number, part_of(extents[number], ranges, uneven, f"blocks[{number}]: "))
             for number in _numbers(blocks, len(extents))]

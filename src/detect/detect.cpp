@@ -61,14 +61,14 @@ std::string reason_for(const Reading& reading, std::int64_t file_size) {
   if (!reading.preferred.empty()) more += "; " + reading.preferred;
   switch (reading.coding().encoding) {
     case Encoding::unformatted:
-      return "the markers of its " + records + " are the lengths that " + extents + " ask for" +
+      return "the markers of its " + records + " are the lengths that " + extents + " require" +
              more;
     case Encoding::binary:
-      return "its " + counted(file_size, "byte") + " are what " + extents + " ask for" + more;
+      return "its " + counted(file_size, "byte") + " are what " + extents + " require" + more;
     case Encoding::formatted:
       break;
   }
-  return "its values are as many as " + extents + " ask for, in " + records +
+  return "its values are as many as " + extents + " require, in " + records +
          " that each begin on a new line" + more;
 }
 

@@ -22,7 +22,7 @@ namespace recordio = mod_p3dgrid::recordio;
   return holds_doubles(coding) ? recordio::FileKind::real8 : recordio::FileKind::real4;
 }
 
-/// The kind of reals that `Real` is not.
+/// The other kind of reals than `Real`.
 template <class Real>
 using OtherReal =
     std::conditional_t<std::is_same_v<std::remove_const_t<Real>, float>, double, float>;

@@ -18,8 +18,8 @@ template <class T>
   return procedures.doubles;
 }
 
-/// An allocatable array of the host, for the time of one operation. The operation allocates and
-/// fills it in place, and it keeps what the operation leaves allocated.
+/// An allocatable array of the host, for the duration of one operation, which allocates and fills
+/// it in place. If the operation leaves it allocated, the host's array stays allocated.
 template <class T, std::size_t Rank>
 class HostArray final : detail::StorageOwner {
  public:

@@ -5,9 +5,9 @@
 
 #include "mod_p3dgrid/logical.hpp"
 
-/// What the module for hosts in Fortran (`fortran/mod_p3dgrid.f90`) and the library tell each
-/// other. The functions of C that the module calls are defined where they are implemented; it
-/// declares them.
+/// The interface between the library and the module for hosts in Fortran
+/// (`fortran/mod_p3dgrid.f90`). The functions with C linkage that the module calls have no
+/// declarations here: the module declares them.
 namespace mod_p3dgrid::fortran {
 
 /// An allocatable array of Fortran: the address of its descriptor, which differs between compilers.
@@ -22,8 +22,8 @@ struct ArrayProcedures {
   void* (*locate)(Descriptor array, std::int64_t* extents);
 };
 
-/// Procedures of the module, in the order of its type `procedures`. Names and lines are not ended
-/// by a NUL character.
+/// Procedures of the module, in the order of its type `procedures`. Names and lines are not
+/// NUL-terminated.
 struct Procedures {
   ArrayProcedures integers;  ///< of rank 1
   ArrayProcedures singles;   ///< of rank 2

@@ -39,7 +39,7 @@ std::string path_of_host(std::string_view name) {
   return path;
 }
 
-/// Translates names only if it is necessary, because an operation may ask often.
+/// Installs a handler only if it is necessary, because an operation may call it often.
 void update_path_handler() {
   const bool needed = host_finds_paths || !long_names.empty();
   p3dsetpaths(needed ? path_of_host : std::function<std::string(std::string_view)>());

@@ -8,8 +8,8 @@
 
 namespace mod_p3dgrid::fortran {
 
-/// A file name of the host. One of more than 40 characters stands for its path for the time of an
-/// operation: messages and `dispreadwrite` get its first 40 characters.
+/// A file name of the host. For the duration of an operation, a name of more than 40 characters is
+/// replaced by a unique one made from its first 40, which messages and `dispreadwrite` receive.
 class HostName {
  public:
   HostName(const char* name, std::size_t length);
@@ -24,7 +24,7 @@ class HostName {
   FileName name_;
 };
 
-/// The whole name for which an operation got `name`.
+/// The whole name that `name` replaces.
 [[nodiscard]] std::string whole_name(std::string_view name);
 
 /// Whether the host's procedure translates names to paths.

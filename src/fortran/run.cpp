@@ -12,7 +12,7 @@
 namespace mod_p3dgrid::fortran {
 namespace {
 
-/// What the host's procedure says; 0 is not stated.
+/// The result of the host's procedure; 0 for a property that is not stated.
 p3dgrid::StatedCoding coding_of_host(std::string_view name) {
   const std::string whole = whole_name(name);
   integer byte_order = 0;

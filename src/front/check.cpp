@@ -15,7 +15,7 @@ bool is_finding(ErrorKind kind) {
   return kind != ErrorKind::system && kind != ErrorKind::ambiguous && kind != ErrorKind::argument;
 }
 
-/// The reading that `settle` returns, with its extents, of a file that is compared with all of it.
+/// The reading that `settle` returns, with its extents. The whole file is compared with it.
 template <class Settle>
 std::optional<Reading> checked(Findings& findings, const std::string& path, Settle settle) {
   try {

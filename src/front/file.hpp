@@ -30,7 +30,7 @@ auto on_file(const std::string& path, Action action) {
 
 [[nodiscard]] bool is_regular(const std::string& path);
 
-/// Throws for a file whose values have no fixed places.
+/// Throws for a file whose values have no fixed positions.
 void require_places(const std::string& path, const Coding& coding);
 
 /// Throws an `Error` of the kind `argument`.
@@ -47,7 +47,7 @@ class SourceFile {
   /// @{
   void begin();
   void read_part(const recordio::Values<void>& entry);
-  /// Skips an array of the record and returns it with its places.
+  /// Skips an array of the record and returns it with its byte ranges.
   [[nodiscard]] StoredArray locate(StoredArray array);
   void end();
   /// @}
@@ -93,7 +93,7 @@ class TargetFile {
       record.finish();
     });
   }
-  /// Leaves room for a record of `bytes` bytes.
+  /// Leaves a gap for a record of `bytes` bytes.
   void leave(std::int64_t bytes) {
     write(bytes, [&](recordio::RecordOutput& record) { record.leave(bytes); });
   }

@@ -47,7 +47,7 @@ PointMap map_of(const BlockExtents& block, const Orientation& orientation) {
   return map;
 }
 
-/// Copies `count` values that are `step` apart. The usual steps are fast.
+/// Copies `count` values that are `step` apart. The common steps have fast paths.
 template <class Value>
 void copy_line(const Value* from, std::int64_t step, Value* to, std::int64_t count) {
   if (step == 1) {

@@ -12,8 +12,8 @@ namespace p3dgrid {
 
 /// Reads the records of a grid file in order.
 class GridReader::File {
-  /// Value of `next_` after an error, when the place in the file is not known. Above all blocks, so
-  /// that the next read goes back to the beginning.
+  /// Value of `next_` after an error, when the position in the file is unknown. It exceeds all
+  /// block numbers, so the next read goes back to the beginning.
   static constexpr std::int32_t unknown = std::numeric_limits<std::int32_t>::max();
 
   /// Goes to a block and calls `take(its extents)`, which reads its record.

@@ -108,8 +108,8 @@ class SolutionReader::File {
   }
 
  private:
-  /// Goes back to the beginning of the file if the last read failed, because the place in the file
-  /// is not known then. In the end no index is being made.
+  /// Goes back to the beginning of the file if the last read failed, because the position in the
+  /// file is then unknown. Its destructor ends the making of an index.
   class ErrorGuard {
    public:
     explicit ErrorGuard(File& file) : file_(file) {

@@ -24,7 +24,7 @@ namespace p3dgrid {
 /// or of the file do.
 [[nodiscard]] bool has_triplets(const std::string& path, const Reading& reading);
 
-/// How far all of the file agrees with a reading. One that is not a regular file is taken to agree.
+/// How far the whole file agrees with a reading. A file that is not regular is assumed to agree.
 [[nodiscard]] Fit fit_of(const std::string& path, const Reading& reading);
 
 /// The error of a file that differs from a reading.

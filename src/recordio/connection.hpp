@@ -45,7 +45,7 @@ class RecordInput {
   RecordInput(InputFile& file, const Coding& coding, std::int64_t& lines);
 
   void read(const Values<void>& entry);
-  /// Skips the bytes of an unformatted or binary record and appends their places.
+  /// Skips bytes of an unformatted or binary record and appends their byte ranges.
   void locate(std::int64_t bytes, std::vector<p3dgrid::ByteRange>& places);
   void finish(RestOfRecord rest);
 
@@ -62,7 +62,7 @@ class RecordOutput {
   RecordOutput(OutputFile& file, const Coding& coding, std::int64_t bytes);
 
   void write(const Values<const void>& entry);
-  /// Leaves room for bytes of an unformatted or binary record.
+  /// Leaves a gap for bytes of an unformatted or binary record.
   void leave(std::int64_t bytes);
   void finish();
 

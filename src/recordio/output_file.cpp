@@ -56,8 +56,8 @@ void OutputFile::leave(std::int64_t bytes) {
   skip(bytes);
 }
 
-/// Removes the rest of the old file, and preallocated space that was not used. Adds a last part
-/// that has been left.
+/// Removes the rest of the old file, and preallocated space that was not used. Extends the file
+/// over a gap at its end.
 bool OutputFile::truncate() {
   if (!begun_ || !has_size_ || (space_ <= written_ && !has_gaps_)) return true;
   int result;

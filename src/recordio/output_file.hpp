@@ -43,8 +43,8 @@ class OutputFile {
   void write_ahead(std::int64_t distance, const void* source, std::int64_t bytes);
   void skip(std::int64_t bytes) { written_ += bytes; }
 
-  /// Leaves room for `bytes` bytes that are written later with other means. In a new file they are
-  /// 0 until then.
+  /// Leaves a gap of `bytes` bytes that are written later by other means. In a new file they are 0
+  /// until then.
   void leave(std::int64_t bytes);
 
   void flush();
@@ -64,7 +64,7 @@ class OutputFile {
   int descriptor_;
   bool begun_ = false;        ///< the old contents are given up
   bool has_size_ = false;     ///< a regular file, which allows random access
-  bool has_gaps_ = false;     ///< a part has been left, possibly the last
+  bool has_gaps_ = false;     ///< a gap has been left, possibly at the end
   std::int64_t space_ = 0;    ///< old size of the file, or preallocated size if larger
   std::int64_t written_ = 0;  ///< position: bytes written before the buffered ones
   std::int64_t moved_ = 0;    ///< bytes written, random access included

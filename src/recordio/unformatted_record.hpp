@@ -51,7 +51,7 @@ class UnformattedRecordReader {
   void read(void* destination, std::int64_t bytes);
   /// Reads payload bytes and discards them. Throws `ReadError` if there are fewer.
   void discard(std::int64_t bytes);
-  /// Skips payload bytes and appends their places. Throws `ReadError` if there are fewer.
+  /// Skips payload bytes and appends their byte ranges. Throws `ReadError` if there are fewer.
   void locate(std::int64_t bytes, std::vector<p3dgrid::ByteRange>& places);
 
   [[nodiscard]] std::int64_t bytes_read() const { return payload_ - subrecord_left(); }
@@ -101,7 +101,7 @@ class UnformattedRecordWriter {
   UnformattedRecordWriter(OutputFile& file, const p3dgrid::Coding& coding, std::int64_t payload);
 
   void write(const void* source, std::int64_t bytes);
-  /// Leaves room for payload bytes that are written later with other means.
+  /// Leaves a gap for payload bytes that are written later by other means.
   void leave(std::int64_t bytes);
 
   /// @name Random access

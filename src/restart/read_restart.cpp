@@ -176,8 +176,8 @@ struct RestartRead : RestartFile {
 
   /// Reads through the staging arrays. Values are converted piece by piece into `converted`,
   /// because hosts expect that the result is allocated after the read. Flow that may be enlarged is
-  /// converted at the end. If there is no memory for the result, the body is read all the same and
-  /// the failure is reported afterwards.
+  /// converted at the end. If there is no memory for the result, the body is still read, and the
+  /// failure is reported afterwards.
   void read_staged() {
     const auto [flow, triplets, enlarged] = staging_of_kind<Staged>();
     allocatable<Result, 2> converted = varvalues.sibling();

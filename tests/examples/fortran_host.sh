@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Has the example host in Fortran convert the sample solution. What it writes must be what the command
-# writes, and a damaged file, files of two cases and a missing file must end it.
+# Converts the sample solution with the example host in Fortran. Its output must equal that of the
+# command, and a damaged file, files of two cases and a missing file must end it.
 #
 #   fortran_host.sh P3DGRID HOST
 set -euo pipefail

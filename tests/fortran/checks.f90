@@ -1,5 +1,5 @@
-! What the test programs share: grids and solutions in memory, which the modules of the interop
-! tests write to files and read back with plain Fortran, and checks that count what is wrong.
+! Common code of the test programs: grids and solutions in memory, which the modules of the interop
+! tests write to files and read back with plain Fortran, and checks that count failures.
 module checks
   use, intrinsic :: iso_fortran_env, only: error_unit, real32, real64
   use mod_gridvars
@@ -70,7 +70,7 @@ contains
     if (failures > 0) error stop 1
   end subroutine
 
-  ! Coordinates of no single, unless they are rounded to one.
+  ! Coordinates that single precision does not hold, unless they are rounded to it.
   pure real(real64) function coordinate(c, p)
     integer, intent(in) :: c, p
     coordinate = c*100 + p + 1/3.0_real64
@@ -98,7 +98,7 @@ contains
     if (has_iblank) g%iblank = [(p - 4, p=1, total)]
   end function
 
-  ! What an array (3, points) of doubles holds of the file.
+  ! The values of the file as an array (3, points) of doubles.
   function coordinates_in(g) result(xyz)
     type(Grid), intent(in) :: g
     real(real64) :: xyz(3, total)

@@ -1,5 +1,5 @@
-! Layout 101 with variable extensions, beside plain Fortran: variables 6 to 10 and 11 to 13 follow
-! the five of the section.
+! Layout 101 with variable extensions, compared with plain Fortran: variables 6 to 10 and 11 to 13
+! follow the five of the section.
 program extensions_test
   use mod_p3dgrid
   use checks

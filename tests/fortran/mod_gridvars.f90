@@ -1,4 +1,4 @@
-! A host's mod_gridvars that writes down what the library calls, and does what a test asks for.
+! A host's mod_gridvars that records the calls of the library and responds as a test requires.
 module mod_gridvars
   implicit none
   public

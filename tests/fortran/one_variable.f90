@@ -1,4 +1,4 @@
-! readnextp3dvar, writenextp3dvar and combinep3dvarfiles, beside plain Fortran.
+! readnextp3dvar, writenextp3dvar and combinep3dvarfiles, compared with plain Fortran.
 program one_variable_test
   use mod_p3dgrid
   use checks

@@ -1,4 +1,4 @@
-! readp3drestart and writep3drestart, beside plain Fortran.
+! readp3drestart and writep3drestart, compared with plain Fortran.
 program read_restart_test
   use mod_p3dgrid
   use checks
@@ -114,7 +114,7 @@ contains
     if (iformat == text .and. is_double) return
     call expect(all(varvalues == real(transpose(s%flow), real32)), 'flow')
     if (.not. has_triplets(layout, iformat, is_double)) return
-    if (layout == 100 .and. iformat /= text) return  ! known: they do not arrive
+    if (layout == 100 .and. iformat /= text) return  ! known quirk: they are not read
     call expect(all(auxvalues == real(transpose(s%triplets), real32)), 'triplets')
   end subroutine
 
@@ -236,7 +236,7 @@ contains
     call p3dcloseunit(201)
   end subroutine
 
-  ! The library sees what the host changes meanwhile, and the host what the library has set.
+  ! The library reads the variables that the host changes, and the host those that the library sets.
   subroutine change_the_table_in_a_callback()
     type(RestartForm) :: f
     type(Solution) :: s

@@ -216,8 +216,8 @@ contains
     close (u)
   end function
 
-  ! In 10,000 rounds memory must not grow by the smallest allocation in each. A checker of memory
-  ! finds this in the few rounds that the first argument asks for.
+  ! In 10,000 rounds memory must not grow by the smallest allocation in each. A memory checker finds
+  ! this in the few rounds that the first argument requests.
   subroutine repeat_operations()
     integer :: round, rounds
     integer(int64) :: before

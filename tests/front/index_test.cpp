@@ -83,7 +83,7 @@ std::vector<double> values_of(const SolutionBlock& block, const StoredArray& arr
   return list_of(block.of({array.number, array.content == Content::triplets}));
 }
 
-/// Compares the bytes at all places with the values of the blocks.
+/// Compares the bytes in all ranges with the values of the blocks.
 template <class Blocks>
 void expect_values(const std::string& path, const Index& index, const Blocks& blocks) {
   ASSERT_EQ(index.blocks.size(), blocks.size());

@@ -146,7 +146,7 @@ void require_range(const Block& part, const Block& whole, const IndexRange& rang
   require(part.extents.points() == part.x.size(), "a range has as many values as points");
 }
 
-/// What can be read has an index, unless it is text.
+/// Every readable file except text has an index.
 template <class Reader>
 void require_places(Reader& reader, const Coding& coding, std::int32_t block) {
   if (is_text(coding)) return;

@@ -1,5 +1,5 @@
-# Builds the hosts in HOST in HOST_BUILD against the copy installed in PREFIX, with what pkg-config
-# tells of it and as a CMake package, and runs them. The command lines are those of docs/fortran.md.
+# Builds the hosts in HOST in HOST_BUILD against the copy installed in PREFIX, with the flags of
+# pkg-config and as a CMake package, and runs them. The command lines are those of docs/fortran.md.
 include(${CMAKE_CURRENT_LIST_DIR}/steps.cmake)
 file(REMOVE_RECURSE ${HOST_BUILD})
 set(ENV{LD_LIBRARY_PATH} ${PREFIX}/${LIBDIR})  # for a build of shared libraries

@@ -1,4 +1,4 @@
-"""What `p3dgrid extract` takes with steps is what Fortran writes of its arrays with steps.
+"""`p3dgrid extract` with steps writes the bytes that Fortran writes from strided array sections.
 
 Usage: extract_coarse.py P3DGRID COARSE_PEER
 """

@@ -21,7 +21,7 @@ TWO = [block.extents for block in TWO_BLOCKS]
 RANKS = (1, 2, 4)
 MIB = 1024 * 1024
 
-# Open MPI asks for all of these on a small machine, in a container and for root.
+# Open MPI needs all of these on a small machine, in a container and as root.
 ENVIRONMENT = {**os.environ, "OMPI_ALLOW_RUN_AS_ROOT": "1", "OMPI_ALLOW_RUN_AS_ROOT_CONFIRM": "1",
                "OMPI_MCA_rmaps_base_oversubscribe": "1", "OMPI_MCA_btl_vader_single_copy_mechanism":
                "none", "OMPI_MCA_mpi_yield_when_idle": "1"}
@@ -55,7 +55,7 @@ class Mpi(ToolTest):
         return result.stdout_text
 
     def assert_same_conversion(self, kind, name, *options, ranks=RANKS, grid="grid"):
-        """Converts a file with both commands and compares what they write and print."""
+        """Converts a file with both commands and compares their files and output."""
         serial = ("convert", name) if kind == "grid" else ("restart", grid, name)
         expected = self.succeed(*serial, "out", *options)
         content = self.path("out").read_bytes()

@@ -24,7 +24,7 @@ def test_detect_finds_the_form(tmp_path):
     found = p3dgrid.detect(tmp_path / "grid")
     assert found.form == p3dgrid.GridForm(**coding.members())
     assert found.size == (tmp_path / "grid").stat().st_size
-    assert found.reason == f"its {found.size} bytes are what its extents ask for"
+    assert found.reason == f"its {found.size} bytes are what its extents require"
     reading = found.fitting[0]
     assert reading.is_grid and reading.agreement == "whole" and reading.checked
     assert reading.extents == extents_in(coding)

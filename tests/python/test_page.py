@@ -27,7 +27,7 @@ def test_examples_run(tmp_path, monkeypatch, capsys):
         exec(example, names)
     printed = capsys.readouterr().out
     assert "[(8, 12, 12), (8, 12, 12)]" in printed
-    assert "the markers of its 4 records are the lengths that its extents ask for" in printed
+    assert "the markers of its 4 records are the lengths that its extents require" in printed
     assert "[(3, 2, 2), (3, 2, 2)] [(8, 1, 12), (8, 1, 12)]" in printed
     assert "broken.txt" in printed and "line 3" in printed
     assert (tmp_path / "density.png").exists() and (tmp_path / "mesh.png").exists()

@@ -13,7 +13,7 @@ SAMPLES = pathlib.Path(os.environ.get("P3DGRID_SAMPLES") or "none")
 
 
 def vtk_blocks(grid, flow, form):
-    """What VTK's reader makes of a grid and its solution."""
+    """The data set that VTK's reader returns for a grid and its solution."""
     parallel = pytest.importorskip("vtkmodules.vtkIOParallel")
     reader = parallel.vtkMultiBlockPLOT3DReader()
     reader.SetXYZFileName(str(grid))

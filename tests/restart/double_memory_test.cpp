@@ -1,5 +1,6 @@
 /// Every form of grids and restart files with arrays of doubles: read from bytes made by hand, and
-/// written to the same bytes, in which double-precision files hold values of no single.
+/// written to the same bytes, in which double-precision files hold values that single precision
+/// does not.
 
 #include <gtest/gtest.h>
 
@@ -14,7 +15,7 @@ using namespace test_support;
 
 using Doubles = allocatable<double, 2>;
 
-/// What an array of doubles holds of a value in a file.
+/// A value of a file as an array of doubles holds it.
 double value_in(double value, bool wide) {
   return wide ? value : static_cast<double>(static_cast<float>(value));
 }

@@ -1,4 +1,4 @@
-"""p3dgrid info --index: the bytes at each place are those of the values."""
+"""p3dgrid info --index: the bytes in each range are those of the values."""
 
 import gzip
 import json
@@ -28,7 +28,7 @@ class Index(ToolTest):
         return report
 
     def values(self, name, report, array):
-        """The values at the places of an array."""
+        """The values in the byte ranges of an array."""
         with open(self.folder / name, "rb") as file:
             data = b"".join(os.pread(file.fileno(), length, offset)
                             for offset, length in array["ranges"])

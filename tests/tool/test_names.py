@@ -92,9 +92,9 @@ class Names(ToolTest):
                            says="is no list of different names such as rho,u,v,w,p")
         self.fail_with(2, "info", "flow.q", "--names", "a,b",
                        says="flow.q: holds 5 variables, and --names gives 2 names")
-        self.fail_with(2, "info", "grid", "--names", "a,b", says="--names is about a restart file")
-        self.fail_with(2, "vtk", "grid", "out.vtm", "--names", "a", says="--names is about")
-        self.fail_with(2, "plot", "grid", "out.png", "--names", "a", says="--names is about")
+        self.fail_with(2, "info", "grid", "--names", "a,b", says="--names applies to a restart file")
+        self.fail_with(2, "vtk", "grid", "out.vtm", "--names", "a", says="--names applies to")
+        self.fail_with(2, "plot", "grid", "out.png", "--names", "a", says="--names applies to")
 
 
 class ManyBlocks(ToolTest):
@@ -117,7 +117,7 @@ class ManyBlocks(ToolTest):
         self.assertIn("holds   25 blocks, 140 points\n"
                       "fewest  3 points in block 2, 3x1x1\n"
                       "most    8 points in block 1, 2x2x2\n"
-                      "blocks  --blocks all shows them, --blocks 1,3-5 these\n",
+                      "blocks  --blocks all shows all of them, --blocks 1,3-5 some\n",
                       self.succeed("info", "grid"))
         self.assertEqual(self.blocks("grid"), [["all"], ["all"]])
         self.assertEqual(self.blocks("flow"), [["all"]])  # flow parameters, the same everywhere

@@ -414,7 +414,7 @@ def brick(counts, at=lambda i, j, k: (i, j, k), iblank=None):
 
 
 class Parts(PlotTest):
-    """A part of the space, several planes, cuts, and the quality of cells."""
+    """A box, several planes, cuts, and the quality of cells."""
 
     def test_box(self):
         # The cell at the origin is one of 100 x 100.
@@ -424,7 +424,7 @@ class Parts(PlotTest):
         padding = 2 * 0.8 * 600 / 62
         self.assertAlmostEqual((bottom - top - padding) / (right - left - padding), 2, delta=0.1)
         self.assertEqual(picture.share(0.5, 0.25), WHITE)  # inside a cell
-        # What the grid does not have is not shown.
+        # Missing surfaces are not shown.
         self.assertEqual(self.plot("grid", "out.png", "--box", "-50:1,-50:2")[1].rows,
                          picture.rows)
         self.fail_with(1, "plot", "grid", "out.png", "--box", "-9:-8,0:1",
@@ -437,7 +437,7 @@ class Parts(PlotTest):
         self.assertEqual(said, "variable 1, from 2 to 5")
 
     def test_box_ends_surfaces_of_any_view(self):
-        """Cells reach beyond the box; what is drawn does not."""
+        """Cells extend beyond the box; the drawing does not."""
         self.write_grid("grid", blocks=[brick((3, 3, 3), lambda i, j, k: (4 * i, 4 * j, 4 * k))])
         self.write_flow([brick((3, 3, 3))], [1] * 27, layout=3)
         view = ("--view", "-60", "25", "--plane", "k=1")
@@ -518,7 +518,7 @@ class Parts(PlotTest):
         picture = self.plot("grid", "flow", "out.png", "--cut", "z=1.5")[1]
         shares = [n / 20 for n in range(2, 19)]
         self.assertEqual(len({picture.share(a, u) for a in shares for u in shares}), 1)
-        # A blanked point takes its eight cells away, four of them at this place.
+        # A blanked point removes its eight cells, four of them at this pixel.
         used = [1] * 64
         used[1 + 4 + 16] = 0
         self.write_grid("grid", Form(iblank=True), [brick((4, 4, 4), iblank=used)])
@@ -623,8 +623,8 @@ class Refusals(PlotTest):
     def test_wrong_usage(self):
         for arguments, says in (
                 (("grid",), "OUT.png is required"),
-                (("grid", "out.png", "--variable", "p"), "--variable is about a restart file"),
-                (("grid", "out.png", "--layout", "3"), "--layout is about a restart file"),
+                (("grid", "out.png", "--variable", "p"), "--variable applies to a restart file"),
+                (("grid", "out.png", "--layout", "3"), "--layout applies to a restart file"),
                 (("grid", "flow", "out.png", "--variable", "q"), NAMES),
                 (("grid", "flow", "out.png", "--variable", "0"), NAMES),
                 (("grid", "flow", "out.png", "--variable", ""), NAMES),

@@ -263,7 +263,7 @@ class Quality(ToolTest):
             "  0.9423 (2,2,3)",
             "      2      4    left          0            0           0      1 (1,2,1)"
             "       0 (1,1,1)",
-            "in all: 16 cells, 1 of negative volume; 0 edges of length 0; 1 left-handed block",
+            "total: 16 cells, 1 of negative volume; 0 edges of length 0; 1 left-handed block",
             "block 1 i=last and block 2 i=1 coincide"])
 
     def test_damage(self):

@@ -79,7 +79,7 @@ class Transform(PartsTest):
                 self.assertEqual(self.path("out").read_bytes(), self.path("grid").read_bytes())
                 self.assertEqual(self.path("out.q").read_bytes(), self.path("flow").read_bytes())
 
-    def test_mirror_keeps_handedness_and_turns_momentum(self):
+    def test_mirror_keeps_handedness_and_negates_momentum(self):
         self.transform("--mirror", "y=2", "--restart", "flow", "out.q",
                        notes=["out: i is reversed, which keeps the handedness of mirrored blocks"])
         expected = [reversed_in(moved(block, lambda x, y, z: (x, 4 - y, z)), [0])

@@ -53,7 +53,7 @@ class Vtk(PartsTest):
     def test_refusals(self):
         for status, arguments, says in (
                 (2, ("grid", "out"), "out: the list of blocks, which comes last, must end in .vtm"),
-                (2, ("grid", "out.vtm", "--layout", "2"), "--layout is about a restart file"),
+                (2, ("grid", "out.vtm", "--layout", "2"), "--layout applies to a restart file"),
                 (1, ("flow", "out.vtm"), "flow: is a restart (flow-solution) file"),
                 (1, ("grid", "bad", "out.vtm"), "bad: "), (1, ("bad", "out.vtm"), "bad: ")):
             with self.subTest(arguments=arguments):

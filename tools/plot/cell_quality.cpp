@@ -58,7 +58,7 @@ struct Sheet {
     return std::hypot(b[0] - a[0], b[1] - a[1], b[2] - a[2]);
   }
 
-  /// The ratio of an edge to those beside it on its line, of so many edges.
+  /// The largest ratio of an edge and its neighbours on a grid line of `edges` edges.
   template <class Length>
   [[nodiscard]] static double largest_ratio(Length length, std::size_t edge, std::size_t edges) {
     const auto ratio = [](double a, double b) { return std::max(a, b) / std::min(a, b); };

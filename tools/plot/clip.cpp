@@ -6,7 +6,7 @@
 namespace p3dgrid::tool::plot {
 namespace {
 
-/// How far inside of each side of the box a place is; negative outside.
+/// The distance of a point from each side of the box, negative outside the box.
 std::array<double, 6> depths_in(const Box& box, const Vector& place) {
   std::array<double, 6> depths{};
   for (std::size_t c = 0; c < 3; ++c) {
@@ -28,7 +28,7 @@ Corner between(const Corner& from, const Corner& to, double share) {
 
 }  // namespace
 
-// Each side of the box cuts off what is beyond it.
+// Clips the polygon at each side of the box in turn.
 std::vector<Corner> clipped(std::vector<Corner> polygon, const Box& box) {
   for (std::size_t side = 0; side < 6; ++side) {
     std::vector<Corner> rest;

@@ -45,7 +45,7 @@ std::string list_of(const Planes& planes) {
                  (request.cuts.empty() ? "the extents" : "where the blocks are"));
 }
 
-/// The grid surfaces asked for, without their points.
+/// The requested grid surfaces, without their points.
 std::vector<Surface> surfaces_wanted(const Request& request, const Extents& extents) {
   const std::string& path = request.grid_path;
   if (request.block > extents.blocks()) {
@@ -161,7 +161,7 @@ std::string short_name(const std::string& path) {
   return drawable;
 }
 
-/// ", plane k=1, block 2", or the parts that were asked for.
+/// ", plane k=1, block 2", or the parts that were requested.
 std::string place_of(const Request& request) {
   std::string place;
   if (!request.planes.empty()) place += ", plane " + list_of(request.planes);

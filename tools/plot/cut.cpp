@@ -101,8 +101,8 @@ class Cutter {
     return found->second;
   }
 
-  /// Adds the lines in which the cut crosses the face in directions `a` and `b` of a cell. In a
-  /// face that it crosses twice, the neighbour makes the same choice.
+  /// Adds the lines in which the cut crosses the face in directions `a` and `b` of a cell. If it
+  /// crosses the face twice, the choice of lines is the same in the neighbouring cell.
   void cut_face(std::int64_t first, std::size_t a, std::size_t b, bool is_outer) {
     std::array<std::size_t, 4> found{};
     std::size_t count = 0;

@@ -11,7 +11,7 @@ namespace p3dgrid::tool::plot {
 
 using Cut = CoordinatePlane;
 
-/// Parses a list such as "x=0.5" or "x=0.5,y=-1e-3"; empty if the text is none.
+/// Parses a list such as "x=0.5" or "x=0.5,y=-1e-3"; empty if the text is invalid.
 [[nodiscard]] std::vector<Cut> cuts_in(const std::string& text);
 
 /// The text that `cuts_in` parses.

@@ -78,7 +78,7 @@ std::vector<std::string> own_names(const Request& request, const SolutionHeader&
   return variable_names(request.restart_path, header, request.names);
 }
 
-/// The variable asked for.
+/// The requested variable.
 FlowVariable variable_wanted(const Request& request, const SolutionHeader& header) {
   const Layout layout = header.form.layout;
   const std::int32_t variables = header.most_variables();

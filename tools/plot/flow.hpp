@@ -25,9 +25,8 @@ struct FlowVariable {
 /// The names of variables of a solution, for messages.
 [[nodiscard]] std::string known_names();
 
-/// Sets the surfaces' values to those of the variable asked for. Holds one variable of a block at a
-/// time. Throws a Failure if the file has no such variable, and as
-/// `read_restart` does.
+/// Sets the surfaces' values to those of the requested variable. Holds one variable of a block at a
+/// time. Throws a Failure if the file has no such variable, and as `read_restart` does.
 FlowVariable take_values(std::vector<Surface>& surfaces, const Request& request, const Case& found);
 
 }  // namespace p3dgrid::tool::plot

@@ -154,7 +154,7 @@ class Page {
         title_(picture.title),
         remarks_(picture.remarks) {
     projection_.view = picture.view;
-    // In a flat view, the frame ends the surfaces.
+    // In a flat view the frame clips the surfaces.
     if (picture.is_part && !flat_) style_.clip = picture.box;
     const auto scratch = make_canvas(1, 1);
     place_across(*scratch);

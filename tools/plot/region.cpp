@@ -19,7 +19,7 @@ double margin_of(const Region& region) {
   return margin_of_frame * largest;
 }
 
-/// The bits of the sides of the region that a point is beyond by more than the slack.
+/// A bit for each side of the region that a point is beyond by more than the slack.
 std::uint8_t sides_beyond(const Region& region, double slack, const Vector& place) {
   unsigned sides = 0;
   for (unsigned c = 0; c < 3; ++c) {

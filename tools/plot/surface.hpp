@@ -17,7 +17,7 @@ using Vector = std::array<double, 3>;
 /// Parses a positive number; 0 if the text is something else.
 [[nodiscard]] std::int32_t number_in(std::string_view text);
 
-/// Parses a list such as "k=1" or "k=1,j=last"; empty if the text is none.
+/// Parses a list such as "k=1" or "k=1,j=last"; empty if the text is invalid.
 [[nodiscard]] std::vector<IndexPlane> planes_in(const std::string& text);
 
 /// The first corner of a cell and the others around it. A triangle has the last one twice.
@@ -29,7 +29,7 @@ struct CutCells {
   struct Source {
     std::int64_t from;
     std::int64_t to;
-    double share;  ///< of the way
+    double share;  ///< of the edge, from 0 to 1
   };
   /// Where the cut crosses a face of a cell of the block.
   struct Line {
@@ -126,7 +126,7 @@ struct Surface {
 /// Copies coordinates and blanking from its block.
 void take_points(Surface& surface, const Block& block);
 
-/// A part of the space; infinite where it has no limit.
+/// A box in space; infinite in directions without a limit.
 struct Region {
   Vector low;
   Vector high;
@@ -135,7 +135,7 @@ struct Region {
 /// Parses "x0:x1,y0:y1" or "x0:x1,y0:y1,z0:z1".
 [[nodiscard]] std::optional<Region> region_in(const std::string& text);
 
-/// Leaves out the cells that have no part in the region.
+/// Leaves out the cells that lie outside the region.
 void confine(Surface& surface, const Region& region);
 
 }  // namespace p3dgrid::tool::plot

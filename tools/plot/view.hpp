@@ -64,7 +64,7 @@ struct View {
 /// A view along the coordinate axis that is normal to every surface, exactly or nearly.
 struct FlatView {
   View view;
-  std::size_t coordinate;  ///< the one that is not seen
+  std::size_t coordinate;  ///< the one along the view
   bool is_near = false;    ///< it varies within a surface
 };
 

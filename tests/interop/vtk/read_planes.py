@@ -1,4 +1,4 @@
-"""Compares files of two dimensions that the command wrote with what VTK's reader has of them.
+"""Compares files of two dimensions that the command wrote with the values that VTK reads from them.
 
     read_planes.py P3DGRID
 
