@@ -136,7 +136,8 @@ void write_vtk(const VtkOptions& options) {
   const bool with_flow = !options.restart_path.empty();
   const std::string idle = options.names.empty() ? options.restart_option : "--names";
   if (!with_flow && !idle.empty()) {
-    throw Unusable(idle + " applies to a restart file, and none is given: " + vtk_usage.command_line);
+    throw Unusable(idle +
+                   " applies to a restart file, and none is given: " + vtk_usage.command_line);
   }
   const std::vector<std::string> paths = {options.grid_path, options.restart_path};
   OutputFile list(options.output, paths);
