@@ -30,7 +30,7 @@ void run(const Team& team, int argc, const char* const* argv) {
   Request request;
   team.run_on_all([&] { request = read_command_line(program(team), argc, argv); });
   if (!request.run) return print_text(request.text);
-  set_verbosity(request.quiet, request.verbose);
+  set_quiet(request.quiet);
   request.run();
 }
 

@@ -1,12 +1,11 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
 #include <variant>
 #include <vector>
-
-#include "library.hpp"
 
 namespace p3dgrid::tool {
 
@@ -15,12 +14,12 @@ using Check = std::function<std::string(const std::string& text)>;
 
 /// The variable that receives the value of an option. `bool` makes the option a flag, a vector
 /// takes several values.
-using Target = std::variant<bool*, integer*, double*, std::string*, std::vector<double>*,
-                            std::vector<std::string>*, std::optional<integer>*,
+using Target = std::variant<bool*, std::int32_t*, double*, std::string*, std::vector<double>*,
+                            std::vector<std::string>*, std::optional<std::int32_t>*,
                             std::optional<double>*, std::function<void(const std::string&)>>;
 
 /// Accept numbers from `low` to `high`.
-[[nodiscard]] Check in_range(integer low, integer high);
+[[nodiscard]] Check in_range(std::int32_t low, std::int32_t high);
 [[nodiscard]] Check in_range(double low, double high);
 
 struct Option {

@@ -81,7 +81,7 @@ void add_option(CLI::App& line, const Option& option) {
 void add_common_options(CLI::App& line, Request& request) {
   line.add_flag("--quiet", request.quiet, "Leave out notes and the line that says what was done");
   line.add_flag("--verbose", request.verbose,
-                "Print the library's own lines too, which only tecplot has");
+                "Accepted for older scripts: nothing more is printed");
   line.add_flag("--no-progress", request.no_progress,
                 "Do not show on a terminal how far long reading and writing is");
 }
@@ -146,7 +146,7 @@ void unpack_inputs(const Command& command) {
 
 }  // namespace
 
-Check in_range(integer low, integer high) {
+Check in_range(std::int32_t low, std::int32_t high) {
   return CLI::Range(low, high);
 }
 

@@ -3,10 +3,10 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-#include <MOD_P3DReader.hpp>
 #include <cerrno>
 #include <cstdio>
 #include <functional>
+#include <mod_p3dgrid/run.hpp>
 #include <set>
 #include <string>
 #include <system_error>
@@ -20,7 +20,6 @@ namespace {
 
 std::string program_name = "p3dgrid";
 bool quiet = false;
-bool verbose = false;
 bool output_kept_for_programs = false;
 int first_output_error = 0;
 
@@ -64,9 +63,8 @@ void set_program_name(const std::string& name) {
   program_name = name;
 }
 
-void set_verbosity(bool be_quiet, bool be_verbose) {
+void set_quiet(bool be_quiet) {
   quiet = be_quiet;
-  verbose = be_verbose;
 }
 
 void print_line(std::string_view line) {
@@ -88,10 +86,6 @@ void keep_output_for_programs() {
 
 void print_summary(std::string_view line) {
   if (!quiet) print_result(line);
-}
-
-void print_library_line(std::string_view line) {
-  if (verbose) print_result(line);
 }
 
 void print_note(std::string_view text) {

@@ -9,8 +9,7 @@ namespace p3dgrid::tool {
 void set_program_name(const std::string& name);
 
 /// With `quiet`, notes and what `print_summary` prints are dropped; results and failures are not.
-/// Without `verbose`, the library's lines are dropped.
-void set_verbosity(bool quiet, bool verbose);
+void set_quiet(bool quiet);
 
 /// One line of a command's result, on standard output. Control characters are escaped, here and in
 /// all functions except `print_text` and `print_failure`.
@@ -27,9 +26,6 @@ void keep_output_for_programs();
 
 /// One line that says what has been done, on standard output.
 void print_summary(std::string_view line);
-
-/// One of the library's own lines, on standard output.
-void print_library_line(std::string_view line);
 
 /// A warning, on standard error. Repetitions of a warning are not printed.
 void print_note(std::string_view text);

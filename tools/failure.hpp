@@ -40,12 +40,6 @@ class Unreadable : public Mismatch {
   using Mismatch::Mismatch;
 };
 
-/// The library has halted the run. Its messages give the reason.
-class Halt : public Mismatch {
- public:
-  Halt() : Mismatch("the library has halted; --verbose shows its reason") {}
-};
-
 /// Wrong usage, or a file that cannot be opened or written.
 class Unusable : public Failure {
  public:

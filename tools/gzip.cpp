@@ -4,7 +4,6 @@
 #include <unistd.h>
 #include <zlib.h>
 
-#include <MOD_P3DReader.hpp>
 #include <array>
 #include <cerrno>
 #include <cstdint>
@@ -14,6 +13,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <mod_p3dgrid/run.hpp>
 #include <new>
 #include <optional>
 #include <system_error>

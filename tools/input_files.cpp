@@ -1,13 +1,12 @@
 #include "input_files.hpp"
 
 #include <optional>
+#include <p3dgrid/check.hpp>
 
 #include "console.hpp"
 #include "failure.hpp"
 #include "grid_file.hpp"
-#include "library.hpp"
 #include "restart_file.hpp"
-#include "table.hpp"
 
 namespace p3dgrid::tool {
 namespace {
@@ -106,57 +105,6 @@ void refuse_if_grid(const std::string& path, const std::string& grid_path, const
                                                          "' takes a restart file there");
 }
 
-/// The two files to compare.
-struct Pair {
-  const std::string& grid_path;
-  const GridForm& grid;
-  const std::string& restart_path;
-  const RestartForm& restart;
-
-  [[nodiscard]] std::string disagreement() const {
-    return restart_path + ": does not belong to " + grid_path;
-  }
-};
-
-/// Prints the library's report of how the two differ, and throws. All its later lines are printed.
-void report_by_library(const Pair& pair) {
-  mod_p3dgrid::p3dsetmessages(print_result);
-  try {
-    // The library reuses an allocated array, even with the counts of another file.
-    mod_p3dgrid::nfvar.deallocate();
-    mod_p3dgrid::checkp3drstrtheader(
-        name_for(pair.grid_path, pair.grid.coding), format_code(pair.grid.coding),
-        name_for(pair.restart_path, pair.restart.coding), format_code(pair.restart.coding),
-        precision_flag(pair.restart.coding), static_cast<integer>(pair.restart.layout),
-        pair.grid.multiblock);
-  } catch (const Halt&) {
-    throw Mismatch(pair.disagreement());
-  }
-}
-
-/// For pairs that the library cannot compare.
-void require_same_extents(const Pair& pair, const Extents& grid, const Extents& restart) {
-  if (grid.blocks() != restart.blocks()) {
-    throw Mismatch(pair.disagreement() + ": it holds " + counted(restart.blocks(), "block") +
-                   ", the grid " + std::to_string(grid.blocks()));
-  }
-  for (std::size_t b = 0; b < grid.i.size(); ++b) {
-    const std::string of_grid = grid.text_of(b);
-    const std::string of_restart = restart.text_of(b);
-    if (of_grid == of_restart) continue;
-    throw Mismatch(pair.disagreement() + ": its block " + std::to_string(b + 1) + " is " +
-                   of_restart + ", the grid's " + of_grid);
-  }
-}
-
-/// The library compares two files with a block count or two without, if the layout holds extents.
-bool library_can_compare(const Pair& pair) {
-  const LayoutTraits& layout = traits_of(pair.restart.layout);
-  if (!layout.holds_extents() || !layout.module_code) return false;
-  return layout.may_hold_count() ? pair.restart.multiblock == pair.grid.multiblock
-                                 : pair.grid.multiblock;
-}
-
 Extents extents_of_grid(const std::string& path, const Found& grid) {
   if (grid.reading.extents != nullptr) return *grid.reading.extents;
   return GridInput(path, grid).extents();
@@ -204,17 +152,17 @@ Case find_case(const std::string& grid_path, const StatedGridForm& grid,
       find_or_explain([&] { return find_restart(restart_path, restart, found.extents, look); },
                       [&] { refuse_if_grid(restart_path, grid_path, usage); });
   const Reading& reading = found.restart.reading;
-  const Pair pair{grid_path, found.grid.grid(), restart_path, found.restart.restart()};
   if (reading.extents == nullptr) {
-    // A layout without extents, or an invalid header, which the library reports.
+    // A layout without extents, or an invalid header, whose place the reader reports.
     static_cast<void>(RestartInput(restart_path, found.restart, found.extents));
     return found;
   }
   if (*reading.extents == found.extents) return found;
   if (reading.free_count) refuse_if_grid(restart_path, grid_path, usage);
-  if (library_can_compare(pair)) report_by_library(pair);
-  require_same_extents(pair, found.extents, *reading.extents);
-  return found;
+  for (const Error& error : differing_blocks(restart_path, *reading.extents, found.extents)) {
+    print_result(error.what());
+  }
+  throw Mismatch(restart_path + ": does not belong to " + grid_path);
 }
 
 }  // namespace p3dgrid::tool

@@ -1,9 +1,7 @@
-#include <MOD_P3DReader.hpp>
 #include <optional>
 
 #include "command.hpp"
 #include "console.hpp"
-#include "failure.hpp"
 #include "process.hpp"
 #include "progress.hpp"
 
@@ -34,20 +32,13 @@ Program program() {
                        plot_command()}};
 }
 
-[[noreturn]] void end_run(const mod_p3dgrid::RunEnd& end) {
-  if (end.status == 0) throw Halt();
-  throw Unusable(end.message);
-}
-
 void run(int argc, const char* const* argv) {
   const Request request = read_command_line(program(), argc, argv);
   if (!request.run) {
     print_text(request.text);
     return;
   }
-  set_verbosity(request.quiet, request.verbose);
-  mod_p3dgrid::p3dsetmessages(print_library_line);
-  mod_p3dgrid::p3dsetrunend(end_run);
+  set_quiet(request.quiet);
   std::optional<Progress> progress;
   if (!request.quiet && !request.no_progress && Progress::has_reader()) progress.emplace();
   request.run();

@@ -77,7 +77,7 @@ std::vector<Option> picture_options(plot::Request& request) {
       names_option(request.names),
       gamma_option(request.gamma, "p and mach"),
       {"--block", &request.block, "Show this block alone, counted from 1", "B",
-       in_range(1, std::numeric_limits<integer>::max())},
+       in_range(1, std::numeric_limits<std::int32_t>::max())},
       {"--plane", take_planes,
        "Show grid planes of each block, such as k=1 or i=1,i=last; default the blocks' outer faces",
        "PLANE,...", checked("is no grid plane such as k=1, j=20 or i=last", is_plane)},

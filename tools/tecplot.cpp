@@ -1,15 +1,16 @@
 #include <algorithm>
 #include <array>
 #include <memory>
+#include <p3dgrid/tecplot.hpp>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "command.hpp"
 #include "console.hpp"
 #include "failure.hpp"
-#include "first_line.hpp"
 #include "grid_file.hpp"
 #include "input_files.hpp"
-#include "library.hpp"
 #include "options.hpp"
 #include "output_file.hpp"
 #include "primitive.hpp"
@@ -19,9 +20,6 @@
 
 namespace p3dgrid::tool {
 namespace {
-
-constexpr integer tecplot_unit = 594;
-constexpr integer largest_extent = 9999;  // a zone line has four digits for each
 
 struct TecplotOptions {
   std::string grid_path;
@@ -47,7 +45,7 @@ std::string obstacle(const TecplotOptions& options, const SolutionHeader& soluti
 std::string obstacle(const TecplotOptions& options, const Extents& grid) {
   for (const auto* extents : {&grid.i, &grid.j, &grid.k}) {
     const std::int32_t largest = std::ranges::max(*extents);
-    if (largest <= largest_extent) continue;
+    if (largest <= TecplotWriter::largest_extent) continue;
     return "its zone lines have four digits for each extent, and " + options.grid_path +
            " has one of " + std::to_string(largest);
   }
@@ -59,18 +57,12 @@ bool can_be_converted(const TecplotOptions& options, const RestartForm& form) {
   return traits_of(form.layout).parameters > 0 && !options.as_stored && options.names.empty();
 }
 
-/// The names of the columns; none where those of the library stand.
+/// The names of the variables; none where the usual ones of a flow stand.
 std::vector<std::string> column_names(const TecplotOptions& options, const SolutionHeader& header) {
   if (options.names.empty() && traits_of(header.form.layout).parameters > 0) return {};
   std::vector<std::string> names = variable_names(options.restart_path, header, options.names);
   if (names.front().empty()) return {};
   return names;
-}
-
-std::string variables_line(const std::vector<std::string>& names, bool iblank) {
-  std::string line = R"( VARIABLES = "X", "Y", "Z")";
-  for (const std::string& name : names) line += ", \"" + name + '"';
-  return line + (iblank ? R"(,"IBLANK")" : "");
 }
 
 void note_columns(const TecplotOptions& options, const RestartForm& form) {
@@ -86,54 +78,33 @@ void note_columns(const TecplotOptions& options, const RestartForm& form) {
              " of " + options.restart_path + " in the order of the file");
 }
 
-/// Coordinates and flow of all points, as the library's operation takes them.
-struct Points {
-  allocatable<double, 2> coordinates;
-  allocatable<double, 2> flow;
-  allocatable<integer, 1> iblank;
-
-  Points(std::int64_t points, bool blanking) {
-    require_memory(coordinates.allocate(3, points));
-    require_memory(flow.allocate(solution_variables, points));
-    if (blanking) require_memory(iblank.allocate(points));
-  }
-};
-
-/// Copies the values to a row, from column `first` on.
-void copy_row(const Reals& values, allocatable<double, 2>& to, std::int64_t row,
-              std::int64_t first) {
-  values.visit([&](auto span) {
-    for (const auto value : span) to(row, first++) = static_cast<double>(value);
-  });
-}
-
-/// Reads grid and flow block by block.
-void read_points(GridInput& grid, RestartInput& restart, Points& points) {
-  std::int64_t first = 1;
-  for (std::size_t b = 0; b < grid.extents().i.size(); ++b) {
-    const Block block = grid.read(b);
-    copy_row(block.x, points.coordinates, 1, first);
-    copy_row(block.y, points.coordinates, 2, first);
-    copy_row(block.z, points.coordinates, 3, first);
-    for (std::int32_t v = 1; v <= solution_variables; ++v) {
-      copy_row(restart.read(b, {v}), points.flow, v, first);
-    }
-    const std::int64_t count = block.extents.points();
-    for (std::int64_t p = 0; points.iblank.allocated() && p < count; ++p) {
-      const bool known = !block.iblank.empty();
-      points.iblank(first + p) = known ? block.iblank[static_cast<std::size_t>(p)] : 1;
-    }
-    first += count;
-  }
-}
-
 /// Replaces density, momentum and energy by velocities, pressure and density.
-void convert(allocatable<double, 2>& flow, double gamma) {
-  for (auto at = flow.span(); !at.empty(); at = at.subspan(solution_variables)) {
-    const Primitive point = primitive_of<double>(at.first(solution_variables), gamma);
-    std::ranges::copy(std::array{point.u, point.v, point.w, point.pressure, point.density},
-                      at.begin());
+void convert(std::vector<Reals>& flow, double gamma) {
+  std::array<Array<double>, solution_variables> columns;
+  for (std::size_t v = 0; v < columns.size(); ++v) {
+    flow[v].visit([&](auto values) { columns[v].assign(values.begin(), values.end()); });
   }
+  auto& [u, v, w, pressure, density] = columns;
+  for (std::size_t n = 0; n < density.size(); ++n) {
+    const std::array conserved = {u[n], v[n], w[n], pressure[n], density[n]};
+    const Primitive point = primitive_of<double>(conserved, gamma);
+    u[n] = point.u;
+    v[n] = point.v;
+    w[n] = point.w;
+    pressure[n] = point.pressure;
+    density[n] = point.density;
+  }
+  std::ranges::transform(columns, flow.begin(),
+                         [](Array<double>& column) { return Reals(std::move(column)); });
+}
+
+/// The variables of a block as they are written.
+std::vector<Reals> flow_of(RestartInput& restart, std::size_t block,
+                           const TecplotOptions& options) {
+  std::vector<Reals> flow;
+  for (std::int32_t v = 1; v <= solution_variables; ++v) flow.push_back(restart.read(block, {v}));
+  if (can_be_converted(options, restart.header().form)) convert(flow, options.gamma);
+  return flow;
 }
 
 void export_tecplot(const TecplotOptions& options) {
@@ -147,22 +118,20 @@ void export_tecplot(const TecplotOptions& options) {
   const std::vector<std::string> names = column_names(options, restart.header());
   GridInput grid(options.grid_path, found.grid);
   output.require_writable(obstacle(options, extents));
-  Points points =
-      with_failures(options.restart_path, [&] { return Points(extents.points(), options.iblank); });
-  read_points(grid, restart, points);
+  output.stream([&] {
+    const std::vector<std::string> usual{TecplotWriter::flow_names.begin(),
+                                         TecplotWriter::flow_names.end()};
+    TecplotWriter writer(output.temporary_path(), names.empty() ? usual : names, options.iblank);
+    for (std::size_t b = 0; b < extents.i.size(); ++b) {
+      const Block block = grid.read(b);
+      writer.write(
+          block, with_failures(options.restart_path, [&] { return flow_of(restart, b, options); }));
+    }
+    writer.close();
+  });
   grid.require_form();
   restart.require_form();
-  if (can_be_converted(options, form)) convert(points.flow, options.gamma);
   if (names.empty()) note_columns(options, form);
-  output.write([&] {
-    mod_p3dgrid::writetecplotfile_p3d(name_for(output.temporary_path()), extents.blocks(),
-                                      points.coordinates, points.flow, extents.i, extents.j,
-                                      extents.k, points.iblank, options.iblank);
-    mod_p3dgrid::p3dcloseunit(tecplot_unit);
-    if (!names.empty()) {
-      replace_first_line(output.temporary_path(), variables_line(names, options.iblank));
-    }
-  });
   output.commit();
   print_summary(options.output + ": " + counted(extents.blocks(), "zone") + ", " +
                 counted(extents.points(), "point") + ", Tecplot text");

@@ -31,6 +31,14 @@ namespace p3dgrid {
                                                 const StatedRestartForm& stated = {},
                                                 const std::shared_ptr<const Extents>& grid = {});
 
+/// The findings for each block in which a solution differs from its grid; one if the numbers of
+/// blocks differ.
+/// @param path  of the solution
+/// @param own   its extents
+/// @param grid  extents of its grid
+[[nodiscard]] std::vector<Error> differing_blocks(const std::string& path, const Extents& own,
+                                                  const Extents& grid);
+
 /// Checks a grid, a restart file, and whether they describe the same blocks: each block whose
 /// extents differ is a finding.
 [[nodiscard]] std::vector<Error> check_pair(const std::string& grid, const std::string& solution,

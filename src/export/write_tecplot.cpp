@@ -1,6 +1,8 @@
 #include <string>
 
 #include "MOD_P3DReader.hpp"
+#include "format/tecplot.hpp"
+#include "p3dgrid/tecplot.hpp"
 #include "state/messages.hpp"
 #include "state/point_numbering.hpp"
 #include "state/unit.hpp"
@@ -8,24 +10,11 @@
 namespace mod_p3dgrid {
 namespace {
 
+namespace tecplot = p3dgrid::tecplot;
 using recordio::WriteList;
 
 constexpr integer formatted = 1;
 constexpr const char* kind = "Tecplot file ";
-
-/// Known quirk: the line begins with a blank, and "IBLANK" has none before it.
-constexpr const char* variables_line = R"( VARIABLES = "X", "Y", "Z", "U", "V", "W", "P", "RHO")";
-constexpr const char* blanked_variables_line =
-    R"( VARIABLES = "X", "Y", "Z", "U", "V", "W", "P", "RHO","IBLANK")";
-
-std::string zone_line(integer block, const BlockExtents& extents) {
-  const auto [i, j, k] = extents;
-  constexpr std::size_t block_digits = 6;
-  constexpr std::size_t extent_digits = 4;
-  return "ZONE T=\"ZONE-" + column(block, block_digits, '0') +
-         "\" I=" + column(i, extent_digits, '0') + " J=" + column(j, extent_digits, '0') +
-         " K=" + column(k, extent_digits, '0');
-}
 
 /// All rows of an array at the points of a block.
 template <class T>
@@ -51,9 +40,12 @@ void writetecplotfile_p3d(const FileName& filename, integer nblocks,
 
   const Unit unit(unit_number::tecplot, formatted);
   unit.open(filename, OpenStatus::unknown);
-  unit.write_line(useiblank ? blanked_variables_line : variables_line);
+  constexpr auto& names = p3dgrid::TecplotWriter::flow_names;
+  unit.write_line(
+      tecplot::variables_line({names.begin(), names.end()}, static_cast<bool>(useiblank)));
   for (integer b = 1; b <= nblocks; ++b) {
-    unit.write_line(zone_line(b, extents.of(b)));
+    const auto [i, j, k] = extents.of(b);
+    unit.write_line(tecplot::zone_line(b, {i, j, k}));
     WriteList list{columns(xyz, points, b), columns(qvar, points, b)};
     if (useiblank) {
       list.push_back(recordio::values(iblank.data() + points.before(b), points.npts(b)));

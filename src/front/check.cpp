@@ -58,6 +58,32 @@ std::vector<Error> check_solution(const std::string& path, const StatedRestartFo
   return findings;
 }
 
+std::vector<Error> differing_blocks(const std::string& path, const Extents& own,
+                                    const Extents& grid) {
+  std::vector<Error> differences;
+  const auto add = [&](const std::string& reason, std::string found, std::string expected) {
+    differences.push_back(Error({.kind = ErrorKind::mismatch,
+                                 .file = path,
+                                 .reason = "does not belong to its grid: " + reason,
+                                 .found = std::move(found),
+                                 .expected = std::move(expected)}));
+  };
+  if (own.blocks() != grid.blocks()) {
+    const std::string held =
+        std::to_string(own.blocks()) + (own.blocks() == 1 ? " block" : " blocks");
+    const std::string wanted = std::to_string(grid.blocks());
+    add("it holds " + held + ", the grid " + wanted, held, wanted + " blocks");
+    return differences;
+  }
+  for (std::size_t b = 0; b < own.i.size(); ++b) {
+    if (own.of(b) == grid.of(b)) continue;
+    add("its block " + std::to_string(b + 1) + " is " + own.text_of(b) + ", the grid's " +
+            grid.text_of(b),
+        own.text_of(b), grid.text_of(b));
+  }
+  return differences;
+}
+
 std::vector<Error> check_pair(const std::string& grid, const std::string& solution,
                               const StatedGridForm& stated_grid,
                               const StatedRestartForm& stated_solution) {

@@ -79,29 +79,28 @@ void require_valid(const std::string& path, const Coding& coding, const Extents&
   refuse(static_cast<std::size_t>(thick - extents.k.begin()), "a k extent of 1 in two dimensions");
 }
 
-std::vector<Error> differing_blocks(const std::string& path, const Extents& own,
-                                    const Extents& grid) {
-  std::vector<Error> differences;
-  const auto add = [&](const std::string& reason, std::string found, std::string expected) {
-    differences.push_back(Error({.kind = ErrorKind::mismatch,
-                                 .file = path,
-                                 .reason = "does not belong to its grid: " + reason,
-                                 .found = std::move(found),
-                                 .expected = std::move(expected)}));
+void require_block(const std::string& path, const Coding& coding, std::int32_t number,
+                   const Block& block, const BlockExtents& announced) {
+  const std::string name = "block " + std::to_string(number) + " of ";
+  const auto text = [](const BlockExtents& e) {
+    return std::to_string(e.i) + "x" + std::to_string(e.j) + "x" + std::to_string(e.k);
   };
-  if (own.blocks() != grid.blocks()) {
-    const std::string held = std::to_string(own.blocks()) + " blocks";
-    const std::string wanted = std::to_string(grid.blocks());
-    add("it holds " + held + ", the grid " + wanted, held, wanted + " blocks");
-    return differences;
+  if (block.extents != announced) {
+    refuse(path, name + text(block.extents) + " points", text(announced));
   }
-  for (std::size_t b = 0; b < own.i.size(); ++b) {
-    if (own.of(b) == grid.of(b)) continue;
-    add("its block " + std::to_string(b + 1) + " is " + own.text_of(b) + ", the grid's " +
-            grid.text_of(b),
-        own.text_of(b), grid.text_of(b));
+  const std::int64_t points = announced.points();
+  for (const Reals* coordinate : {&block.x, &block.y, &block.z}) {
+    if (coordinate->size() == points) continue;
+    refuse(path, name + std::to_string(coordinate->size()) + " values of a coordinate",
+           std::to_string(points));
   }
-  return differences;
+  if (is_planar(coding) && !is_zero(block.z)) {
+    refuse(path, name + "z other than 0", "z of 0 in two dimensions");
+  }
+  if (!block.iblank.empty() && std::ssize(block.iblank) != points) {
+    refuse(path, name + std::to_string(block.iblank.size()) + " blanking values",
+           std::to_string(points));
+  }
 }
 
 }  // namespace p3dgrid

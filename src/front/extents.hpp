@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "front/file.hpp"
+#include "p3dgrid/grid.hpp"
 #include "p3dgrid/layout.hpp"
 
 namespace p3dgrid {
@@ -30,10 +31,10 @@ void write_extents(TargetFile& file, const Coding& coding, DimensionKind kind,
 /// a file of two dimensions cannot hold.
 void require_valid(const std::string& path, const Coding& coding, const Extents& extents);
 
-/// An error for each block in which a solution differs from its grid; one if the numbers of blocks
-/// differ.
-/// @param path  of the solution
-[[nodiscard]] std::vector<Error> differing_blocks(const std::string& path, const Extents& own,
-                                                  const Extents& grid);
+/// Throws for a block that differs from its announced extents, whose arrays do not have a value for
+/// each point, or whose third coordinate a file of two dimensions cannot hold.
+/// @param number  of the block, from 0
+void require_block(const std::string& path, const Coding& coding, std::int32_t number,
+                   const Block& block, const BlockExtents& announced);
 
 }  // namespace p3dgrid

@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <system_error>
 
 #include "format/body.hpp"
@@ -84,6 +85,11 @@ class TargetFile {
 
   /// Writes a record.
   void write(const recordio::WriteList& list);
+  /// @name Lines of text that are not list-directed records
+  /// @{
+  void write_line(std::string_view line);
+  void write_points(const recordio::WriteList& list, std::int64_t points);
+  /// @}
   /// Writes a record of `bytes` bytes in parts: `write_parts(record)` writes to the record.
   template <class WriteParts>
   void write(std::int64_t bytes, WriteParts write_parts) {

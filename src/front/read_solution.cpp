@@ -9,6 +9,7 @@
 #include "front/point_runs.hpp"
 #include "front/sections.hpp"
 #include "front/settle.hpp"
+#include "p3dgrid/check.hpp"
 #include "p3dgrid/solution.hpp"
 
 namespace p3dgrid {

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <utility>
 
 #include "front/extents.hpp"
 #include "front/file.hpp"
@@ -7,33 +6,6 @@
 #include "p3dgrid/grid.hpp"
 
 namespace p3dgrid {
-namespace {
-
-void check(const std::string& path, const Coding& coding, std::int32_t number, const Block& block,
-           const BlockExtents& announced) {
-  const std::string name = "block " + std::to_string(number) + " of ";
-  const auto text = [](const BlockExtents& e) {
-    return std::to_string(e.i) + "x" + std::to_string(e.j) + "x" + std::to_string(e.k);
-  };
-  if (block.extents != announced) {
-    refuse(path, name + text(block.extents) + " points", text(announced));
-  }
-  const std::int64_t points = announced.points();
-  for (const Reals* coordinate : {&block.x, &block.y, &block.z}) {
-    if (coordinate->size() == points) continue;
-    refuse(path, name + std::to_string(coordinate->size()) + " values of a coordinate",
-           std::to_string(points));
-  }
-  if (is_planar(coding) && !is_zero(block.z)) {
-    refuse(path, name + "z other than 0", "z of 0 in two dimensions");
-  }
-  if (!block.iblank.empty() && std::ssize(block.iblank) != points) {
-    refuse(path, name + std::to_string(block.iblank.size()) + " blanking values",
-           std::to_string(points));
-  }
-}
-
-}  // namespace
 
 /// Writes the records of a grid file in order.
 class GridWriter::File {
@@ -50,7 +22,7 @@ class GridWriter::File {
 
   void write(const Block& block) {
     require_next();
-    check(path_, form_.coding, next_, block, extents_.of(static_cast<std::size_t>(next_)));
+    require_block(path_, form_.coding, next_, block, extents_.of(static_cast<std::size_t>(next_)));
     ++next_;
     recordio::WriteList list;
     for (const Reals* coordinate : {&block.x, &block.y, &block.z}) {
@@ -136,7 +108,8 @@ GridForm form_to_write(const Grid& grid, const StatedGridForm& stated) {
 void write_grid(const std::string& path, const Grid& grid, const StatedGridForm& stated) {
   const GridForm form = form_to_write(grid, stated);
   for (std::size_t b = 0; b < grid.blocks.size(); ++b) {
-    check(path, form.coding, static_cast<std::int32_t>(b), grid.blocks[b], grid.blocks[b].extents);
+    require_block(path, form.coding, static_cast<std::int32_t>(b), grid.blocks[b],
+                  grid.blocks[b].extents);
   }
   GridWriter writer(path, form, grid.extents());
   for (const Block& block : grid.blocks) writer.write(block);

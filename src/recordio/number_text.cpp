@@ -278,4 +278,10 @@ char* write_number(char* to, const NumberWithDigits<Real>& number) {
 template char* write_number(char*, const NumberWithDigits<float>&);
 template char* write_number(char*, const NumberWithDigits<double>&);
 
+std::string column(integer number, std::size_t width, char fill) {
+  const std::string digits = std::to_string(number);
+  if (digits.size() > width) return std::string(width, '*');
+  return std::string(width - digits.size(), fill) + digits;
+}
+
 }  // namespace mod_p3dgrid::recordio

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <concepts>
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 #include "mod_p3dgrid/logical.hpp"
@@ -49,5 +50,8 @@ template <std::floating_point Real>
 char* write_number(char* to, Real value) {
   return write_number(to, with_digits(value));
 }
+
+/// `number` right-justified in `width` columns; asterisks if it does not fit.
+[[nodiscard]] std::string column(integer number, std::size_t width, char fill = ' ');
 
 }  // namespace mod_p3dgrid::recordio

@@ -45,12 +45,6 @@ void ListLine::append(integer item) {
 
 }  // namespace detail
 
-std::string column(integer number, std::size_t width, char fill) {
-  const std::string digits = std::to_string(number);
-  if (digits.size() > width) return std::string(width, '*');
-  return std::string(width - digits.size(), fill) + digits;
-}
-
 std::string_view left_adjusted(const FileName& name) {
   const std::string_view text = name.view();
   return text.substr(std::min(text.find_first_not_of(' '), text.size()));

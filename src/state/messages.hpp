@@ -5,6 +5,7 @@
 
 #include "mod_p3dgrid/file_name.hpp"
 #include "mod_p3dgrid/logical.hpp"
+#include "recordio/number_text.hpp"
 
 namespace mod_p3dgrid {
 
@@ -31,8 +32,7 @@ void message(const Items&... items) {
   write_line(line.text);
 }
 
-/// `number` right-justified in `width` columns; asterisks if it does not fit.
-[[nodiscard]] std::string column(integer number, std::size_t width, char fill = ' ');
+using recordio::column;
 
 /// A file name without blanks around it; valid as long as `name`.
 [[nodiscard]] std::string_view left_adjusted(const FileName& name);
