@@ -13,63 +13,41 @@ std::string layout_text(Layout layout) {
   return std::string("layout ") + name_of(layout);
 }
 
-/// Names of the values that are set to 0 because they are unknown.
-struct Missing {
-  std::string names;
-  std::string options;
+/// A header value of the file written.
+struct SettledValue {
+  const char* name;
+  const char* option;
+  std::optional<double> stated;
+  bool known;  ///< the file read gives it
 
-  void add(const std::string& name, const std::string& option) {
-    names += (names.empty() ? "" : ", ") + name;
-    options += (options.empty() ? "" : ", ") + option;
-  }
+  [[nodiscard]] bool missing() const { return !stated && !known; }
+  /// As stated, as read, or 0.
+  [[nodiscard]] double settled(double read) const { return stated.value_or(known ? read : 0); }
 };
+using SettledValues = std::vector<SettledValue>;
 
-/// What a value is set to: as stated, as read, or 0.
-template <class Value>
-Value settled(const std::optional<Value>& stated, Value read, bool known, Missing& missing,
-              const char* name, const char* option) {
-  if (stated) return *stated;
-  if (!known) missing.add(name, option);
-  return known ? read : Value{};
-}
-
-void settle_step(const Conversion& conversion, RunData& run, Missing& missing) {
+/// Step count and step size, if the file written has them.
+SettledValues step_values(const Conversion& conversion) {
+  if (!traits_of(conversion.written.form.layout).holds_step()) return {};
   const bool known = traits_of(conversion.read.form.layout).holds_step();
   const HeaderValues& values = conversion.values;
-  run.nstep = settled(values.step, run.nstep, known, missing, "step count", "--step");
-  run.dtau = settled(values.step_size, run.dtau, known, missing, "step size", "--step-size");
+  return {{"step count", "--step", values.step, known},
+          {"step size", "--step-size", values.step_size, known}};
 }
 
-/// Mach number, angle of attack, Reynolds number and time of a block.
-std::vector<double> settled_parameters(const Conversion& conversion, std::vector<double> read,
-                                       Missing& missing) {
+/// Mach number, angle of attack, Reynolds number and time of a block, if the file written has them.
+SettledValues parameter_values(const Conversion& conversion) {
+  if (traits_of(conversion.written.form.layout).parameters == 0) return {};
   const LayoutTraits& layout = traits_of(conversion.read.form.layout);
-  const RunData& run = conversion.read.run;
   // Layout 0 holds the flow parameters without the time.
   const bool with_time = layout.parameters > 0;
-  const bool known =
-      with_time || (layout.header == HeaderKind::talven && run.eqid == equations_with_parameters);
-  if (!with_time) read = {run.talxm1, run.talalfa, run.talre, 0};
+  const bool known = with_time || (layout.header == HeaderKind::talven &&
+                                   conversion.read.run.eqid == equations_with_parameters);
   const HeaderValues& values = conversion.values;
-  read.resize(static_cast<std::size_t>(traits_of(conversion.written.form.layout).parameters));
-  read[0] = settled(values.mach, read[0], known, missing, "Mach number", "--mach");
-  read[1] = settled(values.alpha, read[1], known, missing, "angle of attack", "--alpha");
-  read[2] = settled(values.reynolds, read[2], known, missing, "Reynolds number", "--reynolds");
-  read[3] = settled(values.time, read[3], with_time, missing, "time", "--time");
-  return read;
-}
-
-bool holds_extensions(const SolutionHeader& header) {
-  return traits_of(header.form.layout).extensions;
-}
-
-/// The option that reading the file requires, if its sections are not the default.
-std::string sections_note(const Sections& sections, Layout written) {
-  const Sections usual = traits_of(written).counted_variables
-                             ? Sections{{1, variables_in(sections)}}
-                             : Sections{{1, solution_variables}};
-  if (sections == usual) return "";
-  return "is read with --sections " + describe(sections);
+  return {{"Mach number", "--mach", values.mach, known},
+          {"angle of attack", "--alpha", values.alpha, known},
+          {"Reynolds number", "--reynolds", values.reynolds, known},
+          {"time", "--time", values.time, with_time}};
 }
 
 /// Whether variable extensions hold variables that other records hold too.
@@ -133,17 +111,24 @@ std::string obstacle(const HeaderValues& values, Layout layout) {
 Conversion conversion_of(const SolutionHeader& read, const StatedRestartForm& change,
                          const HeaderValues& values) {
   Conversion conversion{read, header_to_write(read, change), values};
-  Missing missing;
-  if (traits_of(conversion.written.form.layout).holds_step()) {
-    settle_step(conversion, conversion.written.run, missing);
+  RunData& run = conversion.written.run;
+  if (const SettledValues step = step_values(conversion); !step.empty()) {
+    run.nstep = static_cast<std::int32_t>(step[0].settled(run.nstep));
+    run.dtau = step[1].settled(run.dtau);
   }
   return conversion;
 }
 
 std::vector<double> Conversion::parameters(const std::vector<double>& read_parameters) const {
-  Missing missing;
-  if (traits_of(written.form.layout).parameters == 0) return {};
-  return settled_parameters(*this, read_parameters, missing);
+  const RunData& run = read.run;
+  const bool in_blocks = traits_of(read.form.layout).parameters > 0;
+  const std::vector<double> given =
+      in_blocks ? read_parameters : std::vector{run.talxm1, run.talalfa, run.talre, 0.0};
+  std::vector<double> parameters;
+  for (const SettledValue& value : parameter_values(*this)) {
+    parameters.push_back(value.settled(given[parameters.size()]));
+  }
+  return parameters;
 }
 
 bool Conversion::holds(const FlowArray& array) const {
@@ -157,15 +142,18 @@ bool Conversion::holds(const FlowArray& array) const {
 std::vector<std::string> Conversion::notes() const {
   const LayoutTraits& layout = traits_of(written.form.layout);
   std::vector<std::string> notes;
-  Missing missing;
-  RunData run = read.run;
-  if (layout.holds_step()) settle_step(*this, run, missing);
-  if (layout.parameters > 0) {
-    static_cast<void>(settled_parameters(*this, std::vector<double>(4), missing));
+  std::string names;
+  std::string options;
+  for (const SettledValues& list : {step_values(*this), parameter_values(*this)}) {
+    for (const SettledValue& value : list) {
+      if (!value.missing()) continue;
+      names += (names.empty() ? "" : ", ") + std::string(value.name);
+      options += (options.empty() ? "" : ", ") + std::string(value.option);
+    }
   }
-  if (!missing.names.empty()) {
-    notes.push_back("holds 0 for what the file read does not give: " + missing.names + " (" +
-                    missing.options + ")");
+  if (!names.empty()) {
+    notes.push_back("holds 0 for what the file read does not give: " + names + " (" + options +
+                    ")");
   }
   if (written.most_variables() < read.most_variables()) {
     notes.push_back(
@@ -173,13 +161,15 @@ std::vector<std::string> Conversion::notes() const {
         describe(Sections{{written.most_variables() + 1, read.most_variables()}}) +
         " and the flow parameters from the fifth on; --to-layout 3 keeps all variables");
   }
-  if (!holds_extensions(read) || !holds_extensions(written)) {
+  if (!traits_of(read.form.layout).extensions || !layout.extensions) {
     for (const Section& gap : read.missing()) {
       notes.push_back("holds 0 for the variables " + describe(Sections{gap}) +
                       ", which the file read skips");
     }
-    const std::string note = sections_note(*written.form.sections, written.form.layout);
-    if (!note.empty()) notes.push_back(note);
+    const Sections& sections = *written.form.sections;
+    const Sections usual{
+        {1, layout.counted_variables ? variables_in(sections) : solution_variables}};
+    if (sections != usual) notes.push_back("is read with --sections " + describe(sections));
   }
   if (layout.triplets && !holds({1, true})) {
     notes.emplace_back("holds 0 for the triplets, which the file read does not give");
