@@ -22,6 +22,14 @@ using Target = std::variant<bool*, std::int32_t*, double*, std::string*, std::ve
 [[nodiscard]] Check in_range(std::int32_t low, std::int32_t high);
 [[nodiscard]] Check in_range(double low, double high);
 
+/// Refuses texts for which `fits` returns false or nothing: "'TEXT' COMPLAINT".
+template <class Fits>
+[[nodiscard]] Check checked(const std::string& complaint, const Fits& fits) {
+  return [complaint, fits](const std::string& text) {
+    return fits(text) ? std::string() : "'" + text + "' " + complaint;
+  };
+}
+
 struct Option {
   std::string name;
   Target target;

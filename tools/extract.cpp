@@ -27,11 +27,6 @@ constexpr Usage extract_usage = {
     .command_line = "p3dgrid extract GRID OUT --restart RESTART OUT",
     .grid_alone = "'p3dgrid extract GRID OUT' without --restart takes a grid alone"};
 
-std::string wrong_indices(const std::string& text) {
-  if (indices_in(text)) return "";
-  return "'" + text + "' is no index range such as 5, last, 1:33 or 1:last:2, counted from 1";
-}
-
 /// The index as the user counts it.
 std::string text_of(std::int32_t index) {
   return index == Indices::all_points ? std::string("last")
@@ -83,9 +78,7 @@ std::vector<Part> parts_of(const ExtractOptions& options, const Extents& extents
 void extract_parts(const ExtractOptions& options) {
   const PartOptions& files = options.files;
   PartOutput output(files, {options.input}, options.output, files.solution_output());
-  std::deque<CaseInput> inputs =
-      open_cases(files, {options.input}, extract_usage,
-                 "'p3dgrid extract GRID OUT --restart " + options.input + " OUT' takes it");
+  std::deque<CaseInput> inputs = open_cases(files, {options.input}, extract_usage);
   output.write({inputs, parts_of(options, inputs.front().extents())});
   output.commit();
 }
@@ -115,13 +108,15 @@ Command extract_command() {
                              .check = wrong_block_list});
   for (const Direction direction : all_directions) {
     const auto take = [options = options.get(), direction](const std::string& text) {
-      if (const auto indices = indices_in(text)) options->range.set(direction, *indices);
+      options->range.set(direction, *indices_in(text));
     };
-    command.options.push_back({.name = std::string("--") + name_of(direction),
-                               .target = take,
-                               .meaning = std::string("Points to take in ") + name_of(direction),
-                               .value_name = "RANGE",
-                               .check = wrong_indices});
+    command.options.push_back(
+        {.name = std::string("--") + name_of(direction),
+         .target = take,
+         .meaning = std::string("Points to take in ") + name_of(direction),
+         .value_name = "RANGE",
+         .check = checked("is no index range such as 5, last, 1:33 or 1:last:2, counted from 1",
+                          indices_in)});
   }
   command.options.push_back({.name = "--uneven",
                              .target = &options->uneven,

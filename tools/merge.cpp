@@ -25,12 +25,17 @@ constexpr Usage merge_usage = {
     .grid_alone = "'p3dgrid merge GRID... OUT' without --restart takes grids alone"};
 
 /// Prints a note if the first input and another differ.
-void compare(const std::string& first, const std::string& other, const std::string& what,
-             const std::string& of_first, const std::string& of_other, const std::string& result) {
-  if (of_first == of_other) return;
-  print_note(other + ": " + what + " " + of_other + ", in " + first + " " + of_first + "; " +
-             result);
-}
+struct Comparison {
+  const std::string& first;  ///< path
+  const std::string& other;  ///< path
+
+  void operator()(const std::string& what, const std::string& of_first, const std::string& of_other,
+                  const std::string& result) const {
+    if (of_first == of_other) return;
+    print_note(other + ": " + what + " " + of_other + ", in " + first + " " + of_first + "; " +
+               result);
+  }
+};
 
 std::string precision_text(const Coding& coding) {
   return is_text(coding) ? "of text" : name_of(coding.precision);
@@ -38,10 +43,7 @@ std::string precision_text(const Coding& coding) {
 
 void compare_grids(const MergeOptions& options, const CaseInput& first, const CaseInput& other) {
   const std::string& out = options.paths.back();
-  const auto note = [&](const std::string& what, const std::string& of_first,
-                        const std::string& of_other, const std::string& result) {
-    compare(first.path(), other.path(), what, of_first, of_other, result);
-  };
+  const Comparison note{first.path(), other.path()};
   if (!options.files.change.coding.precision) {
     note("precision", precision_text(first.form().coding), precision_text(other.form().coding),
          out + " has the higher");
@@ -56,31 +58,29 @@ void compare_grids(const MergeOptions& options, const CaseInput& first, const Ca
 
 void compare_solutions(const MergeOptions& options, const CaseInput& first,
                        const CaseInput& other) {
-  const auto note = [&](const std::string& what, const std::string& of_first,
-                        const std::string& of_other, const std::string& result) {
-    compare(first.restart_path(), other.restart_path(), what, of_first, of_other,
-            options.files.solutions.back() + result);
-  };
+  const Comparison note{first.restart_path(), other.restart_path()};
+  const std::string& out = options.files.solutions.back();
   const SolutionHeader& one = first.restart().header();
   const SolutionHeader& two = other.restart().header();
   if (one.form.layout != two.form.layout) return;  // refused later
   if (!options.files.change.coding.precision) {
     note("precision", precision_text(one.form.coding), precision_text(two.form.coding),
-         " has the higher");
+         out + " has the higher");
   }
   note("variables", std::to_string(one.most_variables()), std::to_string(two.most_variables()),
-       " holds those of each block");
+       out + " holds those of each block");
   const auto values = header_values(one.form, one.run);
   const auto others = header_values(two.form, two.run);
   for (std::size_t n = 0; n < values.size() && n < others.size(); ++n) {
     note(values[n].label, values[n].text(one.form), others[n].text(two.form),
-         " holds that of the first file");
+         out + " holds that of the first file");
   }
   const auto parameters = first.restart().parameters(0);
   const auto other_parameters = other.restart().parameters(0);
   const auto names = parameter_names(static_cast<std::int32_t>(parameters.size()), one.run.species);
   for (std::size_t n = 0; n < parameters.size() && n < other_parameters.size(); ++n) {
-    note(names[n], digits(parameters[n]), digits(other_parameters[n]), " holds that of each block");
+    note(names[n], digits(parameters[n]), digits(other_parameters[n]),
+         out + " holds that of each block");
   }
 }
 
@@ -91,8 +91,7 @@ void merge(const MergeOptions& options) {
   const std::string wrong = wrong_output_name(options.paths.back());
   if (!wrong.empty()) throw Unusable(wrong);
   PartOutput output(files, grids, options.paths.back(), files.solution_output());
-  std::deque<CaseInput> inputs = open_cases(
-      files, grids, merge_usage, "'" + std::string(merge_usage.command_line) + "' takes it");
+  std::deque<CaseInput> inputs = open_cases(files, grids, merge_usage);
   for (std::size_t n = 1; n < inputs.size(); ++n) {
     compare_grids(options, inputs.front(), inputs[n]);
     if (files.has_solution()) compare_solutions(options, inputs.front(), inputs[n]);

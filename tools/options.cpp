@@ -19,13 +19,6 @@ constexpr const char* values_group = "Header values of the file written; default
 /// The value of an option that leaves a member to detection.
 constexpr const char* automatic = "auto";
 
-std::string wrong_sections(const std::string& text) {
-  if (text == automatic || sections_in(text)) return "";
-  return "'" + text +
-         "' is no list of sections such as 1-5,6-7, with each variable from 1 on in one of at "
-         "most 30";
-}
-
 /// The words that select a value, its name first.
 std::vector<std::string> words_for(Encoding encoding) {
   if (encoding == Encoding::formatted) return {name_of(encoding), "text", "ascii"};
@@ -63,7 +56,9 @@ struct MemberOptions {
     if (!read) return;  // a file that is written has those of the file read
     Option& option =
         add(member, [&sections](const std::string& text) { sections = sections_in(text); });
-    option.check = wrong_sections;
+    option.check = checked(
+        "is no list of sections such as 1-5,6-7, with each variable from 1 on in one of at most 30",
+        [](const std::string& text) { return text == automatic || sections_in(text); });
     option.value_name = "auto|FIRST-LAST,...";
   }
 
@@ -194,16 +189,15 @@ std::string describe(const IndexPlane& plane) {
 }
 
 Option gamma_option(double& gamma, const std::string& purpose) {
-  const auto wrong_ratio = [](const std::string& text) -> std::string {
-    const auto value = real_in(text);
-    if (value && *value >= 1 && *value <= 3) return "";
-    return "'" + text + "' is no ratio of specific heats from 1 to 3";
+  const auto is_ratio = [](const std::string& text) {
+    const double value = real_in(text).value_or(0);
+    return value >= 1 && value <= 3;
   };
   return {.name = "--gamma",
           .target = &gamma,
           .meaning = "Ratio of specific heats, for " + purpose + "; default 1.4",
           .value_name = "G",
-          .check = wrong_ratio};
+          .check = checked("is no ratio of specific heats from 1 to 3", is_ratio)};
 }
 
 }  // namespace p3dgrid::tool

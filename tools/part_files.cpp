@@ -9,13 +9,16 @@
 namespace p3dgrid::tool {
 
 std::deque<CaseInput> open_cases(const PartOptions& options, const std::vector<std::string>& grids,
-                                 const Usage& usage, const std::string& meant) {
+                                 const Usage& usage) {
   std::deque<CaseInput> inputs;
   if (options.has_solution() && options.solutions.size() != grids.size() + 1) {
     throw Unusable("--restart names " +
                    counted(static_cast<std::int64_t>(options.solutions.size()) - 1, "solution") +
                    " and the file to write, and there are " + counted(std::ssize(grids), "grid"));
   }
+  // What takes a solution that is given in place of a grid.
+  const std::string restart = grids.size() == 1 ? grids.front() : "RESTART";
+  const std::string meant = "'" + usage.pair("GRID", restart) + "' takes it";
   for (std::size_t n = 0; n < grids.size(); ++n) {
     if (options.has_solution()) {
       inputs.emplace_back(grids[n], options.grid, options.solutions[n], options.restart, usage);

@@ -13,10 +13,9 @@ namespace p3dgrid::tool {
 
 /// Finds the forms of grids and, if `--restart` is given, of their solutions.
 /// @param usage  of the command with a solution, for messages
-/// @param meant  the command that accepts a solution given in place of a grid, for messages
 [[nodiscard]] std::deque<CaseInput> open_cases(const PartOptions& options,
                                                const std::vector<std::string>& grids,
-                                               const Usage& usage, const std::string& meant);
+                                               const Usage& usage);
 
 /// A grid that is written from parts and, if `--restart` is given, its solution.
 class PartOutput {

@@ -47,19 +47,12 @@ void plot_files(const PlotOptions& options) {
   print_summary(options.output + ": " + picture.summary);
 }
 
-Check checked(const std::string& complaint, bool (*fits)(const std::string&)) {
-  return [complaint, fits](const std::string& text) {
-    return fits(text) ? "" : "'" + text + "' " + complaint;
-  };
-}
-
 std::vector<Option> picture_options(plot::Request& request) {
   const auto take_planes = [&](const std::string& text) { request.planes = plot::planes_in(text); };
   const auto is_plane = [](const std::string& text) { return !plot::planes_in(text).empty(); };
   const auto take_cuts = [&](const std::string& text) { request.cuts = plot::cuts_in(text); };
   const auto is_cut = [](const std::string& text) { return !plot::cuts_in(text).empty(); };
   const auto take_box = [&](const std::string& text) { request.region = plot::region_in(text); };
-  const auto is_box = [](const std::string& text) { return plot::region_in(text).has_value(); };
   const auto take_quality = [&](const std::string& text) {
     using plot::CellQuality;
     request.quality =
@@ -84,7 +77,7 @@ std::vector<Option> picture_options(plot::Request& request) {
       {"--cut", take_cuts, "Cut through the cells, such as x=0.5 or y=0,z=0", "PLANE,...",
        checked("is no plane such as x=0.5", is_cut)},
       {"--box", take_box, "Show only the inside of a box", "X0:X1,Y0:Y1[,Z0:Z1]",
-       checked("is no box such as -1:2,0:0.5 or -1:2,0:0.5,0:1", is_box)},
+       checked("is no box such as -1:2,0:0.5 or -1:2,0:0.5,0:1", plot::region_in)},
       {.name = "--quality",
        .target = take_quality,
        .meaning = "Show the quality of the cells of a grid surface in colour",

@@ -70,9 +70,7 @@ Lists before_and_after(const SplitOptions& options, const std::deque<CaseInput>&
 void split(const SplitOptions& options) {
   const PartOptions& files = options.files;
   const std::string solution = files.solution_output();
-  std::deque<CaseInput> inputs =
-      open_cases(files, {options.input}, split_usage,
-                 "'p3dgrid split GRID OUT --restart " + options.input + " OUT' takes it");
+  std::deque<CaseInput> inputs = open_cases(files, {options.input}, split_usage);
   const Lists lists = options.plane ? before_and_after(options, inputs) : one_block_each(inputs);
   std::deque<PartOutput> outputs;
   for (std::size_t n = 0; n < lists.size(); ++n) {
@@ -91,9 +89,6 @@ Command split_command() {
   const auto take_plane = [options = options.get()](const std::string& text) {
     options->plane = plane_in(text);
   };
-  const auto is_plane = [](const std::string& text) -> std::string {
-    return plane_in(text) ? "" : "'" + text + "' is no plane inside a block such as i=33";
-  };
   Command command{
       .name = "split",
       .meaning =
@@ -109,7 +104,7 @@ Command split_command() {
                      Argument::Use::output}},
       .options = {{"--at", take_plane,
                    "Write two files: the points up to this plane, and those from it on", "PLANE",
-                   is_plane}},
+                   checked("is no plane inside a block such as i=33", plane_in)}},
       .run = [options] { split(*options); }};
   add_part_options(command, options->files);
   return command;

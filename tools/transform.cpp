@@ -100,9 +100,7 @@ void mirror(const CoordinatePlane& plane, const FlowArray& array, Reals& values)
 void transform(const TransformOptions& options) {
   const PartOptions& files = options.files;
   PartOutput output(files, {options.input}, options.output, files.solution_output());
-  std::deque<CaseInput> inputs =
-      open_cases(files, {options.input}, transform_usage,
-                 "'p3dgrid transform GRID OUT --restart " + options.input + " OUT' takes it");
+  std::deque<CaseInput> inputs = open_cases(files, {options.input}, transform_usage);
   Parts parts{inputs, parts_of(options, inputs)};
   parts.edit_block = [&](Block& block) { change(options, block); };
   if (options.mirror && files.has_solution()) {
@@ -121,16 +119,7 @@ void transform(const TransformOptions& options) {
 }
 
 std::vector<Option> transform_options(TransformOptions& options) {
-  const auto is_scale = [](const std::string& text) -> std::string {
-    const auto value = real_in(text);
-    return value && *value > 0 ? "" : "'" + text + "' is no factor above 0";
-  };
-  const auto is_number = [](const std::string& text) -> std::string {
-    return real_in(text) ? "" : "'" + text + "' is no number";
-  };
-  const auto is_mirror = [](const std::string& text) -> std::string {
-    return coordinate_plane_in(text) ? "" : "'" + text + "' is no plane such as y=0";
-  };
+  const auto is_scale = [](const std::string& text) { return real_in(text).value_or(0) > 0; };
   const auto take_mirror = [&](const std::string& text) {
     options.mirror = coordinate_plane_in(text);
   };
@@ -145,14 +134,16 @@ std::vector<Option> transform_options(TransformOptions& options) {
       options.orientation = options.orientation.then(Orientation::reverse(*direction));
     }
   };
-  return {{"--scale", &options.scale, "Multiply all coordinates", "S", is_scale},
+  return {{"--scale", &options.scale, "Multiply all coordinates", "S",
+           checked("is no factor above 0", is_scale)},
           {.name = "--translate",
            .target = &options.translation,
            .meaning = "Then add to x, y and z",
            .value_name = "X Y Z",
-           .check = is_number,
+           .check = checked("is no number", real_in),
            .values = 3},
-          {"--mirror", take_mirror, "Then mirror at a plane, such as y=0", "PLANE", is_mirror},
+          {"--mirror", take_mirror, "Then mirror at a plane, such as y=0", "PLANE",
+           checked("is no plane such as y=0", coordinate_plane_in)},
           {.name = "--swap",
            .target = take_swap,
            .meaning = "Exchange two index directions",

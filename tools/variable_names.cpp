@@ -44,11 +44,6 @@ bool are_usable(const Names& names) {
          std::set<std::string>(names.begin(), names.end()).size() == names.size();
 }
 
-std::string wrong_names(const std::string& text) {
-  if (are_usable(names_in(text))) return "";
-  return "'" + text + "' is no list of different names such as rho,u,v,w,p";
-}
-
 /// "flow.nam" for "flow.f" and "flow.f.gz".
 std::filesystem::path name_file_of(const std::string& path) {
   std::filesystem::path file = original_path(path);
@@ -108,7 +103,8 @@ Option names_option(Names& names) {
               "Names of the variables of the restart file, in its order; default those in "
               "the file NAME.nam beside a function file NAME.*, one on a line",
           .value_name = "NAME,...",
-          .check = wrong_names};
+          .check = checked("is no list of different names such as rho,u,v,w,p",
+                           [](const std::string& text) { return are_usable(names_in(text)); })};
 }
 
 }  // namespace p3dgrid::tool
