@@ -1,7 +1,7 @@
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <memory>
 #include <mod_p3dgrid/version.hpp>
+#include <span>
 #include <sstream>
 #include <utility>
 #include <vector>
@@ -113,34 +113,39 @@ Failure usage_failure(const Program& program, const std::string& what,
                                     "--help' shows the usage"};
 }
 
+std::span<std::string> names_in(std::string* name) {
+  return {name, 1};
+}
+std::span<std::string> names_in(std::vector<std::string>* names) {
+  return *names;
+}
+std::span<std::string> names_in(const auto& /*no name*/) {
+  return {};
+}
+
 /// Replaces the names of compressed inputs by those of unpacked copies.
 void unpack_inputs(const Command& command) {
   std::string output;
-  const auto unpack = [&output](std::string& path) { path = path_to_read(path, output); };
-  const auto unpack_all_but_last = [&](std::vector<std::string>& paths) {
-    if (paths.empty()) return;
-    output = paths.back();
-    std::for_each(paths.begin(), paths.end() - 1, unpack);
+  const auto unpack = [&](const auto& target, bool writes_last) {
+    auto names = std::visit([](const auto& any) { return names_in(any); }, target);
+    if (writes_last && !names.empty()) {
+      output = names.back();
+      names = names.first(names.size() - 1);
+    }
+    for (std::string& name : names) name = path_to_read(name, output);
   };
   for (const Argument& argument : command.arguments) {
-    if (argument.use == Argument::Use::output) output = *std::get<std::string*>(argument.target);
+    if (argument.use == Argument::Use::output) unpack(argument.target, true);
   }
   for (const Argument& argument : command.arguments) {
-    if (argument.use == Argument::Use::input) unpack(*std::get<std::string*>(argument.target));
-    if (argument.use == Argument::Use::inputs) {
-      std::ranges::for_each(*std::get<std::vector<std::string>*>(argument.target), unpack);
+    if (argument.use == Argument::Use::input || argument.use == Argument::Use::inputs) {
+      unpack(argument.target, false);
     }
-    if (argument.use == Argument::Use::inputs_and_output) {
-      unpack_all_but_last(*std::get<std::vector<std::string>*>(argument.target));
-    }
+    if (argument.use == Argument::Use::inputs_and_output) unpack(argument.target, true);
   }
   for (const Option& option : command.options) {
     if (!option.is_input) continue;
-    if (auto* const* path = std::get_if<std::string*>(&option.target)) {
-      unpack(**path);
-    } else {
-      unpack_all_but_last(*std::get<std::vector<std::string>*>(option.target));
-    }
+    unpack(option.target, !std::holds_alternative<std::string*>(option.target));
   }
 }
 

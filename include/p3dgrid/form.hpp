@@ -266,6 +266,11 @@ struct BlockExtents {
   /// Number of points.
   [[nodiscard]] constexpr std::int64_t points() const { return std::int64_t{i} * j * k; }
 
+  /// All three, such as "49x25x5".
+  [[nodiscard]] std::string text() const {
+    return std::to_string(i) + "x" + std::to_string(j) + "x" + std::to_string(k);
+  }
+
   /// Compares all three.
   friend bool operator==(const BlockExtents&, const BlockExtents&) = default;
 };
@@ -300,10 +305,7 @@ struct Extents {
   }
 
   /// Extents of a block, counted from 0, such as "49x25x5".
-  [[nodiscard]] std::string text_of(std::size_t block) const {
-    return std::to_string(i[block]) + "x" + std::to_string(j[block]) + "x" +
-           std::to_string(k[block]);
-  }
+  [[nodiscard]] std::string text_of(std::size_t block) const { return of(block).text(); }
 
   /// Compares all blocks.
   friend bool operator==(const Extents&, const Extents&) = default;

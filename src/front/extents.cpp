@@ -82,11 +82,8 @@ void require_valid(const std::string& path, const Coding& coding, const Extents&
 void require_block(const std::string& path, const Coding& coding, std::int32_t number,
                    const Block& block, const BlockExtents& announced) {
   const std::string name = "block " + std::to_string(number) + " of ";
-  const auto text = [](const BlockExtents& e) {
-    return std::to_string(e.i) + "x" + std::to_string(e.j) + "x" + std::to_string(e.k);
-  };
   if (block.extents != announced) {
-    refuse(path, name + text(block.extents) + " points", text(announced));
+    refuse(path, name + block.extents.text() + " points", announced.text());
   }
   const std::int64_t points = announced.points();
   for (const Reals* coordinate : {&block.x, &block.y, &block.z}) {
