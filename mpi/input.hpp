@@ -5,9 +5,8 @@
 #include <vector>
 
 #include "tools/command.hpp"
-#include "tools/grid_file.hpp"
+#include "tools/file_input.hpp"
 #include "tools/input_files.hpp"
-#include "tools/restart_file.hpp"
 
 namespace p3dgrid::tool {
 

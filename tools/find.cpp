@@ -5,9 +5,6 @@
 #include <functional>
 #include <p3dgrid/layout.hpp>
 
-#include "failure.hpp"
-#include "wording.hpp"
-
 namespace p3dgrid::tool {
 namespace {
 
@@ -23,6 +20,53 @@ Found as_stated(const std::string& path, const Form& form) {
   if (is_regular(path))
     found.reading.extents = with_failures([&] { return extents_in(path, form); });
   return found;
+}
+
+/// The options by which a reading differs from the others of its kind; without any, its first
+/// option, which tells its kind.
+std::vector<FormOption> distinguishing_options(const Reading& reading,
+                                               const std::vector<Reading>& readings) {
+  std::vector<FormOption> options = options_of(reading);
+  const FormOption first = options.front();
+  std::erase_if(options, [&](const FormOption& option) {
+    return std::ranges::all_of(readings, [&](const Reading& other) {
+      return other.is_grid() != reading.is_grid() ||
+             std::ranges::count(options_of(other), option) > 0;
+    });
+  });
+  return options.empty() ? std::vector{first} : options;
+}
+
+/// A list of the readings, each on a new line, with the options in which it differs from the
+/// others: "  layout 102, ... (--restart-precision single)".
+std::string named(const std::vector<Reading>& readings) {
+  std::string lines;
+  for (const Reading& reading : readings) {
+    lines += "\n  " + describe(reading) + " (" +
+             text_of(distinguishing_options(reading, readings)) + ")";
+  }
+  return lines;
+}
+
+/// The first difference between the file and the readings that agree furthest, as part of a
+/// sentence.
+std::string departure(const std::vector<Reading>& nearest) {
+  if (nearest.empty()) return "";
+  std::vector<std::string> forms;
+  for (const Reading& reading : nearest) {
+    std::string form = describe(reading);  // the same for readings that differ in flags
+    if (std::ranges::find(forms, form) == forms.end()) forms.push_back(std::move(form));
+  }
+  constexpr std::size_t most_named = 4;
+  if (forms.size() > most_named) {
+    forms.resize(most_named);
+    forms.emplace_back("others");
+  }
+  std::string text = forms.front();
+  for (std::size_t n = 1; n < forms.size(); ++n) text += "; or as " + forms[n];
+  const Fit& fit = nearest.front().fit;
+  return (fit.agreement == Fit::Agreement::cut ? "is cut short: " : "") + fit.what + "; taken as " +
+         text;
 }
 
 std::int64_t records_agreeing(const Detection& detection) {
@@ -192,31 +236,20 @@ Found find_any(const std::string& path) {
   return Search(path, {}, [&path](With) { return detect_any(path); }).settle();
 }
 
-Fit fit_of(const std::string& path, const GridForm& form) {
-  if (!is_regular(path)) return {};
-  return with_failures([&] { return compare(path, form); });
-}
-
-Fit fit_of(const std::string& path, const RestartForm& form, const Extents& extents,
-           bool triplets) {
-  if (!is_regular(path)) return {};
-  return with_failures(
-      [&] { return compare(path, form, std::make_shared<const Extents>(extents), triplets); });
-}
-
 Fit fit_of(const std::string& path, const Reading& reading) {
-  if (reading.is_grid()) return fit_of(path, reading.grid());
-  const RestartForm& form = reading.restart();
-  return fit_of(path, form, *reading.extents, reading.triplets.value_or(false));
+  if (!is_regular(path)) return {};
+  return with_failures([&] {
+    return reading.is_grid() ? compare(path, reading.grid())
+                             : compare(path, reading.restart(), reading.extents,
+                                       reading.triplets.value_or(false));
+  });
 }
 
-std::string advice(const std::string& path, const StatedGridForm& stated) {
-  return is_regular(path) ? search(path, stated).help() : "";
-}
-
-std::string advice(const std::string& path, const StatedRestartForm& stated,
+std::string advice(const std::string& path, const Reading& reading,
                    const std::optional<Extents>& grid) {
-  return is_regular(path) ? search(path, stated, grid).help() : "";
+  if (!is_regular(path)) return "";
+  return reading.is_grid() ? search(path, stated_as(reading.grid())).help()
+                           : search(path, stated_as(reading.restart()), grid).help();
 }
 
 }  // namespace p3dgrid::tool

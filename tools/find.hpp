@@ -42,31 +42,14 @@ enum class Look {
 /// The same for a file of either kind.
 [[nodiscard]] Found find_any(const std::string& path);
 
-/// Compares a file with a form. A file that is not a regular one is taken to fit.
-[[nodiscard]] Fit fit_of(const std::string& path, const GridForm& form);
-/// @param extents   by which the body is taken
-/// @param triplets  blocks begin with them
-[[nodiscard]] Fit fit_of(const std::string& path, const RestartForm& form, const Extents& extents,
-                         bool triplets);
-/// Compares all of a file of which detection has compared a part.
+/// Compares a file with a reading of it. One that is not a regular file is taken to fit.
 [[nodiscard]] Fit fit_of(const std::string& path, const Reading& reading);
 
 /// The options that would help to read a file that is not what was stated, as part of a sentence;
 /// empty if there are none.
-[[nodiscard]] std::string advice(const std::string& path, const StatedGridForm& stated);
-[[nodiscard]] std::string advice(const std::string& path, const StatedRestartForm& stated,
+/// @param reading  what was stated
+/// @param grid     extents of the grid of a restart file, if they are known
+[[nodiscard]] std::string advice(const std::string& path, const Reading& reading,
                                  const std::optional<Extents>& grid);
-
-/// Runs `read`, and appends what `help` returns to what it throws of an unreadable file.
-template <class Read, class Help>
-auto with_advice(const Read& read, const Help& help) {
-  try {
-    return read();
-  } catch (const Unreadable& failure) {
-    const std::string text = help();
-    if (text.empty()) throw;
-    throw Failure(failure.status(), failure.what(), "; " + text);
-  }
-}
 
 }  // namespace p3dgrid::tool

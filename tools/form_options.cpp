@@ -65,11 +65,9 @@ std::vector<FormOption> options_of(const StatedRestartForm& stated) {
   return options_with("--restart", stated);
 }
 
-std::vector<FormOption> options_of(const GridForm& form) {
-  return options_of(applicable(stated_as(form)));
-}
-
-std::vector<FormOption> options_of(const RestartForm& form) {
+std::vector<FormOption> options_of(const Reading& reading) {
+  if (reading.is_grid()) return options_of(applicable(stated_as(reading.grid())));
+  const RestartForm& form = reading.restart();
   StatedRestartForm stated = applicable(stated_as(form));
   if (!traits_of(form.layout).may_hold_count()) stated.multiblock.reset();
   if (!traits_of(form.layout).planar) stated.coding.dimensions.reset();

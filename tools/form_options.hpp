@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <p3dgrid/layout.hpp>
+#include <p3dgrid/reading.hpp>
 #include <string>
 #include <vector>
 
@@ -31,9 +32,8 @@ template <class Value>
 [[nodiscard]] std::vector<FormOption> options_of(const StatedGridForm& stated);
 [[nodiscard]] std::vector<FormOption> options_of(const StatedRestartForm& stated);
 
-/// Every option that applies to a file of this form.
-[[nodiscard]] std::vector<FormOption> options_of(const GridForm& form);
-[[nodiscard]] std::vector<FormOption> options_of(const RestartForm& form);
+/// Every option that applies to the file in this reading.
+[[nodiscard]] std::vector<FormOption> options_of(const Reading& reading);
 
 /// Parses "1-5,6-7" or "1,2,3". Empty if `text` is something else, leaves a variable out or names
 /// one twice.

@@ -6,10 +6,9 @@
 #include <variant>
 #include <vector>
 
+#include "file_input.hpp"
 #include "find.hpp"
-#include "grid_file.hpp"
 #include "range.hpp"
-#include "restart_file.hpp"
 
 /// What the command `info` shows of a file, as text and as JSON (schema: docs/info-json.md).
 namespace p3dgrid::tool {

@@ -5,8 +5,7 @@
 
 #include "console.hpp"
 #include "failure.hpp"
-#include "grid_file.hpp"
-#include "restart_file.hpp"
+#include "file_input.hpp"
 
 namespace p3dgrid::tool {
 namespace {
@@ -47,14 +46,11 @@ std::optional<Reading> known_beside(const std::string& path, const Extents& grid
   throw Unreadable(path + ": " + what + "; " + meant);
 }
 
-void refuse_if_restart(const std::string& path, const std::string& meant) {
-  const auto reading = known(path);
-  if (reading && !reading->is_grid()) refuse(path, *reading, meant);
-}
+enum class Kind { grid, restart };
 
-void refuse_if_grid(const std::string& path, const std::string& meant) {
+void refuse_if(Kind kind, const std::string& path, const std::string& meant) {
   const auto reading = known(path);
-  if (reading && reading->is_grid()) refuse(path, *reading, meant);
+  if (reading && reading->is_grid() == (kind == Kind::grid)) refuse(path, *reading, meant);
 }
 
 /// The restart file of the command may be the grid.
@@ -62,7 +58,8 @@ void refuse_if_restart(const std::string& path, const std::string& restart_path,
                        const Usage& usage) {
   const auto other = known(restart_path);
   if (!other || !other->is_grid()) {
-    return refuse_if_restart(path, "'" + usage.pair("GRID", path) + "' takes it with its grid");
+    return refuse_if(Kind::restart, path,
+                     "'" + usage.pair("GRID", path) + "' takes it with its grid");
   }
   const auto reading = known_beside(path, *other->extents);
   if (reading && !reading->is_grid()) {
@@ -100,9 +97,10 @@ std::string filled_in(std::string_view text, const std::string& grid, const std:
 }
 
 void refuse_if_grid(const std::string& path, const std::string& grid_path, const Usage& usage) {
-  refuse_if_grid(path, usage.grid_alone != nullptr ? filled_in(usage.grid_alone, path, "")
-                                                   : "'" + usage.pair(grid_path, "RESTART") +
-                                                         "' takes a restart file there");
+  refuse_if(Kind::grid, path,
+            usage.grid_alone != nullptr
+                ? filled_in(usage.grid_alone, path, "")
+                : "'" + usage.pair(grid_path, "RESTART") + "' takes a restart file there");
 }
 
 Extents extents_of_grid(const std::string& path, const Found& grid) {
@@ -125,20 +123,21 @@ Found find_file(const AnyFile& file, Look look) {
                    " a restart file; --grid names its grid");
   }
   if (!grid_option.empty()) {
-    return find_or_explain([&] { return find_grid(path, file.grid, look); },
-                           [&] { refuse_if_restart(path, grid_option + " describes a grid"); });
+    return find_or_explain(
+        [&] { return find_grid(path, file.grid, look); },
+        [&] { refuse_if(Kind::restart, path, grid_option + " describes a grid"); });
   }
   if (!restart_option.empty()) {
     return find_or_explain(
         [&] { return find_restart(path, file.restart, std::nullopt, look); },
-        [&] { refuse_if_grid(path, restart_option + " describes a restart file"); });
+        [&] { refuse_if(Kind::grid, path, restart_option + " describes a restart file"); });
   }
   return find_any(path);
 }
 
 Found find_grid(const std::string& path, const StatedGridForm& stated, const std::string& meant) {
   return find_or_explain([&] { return find_grid(path, stated); },
-                         [&] { refuse_if_restart(path, meant); });
+                         [&] { refuse_if(Kind::restart, path, meant); });
 }
 
 Case find_case(const std::string& grid_path, const StatedGridForm& grid,
@@ -159,10 +158,10 @@ Case find_case(const std::string& grid_path, const StatedGridForm& grid,
   }
   if (*reading.extents == found.extents) return found;
   if (reading.free_count) refuse_if_grid(restart_path, grid_path, usage);
-  for (const Error& error : differing_blocks(restart_path, *reading.extents, found.extents)) {
-    print_result(error.what());
-  }
-  throw Mismatch(restart_path + ": does not belong to " + grid_path);
+  const auto differences =
+      differing_blocks(restart_path, *reading.extents, found.extents, grid_path);
+  for (const Error& difference : differences) print_result(difference.what());
+  throw Mismatch(differences.front().what());
 }
 
 }  // namespace p3dgrid::tool

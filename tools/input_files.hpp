@@ -44,8 +44,9 @@ struct Case {
 };
 
 /// Finds out the forms of a grid and of a restart file, and checks that the two belong together. If
-/// they do not, a line for each block that differs goes to standard output, and a Failure is
-/// thrown. The Failure for a file of the other kind says how the command is written.
+/// they do not, a line for each block that differs goes to standard output, and a Failure with
+/// the first of them is thrown. The Failure for a file of the other kind says how the command is
+/// written.
 [[nodiscard]] Case find_case(const std::string& grid_path, const StatedGridForm& grid,
                              const std::string& restart_path, const StatedRestartForm& restart,
                              const Usage& usage, Look look = Look::where_needed);

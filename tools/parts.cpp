@@ -56,14 +56,6 @@ CaseInput::CaseInput(std::string grid_path, const StatedGridForm& grid, std::str
       restart_path_(std::move(restart_path)),
       found_(find_case(path_, grid, restart_path_, restart, usage)) {}
 
-void CaseInput::require_grid_form() const {
-  if (!std::exchange(grid_compared_, true)) grid().require_form();
-}
-
-void CaseInput::require_restart_form() const {
-  if (!std::exchange(restart_compared_, true)) restart().require_form();
-}
-
 const Extents& CaseInput::extents() const {
   return restart_path_.empty() ? grid().extents() : found_.extents;
 }
@@ -115,7 +107,7 @@ std::string write_grid(const OutputFile& output, const std::string& path, const 
     }
     writer.close();
   });
-  for (const CaseInput& input : parts.inputs) input.require_grid_form();
+  for (const CaseInput& input : parts.inputs) input.grid().require_form();
   if (std::ranges::any_of(parts.inputs, [&](const CaseInput& input) {
         return rounds_text(input.form().coding, change.coding, form.coding);
       })) {

@@ -7,11 +7,10 @@
 #include <string>
 #include <vector>
 
-#include "grid_file.hpp"
+#include "file_input.hpp"
 #include "input_files.hpp"
 #include "output_file.hpp"
 #include "restart_conversion.hpp"
-#include "restart_file.hpp"
 
 /// Files that consist of parts of other files. One block of a grid, or one array of a solution, is
 /// in memory at a time.
@@ -37,10 +36,6 @@ class CaseInput {
   [[nodiscard]] GridInput& grid() const;
   [[nodiscard]] RestartInput& restart() const;
 
-  /// Compares each file with its form, once. To be called after the last block that is read.
-  void require_grid_form() const;
-  void require_restart_form() const;
-
  private:
   std::string path_;
   std::string restart_path_;
@@ -48,8 +43,6 @@ class CaseInput {
   // Opened when they are needed: `restart` does not read the grid.
   mutable std::optional<GridInput> grid_;
   mutable std::optional<RestartInput> restart_;
-  mutable bool grid_compared_ = false;
-  mutable bool restart_compared_ = false;
 };
 
 /// A block of an output file: a part of a block of an input, whose directions are then reordered.

@@ -4,7 +4,7 @@
 
 #include "command.hpp"
 #include "console.hpp"
-#include "grid_file.hpp"
+#include "file_input.hpp"
 #include "input_files.hpp"
 #include "options.hpp"
 

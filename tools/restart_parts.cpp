@@ -5,6 +5,7 @@
 #include "file_names.hpp"
 #include "form_options.hpp"
 #include "parts.hpp"
+#include "progress.hpp"
 #include "table.hpp"
 
 namespace p3dgrid::tool {
@@ -76,6 +77,16 @@ Reals read(const Parts& parts, const Part& part, const FlowArray& array) {
   return values;
 }
 
+/// Announces the values of all arrays.
+void expect_arrays(const SolutionHeader& header) {
+  std::int64_t values = 0;
+  for (std::size_t b = 0; b < header.extents.i.size(); ++b) {
+    const std::int64_t triplets = traits_of(header.form.layout).triplets ? triplet : 0;
+    values += (header.variables[b] + triplets) * header.extents.points_of(b);
+  }
+  expect_values(header.form.coding, values);
+}
+
 /// Copies all arrays, one at a time.
 void copy(const Parts& parts, const Conversion& conversion, const OutputFile& output) {
   const SolutionHeader& written = conversion.written;
@@ -112,7 +123,7 @@ std::string write_restart(const OutputFile& output, const std::string& path, con
   output.require_writable(obstacle(read, written));
   const Conversion conversion = conversion_of(read, change, values);
   output.stream([&] { copy(parts, conversion, output); });
-  for (const CaseInput& input : parts.inputs) input.require_restart_form();
+  for (const CaseInput& input : parts.inputs) input.restart().require_form();
   for (const std::string& text : conversion.notes()) note(text);
   if (std::ranges::any_of(parts.inputs, [&](const CaseInput& input) {
         return rounds_text(input.restart().header().form.coding, change.coding, written.coding);

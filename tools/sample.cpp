@@ -8,10 +8,9 @@
 #include "console.hpp"
 #include "cylinder.hpp"
 #include "failure.hpp"
-#include "grid_file.hpp"
+#include "file_input.hpp"
 #include "options.hpp"
 #include "output_file.hpp"
-#include "restart_file.hpp"
 #include "table.hpp"
 
 namespace p3dgrid::tool {
@@ -25,7 +24,7 @@ struct SampleFile {
 
 SampleFile grid_file(const char* name, const Grid& grid, const GridForm& form = {}) {
   return {name, counted(grid.extents()) + ", " + describe(form),
-          [&grid, form](const std::string& path) { write_grid(path, form, grid); }};
+          [&grid, form](const std::string& path) { write_grid(path, grid, stated_as(form)); }};
 }
 
 SampleFile restart_file(const char* name, const Solution& restart, Layout layout,
@@ -34,7 +33,9 @@ SampleFile restart_file(const char* name, const Solution& restart, Layout layout
   return {name,
           counted(restart.extents()) + ", " + counted(restart.variables(), "variable") + ", " +
               describe(form),
-          [&restart, form](const std::string& path) { write_restart(path, form, restart); }};
+          [&restart, form](const std::string& path) {
+            write_solution(path, restart, stated_as(form));
+          }};
 }
 
 struct SampleOptions {

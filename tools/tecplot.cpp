@@ -9,12 +9,9 @@
 #include "command.hpp"
 #include "console.hpp"
 #include "failure.hpp"
-#include "grid_file.hpp"
-#include "input_files.hpp"
 #include "options.hpp"
-#include "output_file.hpp"
+#include "parts.hpp"
 #include "primitive.hpp"
-#include "restart_file.hpp"
 #include "table.hpp"
 #include "variable_names.hpp"
 
@@ -109,14 +106,13 @@ std::vector<Reals> flow_of(RestartInput& restart, std::size_t block,
 
 void export_tecplot(const TecplotOptions& options) {
   OutputFile output(options.output, {options.grid_path, options.restart_path});
-  const Case found = find_case(options.grid_path, options.grid, options.restart_path,
-                               options.restart, tecplot_usage);
-  const RestartForm& form = found.restart.restart();
-  const Extents& extents = found.extents;
-  RestartInput restart(options.restart_path, found.restart, extents);
+  const CaseInput input(options.grid_path, options.grid, options.restart_path, options.restart,
+                        tecplot_usage);
+  const Extents& extents = input.extents();
+  RestartInput& restart = input.restart();
   output.require_writable(obstacle(options, restart.header()));
   const std::vector<std::string> names = column_names(options, restart.header());
-  GridInput grid(options.grid_path, found.grid);
+  GridInput& grid = input.grid();
   output.require_writable(obstacle(options, extents));
   output.stream([&] {
     const std::vector<std::string> usual{TecplotWriter::flow_names.begin(),
@@ -131,7 +127,7 @@ void export_tecplot(const TecplotOptions& options) {
   });
   grid.require_form();
   restart.require_form();
-  if (names.empty()) note_columns(options, form);
+  if (names.empty()) note_columns(options, input.restart_form());
   output.commit();
   print_summary(options.output + ": " + counted(extents.blocks(), "zone") + ", " +
                 counted(extents.points(), "point") + ", Tecplot text");

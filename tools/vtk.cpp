@@ -164,8 +164,8 @@ void write_vtk(const VtkOptions& options) {
   for (std::size_t b = 0; b < files.size(); ++b) {
     files[b].output.stream([&] { write_block(input, names, b, files[b]); });
   }
-  input.require_grid_form();
-  if (with_flow) input.require_restart_form();
+  input.grid().require_form();
+  if (with_flow) input.restart().require_form();
   list.stream([&] { write_vtm(list.temporary_path(), file_names); });
   for (BlockFile& file : files) file.output.commit();
   list.commit();

@@ -33,11 +33,13 @@ namespace p3dgrid {
 
 /// The findings for each block in which a solution differs from its grid; one if the numbers of
 /// blocks differ.
-/// @param path  of the solution
-/// @param own   its extents
-/// @param grid  extents of its grid
+/// @param path       of the solution
+/// @param own        its extents
+/// @param grid       extents of its grid
+/// @param grid_name  the grid in the reasons: "does not belong to its grid: ..."
 [[nodiscard]] std::vector<Error> differing_blocks(const std::string& path, const Extents& own,
-                                                  const Extents& grid);
+                                                  const Extents& grid,
+                                                  const std::string& grid_name = "its grid");
 
 /// Checks a grid, a restart file, and whether they describe the same blocks: each block whose
 /// extents differ is a finding.

@@ -59,12 +59,12 @@ std::vector<Error> check_solution(const std::string& path, const StatedRestartFo
 }
 
 std::vector<Error> differing_blocks(const std::string& path, const Extents& own,
-                                    const Extents& grid) {
+                                    const Extents& grid, const std::string& grid_name) {
   std::vector<Error> differences;
   const auto add = [&](const std::string& reason, std::string found, std::string expected) {
     differences.push_back(Error({.kind = ErrorKind::mismatch,
                                  .file = path,
-                                 .reason = "does not belong to its grid: " + reason,
+                                 .reason = "does not belong to " + grid_name + ": " + reason,
                                  .found = std::move(found),
                                  .expected = std::move(expected)}));
   };

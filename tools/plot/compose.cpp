@@ -5,7 +5,7 @@
 
 #include "console.hpp"
 #include "failure.hpp"
-#include "grid_file.hpp"
+#include "file_input.hpp"
 #include "gzip.hpp"
 #include "input_files.hpp"
 #include "plot/flow.hpp"

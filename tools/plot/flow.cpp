@@ -5,8 +5,8 @@
 #include <cmath>
 
 #include "failure.hpp"
+#include "file_input.hpp"
 #include "primitive.hpp"
-#include "restart_file.hpp"
 #include "table.hpp"
 #include "variable_names.hpp"
 
