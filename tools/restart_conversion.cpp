@@ -111,8 +111,8 @@ std::string obstacle(const HeaderValues& values, Layout layout) {
 Conversion conversion_of(const SolutionHeader& read, const StatedRestartForm& change,
                          const HeaderValues& values) {
   Conversion conversion{read, header_to_write(read, change), values};
-  RunData& run = conversion.written.run;
   if (const SettledValues step = step_values(conversion); !step.empty()) {
+    RunData& run = conversion.written.run;
     run.nstep = static_cast<std::int32_t>(step[0].settled(run.nstep));
     run.dtau = step[1].settled(run.dtau);
   }
