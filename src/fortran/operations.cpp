@@ -25,10 +25,9 @@ void read_grid(const HostName& filename, integer iformat, integer dblprec, integ
 
 template <class Real>
 void read_restart(const HostName& filename, integer iformat, integer dblprec, integer nblocks,
-                  array_view<const integer, 1> blockpoints, Descriptor varvalues,
-                  Descriptor auxvalues, array_view<const integer, 1> idim,
-                  array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
-                  integer rsttype, integer multiblock) {
+                  integer_view blockpoints, Descriptor varvalues, Descriptor auxvalues,
+                  integer_view idim, integer_view jdim, integer_view kdim, integer rsttype,
+                  integer multiblock) {
   HostArray<Real, 2> flow(varvalues), triplets(auxvalues);
   allocatable<Real, 2>& flow_result = flow;
   allocatable<Real, 2>& triplet_result = triplets;

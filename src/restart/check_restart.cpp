@@ -39,7 +39,9 @@ void checkp3drstrtheader(const FileName& gridfile, integer gridformat, const Fil
   integer nrst = 1;
   ExtentArrays restart;
   try {
-    read_restart_header(rstfile, rstformat, dblprec, nrst, rsttype, multiblock, restart);
+    read_restart_header(
+        {{rstfile, rstformat, dblprec, rsttype, multiblock}, unit_number::restart_read}, nrst,
+        restart);
   } catch (const FailedRead&) {
     host::dispfilereaderror();
     return p3dcloseunit(unit_number::restart_read);

@@ -227,7 +227,7 @@ struct RestartRead : RestartFile {
   }
 };
 
-void prepare_parameters(const RestartFile& read, integer iformat, logical dblprec) {
+void prepare_parameters(const RestartFile& read) {
   if (read.layout.parameters == 0) return;
   mod_gridvars::numrstrtvar(1) = p3dgrid::solution_variables;
   const auto allocate = [&](auto& parameters) {
@@ -235,14 +235,14 @@ void prepare_parameters(const RestartFile& read, integer iformat, logical dblpre
     std::ranges::fill(parameters.span(), 0);
     read.unit.require_array(usable, "an unallocated array for the flow parameters");
   };
-  const bool single = !dblprec && iformat != static_cast<integer>(Encoding::formatted);
+  const bool single = !read.dblprec && read.iformat != static_cast<integer>(Encoding::formatted);
   single ? allocate(sqvar) : allocate(dqvar);
 }
 
 template <class Result>
-void read_body(RestartRead<Result>& read, integer iformat, logical dblprec, integer nblocks,
-               array_view<const integer, 1> blockpoints, const ExtentViews& extents) {
-  prepare_parameters(read, iformat, dblprec);
+void read_body(RestartRead<Result>& read, integer nblocks, integer_view blockpoints,
+               const ExtentViews& extents) {
+  prepare_parameters(read);
   if (!mod_gridvars::readallvars) {
     host::checkallocationerror(read.varvalues.allocate(1, sum(blockpoints)));
     return read.unit.close();
@@ -273,50 +273,42 @@ void release_staging(const LayoutTraits& layout) {
 }
 
 template <class Result>
-void read_restart(const FileName& filename, integer iformat, logical dblprec, integer nblocks,
-                  array_view<const integer, 1> blockpoints, allocatable<Result, 2>& varvalues,
-                  allocatable<Result, 2>& auxvalues, const ExtentViews& given, integer rsttype,
-                  logical multiblock) try {
-  const LayoutTraits& layout = p3dgrid::traits_of(rsttype);
-  announce_restart(host::announce_read, filename, iformat, dblprec, layout, multiblock);
-  check_layout(filename, layout, rsttype);
-  const Unit unit(unit_number::restart_read, iformat);
-  integer ngrid = 1;
+void read_restart(const RestartArguments& arguments, integer nblocks, integer_view blockpoints,
+                  allocatable<Result, 2>& varvalues, allocatable<Result, 2>& auxvalues,
+                  const ExtentViews& given) try {
+  announce_restart(host::announce_read, arguments);
+  RestartRead<Result> read{{arguments, unit_number::restart_read}, varvalues, auxvalues};
   ExtentArrays extents;
-  read_restart_header(filename, iformat, dblprec, ngrid, rsttype, multiblock, extents);
-  require_plausible_extents(unit, extents);
-  RestartRead<Result> read{
-      {filename, unit, layout, unit.coding(filename, dblprec), ngrid}, varvalues, auxvalues};
+  read_restart_header(read, read.nblocks, extents);
+  require_plausible_extents(read.unit, extents);
   try {
-    read_body(read, iformat, dblprec, nblocks, blockpoints, given);
+    read_body(read, nblocks, blockpoints, given);
   } catch (const FailedRead&) {
     throw;
   } catch (...) {
-    release_staging(layout);
+    release_staging(read.layout);
     throw;
   }
 } catch (...) {
-  end_operation("read restart file", filename);
+  end_operation("read restart file", arguments.filename);
 }
 
 }  // namespace
 
 void readp3drestart(const FileName& filename, integer iformat, logical dblprec, integer nblocks,
-                    array_view<const integer, 1> blockpoints, allocatable<float, 2>& varvalues,
-                    allocatable<float, 2>& auxvalues, array_view<const integer, 1> idim,
-                    array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
-                    integer rsttype, logical multiblock) {
-  read_restart(filename, iformat, dblprec, nblocks, blockpoints, varvalues, auxvalues,
-               {idim, jdim, kdim}, rsttype, multiblock);
+                    integer_view blockpoints, allocatable<float, 2>& varvalues,
+                    allocatable<float, 2>& auxvalues, integer_view idim, integer_view jdim,
+                    integer_view kdim, integer rsttype, logical multiblock) {
+  read_restart({filename, iformat, dblprec, rsttype, multiblock}, nblocks, blockpoints, varvalues,
+               auxvalues, {idim, jdim, kdim});
 }
 
 void readp3drestart(const FileName& filename, integer iformat, logical dblprec, integer nblocks,
-                    array_view<const integer, 1> blockpoints, allocatable<double, 2>& varvalues,
-                    allocatable<double, 2>& auxvalues, array_view<const integer, 1> idim,
-                    array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
-                    integer rsttype, logical multiblock) {
-  read_restart(filename, iformat, dblprec, nblocks, blockpoints, varvalues, auxvalues,
-               {idim, jdim, kdim}, rsttype, multiblock);
+                    integer_view blockpoints, allocatable<double, 2>& varvalues,
+                    allocatable<double, 2>& auxvalues, integer_view idim, integer_view jdim,
+                    integer_view kdim, integer rsttype, logical multiblock) {
+  read_restart({filename, iformat, dblprec, rsttype, multiblock}, nblocks, blockpoints, varvalues,
+               auxvalues, {idim, jdim, kdim});
 }
 
 }  // namespace mod_p3dgrid

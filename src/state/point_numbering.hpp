@@ -15,7 +15,7 @@ using BlockExtents = std::array<integer, 3>;
 
 /// The extents of all blocks, an entry per block.
 struct ExtentViews {
-  array_view<const integer, 1> i, j, k;
+  integer_view i, j, k;
 
   [[nodiscard]] BlockExtents of(integer block) const { return {i(block), j(block), k(block)}; }
 };

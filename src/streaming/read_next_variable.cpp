@@ -122,28 +122,22 @@ void read_variable(const VariableRead& read, array_view<Result, 2> varvalues,
 }
 
 template <class Result>
-void read_next_variable(integer ivar, const FileName& filename, integer iformat, logical dblprec,
-                        integer nblocks, array_view<const integer, 1> blockpoints,
-                        array_view<Result, 2> varvalues, const ExtentViews& given, integer rsttype,
-                        logical multiblock) try {
-  const LayoutTraits& layout = p3dgrid::traits_of(rsttype);
-  announce_restart(host::announce_read, filename, iformat, dblprec, layout, multiblock, ivar);
-  check_layout(filename, layout, rsttype);
-  const Unit unit(unit_number::restart_read, iformat);
-  VariableRead read{{filename, unit, layout, unit.coding(filename, dblprec), nblocks},
-                    ivar,
-                    sum(blockpoints),
-                    varvalues.extents()};
-  if (unit.known()) {
-    read.points = checked_numbering(restart_file(filename), nblocks, given);
+void read_next_variable(integer ivar, const RestartArguments& arguments, integer nblocks,
+                        integer_view blockpoints, array_view<Result, 2> varvalues,
+                        const ExtentViews& given) try {
+  announce_restart(host::announce_read, arguments, ivar);
+  VariableRead read{
+      {arguments, unit_number::restart_read, nblocks}, ivar, sum(blockpoints), varvalues.extents()};
+  if (read.unit.known()) {
+    read.points = checked_numbering(restart_file(read.filename), nblocks, given);
     check_arguments(read);
   }
   integer scratch = 1;
   ExtentArrays extents;
-  read_restart_header(filename, iformat, dblprec, scratch, rsttype, multiblock, extents);
-  require_plausible_extents(unit, extents);
+  read_restart_header(read, scratch, extents);
+  require_plausible_extents(read.unit, extents);
   try {
-    if (unit.known()) {
+    if (read.unit.known()) {
       OneVariableStaging& staging = one_variable_staging;
       holds_singles(read.coding) ? read_variable(read, varvalues, staging.SW, staging.SPNTR)
                                  : read_variable(read, varvalues, staging.DW, staging.DPNTR);
@@ -154,29 +148,27 @@ void read_next_variable(integer ivar, const FileName& filename, integer iformat,
     one_variable_staging = {};
     throw;
   }
-  unit.close();
+  read.unit.close();
 } catch (...) {
-  end_operation("read restart file", filename);
+  end_operation("read restart file", arguments.filename);
 }
 
 }  // namespace
 
 void readnextp3dvar(integer ivar, const FileName& filename, integer iformat, logical dblprec,
-                    integer nblocks, array_view<const integer, 1> blockpoints,
-                    array_view<float, 2> varvalues, array_view<const integer, 1> idim,
-                    array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
-                    integer rsttype, logical multiblock) {
-  read_next_variable(ivar, filename, iformat, dblprec, nblocks, blockpoints, varvalues,
-                     {idim, jdim, kdim}, rsttype, multiblock);
+                    integer nblocks, integer_view blockpoints, array_view<float, 2> varvalues,
+                    integer_view idim, integer_view jdim, integer_view kdim, integer rsttype,
+                    logical multiblock) {
+  read_next_variable(ivar, {filename, iformat, dblprec, rsttype, multiblock}, nblocks, blockpoints,
+                     varvalues, {idim, jdim, kdim});
 }
 
 void readnextp3dvar(integer ivar, const FileName& filename, integer iformat, logical dblprec,
-                    integer nblocks, array_view<const integer, 1> blockpoints,
-                    array_argument<double, 2> varvalues, array_view<const integer, 1> idim,
-                    array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
-                    integer rsttype, logical multiblock) {
-  read_next_variable<double>(ivar, filename, iformat, dblprec, nblocks, blockpoints, varvalues,
-                             {idim, jdim, kdim}, rsttype, multiblock);
+                    integer nblocks, integer_view blockpoints, array_argument<double, 2> varvalues,
+                    integer_view idim, integer_view jdim, integer_view kdim, integer rsttype,
+                    logical multiblock) {
+  read_next_variable<double>(ivar, {filename, iformat, dblprec, rsttype, multiblock}, nblocks,
+                             blockpoints, varvalues, {idim, jdim, kdim});
 }
 
 }  // namespace mod_p3dgrid
