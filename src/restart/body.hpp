@@ -154,19 +154,21 @@ template <class Memory>
   return holds_singles(coding) ? entry("sqvar", sqvar) : entry("dqvar", dqvar);
 }
 
-/// Copies the first `rows` values of each of `points` points, rounding if `To` is narrower. The
-/// strides are those between points.
+/// Copies at most `rows` rows that both arrays have, rounding if those of `to` are narrower.
 template <class From, class To>
-void convert_rows(const From* from, std::int64_t from_stride, To* to, std::int64_t to_stride,
-                  std::int64_t rows, std::int64_t points) {
-  if (from_stride == rows && to_stride == rows) {
+void copy_rows(const From& from, To& to, std::int64_t rows, std::int64_t points) {
+  const auto* const source = from.data();
+  auto* const target = to.data();
+  using Target = std::remove_pointer_t<decltype(to.data())>;
+  rows = std::min({rows, from.extent(1), to.extent(1)});
+  if (from.extent(1) == rows && to.extent(1) == rows) {
     // Contiguous values, which compilers vectorise.
-    for (std::int64_t i = 0; i < rows * points; ++i) to[i] = static_cast<To>(from[i]);
+    for (std::int64_t i = 0; i < rows * points; ++i) target[i] = static_cast<Target>(source[i]);
     return;
   }
   for (std::int64_t p = 0; p < points; ++p) {
     for (std::int64_t row = 0; row < rows; ++row) {
-      to[p * to_stride + row] = static_cast<To>(from[p * from_stride + row]);
+      target[p * to.extent(1) + row] = static_cast<Target>(source[p * from.extent(1) + row]);
     }
   }
 }

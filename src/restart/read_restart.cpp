@@ -14,14 +14,6 @@
 namespace mod_p3dgrid {
 namespace {
 
-/// Copies at most `rows` rows that both arrays have.
-template <class To, class From>
-void copy_rows(const allocatable<From, 2>& from, allocatable<To, 2>& to, std::int64_t rows,
-               std::int64_t points) {
-  convert_rows(from.data(), from.extent(1), to.data(), to.extent(1),
-               std::min({rows, from.extent(1), to.extent(1)}), points);
-}
-
 template <class Real>
 struct WholeReader {
   const RestartFile& file;
@@ -69,7 +61,7 @@ struct WholeReader {
 
   void enlarge(const Extension& extension) {
     const std::int64_t points = file.points.total;
-    allocatable<Real, 2>& larger = staging_of_kind<Real>().enlarged;
+    allocatable<Real, 2>& larger = restart_staging.of<Real>().enlarged;
     file.unit.require_array(allocate_staging(larger, extension.variables.last, points),
                             "a larger array for the flow variables");
     // Rows that no record fills are 0.
@@ -134,7 +126,7 @@ struct RestartRead : RestartFile {
     iflag.fill(0);
     integer status = auxvalues.allocate(triplet, points.total);
     bool usable = true;
-    auto& staging = staging_of_kind<Staged>().triplets;
+    auto& staging = restart_staging.of<Staged>().triplets;
     const bool staged = p3dgrid::needs_staging<Result>(coding);
     if (staged && status == allocation_done) status = staging.allocate(triplet, points.total);
     host::checkallocationerror(status);
@@ -161,8 +153,9 @@ struct RestartRead : RestartFile {
     if (points.total > 0) check_variables(filename, highest, variables);
     require_room_for_flow();
     if (p3dgrid::needs_staging<Result>(coding)) {
-      unit.require_array(allocate_staging(staging_of_kind<Staged>().flow, variables, points.total),
-                         "a staging array for the flow variables");
+      unit.require_array(
+          allocate_staging(restart_staging.of<Staged>().flow, variables, points.total),
+          "a staging array for the flow variables");
       read_staged();
     } else {
       require_flow(allocate_checked(varvalues, variables, points.total));
@@ -179,7 +172,7 @@ struct RestartRead : RestartFile {
   /// converted at the end. If there is no memory for the result, the body is still read, and the
   /// failure is reported afterwards.
   void read_staged() {
-    const auto [flow, triplets, enlarged] = staging_of_kind<Staged>();
+    auto& [flow, triplets, enlarged] = restart_staging.of<Staged>();
     allocatable<Result, 2> converted = varvalues.sibling();
     const integer status =
         layout.triplets ? allocation_done : converted.allocate(variables_per_point(), points.total);
@@ -263,13 +256,13 @@ void read_body(RestartRead<Result>& read, integer nblocks, integer_view blockpoi
 
 /// Releases the staging arrays, except the triplets of another layout.
 void release_staging(const LayoutTraits& layout) {
-  const auto release = [&](auto staging) {
+  const auto release = [&](auto& staging) {
     staging.flow.deallocate();
     staging.enlarged.deallocate();
     if (layout.triplets) staging.triplets.deallocate();
   };
-  release(staging_of_kind<float>());
-  release(staging_of_kind<double>());
+  release(restart_staging.of<float>());
+  release(restart_staging.of<double>());
 }
 
 template <class Result>

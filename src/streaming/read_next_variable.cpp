@@ -95,15 +95,15 @@ bool blocks_fill_staging(const VariableRead& read, const std::vector<BodyRecord>
 }
 
 template <class Real, class Result>
-void read_variable(const VariableRead& read, array_view<Result, 2> varvalues,
-                   allocatable<Real, 2>& staging, allocatable<Real*, 1>& targets) {
+void read_variable(const VariableRead& read, array_view<Result, 2> varvalues) {
+  auto& [staging, targets] = one_variable_staging.of<Real>();
+  allocatable<integer, 1>& steps = one_variable_staging.steps;
   // Text has no records of older levels.
   const auto records = block_records_with_leading(read.layout, read.coding,
                                                   p3dgrid::older_levels(read.coding, itimeint));
   const integer highest = checked_highest_variable(records);
   const std::int64_t variables = variables_per_point();
   if (read.points.total > 0) check_variables(read.filename, highest, variables);
-  allocatable<integer, 1>& steps = one_variable_staging.READII;
   check_variable(read, variables);  // again, because a host can change `numrstrtvar` in a callback
   bool usable = allocate_staging(staging, 1, read.allpoints);
   // The two tables are not used, but hosts are told of their allocation.
@@ -115,7 +115,7 @@ void read_variable(const VariableRead& read, array_view<Result, 2> varvalues,
   const VariableReader<Real> reader{read, staging.data()};
   const bool extensions = read.layout.extensions && read.ivar >= first_extension_variable;
   read_records(read.unit, {records, read.nblocks, extensions}, reader);
-  convert_rows(staging.data(), 1, varvalues.data(), varvalues.extent(1), 1, read.allpoints);
+  copy_rows(staging, varvalues, 1, read.allpoints);
   staging.deallocate();
   targets.deallocate();
   steps.deallocate();
@@ -138,9 +138,8 @@ void read_next_variable(integer ivar, const RestartArguments& arguments, integer
   require_plausible_extents(read.unit, extents);
   try {
     if (read.unit.known()) {
-      OneVariableStaging& staging = one_variable_staging;
-      holds_singles(read.coding) ? read_variable(read, varvalues, staging.SW, staging.SPNTR)
-                                 : read_variable(read, varvalues, staging.DW, staging.DPNTR);
+      holds_singles(read.coding) ? read_variable<float>(read, varvalues)
+                                 : read_variable<double>(read, varvalues);
     }
   } catch (const FailedRead&) {
     throw;
