@@ -87,31 +87,33 @@ std::int64_t PayloadReader::next_run(std::int64_t wanted) {
   return std::min(wanted, subrecord_left());
 }
 
-void PayloadReader::read(void* destination, std::int64_t bytes) {
-  char* to = static_cast<char*>(destination);
+/// Calls `take(bytes)` for each part of the payload that lies in one sub-record.
+template <class Take>
+void PayloadReader::for_each_run(std::int64_t bytes, Take take) {
   while (bytes > 0) {
     const std::int64_t run = next_run(bytes);
-    file_.read(to, run);
-    to += run;
+    take(run);
     bytes -= run;
   }
+}
+
+void PayloadReader::read(void* destination, std::int64_t bytes) {
+  char* to = static_cast<char*>(destination);
+  for_each_run(bytes, [&](std::int64_t run) {
+    file_.read(to, run);
+    to += run;
+  });
 }
 
 void PayloadReader::discard(std::int64_t bytes) {
-  while (bytes > 0) {
-    const std::int64_t run = next_run(bytes);
-    file_.discard(run);
-    bytes -= run;
-  }
+  for_each_run(bytes, [&](std::int64_t run) { file_.discard(run); });
 }
 
 void PayloadReader::locate(std::int64_t bytes, std::vector<p3dgrid::ByteRange>& places) {
-  while (bytes > 0) {
-    const std::int64_t run = next_run(bytes);
+  for_each_run(bytes, [&](std::int64_t run) {
     places.push_back({file_.offset(), run});
     file_.skip(run);
-    bytes -= run;
-  }
+  });
 }
 
 void PayloadReader::next_subrecord() {

@@ -82,6 +82,8 @@ class PayloadReader {
   void finish(RestOfRecord rest);
 
  private:
+  template <class Take>
+  void for_each_run(std::int64_t bytes, Take take);
   void begin_subrecord();
   void end_subrecord();
   void next_subrecord();
