@@ -154,7 +154,7 @@ void write_lines(PayloadWriter& payload, bool swap, const Values<const void>& en
     Stored* const piece = staging_buffer(entry, own.data());
     for (std::int64_t done = 0; done < entry.count; done += piece_values) {
       const std::int64_t n = std::min(piece_values, entry.count - done);
-      deinterleave(place_of<Kept>(entry, row, done), entry.stride, piece, n, 1, n);
+      interleave(piece, n, 1, n, place_of<Kept>(entry, row, done), entry.stride);
       if (swap) swap_bytes(piece, n);
       payload.write(piece, bytes_for<Stored>(n));
     }
@@ -166,8 +166,8 @@ void write_tiles(PayloadWriter& payload, bool swap, const Values<const void>& en
   const Tile<Stored> tile(entry);
   for (std::int64_t done = 0; done < entry.count; done += tile.values) {
     const std::int64_t n = std::min(tile.values, entry.count - done);
-    deinterleave(place_of<Kept>(entry, 0, done), entry.stride, tile.lines, tile.values, entry.rows,
-                 n);
+    interleave(tile.lines, tile.values, entry.rows, n, place_of<Kept>(entry, 0, done),
+               entry.stride);
     for (std::int64_t row = 0; row < entry.rows; ++row) {
       Stored* const line = tile.lines + row * tile.values;
       if (swap) swap_bytes(line, n);

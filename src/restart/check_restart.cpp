@@ -22,9 +22,7 @@ BlockExtents extents_of(const ExtentArrays& all, integer block) {
 }
 
 std::string columns(const BlockExtents& extents) {
-  std::string text;
-  for (const integer extent : extents) text += column(extent, 6);
-  return text;
+  return column(extents.i, 6) + column(extents.j, 6) + column(extents.k, 6);
 }
 
 }  // namespace
