@@ -539,7 +539,7 @@ class Parts(PlotTest):
         self.write_flow([block], block.xyz[2], [1] * 64, layout=3)
         cut = ("--cut", "x=2.75", "--variable")
         self.assertEqual(self.plot("grid", "flow", "out.png", *cut, "1")[0],
-                         "variable 1, cut x=2.75, from 0 to 1.83333")
+                         "variable 1, cut x=2.75, from 0 to 1.8333")
         picture = self.plot("grid", "flow", "out.png", *cut, "2")[1]
         shares = [n / 20 for n in range(2, 19)]
         self.assertEqual(len({picture.share(a, u) for a in shares for u in shares}), 1)
