@@ -10,7 +10,7 @@
 namespace mod_p3dgrid::recordio {
 namespace {
 
-std::int64_t limit = default_subrecord_limit;
+std::int64_t subrecord_limit = default_subrecord_limit;
 
 bool has_markers(const p3dgrid::Coding& coding) {
   return coding.encoding == p3dgrid::Encoding::unformatted;
@@ -27,12 +27,8 @@ std::int64_t read_marker(InputFile& file, const p3dgrid::Coding& coding) {
                                   : read_integer<std::int32_t>(file, coding.byte_order);
 }
 
-std::int64_t subrecord_limit() {
-  return limit;
-}
-
 void set_subrecord_limit(std::int64_t new_limit) {
-  limit = std::clamp<std::int64_t>(new_limit, 1, default_subrecord_limit);
+  subrecord_limit = std::clamp<std::int64_t>(new_limit, 1, default_subrecord_limit);
 }
 
 PayloadReader::PayloadReader(InputFile& file, const p3dgrid::Coding& coding)
@@ -152,7 +148,7 @@ void PayloadWriter::write_marker(std::int64_t marker) {
 void PayloadWriter::begin_subrecord() {
   const bool splits = has_markers(coding_) && !has_wide_markers(coding_);
   subrecord_length_ = subrecord_left_ =
-      splits ? std::min(payload_left_, subrecord_limit()) : payload_left_;
+      splits ? std::min(payload_left_, subrecord_limit) : payload_left_;
   payload_left_ -= subrecord_length_;
   write_marker(payload_left_ > 0 ? -subrecord_length_ : subrecord_length_);
 }

@@ -37,9 +37,8 @@ template <class Integer>
 /// Longest payload of one sub-record.
 inline constexpr std::int64_t default_subrecord_limit = 2'147'483'639;
 
-/// The limit of the writer. The reader accepts sub-records of any length.
-[[nodiscard]] std::int64_t subrecord_limit();
-/// Lowers the limit, at least to 1, to test splitting on small files.
+/// Lowers the limit of the writer, at least to 1, to test splitting on small files. The reader
+/// accepts sub-records of any length.
 void set_subrecord_limit(std::int64_t limit);
 
 /// Reads one unformatted or binary record. Its payload is one sequence of bytes, whatever its

@@ -33,7 +33,7 @@ struct WholeReader {
 
   void move(const BodyRecord& record) const {
     if (record.kind == BodyRecordKind::older_level) {
-      return skip_older_level(file.unit, file.coding, file.points.npts(record.block), record);
+      return skip_older_level(file, record);
     }
     if (record.leaves_out()) clear_variable(record.absent, record.block);
     file.unit.read(list_of<void>(arrays, record));
@@ -95,8 +95,7 @@ struct RestartRead : RestartFile {
 
   [[nodiscard]] std::vector<BodyRecord> records() const {
     const bool leading = reads_triplets(layout, coding);
-    return block_records(layout, coding,
-                         leading ? std::optional(p3dgrid::solution_variables) : std::nullopt,
+    return block_records(*this, leading ? std::optional(p3dgrid::solution_variables) : std::nullopt,
                          p3dgrid::older_levels(itimeint));
   }
 
@@ -142,7 +141,7 @@ struct RestartRead : RestartFile {
   void read_into(allocatable<Real, 2>& flow, allocatable<Real, 2>& triplets,
                  const StagingArrays<p3dgrid::OtherReal<Real>>& staging = {}) {
     prepare_triplets();
-    WholeReader<Real> reader{*this, flow, {coding, points, flow, triplets, nblocks, staging}};
+    WholeReader<Real> reader{*this, flow, {*this, flow, triplets, nblocks, staging}};
     read_records(unit, {records(), nblocks, layout.extensions}, reader);
   }
 

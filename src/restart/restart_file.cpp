@@ -93,8 +93,7 @@ integer checked_highest_to_write(const RestartFile& file) {
   if (file.layout.extensions && !extension_chain_ends()) {
     refuse_restart(file.filename, "iflag holds no flag 999 to end its chain");
   }
-  const integer highest =
-      checked_highest_variable(block_records_with_leading(file.layout, file.coding));
+  const integer highest = checked_highest_variable(block_records_with_leading(file));
   return file.layout.extensions ? std::max(highest, highest_extension_variable()) : highest;
 }
 

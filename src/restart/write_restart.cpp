@@ -59,16 +59,10 @@ void write_body(const RestartWrite<Real>& write) {
     refuse_restart(write.filename, std::string("out of memory for a copy in ") +
                                        p3dgrid::precision_name<Staged>() + " precision");
   }
-  const WholeWriter<Real> writer{write,
-                                 {write.coding,
-                                  write.points,
-                                  write.varvalues,
-                                  write.auxvalues,
-                                  write.nparamrows,
-                                  {flow, triplets}}};
+  const WholeWriter<Real> writer{
+      write, {write, write.varvalues, write.auxvalues, write.nparamrows, {flow, triplets}}};
   write_records(write.unit,
-                {block_records_with_leading(write.layout, write.coding), write.nblocks,
-                 write.layout.extensions},
+                {block_records_with_leading(write), write.nblocks, write.layout.extensions},
                 writer);
 }
 

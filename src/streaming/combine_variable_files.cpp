@@ -144,7 +144,7 @@ void write_body(const Combination<Lead>& combination) {
   if (!allocate_checked(slots, largest, combination.variables)) {
     refuse_restart(combination.filename, "out of memory for one block of all variables");
   }
-  const auto records = block_records_with_leading(combination.layout, combination.coding);
+  const auto records = block_records_with_leading(combination);
   Combiner<Real, Lead> combiner{combination, records, std::move(slots)};
   write_records(combination.unit, {records, combination.nblocks, combination.layout.extensions},
                 combiner);

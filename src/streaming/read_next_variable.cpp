@@ -33,7 +33,7 @@ struct VariableReader {
   }
   void move(const BodyRecord& record) const {
     if (record.kind == BodyRecordKind::older_level) {
-      return skip_older_level(read.unit, read.coding, read.points.npts(record.block), record);
+      return skip_older_level(read, record);
     }
     read.unit.read(list_of<void>(*this, record));
   }
@@ -99,8 +99,8 @@ void read_variable(const VariableRead& read, array_view<Result, 2> varvalues) {
   auto& [staging, targets] = one_variable_staging.of<Real>();
   allocatable<integer, 1>& steps = one_variable_staging.steps;
   // Text has no records of older levels.
-  const auto records = block_records_with_leading(read.layout, read.coding,
-                                                  p3dgrid::older_levels(read.coding, itimeint));
+  const auto records =
+      block_records_with_leading(read, p3dgrid::older_levels(read.coding, itimeint));
   const integer highest = checked_highest_variable(records);
   const std::int64_t variables = variables_per_point();
   if (read.points.total > 0) check_variables(read.filename, highest, variables);
