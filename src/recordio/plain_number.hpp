@@ -119,10 +119,11 @@ inline const char* scan_decimal(const char* from, ScannedDecimal& number) {
 
 /// The greatest power of ten that is exact in double precision.
 inline constexpr std::int64_t greatest_exact_power = 22;
+inline constexpr std::size_t number_of_near_powers = 2 * greatest_exact_power + 1;
 
 /// Element `greatest_exact_power + e` is 10^e, rounded if e is below 0.
-constexpr std::array<double, 2 * greatest_exact_power + 1> make_near_powers() {
-  std::array<double, 2 * greatest_exact_power + 1> powers{};
+constexpr std::array<double, number_of_near_powers> make_near_powers() {
+  std::array<double, number_of_near_powers> powers{};
   double power = 1;
   for (std::size_t i = 0; i <= greatest_exact_power; ++i, power *= 10) {
     powers[greatest_exact_power + i] = power;

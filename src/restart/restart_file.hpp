@@ -19,9 +19,9 @@ inline constexpr const char* restart_kind = "restart file ";
 /// The arguments of an operation that describe its file.
 struct RestartArguments {
   const FileName& filename;
-  integer iformat;
+  integer iformat = 0;
   logical dblprec;
-  integer rsttype;
+  integer rsttype = 0;
   logical multiblock;
 };
 
