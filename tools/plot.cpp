@@ -87,9 +87,8 @@ std::vector<Option> picture_options(plot::Request& request) {
        checked("is no box such as -1:2,0:0.5 or -1:2,0:0.5,0:1", is_box)},
       {.name = "--quality",
        .target = take_quality,
-       .meaning = "Show the quality of the cells of a grid surface in colour",
-       .choices = {name_of(plot::CellQuality::skewness), name_of(plot::CellQuality::stretching)},
-       .excludes = "--cut"},
+       .meaning = "Show the quality of the cells in colour",
+       .choices = {name_of(plot::CellQuality::skewness), name_of(plot::CellQuality::stretching)}},
       {"--view", &request.view,
        "Look from this azimuth (degrees from x toward y) and elevation; default straight at what "
        "is flat, else -60 25",

@@ -2,35 +2,17 @@
 #include <cmath>
 #include <initializer_list>
 #include <limits>
-#include <numbers>
 #include <span>
 #include <type_traits>
 
 #include "quality.hpp"
+#include "vector.hpp"
 
 namespace p3dgrid::tool {
 namespace {
 
-struct Vector {
-  double x = 0;
-  double y = 0;
-  double z = 0;
-
-  friend Vector operator+(const Vector& a, const Vector& b) {
-    return {a.x + b.x, a.y + b.y, a.z + b.z};
-  }
-  friend Vector operator-(const Vector& a, const Vector& b) {
-    return {a.x - b.x, a.y - b.y, a.z - b.z};
-  }
-};
-
-double dot(const Vector& a, const Vector& b) {
-  return a.x * b.x + a.y * b.y + a.z * b.z;
-}
-
 double determinant(const Vector& a, const Vector& b, const Vector& c) {
-  return a.x * (b.y * c.z - b.z * c.y) - a.y * (b.x * c.z - b.z * c.x) +
-         a.z * (b.x * c.y - b.y * c.x);
+  return dot(a, cross(b, c));
 }
 
 /// Volume of a hexahedron with trilinear edges. Bit 0 of a corner's number is i, bit 1 j, bit 2 k.
@@ -56,9 +38,9 @@ struct Run {
 class Edges {
  public:
   void set(std::int32_t edge, const Vector& vector) {
-    values_[edge] = vector.x;
-    values_[edge + size] = vector.y;
-    values_[edge + 2 * size] = vector.z;
+    values_[edge] = vector[0];
+    values_[edge + size] = vector[1];
+    values_[edge + 2 * size] = vector[2];
     values_[edge + 3 * size] = dot(vector, vector);
   }
   [[nodiscard]] const double* first() const { return values_; }
@@ -171,8 +153,6 @@ class Measurement {
   }
 
  private:
-  static constexpr double right_angle = std::numbers::pi / 2;
-
   /// Leaves `valid_` empty if all points are valid.
   void find_valid_points() {
     if (block_.iblank.empty() && are_finite(x_) && are_finite(y_) && are_finite(z_)) return;
@@ -260,9 +240,9 @@ class Measurement {
     const std::int64_t after = next + step(d);
     if (along(index, d) + 2 >= along(block_.extents, d) || !valid(after)) return;
     const Vector other = at(after) - at(next);
-    const double longer = dot(other, other);
-    if (longer == 0) return;
-    const double ratio = longer > length ? longer / length : length / longer;
+    const double other_length = dot(other, other);
+    if (other_length == 0) return;
+    const double ratio = squared_ratio(length, other_length);
     Worst& worst = stretching_[static_cast<std::size_t>(d)];
     if (ratio <= worst.value) return;
     worst = {ratio, index};
@@ -286,18 +266,13 @@ class Measurement {
   void measure_quadrilateral(std::int64_t p, const BlockExtents& index,
                              const std::array<std::int64_t, 4>& corners, Worst& worst) const {
     std::array<Vector, 4> edges;
-    std::array<double, 4> lengths{};
     for (std::size_t c = 0; c < 4; ++c) {
       if (!valid(p + corners[c])) return;
       edges[c] = at(p + corners[(c + 1) % 4]) - at(p + corners[c]);
-      lengths[c] = dot(edges[c], edges[c]);
     }
     for (std::size_t c = 0; c < 4; ++c) {
-      const std::size_t next = (c + 1) % 4;
-      const double scale = lengths[c] * lengths[next];
-      const double product = dot(edges[c], edges[next]);
-      if (scale == 0 || product * product <= worst.value * scale) continue;
-      worst = {product * product / scale, index};
+      const double cosine = squared_cosine(edges[c], edges[(c + 1) % 4]);
+      if (cosine > worst.value) worst = {cosine, index};
     }
   }
 
@@ -350,13 +325,9 @@ class Measurement {
 
   /// Area of a quadrilateral, signed in the x-y plane. Elsewhere callers only test whether it is 0.
   [[nodiscard]] double area(std::int64_t p, Direction a, Direction b) const {
-    const Vector one = at(p + step(a) + step(b)) - at(p);
-    const Vector other = at(p + step(b)) - at(p + step(a));
-    const double xy = one.x * other.y - one.y * other.x;
-    if (is_flat_) return xy / 2;
-    const double yz = one.y * other.z - one.z * other.y;
-    const double zx = one.z * other.x - one.x * other.z;
-    return std::sqrt(xy * xy + yz * yz + zx * zx) / 2;
+    const Vector twice =
+        cross(at(p + step(a) + step(b)) - at(p), at(p + step(b)) - at(p + step(a)));
+    return (is_flat_ ? twice[2] : std::sqrt(dot(twice, twice))) / 2;
   }
 
   void summarise() {
@@ -367,10 +338,7 @@ class Measurement {
       keep_worse(result_.skewness, skewness_[d]);
     }
     if (result_.stretching) result_.stretching->value = std::sqrt(result_.stretching->value);
-    if (result_.skewness) {
-      const double cosine = std::sqrt(std::min(result_.skewness->value, 1.0));
-      result_.skewness->value = std::asin(cosine) / right_angle;
-    }
+    if (result_.skewness) result_.skewness->value = skewness_of(result_.skewness->value);
     if (sum_ == 0) return;
     if (wide_.size() == 3 || is_flat_) {
       result_.handedness = sum_ > 0 ? Handedness::right : Handedness::left;

@@ -122,6 +122,7 @@ class Cutter {
   void cut_cell(const Index& at) {
     const std::int64_t first = point(at);
     if (!is_valid(first)) return;
+    surface_.cut->crossed.push_back(static_cast<std::size_t>(first));
     lines_.clear();
     for (std::size_t d = 0; d < 3; ++d) {
       const std::size_t a = d == 0 ? 1 : 0;
@@ -146,7 +147,7 @@ class Cutter {
       const std::size_t after = next->from == end ? next->to : next->from;
       lines_.erase(next);
       if (after == start) return;
-      surface_.cut->cells.push_back({start, end, after, after});
+      surface_.cut->cells.push_back({{start, end, after, after}, surface_.cut->crossed.size() - 1});
       end = after;
     }
   }

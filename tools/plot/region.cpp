@@ -54,7 +54,7 @@ void confine(Surface& surface, const Region& region) {
     surface.beyond.push_back(sides_beyond(region, slack, surface.place(p)));
   }
   surface.for_each_cell([&](const Cell& cell) {
-    for (const std::size_t corner : cell) hidden[corner] = 0;
+    for (const std::size_t corner : cell.corners) hidden[corner] = 0;
   });
   for (std::size_t p = 0; p < hidden.size(); ++p) {
     const bool is_inside = surface.rows == 1 && surface.beyond[p] == 0;

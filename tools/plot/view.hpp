@@ -9,14 +9,6 @@
 
 namespace p3dgrid::tool::plot {
 
-[[nodiscard]] inline double dot(const Vector& a, const Vector& b) {
-  return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
-}
-
-[[nodiscard]] inline Vector cross(const Vector& a, const Vector& b) {
-  return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
-}
-
 /// The bounding box of the surfaces as drawn. Coordinates in which it would be too thin to see are
 /// enlarged, starting from the low corner.
 struct Box {
