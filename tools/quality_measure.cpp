@@ -55,24 +55,13 @@ class Edges {
   double values_[4 * size] = {};
 };
 
-// g++ vectorises a search that does not end at the first hit, if its result is as wide as the
-// values.
-
-bool any_is_zero(const double* edges, std::int32_t count) {
-  std::int64_t found = 0;
-  for (std::int32_t e = 0; e < count; ++e) {
-    if (Edges::square(edges + e) == 0) found = 1;
-  }
-  return found != 0;
-}
-
-/// Whether the ratio of the squared lengths of adjacent edges exceeds `worst`.
-bool any_ratio_exceeds(double worst, const double* edges, const double* next, std::int32_t count) {
-  std::int64_t found = 0;
-  for (std::int32_t e = 0; e < count; ++e) {
-    const double one = Edges::square(edges + e);
-    const double other = Edges::square(next + e);
-    if (std::max(one, other) > worst * std::min(one, other)) found = 1;
+/// Whether any of the first values passes a test. g++ vectorises a search that does not end at the
+/// first hit, if its result is as wide as the values.
+template <class Found = std::int64_t>
+bool any_of_first(std::int64_t count, auto passes) {
+  Found found = 0;
+  for (std::int64_t n = 0; n < count; ++n) {
+    if (passes(n)) found = 1;
   }
   return found != 0;
 }
@@ -86,33 +75,19 @@ bool any_cosine_exceeds(double worst, const std::array<const double*, 2>& edges,
   };
   const auto [one, opposite_one] = edges;
   const auto [other, opposite_other] = others;
-  std::int64_t found = 0;
-  for (std::int32_t e = 0; e < count; ++e) {
-    const double largest =
-        std::max(std::max(excess(one + e, other + e), excess(one + e, opposite_other + e)),
-                 std::max(excess(opposite_one + e, other + e),
-                          excess(opposite_one + e, opposite_other + e)));
-    if (largest > 0) found = 1;
-  }
-  return found != 0;
-}
-
-/// Whether all values are positive, or negative if the sign is -1.
-bool have_sign(std::span<const double> values, double sign) {
-  std::int64_t found = 0;
-  for (const double value : values) {
-    if (!(sign * value > 0)) found = 1;
-  }
-  return found == 0;
+  return any_of_first(count, [=](std::int64_t e) {
+    return std::max(std::max(excess(one + e, other + e), excess(one + e, opposite_other + e)),
+                    std::max(excess(opposite_one + e, other + e),
+                             excess(opposite_one + e, opposite_other + e))) > 0;
+  });
 }
 
 template <class Real>
 bool are_finite(std::span<const Real> values) {
-  std::conditional_t<sizeof(Real) == 8, std::int64_t, std::int32_t> found = 0;
-  for (const Real value : values) {
-    if (!(std::abs(value) <= std::numeric_limits<Real>::max())) found = 1;
-  }
-  return found == 0;
+  using Found = std::conditional_t<sizeof(Real) == 8, std::int64_t, std::int32_t>;
+  return !any_of_first<Found>(std::ssize(values), [values](std::int64_t n) {
+    return !(std::abs(values[static_cast<std::size_t>(n)]) <= std::numeric_limits<Real>::max());
+  });
 }
 
 /// Measures a block with coordinates of one type, run by run. Loops over all points of a run test
@@ -223,8 +198,14 @@ class Measurement {
   void measure_edges(const Run& run, Direction d) {
     Worst& worst = stretching_[static_cast<std::size_t>(d)];
     const std::int32_t count = room(run, run.count, {d});
-    if (!any_is_zero(edges(d), count) &&
-        !any_ratio_exceeds(worst.value, edges(d), edges(d, d), room(run, run.count, {d, d}))) {
+    const auto is_zero = [edge = edges(d)](std::int64_t e) { return Edges::square(edge + e) == 0; };
+    const auto is_worse = [edge = edges(d), next = edges(d, d),
+                           limit = worst.value](std::int64_t e) {
+      const double one = Edges::square(edge + e);
+      const double other = Edges::square(next + e);
+      return std::max(one, other) > limit * std::min(one, other);
+    };
+    if (!any_of_first(count, is_zero) && !any_of_first(room(run, run.count, {d, d}), is_worse)) {
       return;
     }
     BlockExtents index = run.first;
@@ -283,10 +264,11 @@ class Measurement {
     for (std::int32_t c = 0; c < count; ++c) {
       volumes[static_cast<std::size_t>(c)] = volume_of(run.point + c);
     }
-    const std::span<const double> values(volumes.data(), static_cast<std::size_t>(count));
-    if (valid_.empty() && have_sign(values, sum_ < 0 ? -1 : 1)) {
+    const auto has_other_sign = [values = volumes.data(), sign = sum_ < 0 ? -1.0 : 1.0](
+                                    std::int64_t c) { return !(sign * values[c] > 0); };
+    if (valid_.empty() && !any_of_first(count, has_other_sign)) {
       (sum_ < 0 ? negative_ : positive_).add(run.first, count);
-      for (const double volume : values) sum_ += volume;
+      std::for_each_n(volumes.begin(), count, [this](double volume) { sum_ += volume; });
       result_.cells += count;
       return;
     }
