@@ -165,16 +165,6 @@ class Cutter {
 
 }  // namespace
 
-std::vector<Cut> cuts_in(const std::string& text) {
-  std::vector<Cut> cuts;
-  for (const std::string& entry : entries_in(text)) {
-    const auto cut = coordinate_plane_in(entry);
-    if (!cut) return {};
-    cuts.push_back(*cut);
-  }
-  return cuts;
-}
-
 std::string describe(const Cut& cut) {
   return std::string(1, "xyz"[cut.axis]) + "=" + digits(cut.value);
 }

@@ -2,7 +2,6 @@
 
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "options.hpp"
 #include "plot/surface.hpp"
@@ -11,10 +10,7 @@ namespace p3dgrid::tool::plot {
 
 using Cut = CoordinatePlane;
 
-/// Parses a list such as "x=0.5" or "x=0.5,y=-1e-3"; empty if the text is invalid.
-[[nodiscard]] std::vector<Cut> cuts_in(const std::string& text);
-
-/// The text that `cuts_in` parses.
+/// The text that `coordinate_plane_in` parses.
 [[nodiscard]] std::string describe(const Cut& cut);
 
 /// Cuts the cells of a block that have no blanked corner; none if it has no cells there.

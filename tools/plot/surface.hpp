@@ -6,19 +6,12 @@
 #include <p3dgrid/grid.hpp>
 #include <span>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "options.hpp"
 #include "vector.hpp"
 
 namespace p3dgrid::tool::plot {
-
-/// Parses a positive number; 0 if the text is something else.
-[[nodiscard]] std::int32_t number_in(std::string_view text);
-
-/// Parses a list such as "k=1" or "k=1,j=last"; empty if the text is invalid.
-[[nodiscard]] std::vector<IndexPlane> planes_in(const std::string& text);
 
 /// A cell of a surface.
 struct Cell {
