@@ -4,8 +4,6 @@
 #include <cmath>
 #include <unordered_map>
 
-#include "table.hpp"
-
 namespace p3dgrid::tool::plot {
 namespace {
 
@@ -13,7 +11,7 @@ namespace {
 /// polygon is divided into triangles.
 class Cutter {
  public:
-  Cutter(const Block& block, std::size_t number, const Cut& cut)
+  Cutter(const Block& block, std::size_t number, const CoordinatePlane& cut)
       : block_(block),
         cut_(cut),
         along_(cut.axis == 0   ? block.x
@@ -153,7 +151,7 @@ class Cutter {
   }
 
   const Block& block_;
-  const Cut& cut_;
+  const CoordinatePlane& cut_;
   const Reals& along_;
   std::vector<char> above_;  ///< whether a point is above the cut
   Index counts_;
@@ -165,11 +163,8 @@ class Cutter {
 
 }  // namespace
 
-std::string describe(const Cut& cut) {
-  return std::string(1, "xyz"[cut.axis]) + "=" + digits(cut.value);
-}
-
-std::optional<Surface> cut_through(const Block& block, std::size_t number, const Cut& cut) {
+std::optional<Surface> cut_through(const Block& block, std::size_t number,
+                                   const CoordinatePlane& cut) {
   Surface surface = Cutter(block, number, cut).run();
   return surface.points.empty() ? std::nullopt : std::optional(std::move(surface));
 }

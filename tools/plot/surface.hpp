@@ -124,16 +124,4 @@ struct Surface {
 /// Copies coordinates and blanking from its block.
 void take_points(Surface& surface, const Block& block);
 
-/// A box in space; infinite in directions without a limit.
-struct Region {
-  Vector low;
-  Vector high;
-};
-
-/// Parses "x0:x1,y0:y1" or "x0:x1,y0:y1,z0:z1".
-[[nodiscard]] std::optional<Region> region_in(const std::string& text);
-
-/// Leaves out the cells that lie outside the region.
-void confine(Surface& surface, const Region& region);
-
 }  // namespace p3dgrid::tool::plot
