@@ -56,6 +56,11 @@ enum class Handedness {
   left,
 };
 
+/// Of one that is not `none`.
+[[nodiscard]] constexpr const char* name_of(Handedness handedness) {
+  return handedness == Handedness::right ? "right" : "left";
+}
+
 /// The cells and edges of a block. Cells and edges with a blanked point, or one that is not finite,
 /// are left out.
 struct BlockQuality {
