@@ -73,9 +73,8 @@ bool any_cosine_exceeds(double worst, const std::array<const double*, 2>& edges,
     const double product = Edges::product(edge, other);
     return product * product - worst * (Edges::square(edge) * Edges::square(other));
   };
-  const auto [one, opposite_one] = edges;
-  const auto [other, opposite_other] = others;
-  return any_of_first(count, [=](std::int64_t e) {
+  return any_of_first(count, [excess, one = edges[0], opposite_one = edges[1], other = others[0],
+                              opposite_other = others[1]](std::int64_t e) {
     return std::max(std::max(excess(one + e, other + e), excess(one + e, opposite_other + e)),
                     std::max(excess(opposite_one + e, other + e),
                              excess(opposite_one + e, opposite_other + e))) > 0;
