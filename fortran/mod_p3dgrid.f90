@@ -112,8 +112,6 @@ module mod_p3dgrid
   procedure(p3d_message_handler), pointer :: message_handler => null()
   procedure(p3d_run_end_handler), pointer :: run_end_handler => null()
 
-  integer(c_int), parameter :: single = 4, double = 8  ! bytes of a real
-
   logical :: connected = .false.
 
   ! The variables of the library's contract with its host, which the library leaves undefined. They
@@ -127,6 +125,13 @@ module mod_p3dgrid
       p3d_contract_numrstrtvar(30) = 0
   integer(c_int), public, bind(c, name='_ZN12mod_gridvars11readallvarsE') :: &
       p3d_contract_readallvars = 0
+
+  ! An array that the library reads or fills. An absent or empty one has no address.
+  type, bind(c) :: given_array
+    type(c_ptr) :: address = c_null_ptr
+    integer(c_int64_t) :: extents(2) = 0
+    integer(c_int) :: real_bytes = 0  ! 4 or 8; 0 for integers
+  end type
 
   ! Procedures of this module that the library calls. An allocatable passes through the library as
   ! the address of its descriptor, which the library does not read.
@@ -227,19 +232,13 @@ module mod_p3dgrid
       integer(c_int), intent(inout), optional :: npoints
     end subroutine
 
-    ! `real_bytes` is the kind of the reals, and `shape` the shape of the array before it.
-    subroutine library_writep3dgrid(filename, length, iformat, dblprec, nblocks, ndim, real_bytes, &
-        xyz, shape, idim, jdim, kdim, sizes, iblank, blanking_size, useiblank, multiblock) &
-        bind(c, name='mod_p3dgrid_writep3dgrid')
+    subroutine library_writep3dgrid(filename, length, iformat, dblprec, nblocks, ndim, xyz, &
+        extents, iblank, useiblank, multiblock) bind(c, name='mod_p3dgrid_writep3dgrid')
       import
       character(c_char), intent(in) :: filename(*)
       integer(c_size_t), value :: length
-      integer(c_int), value :: iformat, dblprec, nblocks, ndim, real_bytes, useiblank, multiblock
-      type(*), intent(in) :: xyz(*)
-      integer(c_int64_t), intent(in) :: shape(2), sizes(3)
-      integer(c_int), intent(in) :: idim(*), jdim(*), kdim(*)
-      integer(c_int), intent(in), optional :: iblank(*)
-      integer(c_int64_t), value :: blanking_size
+      integer(c_int), value :: iformat, dblprec, nblocks, ndim, useiblank, multiblock
+      type(given_array), intent(in) :: xyz, iblank, extents(3)
     end subroutine
 
     subroutine library_readrestartheader(filename, length, iformat, dblprec, nblocks, rsttype, &
@@ -261,14 +260,13 @@ module mod_p3dgrid
       integer(c_int), allocatable, intent(inout) :: idim(:), jdim(:), kdim(:)
     end subroutine
 
-    subroutine library_writerestartheader(filename, length, iformat, dblprec, nblocks, idim, jdim, &
-        kdim, sizes, rsttype, multiblock) bind(c, name='mod_p3dgrid_writerestartheader')
+    subroutine library_writerestartheader(filename, length, iformat, dblprec, nblocks, extents, &
+        rsttype, multiblock) bind(c, name='mod_p3dgrid_writerestartheader')
       import
       character(c_char), intent(in) :: filename(*)
       integer(c_size_t), value :: length
       integer(c_int), value :: iformat, dblprec, nblocks, rsttype, multiblock
-      integer(c_int), intent(in) :: idim(*), jdim(*), kdim(*)
-      integer(c_int64_t), intent(in) :: sizes(3)
+      type(given_array), intent(in) :: extents(3)
     end subroutine
 
     subroutine library_checkp3drstrtheader(gridfile, grid_length, gridformat, rstfile, rst_length, &
@@ -280,100 +278,73 @@ module mod_p3dgrid
     end subroutine
 
     subroutine library_readp3drestart_single(filename, length, iformat, dblprec, nblocks, &
-        blockpoints, points_size, varvalues, auxvalues, idim, jdim, kdim, sizes, rsttype, &
-        multiblock) bind(c, name='mod_p3dgrid_readp3drestart_single')
+        blockpoints, varvalues, auxvalues, extents, rsttype, multiblock) &
+        bind(c, name='mod_p3dgrid_readp3drestart_single')
       import
       character(c_char), intent(in) :: filename(*)
       integer(c_size_t), value :: length
       integer(c_int), value :: iformat, dblprec, nblocks, rsttype, multiblock
-      integer(c_int), intent(in), optional :: blockpoints(*)
-      integer(c_int64_t), value :: points_size
       real(c_float), allocatable, intent(inout) :: varvalues(:, :), auxvalues(:, :)
-      integer(c_int), intent(in) :: idim(*), jdim(*), kdim(*)
-      integer(c_int64_t), intent(in) :: sizes(3)
+      type(given_array), intent(in) :: blockpoints, extents(3)
     end subroutine
 
     subroutine library_readp3drestart_double(filename, length, iformat, dblprec, nblocks, &
-        blockpoints, points_size, varvalues, auxvalues, idim, jdim, kdim, sizes, rsttype, &
-        multiblock) bind(c, name='mod_p3dgrid_readp3drestart_double')
+        blockpoints, varvalues, auxvalues, extents, rsttype, multiblock) &
+        bind(c, name='mod_p3dgrid_readp3drestart_double')
       import
       character(c_char), intent(in) :: filename(*)
       integer(c_size_t), value :: length
       integer(c_int), value :: iformat, dblprec, nblocks, rsttype, multiblock
-      integer(c_int), intent(in), optional :: blockpoints(*)
-      integer(c_int64_t), value :: points_size
       real(c_double), allocatable, intent(inout) :: varvalues(:, :), auxvalues(:, :)
-      integer(c_int), intent(in) :: idim(*), jdim(*), kdim(*)
-      integer(c_int64_t), intent(in) :: sizes(3)
+      type(given_array), intent(in) :: blockpoints, extents(3)
     end subroutine
 
     subroutine library_writep3drestart(filename, length, iformat, dblprec, nparamrows, nblocks, &
-        real_bytes, varvalues, shape, auxvalues, aux_shape, idim, jdim, kdim, sizes, rsttype, &
-        multiblock) bind(c, name='mod_p3dgrid_writep3drestart')
+        varvalues, auxvalues, extents, rsttype, multiblock) &
+        bind(c, name='mod_p3dgrid_writep3drestart')
       import
       character(c_char), intent(in) :: filename(*)
       integer(c_size_t), value :: length
-      integer(c_int), value :: iformat, dblprec, nparamrows, nblocks, real_bytes, rsttype, &
-          multiblock
-      type(*), intent(in) :: varvalues(*)
-      type(*), intent(in), optional :: auxvalues(*)
-      integer(c_int64_t), intent(in) :: shape(2), aux_shape(2), sizes(3)
-      integer(c_int), intent(in) :: idim(*), jdim(*), kdim(*)
+      integer(c_int), value :: iformat, dblprec, nparamrows, nblocks, rsttype, multiblock
+      type(given_array), intent(in) :: varvalues, auxvalues, extents(3)
     end subroutine
 
     subroutine library_readnextp3dvar(ivar, filename, length, iformat, dblprec, nblocks, &
-        blockpoints, points_size, real_bytes, varvalues, shape, idim, jdim, kdim, sizes, rsttype, &
-        multiblock) bind(c, name='mod_p3dgrid_readnextp3dvar')
+        blockpoints, varvalues, extents, rsttype, multiblock) &
+        bind(c, name='mod_p3dgrid_readnextp3dvar')
       import
       character(c_char), intent(in) :: filename(*)
       integer(c_size_t), value :: length
-      integer(c_int), value :: ivar, iformat, dblprec, nblocks, real_bytes, rsttype, multiblock
-      integer(c_int), intent(in) :: blockpoints(*)
-      integer(c_int64_t), value :: points_size
-      type(*) :: varvalues(*)
-      integer(c_int64_t), intent(in) :: shape(2), sizes(3)
-      integer(c_int), intent(in) :: idim(*), jdim(*), kdim(*)
+      integer(c_int), value :: ivar, iformat, dblprec, nblocks, rsttype, multiblock
+      type(given_array), intent(in) :: varvalues, blockpoints, extents(3)
     end subroutine
 
     subroutine library_writenextp3dvar(ivar, prefix, length, dblprec, nblocks, blockpoints, &
-        points_size, real_bytes, varvalues, shape, idim, jdim, kdim, sizes) &
-        bind(c, name='mod_p3dgrid_writenextp3dvar')
+        varvalues, extents) bind(c, name='mod_p3dgrid_writenextp3dvar')
       import
       character(c_char), intent(in) :: prefix(*)
       integer(c_size_t), value :: length
-      integer(c_int), value :: ivar, dblprec, nblocks, real_bytes
-      integer(c_int), intent(in), optional :: blockpoints(*)
-      integer(c_int64_t), value :: points_size
-      type(*), intent(in) :: varvalues(*)
-      integer(c_int64_t), intent(in) :: shape(2), sizes(3)
-      integer(c_int), intent(in) :: idim(*), jdim(*), kdim(*)
+      integer(c_int), value :: ivar, dblprec, nblocks
+      type(given_array), intent(in) :: varvalues, blockpoints, extents(3)
     end subroutine
 
-    subroutine library_combinep3dvarfiles(real_bytes, leadvalues, shape, filename, length, &
-        iformat, dblprec, nparamrows, nblocks, idim, jdim, kdim, sizes, rsttype, multiblock) &
+    subroutine library_combinep3dvarfiles(leadvalues, filename, length, iformat, dblprec, &
+        nparamrows, nblocks, extents, rsttype, multiblock) &
         bind(c, name='mod_p3dgrid_combinep3dvarfiles')
       import
-      integer(c_int), value :: real_bytes, iformat, dblprec, nparamrows, nblocks, rsttype, &
-          multiblock
-      type(*), intent(in) :: leadvalues(*)
-      integer(c_int64_t), intent(in) :: shape(2), sizes(3)
+      integer(c_int), value :: iformat, dblprec, nparamrows, nblocks, rsttype, multiblock
       character(c_char), intent(in) :: filename(*)
       integer(c_size_t), value :: length
-      integer(c_int), intent(in) :: idim(*), jdim(*), kdim(*)
+      type(given_array), intent(in) :: leadvalues, extents(3)
     end subroutine
 
-    subroutine library_writetecplotfile_p3d(filename, length, nblocks, xyz, shape, qvar, &
-        flow_shape, idim, jdim, kdim, sizes, iblank, blanking_size, useiblank) &
-        bind(c, name='mod_p3dgrid_writetecplotfile_p3d')
+    subroutine library_writetecplotfile_p3d(filename, length, nblocks, xyz, qvar, extents, iblank, &
+        useiblank) bind(c, name='mod_p3dgrid_writetecplotfile_p3d')
       import
       character(c_char), intent(in) :: filename(*)
       integer(c_size_t), value :: length
       integer(c_int), value :: nblocks, useiblank
-      real(c_double), intent(in) :: xyz(*), qvar(*)
-      integer(c_int64_t), intent(in) :: shape(2), flow_shape(2), sizes(3)
-      integer(c_int), intent(in) :: idim(*), jdim(*), kdim(*)
-      integer(c_int), intent(in), optional :: iblank(*)
-      integer(c_int64_t), value :: blanking_size
+      type(given_array), intent(in) :: xyz, qvar, iblank, extents(3)
     end subroutine
 
     subroutine library_use_handlers(paths, coding, run_end) bind(c, name='mod_p3dgrid_use_handlers')
@@ -477,13 +448,13 @@ contains
     character(*), intent(in) :: filename
     integer, intent(in) :: iformat, nblocks, ndim
     logical, intent(in) :: dblprec, useiblank, multiblock
-    real(real32), contiguous, intent(in) :: xyz(:, :)
-    integer, contiguous, intent(in) :: idim(:), jdim(:), kdim(:)
-    integer, contiguous, intent(in), optional :: iblank(:)
+    real(real32), contiguous, target, intent(in) :: xyz(:, :)
+    integer, contiguous, target, intent(in) :: idim(:), jdim(:), kdim(:)
+    integer, contiguous, target, intent(in), optional :: iblank(:)
     call to_library()
     call library_writep3dgrid(filename, len(filename, c_size_t), iformat, bits(dblprec), nblocks, &
-        ndim, single, xyz, shape(xyz, c_int64_t), idim, jdim, kdim, sizes(idim, jdim, kdim), &
-        iblank, entries(iblank), bits(useiblank), bits(multiblock))
+        ndim, singles(xyz), extents_of(idim, jdim, kdim), integers(iblank), bits(useiblank), &
+        bits(multiblock))
     call to_host()
   end subroutine
 
@@ -492,13 +463,13 @@ contains
     character(*), intent(in) :: filename
     integer, intent(in) :: iformat, nblocks, ndim
     logical, intent(in) :: dblprec, useiblank, multiblock
-    real(real64), contiguous, intent(in) :: xyz(:, :)
-    integer, contiguous, intent(in) :: idim(:), jdim(:), kdim(:)
-    integer, contiguous, intent(in), optional :: iblank(:)
+    real(real64), contiguous, target, intent(in) :: xyz(:, :)
+    integer, contiguous, target, intent(in) :: idim(:), jdim(:), kdim(:)
+    integer, contiguous, target, intent(in), optional :: iblank(:)
     call to_library()
     call library_writep3dgrid(filename, len(filename, c_size_t), iformat, bits(dblprec), nblocks, &
-        ndim, double, xyz, shape(xyz, c_int64_t), idim, jdim, kdim, sizes(idim, jdim, kdim), &
-        iblank, entries(iblank), bits(useiblank), bits(multiblock))
+        ndim, doubles(xyz), extents_of(idim, jdim, kdim), integers(iblank), bits(useiblank), &
+        bits(multiblock))
     call to_host()
   end subroutine
 
@@ -526,10 +497,10 @@ contains
     character(*), intent(in) :: filename
     integer, intent(in) :: iformat, nblocks, rsttype
     logical, intent(in) :: dblprec, multiblock
-    integer, contiguous, intent(in) :: idim(:), jdim(:), kdim(:)
+    integer, contiguous, target, intent(in) :: idim(:), jdim(:), kdim(:)
     call to_library()
     call library_writerestartheader(filename, len(filename, c_size_t), iformat, bits(dblprec), &
-        nblocks, idim, jdim, kdim, sizes(idim, jdim, kdim), rsttype, bits(multiblock))
+        nblocks, extents_of(idim, jdim, kdim), rsttype, bits(multiblock))
     call to_host()
   end subroutine
 
@@ -550,13 +521,13 @@ contains
     character(*), intent(in) :: filename
     integer, intent(in) :: iformat, nblocks, rsttype
     logical, intent(in) :: dblprec, multiblock
-    integer, contiguous, intent(in), optional :: blockpoints(:)
+    integer, contiguous, target, intent(in), optional :: blockpoints(:)
     real(real32), allocatable, intent(inout) :: varvalues(:, :), auxvalues(:, :)
-    integer, contiguous, intent(in) :: idim(:), jdim(:), kdim(:)
+    integer, contiguous, target, intent(in) :: idim(:), jdim(:), kdim(:)
     call to_library()
     call library_readp3drestart_single(filename, len(filename, c_size_t), iformat, bits(dblprec), &
-        nblocks, blockpoints, entries(blockpoints), varvalues, auxvalues, idim, jdim, kdim, &
-        sizes(idim, jdim, kdim), rsttype, bits(multiblock))
+        nblocks, integers(blockpoints), varvalues, auxvalues, extents_of(idim, jdim, kdim), &
+        rsttype, bits(multiblock))
     call to_host()
   end subroutine
 
@@ -565,13 +536,13 @@ contains
     character(*), intent(in) :: filename
     integer, intent(in) :: iformat, nblocks, rsttype
     logical, intent(in) :: dblprec, multiblock
-    integer, contiguous, intent(in), optional :: blockpoints(:)
+    integer, contiguous, target, intent(in), optional :: blockpoints(:)
     real(real64), allocatable, intent(inout) :: varvalues(:, :), auxvalues(:, :)
-    integer, contiguous, intent(in) :: idim(:), jdim(:), kdim(:)
+    integer, contiguous, target, intent(in) :: idim(:), jdim(:), kdim(:)
     call to_library()
     call library_readp3drestart_double(filename, len(filename, c_size_t), iformat, bits(dblprec), &
-        nblocks, blockpoints, entries(blockpoints), varvalues, auxvalues, idim, jdim, kdim, &
-        sizes(idim, jdim, kdim), rsttype, bits(multiblock))
+        nblocks, integers(blockpoints), varvalues, auxvalues, extents_of(idim, jdim, kdim), &
+        rsttype, bits(multiblock))
     call to_host()
   end subroutine
 
@@ -581,16 +552,13 @@ contains
     character(*), intent(in) :: filename
     integer, intent(in) :: iformat, nparamrows, nblocks, rsttype
     logical, intent(in) :: dblprec, multiblock
-    real(real32), contiguous, intent(in) :: varvalues(:, :)
-    real(real32), contiguous, intent(in), optional :: auxvalues(:, :)
-    integer, contiguous, intent(in) :: idim(:), jdim(:), kdim(:)
-    integer(c_int64_t) :: aux_shape(2)
-    aux_shape = 0
-    if (present(auxvalues)) aux_shape = shape(auxvalues, c_int64_t)
+    real(real32), contiguous, target, intent(in) :: varvalues(:, :)
+    real(real32), contiguous, target, intent(in), optional :: auxvalues(:, :)
+    integer, contiguous, target, intent(in) :: idim(:), jdim(:), kdim(:)
     call to_library()
     call library_writep3drestart(filename, len(filename, c_size_t), iformat, bits(dblprec), &
-        nparamrows, nblocks, single, varvalues, shape(varvalues, c_int64_t), auxvalues, aux_shape, &
-        idim, jdim, kdim, sizes(idim, jdim, kdim), rsttype, bits(multiblock))
+        nparamrows, nblocks, singles(varvalues), singles(auxvalues), extents_of(idim, jdim, kdim), &
+        rsttype, bits(multiblock))
     call to_host()
   end subroutine
 
@@ -599,16 +567,13 @@ contains
     character(*), intent(in) :: filename
     integer, intent(in) :: iformat, nparamrows, nblocks, rsttype
     logical, intent(in) :: dblprec, multiblock
-    real(real64), contiguous, intent(in) :: varvalues(:, :)
-    real(real64), contiguous, intent(in), optional :: auxvalues(:, :)
-    integer, contiguous, intent(in) :: idim(:), jdim(:), kdim(:)
-    integer(c_int64_t) :: aux_shape(2)
-    aux_shape = 0
-    if (present(auxvalues)) aux_shape = shape(auxvalues, c_int64_t)
+    real(real64), contiguous, target, intent(in) :: varvalues(:, :)
+    real(real64), contiguous, target, intent(in), optional :: auxvalues(:, :)
+    integer, contiguous, target, intent(in) :: idim(:), jdim(:), kdim(:)
     call to_library()
     call library_writep3drestart(filename, len(filename, c_size_t), iformat, bits(dblprec), &
-        nparamrows, nblocks, double, varvalues, shape(varvalues, c_int64_t), auxvalues, aux_shape, &
-        idim, jdim, kdim, sizes(idim, jdim, kdim), rsttype, bits(multiblock))
+        nparamrows, nblocks, doubles(varvalues), doubles(auxvalues), extents_of(idim, jdim, kdim), &
+        rsttype, bits(multiblock))
     call to_host()
   end subroutine
 
@@ -617,13 +582,12 @@ contains
     character(*), intent(in) :: filename
     integer, intent(in) :: ivar, iformat, nblocks, rsttype
     logical, intent(in) :: dblprec, multiblock
-    integer, contiguous, intent(in) :: blockpoints(:)
-    real(real32), contiguous, intent(inout) :: varvalues(:, :)
-    integer, contiguous, intent(in) :: idim(:), jdim(:), kdim(:)
+    integer, contiguous, target, intent(in) :: blockpoints(:)
+    real(real32), contiguous, target, intent(inout) :: varvalues(:, :)
+    integer, contiguous, target, intent(in) :: idim(:), jdim(:), kdim(:)
     call to_library()
     call library_readnextp3dvar(ivar, filename, len(filename, c_size_t), iformat, bits(dblprec), &
-        nblocks, blockpoints, entries(blockpoints), single, varvalues, &
-        shape(varvalues, c_int64_t), idim, jdim, kdim, sizes(idim, jdim, kdim), rsttype, &
+        nblocks, integers(blockpoints), singles(varvalues), extents_of(idim, jdim, kdim), rsttype, &
         bits(multiblock))
     call to_host()
   end subroutine
@@ -633,13 +597,12 @@ contains
     character(*), intent(in) :: filename
     integer, intent(in) :: ivar, iformat, nblocks, rsttype
     logical, intent(in) :: dblprec, multiblock
-    integer, contiguous, intent(in) :: blockpoints(:)
-    real(real64), contiguous, intent(inout) :: varvalues(:, :)
-    integer, contiguous, intent(in) :: idim(:), jdim(:), kdim(:)
+    integer, contiguous, target, intent(in) :: blockpoints(:)
+    real(real64), contiguous, target, intent(inout) :: varvalues(:, :)
+    integer, contiguous, target, intent(in) :: idim(:), jdim(:), kdim(:)
     call to_library()
     call library_readnextp3dvar(ivar, filename, len(filename, c_size_t), iformat, bits(dblprec), &
-        nblocks, blockpoints, entries(blockpoints), double, varvalues, &
-        shape(varvalues, c_int64_t), idim, jdim, kdim, sizes(idim, jdim, kdim), rsttype, &
+        nblocks, integers(blockpoints), doubles(varvalues), extents_of(idim, jdim, kdim), rsttype, &
         bits(multiblock))
     call to_host()
   end subroutine
@@ -649,13 +612,12 @@ contains
     character(*), intent(in) :: prefix
     integer, intent(in) :: ivar, nblocks
     logical, intent(in) :: dblprec
-    integer, contiguous, intent(in), optional :: blockpoints(:)
-    real(real32), contiguous, intent(in) :: varvalues(:, :)
-    integer, contiguous, intent(in) :: idim(:), jdim(:), kdim(:)
+    integer, contiguous, target, intent(in), optional :: blockpoints(:)
+    real(real32), contiguous, target, intent(in) :: varvalues(:, :)
+    integer, contiguous, target, intent(in) :: idim(:), jdim(:), kdim(:)
     call to_library()
     call library_writenextp3dvar(ivar, prefix, len(prefix, c_size_t), bits(dblprec), nblocks, &
-        blockpoints, entries(blockpoints), single, varvalues, shape(varvalues, c_int64_t), idim, &
-        jdim, kdim, sizes(idim, jdim, kdim))
+        integers(blockpoints), singles(varvalues), extents_of(idim, jdim, kdim))
     call to_host()
   end subroutine
 
@@ -664,55 +626,53 @@ contains
     character(*), intent(in) :: prefix
     integer, intent(in) :: ivar, nblocks
     logical, intent(in) :: dblprec
-    integer, contiguous, intent(in), optional :: blockpoints(:)
-    real(real64), contiguous, intent(in) :: varvalues(:, :)
-    integer, contiguous, intent(in) :: idim(:), jdim(:), kdim(:)
+    integer, contiguous, target, intent(in), optional :: blockpoints(:)
+    real(real64), contiguous, target, intent(in) :: varvalues(:, :)
+    integer, contiguous, target, intent(in) :: idim(:), jdim(:), kdim(:)
     call to_library()
     call library_writenextp3dvar(ivar, prefix, len(prefix, c_size_t), bits(dblprec), nblocks, &
-        blockpoints, entries(blockpoints), double, varvalues, shape(varvalues, c_int64_t), idim, &
-        jdim, kdim, sizes(idim, jdim, kdim))
+        integers(blockpoints), doubles(varvalues), extents_of(idim, jdim, kdim))
     call to_host()
   end subroutine
 
   subroutine combinep3dvarfiles_single(leadvalues, filename, iformat, dblprec, nparamrows, &
       nblocks, idim, jdim, kdim, rsttype, multiblock)
-    real(real32), contiguous, intent(in) :: leadvalues(:, :)
+    real(real32), contiguous, target, intent(in) :: leadvalues(:, :)
     character(*), intent(in) :: filename
     integer, intent(in) :: iformat, nparamrows, nblocks, rsttype
     logical, intent(in) :: dblprec, multiblock
-    integer, contiguous, intent(in) :: idim(:), jdim(:), kdim(:)
+    integer, contiguous, target, intent(in) :: idim(:), jdim(:), kdim(:)
     call to_library()
-    call library_combinep3dvarfiles(single, leadvalues, shape(leadvalues, c_int64_t), filename, &
-        len(filename, c_size_t), iformat, bits(dblprec), nparamrows, nblocks, idim, jdim, kdim, &
-        sizes(idim, jdim, kdim), rsttype, bits(multiblock))
+    call library_combinep3dvarfiles(singles(leadvalues), filename, len(filename, c_size_t), &
+        iformat, bits(dblprec), nparamrows, nblocks, extents_of(idim, jdim, kdim), rsttype, &
+        bits(multiblock))
     call to_host()
   end subroutine
 
   subroutine combinep3dvarfiles_double(leadvalues, filename, iformat, dblprec, nparamrows, &
       nblocks, idim, jdim, kdim, rsttype, multiblock)
-    real(real64), contiguous, intent(in) :: leadvalues(:, :)
+    real(real64), contiguous, target, intent(in) :: leadvalues(:, :)
     character(*), intent(in) :: filename
     integer, intent(in) :: iformat, nparamrows, nblocks, rsttype
     logical, intent(in) :: dblprec, multiblock
-    integer, contiguous, intent(in) :: idim(:), jdim(:), kdim(:)
+    integer, contiguous, target, intent(in) :: idim(:), jdim(:), kdim(:)
     call to_library()
-    call library_combinep3dvarfiles(double, leadvalues, shape(leadvalues, c_int64_t), filename, &
-        len(filename, c_size_t), iformat, bits(dblprec), nparamrows, nblocks, idim, jdim, kdim, &
-        sizes(idim, jdim, kdim), rsttype, bits(multiblock))
+    call library_combinep3dvarfiles(doubles(leadvalues), filename, len(filename, c_size_t), &
+        iformat, bits(dblprec), nparamrows, nblocks, extents_of(idim, jdim, kdim), rsttype, &
+        bits(multiblock))
     call to_host()
   end subroutine
 
   subroutine writetecplotfile_p3d(filename, nblocks, xyz, qvar, idim, jdim, kdim, iblank, useiblank)
     character(*), intent(in) :: filename
     integer, intent(in) :: nblocks
-    real(real64), contiguous, intent(in) :: xyz(:, :), qvar(:, :)
-    integer, contiguous, intent(in) :: idim(:), jdim(:), kdim(:)
-    integer, contiguous, intent(in), optional :: iblank(:)
+    real(real64), contiguous, target, intent(in) :: xyz(:, :), qvar(:, :)
+    integer, contiguous, target, intent(in) :: idim(:), jdim(:), kdim(:)
+    integer, contiguous, target, intent(in), optional :: iblank(:)
     logical, intent(in) :: useiblank
     call to_library()
-    call library_writetecplotfile_p3d(filename, len(filename, c_size_t), nblocks, xyz, &
-        shape(xyz, c_int64_t), qvar, shape(qvar, c_int64_t), idim, jdim, kdim, &
-        sizes(idim, jdim, kdim), iblank, entries(iblank), bits(useiblank))
+    call library_writetecplotfile_p3d(filename, len(filename, c_size_t), nblocks, doubles(xyz), &
+        doubles(qvar), extents_of(idim, jdim, kdim), integers(iblank), bits(useiblank))
     call to_host()
   end subroutine
 
@@ -806,16 +766,36 @@ contains
     bits = merge(1_c_int, 0_c_int, flag)
   end function
 
-  pure integer(c_int64_t) function entries(array)
-    integer, intent(in), optional :: array(:)
-    entries = 0
-    if (present(array)) entries = size(array, kind=c_int64_t)
+  function integers(array) result(one)
+    integer, contiguous, target, optional :: array(:)
+    type(given_array) :: one
+    if (.not. present(array)) return
+    one%extents(1) = size(array, kind=c_int64_t)
+    if (one%extents(1) > 0) one%address = c_loc(array)
   end function
 
-  pure function sizes(idim, jdim, kdim)
-    integer, intent(in) :: idim(:), jdim(:), kdim(:)
-    integer(c_int64_t) :: sizes(3)
-    sizes = [entries(idim), entries(jdim), entries(kdim)]
+  function singles(array) result(one)
+    real(real32), contiguous, target, optional :: array(:, :)
+    type(given_array) :: one
+    if (.not. present(array)) return
+    one%extents = shape(array, c_int64_t)
+    if (product(one%extents) > 0) one%address = c_loc(array)
+    one%real_bytes = 4
+  end function
+
+  function doubles(array) result(one)
+    real(real64), contiguous, target, optional :: array(:, :)
+    type(given_array) :: one
+    if (.not. present(array)) return
+    one%extents = shape(array, c_int64_t)
+    if (product(one%extents) > 0) one%address = c_loc(array)
+    one%real_bytes = 8
+  end function
+
+  function extents_of(idim, jdim, kdim) result(all)
+    integer, contiguous, target :: idim(:), jdim(:), kdim(:)
+    type(given_array) :: all(3)
+    all = [integers(idim), integers(jdim), integers(kdim)]
   end function
 
   function fortran_text(address, length) result(text)

@@ -177,16 +177,15 @@ void readp3dgridheader(const FileName& filename, integer iformat, integer& nbloc
 /// extents require, negative extents and blocks of more points than 32 bits count are fatal errors;
 /// the file is not touched then.
 void writep3dgrid(const FileName& filename, integer iformat, logical dblprec, integer nblocks,
-                  integer ndim, array_view<const float, 2> xyz, array_view<const integer, 1> idim,
-                  array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
-                  array_view<const integer, 1> iblank, logical useiblank, logical multiblock);
+                  integer ndim, array_view<const float, 2> xyz, integer_view idim,
+                  integer_view jdim, integer_view kdim, integer_view iblank, logical useiblank,
+                  logical multiblock);
 
 /// The same with coordinates in double precision.
 void writep3dgrid(const FileName& filename, integer iformat, logical dblprec, integer nblocks,
-                  integer ndim, array_argument<const double, 2> xyz,
-                  array_view<const integer, 1> idim, array_view<const integer, 1> jdim,
-                  array_view<const integer, 1> kdim, array_view<const integer, 1> iblank,
-                  logical useiblank, logical multiblock);
+                  integer ndim, array_argument<const double, 2> xyz, integer_view idim,
+                  integer_view jdim, integer_view kdim, integer_view iblank, logical useiblank,
+                  logical multiblock);
 
 // clang-format off
 /// @name Restart files
@@ -241,8 +240,8 @@ void readrestartheader(const FileName& filename, integer iformat, logical dblpre
 /// cannot be written: the run is halted with "TALVEN Writer not implimented!". An existing file
 /// then keeps every byte, and also if the layout has no header and no body follows.
 void writerestartheader(const FileName& filename, integer iformat, logical dblprec, integer nblocks,
-                        array_view<const integer, 1> idim, array_view<const integer, 1> jdim,
-                        array_view<const integer, 1> kdim, integer rsttype, logical multiblock);
+                        integer_view idim, integer_view jdim, integer_view kdim, integer rsttype,
+                        logical multiblock);
 
 /// Checks that a restart file belongs to a grid: reads both headers, compares the block counts
 /// (with `multiblock`) and the extents of each block, prints every difference and halts the run if
@@ -289,19 +288,17 @@ void checkp3drstrtheader(const FileName& gridfile, integer gridformat, const Fil
 ///   the host returns, the triplets arrive.
 /// - Text with `itimeint` of 2 or more cannot be read: its older time levels are read as records.
 void readp3drestart(const FileName& filename, integer iformat, logical dblprec, integer nblocks,
-                    array_view<const integer, 1> blockpoints, allocatable<float, 2>& varvalues,
-                    allocatable<float, 2>& auxvalues, array_view<const integer, 1> idim,
-                    array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
-                    integer rsttype, logical multiblock);
+                    integer_view blockpoints, allocatable<float, 2>& varvalues,
+                    allocatable<float, 2>& auxvalues, integer_view idim, integer_view jdim,
+                    integer_view kdim, integer rsttype, logical multiblock);
 
 /// The same with flow in double precision. The quirks of double-precision files above are those of
 /// single-precision files here, because these pass through staging arrays. Triplets of layout 100
 /// in double precision are read correctly.
 void readp3drestart(const FileName& filename, integer iformat, logical dblprec, integer nblocks,
-                    array_view<const integer, 1> blockpoints, allocatable<double, 2>& varvalues,
-                    allocatable<double, 2>& auxvalues, array_view<const integer, 1> idim,
-                    array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
-                    integer rsttype, logical multiblock);
+                    integer_view blockpoints, allocatable<double, 2>& varvalues,
+                    allocatable<double, 2>& auxvalues, integer_view idim, integer_view jdim,
+                    integer_view kdim, integer rsttype, logical multiblock);
 
 /// Writes a whole restart file. Unit 301 stays open and the file is incomplete until the host calls
 /// `p3dcloseunit(301)` or the run ends. Unit 201 is closed.
@@ -319,16 +316,14 @@ void readp3drestart(const FileName& filename, integer iformat, logical dblprec, 
 /// fatal errors; the file is not touched then.
 void writep3drestart(const FileName& filename, integer iformat, logical dblprec, integer nparamrows,
                      integer nblocks, array_view<const float, 2> varvalues,
-                     array_view<const float, 2> auxvalues, array_view<const integer, 1> idim,
-                     array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
-                     integer rsttype, logical multiblock);
+                     array_view<const float, 2> auxvalues, integer_view idim, integer_view jdim,
+                     integer_view kdim, integer rsttype, logical multiblock);
 
 /// The same with flow in double precision.
 void writep3drestart(const FileName& filename, integer iformat, logical dblprec, integer nparamrows,
                      integer nblocks, array_argument<const double, 2> varvalues,
-                     array_view<const double, 2> auxvalues, array_view<const integer, 1> idim,
-                     array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
-                     integer rsttype, logical multiblock);
+                     array_view<const double, 2> auxvalues, integer_view idim, integer_view jdim,
+                     integer_view kdim, integer rsttype, logical multiblock);
 
 /// @}
 
@@ -358,17 +353,15 @@ void writep3drestart(const FileName& filename, integer iformat, logical dblprec,
 /// arrays allocated, which the next call reports to `checkallocationerror`. Invalid variable
 /// numbers and arrays that are too small are fatal errors.
 void readnextp3dvar(integer ivar, const FileName& filename, integer iformat, logical dblprec,
-                    integer nblocks, array_view<const integer, 1> blockpoints,
-                    array_view<float, 2> varvalues, array_view<const integer, 1> idim,
-                    array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
-                    integer rsttype, logical multiblock);
+                    integer nblocks, integer_view blockpoints, array_view<float, 2> varvalues,
+                    integer_view idim, integer_view jdim, integer_view kdim, integer rsttype,
+                    logical multiblock);
 
 /// The same with flow in double precision.
 void readnextp3dvar(integer ivar, const FileName& filename, integer iformat, logical dblprec,
-                    integer nblocks, array_view<const integer, 1> blockpoints,
-                    array_argument<double, 2> varvalues, array_view<const integer, 1> idim,
-                    array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
-                    integer rsttype, logical multiblock);
+                    integer nblocks, integer_view blockpoints, array_argument<double, 2> varvalues,
+                    integer_view idim, integer_view jdim, integer_view kdim, integer rsttype,
+                    logical multiblock);
 
 /// Writes one variable to a temporary file: an unformatted record per block.
 /// @param ivar         number of the variable, 1 to 15; any other is a fatal error
@@ -382,15 +375,13 @@ void readnextp3dvar(integer ivar, const FileName& filename, integer iformat, log
 /// `tmpfile(ivar)` is set to the name before the first message, and to blanks if the file cannot be
 /// created. The file is complete and closed on return.
 void writenextp3dvar(integer ivar, const FileName& prefix, logical dblprec, integer nblocks,
-                     array_view<const integer, 1> blockpoints, array_view<const float, 2> varvalues,
-                     array_view<const integer, 1> idim, array_view<const integer, 1> jdim,
-                     array_view<const integer, 1> kdim);
+                     integer_view blockpoints, array_view<const float, 2> varvalues,
+                     integer_view idim, integer_view jdim, integer_view kdim);
 
 /// The same with flow in double precision. `blockpoints` is used only without `dblprec`.
 void writenextp3dvar(integer ivar, const FileName& prefix, logical dblprec, integer nblocks,
-                     array_view<const integer, 1> blockpoints,
-                     array_argument<const double, 2> varvalues, array_view<const integer, 1> idim,
-                     array_view<const integer, 1> jdim, array_view<const integer, 1> kdim);
+                     integer_view blockpoints, array_argument<const double, 2> varvalues,
+                     integer_view idim, integer_view jdim, integer_view kdim);
 
 /// Combines the temporary files `tmpfile(1)` to `tmpfile(n)`, n being the sum of `numrstrtvar`, to
 /// a restart file, and deletes them. Memory: one block of all variables.
@@ -409,14 +400,14 @@ void writenextp3dvar(integer ivar, const FileName& prefix, logical dblprec, inte
 /// Sections with variables above `numrstrtvar(1)` are written too.
 void combinep3dvarfiles(array_view<const float, 2> leadvalues, const FileName& filename,
                         integer iformat, logical dblprec, integer nparamrows, integer nblocks,
-                        array_view<const integer, 1> idim, array_view<const integer, 1> jdim,
-                        array_view<const integer, 1> kdim, integer rsttype, logical multiblock);
+                        integer_view idim, integer_view jdim, integer_view kdim, integer rsttype,
+                        logical multiblock);
 
 /// The same with triplets in double precision. Text shows all digits of the temporary files.
 void combinep3dvarfiles(array_argument<const double, 2> leadvalues, const FileName& filename,
                         integer iformat, logical dblprec, integer nparamrows, integer nblocks,
-                        array_view<const integer, 1> idim, array_view<const integer, 1> jdim,
-                        array_view<const integer, 1> kdim, integer rsttype, logical multiblock);
+                        integer_view idim, integer_view jdim, integer_view kdim, integer rsttype,
+                        logical multiblock);
 
 /// @}
 
@@ -438,9 +429,8 @@ void combinep3dvarfiles(array_argument<const double, 2> leadvalues, const FileNa
 /// not touched then.
 void writetecplotfile_p3d(const FileName& filename, integer nblocks,
                           array_view<const double, 2> xyz, array_view<const double, 2> qvar,
-                          array_view<const integer, 1> idim, array_view<const integer, 1> jdim,
-                          array_view<const integer, 1> kdim, array_view<const integer, 1> iblank,
-                          logical useiblank);
+                          integer_view idim, integer_view jdim, integer_view kdim,
+                          integer_view iblank, logical useiblank);
 
 }  // namespace mod_p3dgrid
 

@@ -136,10 +136,6 @@ Grid cylinder_grid() {
   return grid;
 }
 
-Grid upper_half(const Grid& cylinder) {
-  return {.blocks = {cylinder.blocks.front()}};
-}
-
 Solution cylinder_solution(const Grid& grid) {
   Solution solution{.run = last_step};
   for (const Block& block : grid.blocks) {

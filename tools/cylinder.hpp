@@ -16,9 +16,6 @@ namespace p3dgrid::tool {
 /// the finer grid, and 1 elsewhere.
 [[nodiscard]] Grid cylinder_grid();
 
-/// Block 1 of that grid.
-[[nodiscard]] Grid upper_half(const Grid& cylinder);
-
 /// The five variables of a solution file: density, the three components of momentum, and stagnation
 /// energy per volume. With them step and flow parameters, and the velocity as triplets.
 ///

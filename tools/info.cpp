@@ -33,11 +33,16 @@ constexpr Usage info_usage = {.command_line = "p3dgrid info RESTART --grid GRID"
 
 GridReport report_on(const InfoOptions& options, const Found& found) {
   const std::string& path = options.input.path;
-  if (!options.names.empty()) {
+  if (!options.index && !options.names.empty()) {
     throw Unusable("--names applies to a restart file, and " + path + " is a grid");
   }
   GridInput input(path, found);
   GridReport report{.found = found, .extents = input.extents(), .blocks = {}};
+  if (options.index) {
+    report.index = input.index();
+    input.require_form();
+    return report;
+  }
   report.shown = shown_blocks(options.blocks, path, report.extents.blocks());
   for (std::size_t b = 0; b < report.extents.i.size(); ++b) {
     report.blocks.emplace_back().include(b, report.extents.of(b), input.read(b));
@@ -83,14 +88,6 @@ RestartReport report_on(const InfoOptions& options, const Found& found,
   return report;
 }
 
-void show_index(const InfoOptions& options, const Found& found) {
-  const std::string& path = options.input.path;
-  GridInput input(path, found);
-  const std::vector<BlockIndex> index = input.index();
-  input.require_form();
-  print_text(json_of(path, found, input.extents(), index));
-}
-
 /// Passes the report on a file to `take`.
 template <class Take>
 void report_to(const InfoOptions& options, const Take& take) {
@@ -111,10 +108,6 @@ void show_file(const InfoOptions& options) {
   if (options.for_programs()) keep_output_for_programs();
   if (options.index && original_path(path) != path) {
     throw Unusable(original_path(path) + ": is compressed, and its values have no fixed places");
-  }
-  if (options.index && options.grid_path.empty()) {
-    const Found found = find_file(options.input);
-    if (found.reading.is_grid()) return show_index(options, found);
   }
   report_to(options, [&](const auto& report) {
     if (options.for_programs()) return print_text(json_of(path, report));

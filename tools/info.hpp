@@ -23,6 +23,9 @@ struct Extreme {
   std::int32_t k = 1;
 };
 
+/// The shortest digits of the value; "-" for none.
+[[nodiscard]] std::string text_of(const std::optional<Extreme>& extreme);
+
 /// Statistics of the values of an array. Trivially copyable.
 struct Findings {
   std::optional<Extreme> low;  ///< of the finite values; none if there are none
@@ -81,6 +84,7 @@ struct GridReport {
   Extents extents;
   std::vector<GridFindings> blocks;
   std::vector<std::int32_t> shown = {};  ///< blocks in the tables, from 0
+  std::vector<BlockIndex> index = {};    ///< instead of the findings, with `--index`
 
   [[nodiscard]] std::vector<Survey> coordinates() const;
 };
@@ -164,10 +168,9 @@ struct FileFacts {
 /// Prints one line for each file, with its differences from the previous file.
 void print_series(const std::vector<FileFacts>& files);
 
+/// With the byte ranges of the arrays in place of the statistics of their values, if the report has
+/// an index.
 [[nodiscard]] std::string json_of(const std::string& path, const GridReport& report);
-/// With the byte ranges of the arrays instead of the statistics of their values.
-[[nodiscard]] std::string json_of(const std::string& path, const Found& found,
-                                  const Extents& extents, const std::vector<BlockIndex>& index);
 [[nodiscard]] std::string json_of(const std::string& path, const RestartReport& report);
 
 }  // namespace p3dgrid::tool

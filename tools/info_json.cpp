@@ -174,31 +174,19 @@ std::string text_of(const Json& json) {
 std::string json_of(const std::string& path, const GridReport& report) {
   const GridForm& form = report.found.grid();
   Json json = beginning(path, report.found, "grid", form_of(form));
-  json["block_count"] = report.blocks.size();
+  json["block_count"] = report.extents.blocks();
   json["blocks"] = Json::array();
-  for (std::size_t b = 0; b < report.blocks.size(); ++b) {
+  for (std::size_t b = 0; b < report.extents.i.size(); ++b) {
     json["blocks"].push_back(block(report.extents, b));
-    if (!form.iblank) continue;
+    if (!form.iblank || !report.index.empty()) continue;
     const auto& [zero, one, negative, other] = report.blocks[b].blanking;
     json["blocks"].back()["blanking"] = {
         {"0", zero}, {"1", one}, {"negative", negative}, {"other", other}};
   }
+  add_arrays(json["blocks"], report.index);
   json["points"] = report.extents.points();
   json["header"] = Json::object();
-  json["variables"] = variables(report.coordinates());
-  return text_of(json);
-}
-
-std::string json_of(const std::string& path, const Found& found, const Extents& extents,
-                    const std::vector<BlockIndex>& index) {
-  Json json = beginning(path, found, "grid", form_of(found.grid()));
-  json["block_count"] = extents.blocks();
-  json["blocks"] = Json::array();
-  for (std::size_t b = 0; b < extents.i.size(); ++b) json["blocks"].push_back(block(extents, b));
-  add_arrays(json["blocks"], index);
-  json["points"] = extents.points();
-  json["header"] = Json::object();
-  json["variables"] = nullptr;
+  json["variables"] = report.index.empty() ? variables(report.coordinates()) : Json();
   return text_of(json);
 }
 

@@ -9,10 +9,7 @@ namespace p3dgrid::tool {
 namespace {
 
 std::string range_text(const Findings& findings) {
-  const auto value = [](const std::optional<Extreme>& extreme) {
-    return extreme ? digits(extreme->value, extreme->precision) : std::string("-");
-  };
-  return value(findings.low) + " " + value(findings.high) + " " + std::to_string(findings.nan) +
+  return text_of(findings.low) + " " + text_of(findings.high) + " " + std::to_string(findings.nan) +
          " " + std::to_string(findings.infinite);
 }
 

@@ -6,6 +6,10 @@
 
 namespace p3dgrid::tool {
 
+std::string text_of(const std::optional<Extreme>& extreme) {
+  return extreme ? digits(extreme->value, extreme->precision) : "-";
+}
+
 void Findings::include(std::size_t block, const BlockExtents& extents, const Reals& values,
                        std::int64_t first) {
   const auto extreme = [&](double value, std::int64_t point) {

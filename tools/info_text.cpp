@@ -30,13 +30,10 @@ void append_place(std::vector<std::string>& row, const std::optional<Extreme>& e
 
 /// Prints ranges with NaN and infinity counts, and the points of the smallest and largest values.
 void print_variables(const std::vector<Survey>& surveys, const std::string& what) {
-  const auto value_text = [](const std::optional<Extreme>& extreme) {
-    return extreme ? digits(extreme->value, extreme->precision) : none;
-  };
   Table ranges({what, "", "min", "max", "NaN", "infinite"});
   Table places({what, "min in block", "i", "j", "k", "max in block", "i", "j", "k"});
   for (const Survey& survey : surveys) {
-    ranges.add({survey.label, survey.name, value_text(survey.low), value_text(survey.high),
+    ranges.add({survey.label, survey.name, text_of(survey.low), text_of(survey.high),
                 std::to_string(survey.nan), std::to_string(survey.infinite)});
     std::vector<std::string> row = {survey.label};
     append_place(row, survey.low);

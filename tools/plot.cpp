@@ -47,12 +47,29 @@ void plot_files(const PlotOptions& options) {
   print_summary(options.output + ": " + picture.summary);
 }
 
+/// Parses the entries of a list; none if one of them is invalid.
+template <class Value>
+auto list_parser(std::optional<Value> (*parse)(const std::string&)) {
+  return [parse](const std::string& text) -> std::optional<std::vector<Value>> {
+    std::vector<Value> values;
+    for (const std::string& entry : entries_in(text)) {
+      const std::optional<Value> value = parse(entry);
+      if (!value) return std::nullopt;
+      values.push_back(*value);
+    }
+    return values;
+  };
+}
+
+/// Makes an option set `target` to what `parse` returns, which is none for an invalid text.
+template <class Target, class Parse>
+Option parsed(Option option, Target& target, Parse parse, const std::string& complaint) {
+  option.target = [&target, parse](const std::string& text) { target = *parse(text); };
+  option.check = checked(complaint, parse);
+  return option;
+}
+
 std::vector<Option> picture_options(plot::Request& request) {
-  const auto take_planes = [&](const std::string& text) { request.planes = plot::planes_in(text); };
-  const auto is_plane = [](const std::string& text) { return !plot::planes_in(text).empty(); };
-  const auto take_cuts = [&](const std::string& text) { request.cuts = plot::cuts_in(text); };
-  const auto is_cut = [](const std::string& text) { return !plot::cuts_in(text).empty(); };
-  const auto take_box = [&](const std::string& text) { request.region = plot::region_in(text); };
   const auto take_quality = [&](const std::string& text) {
     using plot::CellQuality;
     request.quality =
@@ -65,24 +82,28 @@ std::vector<Option> picture_options(plot::Request& request) {
            " of a PLOT3D solution, a name that --names gives, or the number of a variable; default "
            "1",
        "NAME|N",
-       checked("is neither " + names + " nor the number of a variable",
-               [](const std::string& text) { return !text.empty(); })},
+       [names](const std::string& text) {
+         return text.empty() ? "'' is neither " + names + " nor the number of a variable" : "";
+       }},
       names_option(request.names),
       gamma_option(request.gamma, "p and mach"),
       {"--block", &request.block, "Show this block alone, counted from 1", "B",
        in_range(1, std::numeric_limits<std::int32_t>::max())},
-      {"--plane", take_planes,
-       "Show grid planes of each block, such as k=1 or i=1,i=last; default the blocks' outer faces",
-       "PLANE,...", checked("is no grid plane such as k=1, j=20 or i=last", is_plane)},
-      {"--cut", take_cuts, "Cut through the cells, such as x=0.5 or y=0,z=0", "PLANE,...",
-       checked("is no plane such as x=0.5", is_cut)},
-      {"--box", take_box, "Show only the inside of a box", "X0:X1,Y0:Y1[,Z0:Z1]",
-       checked("is no box such as -1:2,0:0.5 or -1:2,0:0.5,0:1", plot::region_in)},
+      parsed({"--plane",
+              {},
+              "Show grid planes of each block, such as k=1 or i=1,i=last; default the blocks' "
+              "outer faces",
+              "PLANE,..."},
+             request.planes, list_parser(index_plane_in),
+             "is no grid plane such as k=1, j=20 or i=last"),
+      parsed({"--cut", {}, "Cut through the cells, such as x=0.5 or y=0,z=0", "PLANE,..."},
+             request.cuts, list_parser(coordinate_plane_in), "is no plane such as x=0.5"),
+      parsed({"--box", {}, "Show only the inside of a box", "X0:X1,Y0:Y1[,Z0:Z1]"}, request.region,
+             plot::region_in, "is no box such as -1:2,0:0.5 or -1:2,0:0.5,0:1"),
       {.name = "--quality",
        .target = take_quality,
-       .meaning = "Show the quality of the cells of a grid surface in colour",
-       .choices = {name_of(plot::CellQuality::skewness), name_of(plot::CellQuality::stretching)},
-       .excludes = "--cut"},
+       .meaning = "Show the quality of the cells in colour",
+       .choices = {name_of(plot::CellQuality::skewness), name_of(plot::CellQuality::stretching)}},
       {"--view", &request.view,
        "Look from this azimuth (degrees from x toward y) and elevation; default straight at what "
        "is flat, else -60 25",

@@ -1,15 +1,36 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
+#include <numbers>
 #include <optional>
 #include <p3dgrid/grid.hpp>
 #include <p3dgrid/index_range.hpp>
 #include <string>
 #include <vector>
 
+#include "vector.hpp"
+
 /// The quality of a grid: its cells and edges, and how its blocks meet.
 namespace p3dgrid::tool {
+
+/// The squared ratio of the lengths of adjacent edges, at least 1, from the squared lengths.
+[[nodiscard]] inline double squared_ratio(double one, double other) {
+  return one > other ? one / other : other / one;
+}
+
+/// The squared cosine of the angle between two edges; NaN if one has the length 0.
+[[nodiscard]] inline double squared_cosine(const Vector& one, const Vector& other) {
+  const double product = dot(one, other);
+  return product * product / (dot(one, one) * dot(other, other));
+}
+
+/// The deviation of an angle from 90 degrees, divided by 90.
+[[nodiscard]] inline double skewness_of(double squared_cosine) {
+  return std::asin(std::sqrt(std::min(squared_cosine, 1.0))) / (std::numbers::pi / 2);
+}
 
 /// A measure with the point where it is worst, counted from 0.
 struct Worst {
@@ -34,6 +55,11 @@ enum class Handedness {
   right,
   left,
 };
+
+/// Of one that is not `none`.
+[[nodiscard]] constexpr const char* name_of(Handedness handedness) {
+  return handedness == Handedness::right ? "right" : "left";
+}
 
 /// The cells and edges of a block. Cells and edges with a blanked point, or one that is not finite,
 /// are left out.

@@ -25,12 +25,11 @@ Json json_of(const std::optional<Worst>& worst) {
 }
 
 Json json_of(const BlockQuality& block) {
-  const char* const names[] = {nullptr, "right", "left"};
-  const char* const name = names[static_cast<std::size_t>(block.handedness)];
+  const Handedness hand = block.handedness;
   return {{"extents", {block.extents.i, block.extents.j, block.extents.k}},
           {"cells", block.cells},
           {"invalid_points", block.invalid_points},
-          {"handedness", name == nullptr ? Json() : Json(name)},
+          {"handedness", hand == Handedness::none ? Json() : Json(name_of(hand))},
           {"negative_volumes", json_of(block.negative)},
           {"zero_volumes", json_of(block.zero_volumes)},
           {"zero_edges", json_of(block.zero_edges)},

@@ -2,35 +2,17 @@
 #include <cmath>
 #include <initializer_list>
 #include <limits>
-#include <numbers>
 #include <span>
 #include <type_traits>
 
 #include "quality.hpp"
+#include "vector.hpp"
 
 namespace p3dgrid::tool {
 namespace {
 
-struct Vector {
-  double x = 0;
-  double y = 0;
-  double z = 0;
-
-  friend Vector operator+(const Vector& a, const Vector& b) {
-    return {a.x + b.x, a.y + b.y, a.z + b.z};
-  }
-  friend Vector operator-(const Vector& a, const Vector& b) {
-    return {a.x - b.x, a.y - b.y, a.z - b.z};
-  }
-};
-
-double dot(const Vector& a, const Vector& b) {
-  return a.x * b.x + a.y * b.y + a.z * b.z;
-}
-
 double determinant(const Vector& a, const Vector& b, const Vector& c) {
-  return a.x * (b.y * c.z - b.z * c.y) - a.y * (b.x * c.z - b.z * c.x) +
-         a.z * (b.x * c.y - b.y * c.x);
+  return dot(a, cross(b, c));
 }
 
 /// Volume of a hexahedron with trilinear edges. Bit 0 of a corner's number is i, bit 1 j, bit 2 k.
@@ -56,9 +38,9 @@ struct Run {
 class Edges {
  public:
   void set(std::int32_t edge, const Vector& vector) {
-    values_[edge] = vector.x;
-    values_[edge + size] = vector.y;
-    values_[edge + 2 * size] = vector.z;
+    values_[edge] = vector[0];
+    values_[edge + size] = vector[1];
+    values_[edge + 2 * size] = vector[2];
     values_[edge + 3 * size] = dot(vector, vector);
   }
   [[nodiscard]] const double* first() const { return values_; }
@@ -73,24 +55,13 @@ class Edges {
   double values_[4 * size] = {};
 };
 
-// g++ vectorises a search that does not end at the first hit, if its result is as wide as the
-// values.
-
-bool any_is_zero(const double* edges, std::int32_t count) {
-  std::int64_t found = 0;
-  for (std::int32_t e = 0; e < count; ++e) {
-    if (Edges::square(edges + e) == 0) found = 1;
-  }
-  return found != 0;
-}
-
-/// Whether the ratio of the squared lengths of adjacent edges exceeds `worst`.
-bool any_ratio_exceeds(double worst, const double* edges, const double* next, std::int32_t count) {
-  std::int64_t found = 0;
-  for (std::int32_t e = 0; e < count; ++e) {
-    const double one = Edges::square(edges + e);
-    const double other = Edges::square(next + e);
-    if (std::max(one, other) > worst * std::min(one, other)) found = 1;
+/// Whether any of the first values passes a test. g++ vectorises a search that does not end at the
+/// first hit, if its result is as wide as the values.
+template <class Found = std::int64_t>
+bool any_of_first(std::int64_t count, auto passes) {
+  Found found = 0;
+  for (std::int64_t n = 0; n < count; ++n) {
+    if (passes(n)) found = 1;
   }
   return found != 0;
 }
@@ -102,35 +73,20 @@ bool any_cosine_exceeds(double worst, const std::array<const double*, 2>& edges,
     const double product = Edges::product(edge, other);
     return product * product - worst * (Edges::square(edge) * Edges::square(other));
   };
-  const auto [one, opposite_one] = edges;
-  const auto [other, opposite_other] = others;
-  std::int64_t found = 0;
-  for (std::int32_t e = 0; e < count; ++e) {
-    const double largest =
-        std::max(std::max(excess(one + e, other + e), excess(one + e, opposite_other + e)),
-                 std::max(excess(opposite_one + e, other + e),
-                          excess(opposite_one + e, opposite_other + e)));
-    if (largest > 0) found = 1;
-  }
-  return found != 0;
-}
-
-/// Whether all values are positive, or negative if the sign is -1.
-bool have_sign(std::span<const double> values, double sign) {
-  std::int64_t found = 0;
-  for (const double value : values) {
-    if (!(sign * value > 0)) found = 1;
-  }
-  return found == 0;
+  return any_of_first(count, [excess, one = edges[0], opposite_one = edges[1], other = others[0],
+                              opposite_other = others[1]](std::int64_t e) {
+    return std::max(std::max(excess(one + e, other + e), excess(one + e, opposite_other + e)),
+                    std::max(excess(opposite_one + e, other + e),
+                             excess(opposite_one + e, opposite_other + e))) > 0;
+  });
 }
 
 template <class Real>
 bool are_finite(std::span<const Real> values) {
-  std::conditional_t<sizeof(Real) == 8, std::int64_t, std::int32_t> found = 0;
-  for (const Real value : values) {
-    if (!(std::abs(value) <= std::numeric_limits<Real>::max())) found = 1;
-  }
-  return found == 0;
+  using Found = std::conditional_t<sizeof(Real) == 8, std::int64_t, std::int32_t>;
+  return !any_of_first<Found>(std::ssize(values), [values](std::int64_t n) {
+    return !(std::abs(values[static_cast<std::size_t>(n)]) <= std::numeric_limits<Real>::max());
+  });
 }
 
 /// Measures a block with coordinates of one type, run by run. Loops over all points of a run test
@@ -171,8 +127,6 @@ class Measurement {
   }
 
  private:
-  static constexpr double right_angle = std::numbers::pi / 2;
-
   /// Leaves `valid_` empty if all points are valid.
   void find_valid_points() {
     if (block_.iblank.empty() && are_finite(x_) && are_finite(y_) && are_finite(z_)) return;
@@ -243,8 +197,14 @@ class Measurement {
   void measure_edges(const Run& run, Direction d) {
     Worst& worst = stretching_[static_cast<std::size_t>(d)];
     const std::int32_t count = room(run, run.count, {d});
-    if (!any_is_zero(edges(d), count) &&
-        !any_ratio_exceeds(worst.value, edges(d), edges(d, d), room(run, run.count, {d, d}))) {
+    const auto is_zero = [edge = edges(d)](std::int64_t e) { return Edges::square(edge + e) == 0; };
+    const auto is_worse = [edge = edges(d), next = edges(d, d),
+                           limit = worst.value](std::int64_t e) {
+      const double one = Edges::square(edge + e);
+      const double other = Edges::square(next + e);
+      return std::max(one, other) > limit * std::min(one, other);
+    };
+    if (!any_of_first(count, is_zero) && !any_of_first(room(run, run.count, {d, d}), is_worse)) {
       return;
     }
     BlockExtents index = run.first;
@@ -260,9 +220,9 @@ class Measurement {
     const std::int64_t after = next + step(d);
     if (along(index, d) + 2 >= along(block_.extents, d) || !valid(after)) return;
     const Vector other = at(after) - at(next);
-    const double longer = dot(other, other);
-    if (longer == 0) return;
-    const double ratio = longer > length ? longer / length : length / longer;
+    const double other_length = dot(other, other);
+    if (other_length == 0) return;
+    const double ratio = squared_ratio(length, other_length);
     Worst& worst = stretching_[static_cast<std::size_t>(d)];
     if (ratio <= worst.value) return;
     worst = {ratio, index};
@@ -286,18 +246,13 @@ class Measurement {
   void measure_quadrilateral(std::int64_t p, const BlockExtents& index,
                              const std::array<std::int64_t, 4>& corners, Worst& worst) const {
     std::array<Vector, 4> edges;
-    std::array<double, 4> lengths{};
     for (std::size_t c = 0; c < 4; ++c) {
       if (!valid(p + corners[c])) return;
       edges[c] = at(p + corners[(c + 1) % 4]) - at(p + corners[c]);
-      lengths[c] = dot(edges[c], edges[c]);
     }
     for (std::size_t c = 0; c < 4; ++c) {
-      const std::size_t next = (c + 1) % 4;
-      const double scale = lengths[c] * lengths[next];
-      const double product = dot(edges[c], edges[next]);
-      if (scale == 0 || product * product <= worst.value * scale) continue;
-      worst = {product * product / scale, index};
+      const double cosine = squared_cosine(edges[c], edges[(c + 1) % 4]);
+      if (cosine > worst.value) worst = {cosine, index};
     }
   }
 
@@ -308,10 +263,11 @@ class Measurement {
     for (std::int32_t c = 0; c < count; ++c) {
       volumes[static_cast<std::size_t>(c)] = volume_of(run.point + c);
     }
-    const std::span<const double> values(volumes.data(), static_cast<std::size_t>(count));
-    if (valid_.empty() && have_sign(values, sum_ < 0 ? -1 : 1)) {
+    const auto has_other_sign = [values = volumes.data(), sign = sum_ < 0 ? -1.0 : 1.0](
+                                    std::int64_t c) { return !(sign * values[c] > 0); };
+    if (valid_.empty() && !any_of_first(count, has_other_sign)) {
       (sum_ < 0 ? negative_ : positive_).add(run.first, count);
-      for (const double volume : values) sum_ += volume;
+      std::for_each_n(volumes.begin(), count, [this](double volume) { sum_ += volume; });
       result_.cells += count;
       return;
     }
@@ -350,13 +306,9 @@ class Measurement {
 
   /// Area of a quadrilateral, signed in the x-y plane. Elsewhere callers only test whether it is 0.
   [[nodiscard]] double area(std::int64_t p, Direction a, Direction b) const {
-    const Vector one = at(p + step(a) + step(b)) - at(p);
-    const Vector other = at(p + step(b)) - at(p + step(a));
-    const double xy = one.x * other.y - one.y * other.x;
-    if (is_flat_) return xy / 2;
-    const double yz = one.y * other.z - one.z * other.y;
-    const double zx = one.z * other.x - one.x * other.z;
-    return std::sqrt(xy * xy + yz * yz + zx * zx) / 2;
+    const Vector twice =
+        cross(at(p + step(a) + step(b)) - at(p), at(p + step(b)) - at(p + step(a)));
+    return (is_flat_ ? twice[2] : std::sqrt(dot(twice, twice))) / 2;
   }
 
   void summarise() {
@@ -367,10 +319,7 @@ class Measurement {
       keep_worse(result_.skewness, skewness_[d]);
     }
     if (result_.stretching) result_.stretching->value = std::sqrt(result_.stretching->value);
-    if (result_.skewness) {
-      const double cosine = std::sqrt(std::min(result_.skewness->value, 1.0));
-      result_.skewness->value = std::asin(cosine) / right_angle;
-    }
+    if (result_.skewness) result_.skewness->value = skewness_of(result_.skewness->value);
     if (sum_ == 0) return;
     if (wide_.size() == 3 || is_flat_) {
       result_.handedness = sum_ > 0 ? Handedness::right : Handedness::left;

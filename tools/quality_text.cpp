@@ -1,5 +1,3 @@
-#include <cstdio>
-
 #include "console.hpp"
 #include "quality.hpp"
 #include "table.hpp"
@@ -18,22 +16,7 @@ std::string text_of(const Occurrences& found) {
 }
 
 std::string text_of(const std::optional<Worst>& worst) {
-  if (!worst) return "-";
-  char digits[32];
-  std::snprintf(digits, sizeof digits, "%.4g", worst->value);
-  return digits + (" " + place_text(worst->place));
-}
-
-const char* text_of(Handedness handedness) {
-  switch (handedness) {
-    case Handedness::right:
-      return "right";
-    case Handedness::left:
-      return "left";
-    case Handedness::none:
-      break;
-  }
-  return "-";
+  return worst ? rounded(worst->value, 4) + " " + place_text(worst->place) : "-";
 }
 
 std::string range_text(const Connection& connection) {
@@ -62,7 +45,8 @@ void print_quality(const std::string& path, const QualityReport& report) {
                "skewness"});
   for (std::size_t b = 0; b < report.blocks.size(); ++b) {
     const BlockQuality& block = report.blocks[b];
-    table.add({std::to_string(b + 1), std::to_string(block.cells), text_of(block.handedness),
+    table.add({std::to_string(b + 1), std::to_string(block.cells),
+               block.handedness == Handedness::none ? "-" : name_of(block.handedness),
                text_of(block.negative), text_of(block.zero_volumes), text_of(block.zero_edges),
                text_of(block.stretching), text_of(block.skewness)});
   }

@@ -1,6 +1,7 @@
 #include "table.hpp"
 
 #include <algorithm>
+#include <cstdio>
 
 #include "console.hpp"
 
@@ -20,6 +21,12 @@ void Table::print() const {
     }
     print_line(line);
   }
+}
+
+std::string rounded(double value, int digits) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.*g", digits, value);
+  return text;
 }
 
 std::string counted(std::int64_t count, const std::string& noun) {

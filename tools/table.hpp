@@ -35,6 +35,9 @@ template <std::floating_point Real>
                                                   : digits(static_cast<float>(value));
 }
 
+/// At most that many digits, without zeros at the end.
+[[nodiscard]] std::string rounded(double value, int digits);
+
 /// "1 block", "3 blocks".
 [[nodiscard]] std::string counted(std::int64_t count, const std::string& noun);
 

@@ -80,9 +80,9 @@ std::string name_of_array(const FlowArray& array, const std::vector<std::string>
   return name.empty() ? "variable " + std::to_string(array.number) : name;
 }
 
-/// The arrays of a block of a solution, each read when it is written.
-std::vector<VtkArray> flow_of(RestartInput& input, std::size_t block,
-                              const std::vector<std::string>& names) {
+/// Adds the arrays of a block of a solution, each read when it is written.
+void add_flow(RestartInput& input, std::size_t block, const std::vector<std::string>& names,
+              std::vector<VtkArray>& arrays) {
   const SolutionHeader& header = input.header();
   const Precision precision =
       is_text(header.form.coding) ? Precision::double_precision : header.form.coding.precision;
@@ -93,7 +93,6 @@ std::vector<VtkArray> flow_of(RestartInput& input, std::size_t block,
         header.missing(), [&](const Section& gap) { return gap.first <= n && n <= gap.last; });
     if (!missing) numbers.push_back({n});
   }
-  std::vector<VtkArray> arrays;
   for (const FlowArray& number : numbers) {
     VtkArray& array = arrays.emplace_back(
         vtk_array(name_of_array(number, names), precision, 1, header.extents.points_of(block)));
@@ -103,7 +102,6 @@ std::vector<VtkArray> flow_of(RestartInput& input, std::size_t block,
       });
     };
   }
-  return arrays;
 }
 
 /// The file of a block, and its name relative to the list.
@@ -121,11 +119,7 @@ void write_block(const CaseInput& input, const std::vector<std::string>& names, 
   const Block block = input.grid().read(number);
   std::vector<VtkArray> arrays;
   if (!block.iblank.empty()) arrays.push_back(ghosts_of(block));
-  if (!names.empty()) {
-    for (VtkArray& array : flow_of(input.restart(), number, names)) {
-      arrays.push_back(std::move(array));
-    }
-  }
+  if (!names.empty()) add_flow(input.restart(), number, names, arrays);
   write_vts(file.output.temporary_path(), block.extents, arrays, points_of(block));
 }
 

@@ -45,18 +45,14 @@ class VtkFile {
 std::string escaped(const std::string& text) {
   std::string result;
   for (const char c : text) {
-    switch (c) {
-      case '&':
-        result += "&amp;";
-        break;
-      case '<':
-        result += "&lt;";
-        break;
-      case '"':
-        result += "&quot;";
-        break;
-      default:
-        result += c;
+    if (c == '&') {
+      result += "&amp;";
+    } else if (c == '<') {
+      result += "&lt;";
+    } else if (c == '"') {
+      result += "&quot;";
+    } else {
+      result += c;
     }
   }
   return result;

@@ -323,6 +323,9 @@ class array_view {
   std::array<std::int64_t, Rank> extents_{};
 };
 
+/// Integers that an operation reads, such as the i extents of all blocks.
+using integer_view = array_view<const integer, 1>;
+
 /// An `array_view` as a parameter of the double-precision overloads. It has no default constructor,
 /// so that `{}` selects the single-precision form.
 template <class T, std::size_t Rank>

@@ -17,11 +17,6 @@ namespace p3dgrid {
 /// Leaves the new elements of a vector uninitialised, because a read overwrites them.
 template <class T>
 struct UninitialisedAllocator : std::allocator<T> {
-  /// The allocator for another type.
-  template <class U>
-  struct rebind {
-    using other = UninitialisedAllocator<U>;  ///< the allocator for another type
-  };
   /// Constructs an element without a value.
   template <class U>
   void construct(U* place) noexcept {

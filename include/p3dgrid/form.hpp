@@ -229,19 +229,24 @@ struct BasicRestartForm {
 using RestartForm = BasicRestartForm<Known>;                ///< of a restart file
 using StatedRestartForm = BasicRestartForm<std::optional>;  ///< the known members
 
-/// The coding with its members replaced by those that are stated.
-[[nodiscard]] Coding applied_to(Coding coding, const StatedCoding& stated);
-/// @copydoc applied_to
-[[nodiscard]] GridForm applied_to(GridForm form, const StatedGridForm& stated);
-/// @copydoc applied_to
-[[nodiscard]] RestartForm applied_to(RestartForm form, const StatedRestartForm& stated);
+/// The form, or the coding, with its members replaced by those that are stated.
+template <template <template <class> class> class Form>
+[[nodiscard]] Form<Known> applied_to(Form<Known> form, const Form<std::optional>& stated) {
+  const auto apply = [](const auto&, auto& value, const auto& choice) {
+    if (choice) value = *choice;
+  };
+  Form<Known>::for_each_member(apply, form, stated);
+  return form;
+}
 
-/// The form with all members stated.
-[[nodiscard]] StatedCoding stated_as(const Coding& coding);
-/// @copydoc stated_as
-[[nodiscard]] StatedGridForm stated_as(const GridForm& form);
-/// @copydoc stated_as
-[[nodiscard]] StatedRestartForm stated_as(const RestartForm& form);
+/// The form, or the coding, with all members stated.
+template <template <template <class> class> class Form>
+[[nodiscard]] Form<std::optional> stated_as(const Form<Known>& form) {
+  Form<std::optional> stated;
+  Form<std::optional>::for_each_member(
+      [](const auto&, auto& choice, const auto& value) { choice = value; }, stated, form);
+  return stated;
+}
 
 /// Whether all members that matter are stated.
 [[nodiscard]] bool is_complete(const StatedGridForm& stated);
@@ -265,8 +270,7 @@ struct BlockExtents {
 
   /// Number of points.
   [[nodiscard]] constexpr std::int64_t points() const { return std::int64_t{i} * j * k; }
-
-  /// All three, such as "49x25x5".
+  /// "49x25x5".
   [[nodiscard]] std::string text() const {
     return std::to_string(i) + "x" + std::to_string(j) + "x" + std::to_string(k);
   }

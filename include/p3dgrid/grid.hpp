@@ -84,7 +84,7 @@ class GridReader {
   [[nodiscard]] BlockIndex locate(std::int32_t block);
 
  private:
-  class File;
+  struct File;
   std::shared_ptr<File> file_;
 };
 
@@ -111,7 +111,7 @@ class GridWriter {
   void close();
 
  private:
-  class File;
+  struct File;
   std::shared_ptr<File> file_;
 };
 

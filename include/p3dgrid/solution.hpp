@@ -111,7 +111,7 @@ class SolutionReader {
   void require_agreement() const;
 
  private:
-  class File;
+  struct File;
   std::shared_ptr<File> file_;
 };
 
@@ -142,7 +142,7 @@ class SolutionWriter {
   void close();
 
  private:
-  class File;
+  struct File;
   std::shared_ptr<File> file_;
 };
 

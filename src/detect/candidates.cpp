@@ -1,7 +1,6 @@
 #include "detect/candidates.hpp"
 
 #include <algorithm>
-#include <iterator>
 
 namespace p3dgrid {
 namespace {
@@ -15,32 +14,9 @@ IntegerSample last_words(Evidence& file, const Coding& coding, const Extents& ex
   return file.sample_integers(end - 4 * points, points, coding.byte_order);
 }
 
-/// Whether the values of a binary grid contradict a reading that agrees with its length.
-bool is_contradicted_by_values(Evidence& file, const Reading& reading, bool blanking_stated) {
-  if (!reading.is_grid() || reading.coding().encoding != Encoding::binary || !reading.fit.whole()) {
-    return false;
-  }
-  const GridForm& form = reading.grid();
-  const Extents& extents = *reading.extents;
-  if (!form.iblank) return has_integers_for_coordinates(file, form, extents, reading.fit.end);
-  return !blanking_stated && !last_words(file, form.coding, extents, reading.fit.end).small;
-}
-
-}  // namespace
-
-bool has_integers_for_coordinates(Evidence& file, const GridForm& form, const Extents& extents,
-                                  std::int64_t end) {
-  const Coding& coding = form.coding;
-  const bool ends_with_coordinates = coding.encoding == Encoding::binary && !is_planar(coding) &&
-                                     coding.precision == Precision::single_precision &&
-                                     !form.iblank && extents.points() > 0;
-  if (!ends_with_coordinates) return false;
-  const IntegerSample words = last_words(file, coding, extents, end);
-  return words.small && !words.zero;
-}
-
-// Text has neither precision nor byte order, and only unformatted files have markers; any will do.
-std::vector<Coding> codings_of(Evidence& file, const StatedCoding& stated) {
+/// The possible codings of a file that agree with what is stated, apart from its dimensions. Text
+/// has neither precision nor byte order, and only unformatted files have markers; any will do.
+std::vector<Coding> codings_of_three(Evidence& file, const StatedCoding& stated) {
   constexpr auto other =
       ByteOrder::native == ByteOrder::little ? ByteOrder::big : ByteOrder::little;
   const MarkerBytes any_markers = stated.marker_bytes.value_or(MarkerBytes::four);
@@ -76,32 +52,42 @@ std::vector<Coding> codings_of(Evidence& file, const StatedCoding& stated) {
   return codings;
 }
 
-std::vector<Coding> in_dimensions(const StatedCoding& stated, const std::vector<Coding>& codings) {
-  std::vector<Coding> all;
+}  // namespace
+
+bool has_integers_for_coordinates(Evidence& file, const GridForm& form, const Extents& extents,
+                                  std::int64_t end) {
+  const Coding& coding = form.coding;
+  const bool ends_with_coordinates = coding.encoding == Encoding::binary && !is_planar(coding) &&
+                                     coding.precision == Precision::single_precision &&
+                                     !form.iblank && extents.points() > 0;
+  if (!ends_with_coordinates) return false;
+  const IntegerSample words = last_words(file, coding, extents, end);
+  return words.small && !words.zero;
+}
+
+std::vector<Coding> codings_of(Evidence& file, const StatedCoding& stated) {
+  std::vector<Coding> codings;
   for (const Dimensions dimensions :
        choices(stated.dimensions, {Dimensions::three, Dimensions::two})) {
-    for (Coding coding : codings) {
+    for (Coding coding : codings_of_three(file, stated)) {
       coding.dimensions = dimensions;
-      all.push_back(coding);
+      codings.push_back(coding);
     }
   }
-  return all;
+  return codings;
 }
 
 std::vector<Candidate> grid_candidates(Evidence& file, const StatedGridForm& stated,
                                        EmptyBlocks empty) {
   std::vector<Candidate> candidates;
-  for (const Coding& coding : in_dimensions(stated.coding, codings_of(file, stated.coding))) {
+  for (const Coding& coding : codings_of(file, stated.coding)) {
     for (const bool multiblock : choices(stated.multiblock, {true, false})) {
-      const auto outline = file.grid_outline(coding, multiblock, empty);
+      const auto outline = file.outline(GridForm{coding, multiblock}, empty);
       if (!outline) continue;
       for (const bool iblank : choices(stated.iblank, {false, true})) {
         const GridForm form{coding, multiblock, iblank};
-        Reading reading;
-        reading.form = form;
-        reading.extents = outline->extents;
-        candidates.push_back(
-            {std::move(reading), FilePlan(outline->sizes, outline->extents, form)});
+        candidates.push_back({{.form = form, .extents = outline->extents},
+                              FilePlan(outline->sizes, outline->extents, form)});
       }
     }
   }
@@ -110,23 +96,19 @@ std::vector<Candidate> grid_candidates(Evidence& file, const StatedGridForm& sta
 
 std::vector<Reading> fitted(Evidence& file, std::vector<Candidate> candidates) {
   std::vector<Reading> readings;
-  for (auto begin = candidates.begin(); begin != candidates.end();) {
-    const Coding coding = begin->reading.coding();
-    // Readings of text agree in all that their comparison depends on.
-    const auto end = std::find_if(begin, candidates.end(), [&](const Candidate& candidate) {
-      return !is_text(coding) && candidate.reading.coding() != coding;
-    });
-    std::vector<FilePlan> plans;
-    std::transform(begin, end, std::back_inserter(plans),
-                   [](Candidate& candidate) { return std::move(candidate.plan); });
-    std::vector<Fit> fits = file.fit(coding, plans);
-    for (std::size_t n = 0; begin != end; ++begin, ++n) {
-      Reading& reading = begin->reading;
-      reading.fit = std::move(fits[n]);
-      reading.records = plans[n].records();
-      reading.unknown_flag = plans[n].unknown_flag();
-      readings.push_back(std::move(reading));
-    }
+  std::vector<FilePlan> plans;
+  for (auto& [reading, plan] : candidates) {
+    readings.push_back(std::move(reading));
+    plans.push_back(std::move(plan));
+  }
+  const bool text = !readings.empty() && is_text(readings.front().coding());
+  std::vector<Fit> fits;
+  if (text) fits = file.fit_text(plans);
+  for (std::size_t n = 0; n < plans.size(); ++n) {
+    Reading& reading = readings[n];
+    reading.fit = text ? std::move(fits[n]) : file.fit(reading.coding(), plans[n]);
+    reading.records = plans[n].records();
+    reading.unknown_flag = plans[n].unknown_flag();
   }
   return readings;
 }
@@ -134,7 +116,13 @@ std::vector<Reading> fitted(Evidence& file, std::vector<Candidate> candidates) {
 std::vector<Reading> grid_readings(Evidence& file, const StatedGridForm& stated,
                                    std::vector<Reading> readings) {
   std::erase_if(readings, [&](const Reading& reading) {
-    return is_contradicted_by_values(file, reading, stated.iblank.has_value());
+    const bool binary_grid =
+        reading.is_grid() && reading.coding().encoding == Encoding::binary && reading.fit.whole();
+    if (!binary_grid) return false;
+    const GridForm& form = reading.grid();
+    const Extents& extents = *reading.extents;
+    if (!form.iblank) return has_integers_for_coordinates(file, form, extents, reading.fit.end);
+    return !stated.iblank && !last_words(file, form.coding, extents, reading.fit.end).small;
   });
   return readings;
 }

@@ -11,18 +11,14 @@ struct Candidate {
   FilePlan plan;
 };
 
-/// The possible codings of a file that agree with what is stated, apart from its dimensions.
+/// The possible codings of a file that agree with what is stated.
 [[nodiscard]] std::vector<Coding> codings_of(Evidence& file, const StatedCoding& stated);
-
-/// The codings in all dimensions that agree with what is stated.
-[[nodiscard]] std::vector<Coding> in_dimensions(const StatedCoding& stated,
-                                                const std::vector<Coding>& codings);
 
 /// All readings of the file as a grid with a plausible header.
 [[nodiscard]] std::vector<Candidate> grid_candidates(Evidence& file, const StatedGridForm& stated,
                                                      EmptyBlocks empty);
 
-/// Compares candidates with the file, those of one coding in one pass.
+/// Compares candidates with the file. All of them are text, or none; text is read once.
 [[nodiscard]] std::vector<Reading> fitted(Evidence& file, std::vector<Candidate> candidates);
 
 /// Whether a binary grid without blanking ends with small integers where third coordinates would
@@ -49,6 +45,10 @@ struct Candidate {
 /// @param grid  extents of the grid if known; readings with these extents are preferred
 [[nodiscard]] Detection select_readings(std::vector<Reading> readings,
                                         const std::shared_ptr<const Extents>& grid);
+
+/// If several readings agree and differ in byte order or precision, takes the one whose reals are
+/// plausible, if those of all others are not. A sample of each record is examined.
+void settle_by_values(Evidence& file, Detection& found);
 
 /// The possible values of a choice that may be stated.
 template <class Choice>

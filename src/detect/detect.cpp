@@ -5,7 +5,6 @@
 #include "detect/candidates.hpp"
 #include "detect/diagnosis.hpp"
 #include "detect/fit.hpp"
-#include "detect/plausibility.hpp"
 #include "detect/section_search.hpp"
 
 namespace p3dgrid {
@@ -22,22 +21,33 @@ bool is_supported(const Detection& found) {
 
 /// Selects the readings that agree, by their values if there are several, and describes the file
 /// otherwise if none is proven. Readings with empty blocks are tried last.
-/// @param readings  function of `EmptyBlocks`
+/// @param readings  function of the file and `EmptyBlocks`
 template <class Readings>
-Detection detect(Evidence& file, const std::shared_ptr<const Extents>& grid, Readings readings) {
-  file.limit_text(most_text_work);
-  Detection found = select_readings(readings(EmptyBlocks::refused), grid);
-  if (!found.proven() && file.size() > 0) {
-    std::string foreign = foreign_form(file);
-    if (foreign.empty()) found = select_readings(readings(EmptyBlocks::accepted), grid);
-    found.foreign = std::move(foreign);
-    if (!is_supported(found)) found.damage = header_damage(file);
-    found.beginning = beginning_of(file);
-  }
-  settle_by_values(file, found);
-  found.size = file.size();
-  found.bytes_read = file.bytes_read();
-  return found;
+Detection detect(const std::string& path, const std::shared_ptr<const Extents>& grid,
+                 Readings readings) {
+  return with_evidence(path, [&](Evidence& file) {
+    file.limit_text(most_text_work);
+    Detection found = select_readings(readings(file, EmptyBlocks::refused), grid);
+    if (!found.proven() && file.size() > 0) {
+      std::string foreign = foreign_form(file);
+      if (foreign.empty()) found = select_readings(readings(file, EmptyBlocks::accepted), grid);
+      found.foreign = std::move(foreign);
+      if (!is_supported(found)) found.damage = header_damage(file);
+      found.beginning = beginning_of(file);
+    }
+    settle_by_values(file, found);
+    found.size = file.size();
+    found.bytes_read = file.bytes_read();
+    return found;
+  });
+}
+
+template <class Form>
+std::shared_ptr<const Extents> extents_of_form(const std::string& path, const Form& form) {
+  return with_evidence(path, [&](Evidence& file) {
+    const auto outline = file.outline(form, EmptyBlocks::accepted);
+    return outline ? outline->extents : nullptr;
+  });
 }
 
 }  // namespace
@@ -73,35 +83,31 @@ std::string reason_for(const Reading& reading, std::int64_t file_size) {
 }
 
 Detection detect_grid(const std::string& path, const StatedGridForm& stated) {
-  return with_evidence(path, [&](Evidence& file) {
-    return detect(file, nullptr, [&](EmptyBlocks empty) {
-      return grid_readings(file, stated, fitted(file, grid_candidates(file, stated, empty)));
-    });
+  return detect(path, nullptr, [&](Evidence& file, EmptyBlocks empty) {
+    return grid_readings(file, stated, fitted(file, grid_candidates(file, stated, empty)));
   });
 }
 
 Detection detect_restart(const std::string& path, const StatedRestartForm& stated,
                          const std::shared_ptr<const Extents>& grid) {
-  return with_evidence(path, [&](Evidence& file) {
-    return detect(file, grid,
-                  [&](EmptyBlocks empty) { return restart_readings(file, stated, grid, empty); });
+  return detect(path, grid, [&](Evidence& file, EmptyBlocks empty) {
+    return restart_readings(file, stated, grid, empty);
   });
 }
 
 Detection detect_any(const std::string& path) {
-  return with_evidence(path, [&](Evidence& file) {
-    return detect(file, nullptr, [&](EmptyBlocks empty) {
-      return grid_readings(
-          file, {}, restart_readings(file, {}, nullptr, empty, grid_candidates(file, {}, empty)));
-    });
+  return detect(path, nullptr, [](Evidence& file, EmptyBlocks empty) {
+    return grid_readings(
+        file, {}, restart_readings(file, {}, nullptr, empty, grid_candidates(file, {}, empty)));
   });
 }
 
 Fit compare(const std::string& path, const GridForm& form) {
   return with_evidence(path, [&](Evidence& file) {
-    const auto outline = file.grid_outline(form.coding, form.multiblock, EmptyBlocks::accepted);
+    const auto outline = file.outline(form, EmptyBlocks::accepted);
     if (!outline) return Fit{};
-    Fit fit = file.fit(form.coding, FilePlan(outline->sizes, outline->extents, form));
+    FilePlan plan(outline->sizes, outline->extents, form);
+    Fit fit = file.fit(form.coding, plan);
     if (fit.whole() && has_integers_for_coordinates(file, form, *outline->extents, fit.end)) {
       fit.agreement = Fit::Agreement::other;
       fit.what = "the file holds integers in the place of its third coordinates";
@@ -113,7 +119,7 @@ Fit compare(const std::string& path, const GridForm& form) {
 Fit compare(const std::string& path, const RestartForm& form,
             const std::shared_ptr<const Extents>& grid, bool leading_record) {
   return with_evidence(path, [&](Evidence& file) {
-    auto outline = file.restart_outline(form, EmptyBlocks::accepted);
+    auto outline = file.outline(form, EmptyBlocks::accepted);
     if (!outline) return Fit{};
     const auto extents = outline->extents ? outline->extents : grid;
     const SectionSearch search{file, form, std::move(*outline), extents, leading_record};
@@ -121,22 +127,17 @@ Fit compare(const std::string& path, const RestartForm& form,
       return Fit{.agreement = Fit::Agreement::other,
                  .what = extents ? "its blocks cannot have these sections" : "holds no extents"};
     }
-    return file.fit(form.coding, search.plan(form.sections.value_or(usual_sections(search))));
+    FilePlan plan = search.plan(form.sections.value_or(usual_sections(search)));
+    return file.fit(form.coding, plan);
   });
 }
 
 std::shared_ptr<const Extents> extents_in(const std::string& path, const GridForm& form) {
-  return with_evidence(path, [&](Evidence& file) {
-    const auto outline = file.grid_outline(form.coding, form.multiblock, EmptyBlocks::accepted);
-    return outline ? outline->extents : nullptr;
-  });
+  return extents_of_form(path, form);
 }
 
 std::shared_ptr<const Extents> extents_in(const std::string& path, const RestartForm& form) {
-  return with_evidence(path, [&](Evidence& file) {
-    const auto outline = file.restart_outline(form, EmptyBlocks::accepted);
-    return outline ? outline->extents : nullptr;
-  });
+  return extents_of_form(path, form);
 }
 
 }  // namespace p3dgrid

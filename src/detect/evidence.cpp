@@ -134,21 +134,16 @@ bool Evidence::has_readable_header(const Coding& coding) {
   });
 }
 
-std::vector<Fit> Evidence::fit(const Coding& coding, std::span<FilePlan> plans) {
-  if (is_text(coding)) {
-    TextCount count;
-    // Half of the work is left for another comparison with other plans.
-    std::vector<Fit> fits = fit_of_text(text(), plans, text_work_ / 2, count);
-    text_work_ = std::max<std::int64_t>(0, text_work_ - count.work);
-    text_values_ = count.whole ? std::optional(count.values) : std::nullopt;
-    text_commas_ = count.commas;
-    return fits;
-  }
-  std::vector<Fit> fits;
-  for (FilePlan& plan : plans) {
-    fits.push_back(coding.encoding == Encoding::binary ? fit_of_length(*this, coding, plan)
-                                                       : fit_of_records(*this, coding, plan));
-  }
+Fit Evidence::fit(const Coding& coding, FilePlan& plan) {
+  if (is_text(coding)) return fit_text(std::span(&plan, 1)).front();
+  return coding.encoding == Encoding::binary ? fit_of_length(*this, coding, plan)
+                                             : fit_of_records(*this, coding, plan);
+}
+
+std::vector<Fit> Evidence::fit_text(std::span<FilePlan> plans) {
+  // Half of the work is left for another comparison with other plans.
+  std::vector<Fit> fits = fit_of_text(text(), plans, text_work_ / 2, text_count_);
+  text_work_ = std::max<std::int64_t>(0, text_work_ - text_count_.work);
   return fits;
 }
 

@@ -35,6 +35,15 @@ struct IntegerSample {
   bool all = true;    ///< the sample contains all words
 };
 
+/// Counts of a text, which do not depend on what it is compared with.
+struct TextCount {
+  bool whole = false;       ///< the text has been read to its end
+  std::int64_t work = 0;    ///< `ListScanner::work`
+  std::int64_t values = 0;  ///< in all lines, up to the first item of each that is not a number
+  /// Lines that begin with a comma, and so hold one more value if a record begins there.
+  std::int64_t commas = 0;
+};
+
 /// The file being examined, and cached results about it.
 class Evidence {
  public:
@@ -86,21 +95,16 @@ class Evidence {
 
   /// The header of a grid; none if it is invalid: a block count below 1 or too large for the file,
   /// negative extents, more than 2^36 points.
-  [[nodiscard]] std::optional<Outline> grid_outline(const Coding& coding, bool multiblock,
-                                                    EmptyBlocks empty);
+  [[nodiscard]] std::optional<Outline> outline(const GridForm& form, EmptyBlocks empty);
   /// The same of a restart file.
-  [[nodiscard]] std::optional<Outline> restart_outline(const RestartForm& form, EmptyBlocks empty);
+  [[nodiscard]] std::optional<Outline> outline(const RestartForm& form, EmptyBlocks empty);
 
-  /// Compares the file with plans of one coding. The plans are consumed.
-  [[nodiscard]] std::vector<Fit> fit(const Coding& coding, std::span<FilePlan> plans);
-  [[nodiscard]] Fit fit(const Coding& coding, FilePlan plan) {
-    return fit(coding, std::span(&plan, 1)).front();
-  }
-
-  /// Number of all values of text according to the last `fit`; none if that reached its limit.
-  [[nodiscard]] std::optional<std::int64_t> text_values() const { return text_values_; }
-  /// Lines of text that begin with a comma, and so hold one more value if a record begins there.
-  [[nodiscard]] std::int64_t text_commas() const { return text_commas_; }
+  /// Compares the file with a plan, which is then at its end or where the file differs.
+  [[nodiscard]] Fit fit(const Coding& coding, FilePlan& plan);
+  /// Compares text with all plans in one pass.
+  [[nodiscard]] std::vector<Fit> fit_text(std::span<FilePlan> plans);
+  /// Counts of the last comparison of text.
+  [[nodiscard]] const TextCount& text_count() const { return text_count_; }
 
  private:
   std::string path_;
@@ -112,8 +116,7 @@ class Evidence {
   std::vector<std::pair<Coding, bool>> readable_header_;
   std::int64_t text_work_ = std::numeric_limits<std::int64_t>::max();
   std::optional<std::int64_t> text_lines_;
-  std::optional<std::int64_t> text_values_;
-  std::int64_t text_commas_ = 0;
+  TextCount text_count_;
 };
 
 /// Examines a file with `examine`. Throws `Error` for errors of the system.

@@ -13,14 +13,6 @@ namespace p3dgrid {
 /// Compares the length of a binary file, and reads the flags of layout 101.
 [[nodiscard]] Fit fit_of_length(Evidence& file, const Coding& coding, FilePlan& plan);
 
-/// Counts of a text, which do not depend on the plans.
-struct TextCount {
-  bool whole = true;        ///< the text has been read to its end
-  std::int64_t work = 0;    ///< `ListScanner::work`
-  std::int64_t values = 0;  ///< in all lines, up to the first item of each that is not a number
-  std::int64_t commas = 0;  ///< lines that begin with a comma, see `Evidence::text_commas`
-};
-
 /// Compares text with all plans in one pass. Each record begins on a new line, and no value follows
 /// its last one on that line. Plans that agree when the work reaches `most_work` fit `so_far`.
 [[nodiscard]] std::vector<Fit> fit_of_text(recordio::InputFile& file, std::span<FilePlan> plans,

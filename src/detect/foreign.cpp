@@ -7,21 +7,23 @@
 namespace p3dgrid {
 namespace {
 
-/// The grid with several records per block: one for each k plane, or one for each coordinate.
-FilePlan split_blocks(const Outline& outline, bool planes) {
+/// Whether the file is a grid with several records per block: one for each k plane, or one for each
+/// coordinate.
+bool fits_split_blocks(Evidence& file, const Coding& coding, const Outline& outline, bool planes) {
   HeaderSizes sizes = outline.sizes;
   const Extents& extents = *outline.extents;
   for (std::size_t b = 0; b < extents.i.size(); ++b) {
     const std::int64_t plane = std::int64_t{extents.i[b]} * extents.j[b];
     sizes.add({.reals = planes ? 3 * plane : extents.points_of(b)}, planes ? extents.k[b] : 3);
   }
-  return {std::move(sizes), std::make_shared<const Extents>(), GridForm()};
+  FilePlan plan(std::move(sizes), std::make_shared<const Extents>(), GridForm());
+  return file.fit(coding, plan).whole();
 }
 
 bool has_split_blocks(Evidence& file, const Coding& coding, bool multiblock) {
-  const auto outline = file.grid_outline(coding, multiblock, EmptyBlocks::refused);
-  return outline && (file.fit(coding, split_blocks(*outline, true)).whole() ||
-                     file.fit(coding, split_blocks(*outline, false)).whole());
+  const auto outline = file.outline(GridForm{coding, multiblock}, EmptyBlocks::refused);
+  return outline && (fits_split_blocks(file, coding, *outline, true) ||
+                     fits_split_blocks(file, coding, *outline, false));
 }
 
 /// The 64-bit integer at an offset if it has at most 31 bits, else 0.
@@ -69,7 +71,7 @@ std::string foreign_form(Evidence& file) {
     return "has carriage returns alone for line ends, which readers of text do not take for such; "
            "tr '\\r' '\\n' <FILE >NEW makes a file NEW that can be read";
   }
-  for (const Coding& coding : codings_of(file, {})) {
+  for (const Coding& coding : codings_of(file, {.dimensions = Dimensions::three})) {
     if (coding.encoding != Encoding::unformatted) continue;
     if (std::string what = unsupported_records(file, coding); !what.empty()) return what;
   }

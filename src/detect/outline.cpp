@@ -23,28 +23,14 @@ class HeaderReader {
     recordio::read_record(file_, coding_, list, recordio::RestOfRecord::skipped, lines_);
   }
 
-  /// Runs a walk over header records; false if the file holds other records.
-  template <class Walk>
-  static bool succeeds(Walk walk) {
-    try {
-      return walk();
-    } catch (const recordio::ReadError& error) {
-      // Rethrow errors of the system.
-      if (error.status > recordio::status_error) throw;
-      return false;
-    }
-  }
-
-  struct State {
-    std::int64_t offset;
-    std::int64_t lines;
-    HeaderSizes sizes;
-  };
-  [[nodiscard]] State state() const { return {file_.offset(), lines_, sizes}; }
-  void restore(State state) {
-    file_.seek(state.offset);
-    lines_ = state.lines;
-    sizes = std::move(state.sizes);
+  /// Calls `read(a copy)` and goes back to where the file was.
+  template <class Read>
+  bool look_ahead(Read read) const {
+    const std::int64_t begin = file_.offset();
+    HeaderReader copy = *this;
+    const bool result = read(copy);
+    file_.seek(begin);
+    return result;
   }
 
   HeaderSizes sizes;
@@ -55,41 +41,14 @@ class HeaderReader {
   std::int64_t lines_ = 0;
 };
 
-/// The same, and false for a block without points unless these are accepted.
-bool add_points(std::int64_t& points, const BlockExtents& block, EmptyBlocks empty) {
-  return add_points(points, block) && (block.points() > 0 || empty == EmptyBlocks::accepted);
+bool are_plausible(const Extents& extents, EmptyBlocks empty) {
+  std::int64_t points = 0;
+  for (std::size_t b = 0; b < extents.i.size(); ++b) {
+    if (!add_points(points, extents.of(b))) return false;
+    if (empty == EmptyBlocks::refused && extents.points_of(b) == 0) return false;
+  }
+  return true;
 }
-
-struct BlockDimensions {
-  Extents extents;
-  std::vector<std::int32_t> functions;
-
-  std::array<std::int32_t, 2> totals = {};  ///< variables and species of all blocks
-
-  BlockDimensions(DimensionKind kind, std::int32_t blocks) {
-    const auto count = static_cast<std::size_t>(blocks);
-    for (auto* column : {&extents.i, &extents.j, &extents.k}) column->resize(count);
-    if (kind == DimensionKind::one_record_with_variables) functions.resize(count);
-  }
-
-  template <class Visit>
-  void walk(DimensionKind kind, const Coding& coding, std::int32_t blocks, Visit& visit) {
-    std::vector<std::int32_t*> columns = {extents.i.data(), extents.j.data(), extents.k.data()};
-    if (!functions.empty()) columns.push_back(functions.data());
-    std::vector<std::int32_t*> ends;
-    if (kind == DimensionKind::one_record_with_species) ends = {&totals[0], &totals[1]};
-    walk_dimensions<std::int32_t>(kind, coding, blocks, columns, visit, ends);
-  }
-
-  [[nodiscard]] bool plausible(EmptyBlocks empty) const {
-    std::int64_t points = 0;
-    for (std::size_t b = 0; b < extents.i.size(); ++b) {
-      if (!add_points(points, extents.of(b), empty)) return false;
-    }
-    return std::ranges::all_of(
-        functions, [](std::int32_t count) { return count >= 0 && count <= most_variables; });
-  }
-};
 
 /// Most blocks that fit the file with their extents and a record or a line each.
 /// @param extents  number of extents per block in the header
@@ -114,67 +73,71 @@ bool read_dimensions(Evidence& evidence, HeaderReader& reader, const Coding& cod
     if (is_text(coding) && outline.blocks > evidence.text_lines()) return false;
   }
   if (outline.blocks > sample_blocks) {
-    HeaderReader::State begin = reader.state();
-    BlockDimensions sample(kind, sample_blocks);
-    sample.walk(kind, coding, sample_blocks, reader);
-    if (!sample.plausible(empty)) return false;
-    reader.restore(std::move(begin));
+    const bool plausible = reader.look_ahead([&](HeaderReader& sample) {
+      return are_plausible(read_block_dimensions(kind, coding, sample_blocks, sample).extents,
+                           empty);
+    });
+    if (!plausible) return false;
   }
-  BlockDimensions all(kind, outline.blocks);
-  all.walk(kind, coding, outline.blocks, reader);
-  if (!all.plausible(empty)) return false;
-  outline.functions = std::move(all.functions);
-  if (kind == DimensionKind::one_record_with_species) {
-    const auto& [variables, species] = all.totals;
-    if (variables < solution_variables || variables > most_variables) return false;
-    if (species < 0 || species > variables) return false;
-    outline.functions.assign(all.extents.i.size(), variables);
-  }
+  BlockDimensions all = read_block_dimensions(kind, coding, outline.blocks, reader);
+  // A solution with species has the usual variables too.
+  const std::int32_t least =
+      kind == DimensionKind::one_record_with_species ? solution_variables : 0;
+  const bool counts_plausible = std::ranges::all_of(all.variables, [&](std::int32_t count) {
+    return count >= std::max(least, all.species) && count <= most_variables;
+  });
+  if (!counts_plausible || all.species < 0 || !are_plausible(all.extents, empty)) return false;
+  outline.functions = std::move(all.variables);
   outline.extents = std::make_shared<const Extents>(std::move(all.extents));
   return true;
 }
 
-}  // namespace
-
-std::optional<Outline> Evidence::grid_outline(const Coding& coding, bool multiblock,
-                                              EmptyBlocks empty) {
-  if (!has_readable_header(coding)) return std::nullopt;
+/// The outline that `read(reader, outline)` fills; none if it returns false or the file holds other
+/// records.
+template <class Read>
+std::optional<Outline> outline_of(Evidence& evidence, const Coding& coding, Read read) {
+  if (!evidence.has_readable_header(coding)) return std::nullopt;
   Outline outline;
-  HeaderReader reader(*this, coding);
-  const bool taken = HeaderReader::succeeds([&] {
-    if (multiblock) reader({recordio::scalar(outline.blocks)});
-    return read_dimensions(*this, reader, coding, DimensionKind::one_record, empty, outline);
-  });
+  HeaderReader reader(evidence, coding);
+  try {
+    if (!read(reader, outline)) return std::nullopt;
+  } catch (const recordio::ReadError& error) {
+    // Rethrow errors of the system.
+    if (error.status > recordio::status_error) throw;
+    return std::nullopt;
+  }
   outline.sizes = std::move(reader.sizes);
-  return taken ? std::optional(std::move(outline)) : std::nullopt;
+  return outline;
 }
 
-std::optional<Outline> Evidence::restart_outline(const RestartForm& form, EmptyBlocks empty) {
-  if (!has_readable_header(form.coding)) return std::nullopt;
-  Outline outline;
-  HeaderReader reader(*this, form.coding);
-  HeaderValues header;
+}  // namespace
+
+std::optional<Outline> Evidence::outline(const GridForm& form, EmptyBlocks empty) {
+  return outline_of(*this, form.coding, [&](HeaderReader& reader, Outline& outline) {
+    if (form.multiblock) reader({recordio::scalar(outline.blocks)});
+    return read_dimensions(*this, reader, form.coding, DimensionKind::one_record, empty, outline);
+  });
+}
+
+std::optional<Outline> Evidence::outline(const RestartForm& form, EmptyBlocks empty) {
   const LayoutTraits& layout = traits_of(form.layout);
-  const bool taken = HeaderReader::succeeds([&] {
+  auto result = outline_of(*this, form.coding, [&](HeaderReader& reader, Outline& outline) {
+    HeaderValues header;
     walk_lead(layout, form.coding, form.multiblock, header, reader);
     outline.blocks = header.nblocks;
+    outline.older_levels = older_levels(form.coding, header.itimeint);
     if (layout.header == HeaderKind::single_block) {
-      std::int64_t points = 0;
-      if (!add_points(points, {header.i, header.j, header.k}, empty)) return false;
       outline.extents =
           std::make_shared<const Extents>(Extents{{header.i}, {header.j}, {header.k}});
+      if (!are_plausible(*outline.extents, empty)) return false;
     }
     return read_dimensions(*this, reader, form.coding, layout.dimensions, empty, outline);
   });
-  outline.older_levels = older_levels(form.coding, header.itimeint);
-  outline.sizes = std::move(reader.sizes);
-  if (!taken) return std::nullopt;
-  if (layout.more_parameters) {
-    const auto parameters = overflow_parameters(file_, form.coding, size_, outline.sizes.records());
-    if (!parameters) return std::nullopt;
-    outline.parameters = *parameters;
-  }
-  return outline;
+  if (!result || !layout.more_parameters) return result;
+  const auto parameters = overflow_parameters(file_, form.coding, size_, result->sizes.records());
+  if (!parameters) return std::nullopt;
+  result->parameters = *parameters;
+  return result;
 }
 
 }  // namespace p3dgrid

@@ -1,8 +1,7 @@
-#include "detect/plausibility.hpp"
-
 #include <algorithm>
 #include <cmath>
 
+#include "detect/candidates.hpp"
 #include "detect/section_search.hpp"
 
 namespace p3dgrid {
@@ -48,12 +47,12 @@ std::optional<FilePlan> plan_of(Evidence& file, const Reading& reading) {
   if (reading.extents == nullptr) return std::nullopt;
   if (reading.is_grid()) {
     const GridForm& form = reading.grid();
-    const auto outline = file.grid_outline(form.coding, form.multiblock, EmptyBlocks::accepted);
+    const auto outline = file.outline(form, EmptyBlocks::accepted);
     if (!outline) return std::nullopt;
     return FilePlan(outline->sizes, reading.extents, form);
   }
   const RestartForm& form = reading.restart();
-  auto outline = file.restart_outline(form, EmptyBlocks::accepted);
+  auto outline = file.outline(form, EmptyBlocks::accepted);
   if (!outline || !form.sections) return std::nullopt;
   const bool triplets = reading.triplets.value_or(false);
   return SectionSearch{file, form, std::move(*outline), reading.extents, triplets}.plan(
@@ -86,11 +85,6 @@ bool has_plausible_reals(Evidence& file, const Reading& reading) {
   return true;
 }
 
-bool is_open_in_coding(const Reading& one, const Reading& other) {
-  return one.coding().byte_order != other.coding().byte_order ||
-         one.coding().precision != other.coding().precision;
-}
-
 std::string explanation(const Reading& taken, const std::vector<Reading>& others) {
   const auto differs = [&](auto member) {
     return std::ranges::any_of(others, [&](const Reading& other) {
@@ -119,7 +113,8 @@ void settle_by_values(Evidence& file, Detection& found) {
     taken = &reading;
   }
   const auto contradicts = [&](const Reading& other) {
-    return &other == taken || is_open_in_coding(*taken, other);
+    return &other == taken || other.coding().byte_order != taken->coding().byte_order ||
+           other.coding().precision != taken->coding().precision;
   };
   if (taken == nullptr || !std::ranges::all_of(readings, contradicts)) return;
   Reading reading = *taken;

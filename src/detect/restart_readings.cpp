@@ -35,45 +35,49 @@ std::vector<bool> possible_leading(const RestartForm& form) {
   return {true, false};
 }
 
-class RestartSearch {
- public:
-  RestartSearch(Evidence& file, const StatedRestartForm& stated,
-                const std::shared_ptr<const Extents>& grid, EmptyBlocks empty,
-                std::vector<Candidate> others)
-      : file_(file), stated_(stated), grid_(grid), empty_(empty), candidates_(std::move(others)) {}
+struct RestartSearch {
+  Evidence& file;
+  const StatedRestartForm& stated;
+  const std::shared_ptr<const Extents>& grid;
+  EmptyBlocks empty;
+  std::vector<Candidate> candidates;
+  std::vector<SectionSearch> texts = {};  ///< text without stated sections
+  std::vector<Reading> found = {};
 
   std::vector<Reading> readings() {
-    const StatedCoding& stated = stated_.coding;
-    for (const Coding& coding : in_dimensions(stated, codings_of(file_, stated))) {
+    for (const Coding& coding : codings_of(file, stated.coding)) {
       for (const LayoutTraits& layout : all_layouts()) {
-        if (stated_.layout.value_or(layout.layout) != layout.layout) continue;
+        if (stated.layout.value_or(layout.layout) != layout.layout) continue;
         if (!has_files_of(layout, coding)) continue;
-        for (const RestartForm& form : forms_of(layout, coding, stated_)) examine(form);
+        for (const RestartForm& form : forms_of(layout, coding, stated)) examine(form);
       }
     }
     take_fits();
     // The number of variables of a text follows from the number of its values.
-    for (const SectionSearch& search : std::exchange(texts_, {})) add_by_size(search);
+    for (const SectionSearch& search : texts) {
+      std::vector<Sections> tables = sections_by_size(search);
+      std::erase(tables, usual_sections(search));
+      add(search, tables);
+    }
     take_fits();
-    return std::move(readings_);
+    return std::move(found);
   }
 
- private:
   void examine(const RestartForm& form) {
-    const auto outline = file_.restart_outline(form, empty_);
+    const auto outline = file.outline(form, empty);
     if (!outline) return;
     const bool own = outline->extents != nullptr;
-    if (!own && !grid_) {
-      if (!may_go_unchecked(file_, form, stated_.layout.has_value())) return;
-      readings_.push_back({.form = form, .own_extents = false, .checked = false});
-    } else if (!own && grid_->blocks() != outline->blocks) {
+    if (!own && !grid) {
+      if (!may_go_unchecked(file, form, stated.layout.has_value())) return;
+      found.push_back({.form = form, .own_extents = false, .checked = false});
+    } else if (!own && grid->blocks() != outline->blocks) {
       Fit other{Fit::Agreement::other, 0,
                 "holds " + counted(outline->blocks, "block") + ", the grid " +
-                    std::to_string(grid_->blocks())};
-      readings_.push_back({.form = form, .own_extents = false, .fit = std::move(other)});
+                    std::to_string(grid->blocks())};
+      found.push_back({.form = form, .own_extents = false, .fit = std::move(other)});
     } else {
       for (const bool leading : possible_leading(form)) {
-        add({file_, form, *outline, own ? outline->extents : grid_, leading});
+        add({file, form, *outline, own ? outline->extents : grid, leading});
       }
     }
   }
@@ -89,18 +93,12 @@ class RestartSearch {
     const bool counted = traits_of(form.layout).counted_variables;
     if (encoding == Encoding::unformatted) tables = sections_in_records(search);
     if (encoding == Encoding::binary && !counted) tables = sections_by_size(search);
-    if (encoding == Encoding::formatted && !counted) texts_.push_back(search);
+    if (encoding == Encoding::formatted && !counted) texts.push_back(search);
     tables.push_back(usual_sections(search));
-    add(search, std::move(tables));
+    add(search, tables);
   }
 
-  void add_by_size(const SectionSearch& search) {
-    std::vector<Sections> tables = sections_by_size(search);
-    std::erase(tables, usual_sections(search));
-    add(search, std::move(tables));
-  }
-
-  void add(const SectionSearch& search, std::vector<Sections> tables) {
+  void add(const SectionSearch& search, const std::vector<Sections>& tables) {
     for (auto table = tables.begin(); table != tables.end(); ++table) {
       if (std::find(tables.begin(), table, *table) == table) add(search, *table);
     }
@@ -116,26 +114,18 @@ class RestartSearch {
                          !traits_of(search.form.layout).counted_variables &&
                          variables_in(sections) != solution_variables;
     reading.triplets = search.leading;
-    candidates_.push_back({std::move(reading), search.plan(sections)});
+    candidates.push_back({std::move(reading), search.plan(sections)});
   }
 
   void take_fits() {
-    for (Reading& reading : fitted(file_, std::exchange(candidates_, {}))) {
+    for (Reading& reading : fitted(file, std::exchange(candidates, {}))) {
       // With a free number of variables and a free flag any file agrees, and in two dimensions many
       // files of three.
-      const bool planar = is_planar(reading.coding()) && !stated_.coding.dimensions;
+      const bool planar = is_planar(reading.coding()) && !stated.coding.dimensions;
       if (reading.free_count && (reading.unknown_flag || planar)) continue;
-      readings_.push_back(std::move(reading));
+      found.push_back(std::move(reading));
     }
   }
-
-  Evidence& file_;
-  const StatedRestartForm& stated_;
-  const std::shared_ptr<const Extents>& grid_;
-  EmptyBlocks empty_;
-  std::vector<Candidate> candidates_;
-  std::vector<SectionSearch> texts_;  ///< text without stated sections
-  std::vector<Reading> readings_;
 };
 
 }  // namespace
@@ -143,7 +133,7 @@ class RestartSearch {
 std::vector<Reading> restart_readings(Evidence& file, const StatedRestartForm& stated,
                                       const std::shared_ptr<const Extents>& grid, EmptyBlocks empty,
                                       std::vector<Candidate> others) {
-  return RestartSearch(file, stated, grid, empty, std::move(others)).readings();
+  return RestartSearch{file, stated, grid, empty, std::move(others)}.readings();
 }
 
 }  // namespace p3dgrid

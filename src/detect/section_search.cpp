@@ -75,10 +75,10 @@ std::vector<std::array<std::int32_t, most_flags>> possible_flags(const LayoutTra
 }  // namespace
 
 FilePlan SectionSearch::plan(const Sections& sections) const {
-  BodyPlan body{.shape = shape_of(sections, leading, outline.older_levels)};
-  body.shape.parameters = outline.parameters;
-  if (differ(outline.functions)) body.functions = outline.functions;
-  return {outline.sizes, extents, form, std::move(body)};
+  const BlockShape shape = shape_of(sections, leading, outline.older_levels, outline.parameters);
+  const bool by_block = differ(outline.functions);
+  return {outline.sizes, extents, form, shape,
+          by_block ? outline.functions : std::vector<std::int32_t>()};
 }
 
 Sections usual_sections(const SectionSearch& search) {
@@ -134,8 +134,9 @@ std::vector<Sections> sections_in_records(const SectionSearch& search) {
 std::vector<Sections> sections_by_size(const SectionSearch& search) {
   const Coding& coding = search.form.coding;
   const bool text = is_text(coding);
-  if (text && !search.file.text_values()) return {};
-  const std::int64_t found = text ? *search.file.text_values() : search.file.size();
+  const TextCount& counts = search.file.text_count();
+  if (text && !counts.whole) return {};
+  const std::int64_t found = text ? counts.values : search.file.size();
   const std::int64_t copies = 1 + search.outline.older_levels;
   const std::int64_t variable = search.extents->points() * (text ? 1 : real_bytes(coding)) * copies;
   if (variable == 0) return {};
@@ -143,7 +144,7 @@ std::vector<Sections> sections_by_size(const SectionSearch& search) {
   for (const auto& flags : possible_flags(traits_of(search.form.layout))) {
     const std::int64_t rest = found - amount(search.plan({}), coding, flags);
     // A line of text that begins with a comma can hold one more value than counted.
-    const std::int64_t most = rest + (text ? search.file.text_commas() : 0);
+    const std::int64_t most = rest + (text ? counts.commas : 0);
     const std::int64_t variables = most / variable;
     if (most < 0 || variables * variable < rest || variables > most_variables) continue;
     if (search.leading && variables < 1) tables.push_back(in_order(search, {solution_variables}));

@@ -61,14 +61,12 @@ void drop_contradicted_by_markers(std::vector<Reading>& readings) {
 /// With a free number of variables, a wrong header can agree with the length of a file. If readings
 /// without that freedom agree, only those with the same extents are kept.
 void drop_coincidences(std::vector<Reading>& readings) {
-  std::vector<Reading> bound;
-  for (const Reading& reading : readings) {
-    if (!reading.free_count) bound.push_back(reading);
-  }
-  if (bound.empty()) return;
+  if (std::ranges::all_of(readings, &Reading::free_count)) return;
+  const std::vector<Reading> all = readings;
   std::erase_if(readings, [&](const Reading& reading) {
-    return reading.free_count && std::ranges::none_of(bound, [&](const Reading& other) {
-             return reading.extents != nullptr && is_of(*reading.extents, other);
+    return reading.free_count && std::ranges::none_of(all, [&](const Reading& other) {
+             return !other.free_count && reading.extents != nullptr &&
+                    is_of(*reading.extents, other);
            });
   });
 }

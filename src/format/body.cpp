@@ -2,12 +2,13 @@
 
 namespace p3dgrid {
 
-BlockShape shape_of(const Sections& sections, bool leading, std::int32_t older_levels) {
-  BlockShape shape{.sections = sections,
-                   .older_levels = older_levels,
-                   .older = sections.empty() ? Section{} : sections.front()};
-  if (leading) shape.leading = solution_variables;
-  return shape;
+BlockShape shape_of(const Sections& sections, bool leading, std::int32_t older_levels,
+                    const ParameterCount& parameters) {
+  return {.sections = sections,
+          .leading = leading ? std::optional(solution_variables) : std::nullopt,
+          .older_levels = older_levels,
+          .older = sections.empty() ? Section{} : sections.front(),
+          .parameters = parameters};
 }
 
 std::vector<BodyRecord> block_records(const LayoutTraits& layout, const Coding& coding,

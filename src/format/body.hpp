@@ -68,18 +68,18 @@ struct BlockShape {
   /// older levels.
   std::optional<std::int32_t> leading = {};
   std::int32_t older_levels = 0;
-  Section older = {};  ///< variables in the record of an older level
-  /// Flow parameters, where the layout does not fix their number.
-  ParameterCount parameters = {};
+  Section older = {};              ///< variables in the record of an older level
+  ParameterCount parameters = {};  ///< where the layout does not fix their number
 };
 
 /// Largest plausible number of variables, so that sizes of records fit 64 bits.
 inline constexpr std::int32_t most_variables = 1'000'000;
 
 /// The shape of a block with these sections.
-/// @param leading  it begins with a leading record
-[[nodiscard]] BlockShape shape_of(const Sections& sections, bool leading,
-                                  std::int32_t older_levels);
+/// @param leading     it begins with a leading record
+/// @param parameters  flow parameters, where the layout does not fix their number
+[[nodiscard]] BlockShape shape_of(const Sections& sections, bool leading, std::int32_t older_levels,
+                                  const ParameterCount& parameters = {});
 
 /// The records of a block in file order.
 [[nodiscard]] std::vector<BodyRecord> block_records(const LayoutTraits& layout,

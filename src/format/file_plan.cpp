@@ -11,12 +11,11 @@ FilePlan::FilePlan(HeaderSizes header, std::shared_ptr<const Extents> extents, c
 }
 
 FilePlan::FilePlan(HeaderSizes header, std::shared_ptr<const Extents> extents,
-                   const RestartForm& form, BodyPlan body)
-    : header_(std::move(header)),
-      extents_(std::move(extents)),
-      functions_(std::move(body.functions)) {
+                   const RestartForm& form, const BlockShape& shape,
+                   std::vector<std::int32_t> functions)
+    : header_(std::move(header)), extents_(std::move(extents)), functions_(std::move(functions)) {
   const LayoutTraits& layout = traits_of(form.layout);
-  std::vector<BodyRecord> records = block_records(layout, form.coding, body.shape);
+  std::vector<BodyRecord> records = block_records(layout, form.coding, shape);
   records_ = header_.records() + extents_->blocks() * std::ssize(records) + layout.extensions;
   body_.emplace(std::move(records), extents_->blocks(), layout.extensions);
 }

@@ -57,20 +57,15 @@ class HeaderSizes {
   std::int64_t records_ = 0;
 };
 
-/// Parameters of the body of a restart file.
-struct BodyPlan {
-  BlockShape shape;
-  std::vector<std::int32_t> functions = {};  ///< variables of each block, if they differ
-};
-
 /// Iterates over the sizes of all records of a file in order.
 class FilePlan {
  public:
   /// Of a grid.
   FilePlan(HeaderSizes header, std::shared_ptr<const Extents> extents, const GridForm& form);
   /// Of a restart file.
+  /// @param functions  variables of each block if they differ; else empty
   FilePlan(HeaderSizes header, std::shared_ptr<const Extents> extents, const RestartForm& form,
-           BodyPlan body);
+           const BlockShape& shape, std::vector<std::int32_t> functions);
 
   /// The next record; none at the end. After a flag, call `set_flag` first.
   [[nodiscard]] std::optional<RecordSize> next();

@@ -14,23 +14,6 @@ constexpr std::array marker_sizes = {MarkerBytes::four, MarkerBytes::eight};
 constexpr std::array both_dimensions = {Dimensions::two, Dimensions::three};
 constexpr std::array yes_or_no = {true, false};
 
-template <class Form, class Stated>
-Form with(Form form, const Stated& stated) {
-  const auto apply = [](const auto&, auto& value, const auto& choice) {
-    if (choice) value = *choice;
-  };
-  Form::for_each_member(apply, form, stated);
-  return form;
-}
-
-template <class Stated, class Form>
-Stated all_of(const Form& form) {
-  Stated stated;
-  Stated::for_each_member([](const auto&, auto& choice, const auto& value) { choice = value; },
-                          stated, form);
-  return stated;
-}
-
 template <class Stated>
 bool all_stated(const Stated& stated) {
   if (!stated.coding.encoding) return false;
@@ -72,15 +55,8 @@ const Member<std::optional<Sections>> sections_member{
     true};
 
 const char* name_of(Encoding encoding) {
-  switch (encoding) {
-    case Encoding::formatted:
-      return "formatted";
-    case Encoding::binary:
-      return "binary";
-    case Encoding::unformatted:
-      break;
-  }
-  return "unformatted";
+  if (encoding == Encoding::formatted) return "formatted";
+  return encoding == Encoding::binary ? "binary" : "unformatted";
 }
 
 const char* name_of(Precision precision) {
@@ -105,30 +81,6 @@ const char* name_of(Layout layout) {
 
 const char* name_of(bool choice) {
   return choice ? "yes" : "no";
-}
-
-Coding applied_to(Coding coding, const StatedCoding& stated) {
-  return with(coding, stated);
-}
-
-GridForm applied_to(GridForm form, const StatedGridForm& stated) {
-  return with(form, stated);
-}
-
-RestartForm applied_to(RestartForm form, const StatedRestartForm& stated) {
-  return with(std::move(form), stated);
-}
-
-StatedGridForm stated_as(const GridForm& form) {
-  return all_of<StatedGridForm>(form);
-}
-
-StatedCoding stated_as(const Coding& coding) {
-  return all_of<StatedCoding>(coding);
-}
-
-StatedRestartForm stated_as(const RestartForm& form) {
-  return all_of<StatedRestartForm>(form);
 }
 
 bool is_complete(const StatedGridForm& stated) {

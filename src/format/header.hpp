@@ -142,9 +142,8 @@ void walk_dimensions(DimensionKind kind, const Coding& coding, std::int32_t nblo
     for (Int* const total : totals) move(*value++, *total);
   };
   for_each_entry([](std::int32_t& value, Int& entry) { value = entry; });
-  using Memory = std::conditional_t<std::is_const_v<Int>, const std::int32_t, std::int32_t>;
   const recordio::RecordList<recordio::MemoryOf<Int>> list{
-      recordio::values(static_cast<Memory*>(table.data()), std::ssize(table))};
+      recordio::values(static_cast<Int*>(table.data()), std::ssize(table))};
   if constexpr (std::is_const_v<Int>) {
     visit(list);
   } else {
@@ -159,6 +158,34 @@ void walk_dimensions(DimensionKind kind, const Coding& coding, std::int32_t nblo
     }
     distribute();
   }
+}
+
+/// The block dimensions of a header, and the counts beside them.
+struct BlockDimensions {
+  Extents extents = {};
+  std::vector<std::int32_t> variables = {};  ///< of each block; empty if the header has none
+  std::int32_t species = 0;
+};
+
+/// Reads the block dimensions of a header.
+template <class Visit>
+[[nodiscard]] BlockDimensions read_block_dimensions(DimensionKind kind, const Coding& coding,
+                                                    std::int32_t nblocks, Visit&& visit) {
+  BlockDimensions read;
+  auto& [extents, variables, species] = read;
+  std::vector<std::int32_t*> columns;
+  const auto add = [&](std::vector<std::int32_t>& column) {
+    column.resize(static_cast<std::size_t>(nblocks));
+    columns.push_back(column.data());
+  };
+  for (auto* column : {&extents.i, &extents.j, &extents.k}) add(*column);
+  if (kind == DimensionKind::one_record_with_variables) add(variables);
+  std::int32_t of_each = 0;
+  std::vector<std::int32_t*> totals;
+  if (kind == DimensionKind::one_record_with_species) totals = {&of_each, &species};
+  walk_dimensions<std::int32_t>(kind, coding, nblocks, columns, visit, totals);
+  if (!totals.empty()) variables.assign(extents.i.size(), of_each);
+  return read;
 }
 
 }  // namespace p3dgrid

@@ -50,23 +50,16 @@ class HostArray final : detail::StorageOwner {
   allocatable<T, Rank> array_;
 };
 
-/// An array that the host passes; empty if it is absent or not allocated.
-template <class T>
-[[nodiscard]] array_view<T, 1> view(T* values, std::int64_t size) {
-  if (values == nullptr) return {};
-  return {values, size};
-}
-template <class T>
-[[nodiscard]] array_view<T, 2> view(T* values, const std::int64_t* extents) {
-  if (values == nullptr) return {};
-  return {values, extents[0], extents[1]};
+template <class Real>
+[[nodiscard]] array_view<Real, 2> reals(const GivenArray& array) {
+  return {static_cast<Real*>(array.address), array.extents[0], array.extents[1]};
 }
 
 /// Calls `act` with the array as one of `float` or `double`.
 template <class Act>
-void with_reals(integer bytes, const void* values, const std::int64_t* extents, Act act) {
-  if (bytes == sizeof(float)) return act(view(static_cast<const float*>(values), extents));
-  act(view(static_cast<const double*>(values), extents));
+void with_reals(const GivenArray& array, Act act) {
+  if (array.real_bytes == sizeof(float)) return act(reals<const float>(array));
+  act(reals<const double>(array));
 }
 
 }  // namespace mod_p3dgrid::fortran

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "mod_p3dgrid/logical.hpp"
+#include "mod_p3dgrid/arrays.hpp"
 
 /// The interface between the library and the module for hosts in Fortran
 /// (`fortran/mod_p3dgrid.f90`). The functions with C linkage that the module calls have no
@@ -12,6 +12,17 @@ namespace mod_p3dgrid::fortran {
 
 /// An allocatable array of Fortran: the address of its descriptor, which differs between compilers.
 using Descriptor = void*;
+
+/// An array that the module passes, `given_array` there. An absent or empty one has no address.
+struct GivenArray {
+  void* address;
+  std::int64_t extents[2];
+  integer real_bytes;  ///< 4 or 8; 0 for integers
+
+  [[nodiscard]] operator integer_view() const {
+    return {static_cast<const integer*>(address), extents[0]};
+  }
+};
 
 /// Procedures of the module for arrays of one type.
 struct ArrayProcedures {

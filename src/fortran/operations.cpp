@@ -1,5 +1,4 @@
-/// The operations, for hosts in Fortran. Flags are 0 or 1. The sizes of arrays follow them: `sizes`
-/// are those of `idim`, `jdim` and `kdim`.
+/// The operations, for hosts in Fortran. Flags are 0 or 1; `extents` are `idim`, `jdim` and `kdim`.
 
 #include "MOD_P3DReader.hpp"
 #include "fortran/arrays.hpp"
@@ -18,22 +17,17 @@ void read_grid(const HostName& filename, integer iformat, integer dblprec, integ
                Descriptor iblank, integer useiblank, integer multiblock) {
   HostArray<Real, 2> coordinates(xyz);
   HostArray<integer, 1> i(idim), j(jdim), k(kdim), blanking(iblank);
-  allocatable<Real, 2>& result = coordinates;
-  readp3dgrid(filename, iformat, flag(dblprec), nblocks, ndim, result, i, j, k, blanking,
+  readp3dgrid(filename, iformat, flag(dblprec), nblocks, ndim, coordinates, i, j, k, blanking,
               flag(useiblank), flag(multiblock));
 }
 
 template <class Real>
 void read_restart(const HostName& filename, integer iformat, integer dblprec, integer nblocks,
-                  array_view<const integer, 1> blockpoints, Descriptor varvalues,
-                  Descriptor auxvalues, array_view<const integer, 1> idim,
-                  array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
-                  integer rsttype, integer multiblock) {
+                  const GivenArray& blockpoints, Descriptor varvalues, Descriptor auxvalues,
+                  const GivenArray* extents, integer rsttype, integer multiblock) {
   HostArray<Real, 2> flow(varvalues), triplets(auxvalues);
-  allocatable<Real, 2>& flow_result = flow;
-  allocatable<Real, 2>& triplet_result = triplets;
-  readp3drestart(filename, iformat, flag(dblprec), nblocks, blockpoints, flow_result,
-                 triplet_result, idim, jdim, kdim, rsttype, flag(multiblock));
+  readp3drestart(filename, iformat, flag(dblprec), nblocks, blockpoints, flow, triplets, extents[0],
+                 extents[1], extents[2], rsttype, flag(multiblock));
 }
 
 }  // namespace
@@ -73,16 +67,13 @@ void mod_p3dgrid_readp3dgridheader(const char* filename, std::size_t length, int
 }
 
 void mod_p3dgrid_writep3dgrid(const char* filename, std::size_t length, integer iformat,
-                              integer dblprec, integer nblocks, integer ndim, integer real_bytes,
-                              const void* xyz, const std::int64_t* shape, const integer* idim,
-                              const integer* jdim, const integer* kdim, const std::int64_t* sizes,
-                              const integer* iblank, std::int64_t blanking_size, integer useiblank,
-                              integer multiblock) {
+                              integer dblprec, integer nblocks, integer ndim, const GivenArray& xyz,
+                              const GivenArray* extents, const GivenArray& iblank,
+                              integer useiblank, integer multiblock) {
   const HostName name(filename, length);
-  with_reals(real_bytes, xyz, shape, [&](auto coordinates) {
-    writep3dgrid(name, iformat, flag(dblprec), nblocks, ndim, coordinates, view(idim, sizes[0]),
-                 view(jdim, sizes[1]), view(kdim, sizes[2]), view(iblank, blanking_size),
-                 flag(useiblank), flag(multiblock));
+  with_reals(xyz, [&](auto coordinates) {
+    writep3dgrid(name, iformat, flag(dblprec), nblocks, ndim, coordinates, extents[0], extents[1],
+                 extents[2], iblank, flag(useiblank), flag(multiblock));
   });
 }
 
@@ -103,13 +94,10 @@ void mod_p3dgrid_readrestartheader_extents(const char* filename, std::size_t len
 }
 
 void mod_p3dgrid_writerestartheader(const char* filename, std::size_t length, integer iformat,
-                                    integer dblprec, integer nblocks, const integer* idim,
-                                    const integer* jdim, const integer* kdim,
-                                    const std::int64_t* sizes, integer rsttype,
-                                    integer multiblock) {
-  writerestartheader(HostName(filename, length), iformat, flag(dblprec), nblocks,
-                     view(idim, sizes[0]), view(jdim, sizes[1]), view(kdim, sizes[2]), rsttype,
-                     flag(multiblock));
+                                    integer dblprec, integer nblocks, const GivenArray* extents,
+                                    integer rsttype, integer multiblock) {
+  writerestartheader(HostName(filename, length), iformat, flag(dblprec), nblocks, extents[0],
+                     extents[1], extents[2], rsttype, flag(multiblock));
 }
 
 void mod_p3dgrid_checkp3drstrtheader(const char* gridfile, std::size_t grid_length,
@@ -123,101 +111,79 @@ void mod_p3dgrid_checkp3drstrtheader(const char* gridfile, std::size_t grid_leng
 }
 
 void mod_p3dgrid_readp3drestart_single(const char* filename, std::size_t length, integer iformat,
-                                       integer dblprec, integer nblocks, const integer* blockpoints,
-                                       std::int64_t points_size, Descriptor varvalues,
-                                       Descriptor auxvalues, const integer* idim,
-                                       const integer* jdim, const integer* kdim,
-                                       const std::int64_t* sizes, integer rsttype,
-                                       integer multiblock) {
-  read_restart<float>({filename, length}, iformat, dblprec, nblocks, view(blockpoints, points_size),
-                      varvalues, auxvalues, view(idim, sizes[0]), view(jdim, sizes[1]),
-                      view(kdim, sizes[2]), rsttype, multiblock);
+                                       integer dblprec, integer nblocks,
+                                       const GivenArray& blockpoints, Descriptor varvalues,
+                                       Descriptor auxvalues, const GivenArray* extents,
+                                       integer rsttype, integer multiblock) {
+  read_restart<float>({filename, length}, iformat, dblprec, nblocks, blockpoints, varvalues,
+                      auxvalues, extents, rsttype, multiblock);
 }
 
 void mod_p3dgrid_readp3drestart_double(const char* filename, std::size_t length, integer iformat,
-                                       integer dblprec, integer nblocks, const integer* blockpoints,
-                                       std::int64_t points_size, Descriptor varvalues,
-                                       Descriptor auxvalues, const integer* idim,
-                                       const integer* jdim, const integer* kdim,
-                                       const std::int64_t* sizes, integer rsttype,
-                                       integer multiblock) {
-  read_restart<double>({filename, length}, iformat, dblprec, nblocks,
-                       view(blockpoints, points_size), varvalues, auxvalues, view(idim, sizes[0]),
-                       view(jdim, sizes[1]), view(kdim, sizes[2]), rsttype, multiblock);
+                                       integer dblprec, integer nblocks,
+                                       const GivenArray& blockpoints, Descriptor varvalues,
+                                       Descriptor auxvalues, const GivenArray* extents,
+                                       integer rsttype, integer multiblock) {
+  read_restart<double>({filename, length}, iformat, dblprec, nblocks, blockpoints, varvalues,
+                       auxvalues, extents, rsttype, multiblock);
 }
 
 void mod_p3dgrid_writep3drestart(const char* filename, std::size_t length, integer iformat,
                                  integer dblprec, integer nparamrows, integer nblocks,
-                                 integer real_bytes, const void* varvalues,
-                                 const std::int64_t* shape, const void* auxvalues,
-                                 const std::int64_t* aux_shape, const integer* idim,
-                                 const integer* jdim, const integer* kdim,
-                                 const std::int64_t* sizes, integer rsttype, integer multiblock) {
+                                 const GivenArray& varvalues, const GivenArray& auxvalues,
+                                 const GivenArray* extents, integer rsttype, integer multiblock) {
   const HostName name(filename, length);
   const auto write = [&](auto flow, auto triplets) {
-    writep3drestart(name, iformat, flag(dblprec), nparamrows, nblocks, flow, triplets,
-                    view(idim, sizes[0]), view(jdim, sizes[1]), view(kdim, sizes[2]), rsttype,
-                    flag(multiblock));
+    writep3drestart(name, iformat, flag(dblprec), nparamrows, nblocks, flow, triplets, extents[0],
+                    extents[1], extents[2], rsttype, flag(multiblock));
   };
-  with_reals(real_bytes, varvalues, shape, [&]<class Real>(array_view<const Real, 2> flow) {
-    write(flow, view(static_cast<const Real*>(auxvalues), aux_shape));
+  with_reals(varvalues, [&]<class Real>(array_view<const Real, 2> flow) {
+    write(flow, reals<const Real>(auxvalues));
   });
 }
 
 void mod_p3dgrid_readnextp3dvar(integer ivar, const char* filename, std::size_t length,
                                 integer iformat, integer dblprec, integer nblocks,
-                                const integer* blockpoints, std::int64_t points_size,
-                                integer real_bytes, void* varvalues, const std::int64_t* shape,
-                                const integer* idim, const integer* jdim, const integer* kdim,
-                                const std::int64_t* sizes, integer rsttype, integer multiblock) {
+                                const GivenArray& blockpoints, const GivenArray& varvalues,
+                                const GivenArray* extents, integer rsttype, integer multiblock) {
   const HostName name(filename, length);
   const auto read = [&](auto flow) {
-    readnextp3dvar(ivar, name, iformat, flag(dblprec), nblocks, view(blockpoints, points_size),
-                   flow, view(idim, sizes[0]), view(jdim, sizes[1]), view(kdim, sizes[2]), rsttype,
-                   flag(multiblock));
+    readnextp3dvar(ivar, name, iformat, flag(dblprec), nblocks, blockpoints, flow, extents[0],
+                   extents[1], extents[2], rsttype, flag(multiblock));
   };
-  if (real_bytes == sizeof(float)) return read(view(static_cast<float*>(varvalues), shape));
-  read(view(static_cast<double*>(varvalues), shape));
+  if (varvalues.real_bytes == sizeof(float)) return read(reals<float>(varvalues));
+  read(reals<double>(varvalues));
 }
 
 void mod_p3dgrid_writenextp3dvar(integer ivar, const char* prefix, std::size_t length,
-                                 integer dblprec, integer nblocks, const integer* blockpoints,
-                                 std::int64_t points_size, integer real_bytes,
-                                 const void* varvalues, const std::int64_t* shape,
-                                 const integer* idim, const integer* jdim, const integer* kdim,
-                                 const std::int64_t* sizes) {
+                                 integer dblprec, integer nblocks, const GivenArray& blockpoints,
+                                 const GivenArray& varvalues, const GivenArray* extents) {
   // Names of temporary files are kept by the module, which has room for 40 characters.
   const FileName name(std::string_view(prefix, length));
-  with_reals(real_bytes, varvalues, shape, [&](auto flow) {
-    writenextp3dvar(ivar, name, flag(dblprec), nblocks, view(blockpoints, points_size), flow,
-                    view(idim, sizes[0]), view(jdim, sizes[1]), view(kdim, sizes[2]));
+  with_reals(varvalues, [&](auto flow) {
+    writenextp3dvar(ivar, name, flag(dblprec), nblocks, blockpoints, flow, extents[0], extents[1],
+                    extents[2]);
   });
 }
 
-void mod_p3dgrid_combinep3dvarfiles(integer real_bytes, const void* leadvalues,
-                                    const std::int64_t* shape, const char* filename,
+void mod_p3dgrid_combinep3dvarfiles(const GivenArray& leadvalues, const char* filename,
                                     std::size_t length, integer iformat, integer dblprec,
-                                    integer nparamrows, integer nblocks, const integer* idim,
-                                    const integer* jdim, const integer* kdim,
-                                    const std::int64_t* sizes, integer rsttype,
-                                    integer multiblock) {
+                                    integer nparamrows, integer nblocks, const GivenArray* extents,
+                                    integer rsttype, integer multiblock) {
   const HostName name(filename, length);
-  with_reals(real_bytes, leadvalues, shape, [&](auto triplets) {
-    combinep3dvarfiles(triplets, name, iformat, flag(dblprec), nparamrows, nblocks,
-                       view(idim, sizes[0]), view(jdim, sizes[1]), view(kdim, sizes[2]), rsttype,
-                       flag(multiblock));
+  with_reals(leadvalues, [&](auto triplets) {
+    combinep3dvarfiles(triplets, name, iformat, flag(dblprec), nparamrows, nblocks, extents[0],
+                       extents[1], extents[2], rsttype, flag(multiblock));
   });
 }
 
 void mod_p3dgrid_writetecplotfile_p3d(const char* filename, std::size_t length, integer nblocks,
-                                      const double* xyz, const std::int64_t* shape,
-                                      const double* qvar, const std::int64_t* flow_shape,
-                                      const integer* idim, const integer* jdim, const integer* kdim,
-                                      const std::int64_t* sizes, const integer* iblank,
-                                      std::int64_t blanking_size, integer useiblank) {
-  writetecplotfile_p3d(HostName(filename, length), nblocks, view(xyz, shape),
-                       view(qvar, flow_shape), view(idim, sizes[0]), view(jdim, sizes[1]),
-                       view(kdim, sizes[2]), view(iblank, blanking_size), flag(useiblank));
+                                      const GivenArray& xyz, const GivenArray& qvar,
+                                      const GivenArray* extents, const GivenArray& iblank,
+                                      integer useiblank) {
+  writetecplotfile_p3d(HostName(filename, length), nblocks, reals<const double>(xyz),
+                       reals<const double>(qvar), extents[0], extents[1], extents[2], iblank,
+                       flag(useiblank));
 }
 
 }  // extern "C"

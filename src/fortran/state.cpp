@@ -5,6 +5,7 @@
 #include <array>
 #include <cstring>
 #include <optional>
+#include <tuple>
 
 #include "MOD_P3DReader.hpp"
 #include "fortran/host.hpp"
@@ -39,27 +40,14 @@ std::array shared_variables{shared(iflag),       shared(eqid),
                             shared(p3dtau),      shared(mod_p3dgrid::tmpfile)};
 
 template <class T, std::size_t Rank>
-bool has_shape(const allocatable<T, Rank>& array, const std::int64_t* extents) {
-  if (!array.allocated()) return false;
-  for (std::size_t d = 1; d <= Rank; ++d) {
-    if (array.extent(d) != extents[d - 1]) return false;
-  }
-  return true;
-}
-
-template <class T, std::size_t Rank>
 void take(allocatable<T, Rank>& array, const void* values, const std::int64_t* extents) {
-  if (values == nullptr) {
-    array.deallocate();
-    return;
-  }
-  if (!has_shape(array, extents)) {
-    array.deallocate();
-    integer status = allocation_done;
-    if constexpr (Rank == 1) status = array.allocate(extents[0]);
-    if constexpr (Rank == 2) status = array.allocate(extents[0], extents[1]);
-    if (status != allocation_done) fail_run(out_of_memory_message);
-  }
+  std::array<std::int64_t, Rank> shape;
+  std::copy_n(extents, Rank, shape.begin());
+  const bool fits = array.allocated() && array_view<T, Rank>(array).extents() == shape;
+  if (values == nullptr || !fits) array.deallocate();
+  if (values == nullptr) return;
+  const auto allocate = [&](auto... extent) { return array.allocate(extent...); };
+  if (!fits && std::apply(allocate, shape) != allocation_done) fail_run(out_of_memory_message);
   std::copy_n(static_cast<const T*>(values), array.size(), array.data());
 }
 

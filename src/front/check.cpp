@@ -1,7 +1,5 @@
 #include "p3dgrid/check.hpp"
 
-#include <optional>
-
 #include "front/extents.hpp"
 #include "front/settle.hpp"
 #include "p3dgrid/detect.hpp"
@@ -15,9 +13,14 @@ bool is_finding(ErrorKind kind) {
   return kind != ErrorKind::system && kind != ErrorKind::ambiguous && kind != ErrorKind::argument;
 }
 
-/// The reading that `settle` returns, with its extents. The whole file is compared with it.
+struct Checked {
+  Findings findings;
+  std::shared_ptr<const Extents> extents;  ///< of the file; null if unknown
+};
+
+/// Compares the whole file with the reading that `settle` returns.
 template <class Settle>
-std::optional<Reading> checked(Findings& findings, const std::string& path, Settle settle) {
+Checked checked(const std::string& path, Settle settle) {
   try {
     Reading reading = settle();
     if (reading.extents == nullptr) {
@@ -25,37 +28,35 @@ std::optional<Reading> checked(Findings& findings, const std::string& path, Sett
           std::visit([&](const auto& form) { return extents_in(path, form); }, reading.form);
     }
     const Fit fit = fit_of(path, reading);
-    if (!fit.whole()) findings.push_back(departure(path, reading, fit));
-    return reading;
+    Checked found{.findings = {}, .extents = reading.extents};
+    if (!fit.whole()) found.findings.push_back(departure(path, reading, fit));
+    return found;
   } catch (const Error& error) {
     if (!is_finding(error.kind())) throw;
-    findings.push_back(error);
-    return std::nullopt;
+    return {.findings = {error}, .extents = nullptr};
   }
+}
+
+Findings joined(Findings findings, const Findings& more) {
+  findings.insert(findings.end(), more.begin(), more.end());
+  return findings;
 }
 
 }  // namespace
 
 std::vector<Error> check(const std::string& path) {
-  Findings findings;
-  static_cast<void>(checked(findings, path, [&] { return settle_any(path); }));
-  return findings;
+  return checked(path, [&] { return settle_any(path); }).findings;
 }
 
 std::vector<Error> check_grid(const std::string& path, const StatedGridForm& stated) {
-  Findings findings;
-  static_cast<void>(checked(findings, path, [&] { return settle_grid(path, stated); }));
-  return findings;
+  return checked(path, [&] { return settle_grid(path, stated); }).findings;
 }
 
 std::vector<Error> check_solution(const std::string& path, const StatedRestartForm& stated,
                                   const std::shared_ptr<const Extents>& grid) {
-  Findings findings;
-  const auto found = checked(findings, path, [&] { return settle_restart(path, stated, grid); });
-  if (grid == nullptr || !found || found->extents == nullptr) return findings;
-  const Findings differences = differing_blocks(path, *found->extents, *grid);
-  findings.insert(findings.end(), differences.begin(), differences.end());
-  return findings;
+  const Checked found = checked(path, [&] { return settle_restart(path, stated, grid); });
+  if (grid == nullptr || found.extents == nullptr) return found.findings;
+  return joined(found.findings, differing_blocks(path, *found.extents, *grid));
 }
 
 std::vector<Error> differing_blocks(const std::string& path, const Extents& own,
@@ -87,12 +88,8 @@ std::vector<Error> differing_blocks(const std::string& path, const Extents& own,
 std::vector<Error> check_pair(const std::string& grid, const std::string& solution,
                               const StatedGridForm& stated_grid,
                               const StatedRestartForm& stated_solution) {
-  Findings findings;
-  const auto of_grid = checked(findings, grid, [&] { return settle_grid(grid, stated_grid); });
-  const auto extents = of_grid ? of_grid->extents : nullptr;
-  const Findings of_solution = check_solution(solution, stated_solution, extents);
-  findings.insert(findings.end(), of_solution.begin(), of_solution.end());
-  return findings;
+  const Checked found = checked(grid, [&] { return settle_grid(grid, stated_grid); });
+  return joined(found.findings, check_solution(solution, stated_solution, found.extents));
 }
 
 }  // namespace p3dgrid

@@ -1,20 +1,9 @@
 #include "front/extents.hpp"
 
-#include <algorithm>
 #include <utility>
-
-#include "format/header.hpp"
 
 namespace p3dgrid {
 namespace {
-
-/// Columns of the table that the file holds.
-template <class ExtentsOrConst, class Functions>
-auto columns_of(ExtentsOrConst& extents, Functions* functions) {
-  std::vector columns = {extents.i.data(), extents.j.data(), extents.k.data()};
-  if (functions != nullptr) columns.push_back(functions->data());
-  return columns;
-}
 
 /// The first invalid block; the number of blocks if there is none.
 std::size_t first_invalid(const Extents& extents) {
@@ -39,44 +28,37 @@ void require_blocks(const SourceFile& file, std::int32_t blocks, bool in_header)
   file.require_room(per_block * blocks, recordio::FileKind::integer4, claim);
 }
 
-Extents read_extents(SourceFile& file, DimensionKind kind, std::int32_t blocks,
-                     HeaderCounts& counts) {
-  const auto size = static_cast<std::size_t>(blocks);
-  const bool counted = kind == DimensionKind::one_record_with_variables;
-  Extents extents;
-  for (auto* column : {&extents.i, &extents.j, &extents.k}) column->resize(size);
-  if (counted) counts.variables.resize(size);
-  std::int32_t variables = 0;
-  std::vector<std::int32_t*> totals;
-  if (kind == DimensionKind::one_record_with_species) totals = {&variables, &counts.species};
-  walk_dimensions<std::int32_t>(
-      kind, file.coding(), blocks, columns_of(extents, counted ? &counts.variables : nullptr),
-      [&](const recordio::ReadList& list) { file.read(list); }, totals);
-  if (!totals.empty()) counts.variables.assign(size, variables);
-  const std::size_t invalid = first_invalid(extents);
-  if (invalid < extents.i.size()) file.fail(block_text(extents, invalid), valid_extents);
-  return extents;
+BlockDimensions read_dimensions(SourceFile& file, DimensionKind kind, std::int32_t blocks) {
+  BlockDimensions read = read_block_dimensions(
+      kind, file.coding(), blocks, [&](const recordio::ReadList& list) { file.read(list); });
+  const std::size_t invalid = first_invalid(read.extents);
+  if (invalid < read.extents.i.size()) file.fail(block_text(read.extents, invalid), valid_extents);
+  return read;
 }
 
 void write_extents(TargetFile& file, const Coding& coding, DimensionKind kind,
                    const Extents& extents, const std::vector<std::int32_t>* functions) {
-  walk_dimensions<const std::int32_t>(kind, coding, extents.blocks(),
-                                      columns_of(extents, functions),
+  std::vector columns = {extents.i.data(), extents.j.data(), extents.k.data()};
+  if (functions != nullptr) columns.push_back(functions->data());
+  walk_dimensions<const std::int32_t>(kind, coding, extents.blocks(), columns,
                                       [&](const recordio::WriteList& list) { file.write(list); });
 }
 
 void require_valid(const std::string& path, const Coding& coding, const Extents& extents) {
-  const auto refuse = [&](std::size_t block, const char* expected) {
-    if (block == extents.i.size()) return;
-    throw Error({.kind = ErrorKind::argument,
-                 .file = path,
-                 .found = block_text(extents, block),
-                 .expected = expected});
-  };
-  refuse(first_invalid(extents), valid_extents);
-  if (!is_planar(coding)) return;
-  const auto thick = std::ranges::find_if(extents.k, [](std::int32_t k) { return k != 1; });
-  refuse(static_cast<std::size_t>(thick - extents.k.begin()), "a k extent of 1 in two dimensions");
+  const std::size_t invalid = first_invalid(extents);
+  if (invalid < extents.i.size()) refuse(path, block_text(extents, invalid), valid_extents);
+  for (std::size_t b = 0; is_planar(coding) && b < extents.k.size(); ++b) {
+    if (extents.k[b] == 1) continue;
+    refuse(path, block_text(extents, b), "a k extent of 1 in two dimensions");
+  }
+}
+
+BlockExtents extents_of(const std::string& path, const Extents& extents, std::int32_t block) {
+  if (block < 0 || block >= extents.blocks()) {
+    refuse(path, "a request for block " + std::to_string(block),
+           "0 to " + std::to_string(extents.blocks() - 1));
+  }
+  return extents.of(static_cast<std::size_t>(block));
 }
 
 void require_block(const std::string& path, const Coding& coding, std::int32_t number,

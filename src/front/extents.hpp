@@ -2,9 +2,9 @@
 
 #include <vector>
 
+#include "format/header.hpp"
 #include "front/file.hpp"
 #include "p3dgrid/grid.hpp"
-#include "p3dgrid/layout.hpp"
 
 namespace p3dgrid {
 
@@ -12,15 +12,9 @@ namespace p3dgrid {
 /// @param in_header  the header holds the extents of the blocks
 void require_blocks(const SourceFile& file, std::int32_t blocks, bool in_header);
 
-/// Numbers that a header may hold beside the extents.
-struct HeaderCounts {
-  std::vector<std::int32_t> variables = {};  ///< of each block; empty if the header has none
-  std::int32_t species = 0;
-};
-
 /// Reads block dimensions from a header. Throws for extents that no block can have.
-[[nodiscard]] Extents read_extents(SourceFile& file, DimensionKind kind, std::int32_t blocks,
-                                   HeaderCounts& counts);
+[[nodiscard]] BlockDimensions read_dimensions(SourceFile& file, DimensionKind kind,
+                                              std::int32_t blocks);
 
 /// Writes block dimensions.
 /// @param functions  variable counts of function files
@@ -30,6 +24,10 @@ void write_extents(TargetFile& file, const Coding& coding, DimensionKind kind,
 /// Throws for negative extents, for so many points that sums could overflow, and for k extents that
 /// a file of two dimensions cannot hold.
 void require_valid(const std::string& path, const Coding& coding, const Extents& extents);
+
+/// The extents of a block, counted from 0. Throws for a block that does not exist.
+[[nodiscard]] BlockExtents extents_of(const std::string& path, const Extents& extents,
+                                      std::int32_t block);
 
 /// Throws for a block that differs from its announced extents, whose arrays do not have a value for
 /// each point, or whose third coordinate a file of two dimensions cannot hold.

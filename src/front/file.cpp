@@ -18,6 +18,12 @@ std::unique_ptr<recordio::Connection> opened(const std::string& path, const Codi
 
 }  // namespace
 
+void fail(ErrorKind kind, const std::string& path, std::string reason,
+          std::vector<Reading> readings) {
+  throw Error(
+      {.kind = kind, .file = path, .reason = std::move(reason), .readings = std::move(readings)});
+}
+
 void refuse(const std::string& path, std::string found, std::string expected) {
   throw Error({.kind = ErrorKind::argument,
                .file = path,
@@ -37,18 +43,15 @@ bool is_regular(const std::string& path) {
 
 void require_places(const std::string& path, const Coding& coding) {
   if (!is_text(coding) && is_regular(path)) return;
-  throw Error({.kind = ErrorKind::unsupported,
-               .file = path,
-               .reason = is_text(coding) ? "is text, whose values have no fixed places"
-                                         : "is not a regular file, and has no index"});
+  fail(ErrorKind::unsupported, path,
+       is_text(coding) ? "is text, whose values have no fixed places"
+                       : "is not a regular file, and has no index");
 }
 
 void SourceFile::require_regular() const {
   // Opening a named pipe again would wait for another writer.
   if (is_regular(path_)) return;
-  throw Error({.kind = ErrorKind::system,
-               .file = path_,
-               .reason = "is not a regular file, and can be read forward only"});
+  p3dgrid::fail(ErrorKind::system, path_, "is not a regular file, and can be read forward only");
 }
 
 void SourceFile::rewind() {
@@ -62,15 +65,20 @@ auto SourceFile::guarded(Action action) const {
   try {
     return on_file(path_, action);
   } catch (recordio::ReadError& error) {
-    throw Error(
-        {.kind = error.status > recordio::status_error ? ErrorKind::system : ErrorKind::damaged,
-         .file = path_,
-         .record = connection_->record(),
-         .line = connection_->line(),
-         .offset = error.offset,
-         .found = std::move(error.found),
-         .expected = std::move(error.expected)});
+    throw failure(error.status > recordio::status_error ? ErrorKind::system : ErrorKind::damaged,
+                  error.offset, std::move(error.found), std::move(error.expected));
   }
+}
+
+Error SourceFile::failure(ErrorKind kind, std::int64_t offset, std::string found,
+                          std::string expected) const {
+  return Error({.kind = kind,
+                .file = path_,
+                .record = connection_->record(),
+                .line = connection_->line(),
+                .offset = offset,
+                .found = std::move(found),
+                .expected = std::move(expected)});
 }
 
 ParameterCount SourceFile::parameters_after(std::int64_t records) const {
@@ -117,17 +125,20 @@ void SourceFile::require_room(std::int64_t values, recordio::FileKind kind,
 }
 
 void SourceFile::fail(std::string found, std::string expected) const {
-  throw Error({.kind = ErrorKind::damaged,
-               .file = path_,
-               .record = connection_->record(),
-               .line = connection_->line(),
-               .offset = connection_->offset(),
-               .found = std::move(found),
-               .expected = std::move(expected)});
+  throw failure(ErrorKind::damaged, connection_->offset(), std::move(found), std::move(expected));
 }
 
-TargetFile::TargetFile(std::string path, const Coding& coding)
-    : path_(std::move(path)), connection_(opened(path_, coding, OpenStatus::unknown)) {}
+TargetFile::TargetFile(std::string path, const Coding& coding, std::int32_t blocks)
+    : path_(std::move(path)),
+      connection_(opened(path_, coding, OpenStatus::unknown)),
+      blocks_(blocks) {}
+
+std::int32_t TargetFile::next_block() const {
+  if (begun_ == blocks_) {
+    refuse(path_, "one more block", "the " + std::to_string(blocks_) + " of the header");
+  }
+  return begun_;
+}
 
 void TargetFile::write(const recordio::WriteList& list) {
   on_file(path_, [&] { connection_->write(list); });
@@ -142,6 +153,10 @@ void TargetFile::write_points(const recordio::WriteList& list, std::int64_t poin
 }
 
 void TargetFile::close() {
+  if (begun_ < blocks_) {
+    refuse(path_, std::to_string(begun_) + " blocks",
+           "the " + std::to_string(blocks_) + " of the header");
+  }
   on_file(path_, [&] { connection_->close(); });
 }
 

@@ -34,6 +34,10 @@ auto on_file(const std::string& path, Action action) {
 /// Throws for a file whose values have no fixed positions.
 void require_places(const std::string& path, const Coding& coding);
 
+/// Throws an `Error`.
+[[noreturn]] void fail(ErrorKind kind, const std::string& path, std::string reason,
+                       std::vector<Reading> readings = {});
+
 /// Throws an `Error` of the kind `argument`.
 [[noreturn]] void refuse(const std::string& path, std::string found, std::string expected);
 
@@ -48,6 +52,7 @@ class SourceFile {
   /// @{
   void begin();
   void read_part(const recordio::Values<void>& entry);
+  [[nodiscard]] bool in_record() const { return record_.has_value(); }
   /// Skips an array of the record and returns it with its byte ranges.
   [[nodiscard]] StoredArray locate(StoredArray array);
   void end();
@@ -70,6 +75,8 @@ class SourceFile {
  private:
   template <class Action>
   auto guarded(Action action) const;
+  [[nodiscard]] Error failure(ErrorKind kind, std::int64_t offset, std::string found,
+                              std::string expected) const;
   void require_regular() const;
 
   std::string path_;
@@ -81,7 +88,12 @@ class SourceFile {
 /// A file that is written record by record.
 class TargetFile {
  public:
-  TargetFile(std::string path, const Coding& coding);
+  /// @param blocks  number that its header announces
+  TargetFile(std::string path, const Coding& coding, std::int32_t blocks = 0);
+
+  /// The number of the next block, from 0. Throws if all of them have been begun.
+  [[nodiscard]] std::int32_t next_block() const;
+  void begin_block() { ++begun_; }
 
   /// Writes a record.
   void write(const recordio::WriteList& list);
@@ -103,11 +115,16 @@ class TargetFile {
   void leave(std::int64_t bytes) {
     write(bytes, [&](recordio::RecordOutput& record) { record.leave(bytes); });
   }
+  /// Throws if a block is missing.
   void close();
+
+  [[nodiscard]] const std::string& path() const { return path_; }
 
  private:
   std::string path_;
   std::unique_ptr<recordio::Connection> connection_;
+  std::int32_t blocks_;
+  std::int32_t begun_ = 0;  ///< blocks
 };
 
 }  // namespace p3dgrid

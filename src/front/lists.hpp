@@ -12,11 +12,14 @@ namespace p3dgrid {
   return is_text(coding) ? Precision::double_precision : coding.precision;
 }
 
+[[nodiscard]] constexpr recordio::FileKind kind_of(Precision precision) {
+  return precision == Precision::double_precision ? recordio::FileKind::real8
+                                                  : recordio::FileKind::real4;
+}
+
 /// The kind of values in the file. Text has the digits of the values in memory.
 [[nodiscard]] inline recordio::FileKind kind_to_write(const Coding& coding, const Reals& values) {
-  if (!is_text(coding)) return real_kind(coding);
-  return values.precision() == Precision::double_precision ? recordio::FileKind::real8
-                                                           : recordio::FileKind::real4;
+  return is_text(coding) ? kind_of(values.precision()) : real_kind(coding);
 }
 
 /// The list entry for all values. Those of text that are left out become 0.

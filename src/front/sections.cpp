@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "format/body.hpp"
-#include "p3dgrid/error.hpp"
+#include "front/file.hpp"
 
 namespace p3dgrid {
 namespace {
@@ -42,17 +42,13 @@ void require_sections(const std::string& path, const Sections& sections, bool le
     return s.first >= 1 && s.last <= most_variables;
   });
   if (valid && (!leading || sections.front() == leading_section)) return;
-  throw Error({.kind = ErrorKind::argument,
-               .file = path,
-               .found = "the sections " + describe(sections),
-               .expected = leading ? "sections that begin with 1-5" : "variables from 1 on"});
+  refuse(path, "the sections " + describe(sections),
+         leading ? "sections that begin with 1-5" : "variables from 1 on");
 }
 
 void require_files_of(const std::string& path, const RestartForm& form) {
   if (has_files_of(traits_of(form.layout), form.coding)) return;
-  throw Error({.kind = ErrorKind::unsupported,
-               .file = path,
-               .reason = no_files_of(traits_of(form.layout), form.coding)});
+  fail(ErrorKind::unsupported, path, no_files_of(traits_of(form.layout), form.coding));
 }
 
 Section variables_of(const SolutionHeader& header, std::size_t block, const Section& section) {

@@ -9,12 +9,6 @@
 namespace p3dgrid {
 namespace {
 
-[[noreturn]] void fail(ErrorKind kind, const std::string& path, std::string reason,
-                       std::vector<Reading> readings = {}) {
-  throw Error(
-      {.kind = kind, .file = path, .reason = std::move(reason), .readings = std::move(readings)});
-}
-
 /// Throws if the file is one of the other kind.
 void refuse_other_kind(const std::string& path, bool grid_wanted) {
   const Detection found = detect_any(path);

@@ -19,9 +19,8 @@ std::string layout_text(const LayoutTraits& layout) {
 void check(const std::string& path, const SolutionHeader& header) {
   const LayoutTraits& layout = traits_of(header.form.layout);
   if (!layout.writable) {
-    throw Error({.kind = ErrorKind::unsupported,
-                 .file = path,
-                 .reason = "files of " + layout_text(layout) + " can be read, but not written"});
+    fail(ErrorKind::unsupported, path,
+         "files of " + layout_text(layout) + " can be read, but not written");
   }
   require_files_of(path, header.form);
   require_valid(path, header.form.coding, header.extents);
@@ -90,158 +89,114 @@ void check(const std::string& path, const SolutionHeader& header, std::size_t nu
 }  // namespace
 
 /// Writes the records of a restart file in order, array by array.
-class SolutionWriter::File {
- public:
-  File(const std::string& path, SolutionHeader header)
-      : path_(path),
-        header_((check(path, header), std::move(header))),
-        layout_(traits_of(header_.form.layout)),
-        target_(path, header_.form.coding),
-        walk_(block_records(layout_, header_.form.coding,
-                            shape_of(*header_.form.sections, layout_.triplets, 0)),
-              header_.extents.blocks(), layout_.extensions) {
+struct SolutionWriter::File {
+  /// Values of an array; null leaves room for them.
+  using Values = std::function<const Reals*(const FlowArray&)>;
+
+  File(const std::string& path, SolutionHeader checked)
+      : header(std::move(checked)),
+        layout(traits_of(form.layout)),
+        target(path, form.coding, extents.blocks()),
+        walk(block_records(layout, form.coding, shape_of(*form.sections, layout.triplets, 0)),
+             extents.blocks(), layout.extensions) {
     write_header();
-    record_ = walk_.next();
+    static_cast<void>(walk.next());
   }
 
-  void write(const std::vector<double>& parameters,
-             const std::function<Reals(const FlowArray&)>& arrays) {
-    write_block(parameters, [&](const FlowArray& array, const auto& put) {
-      const Reals values = arrays(array);
-      put(&values);
-    });
-  }
-
-  void write(const SolutionBlock& block) {
-    if (block_ < header_.extents.blocks()) {
-      check(path_, header_, static_cast<std::size_t>(block_), block);
-    }
-    write_block(block.parameters,
-                [&](const FlowArray& array, const auto& put) { put(&block.of(array)); });
-  }
-
-  void reserve(const std::vector<double>& parameters) {
-    require_places(path_, header_.form.coding);
-    write_block(parameters, [](const FlowArray&, const auto& put) { put(nullptr); });
-  }
-
-  void close() {
-    if (block_ < header_.extents.blocks()) {
-      refuse(path_, std::to_string(block_) + " blocks",
-             "the " + std::to_string(header_.extents.blocks()) + " of the header");
-    }
-    target_.close();
-  }
-
- private:
   void write_header() {
     HeaderValues values;
-    static_cast<RunData&>(values) = header_.run;
-    values.nblocks = header_.extents.blocks();
-    if (layout_.header == HeaderKind::single_block) {
-      values.i = header_.extents.i.front();
-      values.j = header_.extents.j.front();
-      values.k = header_.extents.k.front();
+    static_cast<RunData&>(values) = header.run;
+    values.nblocks = extents.blocks();
+    if (layout.header == HeaderKind::single_block) {
+      values.i = extents.i.front();
+      values.j = extents.j.front();
+      values.k = extents.k.front();
     }
-    walk_lead(layout_, header_.form.coding, header_.form.multiblock, std::as_const(values),
-              [&](const recordio::WriteList& list) { target_.write(list); });
-    if (layout_.dimensions == DimensionKind::none) return;
-    write_extents(target_, header_.form.coding, layout_.dimensions, header_.extents,
-                  layout_.counted_variables ? &header_.variables : nullptr);
+    walk_lead(layout, form.coding, form.multiblock, std::as_const(values),
+              [&](const recordio::WriteList& list) { target.write(list); });
+    if (layout.dimensions == DimensionKind::none) return;
+    write_extents(target, form.coding, layout.dimensions, extents,
+                  layout.counted_variables ? &header.variables : nullptr);
   }
 
-  /// @param with_array  `with_array(array, put)` calls `put(pointer to values)`; a null pointer
-  ///                    leaves room for them
-  template <class WithArray>
-  void write_block(const std::vector<double>& parameters, WithArray with_array) {
-    if (block_ == header_.extents.blocks()) {
-      refuse(path_, "one more block", "the " + std::to_string(block_) + " of the header");
-    }
-    require_parameters(path_, layout_, parameters);
-    ++block_;
-    for (record_ = walk_.next(); record_ && record_->kind != BodyRecordKind::block;
-         record_ = walk_.next()) {
-      if (record_->kind == BodyRecordKind::parameters) {
-        target_.write({recordio::stored_as(
-            parameter_kind(), recordio::values(parameters.data(), layout_.parameters))});
-      } else if (record_->kind == BodyRecordKind::flag) {
-        write_flag(static_cast<std::size_t>(record_->flag - 1));
+  void write_block(const std::vector<double>& parameters, const Values& values) {
+    const auto block = static_cast<std::size_t>(target.next_block());
+    require_parameters(target.path(), layout, parameters);
+    target.begin_block();
+    for (auto record = walk.next(); record && record->kind != BodyRecordKind::block;
+         record = walk.next()) {
+      if (record->kind == BodyRecordKind::parameters) {
+        // Text has the digits of the solution's precision, and of doubles that are no singles.
+        target.write({recordio::stored_as(kind_of(form.coding.precision),
+                                          recordio::values(parameters.data(), layout.parameters))});
+      } else if (record->kind == BodyRecordKind::flag) {
+        const auto n = static_cast<std::size_t>(record->flag - 1);
+        const std::int32_t flag = n < header.flags.size() ? header.flags[n] : end_of_extensions;
+        target.write({recordio::scalar(flag)});
+        walk.set_flag(flag);
       } else {
-        write_arrays(with_array);
+        record->variables = variables_of(header, block, record->variables);
+        write_arrays(*record, extents.points_of(block), values);
       }
     }
   }
 
-  void write_flag(std::size_t position) {
-    const std::int32_t flag =
-        position < header_.flags.size() ? header_.flags[position] : end_of_extensions;
-    target_.write({recordio::scalar(flag)});
-    walk_.set_flag(flag);
-  }
-
-  template <class WithArray>
-  void write_arrays(WithArray with_array) {
-    const auto block = static_cast<std::size_t>(block_ - 1);
-    const Section variables = variables_of(header_, block, record_->variables);
-    const std::int64_t triplets = record_->kind == BodyRecordKind::leading ? triplet : 0;
-    const std::int64_t points = header_.extents.points_of(block);
-    const std::int64_t count = triplets + variables.variables() - record_->leaves_out();
-    target_.write(count * points * bytes_of(kind()), [&](recordio::RecordOutput& record) {
+  void write_arrays(const BodyRecord& record, std::int64_t points, const Values& values) {
+    const std::int64_t bytes = points * bytes_of(real_kind(form.coding));
+    target.write(record.values_per_point() * bytes, [&](recordio::RecordOutput& output) {
       const auto write = [&](const FlowArray& array) {
-        with_array(array, [&](const Reals* values) {
-          if (values == nullptr) return record.leave(points * bytes_of(kind()));
-          require_values(path_, array, *values, points);
-          record.write(values_of(*values, kind_to_write(header_.form.coding, *values)));
-        });
-      };
-      for (std::int32_t n = 1; n <= triplets; ++n) write({n, true});
-      for (std::int32_t n = variables.first; n <= variables.last; ++n) {
-        if (n != record_->absent) {
-          write({n, false});
+        const Reals* const reals = values(array);
+        if (!array.triplet && array.number == record.absent) {
+          if (reals != nullptr) require_absent(target.path(), *reals);
+        } else if (reals == nullptr) {
+          output.leave(bytes);
         } else {
-          with_array(FlowArray{n, false}, [&](const Reals* values) {
-            if (values != nullptr) require_absent(path_, *values);
-          });
+          require_values(target.path(), array, *reals, points);
+          output.write(values_of(*reals, kind_to_write(form.coding, *reals)));
         }
-      }
+      };
+      const bool leading = record.kind == BodyRecordKind::leading;
+      for (std::int32_t n = 1; leading && n <= triplet; ++n) write({n, true});
+      for (std::int32_t n = record.variables.first; n <= record.variables.last; ++n) write({n});
     });
   }
 
-  [[nodiscard]] recordio::FileKind kind() const { return real_kind(header_.form.coding); }
-
-  /// Text has the digits of the precision of the solution, and of doubles that are no singles.
-  [[nodiscard]] recordio::FileKind parameter_kind() const {
-    const bool is_double = header_.form.coding.precision == Precision::double_precision;
-    return is_double ? recordio::FileKind::real8 : recordio::FileKind::real4;
-  }
-
-  std::string path_;
-  SolutionHeader header_;
-  const LayoutTraits& layout_;
-  TargetFile target_;
-  BodyWalk walk_;
-  std::optional<BodyRecord> record_;  ///< that is being written
-  std::int32_t block_ = 0;            ///< blocks written
+  SolutionHeader header;
+  const RestartForm& form = header.form;
+  const Extents& extents = header.extents;
+  const LayoutTraits& layout;
+  TargetFile target;
+  BodyWalk walk;  ///< behind the beginning of the next block
 };
 
-SolutionWriter::SolutionWriter(const std::string& path, SolutionHeader header)
-    : file_(std::make_shared<File>(path, std::move(header))) {}
+SolutionWriter::SolutionWriter(const std::string& path, SolutionHeader header) {
+  check(path, header);
+  file_ = std::make_shared<File>(path, std::move(header));
+}
 
 void SolutionWriter::write(const SolutionBlock& block) {
-  file_->write(block);
+  const auto number = static_cast<std::size_t>(file_->target.next_block());
+  check(file_->target.path(), file_->header, number, block);
+  file_->write_block(block.parameters, [&](const FlowArray& array) { return &block.of(array); });
 }
 
 void SolutionWriter::write(const std::vector<double>& parameters,
                            const std::function<Reals(const FlowArray&)>& arrays) {
-  file_->write(parameters, arrays);
+  Reals values;
+  file_->write_block(parameters, [&](const FlowArray& array) {
+    values = {};  // one array in memory at a time
+    values = arrays(array);
+    return &values;
+  });
 }
 
 void SolutionWriter::reserve(const std::vector<double>& parameters) {
-  file_->reserve(parameters);
+  require_places(file_->target.path(), file_->form.coding);
+  file_->write_block(parameters, [](const FlowArray&) { return nullptr; });
 }
 
 void SolutionWriter::close() {
-  file_->close();
+  file_->target.close();
 }
 
 const Reals& SolutionBlock::of(const FlowArray& array) const {

@@ -33,10 +33,9 @@ void read_dimensions(const Unit& unit, const p3dgrid::Coding& coding, DimensionK
 }
 
 void write_dimensions(const Unit& unit, const p3dgrid::Coding& coding, DimensionKind kind,
-                      integer nblocks, const ExtentViews& extents,
-                      array_view<const integer, 1> functions) {
+                      integer nblocks, const ExtentViews& extents, integer_view functions) {
   std::vector<const integer*> columns;
-  const auto add = [&](array_view<const integer, 1> array) {
+  const auto add = [&](integer_view array) {
     if (array.extent(1) < nblocks) {
       fail_run("cannot write " + extents_of(nblocks) + ": the arrays are shorter");
     }

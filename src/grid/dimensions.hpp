@@ -45,8 +45,7 @@ void read_dimensions(const Unit& unit, const p3dgrid::Coding& coding, DimensionK
 /// Writes block dimensions. Fewer extents than blocks are a fatal error.
 /// @param functions  variable counts of function files; else empty
 void write_dimensions(const Unit& unit, const p3dgrid::Coding& coding, DimensionKind kind,
-                      integer nblocks, const ExtentViews& extents,
-                      array_view<const integer, 1> functions = {});
+                      integer nblocks, const ExtentViews& extents, integer_view functions = {});
 
 /// In two dimensions k extents other than 1 are a fatal error.
 /// @param file  beginning of the error message

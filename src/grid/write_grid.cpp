@@ -22,7 +22,7 @@ std::string grid_file(const FileName& filename) {
 
 template <class Real>
 void check_arrays(const FileName& filename, integer ndim, array_view<const Real, 2> xyz,
-                  const array_view<const integer, 1>* iblank, const PointNumbering& points) {
+                  const integer_view* iblank, const PointNumbering& points) {
   if (ndim < coordinates_per_point || xyz.extent(1) < ndim || xyz.extent(2) < points.total) {
     refuse(filename, "coordinates for " + std::to_string(xyz.extent(2)) + " points with " +
                          std::to_string(std::min<std::int64_t>(ndim, xyz.extent(1))) +
@@ -38,7 +38,7 @@ void check_arrays(const FileName& filename, integer ndim, array_view<const Real,
 template <class Real>
 void write_grid(const FileName& filename, integer iformat, logical dblprec, integer nblocks,
                 integer ndim, array_view<const Real, 2> xyz, const ExtentViews& extents,
-                array_view<const integer, 1> iblank, logical useiblank, logical multiblock) try {
+                integer_view iblank, logical useiblank, logical multiblock) try {
   announce_grid(host::announce_write, filename, iformat, dblprec, useiblank, multiblock);
   const Unit unit(unit_number::grid, iformat);
   if (unit.known()) {
@@ -69,18 +69,17 @@ void write_grid(const FileName& filename, integer iformat, logical dblprec, inte
 }  // namespace
 
 void writep3dgrid(const FileName& filename, integer iformat, logical dblprec, integer nblocks,
-                  integer ndim, array_view<const float, 2> xyz, array_view<const integer, 1> idim,
-                  array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
-                  array_view<const integer, 1> iblank, logical useiblank, logical multiblock) {
+                  integer ndim, array_view<const float, 2> xyz, integer_view idim,
+                  integer_view jdim, integer_view kdim, integer_view iblank, logical useiblank,
+                  logical multiblock) {
   write_grid(filename, iformat, dblprec, nblocks, ndim, xyz, {idim, jdim, kdim}, iblank, useiblank,
              multiblock);
 }
 
 void writep3dgrid(const FileName& filename, integer iformat, logical dblprec, integer nblocks,
-                  integer ndim, array_argument<const double, 2> xyz,
-                  array_view<const integer, 1> idim, array_view<const integer, 1> jdim,
-                  array_view<const integer, 1> kdim, array_view<const integer, 1> iblank,
-                  logical useiblank, logical multiblock) {
+                  integer ndim, array_argument<const double, 2> xyz, integer_view idim,
+                  integer_view jdim, integer_view kdim, integer_view iblank, logical useiblank,
+                  logical multiblock) {
   write_grid<double>(filename, iformat, dblprec, nblocks, ndim, xyz, {idim, jdim, kdim}, iblank,
                      useiblank, multiblock);
 }

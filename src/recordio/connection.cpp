@@ -2,8 +2,6 @@
 
 #include <utility>
 
-#include "recordio/value_transfer.hpp"
-
 namespace mod_p3dgrid::recordio {
 namespace {
 
@@ -21,89 +19,45 @@ constexpr std::int64_t most_truncation = 16;
 }  // namespace
 
 RecordInput::RecordInput(InputFile& file, const Coding& coding, std::int64_t& lines)
-    : file_(file), coding_(coding) {
-  if (coding.encoding == Encoding::unformatted) {
-    record_.emplace<UnformattedRecordReader>(file, coding);
-  } else if (is_text(coding)) {
-    record_.emplace<ListReader>(file, lines);
-  }
-}
+    : record_(is_text(coding) ? Record(std::in_place_type<ListReader>, file, lines)
+                              : Record(std::in_place_type<PayloadReader>, file, coding)) {}
 
 void RecordInput::read(const Values<void>& entry) {
-  if (auto* const record = std::get_if<UnformattedRecordReader>(&record_)) {
-    read_values(*record, coding_.byte_order, entry);
-  } else if (auto* const reader = std::get_if<ListReader>(&record_)) {
-    reader->read_values(entry);
-  } else {
-    read_values(file_, coding_.byte_order, entry);
-  }
+  std::visit([&](auto& record) { record.read_values(entry); }, record_);
 }
 
 void RecordInput::locate(std::int64_t bytes, std::vector<p3dgrid::ByteRange>& places) {
-  if (auto* const record = std::get_if<UnformattedRecordReader>(&record_)) {
-    record->locate(bytes, places);
-  } else if (bytes > 0) {
-    places.push_back({file_.offset(), bytes});
-    file_.skip(bytes);
-  }
+  std::get<PayloadReader>(record_).locate(bytes, places);
 }
 
 void RecordInput::finish(RestOfRecord rest) {
-  if (auto* const record = std::get_if<UnformattedRecordReader>(&record_)) {
-    if (rest == RestOfRecord::refused) record->expect_end();
-    record->finish();
-  } else if (auto* const reader = std::get_if<ListReader>(&record_)) {
-    reader->finish();
-  }
+  std::visit([&](auto& record) { record.finish(rest); }, record_);
 }
 
 RecordOutput::RecordOutput(OutputFile& file, const Coding& coding, std::int64_t bytes)
-    : file_(file), coding_(coding) {
-  if (coding.encoding == Encoding::unformatted) {
-    record_.emplace<UnformattedRecordWriter>(file, coding, bytes);
-  } else if (is_text(coding)) {
-    record_.emplace<ListWriter>(file);
-  }
-}
+    : record_(is_text(coding) ? Record(std::in_place_type<ListWriter>, file)
+                              : Record(std::in_place_type<PayloadWriter>, file, coding, bytes)) {}
 
 void RecordOutput::write(const Values<const void>& entry) {
-  if (auto* const record = std::get_if<UnformattedRecordWriter>(&record_)) {
-    write_values(*record, coding_.byte_order, entry);
-  } else if (auto* const writer = std::get_if<ListWriter>(&record_)) {
-    writer->write_values(entry);
-  } else {
-    write_values(file_, coding_.byte_order, entry);
-  }
+  std::visit([&](auto& record) { record.write_values(entry); }, record_);
 }
 
 void RecordOutput::leave(std::int64_t bytes) {
-  if (auto* const record = std::get_if<UnformattedRecordWriter>(&record_)) {
-    record->leave(bytes);
-  } else {
-    file_.leave(bytes);
-  }
+  std::get<PayloadWriter>(record_).leave(bytes);
 }
 
 void RecordOutput::finish() {
-  if (auto* const record = std::get_if<UnformattedRecordWriter>(&record_)) {
-    record->finish();
-  } else if (auto* const writer = std::get_if<ListWriter>(&record_)) {
-    writer->finish();
-  }
+  std::visit([](auto& record) { record.finish(); }, record_);
 }
 
 void read_record(InputFile& file, const Coding& coding, const ReadList& list, RestOfRecord rest,
                  std::int64_t& lines) {
   // Without a `RecordInput`, which costs as much as a short record.
-  if (coding.encoding == Encoding::unformatted) {
-    UnformattedRecordReader record(file, coding);
-    for (const auto& entry : list) read_values(record, coding.byte_order, entry);
-    if (rest == RestOfRecord::refused) record.expect_end();
-    return record.finish();
-  }
-  RecordInput record(file, coding, lines);
-  for (const auto& entry : list) record.read(entry);
-  record.finish(rest);
+  const auto read = [&](auto record) {
+    for (const auto& entry : list) record.read_values(entry);
+    record.finish(rest);
+  };
+  is_text(coding) ? read(ListReader(file, lines)) : read(PayloadReader(file, coding));
 }
 
 Connection::Connection(std::string path, const Coding& coding, OpenStatus status)

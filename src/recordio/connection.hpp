@@ -35,9 +35,6 @@ enum class Claim : std::uint8_t {
   may_be_truncated,  ///< a truncated file may hold only a sixteenth of them
 };
 
-/// Treatment of values in an unformatted record that the list does not ask for.
-enum class RestOfRecord : std::uint8_t { skipped, refused };
-
 /// One record that is read entry by entry. Functions throw `ReadError`.
 class RecordInput {
  public:
@@ -50,15 +47,14 @@ class RecordInput {
   void finish(RestOfRecord rest);
 
  private:
-  InputFile& file_;
-  Coding coding_;
-  std::variant<std::monostate, UnformattedRecordReader, ListReader> record_;
+  using Record = std::variant<PayloadReader, ListReader>;
+  Record record_;
 };
 
 /// One record that is written entry by entry. Functions throw `SystemError`.
 class RecordOutput {
  public:
-  /// @param bytes  length of the record, which only unformatted ones state
+  /// @param bytes  length of an unformatted or binary record
   RecordOutput(OutputFile& file, const Coding& coding, std::int64_t bytes);
 
   void write(const Values<const void>& entry);
@@ -67,9 +63,8 @@ class RecordOutput {
   void finish();
 
  private:
-  OutputFile& file_;
-  Coding coding_;
-  std::variant<std::monostate, UnformattedRecordWriter, ListWriter> record_;
+  using Record = std::variant<PayloadWriter, ListWriter>;
+  Record record_;
 };
 
 /// Reads one record of a file. Throws `ReadError`.

@@ -54,7 +54,6 @@ class InputFile {
 
   /// Position of the next read, from 0.
   [[nodiscard]] std::int64_t offset() const { return file_offset_ - (end_ - begin_); }
-  [[nodiscard]] std::int64_t bytes_read() const { return offset(); }
 
   /// Bytes from the position to the end of a regular file; none for others.
   [[nodiscard]] std::optional<std::int64_t> remaining() const;

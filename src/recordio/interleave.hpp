@@ -25,37 +25,27 @@ void with_lines(std::int64_t lines, Visit visit) {
   visit(std::integral_constant<int, Lines>());
 }
 
-/// Calls `copy(value of a line, value of a point)` for all values.
-template <class Line, class Point, class Copy>
-void for_each_value(Line* lines, std::int64_t distance, std::int64_t rows, std::int64_t count,
-                    Point* points, std::int64_t stride, Copy copy) {
-  for (std::int64_t row = 0; row < rows; row += most_lines) {
-    with_lines(std::min(most_lines, rows - row), [&](auto at_once) {
+}  // namespace detail
+
+/// Copies `rows` lines to their points or, if those are const, collects the lines from them.
+template <class Line, class Point>
+void interleave(Line* lines, std::int64_t distance, std::int64_t rows, std::int64_t count,
+                Point* points, std::int64_t stride) {
+  for (std::int64_t row = 0; row < rows; row += detail::most_lines) {
+    detail::with_lines(std::min(detail::most_lines, rows - row), [&](auto at_once) {
       for (std::int64_t i = 0; i < count; ++i) {
         for (int r = 0; r < at_once(); ++r) {
-          copy(lines[(row + r) * distance + i], points[i * stride + row + r]);
+          Line& in_line = lines[(row + r) * distance + i];
+          Point& at_point = points[i * stride + row + r];
+          if constexpr (std::is_const_v<Point>) {
+            in_line = static_cast<Line>(at_point);
+          } else {
+            at_point = static_cast<Point>(in_line);
+          }
         }
       }
     });
   }
-}
-
-}  // namespace detail
-
-/// Copies `rows` lines to their points.
-template <class Line, class Point>
-void interleave(const Line* lines, std::int64_t distance, std::int64_t rows, std::int64_t count,
-                Point* points, std::int64_t stride) {
-  detail::for_each_value(lines, distance, rows, count, points, stride,
-                         [](const Line& from, Point& to) { to = static_cast<Point>(from); });
-}
-
-/// Collects `rows` lines from their points.
-template <class Point, class Line>
-void deinterleave(const Point* points, std::int64_t stride, Line* lines, std::int64_t distance,
-                  std::int64_t rows, std::int64_t count) {
-  detail::for_each_value(lines, distance, rows, count, points, stride,
-                         [](Line& to, const Point& from) { to = static_cast<Line>(from); });
 }
 
 }  // namespace mod_p3dgrid::recordio

@@ -90,7 +90,7 @@ void ListReader::skip_blanks() {
   } while (skip_buffered_blanks(true));
 }
 
-void ListReader::finish() {
+void ListReader::finish(RestOfRecord) {
   if (!any_taken_ && file_.at_end()) {
     throw ReadError{status_end_of_file, file_.offset(), "the end of the file", "a line"};
   }

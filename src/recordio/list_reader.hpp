@@ -15,8 +15,9 @@ class ListReader : private ListTokens {
 
   void read_values(const Values<void>& entry);
 
-  /// Skips the rest of the line. Throws `ReadError` if a read without values finds no line.
-  void finish();
+  /// Skips the rest of the line, whatever `rest` is. Throws `ReadError` if a read without values
+  /// finds no line.
+  void finish(RestOfRecord rest = RestOfRecord::skipped);
 
  private:
   template <class Number>

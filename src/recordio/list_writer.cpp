@@ -19,7 +19,7 @@ constexpr std::int64_t values_at_a_time = 64;
 
 /// A value, the blank before it and a line end.
 constexpr std::int64_t room_for_value = number_room + 2;
-static_assert(values_at_a_time * room_for_value <= std::int64_t{OutputFile::reserve_limit});
+static_assert(values_at_a_time * room_for_value <= OutputFile::reserve_limit);
 
 /// A double that is written as a single if that has the same value.
 struct ShortenedNumber {
@@ -89,7 +89,7 @@ void ListWriter::put_line(const Number* from, std::int64_t stride, std::int64_t 
                           Prepare prepare) {
   for (std::int64_t done = 0; done < count; done += values_at_a_time) {
     const std::int64_t n = std::min(values_at_a_time, count - done);
-    char* const start = file_.reserve(static_cast<std::size_t>(n * room_for_value));
+    char* const start = file_.reserve(n * room_for_value);
     char* to = start;
     put_values(from + done * stride, stride, n, prepare, [&](const auto& number) {
       char* const separator = to;
@@ -104,7 +104,7 @@ void ListWriter::put_line(const Number* from, std::int64_t stride, std::int64_t 
       *separator = '\n';
       ++to;
     });
-    file_.commit(static_cast<std::size_t>(to - start));
+    file_.commit(to - start);
   }
 }
 
@@ -142,8 +142,8 @@ void write_points(OutputFile& file, const WriteList& list, std::int64_t points) 
     for (const auto& entry : list) {
       for (std::int64_t row = 0; row < entry.rows; row += values_at_a_time) {
         const std::int64_t rows = std::min(values_at_a_time, entry.rows - row);
-        char* const start = file.reserve(static_cast<std::size_t>(rows * room_for_value));
-        file.commit(static_cast<std::size_t>(put_point(start, entry, point, row, rows) - start));
+        char* const start = file.reserve(rows * room_for_value);
+        file.commit(put_point(start, entry, point, row, rows) - start);
       }
     }
     *file.reserve(1) = '\n';

@@ -16,7 +16,7 @@ namespace mod_p3dgrid::recordio {
 namespace {
 
 /// Writes of 1 MiB cost 40 % less on a new file than writes of 64 KiB.
-constexpr std::size_t buffer_size = std::size_t{1024} * 1024;
+constexpr std::int64_t buffer_size = std::int64_t{1024} * 1024;
 constexpr int closed = -1;
 constexpr mode_t permissions = 0666;  // without the umask
 
@@ -82,27 +82,30 @@ void OutputFile::preallocate(std::int64_t bytes) {
 void OutputFile::write(const void* source, std::int64_t bytes) {
   if (bytes == 0) return;  // an array without elements may have no address
   const char* from = static_cast<const char*>(source);
-  std::size_t left = static_cast<std::size_t>(bytes);
-  if (left > buffer_size - used_) {
+  if (bytes > buffer_size - used_) {
     flush();
-    preallocate(static_cast<std::int64_t>(left));
-    const std::size_t whole = left - left % buffer_size;
+    preallocate(bytes);
+    const std::int64_t whole = bytes - bytes % buffer_size;
     write_through(from, whole);
     from += whole;
-    left -= whole;
+    bytes -= whole;
   }
-  std::memcpy(buffer_.get() + used_, from, left);
-  used_ += left;
+  std::memcpy(buffer_.get() + used_, from, static_cast<std::size_t>(bytes));
+  used_ += bytes;
 }
 
-char* OutputFile::reserve(std::size_t bytes) {
+char* OutputFile::reserve(std::int64_t bytes) {
   if (bytes > buffer_size - used_) flush();
   return buffer_.get() + used_;
 }
 
 void OutputFile::flush() {
-  const std::size_t bytes = std::exchange(used_, 0);
-  write_through(buffer_.get(), bytes);
+  write_through(buffer_.get(), std::exchange(used_, 0));
+}
+
+void OutputFile::write_through(const char* source, std::int64_t bytes) {
+  write_ahead(0, source, bytes);
+  written_ += bytes;
 }
 
 bool OutputFile::allows_random_access(std::int64_t bytes) {
@@ -113,25 +116,18 @@ bool OutputFile::allows_random_access(std::int64_t bytes) {
 }
 
 void OutputFile::write_ahead(std::int64_t distance, const void* source, std::int64_t bytes) {
-  write_at(static_cast<const char*>(source), static_cast<std::size_t>(bytes), written_ + distance);
-}
-
-void OutputFile::write_through(const char* source, std::size_t bytes) {
-  write_at(source, bytes, written_);
-  written_ += static_cast<std::int64_t>(bytes);
-}
-
-void OutputFile::write_at(const char* source, std::size_t bytes, std::int64_t at) {
   if (descriptor_ == closed) return;
-  while (bytes > 0) {
-    const ssize_t taken =
-        has_size_ ? ::pwrite(descriptor_, source, std::min(bytes, most_bytes_per_call), at)
-                  : ::write(descriptor_, source, bytes);
+  const char* from = static_cast<const char*>(source);
+  for (std::int64_t at = written_ + distance; bytes > 0;) {
+    const auto left = static_cast<std::size_t>(bytes);
+    const ssize_t taken = has_size_
+                              ? ::pwrite(descriptor_, from, std::min(left, most_bytes_per_call), at)
+                              : ::write(descriptor_, from, left);
     if (taken < 0 && errno == EINTR) continue;
     if (taken <= 0) fail("cannot write", taken < 0 ? errno : EIO);
-    source += taken;
+    from += taken;
     at += taken;
-    bytes -= static_cast<std::size_t>(taken);
+    bytes -= taken;
     moved_ += taken;
     if (has_size_) report_progress({path_, true, moved_});
   }

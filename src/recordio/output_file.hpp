@@ -31,9 +31,9 @@ class OutputFile {
   void write(const void* source, std::int64_t bytes);
 
   /// Buffer for `bytes` bytes, at most `reserve_limit`, to be filled and then appended by `commit`.
-  static constexpr std::size_t reserve_limit = std::size_t{64} * 1024;
-  [[nodiscard]] char* reserve(std::size_t bytes);
-  void commit(std::size_t bytes) { used_ += bytes; }
+  static constexpr std::int64_t reserve_limit = std::int64_t{64} * 1024;
+  [[nodiscard]] char* reserve(std::int64_t bytes);
+  void commit(std::int64_t bytes) { used_ += bytes; }
 
   /// Whether `write_ahead` can write the next `bytes` bytes.
   [[nodiscard]] bool allows_random_access(std::int64_t bytes);
@@ -53,8 +53,7 @@ class OutputFile {
   void close();
 
  private:
-  void write_through(const char* source, std::size_t bytes);
-  void write_at(const char* source, std::size_t bytes, std::int64_t at);
+  void write_through(const char* source, std::int64_t bytes);
   void preallocate(std::int64_t bytes);
   [[nodiscard]] bool truncate();
   [[noreturn]] void fail(const char* operation, int error);
@@ -68,7 +67,7 @@ class OutputFile {
   std::int64_t space_ = 0;    ///< old size of the file, or preallocated size if larger
   std::int64_t written_ = 0;  ///< position: bytes written before the buffered ones
   std::int64_t moved_ = 0;    ///< bytes written, random access included
-  std::size_t used_ = 0;      ///< bytes in the buffer
+  std::int64_t used_ = 0;     ///< bytes in the buffer
 };
 
 }  // namespace mod_p3dgrid::recordio

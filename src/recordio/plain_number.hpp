@@ -117,19 +117,17 @@ inline const char* scan_decimal(const char* from, ScannedDecimal& number) {
   return end;
 }
 
-/// Powers of ten that are exact in double precision.
-inline constexpr std::array<double, 23> exact_powers{1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                                     1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
-                                                     1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-
-inline constexpr std::int64_t greatest_exact_power = exact_powers.size() - 1;
+/// The greatest power of ten that is exact in double precision.
+inline constexpr std::int64_t greatest_exact_power = 22;
+inline constexpr std::size_t number_of_near_powers = 2 * greatest_exact_power + 1;
 
 /// Element `greatest_exact_power + e` is 10^e, rounded if e is below 0.
-constexpr std::array<double, 2 * greatest_exact_power + 1> make_near_powers() {
-  std::array<double, 2 * greatest_exact_power + 1> powers{};
-  for (std::size_t i = 0; i < exact_powers.size(); ++i) {
-    powers[greatest_exact_power + i] = exact_powers[i];
-    powers[greatest_exact_power - i] = 1 / exact_powers[i];
+constexpr std::array<double, number_of_near_powers> make_near_powers() {
+  std::array<double, number_of_near_powers> powers{};
+  double power = 1;
+  for (std::size_t i = 0; i <= greatest_exact_power; ++i, power *= 10) {
+    powers[greatest_exact_power + i] = power;
+    powers[greatest_exact_power - i] = 1 / power;
   }
   return powers;
 }
@@ -162,10 +160,10 @@ inline bool round_decimal(const ScannedDecimal& number, double& value) {
   const auto power =
       static_cast<std::uint64_t>(number.exponent < 0 ? -number.exponent : number.exponent);
   // With exact operands the only rounding is correct.
-  if (power >= exact_powers.size() || number.digits > std::uint64_t{1} << 53) return false;
+  if (power > greatest_exact_power || number.digits > std::uint64_t{1} << 53) return false;
   const auto digits = static_cast<double>(static_cast<std::int64_t>(number.digits));
-  value = signed_value<double>(
-      number, number.exponent < 0 ? digits / exact_powers[power] : digits * exact_powers[power]);
+  const double factor = near_powers[greatest_exact_power + power];
+  value = signed_value<double>(number, number.exponent < 0 ? digits / factor : digits * factor);
   return true;
 }
 

@@ -63,6 +63,9 @@ using WriteList = RecordList<const void>;
 template <class T>
 using MemoryOf = std::conditional_t<std::is_const_v<T>, const void, void>;
 
+/// Treatment of values in an unformatted record that the list does not ask for.
+enum class RestOfRecord : std::uint8_t { skipped, refused };
+
 /// `count` contiguous values.
 template <class T>
 [[nodiscard]] Values<MemoryOf<T>> values(T* memory, std::int64_t count) {

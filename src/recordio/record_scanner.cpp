@@ -50,38 +50,39 @@ std::optional<ScannedRecord> RecordScanner::next() {
 
 /// Scans one sub-record with its two markers; true if another follows.
 bool RecordScanner::take_subrecord(ScannedRecord& record, bool first) {
+  using State = ScannedRecord::State;
+  const auto its_marker = [](std::int64_t at) {
+    return "its marker at byte " + std::to_string(at);
+  };
+  const auto damaged = [&](State state, std::string what) {
+    record.state = state;
+    record.what = std::move(what);
+    return false;
+  };
   const std::int64_t begin = record.end;
   const std::int64_t marker = marker_size(coding_);
   const auto head = marker_at(file_, begin, coding_);
   if (!head) {
-    record.state = ScannedRecord::State::cut;
-    record.what = "the file ends inside the marker at byte " + std::to_string(begin);
-    return false;
+    return damaged(State::cut, "the file ends inside the marker at byte " + std::to_string(begin));
   }
   if (coding_.marker_bytes == p3dgrid::MarkerBytes::eight && !is_wide_length(*head)) {
-    record.state = ScannedRecord::State::broken;
-    record.what = "its marker at byte " + std::to_string(begin) + " says " + std::to_string(*head) +
-                  ", which is no length";
-    return false;
+    return damaged(State::broken,
+                   its_marker(begin) + " says " + std::to_string(*head) + ", which is no length");
   }
   const std::int64_t length = std::abs(*head);
   record.length += length;
   const std::int64_t behind = begin + marker + length;
   const auto tail = behind <= size_ - marker ? marker_at(file_, behind, coding_) : std::nullopt;
   if (!tail) {
-    record.state = ScannedRecord::State::cut;
-    record.what = "its marker at byte " + std::to_string(begin) + " announces " +
-                  std::to_string(length) + (length == 1 ? " byte" : " bytes") +
-                  ", and the file ends at byte " + std::to_string(size_);
-    return false;
+    return damaged(State::cut, its_marker(begin) + " announces " + std::to_string(length) +
+                                   (length == 1 ? " byte" : " bytes") +
+                                   ", and the file ends at byte " + std::to_string(size_));
   }
   const std::int64_t expected = first ? length : -length;
   if (*tail != expected) {
-    record.state = ScannedRecord::State::broken;
-    record.what = "its marker at byte " + std::to_string(behind) + " says " +
-                  std::to_string(*tail) + " where " + std::to_string(expected) +
-                  " is expected, as at byte " + std::to_string(begin);
-    return false;
+    return damaged(State::broken, its_marker(behind) + " says " + std::to_string(*tail) +
+                                      " where " + std::to_string(expected) +
+                                      " is expected, as at byte " + std::to_string(begin));
   }
   record.end = behind + marker;
   return *head < 0;

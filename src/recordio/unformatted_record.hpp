@@ -8,11 +8,13 @@
 #include "recordio/byte_order.hpp"
 #include "recordio/input_file.hpp"
 #include "recordio/output_file.hpp"
+#include "recordio/record_list.hpp"
 
 /// Framing of unformatted records, as common Fortran run-time libraries write them: a marker of 4
 /// or 8 bytes with the length of the payload before and after it. A record that is too long for a
 /// marker of 4 bytes is a chain of sub-records. The marker before a sub-record is negative if
-/// another follows; the marker after it is negative if another precedes.
+/// another follows; the marker after it is negative if another precedes. A record of a binary file
+/// is a payload without markers.
 namespace mod_p3dgrid::recordio {
 
 /// An integer at the position of the file.
@@ -35,16 +37,19 @@ template <class Integer>
 /// Longest payload of one sub-record.
 inline constexpr std::int64_t default_subrecord_limit = 2'147'483'639;
 
-/// The limit of the writer. The reader accepts sub-records of any length.
-[[nodiscard]] std::int64_t subrecord_limit();
-/// Lowers the limit, at least to 1, to test splitting on small files.
+/// Lowers the limit of the writer, at least to 1, to test splitting on small files. The reader
+/// accepts sub-records of any length.
 void set_subrecord_limit(std::int64_t limit);
 
-/// Reads one record. Its payload is one sequence of bytes, whatever its sub-records.
-class UnformattedRecordReader {
+/// Reads one unformatted or binary record. Its payload is one sequence of bytes, whatever its
+/// sub-records.
+class PayloadReader {
  public:
   /// Reads the first marker.
-  UnformattedRecordReader(InputFile& file, const p3dgrid::Coding& coding);
+  PayloadReader(InputFile& file, const p3dgrid::Coding& coding);
+
+  /// Reads values as `Values` describes them. After a failed read every complete value is stored.
+  void read_values(const Values<void>& entry);
 
   /// Copies payload bytes. If the record or the file holds fewer, copies those and throws
   /// `ReadError`.
@@ -72,13 +77,12 @@ class UnformattedRecordReader {
   void skip(std::int64_t bytes) { file_.skip(next_run(bytes)); }
   /// @}
 
-  /// Throws `ReadError` if payload is left. Skips it to report the length of the record.
-  void expect_end();
-
-  /// Skips the rest of the payload and checks the last marker. Throws `ReadError`.
-  void finish();
+  /// Skips the rest of an unformatted record and checks its last marker. Throws `ReadError`.
+  void finish(RestOfRecord rest);
 
  private:
+  template <class Take>
+  void for_each_run(std::int64_t bytes, Take take);
   void begin_subrecord();
   void end_subrecord();
   void next_subrecord();
@@ -94,12 +98,13 @@ class UnformattedRecordReader {
   bool more_follow_ = false;
 };
 
-/// Writes one record of known length.
-class UnformattedRecordWriter {
+/// Writes one unformatted or binary record of known length.
+class PayloadWriter {
  public:
   /// Writes the first marker.
-  UnformattedRecordWriter(OutputFile& file, const p3dgrid::Coding& coding, std::int64_t payload);
+  PayloadWriter(OutputFile& file, const p3dgrid::Coding& coding, std::int64_t payload);
 
+  void write_values(const Values<const void>& entry);
   void write(const void* source, std::int64_t bytes);
   /// Leaves a gap for payload bytes that are written later by other means.
   void leave(std::int64_t bytes);

@@ -12,8 +12,8 @@ namespace mod_p3dgrid {
 
 using recordio::FileKind;
 
-std::vector<BodyRecord> block_records(const LayoutTraits& layout, const Coding& coding,
-                                      std::optional<integer> leading, integer older_levels) {
+std::vector<BodyRecord> block_records(const RestartFile& file, std::optional<integer> leading,
+                                      integer older_levels) {
   const auto& table = mod_gridvars::rstrtvarsct;
   const integer sections_in_use = mod_gridvars::nfilesect;
   if (sections_in_use > table.extent(1)) {
@@ -27,13 +27,12 @@ std::vector<BodyRecord> block_records(const LayoutTraits& layout, const Coding& 
   for (integer k = 1; k <= sections_in_use; ++k) {
     shape.sections.push_back({table(k, 1), table(k, 2)});
   }
-  return p3dgrid::block_records(layout, coding, shape);
+  return p3dgrid::block_records(file.layout, file.coding, shape);
 }
 
-std::vector<BodyRecord> block_records_with_leading(const LayoutTraits& layout, const Coding& coding,
-                                                   integer older_levels) {
-  if (!layout.triplets) return block_records(layout, coding, std::nullopt, older_levels);
-  return block_records(layout, coding, mod_gridvars::numrstrtvar(1), older_levels);
+std::vector<BodyRecord> block_records_with_leading(const RestartFile& file, integer older_levels) {
+  if (!file.layout.triplets) return block_records(file, std::nullopt, older_levels);
+  return block_records(file, mod_gridvars::numrstrtvar(1), older_levels);
 }
 
 integer checked_highest_variable(const std::vector<BodyRecord>& records) {
@@ -88,16 +87,16 @@ integer variables_of_block(integer block) {
   return nfvar(block);
 }
 
-void skip_older_level(const Unit& unit, const Coding& coding, integer points,
-                      const BodyRecord& record) {
-  if (is_text(coding)) {
-    unit.fail("a text file", "an unformatted record of an older time level");
+void skip_older_level(const RestartFile& file, const BodyRecord& record) {
+  if (is_text(file.coding)) {
+    file.unit.fail("a text file", "an unformatted record of an older time level");
   }
   // With an invalid table the number of bytes could exceed 64 bits.
   constexpr std::int64_t most =
       std::numeric_limits<std::int64_t>::max() / bytes_of(FileKind::real8);
-  const std::int64_t values = std::min(most, record.values_per_point() * points);
-  unit.read({recordio::dropped(real_kind(coding), values)});
+  const std::int64_t values =
+      std::min(most, record.values_per_point() * file.points.npts(record.block));
+  file.unit.read({recordio::dropped(real_kind(file.coding), values)});
 }
 
 bool extension_chain_ends() {

@@ -7,11 +7,9 @@
 #include <utility>
 #include <vector>
 
-#include "MOD_P3DReader.hpp"
 #include "format/body.hpp"
 #include "format/header.hpp"
-#include "state/point_numbering.hpp"
-#include "state/unit.hpp"
+#include "restart/restart_file.hpp"
 
 /// Reading and writing of the records of a body (`format/body.hpp`), with the section table, the
 /// module variables and the arrays of the callers.
@@ -20,9 +18,7 @@ namespace mod_p3dgrid {
 using p3dgrid::BodyRecord;
 using p3dgrid::BodyRecordKind;
 using p3dgrid::BodyWalk;
-using p3dgrid::Coding;
 using p3dgrid::Extension;
-using p3dgrid::LayoutTraits;
 using p3dgrid::real_kind;
 using p3dgrid::triplet;
 
@@ -30,14 +26,12 @@ using p3dgrid::triplet;
 /// the table holds are a fatal error.
 /// @param leading       variables in the leading record; none if blocks do not begin with it
 /// @param older_levels  records of older time levels after the sections
-[[nodiscard]] std::vector<BodyRecord> block_records(const LayoutTraits& layout,
-                                                    const Coding& coding,
+[[nodiscard]] std::vector<BodyRecord> block_records(const RestartFile& file,
                                                     std::optional<integer> leading,
                                                     integer older_levels);
 
 /// The records of a block that begins with a leading record if its layout has triplets.
-[[nodiscard]] std::vector<BodyRecord> block_records_with_leading(const LayoutTraits& layout,
-                                                                 const Coding& coding,
+[[nodiscard]] std::vector<BodyRecord> block_records_with_leading(const RestartFile& file,
                                                                  integer older_levels = 0);
 
 /// Highest variable number in the records; 0 for none. Numbers below 1 are a fatal error. Older
@@ -98,8 +92,7 @@ void write_records(const Unit& unit, BodyWalk walk, Visitor& visitor) {
 
 /// Reads a record of an older time level and discards it. Fails for text, which has no such
 /// records.
-void skip_older_level(const Unit& unit, const Coding& coding, integer points,
-                      const BodyRecord& record);
+void skip_older_level(const RestartFile& file, const BodyRecord& record);
 
 /// The list for a record of a block. `arrays` appends the entries with
 /// - `parameters_of(record)` for the flow parameters,
@@ -154,19 +147,21 @@ template <class Memory>
   return holds_singles(coding) ? entry("sqvar", sqvar) : entry("dqvar", dqvar);
 }
 
-/// Copies the first `rows` values of each of `points` points, rounding if `To` is narrower. The
-/// strides are those between points.
+/// Copies at most `rows` rows that both arrays have, rounding if those of `to` are narrower.
 template <class From, class To>
-void convert_rows(const From* from, std::int64_t from_stride, To* to, std::int64_t to_stride,
-                  std::int64_t rows, std::int64_t points) {
-  if (from_stride == rows && to_stride == rows) {
+void copy_rows(const From& from, To& to, std::int64_t rows, std::int64_t points) {
+  const auto* const source = from.data();
+  auto* const target = to.data();
+  using Target = std::remove_pointer_t<decltype(to.data())>;
+  rows = std::min({rows, from.extent(1), to.extent(1)});
+  if (from.extent(1) == rows && to.extent(1) == rows) {
     // Contiguous values, which compilers vectorise.
-    for (std::int64_t i = 0; i < rows * points; ++i) to[i] = static_cast<To>(from[i]);
+    for (std::int64_t i = 0; i < rows * points; ++i) target[i] = static_cast<Target>(source[i]);
     return;
   }
   for (std::int64_t p = 0; p < points; ++p) {
     for (std::int64_t row = 0; row < rows; ++row) {
-      to[p * to_stride + row] = static_cast<To>(from[p * from_stride + row]);
+      target[p * to.extent(1) + row] = static_cast<Target>(source[p * from.extent(1) + row]);
     }
   }
 }
@@ -182,8 +177,7 @@ struct StagingArrays {
 /// Arrays of all variables at all points, for a whole body. `Real` is const for writing.
 template <class Real>
 struct WholeArrays {
-  Coding coding;
-  const PointNumbering& points;
+  const RestartFile& file;
   array_view<Real, 2> flow;      ///< (variable, point)
   array_view<Real, 2> triplets;  ///< (3, point)
   integer last_parameter_row;    ///< row for all further blocks
@@ -191,16 +185,16 @@ struct WholeArrays {
 
   using Memory = recordio::MemoryOf<Real>;
   [[nodiscard]] recordio::Values<Memory> parameters_of(const BodyRecord& record) const {
-    return parameter_row<Memory>(coding, record, std::min(record.block, last_parameter_row));
+    return parameter_row<Memory>(file.coding, record, std::min(record.block, last_parameter_row));
   }
   [[nodiscard]] recordio::Values<Memory> triplets_of(integer block) const {
     return recordio::through_staging(staging.triplets,
-                                     variable_lines(triplets, points, block, {1, triplet}));
+                                     variable_lines(triplets, file.points, block, {1, triplet}));
   }
   void add_variables(recordio::RecordList<Memory>& list, integer block,
                      const p3dgrid::Section& variables) const {
-    list.push_back(
-        recordio::through_staging(staging.flow, variable_lines(flow, points, block, variables)));
+    list.push_back(recordio::through_staging(staging.flow,
+                                             variable_lines(flow, file.points, block, variables)));
   }
 };
 

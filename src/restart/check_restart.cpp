@@ -22,9 +22,7 @@ BlockExtents extents_of(const ExtentArrays& all, integer block) {
 }
 
 std::string columns(const BlockExtents& extents) {
-  std::string text;
-  for (const integer extent : extents) text += column(extent, 6);
-  return text;
+  return column(extents.i, 6) + column(extents.j, 6) + column(extents.k, 6);
 }
 
 }  // namespace
@@ -39,7 +37,9 @@ void checkp3drstrtheader(const FileName& gridfile, integer gridformat, const Fil
   integer nrst = 1;
   ExtentArrays restart;
   try {
-    read_restart_header(rstfile, rstformat, dblprec, nrst, rsttype, multiblock, restart);
+    read_restart_header(
+        {{rstfile, rstformat, dblprec, rsttype, multiblock}, unit_number::restart_read}, nrst,
+        restart);
   } catch (const FailedRead&) {
     host::dispfilereaderror();
     return p3dcloseunit(unit_number::restart_read);

@@ -14,14 +14,6 @@
 namespace mod_p3dgrid {
 namespace {
 
-/// Copies at most `rows` rows that both arrays have.
-template <class To, class From>
-void copy_rows(const allocatable<From, 2>& from, allocatable<To, 2>& to, std::int64_t rows,
-               std::int64_t points) {
-  convert_rows(from.data(), from.extent(1), to.data(), to.extent(1),
-               std::min({rows, from.extent(1), to.extent(1)}), points);
-}
-
 template <class Real>
 struct WholeReader {
   const RestartFile& file;
@@ -41,7 +33,7 @@ struct WholeReader {
 
   void move(const BodyRecord& record) const {
     if (record.kind == BodyRecordKind::older_level) {
-      return skip_older_level(file.unit, file.coding, file.points.npts(record.block), record);
+      return skip_older_level(file, record);
     }
     if (record.leaves_out()) clear_variable(record.absent, record.block);
     file.unit.read(list_of<void>(arrays, record));
@@ -69,7 +61,7 @@ struct WholeReader {
 
   void enlarge(const Extension& extension) {
     const std::int64_t points = file.points.total;
-    allocatable<Real, 2>& larger = staging_of_kind<Real>().enlarged;
+    allocatable<Real, 2>& larger = restart_staging.of<Real>().enlarged;
     file.unit.require_array(allocate_staging(larger, extension.variables.last, points),
                             "a larger array for the flow variables");
     // Rows that no record fills are 0.
@@ -103,8 +95,7 @@ struct RestartRead : RestartFile {
 
   [[nodiscard]] std::vector<BodyRecord> records() const {
     const bool leading = reads_triplets(layout, coding);
-    return block_records(layout, coding,
-                         leading ? std::optional(p3dgrid::solution_variables) : std::nullopt,
+    return block_records(*this, leading ? std::optional(p3dgrid::solution_variables) : std::nullopt,
                          p3dgrid::older_levels(itimeint));
   }
 
@@ -134,7 +125,7 @@ struct RestartRead : RestartFile {
     iflag.fill(0);
     integer status = auxvalues.allocate(triplet, points.total);
     bool usable = true;
-    auto& staging = staging_of_kind<Staged>().triplets;
+    auto& staging = restart_staging.of<Staged>().triplets;
     const bool staged = p3dgrid::needs_staging<Result>(coding);
     if (staged && status == allocation_done) status = staging.allocate(triplet, points.total);
     host::checkallocationerror(status);
@@ -150,7 +141,7 @@ struct RestartRead : RestartFile {
   void read_into(allocatable<Real, 2>& flow, allocatable<Real, 2>& triplets,
                  const StagingArrays<p3dgrid::OtherReal<Real>>& staging = {}) {
     prepare_triplets();
-    WholeReader<Real> reader{*this, flow, {coding, points, flow, triplets, nblocks, staging}};
+    WholeReader<Real> reader{*this, flow, {*this, flow, triplets, nblocks, staging}};
     read_records(unit, {records(), nblocks, layout.extensions}, reader);
   }
 
@@ -161,8 +152,9 @@ struct RestartRead : RestartFile {
     if (points.total > 0) check_variables(filename, highest, variables);
     require_room_for_flow();
     if (p3dgrid::needs_staging<Result>(coding)) {
-      unit.require_array(allocate_staging(staging_of_kind<Staged>().flow, variables, points.total),
-                         "a staging array for the flow variables");
+      unit.require_array(
+          allocate_staging(restart_staging.of<Staged>().flow, variables, points.total),
+          "a staging array for the flow variables");
       read_staged();
     } else {
       require_flow(allocate_checked(varvalues, variables, points.total));
@@ -179,7 +171,7 @@ struct RestartRead : RestartFile {
   /// converted at the end. If there is no memory for the result, the body is still read, and the
   /// failure is reported afterwards.
   void read_staged() {
-    const auto [flow, triplets, enlarged] = staging_of_kind<Staged>();
+    auto& [flow, triplets, enlarged] = restart_staging.of<Staged>();
     allocatable<Result, 2> converted = varvalues.sibling();
     const integer status =
         layout.triplets ? allocation_done : converted.allocate(variables_per_point(), points.total);
@@ -227,7 +219,7 @@ struct RestartRead : RestartFile {
   }
 };
 
-void prepare_parameters(const RestartFile& read, integer iformat, logical dblprec) {
+void prepare_parameters(const RestartFile& read) {
   if (read.layout.parameters == 0) return;
   mod_gridvars::numrstrtvar(1) = p3dgrid::solution_variables;
   const auto allocate = [&](auto& parameters) {
@@ -235,14 +227,14 @@ void prepare_parameters(const RestartFile& read, integer iformat, logical dblpre
     std::ranges::fill(parameters.span(), 0);
     read.unit.require_array(usable, "an unallocated array for the flow parameters");
   };
-  const bool single = !dblprec && iformat != static_cast<integer>(Encoding::formatted);
+  const bool single = !read.dblprec && read.iformat != static_cast<integer>(Encoding::formatted);
   single ? allocate(sqvar) : allocate(dqvar);
 }
 
 template <class Result>
-void read_body(RestartRead<Result>& read, integer iformat, logical dblprec, integer nblocks,
-               array_view<const integer, 1> blockpoints, const ExtentViews& extents) {
-  prepare_parameters(read, iformat, dblprec);
+void read_body(RestartRead<Result>& read, integer nblocks, integer_view blockpoints,
+               const ExtentViews& extents) {
+  prepare_parameters(read);
   if (!mod_gridvars::readallvars) {
     host::checkallocationerror(read.varvalues.allocate(1, sum(blockpoints)));
     return read.unit.close();
@@ -263,60 +255,52 @@ void read_body(RestartRead<Result>& read, integer iformat, logical dblprec, inte
 
 /// Releases the staging arrays, except the triplets of another layout.
 void release_staging(const LayoutTraits& layout) {
-  const auto release = [&](auto staging) {
+  const auto release = [&](auto& staging) {
     staging.flow.deallocate();
     staging.enlarged.deallocate();
     if (layout.triplets) staging.triplets.deallocate();
   };
-  release(staging_of_kind<float>());
-  release(staging_of_kind<double>());
+  release(restart_staging.of<float>());
+  release(restart_staging.of<double>());
 }
 
 template <class Result>
-void read_restart(const FileName& filename, integer iformat, logical dblprec, integer nblocks,
-                  array_view<const integer, 1> blockpoints, allocatable<Result, 2>& varvalues,
-                  allocatable<Result, 2>& auxvalues, const ExtentViews& given, integer rsttype,
-                  logical multiblock) try {
-  const LayoutTraits& layout = p3dgrid::traits_of(rsttype);
-  announce_restart(host::announce_read, filename, iformat, dblprec, layout, multiblock);
-  check_layout(filename, layout, rsttype);
-  const Unit unit(unit_number::restart_read, iformat);
-  integer ngrid = 1;
+void read_restart(const RestartArguments& arguments, integer nblocks, integer_view blockpoints,
+                  allocatable<Result, 2>& varvalues, allocatable<Result, 2>& auxvalues,
+                  const ExtentViews& given) try {
+  announce_restart(host::announce_read, arguments);
+  RestartRead<Result> read{{arguments, unit_number::restart_read}, varvalues, auxvalues};
   ExtentArrays extents;
-  read_restart_header(filename, iformat, dblprec, ngrid, rsttype, multiblock, extents);
-  require_plausible_extents(unit, extents);
-  RestartRead<Result> read{
-      {filename, unit, layout, unit.coding(filename, dblprec), ngrid}, varvalues, auxvalues};
+  read_restart_header(read, read.nblocks, extents);
+  require_plausible_extents(read.unit, extents);
   try {
-    read_body(read, iformat, dblprec, nblocks, blockpoints, given);
+    read_body(read, nblocks, blockpoints, given);
   } catch (const FailedRead&) {
     throw;
   } catch (...) {
-    release_staging(layout);
+    release_staging(read.layout);
     throw;
   }
 } catch (...) {
-  end_operation("read restart file", filename);
+  end_operation("read restart file", arguments.filename);
 }
 
 }  // namespace
 
 void readp3drestart(const FileName& filename, integer iformat, logical dblprec, integer nblocks,
-                    array_view<const integer, 1> blockpoints, allocatable<float, 2>& varvalues,
-                    allocatable<float, 2>& auxvalues, array_view<const integer, 1> idim,
-                    array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
-                    integer rsttype, logical multiblock) {
-  read_restart(filename, iformat, dblprec, nblocks, blockpoints, varvalues, auxvalues,
-               {idim, jdim, kdim}, rsttype, multiblock);
+                    integer_view blockpoints, allocatable<float, 2>& varvalues,
+                    allocatable<float, 2>& auxvalues, integer_view idim, integer_view jdim,
+                    integer_view kdim, integer rsttype, logical multiblock) {
+  read_restart({filename, iformat, dblprec, rsttype, multiblock}, nblocks, blockpoints, varvalues,
+               auxvalues, {idim, jdim, kdim});
 }
 
 void readp3drestart(const FileName& filename, integer iformat, logical dblprec, integer nblocks,
-                    array_view<const integer, 1> blockpoints, allocatable<double, 2>& varvalues,
-                    allocatable<double, 2>& auxvalues, array_view<const integer, 1> idim,
-                    array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
-                    integer rsttype, logical multiblock) {
-  read_restart(filename, iformat, dblprec, nblocks, blockpoints, varvalues, auxvalues,
-               {idim, jdim, kdim}, rsttype, multiblock);
+                    integer_view blockpoints, allocatable<double, 2>& varvalues,
+                    allocatable<double, 2>& auxvalues, integer_view idim, integer_view jdim,
+                    integer_view kdim, integer rsttype, logical multiblock) {
+  read_restart({filename, iformat, dblprec, rsttype, multiblock}, nblocks, blockpoints, varvalues,
+               auxvalues, {idim, jdim, kdim});
 }
 
 }  // namespace mod_p3dgrid

@@ -47,11 +47,13 @@ void create(const RestartFile& file, allocatable<To, 2>& to, const allocatable<F
 
 }  // namespace
 
-void announce_restart(integer mode, const FileName& filename, integer iformat, logical dblprec,
-                      const LayoutTraits& layout, logical multiblock,
+void announce_restart(integer mode, const RestartArguments& arguments,
                       std::optional<integer> variable) {
+  const auto& [filename, iformat, dblprec, rsttype, multiblock] = arguments;
+  const LayoutTraits& layout = p3dgrid::traits_of(rsttype);
   host::dispreadwrite(mode, layout.iparm1, layout.iparm2, filename, iformat, dblprec, variable,
                       std::nullopt, multiblock);
+  check_layout(arguments);
 }
 
 std::string restart_file(const FileName& filename) {
@@ -62,17 +64,13 @@ void refuse_restart(const FileName& filename, const std::string& reason) {
   fail_run(restart_file(filename) + ": " + reason);
 }
 
-void check_layout(const FileName& filename, const LayoutTraits& layout, integer rsttype) {
-  if (layout.known) return;
-  refuse_restart(filename, std::to_string(rsttype) + " is no restart layout");
+void check_layout(const RestartArguments& arguments) {
+  const integer rsttype = arguments.rsttype;
+  if (p3dgrid::traits_of(rsttype).known) return;
+  refuse_restart(arguments.filename, std::to_string(rsttype) + " is no restart layout");
 }
 
-void check_dimensions(const FileName& filename, const LayoutTraits& layout, const Coding& coding) {
-  if (has_files_of(layout, coding)) return;
-  refuse_restart(filename, "layouts other than 2 and 3 have no files of two dimensions");
-}
-
-std::int64_t sum(array_view<const integer, 1> blockpoints) {
+std::int64_t sum(integer_view blockpoints) {
   return std::accumulate(blockpoints.data(), blockpoints.data() + blockpoints.extent(1),
                          std::int64_t{0});
 }
@@ -83,20 +81,19 @@ void check_variables(const FileName& filename, integer highest, std::int64_t row
                                ", the flow array has " + std::to_string(rows));
 }
 
-void check_variable_counts(const char* prefix, const FileName& filename, const LayoutTraits& layout,
-                           integer nblocks) {
-  if (!layout.counted_variables || !nfvar.allocated() || nfvar.size() >= nblocks) return;
-  fail_run(prefix + path_of(filename) + ": nfvar holds " + std::to_string(nfvar.size()) +
-           " blocks, " + std::to_string(nblocks) + " are to be written");
+void check_variable_counts(const char* prefix, const RestartFile& file) {
+  if (!file.layout.counted_variables) return;
+  if (!nfvar.allocated() || nfvar.size() >= file.nblocks) return;
+  fail_run(prefix + path_of(file.filename) + ": nfvar holds " + std::to_string(nfvar.size()) +
+           " blocks, " + std::to_string(file.nblocks) + " are to be written");
 }
 
 integer checked_highest_to_write(const RestartFile& file) {
-  check_variable_counts(restart_kind, file.filename, file.layout, file.nblocks);
+  check_variable_counts(restart_kind, file);
   if (file.layout.extensions && !extension_chain_ends()) {
     refuse_restart(file.filename, "iflag holds no flag 999 to end its chain");
   }
-  const integer highest =
-      checked_highest_variable(block_records_with_leading(file.layout, file.coding));
+  const integer highest = checked_highest_variable(block_records_with_leading(file));
   return file.layout.extensions ? std::max(highest, highest_extension_variable()) : highest;
 }
 

@@ -16,39 +16,45 @@ inline constexpr const char* restart_kind = "restart file ";
 /// The same with the path.
 [[nodiscard]] std::string restart_file(const FileName& filename);
 
-/// The file of an operation.
-struct RestartFile {
+/// The arguments of an operation that describe its file.
+struct RestartArguments {
   const FileName& filename;
-  const Unit& unit;
-  const LayoutTraits& layout;
-  Coding coding;
+  integer iformat = 0;
+  logical dblprec;
+  integer rsttype = 0;
+  logical multiblock;
+};
+
+/// The file of an operation.
+struct RestartFile : RestartArguments {
+  RestartFile(const RestartArguments& arguments, integer unit_number, integer blocks = 1)
+      : RestartArguments(arguments), unit(unit_number, iformat), nblocks(blocks) {}
+
+  Unit unit;
+  const LayoutTraits& layout = p3dgrid::traits_of(rsttype);
+  Coding coding = unit.coding(filename, dblprec);
   integer nblocks;
   PointNumbering points = {};
 };
 
-/// Calls `dispreadwrite`.
+/// Calls `dispreadwrite`, and then refuses an unknown restart layout code.
 /// @param variable  number of the variable that is read alone
-void announce_restart(integer mode, const FileName& filename, integer iformat, logical dblprec,
-                      const LayoutTraits& layout, logical multiblock,
+void announce_restart(integer mode, const RestartArguments& arguments,
                       std::optional<integer> variable = {});
 
 /// Refuses an unknown restart layout code.
-void check_layout(const FileName& filename, const LayoutTraits& layout, integer rsttype);
-
-/// Refuses files of two dimensions in layouts that have none.
-void check_dimensions(const FileName& filename, const LayoutTraits& layout, const Coding& coding);
+void check_layout(const RestartArguments& arguments);
 
 [[noreturn]] void refuse_restart(const FileName& filename, const std::string& reason);
 
-[[nodiscard]] std::int64_t sum(array_view<const integer, 1> blockpoints);
+[[nodiscard]] std::int64_t sum(integer_view blockpoints);
 
 /// Refuses variables above `rows`.
 void check_variables(const FileName& filename, integer highest, std::int64_t rows);
 
 /// Refuses variable counts of fewer blocks than are written.
 /// @param prefix  beginning of the error message, before the path
-void check_variable_counts(const char* prefix, const FileName& filename, const LayoutTraits& layout,
-                           integer nblocks);
+void check_variable_counts(const char* prefix, const RestartFile& file);
 
 /// Highest variable number of the body to be written. Refuses an unterminated chain of flags, and
 /// variable counts of fewer blocks.

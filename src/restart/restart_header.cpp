@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "restart/body.hpp"
-#include "restart/restart_file.hpp"
 #include "state/host.hpp"
 #include "state/messages.hpp"
 #include "state/run_end.hpp"
@@ -38,23 +37,22 @@ struct HeaderTarget {
 
 /// Reads the records before the block dimensions. The flow parameters of layout 0 are always
 /// doubles; a single-precision file that has them halts the run before `dtau` changes.
-void read_lead(const Unit& unit, const LayoutTraits& layout, integer& nblocks, const Coding& coding,
-               logical multiblock, ExtentArrays& extents) {
-  if (!unit.known()) return;
+void read_lead(const RestartFile& file, integer& nblocks, ExtentArrays& extents) {
+  if (!file.unit.known()) return;
   // Known quirk: these arrays are replaced unused, but their allocation is reported.
-  if (layout.header == p3dgrid::HeaderKind::single_block) {
-    allocate_extents(unit, 1, extents.targets());
+  if (file.layout.header == p3dgrid::HeaderKind::single_block) {
+    allocate_extents(file.unit, 1, extents.targets());
   }
-  const bool talven = layout.header == p3dgrid::HeaderKind::talven;
+  const bool talven = file.layout.header == p3dgrid::HeaderKind::talven;
   const double old_dtau = dtau;
   HeaderTarget header{nblocks};
   bool first = true;
-  walk_lead(layout, coding, static_cast<bool>(multiblock), header,
+  walk_lead(file.layout, file.coding, static_cast<bool>(file.multiblock), header,
             [&](const recordio::ReadList& list) {
-              unit.read(list);
+              file.unit.read(list);
               const bool goes_on =
                   !std::exchange(first, false) && eqid == p3dgrid::equations_with_parameters;
-              if (talven && goes_on && holds_singles(coding)) {
+              if (talven && goes_on && holds_singles(file.coding)) {
                 dtau = old_dtau;
                 message("Single precision TALVEN reads not working!");
                 stop_run();
@@ -79,44 +77,46 @@ void prepare_variable_counts(const Unit& unit, integer nblocks) {
             "at most " + std::to_string(nfvar.size()) + ", for which nfvar is allocated");
 }
 
+/// Refuses files of two dimensions in layouts that have none.
+void check_dimensions(const RestartFile& file) {
+  if (has_files_of(file.layout, file.coding)) return;
+  refuse_restart(file.filename, "layouts other than 2 and 3 have no files of two dimensions");
+}
+
 /// Refuses extents or variable counts of fewer blocks than are written.
-void check_extents(const FileName& filename, const LayoutTraits& layout, integer nblocks,
-                   const ExtentViews& extents) {
-  const integer needed = layout.header == p3dgrid::HeaderKind::single_block ? 1
-                         : layout.dimensions == DimensionKind::none         ? 0
-                                                                            : nblocks;
+void check_extents(const RestartFile& file, const ExtentViews& extents) {
+  const integer needed = file.layout.header == p3dgrid::HeaderKind::single_block ? 1
+                         : file.layout.dimensions == DimensionKind::none         ? 0
+                                                                                 : file.nblocks;
   for (const auto& array : {extents.i, extents.j, extents.k}) {
     if (array.extent(1) >= needed) continue;
-    fail_run("cannot write restart file " + path_of(filename) + ": extents of " +
+    fail_run("cannot write " + restart_file(file.filename) + ": extents of " +
              std::to_string(array.extent(1)) + " blocks, " + std::to_string(needed) +
              " are to be written");
   }
-  check_variable_counts("cannot write restart file ", filename, layout, nblocks);
+  check_variable_counts("cannot write restart file ", file);
 }
 
 }  // namespace
 
-void read_restart_header(const FileName& filename, integer iformat, logical dblprec,
-                         integer& nblocks, integer rsttype, logical multiblock,
-                         ExtentArrays& extents) {
-  const LayoutTraits& layout = p3dgrid::traits_of(rsttype);
-  const Unit unit(unit_number::restart_read, iformat);
-  const Coding coding = unit.coding(filename, dblprec);
-  check_dimensions(filename, layout, coding);
+void read_restart_header(const RestartFile& file, integer& nblocks, ExtentArrays& extents) {
+  const Unit& unit = file.unit;
+  const DimensionKind dimensions = file.layout.dimensions;
+  check_dimensions(file);
   itimeint = 0;
   nblocks = 1;
-  unit.open(filename, OpenStatus::old);
-  read_lead(unit, layout, nblocks, coding, multiblock, extents);
-  const bool counts = layout.dimensions == DimensionKind::one_record_with_variables;
-  const bool one_record = counts || layout.dimensions == DimensionKind::one_record;
+  unit.open(file.filename, OpenStatus::old);
+  read_lead(file, nblocks, extents);
+  const bool counts = dimensions == DimensionKind::one_record_with_variables;
+  const bool one_record = counts || dimensions == DimensionKind::one_record;
   // Blocks without extents have a record in the body.
-  require_room_for_dimensions(unit, coding, nblocks,
+  require_room_for_dimensions(unit, file.coding, nblocks,
                               one_record ? recordio::Claim::one_record : recordio::Claim::records);
   extents = {};
   allocate_extents(unit, nblocks, extents.targets());
   if (counts) prepare_variable_counts(unit, nblocks);
-  if (!unit.known() || layout.dimensions == DimensionKind::none) return;
-  read_dimensions(unit, coding, layout.dimensions, nblocks, extents.targets(),
+  if (!unit.known() || dimensions == DimensionKind::none) return;
+  read_dimensions(unit, file.coding, dimensions, nblocks, extents.targets(),
                   counts ? &nfvar : nullptr);
 }
 
@@ -138,7 +138,9 @@ void readrestartheader(const FileName& filename, integer iformat, logical dblpre
                        integer rsttype, logical multiblock, allocatable<integer, 1>& idim,
                        allocatable<integer, 1>& jdim, allocatable<integer, 1>& kdim) try {
   ExtentArrays extents;
-  read_restart_header(filename, iformat, dblprec, nblocks, rsttype, multiblock, extents);
+  read_restart_header(
+      {{filename, iformat, dblprec, rsttype, multiblock}, unit_number::restart_read}, nblocks,
+      extents);
   idim = std::move(extents.i);
   jdim = std::move(extents.j);
   kdim = std::move(extents.k);
@@ -146,23 +148,20 @@ void readrestartheader(const FileName& filename, integer iformat, logical dblpre
   end_operation("read restart file", filename);
 }
 
-void write_restart_header(const FileName& filename, integer iformat, logical dblprec,
-                          integer nblocks, const ExtentViews& extents, integer rsttype,
-                          logical multiblock) {
-  const LayoutTraits& layout = p3dgrid::traits_of(rsttype);
-  const Unit unit(unit_number::restart_write, iformat);
-  const Coding coding = unit.coding(filename, dblprec);
-  check_dimensions(filename, layout, coding);
-  if (unit.known() && layout.writable) {
-    check_extents(filename, layout, nblocks, extents);
-    check_planes("cannot write " + restart_file(filename), coding, nblocks, extents);
+void write_restart_header(const RestartFile& file, const ExtentViews& extents) {
+  const LayoutTraits& layout = file.layout;
+  const integer nblocks = file.nblocks;
+  check_dimensions(file);
+  if (file.unit.known() && layout.writable) {
+    check_extents(file, extents);
+    check_planes("cannot write " + restart_file(file.filename), file.coding, nblocks, extents);
   }
-  unit.open(filename, OpenStatus::unknown);
+  file.unit.open(file.filename, OpenStatus::unknown);
   if (!layout.writable) {
     message("TALVEN Writer not implimented!");
     stop_run();
   }
-  if (!unit.known()) return;
+  if (!file.unit.known()) return;
   p3dgrid::HeaderValues header;
   header.nblocks = nblocks;
   header.nstep = nstep;
@@ -172,22 +171,23 @@ void write_restart_header(const FileName& filename, integer iformat, logical dbl
     header.j = extents.j(1);
     header.k = extents.k(1);
   }
-  walk_lead(layout, coding, static_cast<bool>(multiblock), std::as_const(header),
-            [&](const recordio::WriteList& list) { unit.write(list); });
+  walk_lead(layout, file.coding, static_cast<bool>(file.multiblock), std::as_const(header),
+            [&](const recordio::WriteList& list) { file.unit.write(list); });
   const bool counts = layout.dimensions == DimensionKind::one_record_with_variables;
   if (counts && !allocate_variable_counts(nblocks)) {
     fail_run("out of memory for the variable counts");
   }
   if (layout.dimensions == DimensionKind::none) return;
-  write_dimensions(unit, coding, layout.dimensions, nblocks, extents, std::as_const(nfvar));
+  write_dimensions(file.unit, file.coding, layout.dimensions, nblocks, extents,
+                   std::as_const(nfvar));
 }
 
 void writerestartheader(const FileName& filename, integer iformat, logical dblprec, integer nblocks,
-                        array_view<const integer, 1> idim, array_view<const integer, 1> jdim,
-                        array_view<const integer, 1> kdim, integer rsttype,
+                        integer_view idim, integer_view jdim, integer_view kdim, integer rsttype,
                         logical multiblock) try {
-  write_restart_header(filename, iformat, dblprec, nblocks, {idim, jdim, kdim}, rsttype,
-                       multiblock);
+  write_restart_header(
+      {{filename, iformat, dblprec, rsttype, multiblock}, unit_number::restart_write, nblocks},
+      {idim, jdim, kdim});
 } catch (...) {
   end_operation("write restart file", filename);
 }

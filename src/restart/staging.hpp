@@ -1,52 +1,38 @@
 #pragma once
 
-#include <type_traits>
-
 #include "mod_p3dgrid/arrays.hpp"
 
 namespace mod_p3dgrid {
 
-/// Staging arrays of `readp3drestart`. A successful read releases them, except the triplets of
-/// layout 100.
-/// Arrays that a failed read leaves are reported by the next allocation, as those below.
-struct RestartStaging {
-  allocatable<double, 2> DW;     ///< flow variables of a double-precision file
-  allocatable<double, 2> DX;     ///< triplets of a double-precision file
-  allocatable<double, 2> DWTMP;  ///< enlarged flow variables in double precision
-  allocatable<float, 2> SW;      ///< as `DW`, of a single-precision file read into doubles
-  allocatable<float, 2> SX;      ///< as `DX`, likewise
-  allocatable<float, 2> WTMP;    ///< enlarged flow variables in single precision
-};
-inline RestartStaging restart_staging;
-
-/// The staging arrays of one kind.
-template <class Real>
-struct StagingOfKind {
-  allocatable<Real, 2>& flow;
-  allocatable<Real, 2>& triplets;
-  allocatable<Real, 2>& enlarged;
-};
-
-template <class Real>
-[[nodiscard]] StagingOfKind<Real> staging_of_kind() {
-  auto& s = restart_staging;
-  if constexpr (std::is_same_v<Real, float>) {
-    return {s.SW, s.SX, s.WTMP};
-  } else {
-    return {s.DW, s.DX, s.DWTMP};
+/// Staging arrays of a kind of reals for each operation that has them.
+template <template <class> class OfKind>
+struct StagingOfBothKinds : OfKind<float>, OfKind<double> {
+  template <class Real>
+  [[nodiscard]] OfKind<Real>& of() {
+    return *this;
   }
-}
+};
 
-/// Staging arrays of `readnextp3dvar`. A successful call releases them.
-struct OneVariableStaging {
-  allocatable<double, 2> DW;  ///< (1, points) of text and double-precision records
-  allocatable<float, 2> SW;   ///< (1, points) of single-precision records
-  /// @name Unused tables of which hosts are told, with an entry per variable of the file
-  /// @{
-  allocatable<double*, 1> DPNTR;
-  allocatable<float*, 1> SPNTR;
-  allocatable<integer, 1> READII;
-  /// @}
+/// Staging arrays of `readp3drestart`. A successful read releases them, except the triplets of
+/// layout 100. Arrays that a failed read leaves are reported by the next allocation, as those
+/// below.
+template <class Real>
+struct RestartStaging {
+  allocatable<Real, 2> flow;      ///< of a file of this kind that is read into the other kind
+  allocatable<Real, 2> triplets;  ///< likewise
+  allocatable<Real, 2> enlarged;  ///< flow variables with those of an extension
+};
+inline StagingOfBothKinds<RestartStaging> restart_staging;
+
+/// Staging arrays of `readnextp3dvar`. A successful call releases them. Hosts are told of the two
+/// tables, which have an entry per variable of the file and are not used.
+template <class Real>
+struct OneVariableOfKind {
+  allocatable<Real, 2> values;  ///< (1, points)
+  allocatable<Real*, 1> targets;
+};
+struct OneVariableStaging : StagingOfBothKinds<OneVariableOfKind> {
+  allocatable<integer, 1> steps;
 };
 inline OneVariableStaging one_variable_staging;
 

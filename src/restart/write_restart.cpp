@@ -59,16 +59,10 @@ void write_body(const RestartWrite<Real>& write) {
     refuse_restart(write.filename, std::string("out of memory for a copy in ") +
                                        p3dgrid::precision_name<Staged>() + " precision");
   }
-  const WholeWriter<Real> writer{write,
-                                 {write.coding,
-                                  write.points,
-                                  write.varvalues,
-                                  write.auxvalues,
-                                  write.nparamrows,
-                                  {flow, triplets}}};
+  const WholeWriter<Real> writer{
+      write, {write, write.varvalues, write.auxvalues, write.nparamrows, {flow, triplets}}};
   write_records(write.unit,
-                {block_records_with_leading(write.layout, write.coding), write.nblocks,
-                 write.layout.extensions},
+                {block_records_with_leading(write), write.nblocks, write.layout.extensions},
                 writer);
 }
 
@@ -79,52 +73,45 @@ void set_variables_of_first_section(const LayoutTraits& layout) {
 }
 
 template <class Real>
-void write_restart(const FileName& filename, integer iformat, logical dblprec, integer nparamrows,
-                   integer nblocks, array_view<const Real, 2> varvalues,
-                   array_view<const Real, 2> auxvalues, const ExtentViews& extents, integer rsttype,
-                   logical multiblock) try {
-  const LayoutTraits& layout = p3dgrid::traits_of(rsttype);
-  announce_restart(host::announce_write, filename, iformat, dblprec, layout, multiblock);
-  check_layout(filename, layout, rsttype);
-  const Unit unit(unit_number::restart_write, iformat);
-  RestartWrite<Real> write{{filename, unit, layout, unit.coding(filename, dblprec), nblocks},
-                           nparamrows,
-                           varvalues,
-                           auxvalues};
-  const bool writable = unit.known() && layout.writable;
+void write_restart(const RestartArguments& arguments, integer nparamrows, integer nblocks,
+                   array_view<const Real, 2> varvalues, array_view<const Real, 2> auxvalues,
+                   const ExtentViews& extents) try {
+  announce_restart(host::announce_write, arguments);
+  RestartWrite<Real> write{
+      {arguments, unit_number::restart_write, nblocks}, nparamrows, varvalues, auxvalues};
+  const LayoutTraits& layout = write.layout;
+  const bool writable = write.unit.known() && layout.writable;
   set_variables_of_first_section(layout);
   // `write_restart_header` allocates a missing `nfvar` with zeros.
   if (layout.counted_variables && !nfvar.allocated()) mod_gridvars::numrstrtvar(1) = 0;
   if (writable) {
-    write.points = checked_numbering(restart_file(filename), nblocks, extents);
+    write.points = checked_numbering(restart_file(write.filename), nblocks, extents);
     check_arguments(write);
   }
-  write_restart_header(filename, iformat, dblprec, nblocks, extents, rsttype, multiblock);
+  write_restart_header(write, extents);
   set_variables_of_first_section(layout);
   if (writable) write_body(write);
   p3dcloseunit(unit_number::restart_read);
 } catch (...) {
-  end_operation("write restart file", filename);
+  end_operation("write restart file", arguments.filename);
 }
 
 }  // namespace
 
 void writep3drestart(const FileName& filename, integer iformat, logical dblprec, integer nparamrows,
                      integer nblocks, array_view<const float, 2> varvalues,
-                     array_view<const float, 2> auxvalues, array_view<const integer, 1> idim,
-                     array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
-                     integer rsttype, logical multiblock) {
-  write_restart(filename, iformat, dblprec, nparamrows, nblocks, varvalues, auxvalues,
-                {idim, jdim, kdim}, rsttype, multiblock);
+                     array_view<const float, 2> auxvalues, integer_view idim, integer_view jdim,
+                     integer_view kdim, integer rsttype, logical multiblock) {
+  write_restart({filename, iformat, dblprec, rsttype, multiblock}, nparamrows, nblocks, varvalues,
+                auxvalues, {idim, jdim, kdim});
 }
 
 void writep3drestart(const FileName& filename, integer iformat, logical dblprec, integer nparamrows,
                      integer nblocks, array_argument<const double, 2> varvalues,
-                     array_view<const double, 2> auxvalues, array_view<const integer, 1> idim,
-                     array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
-                     integer rsttype, logical multiblock) {
-  write_restart<double>(filename, iformat, dblprec, nparamrows, nblocks, varvalues, auxvalues,
-                        {idim, jdim, kdim}, rsttype, multiblock);
+                     array_view<const double, 2> auxvalues, integer_view idim, integer_view jdim,
+                     integer_view kdim, integer rsttype, logical multiblock) {
+  write_restart<double>({filename, iformat, dblprec, rsttype, multiblock}, nparamrows, nblocks,
+                        varvalues, auxvalues, {idim, jdim, kdim});
 }
 
 }  // namespace mod_p3dgrid

@@ -2,29 +2,25 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <functional>
 #include <utility>
 
 #include "mod_p3dgrid/run.hpp"
+#include "recordio/handler.hpp"
 #include "state/host.hpp"
 
 namespace mod_p3dgrid {
 namespace {
 
-std::function<void(std::string_view)>& message_sink() {
-  static auto& sink = *new std::function<void(std::string_view)>;
-  return sink;
-}
+constinit Handler<void(std::string_view)> message_sink;
 
 }  // namespace
 
 void p3dsetmessages(std::function<void(std::string_view line)> sink) {
-  message_sink() = std::move(sink);
+  message_sink.set(std::move(sink));
 }
 
 void write_line(std::string_view line) {
-  // A copy, because the sink may install another one.
-  if (const auto sink = message_sink()) return host::call(sink, line);
+  if (message_sink) return host::call(message_sink, line);
   std::fwrite(line.data(), 1, line.size(), stdout);
   std::fputc('\n', stdout);
 }

@@ -1,21 +1,20 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
 
 #include "mod_p3dgrid/arrays.hpp"
 #include "mod_p3dgrid/file_name.hpp"
+#include "p3dgrid/form.hpp"
 
 namespace mod_p3dgrid {
 
-/// The i, j and k extents of a block.
-using BlockExtents = std::array<integer, 3>;
+using p3dgrid::BlockExtents;
 
 /// The extents of all blocks, an entry per block.
 struct ExtentViews {
-  array_view<const integer, 1> i, j, k;
+  integer_view i, j, k;
 
   [[nodiscard]] BlockExtents of(integer block) const { return {i(block), j(block), k(block)}; }
 };

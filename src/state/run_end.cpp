@@ -1,14 +1,12 @@
 #include "state/run_end.hpp"
 
-#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
-#include <functional>
-#include <memory>
 #include <new>
 #include <system_error>
 #include <utility>
 
+#include "recordio/handler.hpp"
 #include "state/host.hpp"
 
 namespace mod_p3dgrid {
@@ -16,15 +14,7 @@ namespace {
 
 constexpr integer status_halted = 0;
 
-/// Shared, so that a copy needs no memory.
-using RunEndHandler = std::shared_ptr<const std::function<void(const RunEnd&)>>;
-
-RunEndHandler& run_end_handler() {
-  // Never destroyed: a run may end while static objects are.
-  alignas(RunEndHandler) static std::byte place[sizeof(RunEndHandler)];
-  static auto& handler = *new (place) RunEndHandler;
-  return handler;
-}
+constinit Handler<void(const RunEnd&)> run_end_handler;
 
 void print(const std::string& message) {
   std::fprintf(stderr, "mod_p3dgrid: %s\n", message.c_str());
@@ -47,8 +37,7 @@ std::string message_of(const char* operation, const std::string& path, int error
 }
 
 [[noreturn]] void end_run(const RunEnd& end) {
-  // A copy, because the handler may install another one.
-  if (const RunEndHandler handler = run_end_handler()) host::call(*handler, end);
+  if (run_end_handler) host::call(run_end_handler, end);
   if (!end.message.empty()) print(end.message);
   // `close_at_exit` of the table of units flushes and closes open units.
   std::exit(end.status);
@@ -57,7 +46,7 @@ std::string message_of(const char* operation, const std::string& path, int error
 }  // namespace
 
 void p3dsetrunend(std::function<void(const RunEnd&)> handler) {
-  run_end_handler() = handler ? std::make_shared<decltype(handler)>(std::move(handler)) : nullptr;
+  run_end_handler.set(std::move(handler));
 }
 
 void stop_run() {

@@ -16,15 +16,6 @@ constexpr std::uintptr_t huge_page = std::uintptr_t{2} * 1024 * 1024;
 
 bool huge_pages = false;
 
-/// Advises the system to use huge pages for the whole ones within the storage.
-void advise_huge_pages(void* storage, std::uint64_t bytes) {
-  const auto begin = reinterpret_cast<std::uintptr_t>(storage);
-  const std::uintptr_t first = (begin + huge_page - 1) / huge_page * huge_page;
-  const std::uintptr_t last = (begin + bytes) / huge_page * huge_page;
-  if (first >= last) return;
-  ::madvise(static_cast<char*>(storage) + (first - begin), last - first, MADV_HUGEPAGE);
-}
-
 }  // namespace
 
 void p3dsethugepages(bool wanted) {
@@ -44,7 +35,13 @@ void* acquire_storage(std::uint64_t bytes) noexcept {
 }
 
 void advise_storage(void* storage, std::uint64_t bytes) noexcept {
-  if (huge_pages && storage != nullptr) advise_huge_pages(storage, bytes);
+  if (!huge_pages || storage == nullptr) return;
+  // Only whole pages within the storage.
+  const auto begin = reinterpret_cast<std::uintptr_t>(storage);
+  const std::uintptr_t first = (begin + huge_page - 1) / huge_page * huge_page;
+  const std::uintptr_t last = (begin + bytes) / huge_page * huge_page;
+  if (first >= last) return;
+  ::madvise(static_cast<char*>(storage) + (first - begin), last - first, MADV_HUGEPAGE);
 }
 
 void release_storage(void* storage) noexcept {

@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "mod_p3dgrid/run.hpp"
+#include "recordio/handler.hpp"
 #include "recordio/read_error.hpp"
 #include "state/host.hpp"
 #include "state/run_end.hpp"
@@ -82,42 +83,33 @@ void close_unit(integer number) {
   if (connection != nullptr) on_file(connection->path(), [&] { connection->close(); });
 }
 
-/// What the host has set, and what it may ask for.
-struct HostState {
-  std::function<std::string(std::string_view)> path_resolver;
-  std::function<p3dgrid::StatedCoding(std::string_view)> coding_chooser;
-  bool whole_records = false;
-  ReadFailure last_failure;
-};
+constinit Handler<std::string(std::string_view)> path_resolver;
+constinit Handler<p3dgrid::StatedCoding(std::string_view)> coding_chooser;
+bool whole_records = false;
 
-/// Never destroyed, because it is used at exit.
-HostState& host_state() {
-  static auto& state = *new HostState;
-  return state;
+/// Never destroyed, because hosts may ask for it at exit.
+ReadFailure& last_failure() {
+  static auto& failure = *new ReadFailure;
+  return failure;
 }
 
 [[noreturn]] void fail_read(integer number, const Connection* connection, ReadError error) {
-  ReadFailure failure;
-  failure.unit = number;
-  failure.status = error.status;
-  failure.offset = error.offset;
-  failure.found = std::move(error.found);
-  failure.expected = std::move(error.expected);
-  if (connection != nullptr) {
-    failure.file = connection->path();
-    failure.record = connection->record();
-    failure.line = connection->line();
-  }
-  host_state().last_failure = std::move(failure);
+  const bool open = connection != nullptr;
+  last_failure() = {.file = open ? connection->path() : std::string(),
+                    .unit = number,
+                    .status = error.status,
+                    .record = open ? connection->record() : 0,
+                    .offset = error.offset,
+                    .line = open ? connection->line() : 0,
+                    .found = std::move(error.found),
+                    .expected = std::move(error.expected)};
   throw FailedRead();
 }
 
 }  // namespace
 
 std::string path_of(const FileName& name) {
-  // A copy, because the resolver may install another one.
-  const auto resolver = host_state().path_resolver;
-  return resolver ? host::call(resolver, name.view()) : std::string(name.view());
+  return path_resolver ? host::call(path_resolver, name.view()) : std::string(name.view());
 }
 
 Unit::Unit(integer number, integer iformat) : number_(number) {
@@ -127,10 +119,8 @@ Unit::Unit(integer number, integer iformat) : number_(number) {
 p3dgrid::Coding Unit::coding(const FileName& name, logical dblprec) const {
   using p3dgrid::Precision;
   p3dgrid::Coding coding{.encoding = encoding_.value_or(Encoding::formatted)};
-  if (known() && host_state().coding_chooser) {
-    // A copy, because the chooser may install another one.
-    const auto chooser = host_state().coding_chooser;
-    p3dgrid::StatedCoding stated = host::call(chooser, name.view());
+  if (known() && coding_chooser) {
+    p3dgrid::StatedCoding stated = host::call(coding_chooser, name.view());
     stated.encoding = coding.encoding;
     coding = p3dgrid::applied_to({}, stated);
   }
@@ -162,8 +152,7 @@ void Unit::read_with(Action action) const {
 }
 
 void Unit::read(const recordio::ReadList& list) const {
-  const RestOfRecord rest =
-      host_state().whole_records ? RestOfRecord::refused : RestOfRecord::skipped;
+  const RestOfRecord rest = whole_records ? RestOfRecord::refused : RestOfRecord::skipped;
   read_with([&](Connection& connection) { connection.read(list, rest); });
 }
 
@@ -263,11 +252,11 @@ void p3dcloseunit(integer unit) try { close_unit(unit); } catch (const std::bad_
 }
 
 const ReadFailure& p3dlastfailure() {
-  return host_state().last_failure;
+  return last_failure();
 }
 
 void p3dclearfailure() {
-  host_state().last_failure = {};
+  last_failure() = {};
 }
 
 std::string ReadFailure::describe() const {
@@ -281,15 +270,15 @@ std::string ReadFailure::describe() const {
 }
 
 void p3dsetpaths(std::function<std::string(std::string_view name)> resolver) {
-  host_state().path_resolver = std::move(resolver);
+  path_resolver.set(std::move(resolver));
 }
 
 void p3dsetcoding(std::function<p3dgrid::StatedCoding(std::string_view name)> chooser) {
-  host_state().coding_chooser = std::move(chooser);
+  coding_chooser.set(std::move(chooser));
 }
 
 void p3dsetwholerecords(bool wanted) {
-  host_state().whole_records = wanted;
+  whole_records = wanted;
 }
 
 }  // namespace mod_p3dgrid

@@ -144,7 +144,7 @@ void write_body(const Combination<Lead>& combination) {
   if (!allocate_checked(slots, largest, combination.variables)) {
     refuse_restart(combination.filename, "out of memory for one block of all variables");
   }
-  const auto records = block_records_with_leading(combination.layout, combination.coding);
+  const auto records = block_records_with_leading(combination);
   Combiner<Real, Lead> combiner{combination, records, std::move(slots)};
   write_records(combination.unit, {records, combination.nblocks, combination.layout.extensions},
                 combiner);
@@ -156,19 +156,16 @@ void fail_if(const std::string& reason) {
 }
 
 template <class Lead>
-void combine_variable_files(array_view<const Lead, 2> leadvalues, const FileName& filename,
-                            integer iformat, logical dblprec, integer nparamrows, integer nblocks,
-                            const ExtentViews& extents, integer rsttype, logical multiblock) try {
-  const LayoutTraits& layout = p3dgrid::traits_of(rsttype);
-  check_layout(filename, layout, rsttype);
-  const Unit output(unit_number::restart_write, iformat);
-  const Combination<Lead> combination{
-      {filename, output, layout, output.coding(filename, dblprec), nblocks,
-       checked_numbering(restart_file(filename), nblocks, extents)},
-      leadvalues,
-      nparamrows,
-      variables_per_point()};
-  const bool writable = output.known() && layout.writable;
+void combine_variable_files(array_view<const Lead, 2> leadvalues, const RestartArguments& arguments,
+                            integer nparamrows, integer nblocks, const ExtentViews& extents) try {
+  const FileName& filename = arguments.filename;
+  check_layout(arguments);
+  Combination<Lead> combination{{arguments, unit_number::restart_write, nblocks},
+                                leadvalues,
+                                nparamrows,
+                                variables_per_point()};
+  combination.points = checked_numbering(restart_file(filename), nblocks, extents);
+  const bool writable = combination.unit.known() && combination.layout.writable;
   if (combination.variables > tmpfile.size()) {
     refuse_restart(filename, std::to_string(combination.variables) +
                                  " variables cannot be combined, at most " +
@@ -186,7 +183,7 @@ void combine_variable_files(array_view<const Lead, 2> leadvalues, const FileName
     message("Reading variable ", m, " from file", left_adjusted(tmpfile(m)));
     open_variable_file(m);
   }
-  write_restart_header(filename, iformat, dblprec, nblocks, extents, rsttype, multiblock);
+  write_restart_header(combination, extents);
   if (writable) {
     create_parameters_to_write(combination, nparamrows);
     try {
@@ -200,28 +197,28 @@ void combine_variable_files(array_view<const Lead, 2> leadvalues, const FileName
     }
   }
   // Some file systems report a full disk only now. The temporary files still exist then.
-  output.close();
+  combination.unit.close();
   fail_if(delete_variable_files(combination.variables));
 } catch (...) {
-  end_operation("write restart file", filename);
+  end_operation("write restart file", arguments.filename);
 }
 
 }  // namespace
 
 void combinep3dvarfiles(array_view<const float, 2> leadvalues, const FileName& filename,
                         integer iformat, logical dblprec, integer nparamrows, integer nblocks,
-                        array_view<const integer, 1> idim, array_view<const integer, 1> jdim,
-                        array_view<const integer, 1> kdim, integer rsttype, logical multiblock) {
-  combine_variable_files(leadvalues, filename, iformat, dblprec, nparamrows, nblocks,
-                         {idim, jdim, kdim}, rsttype, multiblock);
+                        integer_view idim, integer_view jdim, integer_view kdim, integer rsttype,
+                        logical multiblock) {
+  combine_variable_files(leadvalues, {filename, iformat, dblprec, rsttype, multiblock}, nparamrows,
+                         nblocks, {idim, jdim, kdim});
 }
 
 void combinep3dvarfiles(array_argument<const double, 2> leadvalues, const FileName& filename,
                         integer iformat, logical dblprec, integer nparamrows, integer nblocks,
-                        array_view<const integer, 1> idim, array_view<const integer, 1> jdim,
-                        array_view<const integer, 1> kdim, integer rsttype, logical multiblock) {
-  combine_variable_files<double>(leadvalues, filename, iformat, dblprec, nparamrows, nblocks,
-                                 {idim, jdim, kdim}, rsttype, multiblock);
+                        integer_view idim, integer_view jdim, integer_view kdim, integer rsttype,
+                        logical multiblock) {
+  combine_variable_files<double>(leadvalues, {filename, iformat, dblprec, rsttype, multiblock},
+                                 nparamrows, nblocks, {idim, jdim, kdim});
 }
 
 }  // namespace mod_p3dgrid

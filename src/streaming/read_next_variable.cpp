@@ -33,7 +33,7 @@ struct VariableReader {
   }
   void move(const BodyRecord& record) const {
     if (record.kind == BodyRecordKind::older_level) {
-      return skip_older_level(read.unit, read.coding, read.points.npts(record.block), record);
+      return skip_older_level(read, record);
     }
     read.unit.read(list_of<void>(*this, record));
   }
@@ -95,15 +95,15 @@ bool blocks_fill_staging(const VariableRead& read, const std::vector<BodyRecord>
 }
 
 template <class Real, class Result>
-void read_variable(const VariableRead& read, array_view<Result, 2> varvalues,
-                   allocatable<Real, 2>& staging, allocatable<Real*, 1>& targets) {
+void read_variable(const VariableRead& read, array_view<Result, 2> varvalues) {
+  auto& [staging, targets] = one_variable_staging.of<Real>();
+  allocatable<integer, 1>& steps = one_variable_staging.steps;
   // Text has no records of older levels.
-  const auto records = block_records_with_leading(read.layout, read.coding,
-                                                  p3dgrid::older_levels(read.coding, itimeint));
+  const auto records =
+      block_records_with_leading(read, p3dgrid::older_levels(read.coding, itimeint));
   const integer highest = checked_highest_variable(records);
   const std::int64_t variables = variables_per_point();
   if (read.points.total > 0) check_variables(read.filename, highest, variables);
-  allocatable<integer, 1>& steps = one_variable_staging.READII;
   check_variable(read, variables);  // again, because a host can change `numrstrtvar` in a callback
   bool usable = allocate_staging(staging, 1, read.allpoints);
   // The two tables are not used, but hosts are told of their allocation.
@@ -115,38 +115,31 @@ void read_variable(const VariableRead& read, array_view<Result, 2> varvalues,
   const VariableReader<Real> reader{read, staging.data()};
   const bool extensions = read.layout.extensions && read.ivar >= first_extension_variable;
   read_records(read.unit, {records, read.nblocks, extensions}, reader);
-  convert_rows(staging.data(), 1, varvalues.data(), varvalues.extent(1), 1, read.allpoints);
+  copy_rows(staging, varvalues, 1, read.allpoints);
   staging.deallocate();
   targets.deallocate();
   steps.deallocate();
 }
 
 template <class Result>
-void read_next_variable(integer ivar, const FileName& filename, integer iformat, logical dblprec,
-                        integer nblocks, array_view<const integer, 1> blockpoints,
-                        array_view<Result, 2> varvalues, const ExtentViews& given, integer rsttype,
-                        logical multiblock) try {
-  const LayoutTraits& layout = p3dgrid::traits_of(rsttype);
-  announce_restart(host::announce_read, filename, iformat, dblprec, layout, multiblock, ivar);
-  check_layout(filename, layout, rsttype);
-  const Unit unit(unit_number::restart_read, iformat);
-  VariableRead read{{filename, unit, layout, unit.coding(filename, dblprec), nblocks},
-                    ivar,
-                    sum(blockpoints),
-                    varvalues.extents()};
-  if (unit.known()) {
-    read.points = checked_numbering(restart_file(filename), nblocks, given);
+void read_next_variable(integer ivar, const RestartArguments& arguments, integer nblocks,
+                        integer_view blockpoints, array_view<Result, 2> varvalues,
+                        const ExtentViews& given) try {
+  announce_restart(host::announce_read, arguments, ivar);
+  VariableRead read{
+      {arguments, unit_number::restart_read, nblocks}, ivar, sum(blockpoints), varvalues.extents()};
+  if (read.unit.known()) {
+    read.points = checked_numbering(restart_file(read.filename), nblocks, given);
     check_arguments(read);
   }
   integer scratch = 1;
   ExtentArrays extents;
-  read_restart_header(filename, iformat, dblprec, scratch, rsttype, multiblock, extents);
-  require_plausible_extents(unit, extents);
+  read_restart_header(read, scratch, extents);
+  require_plausible_extents(read.unit, extents);
   try {
-    if (unit.known()) {
-      OneVariableStaging& staging = one_variable_staging;
-      holds_singles(read.coding) ? read_variable(read, varvalues, staging.SW, staging.SPNTR)
-                                 : read_variable(read, varvalues, staging.DW, staging.DPNTR);
+    if (read.unit.known()) {
+      holds_singles(read.coding) ? read_variable<float>(read, varvalues)
+                                 : read_variable<double>(read, varvalues);
     }
   } catch (const FailedRead&) {
     throw;
@@ -154,29 +147,27 @@ void read_next_variable(integer ivar, const FileName& filename, integer iformat,
     one_variable_staging = {};
     throw;
   }
-  unit.close();
+  read.unit.close();
 } catch (...) {
-  end_operation("read restart file", filename);
+  end_operation("read restart file", arguments.filename);
 }
 
 }  // namespace
 
 void readnextp3dvar(integer ivar, const FileName& filename, integer iformat, logical dblprec,
-                    integer nblocks, array_view<const integer, 1> blockpoints,
-                    array_view<float, 2> varvalues, array_view<const integer, 1> idim,
-                    array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
-                    integer rsttype, logical multiblock) {
-  read_next_variable(ivar, filename, iformat, dblprec, nblocks, blockpoints, varvalues,
-                     {idim, jdim, kdim}, rsttype, multiblock);
+                    integer nblocks, integer_view blockpoints, array_view<float, 2> varvalues,
+                    integer_view idim, integer_view jdim, integer_view kdim, integer rsttype,
+                    logical multiblock) {
+  read_next_variable(ivar, {filename, iformat, dblprec, rsttype, multiblock}, nblocks, blockpoints,
+                     varvalues, {idim, jdim, kdim});
 }
 
 void readnextp3dvar(integer ivar, const FileName& filename, integer iformat, logical dblprec,
-                    integer nblocks, array_view<const integer, 1> blockpoints,
-                    array_argument<double, 2> varvalues, array_view<const integer, 1> idim,
-                    array_view<const integer, 1> jdim, array_view<const integer, 1> kdim,
-                    integer rsttype, logical multiblock) {
-  read_next_variable<double>(ivar, filename, iformat, dblprec, nblocks, blockpoints, varvalues,
-                             {idim, jdim, kdim}, rsttype, multiblock);
+                    integer nblocks, integer_view blockpoints, array_argument<double, 2> varvalues,
+                    integer_view idim, integer_view jdim, integer_view kdim, integer rsttype,
+                    logical multiblock) {
+  read_next_variable<double>(ivar, {filename, iformat, dblprec, rsttype, multiblock}, nblocks,
+                             blockpoints, varvalues, {idim, jdim, kdim});
 }
 
 }  // namespace mod_p3dgrid

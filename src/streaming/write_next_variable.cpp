@@ -26,8 +26,8 @@ FileName free_file_name(FileName name) {
 
 template <class Real>
 void write_next_variable(integer ivar, const FileName& prefix, logical dblprec, integer nblocks,
-                         array_view<const integer, 1> blockpoints,
-                         array_view<const Real, 2> varvalues, const ExtentViews& extents) try {
+                         integer_view blockpoints, array_view<const Real, 2> varvalues,
+                         const ExtentViews& extents) try {
   if (ivar < 1 || ivar > tmpfile.size()) {
     fail_run("variable " + std::to_string(ivar) + " cannot be streamed, only 1 to " +
              std::to_string(tmpfile.size()) + " can");
@@ -71,16 +71,14 @@ void write_next_variable(integer ivar, const FileName& prefix, logical dblprec, 
 }  // namespace
 
 void writenextp3dvar(integer ivar, const FileName& prefix, logical dblprec, integer nblocks,
-                     array_view<const integer, 1> blockpoints, array_view<const float, 2> varvalues,
-                     array_view<const integer, 1> idim, array_view<const integer, 1> jdim,
-                     array_view<const integer, 1> kdim) {
+                     integer_view blockpoints, array_view<const float, 2> varvalues,
+                     integer_view idim, integer_view jdim, integer_view kdim) {
   write_next_variable(ivar, prefix, dblprec, nblocks, blockpoints, varvalues, {idim, jdim, kdim});
 }
 
 void writenextp3dvar(integer ivar, const FileName& prefix, logical dblprec, integer nblocks,
-                     array_view<const integer, 1> blockpoints,
-                     array_argument<const double, 2> varvalues, array_view<const integer, 1> idim,
-                     array_view<const integer, 1> jdim, array_view<const integer, 1> kdim) {
+                     integer_view blockpoints, array_argument<const double, 2> varvalues,
+                     integer_view idim, integer_view jdim, integer_view kdim) {
   write_next_variable<double>(ivar, prefix, dblprec, nblocks, blockpoints, varvalues,
                               {idim, jdim, kdim});
 }

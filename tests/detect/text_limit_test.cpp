@@ -19,7 +19,7 @@ class TextLimit : public test_support::InScratchFolder {
     write_file("grid", text);
     Evidence file("grid");
     const GridForm form{{.encoding = Encoding::formatted}, true, iblank};
-    const auto outline = file.grid_outline(form.coding, true, EmptyBlocks::refused);
+    const auto outline = file.outline(form, EmptyBlocks::refused);
     FilePlan plan(outline->sizes, outline->extents, form);
     const std::string path = "grid";
     recordio::InputFile part(path, 4096);

@@ -1,5 +1,3 @@
-#include "recordio/value_transfer.hpp"
-
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 

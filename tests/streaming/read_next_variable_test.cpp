@@ -199,7 +199,7 @@ TEST_F(ReadNextVariable, ATruncatedFileIsToldOnceAndLeavesTheResult) {
       EXPECT_EQ(count_calls("dispfilereaderror"), 1);
       EXPECT_TRUE(is_open("restart"));
       EXPECT_THAT(values, Each(-77.F));
-      EXPECT_TRUE(one_variable_staging.READII.allocated());
+      EXPECT_TRUE(one_variable_staging.steps.allocated());
     }
   }
 }
@@ -209,14 +209,14 @@ TEST_F(ReadNextVariable, StagingLeftByAFailedReadIsReportedAndUsedIfLargeEnough)
   const HandMadeRestart made({.layout = 1, .iformat = 0});
   write_file("restart", made.header());
   read(made.form, 1);
-  ASSERT_TRUE(one_variable_staging.SW.allocated());
+  ASSERT_TRUE(one_variable_staging.of<float>().values.allocated());
   calls.clear();
   read_file_of(made, 1);
   EXPECT_THAT(calls, ElementsAre(HasSubstr("dispreadwrite"), "checkallocationerror(0)",
                                  "checkallocationerror(1)", "checkallocationerror(1)",
                                  "checkallocationerror(1)"));
   EXPECT_EQ(values[6], static_cast<float>(HandMadeRestart::flow(1, 6)));
-  EXPECT_FALSE(one_variable_staging.SW.allocated());
+  EXPECT_FALSE(one_variable_staging.of<float>().values.allocated());
 
   // Too small for the next file, it is reported and made anew.
   write_file("restart", made.header());
@@ -242,7 +242,7 @@ TEST_F(ReadNextVariable, FailedHeadersAreToldOnce) {
   write_file("restart", Bytes().i4(4));
   read({.layout = 1}, 1);
   EXPECT_EQ(count_calls("dispfilereaderror"), 1);
-  EXPECT_FALSE(one_variable_staging.SW.allocated());
+  EXPECT_FALSE(one_variable_staging.of<float>().values.allocated());
 }
 
 TEST_F(ReadNextVariable, FlagsAreReadOnlyForVariablesAboveFive) {
@@ -400,7 +400,7 @@ TEST_F(ReadNextVariable, ExceptionsReleaseTheStaging) {
   set_sections({{1, 5}});
   p3dsetmessages([](std::string_view) { throw std::runtime_error("host"); });
   EXPECT_THROW(read_file_of(HandMadeRestart({.layout = 1}), 1), std::runtime_error);
-  EXPECT_FALSE(one_variable_staging.SW.allocated());
+  EXPECT_FALSE(one_variable_staging.of<float>().values.allocated());
 }
 
 TEST_F(ReadNextVariable, UnknownFormatsReadNothing) {

@@ -590,6 +590,24 @@ class Parts(PlotTest):
         self.assertEqual(said, "skewness, from 0 to 0.5")
         self.assertNotEqual(picture.share(0.7, 0.9), picture.share(0.1, 0.1))
 
+    def test_quality_on_a_cut(self):
+        """A cell that the cut crosses shows the worst of all its faces and edges."""
+        # The shear is in the planes of z, the growing steps are along z.
+        self.write_grid("grid", blocks=[brick((3, 3, 4), lambda i, j, k: (i + j, j, (3 ** k - 1) / 2))])
+        self.assertEqual(self.plot("grid", "out.png", "--quality", "skewness", "--cut", "z=2")[0],
+                         "skewness, cut z=2, 0.5 everywhere")
+        self.assertEqual(self.plot("grid", "out.png", "--quality", "stretching", "--cut", "y=0.5")[0],
+                         "stretching, cut y=0.5, 3 everywhere")
+        # A point that is moved along y skews the cells around it, of which the cut crosses some.
+        def at(i, j, k):
+            return i, j + (i == j == k == 4), k
+        self.write_grid("grid", blocks=[brick((5, 5, 5), at)])
+        said, picture = self.plot("grid", "out.png", "--quality", "skewness", "--cut", "x=3.5")
+        self.assertEqual(said, "skewness, cut x=3.5, from 0 to 0.5")
+        self.assertNotEqual(picture.share(0.85, 0.9), picture.share(0.1, 0.1))
+        self.assertEqual(self.plot("grid", "out.png", "--quality", "skewness", "--cut", "x=2.5")[0],
+                         "skewness, cut x=2.5, 0 everywhere")
+
     def test_quality_of_cells_without_edges(self):
         self.write_grid("grid", blocks=[plane(at=lambda i, j: (max(i, 1), j, 0))])
         self.assertEqual(self.plot("grid", "out.png", "--quality", "skewness")[0],

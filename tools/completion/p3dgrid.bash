@@ -18,11 +18,6 @@ _p3dgrid_values() {
   tr '|' '\n' <<<"$values" | grep -x '[a-z0-9]*'
 }
 
-# True for an option that is followed by a value.
-_p3dgrid_takes_value() {
-  grep -qE "^ +$2 [A-Za-z0-9]" <<<"$1"
-}
-
 _p3dgrid() {
   local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
   local program=${COMP_WORDS[0]/#\~/$HOME} command="" word help
@@ -40,7 +35,7 @@ _p3dgrid() {
     mapfile -t COMPREPLY < <(compgen -W "$(_p3dgrid_words "$commands" '[a-z]+')" -- "$current")
   elif [[ $current == -* ]]; then
     mapfile -t COMPREPLY < <(compgen -W "$(_p3dgrid_words "$help" '--[a-z-]+')" -- "$current")
-  elif [[ $previous == -* ]] && _p3dgrid_takes_value "$help" "$previous"; then
+  elif [[ $previous == -* ]] && grep -qE "^ +$previous [A-Za-z0-9]" <<<"$help"; then # takes a value
     mapfile -t COMPREPLY < <(compgen -W "$(_p3dgrid_values "$help" "$previous")" -- "$current")
     [[ $previous == --plane ]] && compopt -o nospace 2>/dev/null
     [[ $previous == --grid || $previous == --restart ]] && compopt -o default 2>/dev/null

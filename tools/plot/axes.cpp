@@ -52,7 +52,7 @@ class BoxAxes {
     draw_edge(coordinate, box_.corner(chosen));
   }
 
-  [[nodiscard]] Reach reach() const { return reach_; }
+  [[nodiscard]] Range reach() const { return reach_; }
 
  private:
   struct Label {
@@ -107,8 +107,8 @@ class BoxAxes {
              std::abs(other.centre.y - centre.y) < text_;
     };
     if (std::ranges::any_of(drawn_, overlaps)) return;
-    reach_.left = std::min(reach_.left, centre.x - half);
-    reach_.right = std::max(reach_.right, centre.x + half);
+    reach_.include(centre.x - half);
+    reach_.include(centre.x + half);
     drawn_.push_back({centre, half});
     canvas_.text(centre.x, centre.y, label, font, {0.5, 0.5});
   }
@@ -118,7 +118,7 @@ class BoxAxes {
   const Box& box_;
   double text_;
   std::vector<Label> drawn_;
-  Reach reach_{INFINITY, 0};
+  Range reach_;  ///< of the labels, horizontally
 };
 
 /// The centre of a pixel, which makes lines sharp.
@@ -193,7 +193,7 @@ void Axes::draw_box_behind(Canvas& canvas) const {
   }
 }
 
-Reach Axes::draw_box(Canvas& canvas) const {
+Range Axes::draw_box(Canvas& canvas) const {
   BoxAxes axes(canvas, *this);
   for (std::size_t coordinate = 0; coordinate < 3; ++coordinate) axes.draw_axis(coordinate);
   return axes.reach();

@@ -5,6 +5,7 @@
 #include "plot/canvas.hpp"
 #include "plot/scale.hpp"
 #include "plot/view.hpp"
+#include "range.hpp"
 
 namespace p3dgrid::tool::plot {
 
@@ -27,12 +28,6 @@ struct Area {
   int height = 0;
 };
 
-/// Horizontal extent of labels on the page, in pixels.
-struct Reach {
-  double left = 0;
-  double right = 0;
-};
-
 /// The axes of a picture, to be drawn around its surfaces.
 struct Axes {
   const Projection& projection;
@@ -50,8 +45,9 @@ struct Axes {
   /// Draws the edges of the box that are behind the surfaces.
   void draw_box_behind(Canvas& canvas) const;
 
-  /// Draws ticks, labels and names along three edges of the box.
-  Reach draw_box(Canvas& canvas) const;
+  /// Draws ticks, labels and names along three edges of the box. Returns the horizontal extent of
+  /// the labels on the page, in pixels.
+  Range draw_box(Canvas& canvas) const;
 };
 
 }  // namespace p3dgrid::tool::plot

@@ -16,8 +16,8 @@ enum class CellQuality {
   return quality == CellQuality::skewness ? "skewness" : "stretching";
 }
 
-/// Sets the values of the cells of a grid surface, from the coordinates of the block in their full
-/// precision.
+/// Sets the values of the cells of a grid surface, or of the cells of the block that a cut crosses,
+/// from the coordinates of the block in their full precision.
 void take_quality(Surface& surface, const Block& block, CellQuality quality);
 
 }  // namespace p3dgrid::tool::plot

@@ -2,18 +2,32 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
+
+#include "options.hpp"
 
 namespace p3dgrid::tool::plot {
 namespace {
 
 /// The distance of a point from each side of the box, negative outside the box.
-std::array<double, 6> depths_in(const Box& box, const Vector& place) {
+std::array<double, 6> depths_in(const Region& box, const Vector& place) {
   std::array<double, 6> depths{};
   for (std::size_t c = 0; c < 3; ++c) {
     depths[2 * c] = place[c] - box.low[c];
     depths[2 * c + 1] = box.high[c] - place[c];
   }
   return depths;
+}
+
+/// Space around the region that the frame of a picture leaves, in largest extents of the region.
+constexpr double margin_of_frame = 0.03;
+
+double margin_of(const Region& region) {
+  double largest = 0;
+  for (std::size_t c = 0; c < 3; ++c) {
+    if (std::isfinite(region.extent(c))) largest = std::max(largest, region.extent(c));
+  }
+  return margin_of_frame * largest;
 }
 
 Corner between(const Corner& from, const Corner& to, double share) {
@@ -28,8 +42,44 @@ Corner between(const Corner& from, const Corner& to, double share) {
 
 }  // namespace
 
+std::optional<Region> region_in(const std::string& text) {
+  Region region = {{-INFINITY, -INFINITY, -INFINITY}, {INFINITY, INFINITY, INFINITY}};
+  const std::vector<std::string> ranges = entries_in(text);
+  if (ranges.size() < 2 || ranges.size() > 3) return std::nullopt;
+  for (std::size_t c = 0; c < ranges.size(); ++c) {
+    const std::size_t colon = ranges[c].find(':');
+    if (colon == std::string::npos) return std::nullopt;
+    const auto low = real_in(ranges[c].substr(0, colon));
+    const auto high = real_in(ranges[c].substr(colon + 1));
+    if (!low || !high || *low >= *high) return std::nullopt;
+    region.low[c] = *low;
+    region.high[c] = *high;
+  }
+  return region;
+}
+
+void confine(Surface& surface, const Region& region) {
+  std::vector<char> hidden(surface.points.size(), 1);
+  const double slack = margin_of(region);
+  for (std::size_t p = 0; p < surface.points.size(); ++p) {
+    const auto depths = depths_in(region, surface.place(p));
+    unsigned sides = 0;
+    for (unsigned side = 0; side < 6; ++side) {
+      if (depths[side] < -slack) sides |= 1U << side;
+    }
+    surface.beyond.push_back(static_cast<std::uint8_t>(sides));
+  }
+  surface.for_each_cell([&](const Cell& cell) {
+    for (const std::size_t corner : cell.corners) hidden[corner] = 0;
+  });
+  for (std::size_t p = 0; p < hidden.size(); ++p) {
+    const bool is_inside = surface.rows == 1 && surface.beyond[p] == 0;
+    if (hidden[p] != 0 && !is_inside) surface.absent[p] = 1;
+  }
+}
+
 // Clips the polygon at each side of the box in turn.
-std::vector<Corner> clipped(std::vector<Corner> polygon, const Box& box) {
+std::vector<Corner> clipped(std::vector<Corner> polygon, const Region& box) {
   for (std::size_t side = 0; side < 6; ++side) {
     std::vector<Corner> rest;
     for (std::size_t n = 0; n < polygon.size(); ++n) {
@@ -46,7 +96,7 @@ std::vector<Corner> clipped(std::vector<Corner> polygon, const Box& box) {
 }
 
 std::optional<std::pair<Vertex, Vertex>> clipped(const Corner& from, const Corner& to,
-                                                 const Box& box) {
+                                                 const Region& box) {
   const auto depths_from = depths_in(box, from.place);
   const auto depths_to = depths_in(box, to.place);
   double first = 0;

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cstdio>
 #include <filesystem>
 #include <locale>
 
@@ -22,10 +21,9 @@ constexpr double default_elevation = 25;
 constexpr Usage usage = {.command_line = "p3dgrid plot GRID RESTART OUT.png",
                          .grid_alone = "'p3dgrid plot GRID OUT.png' draws it"};
 
-std::string rounded(double value, int digits) {
-  char text[32];
-  std::snprintf(text, sizeof text, "%.*g", digits, value);
-  return text;
+/// The text that `coordinate_plane_in` parses.
+std::string describe(const CoordinatePlane& cut) {
+  return std::string(1, "xyz"[cut.axis]) + "=" + digits(cut.value);
 }
 
 /// A list such as "k=1,i=last".
@@ -78,7 +76,7 @@ void take_block(const Request& request, const Block& block, std::size_t number, 
   for (Surface& surface : picture.surfaces) {
     if (surface.block == number) take_points(surface, block);
   }
-  for (const Cut& cut : request.cuts) {
+  for (const CoordinatePlane& cut : request.cuts) {
     if (auto surface = cut_through(block, number, cut)) {
       picture.surfaces.push_back(std::move(*surface));
     }

@@ -4,8 +4,6 @@
 #include <cmath>
 #include <unordered_map>
 
-#include "table.hpp"
-
 namespace p3dgrid::tool::plot {
 namespace {
 
@@ -13,7 +11,7 @@ namespace {
 /// polygon is divided into triangles.
 class Cutter {
  public:
-  Cutter(const Block& block, std::size_t number, const Cut& cut)
+  Cutter(const Block& block, std::size_t number, const CoordinatePlane& cut)
       : block_(block),
         cut_(cut),
         along_(cut.axis == 0   ? block.x
@@ -122,6 +120,7 @@ class Cutter {
   void cut_cell(const Index& at) {
     const std::int64_t first = point(at);
     if (!is_valid(first)) return;
+    surface_.cut->crossed.push_back(static_cast<std::size_t>(first));
     lines_.clear();
     for (std::size_t d = 0; d < 3; ++d) {
       const std::size_t a = d == 0 ? 1 : 0;
@@ -146,13 +145,13 @@ class Cutter {
       const std::size_t after = next->from == end ? next->to : next->from;
       lines_.erase(next);
       if (after == start) return;
-      surface_.cut->cells.push_back({start, end, after, after});
+      surface_.cut->cells.push_back({{start, end, after, after}, surface_.cut->crossed.size() - 1});
       end = after;
     }
   }
 
   const Block& block_;
-  const Cut& cut_;
+  const CoordinatePlane& cut_;
   const Reals& along_;
   std::vector<char> above_;  ///< whether a point is above the cut
   Index counts_;
@@ -164,21 +163,8 @@ class Cutter {
 
 }  // namespace
 
-std::vector<Cut> cuts_in(const std::string& text) {
-  std::vector<Cut> cuts;
-  for (const std::string& entry : entries_in(text)) {
-    const auto cut = coordinate_plane_in(entry);
-    if (!cut) return {};
-    cuts.push_back(*cut);
-  }
-  return cuts;
-}
-
-std::string describe(const Cut& cut) {
-  return std::string(1, "xyz"[cut.axis]) + "=" + digits(cut.value);
-}
-
-std::optional<Surface> cut_through(const Block& block, std::size_t number, const Cut& cut) {
+std::optional<Surface> cut_through(const Block& block, std::size_t number,
+                                   const CoordinatePlane& cut) {
   Surface surface = Cutter(block, number, cut).run();
   return surface.points.empty() ? std::nullopt : std::optional(std::move(surface));
 }

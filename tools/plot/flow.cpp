@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cmath>
 
 #include "failure.hpp"
@@ -76,6 +77,14 @@ std::vector<std::string> own_names(const Request& request, const SolutionHeader&
     return std::vector<std::string>(static_cast<std::size_t>(header.most_variables()));
   }
   return variable_names(request.restart_path, header, request.names);
+}
+
+/// Parses a positive number; 0 if the text is something else.
+std::int32_t number_in(const std::string& text) {
+  std::int32_t number = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, number);
+  return error == std::errc() && stop == end && number > 0 ? number : 0;
 }
 
 /// The requested variable.

@@ -177,23 +177,19 @@ class Page {
  private:
   /// Sets scale and size of the surfaces for the width left beside them.
   void fit(double beside) {
-    double left = INFINITY, right = -INFINITY, bottom = INFINITY, top = -INFINITY;
+    Range across, up;
     for (unsigned corner = 0; corner < 8; ++corner) {
-      const double across = dot(picture_.view.right, picture_.box.corner(corner));
-      const double up = dot(picture_.view.up, picture_.box.corner(corner));
-      left = std::min(left, across);
-      right = std::max(right, across);
-      bottom = std::min(bottom, up);
-      top = std::max(top, up);
+      across.include(dot(picture_.view.right, picture_.box.corner(corner)));
+      up.include(dot(picture_.view.up, picture_.box.corner(corner)));
     }
-    const double wide = right - left;
-    const double tall = top - bottom;
+    const double wide = across.high - across.low;
+    const double tall = up.high - up.low;
     const double pad = padding * text_;
     const Vector& toward = picture_.view.toward;
     projection_.scale = std::min(wide > 0 ? (picture_.width - beside - 2 * pad) / wide : INFINITY,
                                  tall > 0 ? (tallest * picture_.width - 2 * pad) / tall : INFINITY);
-    projection_.left = left - pad / projection_.scale;
-    projection_.top = top + pad / projection_.scale;
+    projection_.left = across.low - pad / projection_.scale;
+    projection_.top = up.high + pad / projection_.scale;
     projection_.middle =
         (dot(toward, picture_.box.corner(0)) + dot(toward, picture_.box.corner(7))) / 2;
     area_.width = static_cast<int>(std::ceil(wide * projection_.scale + 2 * pad));
@@ -211,9 +207,9 @@ class Page {
     if (flat_) {
       left = (margin + name_beside) * text_ + widest_label(scratch, axes().ticks_up(), text_);
     } else {
-      const Reach reach = axes().draw_box(scratch);
-      left = std::max(left, margin_ - reach.left);
-      right += std::max(0.0, reach.right - area_.width - box_right * text_);
+      const Range reach = axes().draw_box(scratch);
+      left = std::max(left, margin_ - reach.low);
+      right += std::max(0.0, reach.high - area_.width - box_right * text_);
     }
     fit(left + right);
     const double needed = left + area_.width + right;

@@ -6,6 +6,7 @@
 
 #include "form_options.hpp"
 #include "plot/cell_quality.hpp"
+#include "plot/clip.hpp"
 #include "plot/cut.hpp"
 #include "plot/scale.hpp"
 #include "plot/surface.hpp"
@@ -24,7 +25,8 @@ struct Request {
   std::vector<std::string> names;  ///< of the variables, if stated
   std::int32_t block = 0;          ///< from 1; 0 for all
   std::vector<IndexPlane> planes;
-  std::vector<Cut> cuts;  ///< without these and planes, the outer faces of the blocks are shown
+  std::vector<CoordinatePlane>
+      cuts;  ///< without these and planes, the outer faces of the blocks are shown
   std::optional<Region> region;
   std::optional<CellQuality> quality;
   std::vector<double> view;  ///< azimuth and elevation, if stated

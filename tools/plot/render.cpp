@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 
 #include "plot/clip.hpp"
 
@@ -32,18 +33,28 @@ class SurfaceRenderer {
     surface_.for_each_cell([this](const Cell& cell) { fill_cell(cell); });
   }
 
+  /// A stride that leaves the outlines of the block.
+  static constexpr std::size_t outlines = std::numeric_limits<std::size_t>::max();
+
   /// Draws one of `stride` lines of each family, and the last, where they border a cell. The width
-  /// is in fine pixels.
+  /// is in fine pixels. Of a cut all lines are drawn in which it crosses the faces of cells.
   void draw_lines(std::size_t stride, Colour colour, double least_width) {
     // A whole number, so that lines at different places come out equally dark.
     const double width = std::max(least_width, std::round(fine_line_width()));
+    const auto draw = [&](std::size_t from, std::size_t to) { line(from, to, width, colour); };
+    if (surface_.cut) {
+      for (const auto& [from, to, is_outer] : surface_.cut->lines) {
+        const bool is_shown = surface_.shows(std::array{from, to});
+        if (is_shown && (is_outer || stride != outlines)) draw(from, to);
+      }
+      return;
+    }
     const std::size_t columns = surface_.columns;
     const auto wanted = [stride](std::size_t line, std::size_t lines) {
       return line % stride == 0 || line + 1 == lines;
     };
-    const auto draw = [&](std::size_t from, std::size_t to) { line(from, to, width, colour); };
     surface_.for_each_cell([&](const Cell& cell) {
-      const std::size_t corner = cell[0];
+      const std::size_t corner = cell.corners[0];
       const std::size_t row = corner / columns;
       const std::size_t column = corner % columns;
       if (wanted(row, surface_.rows)) draw(corner, corner + 1);
@@ -51,16 +62,6 @@ class SurfaceRenderer {
       if (wanted(column, columns)) draw(corner, corner + columns);
       if (wanted(column + 1, columns)) draw(corner + 1, corner + columns + 1);
     });
-  }
-
-  /// Draws the lines in which a cut crosses the faces of cells, or those of the block alone.
-  void draw_cut_lines(bool outer_only, Colour colour, double least_width) {
-    const double width = std::max(least_width, std::round(fine_line_width()));
-    for (const CutCells::Line& line : surface_.cut->lines) {
-      if (outer_only && !line.is_outer) continue;
-      if (!surface_.shows({line.from, line.to, line.to, line.to})) continue;
-      this->line(line.from, line.to, width, colour);
-    }
   }
 
   /// Draws the points of a single row and the lines between them.
@@ -99,9 +100,9 @@ class SurfaceRenderer {
     Corner middle;
     Vertex& centre = middle.vertex;
     for (std::size_t c = 0; c < 4; ++c) {
-      corners[c] = corner(cell[c]);
+      corners[c] = corner(cell.corners[c]);
       Vertex& v = corners[c].vertex;
-      if (!surface_.cell_values.empty()) v.value = surface_.cell_values[cell[0]];
+      if (!surface_.cell_values.empty()) v.value = surface_.cell_values[cell.number];
       centre.x += v.x / 4;
       centre.y += v.y / 4;
       centre.depth += v.depth / 4;
@@ -140,12 +141,10 @@ class SurfaceRenderer {
   /// Brightness of a cell by its angle to the eye.
   [[nodiscard]] double light_on(const Cell& cell) const {
     if (view_.plane) return 1;
-    const auto diagonal = [this](std::size_t from, std::size_t to) {
-      const Vector a = surface_.place(from);
-      const Vector b = surface_.place(to);
-      return Vector{b[0] - a[0], b[1] - a[1], b[2] - a[2]};
+    const auto diagonal = [&](std::size_t from, std::size_t to) {
+      return surface_.place(cell.corners[to]) - surface_.place(cell.corners[from]);
     };
-    const Vector normal = cross(diagonal(cell[0], cell[2]), diagonal(cell[1], cell[3]));
+    const Vector normal = cross(diagonal(0, 2), diagonal(1, 3));
     const double length = std::sqrt(dot(normal, normal));
     if (length == 0) return 1;
     return least_light + (1 - least_light) * std::abs(dot(normal, view_.toward)) / length;
@@ -175,9 +174,9 @@ std::size_t line_stride(const std::vector<Surface>& surfaces, const Projection& 
   for (const Surface& surface : surfaces) {
     if (surface.cut) continue;
     surface.for_each_cell([&](const Cell& cell) {
-      const Vector from = surface.place(cell[0]);
-      const Vector along = surface.place(cell[1]);
-      const Vector across = surface.place(cell[3]);
+      const Vector from = surface.place(cell.corners[0]);
+      const Vector along = surface.place(cell.corners[1]);
+      const Vector across = surface.place(cell.corners[3]);
       const double ax = projection.x(along) - projection.x(from);
       const double ay = projection.y(along) - projection.y(from);
       const double bx = projection.x(across) - projection.x(from);
@@ -195,16 +194,12 @@ void render(const std::vector<Surface>& surfaces, const Projection& projection, 
   for (const Surface& surface : surfaces) {
     SurfaceRenderer renderer(surface, projection, style, raster);
     renderer.fill_cells();
-    if (surface.cut) {
-      const Colour colour = style.levels ? block_edge : block_colour(surface.block);
-      renderer.draw_cut_lines(style.levels.has_value(), colour, style.levels ? 2 : 1);
-    } else if (surface.rows == 1) {
+    if (surface.rows == 1) {
       renderer.draw_row();
     } else if (style.levels) {
-      const std::size_t outline_only = std::max(surface.columns, surface.rows);
       const bool is_mesh = !surface.cell_values.empty();
       if (is_mesh) renderer.draw_lines(style.line_stride, pale_ink, 1);
-      renderer.draw_lines(outline_only, block_edge, 2);
+      renderer.draw_lines(SurfaceRenderer::outlines, block_edge, 2);
     } else {
       renderer.draw_lines(style.line_stride, block_colour(surface.block), 1);
     }

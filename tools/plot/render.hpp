@@ -15,10 +15,10 @@ namespace p3dgrid::tool::plot {
 
 /// How the surfaces are drawn.
 struct Style {
-  double line_width = 1;         ///< of mesh lines, in pixels of the page
-  std::optional<Levels> levels;  ///< of a filled contour; none for a mesh
-  std::size_t line_stride = 1;   ///< 1 draws all mesh lines, 2 every other one
-  std::optional<Box> clip = {};  ///< what is beyond is not drawn
+  double line_width = 1;            ///< of mesh lines, in pixels of the page
+  std::optional<Levels> levels;     ///< of a filled contour; none for a mesh
+  std::size_t line_stride = 1;      ///< 1 draws all mesh lines, 2 every other one
+  std::optional<Region> clip = {};  ///< what is beyond is not drawn
 };
 
 /// The smallest `Style::line_stride` for which the mean distance of lines is at least the given

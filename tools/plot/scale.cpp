@@ -168,7 +168,7 @@ std::optional<Levels> levels_of(const std::vector<Surface>& surfaces) {
       if (surface.absent[p] == 0) include(surface.values[p]);
     }
     if (surface.cell_values.empty()) continue;
-    surface.for_each_cell([&](const Cell& cell) { include(surface.cell_values[cell[0]]); });
+    surface.for_each_cell([&](const Cell& cell) { include(surface.cell_values[cell.number]); });
   }
   if (range.empty()) return std::nullopt;
   levels.smallest = range.low;

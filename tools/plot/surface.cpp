@@ -1,7 +1,6 @@
 #include "plot/surface.hpp"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 
 namespace p3dgrid::tool::plot {
@@ -12,23 +11,6 @@ std::array<std::int64_t, 3> counts_of(const Extents& extents, std::size_t block)
 }
 
 }  // namespace
-
-std::int32_t number_in(std::string_view text) {
-  std::int32_t number = 0;
-  const char* const end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, number);
-  return error == std::errc() && stop == end && number > 0 ? number : 0;
-}
-
-std::vector<IndexPlane> planes_in(const std::string& text) {
-  std::vector<IndexPlane> planes;
-  for (const std::string& entry : entries_in(text)) {
-    const auto plane = index_plane_in(entry);
-    if (!plane) return {};
-    planes.push_back(*plane);
-  }
-  return planes;
-}
 
 std::optional<Surface> plane_of(const Extents& extents, std::size_t block, IndexPlane plane) {
   const auto counts = counts_of(extents, block);

@@ -4,24 +4,21 @@
 #include <cstdint>
 #include <optional>
 #include <p3dgrid/grid.hpp>
+#include <span>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "options.hpp"
+#include "vector.hpp"
 
 namespace p3dgrid::tool::plot {
 
-using Vector = std::array<double, 3>;
-
-/// Parses a positive number; 0 if the text is something else.
-[[nodiscard]] std::int32_t number_in(std::string_view text);
-
-/// Parses a list such as "k=1" or "k=1,j=last"; empty if the text is invalid.
-[[nodiscard]] std::vector<IndexPlane> planes_in(const std::string& text);
-
-/// The first corner of a cell and the others around it. A triangle has the last one twice.
-using Cell = std::array<std::size_t, 4>;
+/// A cell of a surface.
+struct Cell {
+  /// The first corner and the others around it. A triangle has the last one twice.
+  std::array<std::size_t, 4> corners;
+  std::size_t number;  ///< of its value
+};
 
 /// Points of a cut, in cells of their own instead of rows and columns.
 struct CutCells {
@@ -40,6 +37,7 @@ struct CutCells {
   std::vector<Source> sources = {};  ///< of each point
   std::vector<Cell> cells = {};
   std::vector<Line> lines = {};
+  std::vector<std::size_t> crossed = {};  ///< lowest points of the cells of the block
 };
 
 /// A sheet of points in rows and columns, cut out of a block. A block that is a line or a single
@@ -57,7 +55,7 @@ struct Surface {
   std::vector<char> absent = {};          ///< blanked or not finite
   bool has_invalid_points = false;        ///< points that are not blanked and not finite
   std::vector<float> values = {};         ///< shown by colour; empty for a mesh
-  std::vector<float> cell_values = {};    ///< instead: of each cell, at its first corner
+  std::vector<float> cell_values = {};    ///< instead: by the numbers of cells
   std::optional<CutCells> cut = {};       ///< of a surface that is no grid surface
   std::vector<std::uint8_t> beyond = {};  ///< the sides of the box that a point is beyond, as bits
 
@@ -65,10 +63,10 @@ struct Surface {
     return {points[p][0], points[p][1], points[p][2]};
   }
 
-  /// Whether no corner of a cell is absent, and not all of them are beyond one side of the box.
-  [[nodiscard]] bool shows(const Cell& cell) const {
+  /// Whether no corner is absent, and not all of them are beyond one side of the box.
+  [[nodiscard]] bool shows(std::span<const std::size_t> corners) const {
     std::uint8_t side = 0xff;
-    for (const std::size_t corner : cell) {
+    for (const std::size_t corner : corners) {
       if (absent[corner] != 0) return false;
       side = beyond.empty() ? 0 : side & beyond[corner];
     }
@@ -80,15 +78,15 @@ struct Surface {
   void for_each_cell(Take take) const {
     if (cut) {
       for (const Cell& cell : cut->cells) {
-        if (shows(cell)) take(cell);
+        if (shows(cell.corners)) take(cell);
       }
       return;
     }
     for (std::size_t row = 0; row + 1 < rows; ++row) {
       for (std::size_t column = 0; column + 1 < columns; ++column) {
         const std::size_t corner = row * columns + column;
-        const Cell cell = {corner, corner + 1, corner + columns + 1, corner + columns};
-        if (shows(cell)) take(cell);
+        const Cell cell = {{corner, corner + 1, corner + columns + 1, corner + columns}, corner};
+        if (shows(cell.corners)) take(cell);
       }
     }
   }
@@ -125,17 +123,5 @@ struct Surface {
 
 /// Copies coordinates and blanking from its block.
 void take_points(Surface& surface, const Block& block);
-
-/// A box in space; infinite in directions without a limit.
-struct Region {
-  Vector low;
-  Vector high;
-};
-
-/// Parses "x0:x1,y0:y1" or "x0:x1,y0:y1,z0:z1".
-[[nodiscard]] std::optional<Region> region_in(const std::string& text);
-
-/// Leaves out the cells that lie outside the region.
-void confine(Surface& surface, const Region& region);
 
 }  // namespace p3dgrid::tool::plot

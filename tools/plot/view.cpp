@@ -55,15 +55,14 @@ View view_from(double azimuth, double elevation) {
 
 std::optional<FlatView> flat_view_of(const std::vector<Surface>& surfaces, const Box& box,
                                      bool at_one_place) {
-  const auto extent = [&](std::size_t c) { return box.high[c] - box.low[c]; };
   const auto near_limit = [&](std::size_t c) {
-    return near_flatness * std::min(extent((c + 1) % 3), extent((c + 2) % 3));
+    return near_flatness * std::min(box.extent((c + 1) % 3), box.extent((c + 2) % 3));
   };
   std::optional<std::size_t> flattest;
   double least = INFINITY;
   const double limit = flatness * box.diagonal();
   for (const std::size_t coordinate : {2U, 1U, 0U}) {
-    double most = at_one_place ? extent(coordinate) : 0;
+    double most = at_one_place ? box.extent(coordinate) : 0;
     for (const Surface& surface : surfaces) {
       const Range range = range_of(surface, coordinate);
       if (!range.empty()) most = std::max(most, double{range.high} - double{range.low});
@@ -84,15 +83,15 @@ std::optional<FlatView> flat_view_of(const std::vector<Surface>& surfaces, const
 }
 
 void enlarge_thin(std::vector<Surface>& surfaces, Box& box) {
-  const auto extent = [&](std::size_t c) { return box.high[c] - box.low[c]; };
   std::array<std::size_t, 3> order = {0, 1, 2};
-  std::ranges::sort(order, [&](std::size_t a, std::size_t b) { return extent(a) > extent(b); });
+  std::ranges::sort(order,
+                    [&](std::size_t a, std::size_t b) { return box.extent(a) > box.extent(b); });
   const auto [longest, second, third] = order;
   const double size = std::max(std::abs(box.low[second]), std::abs(box.high[second]));
-  if (extent(second) <= noise * size) return;
-  if (extent(second) >= thinnest * extent(longest)) return;
+  if (box.extent(second) <= noise * size) return;
+  if (box.extent(second) >= thinnest * box.extent(longest)) return;
   // A round factor that does not exceed the wanted one.
-  const double wanted = shown_width * extent(longest) / extent(second);
+  const double wanted = shown_width * box.extent(longest) / box.extent(second);
   const double factor = 1 / round_step(1 / wanted);
   for (const std::size_t c : {second, third}) {
     box.enlarged[c] = factor;

@@ -9,19 +9,19 @@
 
 namespace p3dgrid::tool::plot {
 
-[[nodiscard]] inline double dot(const Vector& a, const Vector& b) {
-  return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
-}
+/// A box in space; infinite in directions without a limit.
+struct Region {
+  Vector low{};
+  Vector high{};
 
-[[nodiscard]] inline Vector cross(const Vector& a, const Vector& b) {
-  return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
-}
+  [[nodiscard]] double extent(std::size_t coordinate) const {
+    return high[coordinate] - low[coordinate];
+  }
+};
 
 /// The bounding box of the surfaces as drawn. Coordinates in which it would be too thin to see are
 /// enlarged, starting from the low corner.
-struct Box {
-  Vector low{};
-  Vector high{};
+struct Box : Region {
   Vector enlarged = {1, 1, 1};  ///< factors
 
   /// Where a coordinate is drawn.
@@ -33,9 +33,7 @@ struct Box {
     return low[coordinate] + (place - low[coordinate]) / enlarged[coordinate];
   }
 
-  [[nodiscard]] double diagonal() const {
-    return std::hypot(high[0] - low[0], high[1] - low[1], high[2] - low[2]);
-  }
+  [[nodiscard]] double diagonal() const { return std::hypot(extent(0), extent(1), extent(2)); }
   /// A corner by its number, 0 to 7: bit c set for the high end of coordinate c.
   [[nodiscard]] Vector corner(unsigned number) const {
     const auto end = [&](unsigned c) { return (number >> c & 1U) != 0 ? high[c] : low[c]; };

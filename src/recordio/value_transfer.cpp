@@ -1,5 +1,3 @@
-#pragma once
-
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -10,24 +8,20 @@
 #include "recordio/byte_order.hpp"
 #include "recordio/interleave.hpp"
 #include "recordio/read_error.hpp"
-#include "recordio/record_list.hpp"
+#include "recordio/unformatted_record.hpp"
 
-/// Moves values between memory and the payload of an unformatted or binary record.
-///
-/// A payload to read is an `InputFile` or an `UnformattedRecordReader`; one to write is an
-/// `OutputFile` or an `UnformattedRecordWriter`.
 namespace mod_p3dgrid::recordio {
-namespace detail {
+namespace {
 
 /// Values of one line that are moved at a time: 32 KiB of doubles fit the first-level cache.
-inline constexpr std::int64_t piece_values = 4096;
+constexpr std::int64_t piece_values = 4096;
 
 /// Large entries of several lines are moved in tiles, a piece of each line in turn, so that memory
 /// is traversed once rather than once per line. A tile fits a cache, and its pieces are long enough
 /// for efficient system calls. Entries below `least_bytes_for_tiles` are moved line by line.
-inline constexpr std::int64_t tile_bytes = std::int64_t{1536} * 1024;
-inline constexpr std::int64_t least_bytes_for_tiles = std::int64_t{384} * 1024;
-inline constexpr std::int64_t least_values_in_tile = 4096;
+constexpr std::int64_t tile_bytes = std::int64_t{1536} * 1024;
+constexpr std::int64_t least_bytes_for_tiles = std::int64_t{384} * 1024;
+constexpr std::int64_t least_values_in_tile = 4096;
 
 /// Buffer between file and memory: the beginning of the entry's staging array, or else `own`.
 template <class Stored, class Memory>
@@ -71,8 +65,8 @@ auto* place_of(const Values<Memory>& entry, std::int64_t row, std::int64_t index
 
 /// Reads values into `piece` and calls `keep` with their number, after a failed read with the
 /// number of complete values.
-template <class T, class Payload, class Keep>
-void read_piece(Payload& payload, bool swap, T* piece, std::int64_t count, Keep keep) {
+template <class T, class Keep>
+void read_piece(PayloadReader& payload, bool swap, T* piece, std::int64_t count, Keep keep) {
   const std::int64_t before = payload.bytes_read();
   const auto take = [&](std::int64_t whole) {
     if (swap) swap_bytes(piece, whole);
@@ -88,16 +82,16 @@ void read_piece(Payload& payload, bool swap, T* piece, std::int64_t count, Keep 
 }
 
 /// Reads contiguous values that the file is known to hold.
-template <class T, class Payload>
-void read_run(Payload& payload, bool swap, T* to, std::int64_t count) {
+template <class T>
+void read_run(PayloadReader& payload, bool swap, T* to, std::int64_t count) {
   const std::int64_t at_a_time = swap ? piece_values : count;
   for (std::int64_t done = 0; done < count; done += at_a_time) {
     read_piece(payload, swap, to + done, std::min(at_a_time, count - done), [](std::int64_t) {});
   }
 }
 
-template <class Stored, class Kept, class Payload>
-void read_lines(Payload& payload, bool swap, const Values<void>& entry) {
+template <class Stored, class Kept>
+void read_lines(PayloadReader& payload, bool swap, const Values<void>& entry) {
   if constexpr (std::is_same_v<Stored, Kept>) {
     const bool together = entry.rows == 1 && entry.stride == 1 && entry.staging == nullptr;
     // In a shorter file the last value could be incomplete, and must not be changed.
@@ -117,8 +111,8 @@ void read_lines(Payload& payload, bool swap, const Values<void>& entry) {
   }
 }
 
-template <class Stored, class Kept, class Payload>
-void read_tiles(Payload& payload, bool swap, const Values<void>& entry) {
+template <class Stored, class Kept>
+void read_tiles(PayloadReader& payload, bool swap, const Values<void>& entry) {
   const Tile<Stored> tile(entry);
   for (std::int64_t done = 0; done < entry.count; done += tile.values) {
     const std::int64_t n = std::min(tile.values, entry.count - done);
@@ -134,8 +128,8 @@ void read_tiles(Payload& payload, bool swap, const Values<void>& entry) {
 }
 
 /// Reads in tiles. If that fails, reads line by line again, so that every complete value is stored.
-template <class Stored, class Kept, class Payload>
-void read_tiles_or_lines(Payload& payload, bool swap, const Values<void>& entry) {
+template <class Stored, class Kept>
+void read_tiles_or_lines(PayloadReader& payload, bool swap, const Values<void>& entry) {
   try {
     read_tiles<Stored, Kept>(payload, swap, entry);
   } catch (const ReadError&) {
@@ -147,8 +141,8 @@ void read_tiles_or_lines(Payload& payload, bool swap, const Values<void>& entry)
   }
 }
 
-template <class Stored, class Kept, class Payload>
-void write_lines(Payload& payload, bool swap, const Values<const void>& entry) {
+template <class Stored, class Kept>
+void write_lines(PayloadWriter& payload, bool swap, const Values<const void>& entry) {
   for (std::int64_t row = 0; row < entry.rows; ++row) {
     if constexpr (std::is_same_v<Stored, Kept>) {
       if (entry.stride == 1 && entry.staging == nullptr && !swap) {
@@ -160,20 +154,20 @@ void write_lines(Payload& payload, bool swap, const Values<const void>& entry) {
     Stored* const piece = staging_buffer(entry, own.data());
     for (std::int64_t done = 0; done < entry.count; done += piece_values) {
       const std::int64_t n = std::min(piece_values, entry.count - done);
-      deinterleave(place_of<Kept>(entry, row, done), entry.stride, piece, n, 1, n);
+      interleave(piece, n, 1, n, place_of<Kept>(entry, row, done), entry.stride);
       if (swap) swap_bytes(piece, n);
       payload.write(piece, bytes_for<Stored>(n));
     }
   }
 }
 
-template <class Stored, class Kept, class Payload>
-void write_tiles(Payload& payload, bool swap, const Values<const void>& entry) {
+template <class Stored, class Kept>
+void write_tiles(PayloadWriter& payload, bool swap, const Values<const void>& entry) {
   const Tile<Stored> tile(entry);
   for (std::int64_t done = 0; done < entry.count; done += tile.values) {
     const std::int64_t n = std::min(tile.values, entry.count - done);
-    deinterleave(place_of<Kept>(entry, 0, done), entry.stride, tile.lines, tile.values, entry.rows,
-                 n);
+    interleave(tile.lines, tile.values, entry.rows, n, place_of<Kept>(entry, 0, done),
+               entry.stride);
     for (std::int64_t row = 0; row < entry.rows; ++row) {
       Stored* const line = tile.lines + row * tile.values;
       if (swap) swap_bytes(line, n);
@@ -193,33 +187,27 @@ void with_types(FileKind stored, FileKind kept, Visit visit) {
   return kept == FileKind::real4 ? with_kept(float{}) : with_kept(double{});
 }
 
-}  // namespace detail
+}  // namespace
 
-/// @param order  byte order of the file
-template <class Payload>
-void read_values(Payload& payload, std::endian order, const Values<void>& entry) {
+void PayloadReader::read_values(const Values<void>& entry) {
   if (entry.count == 0) return;
-  if (entry.drop) return payload.discard(entry.bytes());
-  const bool swap = needs_swap(order);
-  const bool tiles = detail::pays_in_tiles(entry) && payload.allows_random_access(entry.bytes());
-  detail::with_types(entry.file_kind, entry.memory_kind,
-                     [&]<class Stored, class Kept>(Stored, Kept) {
-                       tiles ? detail::read_tiles_or_lines<Stored, Kept>(payload, swap, entry)
-                             : detail::read_lines<Stored, Kept>(payload, swap, entry);
-                     });
+  if (entry.drop) return discard(entry.bytes());
+  const bool swap = needs_swap(coding_.byte_order);
+  const bool tiles = pays_in_tiles(entry) && allows_random_access(entry.bytes());
+  with_types(entry.file_kind, entry.memory_kind, [&]<class Stored, class Kept>(Stored, Kept) {
+    tiles ? read_tiles_or_lines<Stored, Kept>(*this, swap, entry)
+          : read_lines<Stored, Kept>(*this, swap, entry);
+  });
 }
 
-/// @param order  byte order of the file
-template <class Payload>
-void write_values(Payload& payload, std::endian order, const Values<const void>& entry) {
+void PayloadWriter::write_values(const Values<const void>& entry) {
   if (entry.count == 0) return;
-  const bool swap = needs_swap(order);
-  const bool tiles = detail::pays_in_tiles(entry) && payload.allows_random_access(entry.bytes());
-  detail::with_types(entry.file_kind, entry.memory_kind,
-                     [&]<class Stored, class Kept>(Stored, Kept) {
-                       tiles ? detail::write_tiles<Stored, Kept>(payload, swap, entry)
-                             : detail::write_lines<Stored, Kept>(payload, swap, entry);
-                     });
+  const bool swap = needs_swap(coding_.byte_order);
+  const bool tiles = pays_in_tiles(entry) && allows_random_access(entry.bytes());
+  with_types(entry.file_kind, entry.memory_kind, [&]<class Stored, class Kept>(Stored, Kept) {
+    tiles ? write_tiles<Stored, Kept>(*this, swap, entry)
+          : write_lines<Stored, Kept>(*this, swap, entry);
+  });
 }
 
 }  // namespace mod_p3dgrid::recordio
