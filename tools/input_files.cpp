@@ -158,10 +158,11 @@ Case find_case(const std::string& grid_path, const StatedGridForm& grid,
   }
   if (*reading.extents == found.extents) return found;
   if (reading.free_count) refuse_if_grid(restart_path, grid_path, usage);
-  const auto differences =
-      differing_blocks(restart_path, *reading.extents, found.extents, grid_path);
-  for (const Error& difference : differences) print_result(difference.what());
-  throw Mismatch(differences.front().what());
+  for (const std::string& line : mismatch_report(found.extents, *reading.extents)) {
+    print_result(line);
+  }
+  throw Mismatch(
+      differing_blocks(restart_path, *reading.extents, found.extents, grid_path).front().what());
 }
 
 }  // namespace p3dgrid::tool

@@ -41,6 +41,11 @@ namespace p3dgrid {
                                                   const Extents& grid,
                                                   const std::string& grid_name = "its grid");
 
+/// The report of `checkp3drstrtheader` for a grid and a solution that differ, line by line: the
+/// numbers of blocks, or else each block whose extents differ.
+[[nodiscard]] std::vector<std::string> mismatch_report(const Extents& grid,
+                                                       const Extents& solution);
+
 /// Checks a grid, a restart file, and whether they describe the same blocks: each block whose
 /// extents differ is a finding.
 [[nodiscard]] std::vector<Error> check_pair(const std::string& grid, const std::string& solution,

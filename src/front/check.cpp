@@ -1,5 +1,6 @@
 #include "p3dgrid/check.hpp"
 
+#include "format/mismatch_report.hpp"
 #include "front/extents.hpp"
 #include "front/settle.hpp"
 #include "p3dgrid/detect.hpp"
@@ -83,6 +84,22 @@ std::vector<Error> differing_blocks(const std::string& path, const Extents& own,
         own.text_of(b), grid.text_of(b));
   }
   return differences;
+}
+
+std::vector<std::string> mismatch_report(const Extents& grid, const Extents& solution) {
+  std::vector<std::string> report;
+  const auto add = [&](const std::vector<std::string>& lines) {
+    report.insert(report.end(), lines.begin(), lines.end());
+  };
+  const bool comparable = grid.blocks() == solution.blocks();
+  if (!comparable) add(report_of_counts(grid.blocks(), solution.blocks()));
+  for (std::int32_t b = 0; comparable && b < grid.blocks(); ++b) {
+    const auto block = static_cast<std::size_t>(b);
+    if (grid.of(block) == solution.of(block)) continue;
+    add(report_of_block(b + 1, grid.of(block), solution.of(block)));
+  }
+  add(end_of_report());
+  return report;
 }
 
 std::vector<Error> check_pair(const std::string& grid, const std::string& solution,

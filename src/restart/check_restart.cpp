@@ -1,6 +1,8 @@
 #include <string>
+#include <vector>
 
 #include "MOD_P3DReader.hpp"
+#include "format/mismatch_report.hpp"
 #include "grid/dimensions.hpp"
 #include "restart/restart_header.hpp"
 #include "state/host.hpp"
@@ -10,19 +12,18 @@
 namespace mod_p3dgrid {
 namespace {
 
+void print(const std::vector<std::string>& lines) {
+  for (const std::string& line : lines) write_line(line);
+}
+
 [[noreturn]] void halt() {
-  write_line("");
-  message("  --- CODE HALTED ---");
+  print(p3dgrid::end_of_report());
   stop_run();
 }
 
 /// Extents of a block; 0 for a block that the file does not have.
 BlockExtents extents_of(const ExtentArrays& all, integer block) {
   return block > all.i.size() ? BlockExtents{} : all.of(block);
-}
-
-std::string columns(const BlockExtents& extents) {
-  return column(extents.i, 6) + column(extents.j, 6) + column(extents.k, 6);
 }
 
 }  // namespace
@@ -46,10 +47,7 @@ void checkp3drstrtheader(const FileName& gridfile, integer gridformat, const Fil
   }
   p3dcloseunit(unit_number::restart_read);
   if (multiblock && ngrid != nrst) {
-    write_line("");
-    message("Number of blocks in Grid do not match the Restart file");
-    message("Number of Grid blocks   : ", ngrid);
-    message("Number of Restart blocks: ", nrst);
+    print(p3dgrid::report_of_counts(ngrid, nrst));
     halt();
   }
   ExtentArrays grid;
@@ -61,11 +59,7 @@ void checkp3drstrtheader(const FileName& gridfile, integer gridformat, const Fil
     const BlockExtents of_grid = extents_of(grid, b);
     const BlockExtents of_restart = extents_of(restart, b);
     if (of_grid == of_restart) continue;
-    write_line("");
-    message("Indecies for block ", b, " in grid and restart file do not match.");
-    message("              i     j     k  ");
-    write_line(" Grid   : " + columns(of_grid));
-    write_line(" Restart: " + columns(of_restart));
+    print(p3dgrid::report_of_block(b, of_grid, of_restart));
     differ = true;
   }
   p3dcloseunit(unit_number::grid_header);
