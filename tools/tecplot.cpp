@@ -80,6 +80,7 @@ void convert(std::vector<Reals>& flow, double gamma) {
   std::array<Array<double>, solution_variables> columns;
   for (std::size_t v = 0; v < columns.size(); ++v) {
     flow[v].visit([&](auto values) { columns[v].assign(values.begin(), values.end()); });
+    flow[v] = Reals();
   }
   auto& [u, v, w, pressure, density] = columns;
   for (std::size_t n = 0; n < density.size(); ++n) {

@@ -1,17 +1,35 @@
 #include "p3dgrid/index.hpp"
 
 #include <algorithm>
-#include <array>
 
 namespace p3dgrid {
 
 const char* name_of(ValueKind kind) {
-  return std::array{"integer4", "real4", "real8"}[static_cast<std::size_t>(kind)];
+  switch (kind) {
+    case ValueKind::integer4:
+      return "integer4";
+    case ValueKind::real4:
+      return "real4";
+    case ValueKind::real8:
+      return "real8";
+  }
+  return "";
 }
 
 const char* name_of(Content content) {
-  return std::array{"coordinate", "iblank", "parameters", "variable",
-                    "triplets"}[static_cast<std::size_t>(content)];
+  switch (content) {
+    case Content::coordinate:
+      return "coordinate";
+    case Content::iblank:
+      return "iblank";
+    case Content::parameters:
+      return "parameters";
+    case Content::variable:
+      return "variable";
+    case Content::triplets:
+      return "triplets";
+  }
+  return "";
 }
 
 std::vector<ByteRange> StoredArray::of(std::int64_t first, std::int64_t last) const {

@@ -71,10 +71,11 @@ std::vector<Error> differing_blocks(const std::string& path, const Extents& own,
                                  .expected = std::move(expected)}));
   };
   if (own.blocks() != grid.blocks()) {
-    const std::string held =
-        std::to_string(own.blocks()) + (own.blocks() == 1 ? " block" : " blocks");
-    const std::string wanted = std::to_string(grid.blocks());
-    add("it holds " + held + ", the grid " + wanted, held, wanted + " blocks");
+    const auto counted = [](std::int32_t blocks) {
+      return std::to_string(blocks) + (blocks == 1 ? " block" : " blocks");
+    };
+    add("it holds " + counted(own.blocks()) + ", the grid " + std::to_string(grid.blocks()),
+        counted(own.blocks()), counted(grid.blocks()));
     return differences;
   }
   for (std::size_t b = 0; b < own.i.size(); ++b) {

@@ -73,6 +73,24 @@ TEST_F(FrontCheck, FindsEachBlockThatDiffers) {
   EXPECT_EQ(findings.front().details().expected, "2x1x1");
 }
 
+TEST_F(FrontCheck, CountsTheBlocksOfTwoFiles) {
+  Extents one;
+  one.add({2, 2, 2});
+  Extents three = one;
+  three.add({2, 2, 2});
+  three.add({2, 2, 2});
+  const auto less = differing_blocks("flow", one, three);
+  EXPECT_THAT(texts_of(less),
+              ElementsAre("flow: does not belong to its grid: it holds 1 block, the "
+                          "grid 3"));
+  EXPECT_EQ(less.front().details().found, "1 block");
+  EXPECT_EQ(less.front().details().expected, "3 blocks");
+  const auto more = differing_blocks("flow", three, one, "grid");
+  EXPECT_THAT(texts_of(more), ElementsAre("flow: does not belong to grid: it holds 3 blocks, the "
+                                          "grid 1"));
+  EXPECT_EQ(more.front().details().expected, "1 block");
+}
+
 TEST_F(FrontCheck, ComparesASolutionWithExtents) {
   write_file("flow", three_flows());
   const StatedRestartForm stated = {.layout = Layout::solution};

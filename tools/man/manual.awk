@@ -1,5 +1,6 @@
-# Prints the manual page of `program`: a template with what the help of the program and of its
-# commands says in place of @COMMANDS@, @OPTIONS@ and @EXAMPLES@, and its version of @VERSION@.
+# Prints the manual page of the program that the shell starts with $P3DGRID: a template with what
+# the help of the program and of its commands says in place of @COMMANDS@, @OPTIONS@ and @EXAMPLES@,
+# and its version of @VERSION@.
 
 function add(text) {
   gsub(/-/, "\\-", text)
@@ -35,7 +36,7 @@ function describe(text) {
 }
 
 function read_help(command,    help, line, before) {
-  help = "'" program "' " command " --help"
+  help = program " " command " --help"
   if ((help | getline before) <= 0 || (help | getline line) <= 0) exit 1
   part = part_of("Options", command)
   if (command != "") add(".SS " substr(line, length("Usage: ") + 1) "\n" before)
@@ -59,7 +60,8 @@ function read_help(command,    help, line, before) {
 }
 
 BEGIN {
-  ("'" program "' --version") | getline version
+  program = ENVIRON["P3DGRID"]
+  (program " --version") | getline version
   read_help("")
   for (c = 1; c <= command_count; ++c) read_help(commands[c])
   for (p = 1; p <= part_count; ++p) {
