@@ -78,14 +78,15 @@ struct MemberOptions {
 
 }  // namespace
 
-void add_grid_options(Command& command, StatedGridForm& stated, std::string* given) {
-  StatedGridForm::for_each_member(MemberOptions{command, "--grid", grid_group, true, given},
-                                  stated);
+void add_grid_options(Command& command, StatedForms& stated) {
+  StatedGridForm::for_each_member(
+      MemberOptions{command, "--grid", grid_group, true, &stated.grid_option}, stated.grid);
 }
 
-void add_restart_options(Command& command, StatedRestartForm& stated, std::string* given) {
+void add_restart_options(Command& command, StatedForms& stated) {
   StatedRestartForm::for_each_member(
-      MemberOptions{command, "--restart", restart_group, true, given}, stated);
+      MemberOptions{command, "--restart", restart_group, true, &stated.restart_option},
+      stated.restart);
 }
 
 void add_grid_of_restart(Command& command, std::string& path) {
@@ -144,8 +145,8 @@ void add_part_options(Command& command, PartOptions& options, int values) {
        .check = wrong_name,
        .is_input = true,
        .values = values});
-  add_grid_options(command, options.grid);
-  add_restart_options(command, options.restart);
+  add_grid_options(command, options.stated);
+  add_restart_options(command, options.stated);
   add_target_options(command, options.change);
   MemberOptions{command, "--to", target_group}(layout_member, options.layout);
 }

@@ -5,45 +5,22 @@
 #include <optional>
 #include <p3dgrid/index_range.hpp>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "file_input.hpp"
 #include "input_files.hpp"
+#include "options.hpp"
 #include "output_file.hpp"
-#include "restart_conversion.hpp"
 
 /// Files that consist of parts of other files. One block of a grid, or one array of a solution, is
 /// in memory at a time.
 namespace p3dgrid::tool {
 
-/// A grid, and its solution if there is one, that a command reads.
-class CaseInput {
- public:
-  /// Finds the form of a grid alone.
-  CaseInput(std::string path, const StatedGridForm& stated, const std::string& meant);
-  /// Finds the forms of a grid and of its solution.
-  CaseInput(std::string grid_path, const StatedGridForm& grid, std::string restart_path,
-            const StatedRestartForm& restart, const Usage& usage);
-  CaseInput(const CaseInput&) = delete;
-  CaseInput& operator=(const CaseInput&) = delete;
-  ~CaseInput() = default;
-
-  [[nodiscard]] const std::string& path() const { return path_; }
-  [[nodiscard]] const std::string& restart_path() const { return restart_path_; }
-  [[nodiscard]] const GridForm& form() const { return found_.grid.grid(); }
-  [[nodiscard]] const RestartForm& restart_form() const { return found_.restart.restart(); }
-  [[nodiscard]] const Extents& extents() const;
-  [[nodiscard]] GridInput& grid() const;
-  [[nodiscard]] RestartInput& restart() const;
-
- private:
-  std::string path_;
-  std::string restart_path_;
-  Case found_;
-  // Opened when they are needed: `restart` does not read the grid.
-  mutable std::optional<GridInput> grid_;
-  mutable std::optional<RestartInput> restart_;
-};
+/// Finds the forms of grids and, if `--restart` is given, of their solutions.
+/// @param usage  of the command with a solution, for messages
+[[nodiscard]] std::deque<CaseInput> open_cases(const PartOptions& options,
+                                               const std::vector<std::string>& grids,
+                                               const Usage& usage);
 
 /// A block of an output file: a part of a block of an input, whose directions are then reordered.
 struct Part {
@@ -77,5 +54,35 @@ struct Parts {
 [[nodiscard]] std::string write_restart(const OutputFile& output, const std::string& path,
                                         const Parts& parts, const StatedRestartForm& change,
                                         const HeaderValues& values);
+
+/// A grid that is written from parts and, if `--restart` is given, its solution.
+class PartOutput {
+ public:
+  /// Reserves the files.
+  /// @param grids     that are read
+  /// @param solution  path of the solution; ignored without `--restart`
+  PartOutput(const PartOptions& options, const std::vector<std::string>& grids, std::string grid,
+             std::string solution);
+
+  void write(const Parts& parts);
+
+  /// Renames the files into place and prints the summaries.
+  void commit();
+
+ private:
+  /// A file, and the summary of its contents.
+  struct File {
+    File(std::string path_of_file, const std::vector<std::string>& inputs)
+        : path(std::move(path_of_file)), output(path, inputs) {}
+
+    std::string path;
+    OutputFile output;
+    std::string summary = {};
+  };
+
+  const PartOptions& options_;
+  std::optional<File> grid_;
+  std::optional<File> solution_;
+};
 
 }  // namespace p3dgrid::tool

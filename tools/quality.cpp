@@ -4,7 +4,6 @@
 
 #include "command.hpp"
 #include "console.hpp"
-#include "file_input.hpp"
 #include "input_files.hpp"
 #include "options.hpp"
 
@@ -13,24 +12,26 @@ namespace {
 
 struct QualityOptions {
   std::string path;
-  StatedGridForm stated;
+  StatedForms stated;
   double tolerance = 0;
   bool json = false;
 };
 
+constexpr Usage quality_usage = {.command_line = "p3dgrid quality GRID",
+                                 .restart_alone = "'p3dgrid info FILE' describes it"};
+
 void show_quality(const QualityOptions& options) {
   if (options.json) keep_output_for_programs();
-  const Found found =
-      find_grid(options.path, options.stated, "'p3dgrid info " + options.path + "' describes it");
-  GridInput input(options.path, found);
+  const CaseInput input(options.path, "", options.stated, quality_usage);
+  GridInput& grid = input.grid();
   QualityReport report;
   FaceSearch faces(options.tolerance);
-  for (std::int32_t b = 0; b < input.extents().blocks(); ++b) {
-    const Block block = input.read(static_cast<std::size_t>(b));
+  for (std::int32_t b = 0; b < grid.extents().blocks(); ++b) {
+    const Block block = grid.read(static_cast<std::size_t>(b));
     report.blocks.push_back(quality_of(block));
     faces.add(b, block);
   }
-  input.require_form();
+  grid.require_form();
   report.connections = faces.connections();
   if (options.json) return print_text(json_of(options.path, report));
   print_quality(options.path, report);

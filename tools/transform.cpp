@@ -9,7 +9,7 @@
 #include "console.hpp"
 #include "failure.hpp"
 #include "options.hpp"
-#include "part_files.hpp"
+#include "parts.hpp"
 #include "table.hpp"
 
 namespace p3dgrid::tool {

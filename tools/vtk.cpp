@@ -9,8 +9,9 @@
 #include "console.hpp"
 #include "failure.hpp"
 #include "file_names.hpp"
+#include "input_files.hpp"
 #include "options.hpp"
-#include "parts.hpp"
+#include "output_file.hpp"
 #include "table.hpp"
 #include "variable_names.hpp"
 #include "vtk_file.hpp"
@@ -22,9 +23,7 @@ struct VtkOptions {
   std::string grid_path;
   std::string restart_path;
   std::string output;
-  StatedGridForm grid;
-  StatedRestartForm restart;
-  std::string restart_option;  ///< the first of those given
+  StatedForms stated;
   std::vector<std::string> names;
 };
 
@@ -128,22 +127,14 @@ void write_vtk(const VtkOptions& options) {
     throw Unusable(options.output + ": the list of blocks, which comes last, must end in .vtm");
   }
   const bool with_flow = !options.restart_path.empty();
-  const std::string idle = options.names.empty() ? options.restart_option : "--names";
+  const std::string idle = options.names.empty() ? options.stated.restart_option : "--names";
   if (!with_flow && !idle.empty()) {
     throw Unusable(idle +
                    " applies to a restart file, and none is given: " + vtk_usage.command_line);
   }
   const std::vector<std::string> paths = {options.grid_path, options.restart_path};
   OutputFile list(options.output, paths);
-  std::deque<CaseInput> inputs;
-  if (with_flow) {
-    inputs.emplace_back(options.grid_path, options.grid, options.restart_path, options.restart,
-                        vtk_usage);
-  } else {
-    inputs.emplace_back(options.grid_path, options.grid,
-                        "'" + vtk_usage.pair("GRID", options.grid_path) + "' takes it");
-  }
-  const CaseInput& input = inputs.front();
+  const CaseInput input(options.grid_path, options.restart_path, options.stated, vtk_usage);
   std::vector<std::string> names;
   if (with_flow)
     names = variable_names(options.restart_path, input.restart().header(), options.names);
@@ -187,8 +178,8 @@ Command vtk_command() {
                      "List of blocks to write; all files are replaced whole or not at all",
                      Argument::Use::output, Argument::Presence::last}},
       .run = [options] { write_vtk(*options); }};
-  add_grid_options(command, options->grid);
-  add_restart_options(command, options->restart, &options->restart_option);
+  add_grid_options(command, options->stated);
+  add_restart_options(command, options->stated);
   command.options.push_back(names_option(options->names));
   return command;
 }
