@@ -16,8 +16,8 @@ struct GridReader::File {
   /// numbers, so the next read goes back to the beginning.
   static constexpr std::int32_t unknown = std::numeric_limits<std::int32_t>::max();
 
-  File(const std::string& path, const Reading& settled)
-      : reading(settled), source(path, form.coding), extents(read_header()) {}
+  File(const std::string& path, Reading settled)
+      : reading(std::move(settled)), source(path, form.coding), extents(read_header()) {}
 
   /// Goes to a block and calls `take(its extents)`, which begins its record and reads it.
   template <class Take>

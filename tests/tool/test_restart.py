@@ -545,11 +545,12 @@ class Refused(RestartTest):
         self.write_restart("in", RestartForm(), sample_solution(ONE))
         self.refuse(1, "two", "in", "out", says="in: does not belong to two")
         result = self.run_tool("restart", "--quiet", "two", "in", "out")
-        self.assertIn("it holds 1 block, the grid 2\n", result.stdout_text)
+        self.assertIn(" Number of Grid blocks   : 2\n", result.stdout_text)
         self.write_restart("in", RestartForm(), sample_solution([(2, 2, 2), (1, 3, 1)]))
         self.refuse(1, "two", "in", "out", says="in: does not belong to two")
         result = self.run_tool("restart", "--quiet", "two", "in", "out")
-        self.assertIn("its block 2 is 1x3x1, the grid's 3x1x1\n", result.stdout_text)
+        self.assertIn(" Indecies for block 2 in grid and restart file do not match.\n",
+                      result.stdout_text)
 
     def test_solution_of_another_grid_without_extents(self):
         self.write_restart("in", RestartForm(102), sample_solution([(3, 2, 2)]))
