@@ -29,8 +29,7 @@ void take_header(Input& input, RestartInput file) {
 }  // namespace
 
 void add_input_options(Command& command, InputOptions& options) {
-  add_grid_options(command, options.stated);
-  add_restart_options(command, options.stated);
+  add_input_options(command, options.stated);
   add_grid_of_restart(command, options.grid_path);
 }
 

@@ -75,8 +75,7 @@ Command check_command() {
                     {"RESTART", &options->restart_path, "Restart (flow-solution) file of that grid",
                      Argument::Use::input, Argument::Presence::optional}},
       .run = [options] { check(*options); }};
-  add_grid_options(command, options->stated);
-  add_restart_options(command, options->stated);
+  add_input_options(command, options->stated);
   return command;
 }
 

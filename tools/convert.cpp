@@ -23,8 +23,7 @@ void convert(const ConvertOptions& options) {
   OutputFile output(options.output, {options.input});
   std::deque<CaseInput> inputs;
   inputs.emplace_back(options.input, "", options.stated, convert_usage);
-  const std::string summary =
-      write_grid(output, options.output, {inputs, whole_blocks(inputs)}, options.change);
+  const std::string summary = write_grid(output, {inputs, whole_blocks(inputs)}, options.change);
   output.commit();
   print_summary(summary);
 }

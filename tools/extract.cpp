@@ -3,7 +3,6 @@
 #include <string>
 #include <vector>
 
-#include "block_list.hpp"
 #include "command.hpp"
 #include "console.hpp"
 #include "failure.hpp"

@@ -5,7 +5,6 @@
 #include <memory>
 #include <string>
 
-#include "block_list.hpp"
 #include "command.hpp"
 #include "console.hpp"
 #include "gzip.hpp"
@@ -147,8 +146,7 @@ Command info_command() {
                      "option. For several files, one line each, with what changes",
                      Argument::Use::inputs}},
       .run = [options] { show_files(*options); }};
-  add_grid_options(command, options->stated);
-  add_restart_options(command, options->stated);
+  add_input_options(command, options->stated);
   add_grid_of_restart(command, options->grid_path);
   command.options.push_back(
       {"--blocks", &options->blocks,

@@ -82,8 +82,7 @@ std::vector<Part> whole_blocks(const std::deque<CaseInput>& inputs) {
   return parts;
 }
 
-std::string write_grid(const OutputFile& output, const std::string& path, const Parts& parts,
-                       const StatedGridForm& change) {
+std::string write_grid(const OutputFile& output, const Parts& parts, const StatedGridForm& change) {
   const Extents extents = parts.extents();
   const GridForm form = applied_to(combined_form(parts), change);
   output.require_writable(obstacle(parts, form));
@@ -106,8 +105,8 @@ std::string write_grid(const OutputFile& output, const std::string& path, const 
       })) {
     print_note("coordinates are rounded to about 7 digits; --to-precision double keeps more");
   }
-  note_contradiction(path, form.coding);
-  return path + ": " + counted(extents) + ", " + describe(form);
+  note_contradiction(output.path(), form.coding);
+  return output.path() + ": " + counted(extents) + ", " + describe(form);
 }
 
 PartOutput::PartOutput(const PartOptions& options, const std::vector<std::string>& grids,
@@ -123,18 +122,17 @@ PartOutput::PartOutput(const PartOptions& options, const std::vector<std::string
 }
 
 void PartOutput::write(const Parts& parts) {
-  grid_->summary = write_grid(grid_->output, grid_->path, parts, options_.change);
+  grid_summary_ = write_grid(*grid_, parts, options_.change);
   if (!solution_) return;
-  solution_->summary =
-      write_restart(solution_->output, solution_->path, parts, options_.restart_change(), {});
+  solution_summary_ = write_restart(*solution_, parts, options_.restart_change(), {});
 }
 
 void PartOutput::commit() {
-  for (std::optional<File>* const file : {&grid_, &solution_}) {
-    if (!*file) continue;
-    (*file)->output.commit();
-    print_summary((*file)->summary);
-  }
+  grid_->commit();
+  print_summary(grid_summary_);
+  if (!solution_) return;
+  solution_->commit();
+  print_summary(solution_summary_);
 }
 
 }  // namespace p3dgrid::tool

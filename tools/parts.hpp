@@ -5,7 +5,6 @@
 #include <optional>
 #include <p3dgrid/index_range.hpp>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "input_files.hpp"
@@ -45,14 +44,13 @@ struct Parts {
 [[nodiscard]] std::vector<Part> whole_blocks(const std::deque<CaseInput>& inputs);
 
 /// Writes a grid. Returns a summary, one line.
-/// @param path    of the file that `output` replaces
 /// @param change  the stated members of its form; the others are those of the first input
-[[nodiscard]] std::string write_grid(const OutputFile& output, const std::string& path,
-                                     const Parts& parts, const StatedGridForm& change);
+[[nodiscard]] std::string write_grid(const OutputFile& output, const Parts& parts,
+                                     const StatedGridForm& change);
 
 /// Writes a solution. Returns a summary, one line.
-[[nodiscard]] std::string write_restart(const OutputFile& output, const std::string& path,
-                                        const Parts& parts, const StatedRestartForm& change,
+[[nodiscard]] std::string write_restart(const OutputFile& output, const Parts& parts,
+                                        const StatedRestartForm& change,
                                         const HeaderValues& values);
 
 /// A grid that is written from parts and, if `--restart` is given, its solution.
@@ -70,19 +68,11 @@ class PartOutput {
   void commit();
 
  private:
-  /// A file, and the summary of its contents.
-  struct File {
-    File(std::string path_of_file, const std::vector<std::string>& inputs)
-        : path(std::move(path_of_file)), output(path, inputs) {}
-
-    std::string path;
-    OutputFile output;
-    std::string summary = {};
-  };
-
   const PartOptions& options_;
-  std::optional<File> grid_;
-  std::optional<File> solution_;
+  std::optional<OutputFile> grid_;
+  std::optional<OutputFile> solution_;
+  std::string grid_summary_;
+  std::string solution_summary_;
 };
 
 }  // namespace p3dgrid::tool

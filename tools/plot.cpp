@@ -136,8 +136,7 @@ Command plot_command() {
                      Argument::Use::output, Argument::Presence::last}},
       .options = picture_options(request),
       .run = [options] { plot_files(*options); }};
-  add_grid_options(command, request.stated);
-  add_restart_options(command, request.stated);
+  add_input_options(command, request.stated);
   return command;
 }
 

@@ -154,8 +154,7 @@ Command tecplot_command() {
                     {"OUT", &options->output, "Tecplot file to write; replaced whole or not at all",
                      Argument::Use::output}},
       .run = [options] { export_tecplot(*options); }};
-  add_grid_options(command, options->stated);
-  add_restart_options(command, options->stated);
+  add_input_options(command, options->stated);
   command.options.push_back(
       {"--iblank", &options->iblank, "Add the blanking values, those of the grid or else 1"});
   command.options.push_back(gamma_option(options->gamma, "the pressure"));

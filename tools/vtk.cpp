@@ -88,9 +88,7 @@ void add_flow(RestartInput& input, std::size_t block, const std::vector<std::str
   std::vector<FlowArray> numbers;
   for (std::int32_t n = 1; header.triplets && n <= triplet; ++n) numbers.push_back({n, true});
   for (std::int32_t n = 1; n <= header.variables[block]; ++n) {
-    const bool missing = std::ranges::any_of(
-        header.missing(), [&](const Section& gap) { return gap.first <= n && n <= gap.last; });
-    if (!missing) numbers.push_back({n});
+    if (holds(header, {n})) numbers.push_back({n});
   }
   for (const FlowArray& number : numbers) {
     VtkArray& array = arrays.emplace_back(
@@ -103,23 +101,14 @@ void add_flow(RestartInput& input, std::size_t block, const std::vector<std::str
   }
 }
 
-/// The file of a block, and its name relative to the list.
-struct BlockFile {
-  BlockFile(const std::string& path, const std::vector<std::string>& inputs)
-      : name(std::filesystem::path(path).filename().string()), output(path, inputs) {}
-
-  std::string name;
-  OutputFile output;
-};
-
 /// @param names  of the variables
 void write_block(const CaseInput& input, const std::vector<std::string>& names, std::size_t number,
-                 BlockFile& file) {
+                 const std::string& path) {
   const Block block = input.grid().read(number);
   std::vector<VtkArray> arrays;
   if (!block.iblank.empty()) arrays.push_back(ghosts_of(block));
   if (!names.empty()) add_flow(input.restart(), number, names, arrays);
-  write_vts(file.output.temporary_path(), block.extents, arrays, points_of(block));
+  write_vts(path, block.extents, arrays, points_of(block));
 }
 
 void write_vtk(const VtkOptions& options) {
@@ -140,19 +129,19 @@ void write_vtk(const VtkOptions& options) {
     names = variable_names(options.restart_path, input.restart().header(), options.names);
   const Extents& extents = input.extents();
   const std::string block_path = options.output.substr(0, options.output.size() - 1) + "s";
-  std::deque<BlockFile> files;
-  std::vector<std::string> file_names;
+  std::deque<OutputFile> files;
+  std::vector<std::string> file_names;  // relative to the list
   for (std::size_t b = 0; b < extents.i.size(); ++b) {
     files.emplace_back(numbered_path(block_path, b + 1, extents.i.size()), paths);
-    file_names.push_back(files.back().name);
+    file_names.push_back(std::filesystem::path(files.back().path()).filename().string());
   }
   for (std::size_t b = 0; b < files.size(); ++b) {
-    files[b].output.stream([&] { write_block(input, names, b, files[b]); });
+    files[b].stream([&] { write_block(input, names, b, files[b].temporary_path()); });
   }
   input.grid().require_form();
   if (with_flow) input.restart().require_form();
   list.stream([&] { write_vtm(list.temporary_path(), file_names); });
-  for (BlockFile& file : files) file.output.commit();
+  for (OutputFile& file : files) file.commit();
   list.commit();
   print_summary(
       options.output + ": " + counted(extents) + ", in " + counted(std::ssize(files), "file") +
@@ -178,8 +167,7 @@ Command vtk_command() {
                      "List of blocks to write; all files are replaced whole or not at all",
                      Argument::Use::output, Argument::Presence::last}},
       .run = [options] { write_vtk(*options); }};
-  add_grid_options(command, options->stated);
-  add_restart_options(command, options->stated);
+  add_input_options(command, options->stated);
   command.options.push_back(names_option(options->names));
   return command;
 }
