@@ -54,10 +54,7 @@ QualityTotals totals_of(const QualityReport& report) {
 
 Command quality_command() {
   const auto options = std::make_shared<QualityOptions>();
-  const auto is_tolerance = [](const std::string& text) -> std::string {
-    const auto value = real_in(text);
-    return value && *value >= 0 ? "" : "'" + text + "' is no distance";
-  };
+  const auto is_tolerance = [](const std::string& text) { return real_in(text).value_or(-1) >= 0; };
   Command command{
       .name = "quality",
       .meaning = "Show volumes, edges and skewness of the cells of a grid, and how its blocks meet",
@@ -68,7 +65,7 @@ Command quality_command() {
       .arguments = {{"GRID", &options->path, "Grid file to read"}},
       .options = {{"--tolerance", &options->tolerance,
                    "Largest difference of each coordinate of points that blocks share; default 0",
-                   "D", is_tolerance},
+                   "D", checked("is no distance", is_tolerance)},
                   {"--json", &options->json, "Print the same as JSON"}},
       .run = [options] { show_quality(*options); }};
   add_grid_options(command, options->stated);
