@@ -163,7 +163,7 @@ void copy(const Team& team, const Input& input, const Target& target, const std:
 void convert(const Team& team, const ConvertOptions& options) {
   std::optional<OutputFile> output;  // of the leader
   team.run_on_leader([&] {
-    output.emplace(options.output, std::initializer_list<std::string>{options.input.file.path});
+    output.emplace(options.output, std::initializer_list<std::string>{options.input.path});
   });
   std::optional<Input> input;
   team.run_on_all([&] { input.emplace(open_input(options.input)); });
@@ -194,7 +194,7 @@ Command shared_convert_command(const Team& team) {
           "Examples:\n"
           "  mpirun -n 4 p3dgrid-mpi convert grid.p3d grid.bin --to-format binary\n"
           "  mpirun -n 4 p3dgrid-mpi convert flow.q small.q --to-precision single",
-      .arguments = {{"FILE", &options->input.file.path, "Grid file or restart file to read"},
+      .arguments = {{"FILE", &options->input.path, "Grid file or restart file to read"},
                     {"OUT", &options->output, "File to write; replaced whole or not at all",
                      Argument::Use::output}},
       .run = [options, &team] { convert(team, *options); }};

@@ -184,7 +184,7 @@ Command shared_info_command(const Team& team) {
                       "Examples:\n"
                       "  mpirun -n 4 p3dgrid-mpi info grid.p3d\n"
                       "  mpirun -n 4 p3dgrid-mpi info flow.q --json",
-                  .arguments = {{"FILE", &options->input.file.path, "Grid file or restart file"}},
+                  .arguments = {{"FILE", &options->input.path, "Grid file or restart file"}},
                   .run = [options, &team] { show(team, *options); }};
   add_input_options(command, options->input);
   command.options.push_back({"--json", &options->json, "Print the same as JSON, and nothing else"});

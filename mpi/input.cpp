@@ -29,25 +29,23 @@ void take_header(Input& input, RestartInput file) {
 }  // namespace
 
 void add_input_options(Command& command, InputOptions& options) {
-  add_grid_options(command, options.file.grid, &options.file.grid_option);
-  add_restart_options(command, options.file.restart, &options.file.restart_option);
+  add_input_options(command, options.stated);
   add_grid_of_restart(command, options.grid_path);
 }
 
 Input open_input(const InputOptions& options) {
-  const std::string& path = options.file.path;
+  const std::string& path = options.path;
   if (original_path(path) != path) {
     throw Unusable(original_path(path) + ": is compressed, and its values have no fixed places");
   }
   Input input{.path = path, .found = {}};
   std::optional<Extents> grid;
   if (!options.grid_path.empty()) {
-    const Case found =
-        find_case(options.grid_path, options.file.grid, path, options.file.restart, usage);
-    input.found = found.restart;
-    grid = found.extents;
+    const CaseInput both(options.grid_path, path, options.stated, usage);
+    input.found = both.found_restart();
+    grid = both.extents();
   } else {
-    input.found = find_file(options.file);
+    input.found = find_file(path, options.stated);
   }
   if (input.found.reading.is_grid()) {
     take_header(input, GridInput(path, input.found));

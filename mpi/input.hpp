@@ -12,7 +12,8 @@ namespace p3dgrid::tool {
 
 /// Properties of the input file that the command line states.
 struct InputOptions {
-  AnyFile file;
+  std::string path;
+  StatedForms stated;
   std::string grid_path;  ///< of a restart file
 };
 

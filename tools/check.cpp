@@ -12,8 +12,9 @@ namespace p3dgrid::tool {
 namespace {
 
 struct CheckOptions {
-  AnyFile file;  // the grid, where there is a restart file besides
+  std::string path;  ///< of the grid, where there is a restart file besides
   std::string restart_path;
+  StatedForms stated;
 };
 
 constexpr Usage check_usage = {.command_line = "p3dgrid check GRID RESTART",
@@ -28,36 +29,35 @@ void require_end(const std::string& path, const Found& found) {
   throw Mismatch(path + ": " + fit.what + "; taken as " + describe(found.reading));
 }
 
-void check_alone(const AnyFile& file) {
-  const Found found = find_file(file, Look::everywhere);
+void check_alone(const CheckOptions& options) {
+  const std::string& path = options.path;
+  const Found found = find_file(path, options.stated, Look::everywhere);
   if (!found.reading.checked) {
-    throw Unusable(file.path + ": is " + describe(found.reading) +
-                   ", which holds no extents; 'p3dgrid check GRID " + file.path +
+    throw Unusable(path + ": is " + describe(found.reading) +
+                   ", which holds no extents; 'p3dgrid check GRID " + path +
                    "' takes them from its grid");
   }
-  require_end(file.path, found);
-  print_line(file.path + ": no damage found; " + describe(found.reading) + "; " +
+  require_end(path, found);
+  print_line(path + ": no damage found; " + describe(found.reading) + "; " +
              counted(*found.reading.extents));
 }
 
 void check_pair(const CheckOptions& options) {
-  const AnyFile& grid = options.file;
-  const Case found = find_case(grid.path, grid.grid, options.restart_path, grid.restart,
-                               check_usage, Look::everywhere);
-  require_end(grid.path, found.grid);
-  require_end(options.restart_path, found.restart);
-  print_line(grid.path + " and " + options.restart_path + " agree");
+  const CaseInput input(options.path, options.restart_path, options.stated, check_usage,
+                        Look::everywhere);
+  require_end(input.path(), input.found_grid());
+  require_end(input.restart_path(), input.found_restart());
+  print_line(input.path() + " and " + input.restart_path() + " agree");
 }
 
 void check(const CheckOptions& options) {
-  return options.restart_path.empty() ? check_alone(options.file) : check_pair(options);
+  return options.restart_path.empty() ? check_alone(options) : check_pair(options);
 }
 
 }  // namespace
 
 Command check_command() {
   const auto options = std::make_shared<CheckOptions>();
-  AnyFile& file = options->file;
   Command command{
       .name = "check",
       .meaning =
@@ -71,12 +71,11 @@ Command check_command() {
           "  p3dgrid check flow.q\n"
           "  p3dgrid check grid.p3d flow.q\n"
           "  p3dgrid check grid.txt flow.q --restart-precision single",
-      .arguments = {{"FILE", &file.path, "Grid file, or restart file alone"},
+      .arguments = {{"FILE", &options->path, "Grid file, or restart file alone"},
                     {"RESTART", &options->restart_path, "Restart (flow-solution) file of that grid",
                      Argument::Use::input, Argument::Presence::optional}},
       .run = [options] { check(*options); }};
-  add_grid_options(command, file.grid, &file.grid_option);
-  add_restart_options(command, file.restart, &file.restart_option);
+  add_input_options(command, options->stated);
   return command;
 }
 

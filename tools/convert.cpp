@@ -12,17 +12,18 @@ namespace {
 struct ConvertOptions {
   std::string input;
   std::string output;
-  StatedGridForm stated;
+  StatedForms stated;
   StatedGridForm change;
 };
+
+constexpr Usage convert_usage = {.command_line = "p3dgrid convert GRID OUT",
+                                 .restart_alone = "'p3dgrid restart GRID FILE OUT' converts it"};
 
 void convert(const ConvertOptions& options) {
   OutputFile output(options.output, {options.input});
   std::deque<CaseInput> inputs;
-  inputs.emplace_back(options.input, options.stated,
-                      "'p3dgrid restart GRID " + options.input + " OUT' converts it");
-  const std::string summary =
-      write_grid(output, options.output, {inputs, whole_blocks(inputs)}, options.change);
+  inputs.emplace_back(options.input, "", options.stated, convert_usage);
+  const std::string summary = write_grid(output, {inputs, whole_blocks(inputs)}, options.change);
   output.commit();
   print_summary(summary);
 }

@@ -3,12 +3,11 @@
 #include <string>
 #include <vector>
 
-#include "block_list.hpp"
 #include "command.hpp"
 #include "console.hpp"
 #include "failure.hpp"
 #include "options.hpp"
-#include "part_files.hpp"
+#include "parts.hpp"
 #include "table.hpp"
 
 namespace p3dgrid::tool {

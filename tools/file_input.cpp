@@ -1,5 +1,6 @@
 #include "file_input.hpp"
 
+#include <algorithm>
 #include <filesystem>
 #include <utility>
 
@@ -119,6 +120,14 @@ SolutionBlock RestartInput::read(std::size_t block) {
 
 Reals RestartInput::read(std::size_t block, const FlowArray& array, const IndexRange& range) {
   return advised([&] { return reader().read(static_cast<std::int32_t>(block), array, range); });
+}
+
+bool holds(const SolutionHeader& header, const FlowArray& array) {
+  if (array.triplet) return header.triplets;
+  return array.number <= header.most_variables() &&
+         std::ranges::none_of(header.missing(), [&](const Section& gap) {
+           return gap.first <= array.number && array.number <= gap.last;
+         });
 }
 
 Sections all_sections(const SolutionHeader& header) {

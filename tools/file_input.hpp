@@ -65,6 +65,9 @@ class RestartInput : public FileInput<SolutionReader> {
   [[nodiscard]] Reals read(std::size_t block, const FlowArray& array, const IndexRange& range = {});
 };
 
+/// Whether a solution has the array.
+[[nodiscard]] bool holds(const SolutionHeader& header, const FlowArray& array);
+
 /// The sections with those of extensions.
 [[nodiscard]] Sections all_sections(const SolutionHeader& header);
 

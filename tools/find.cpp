@@ -73,17 +73,16 @@ std::int64_t records_agreeing(const Detection& detection) {
   return detection.nearest.empty() ? 0 : detection.nearest.front().fit.records;
 }
 
-enum class With { what_is_stated, nothing };
-
-/// Detects one file with what the user has stated and, for advice, with nothing stated.
+/// The detection of one file with what the user has stated and, for advice, with nothing stated.
 class Search {
  public:
-  Search(const std::string& path, std::vector<FormOption> stated,
-         std::function<Detection(With)> detect)
-      : detection_(with_failures([&] { return detect(With::what_is_stated); })),
+  /// @param detect_open  detects it with nothing stated
+  Search(const std::string& path, std::vector<FormOption> stated, Detection detection,
+         std::function<Detection()> detect_open)
+      : detection_(std::move(detection)),
         path_(path),
         stated_(std::move(stated)),
-        detect_(std::move(detect)) {}
+        detect_open_(std::move(detect_open)) {}
 
   /// Takes the only reading, or throws a Failure that says why there is none and what would help.
   [[nodiscard]] Found settle() const {
@@ -96,7 +95,7 @@ class Search {
     if (detection_.fitting.size() > 1) refuse_to_guess();
     if (detection_.size == 0) throw Unreadable(path_ + ": is empty");
     if (!stated_.empty()) {
-      const Detection open = detect_open();
+      const Detection open = detect_open_();
       refuse_unusual(open);
       if (const std::string advice = advice_from(open); !advice.empty()) {
         throw Unreadable(path_ + ": is not what " + text_of(stated_) + " says; ", advice);
@@ -107,15 +106,11 @@ class Search {
 
   /// What would help to read a file that is not what was stated, as part of a sentence.
   [[nodiscard]] std::string help() const {
-    const Detection open = detect_open();
+    const Detection open = detect_open_();
     return open.foreign.empty() ? advice_from(open) : "it " + open.foreign;
   }
 
  private:
-  [[nodiscard]] Detection detect_open() const {
-    return with_failures([&] { return detect_(With::nothing); });
-  }
-
   /// What would have to be stated otherwise for a reading to be taken.
   std::string corrections(const Reading& reading) const {
     std::vector<FormOption> options = options_of(reading);
@@ -172,7 +167,7 @@ class Search {
   Detection detection_;
   const std::string& path_;
   std::vector<FormOption> stated_;
-  std::function<Detection(With)> detect_;
+  std::function<Detection()> detect_open_;
 };
 
 /// Blanking values stand at the end of their records, where a reader of unformatted files may leave
@@ -191,25 +186,26 @@ Detection leaving_out_blanking(const std::string& path, StatedGridForm stated) {
 }
 
 Detection detect_grid_or_part(const std::string& path, const StatedGridForm& form) {
-  Detection detection = detect_grid(path, form);
-  if (!detection.fitting.empty() || form.iblank != false) return detection;
-  Detection other = leaving_out_blanking(path, form);
-  return other.fitting.empty() ? detection : other;
+  return with_failures([&] {
+    Detection detection = detect_grid(path, form);
+    if (!detection.fitting.empty() || form.iblank != false) return detection;
+    Detection other = leaving_out_blanking(path, form);
+    return other.fitting.empty() ? detection : other;
+  });
 }
 
 Search search(const std::string& path, const StatedGridForm& stated) {
-  return {path, options_of(stated), [&](With with) {
-            return detect_grid_or_part(path, with == With::nothing ? StatedGridForm() : stated);
-          }};
+  return {path, options_of(stated), detect_grid_or_part(path, stated),
+          [&path] { return detect_grid_or_part(path, {}); }};
 }
 
 Search search(const std::string& path, const StatedRestartForm& stated,
               const std::optional<Extents>& grid) {
   const auto extents = grid ? std::make_shared<const Extents>(*grid) : nullptr;
-  return {path, options_of(stated), [&path, &stated, extents](With with) {
-            return detect_restart(path, with == With::nothing ? StatedRestartForm() : stated,
-                                  extents);
-          }};
+  const auto detect = [&path, extents](const StatedRestartForm& form) {
+    return with_failures([&] { return detect_restart(path, form, extents); });
+  };
+  return {path, options_of(stated), detect(stated), [detect] { return detect({}); }};
 }
 
 }  // namespace
@@ -233,7 +229,8 @@ Found find_restart(const std::string& path, const StatedRestartForm& stated,
 }
 
 Found find_any(const std::string& path) {
-  return Search(path, {}, [&path](With) { return detect_any(path); }).settle();
+  const auto detect = [&path] { return with_failures([&] { return detect_any(path); }); };
+  return Search(path, {}, detect(), detect).settle();
 }
 
 Fit fit_of(const std::string& path, const Reading& reading) {

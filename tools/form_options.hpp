@@ -8,6 +8,14 @@
 
 namespace p3dgrid::tool {
 
+/// What options say of a grid and of a restart file that are read.
+struct StatedForms {
+  StatedGridForm grid = {};
+  StatedRestartForm restart = {};
+  std::string grid_option = {};     ///< the first one given for the grid; empty for none
+  std::string restart_option = {};  ///< the same for the restart file
+};
+
 /// An option and its value, as typed.
 struct FormOption {
   std::string name;

@@ -5,7 +5,6 @@
 #include <memory>
 #include <string>
 
-#include "block_list.hpp"
 #include "command.hpp"
 #include "console.hpp"
 #include "gzip.hpp"
@@ -18,7 +17,7 @@ namespace {
 
 struct InfoOptions {
   std::vector<std::string> paths;
-  AnyFile input;          // one of them at a time
+  StatedForms stated;
   std::string grid_path;  // of a restart file
   std::string blocks;
   std::vector<std::string> names;  // of variables
@@ -31,8 +30,7 @@ struct InfoOptions {
 constexpr Usage info_usage = {.command_line = "p3dgrid info RESTART --grid GRID",
                               .grid_alone = "'p3dgrid info GRID' shows it"};
 
-GridReport report_on(const InfoOptions& options, const Found& found) {
-  const std::string& path = options.input.path;
+GridReport report_on(const InfoOptions& options, const std::string& path, const Found& found) {
   if (!options.index && !options.names.empty()) {
     throw Unusable("--names applies to a restart file, and " + path + " is a grid");
   }
@@ -69,10 +67,8 @@ FlowReport body_of(const RestartReport& report, RestartInput& input) {
 }
 
 /// Reads a restart file, whole if the extents of its blocks are known.
-RestartReport report_on(const InfoOptions& options, const Found& found,
-                        const std::optional<Extents>& grid) {
-  const std::string& path = options.input.path;
-  RestartInput input(path, found, grid);
+RestartReport report_on(const InfoOptions& options, const std::string& path, const Found& found,
+                        RestartInput& input) {
   RestartReport report{.found = found, .header = input.header()};
   if (options.index) {
     report.index = input.index();
@@ -90,53 +86,50 @@ RestartReport report_on(const InfoOptions& options, const Found& found,
 
 /// Passes the report on a file to `take`.
 template <class Take>
-void report_to(const InfoOptions& options, const Take& take) {
-  const std::string& path = options.input.path;
+void report_to(const InfoOptions& options, const std::string& path, const Take& take) {
   if (!options.grid_path.empty()) {
-    const Case found =
-        find_case(options.grid_path, options.input.grid, path, options.input.restart, info_usage);
-    return take(report_on(options, found.restart, found.extents));
+    const CaseInput input(options.grid_path, path, options.stated, info_usage);
+    return take(report_on(options, path, input.found_restart(), input.restart()));
   }
-  const Found found = find_file(options.input);
-  if (found.reading.is_grid()) return take(report_on(options, found));
+  const Found found = find_file(path, options.stated);
+  if (found.reading.is_grid()) return take(report_on(options, path, found));
   require_regular_file(path);
-  take(report_on(options, found, std::nullopt));
+  RestartInput input(path, found);
+  take(report_on(options, path, found, input));
 }
 
-void show_file(const InfoOptions& options) {
-  const std::string& path = options.input.path;
+void show_file(const InfoOptions& options, const std::string& path) {
   if (options.for_programs()) keep_output_for_programs();
   if (options.index && original_path(path) != path) {
     throw Unusable(original_path(path) + ": is compressed, and its values have no fixed places");
   }
-  report_to(options, [&](const auto& report) {
+  report_to(options, path, [&](const auto& report) {
     if (options.for_programs()) return print_text(json_of(path, report));
     print_info(path, report);
   });
 }
 
 /// Shows one line for each file.
-void show_series(InfoOptions& options) {
+void show_series(const InfoOptions& options) {
   if (options.for_programs()) throw Unusable("--json and --index take one file at a time");
   std::vector<FileFacts> files;
   for (const std::string& path : options.paths) {
-    options.input.path = path;
-    report_to(options, [&](const auto& report) { files.push_back({path, facts_of(report)}); });
+    report_to(options, path, [&](const auto& report) {
+      files.push_back({path, facts_of(report)});
+    });
   }
   print_series(files);
 }
 
-void show_files(InfoOptions& options) {
+void show_files(const InfoOptions& options) {
   if (options.paths.size() > 1) return show_series(options);
-  options.input.path = options.paths.front();
-  show_file(options);
+  show_file(options, options.paths.front());
 }
 
 }  // namespace
 
 Command info_command() {
   const auto options = std::make_shared<InfoOptions>();
-  AnyFile& input = options->input;
   Command command{
       .name = "info",
       .meaning = "Show what a file is and what is in it",
@@ -153,8 +146,7 @@ Command info_command() {
                      "option. For several files, one line each, with what changes",
                      Argument::Use::inputs}},
       .run = [options] { show_files(*options); }};
-  add_grid_options(command, input.grid, &input.grid_option);
-  add_restart_options(command, input.restart, &input.restart_option);
+  add_input_options(command, options->stated);
   add_grid_of_restart(command, options->grid_path);
   command.options.push_back(
       {"--blocks", &options->blocks,

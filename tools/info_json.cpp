@@ -13,21 +13,16 @@ using Json = nlohmann::ordered_json;
 
 constexpr int schema = 1;  // docs/info-json.md says what may change without a new number
 
-/// JSON has no numbers for NaN and infinity.
-Json number(double value) {
+/// A value with its shortest digits. JSON has no numbers for NaN and infinity.
+Json number(double value, const std::string& digits) {
   if (std::isnan(value)) return "NaN";
   if (std::isinf(value)) return value > 0 ? "Infinity" : "-Infinity";
-  return value;
-}
-
-/// A value of this precision, with its shortest digits.
-Json number(double value, Precision precision) {
-  return std::isfinite(value) ? Json(std::stod(digits(value, precision))) : number(value);
+  return std::stod(digits);
 }
 
 /// A header value, which the file may hold in single precision.
 Json number_in(const RestartForm& form, double value) {
-  return std::isfinite(value) ? Json(std::stod(digits_in(form, value))) : number(value);
+  return number(value, digits_in(form, value));
 }
 
 template <class Value>
@@ -108,7 +103,7 @@ void add_arrays(Json& blocks, const std::vector<BlockIndex>& index) {
 
 Json extreme(const std::optional<Extreme>& found) {
   if (!found) return nullptr;
-  return {{"value", number(found->value, found->precision)},
+  return {{"value", number(found->value, text_of(found))},
           {"block", found->block},
           {"i", found->i},
           {"j", found->j},

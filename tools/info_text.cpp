@@ -1,9 +1,9 @@
 #include <algorithm>
 #include <array>
 
-#include "block_list.hpp"
 #include "console.hpp"
 #include "info.hpp"
+#include "options.hpp"
 #include "table.hpp"
 
 namespace p3dgrid::tool {

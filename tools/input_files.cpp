@@ -1,11 +1,13 @@
 #include "input_files.hpp"
 
-#include <optional>
+#include <algorithm>
+#include <initializer_list>
 #include <p3dgrid/check.hpp>
+#include <string_view>
+#include <utility>
 
 #include "console.hpp"
 #include "failure.hpp"
-#include "file_input.hpp"
 
 namespace p3dgrid::tool {
 namespace {
@@ -53,19 +55,51 @@ void refuse_if(Kind kind, const std::string& path, const std::string& meant) {
   if (reading && reading->is_grid() == (kind == Kind::grid)) refuse(path, *reading, meant);
 }
 
+/// The text with files in place of the words that stand for them.
+using Files = std::initializer_list<std::pair<std::string_view, std::string_view>>;
+std::string filled_in(std::string_view text, Files files) {
+  std::string result;
+  while (!text.empty()) {
+    const auto* const file = std::ranges::find_if(
+        files, [&](const auto& candidate) { return text.starts_with(candidate.first); });
+    const bool is_word = file != files.end();
+    result += is_word ? file->second : text.substr(0, 1);
+    text.remove_prefix(is_word ? file->first.size() : 1);
+  }
+  return result;
+}
+
+/// The command line with these two files, in quotation marks.
+std::string line_for(const Usage& usage, const std::string& grid, const std::string& restart) {
+  return "'" + filled_in(usage.command_line, {{"GRID", grid}, {"RESTART", restart}}) + "'";
+}
+
+void refuse_if_restart_alone(const std::string& path, const Usage& usage) {
+  refuse_if(Kind::restart, path,
+            usage.restart_alone != nullptr ? filled_in(usage.restart_alone, {{"FILE", path}})
+                                           : line_for(usage, "GRID", path) + " takes it");
+}
+
 /// The restart file of the command may be the grid.
 void refuse_if_restart(const std::string& path, const std::string& restart_path,
                        const Usage& usage) {
   const auto other = known(restart_path);
   if (!other || !other->is_grid()) {
     return refuse_if(Kind::restart, path,
-                     "'" + usage.pair("GRID", path) + "' takes it with its grid");
+                     line_for(usage, "GRID", path) + " takes it with its grid");
   }
   const auto reading = known_beside(path, *other->extents);
   if (reading && !reading->is_grid()) {
     const std::string& grid = restart_path;
-    refuse(path, *reading, grid + " is the grid: '" + usage.pair(grid, path) + "'");
+    refuse(path, *reading, grid + " is the grid: " + line_for(usage, grid, path));
   }
+}
+
+void refuse_if_grid(const std::string& path, const std::string& grid_path, const Usage& usage) {
+  refuse_if(Kind::grid, path,
+            usage.grid_alone != nullptr
+                ? filled_in(usage.grid_alone, {{"GRID", path}})
+                : line_for(usage, grid_path, "RESTART") + " takes a restart file there");
 }
 
 /// Runs `find`. If the file is unreadable, `explain` may throw a Failure that says more.
@@ -79,90 +113,74 @@ Found find_or_explain(const Find& find, const Explain& explain) {
   }
 }
 
-std::string filled_in(std::string_view text, const std::string& grid, const std::string& restart) {
-  std::string result;
-  while (!text.empty()) {
-    if (text.starts_with("GRID")) {
-      result += grid;
-      text.remove_prefix(4);
-    } else if (text.starts_with("RESTART")) {
-      result += restart;
-      text.remove_prefix(7);
-    } else {
-      result += text.front();
-      text.remove_prefix(1);
-    }
-  }
-  return result;
-}
-
-void refuse_if_grid(const std::string& path, const std::string& grid_path, const Usage& usage) {
-  refuse_if(Kind::grid, path,
-            usage.grid_alone != nullptr
-                ? filled_in(usage.grid_alone, path, "")
-                : "'" + usage.pair(grid_path, "RESTART") + "' takes a restart file there");
-}
-
-Extents extents_of_grid(const std::string& path, const Found& grid) {
-  if (grid.reading.extents != nullptr) return *grid.reading.extents;
-  return GridInput(path, grid).extents();
-}
-
 }  // namespace
 
-std::string Usage::pair(const std::string& grid, const std::string& restart) const {
-  return filled_in(command_line, grid, restart);
-}
-
-Found find_file(const AnyFile& file, Look look) {
-  const std::string& path = file.path;
-  const std::string& grid_option = file.grid_option;
-  const std::string& restart_option = file.restart_option;
+Found find_file(const std::string& path, const StatedForms& stated, Look look) {
+  const std::string& grid_option = stated.grid_option;
+  const std::string& restart_option = stated.restart_option;
   if (!grid_option.empty() && !restart_option.empty()) {
     throw Unusable(grid_option + " describes a grid, and " + restart_option + " makes " + path +
                    " a restart file; --grid names its grid");
   }
   if (!grid_option.empty()) {
     return find_or_explain(
-        [&] { return find_grid(path, file.grid, look); },
+        [&] { return find_grid(path, stated.grid, look); },
         [&] { refuse_if(Kind::restart, path, grid_option + " describes a grid"); });
   }
   if (!restart_option.empty()) {
     return find_or_explain(
-        [&] { return find_restart(path, file.restart, std::nullopt, look); },
+        [&] { return find_restart(path, stated.restart, std::nullopt, look); },
         [&] { refuse_if(Kind::grid, path, restart_option + " describes a restart file"); });
   }
   return find_any(path);
 }
 
-Found find_grid(const std::string& path, const StatedGridForm& stated, const std::string& meant) {
-  return find_or_explain([&] { return find_grid(path, stated); },
-                         [&] { refuse_if(Kind::restart, path, meant); });
+CaseInput::CaseInput(std::string path, std::string restart_path, const StatedForms& stated,
+                     const Usage& usage, Look look)
+    : path_(std::move(path)), restart_path_(std::move(restart_path)) {
+  const bool is_alone = restart_path_.empty();
+  if (!is_alone) require_regular_file(restart_path_);
+  found_grid_ = find_or_explain([&] { return find_grid(path_, stated.grid, look); },
+                                [&] {
+                                  if (is_alone)
+                                    refuse_if_restart_alone(path_, usage);
+                                  else
+                                    refuse_if_restart(path_, restart_path_, usage);
+                                });
+  if (is_alone) return;
+  found_restart_ =
+      find_or_explain([&] { return find_restart(restart_path_, stated.restart, extents(), look); },
+                      [&] { refuse_if_grid(restart_path_, path_, usage); });
+  require_same_extents(usage);
 }
 
-Case find_case(const std::string& grid_path, const StatedGridForm& grid,
-               const std::string& restart_path, const StatedRestartForm& restart,
-               const Usage& usage, Look look) {
-  require_regular_file(restart_path);
-  Case found{.grid = find_or_explain([&] { return find_grid(grid_path, grid, look); },
-                                     [&] { refuse_if_restart(grid_path, restart_path, usage); })};
-  found.extents = extents_of_grid(grid_path, found.grid);
-  found.restart =
-      find_or_explain([&] { return find_restart(restart_path, restart, found.extents, look); },
-                      [&] { refuse_if_grid(restart_path, grid_path, usage); });
-  const Reading& reading = found.restart.reading;
+void CaseInput::require_same_extents(const Usage& usage) const {
+  const Reading& reading = found_restart_.reading;
   if (reading.extents == nullptr) {
     // A layout without extents, or an invalid header, whose place the reader reports.
-    static_cast<void>(RestartInput(restart_path, found.restart, found.extents));
-    return found;
+    static_cast<void>(restart());
+    return;
   }
-  if (*reading.extents == found.extents) return found;
-  if (reading.free_count) refuse_if_grid(restart_path, grid_path, usage);
-  for (const std::string& line : mismatch_report(found.extents, *reading.extents)) {
-    print_result(line);
-  }
+  if (*reading.extents == extents()) return;
+  if (reading.free_count) refuse_if_grid(restart_path_, path_, usage);
+  for (const std::string& line : mismatch_report(extents(), *reading.extents)) print_result(line);
   throw Mismatch(
-      differing_blocks(restart_path, *reading.extents, found.extents, grid_path).front().what());
+      differing_blocks(restart_path_, *reading.extents, extents(), path_).front().what());
+}
+
+const Extents& CaseInput::extents() const {
+  const auto& detected = found_grid_.reading.extents;
+  return detected != nullptr && !restart_path_.empty() ? *detected : grid().extents();
+}
+
+GridInput& CaseInput::grid() const {
+  if (!grid_) grid_.emplace(path_, found_grid_);
+  return *grid_;
+}
+
+RestartInput& CaseInput::restart() const {
+  if (!restart_) restart_.emplace(restart_path_, found_restart_, extents());
+  return *restart_;
 }
 
 }  // namespace p3dgrid::tool

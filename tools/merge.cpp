@@ -9,7 +9,7 @@
 #include "form_options.hpp"
 #include "info.hpp"
 #include "options.hpp"
-#include "part_files.hpp"
+#include "parts.hpp"
 #include "table.hpp"
 
 namespace p3dgrid::tool {
@@ -22,7 +22,8 @@ struct MergeOptions {
 
 constexpr Usage merge_usage = {
     .command_line = "p3dgrid merge GRID... OUT --restart RESTART... OUT",
-    .grid_alone = "'p3dgrid merge GRID... OUT' without --restart takes grids alone"};
+    .grid_alone = "'p3dgrid merge GRID... OUT' without --restart takes grids alone",
+    .restart_alone = "'p3dgrid merge GRID... OUT --restart RESTART... OUT' takes it"};
 
 /// Prints a note if the first input and another differ.
 struct Comparison {

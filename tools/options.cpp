@@ -7,6 +7,7 @@
 
 #include "failure.hpp"
 #include "file_names.hpp"
+#include "table.hpp"
 
 namespace p3dgrid::tool {
 namespace {
@@ -78,14 +79,16 @@ struct MemberOptions {
 
 }  // namespace
 
-void add_grid_options(Command& command, StatedGridForm& stated, std::string* given) {
-  StatedGridForm::for_each_member(MemberOptions{command, "--grid", grid_group, true, given},
-                                  stated);
+void add_grid_options(Command& command, StatedForms& stated) {
+  StatedGridForm::for_each_member(
+      MemberOptions{command, "--grid", grid_group, true, &stated.grid_option}, stated.grid);
 }
 
-void add_restart_options(Command& command, StatedRestartForm& stated, std::string* given) {
+void add_input_options(Command& command, StatedForms& stated) {
+  add_grid_options(command, stated);
   StatedRestartForm::for_each_member(
-      MemberOptions{command, "--restart", restart_group, true, given}, stated);
+      MemberOptions{command, "--restart", restart_group, true, &stated.restart_option},
+      stated.restart);
 }
 
 void add_grid_of_restart(Command& command, std::string& path) {
@@ -144,8 +147,7 @@ void add_part_options(Command& command, PartOptions& options, int values) {
        .check = wrong_name,
        .is_input = true,
        .values = values});
-  add_grid_options(command, options.grid);
-  add_restart_options(command, options.restart);
+  add_input_options(command, options.stated);
   add_target_options(command, options.change);
   MemberOptions{command, "--to", target_group}(layout_member, options.layout);
 }
@@ -165,6 +167,24 @@ std::vector<std::string> entries_in(const std::string& text) {
     if (comma == text.npos) return entries;
     from = comma + 1;
   }
+}
+
+std::string wrong_block_list(const std::string& text) {
+  return numbers_in(text) ? "" : "'" + text + "' is no list of blocks such as 1,3-5";
+}
+
+std::vector<std::int32_t> blocks_in(const std::string& text, const std::string& path,
+                                    std::int32_t count) {
+  std::vector<std::int32_t> blocks;
+  const auto ranges = numbers_in(text);
+  for (const Section& range : ranges.value_or(std::vector<Section>{{1, count}})) {
+    if (range.last > count) {
+      throw Unusable(path + ": holds " + counted(count, "block") + ", and there is no block " +
+                     std::to_string(range.last));
+    }
+    for (std::int32_t n = range.first; n <= range.last; ++n) blocks.push_back(n - 1);
+  }
+  return blocks;
 }
 
 std::optional<CoordinatePlane> coordinate_plane_in(const std::string& text) {

@@ -12,11 +12,11 @@
 namespace p3dgrid::tool {
 
 /// Adds options that describe the grid file to be read. Members without an option are left open.
-/// @param given  receives the name of the first option given, in the order of the help
-void add_grid_options(Command& command, StatedGridForm& stated, std::string* given = nullptr);
+/// The first option given is that in the order of the help.
+void add_grid_options(Command& command, StatedForms& stated);
 
-/// The same for the restart file to be read.
-void add_restart_options(Command& command, StatedRestartForm& stated, std::string* given = nullptr);
+/// The same for a grid file and a restart file.
+void add_input_options(Command& command, StatedForms& stated);
 
 /// Adds the option that names the grid of a restart file.
 void add_grid_of_restart(Command& command, std::string& path);
@@ -34,8 +34,7 @@ void add_target_options(Command& command, StatedRestartForm& change, HeaderValue
 /// Options of commands that write parts of grids and, optionally, the same parts of their
 /// solutions.
 struct PartOptions {
-  StatedGridForm grid;
-  StatedRestartForm restart;
+  StatedForms stated;                  ///< of the files read
   StatedGridForm change;               ///< of both files written, except for the layout
   std::optional<Layout> layout;        ///< of the restart file written
   std::vector<std::string> solutions;  ///< those read, then the one written; empty for none
@@ -57,6 +56,17 @@ void add_part_options(Command& command, PartOptions& options, int values = 2);
 
 /// The entries of a list with commas between them.
 [[nodiscard]] std::vector<std::string> entries_in(const std::string& text);
+
+/// The reason why the text is no list of blocks, counted from 1, such as "1,3-5"; empty if it is
+/// one.
+[[nodiscard]] std::string wrong_block_list(const std::string& text);
+
+/// The blocks of a list, counted from 0, in its order; all for an empty text. Throws a Failure if
+/// the file has fewer.
+/// @param path   of the file
+/// @param count  its number of blocks
+[[nodiscard]] std::vector<std::int32_t> blocks_in(const std::string& text, const std::string& path,
+                                                  std::int32_t count);
 
 /// A plane on which one coordinate is constant.
 struct CoordinatePlane {

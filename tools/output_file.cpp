@@ -160,10 +160,6 @@ bool force_to_disk(const Descriptor& file) {
   return result == 0;
 }
 
-int open_new(const std::string& path, mode_t mode) {
-  return ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
-}
-
 }  // namespace
 
 UnfinishedFile::UnfinishedFile(std::string path) : path_(std::move(path)), place_(places) {
@@ -186,7 +182,8 @@ bool create_temporary(std::optional<UnfinishedFile>& file, const std::string& fo
   const SignalsBlocked blocked;
   for (int attempt = 0; attempt < 100; ++attempt) {
     const std::string path = (std::filesystem::path(folder) / temporary_name()).string();
-    if (Descriptor(open_new(path, mode)).open()) {
+    const Descriptor created(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+    if (created.open()) {
       file.emplace(path);
       return true;
     }

@@ -54,6 +54,9 @@ class OutputFile {
   OutputFile& operator=(const OutputFile&) = delete;
   ~OutputFile() = default;
 
+  /// As the user named it.
+  [[nodiscard]] const std::string& path() const { return path_; }
+
   /// Where to write until `commit`.
   [[nodiscard]] const std::string& temporary_path() const { return temporary_->path(); }
 
@@ -74,7 +77,7 @@ class OutputFile {
   void reserve(std::optional<UnfinishedFile>& file) const;
   void put_in_place(UnfinishedFile& written) const;
 
-  std::string path_;                     ///< as the user named it
+  std::string path_;
   std::string target_;                   ///< where symbolic links lead to
   std::optional<struct stat> replaced_;  ///< the file that stands there
   std::optional<UnfinishedFile> temporary_;

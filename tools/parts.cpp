@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "console.hpp"
+#include "failure.hpp"
 #include "file_names.hpp"
 #include "form_options.hpp"
 #include "progress.hpp"
@@ -47,27 +48,19 @@ Block read(const Parts& parts, const Part& part) {
 
 }  // namespace
 
-CaseInput::CaseInput(std::string path, const StatedGridForm& stated, const std::string& meant)
-    : path_(std::move(path)), found_{.grid = find_grid(path_, stated, meant)} {}
-
-CaseInput::CaseInput(std::string grid_path, const StatedGridForm& grid, std::string restart_path,
-                     const StatedRestartForm& restart, const Usage& usage)
-    : path_(std::move(grid_path)),
-      restart_path_(std::move(restart_path)),
-      found_(find_case(path_, grid, restart_path_, restart, usage)) {}
-
-const Extents& CaseInput::extents() const {
-  return restart_path_.empty() ? grid().extents() : found_.extents;
-}
-
-GridInput& CaseInput::grid() const {
-  if (!grid_) grid_.emplace(path_, found_.grid);
-  return *grid_;
-}
-
-RestartInput& CaseInput::restart() const {
-  if (!restart_) restart_.emplace(restart_path_, found_.restart, found_.extents);
-  return *restart_;
+std::deque<CaseInput> open_cases(const PartOptions& options, const std::vector<std::string>& grids,
+                                 const Usage& usage) {
+  std::deque<CaseInput> inputs;
+  if (options.has_solution() && options.solutions.size() != grids.size() + 1) {
+    throw Unusable("--restart names " +
+                   counted(static_cast<std::int64_t>(options.solutions.size()) - 1, "solution") +
+                   " and the file to write, and there are " + counted(std::ssize(grids), "grid"));
+  }
+  for (std::size_t n = 0; n < grids.size(); ++n) {
+    inputs.emplace_back(grids[n], options.has_solution() ? options.solutions[n] : "",
+                        options.stated, usage);
+  }
+  return inputs;
 }
 
 BlockExtents Parts::extents_of(const Part& part) const {
@@ -89,8 +82,7 @@ std::vector<Part> whole_blocks(const std::deque<CaseInput>& inputs) {
   return parts;
 }
 
-std::string write_grid(const OutputFile& output, const std::string& path, const Parts& parts,
-                       const StatedGridForm& change) {
+std::string write_grid(const OutputFile& output, const Parts& parts, const StatedGridForm& change) {
   const Extents extents = parts.extents();
   const GridForm form = applied_to(combined_form(parts), change);
   output.require_writable(obstacle(parts, form));
@@ -113,8 +105,34 @@ std::string write_grid(const OutputFile& output, const std::string& path, const 
       })) {
     print_note("coordinates are rounded to about 7 digits; --to-precision double keeps more");
   }
-  note_contradiction(path, form.coding);
-  return path + ": " + counted(extents) + ", " + describe(form);
+  note_contradiction(output.path(), form.coding);
+  return output.path() + ": " + counted(extents) + ", " + describe(form);
+}
+
+PartOutput::PartOutput(const PartOptions& options, const std::vector<std::string>& grids,
+                       std::string grid, std::string solution)
+    : options_(options) {
+  std::vector<std::string> read = grids;
+  if (options.has_solution()) {
+    read.insert(read.end(), options.solutions.begin(), options.solutions.end() - 1);
+    if (solution == grid) throw Unusable(grid + ": cannot be both the grid and its solution");
+    solution_.emplace(std::move(solution), read);
+  }
+  grid_.emplace(std::move(grid), read);
+}
+
+void PartOutput::write(const Parts& parts) {
+  grid_summary_ = write_grid(*grid_, parts, options_.change);
+  if (!solution_) return;
+  solution_summary_ = write_restart(*solution_, parts, options_.restart_change(), {});
+}
+
+void PartOutput::commit() {
+  grid_->commit();
+  print_summary(grid_summary_);
+  if (!solution_) return;
+  solution_->commit();
+  print_summary(solution_summary_);
 }
 
 }  // namespace p3dgrid::tool

@@ -7,43 +7,19 @@
 #include <string>
 #include <vector>
 
-#include "file_input.hpp"
 #include "input_files.hpp"
+#include "options.hpp"
 #include "output_file.hpp"
-#include "restart_conversion.hpp"
 
 /// Files that consist of parts of other files. One block of a grid, or one array of a solution, is
 /// in memory at a time.
 namespace p3dgrid::tool {
 
-/// A grid, and its solution if there is one, that a command reads.
-class CaseInput {
- public:
-  /// Finds the form of a grid alone.
-  CaseInput(std::string path, const StatedGridForm& stated, const std::string& meant);
-  /// Finds the forms of a grid and of its solution.
-  CaseInput(std::string grid_path, const StatedGridForm& grid, std::string restart_path,
-            const StatedRestartForm& restart, const Usage& usage);
-  CaseInput(const CaseInput&) = delete;
-  CaseInput& operator=(const CaseInput&) = delete;
-  ~CaseInput() = default;
-
-  [[nodiscard]] const std::string& path() const { return path_; }
-  [[nodiscard]] const std::string& restart_path() const { return restart_path_; }
-  [[nodiscard]] const GridForm& form() const { return found_.grid.grid(); }
-  [[nodiscard]] const RestartForm& restart_form() const { return found_.restart.restart(); }
-  [[nodiscard]] const Extents& extents() const;
-  [[nodiscard]] GridInput& grid() const;
-  [[nodiscard]] RestartInput& restart() const;
-
- private:
-  std::string path_;
-  std::string restart_path_;
-  Case found_;
-  // Opened when they are needed: `restart` does not read the grid.
-  mutable std::optional<GridInput> grid_;
-  mutable std::optional<RestartInput> restart_;
-};
+/// Finds the forms of grids and, if `--restart` is given, of their solutions.
+/// @param usage  of the command with a solution, for messages
+[[nodiscard]] std::deque<CaseInput> open_cases(const PartOptions& options,
+                                               const std::vector<std::string>& grids,
+                                               const Usage& usage);
 
 /// A block of an output file: a part of a block of an input, whose directions are then reordered.
 struct Part {
@@ -68,14 +44,35 @@ struct Parts {
 [[nodiscard]] std::vector<Part> whole_blocks(const std::deque<CaseInput>& inputs);
 
 /// Writes a grid. Returns a summary, one line.
-/// @param path    of the file that `output` replaces
 /// @param change  the stated members of its form; the others are those of the first input
-[[nodiscard]] std::string write_grid(const OutputFile& output, const std::string& path,
-                                     const Parts& parts, const StatedGridForm& change);
+[[nodiscard]] std::string write_grid(const OutputFile& output, const Parts& parts,
+                                     const StatedGridForm& change);
 
 /// Writes a solution. Returns a summary, one line.
-[[nodiscard]] std::string write_restart(const OutputFile& output, const std::string& path,
-                                        const Parts& parts, const StatedRestartForm& change,
+[[nodiscard]] std::string write_restart(const OutputFile& output, const Parts& parts,
+                                        const StatedRestartForm& change,
                                         const HeaderValues& values);
+
+/// A grid that is written from parts and, if `--restart` is given, its solution.
+class PartOutput {
+ public:
+  /// Reserves the files.
+  /// @param grids     that are read
+  /// @param solution  path of the solution; ignored without `--restart`
+  PartOutput(const PartOptions& options, const std::vector<std::string>& grids, std::string grid,
+             std::string solution);
+
+  void write(const Parts& parts);
+
+  /// Renames the files into place and prints the summaries.
+  void commit();
+
+ private:
+  const PartOptions& options_;
+  std::optional<OutputFile> grid_;
+  std::optional<OutputFile> solution_;
+  std::string grid_summary_;
+  std::string solution_summary_;
+};
 
 }  // namespace p3dgrid::tool

@@ -19,7 +19,6 @@ namespace {
 struct PlotOptions {
   plot::Request request;
   std::string output;
-  std::string restart_option;  ///< the first of those given
 };
 
 void plot_files(const PlotOptions& options) {
@@ -31,7 +30,7 @@ void plot_files(const PlotOptions& options) {
   }
   const std::string idle = !request.variable.empty() ? "--variable"
                            : !request.names.empty()  ? "--names"
-                                                     : options.restart_option;
+                                                     : request.stated.restart_option;
   if (!request.shows_flow() && !idle.empty()) {
     throw Unusable(
         idle + " applies to a restart file, and none is given: p3dgrid plot GRID RESTART OUT.png");
@@ -137,8 +136,7 @@ Command plot_command() {
                      Argument::Use::output, Argument::Presence::last}},
       .options = picture_options(request),
       .run = [options] { plot_files(*options); }};
-  add_grid_options(command, request.grid);
-  add_restart_options(command, request.restart, &options->restart_option);
+  add_input_options(command, request.stated);
   return command;
 }
 

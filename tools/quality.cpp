@@ -4,7 +4,6 @@
 
 #include "command.hpp"
 #include "console.hpp"
-#include "file_input.hpp"
 #include "input_files.hpp"
 #include "options.hpp"
 
@@ -13,24 +12,26 @@ namespace {
 
 struct QualityOptions {
   std::string path;
-  StatedGridForm stated;
+  StatedForms stated;
   double tolerance = 0;
   bool json = false;
 };
 
+constexpr Usage quality_usage = {.command_line = "p3dgrid quality GRID",
+                                 .restart_alone = "'p3dgrid info FILE' describes it"};
+
 void show_quality(const QualityOptions& options) {
   if (options.json) keep_output_for_programs();
-  const Found found =
-      find_grid(options.path, options.stated, "'p3dgrid info " + options.path + "' describes it");
-  GridInput input(options.path, found);
+  const CaseInput input(options.path, "", options.stated, quality_usage);
+  GridInput& grid = input.grid();
   QualityReport report;
   FaceSearch faces(options.tolerance);
-  for (std::int32_t b = 0; b < input.extents().blocks(); ++b) {
-    const Block block = input.read(static_cast<std::size_t>(b));
+  for (std::int32_t b = 0; b < grid.extents().blocks(); ++b) {
+    const Block block = grid.read(static_cast<std::size_t>(b));
     report.blocks.push_back(quality_of(block));
     faces.add(b, block);
   }
-  input.require_form();
+  grid.require_form();
   report.connections = faces.connections();
   if (options.json) return print_text(json_of(options.path, report));
   print_quality(options.path, report);
@@ -53,10 +54,7 @@ QualityTotals totals_of(const QualityReport& report) {
 
 Command quality_command() {
   const auto options = std::make_shared<QualityOptions>();
-  const auto is_tolerance = [](const std::string& text) -> std::string {
-    const auto value = real_in(text);
-    return value && *value >= 0 ? "" : "'" + text + "' is no distance";
-  };
+  const auto is_tolerance = [](const std::string& text) { return real_in(text).value_or(-1) >= 0; };
   Command command{
       .name = "quality",
       .meaning = "Show volumes, edges and skewness of the cells of a grid, and how its blocks meet",
@@ -67,7 +65,7 @@ Command quality_command() {
       .arguments = {{"GRID", &options->path, "Grid file to read"}},
       .options = {{"--tolerance", &options->tolerance,
                    "Largest difference of each coordinate of points that blocks share; default 0",
-                   "D", is_tolerance},
+                   "D", checked("is no distance", is_tolerance)},
                   {"--json", &options->json, "Print the same as JSON"}},
       .run = [options] { show_quality(*options); }};
   add_grid_options(command, options->stated);

@@ -13,8 +13,7 @@ struct RestartOptions {
   std::string grid_path;
   std::string input;
   std::string output;
-  StatedGridForm grid;
-  StatedRestartForm stated;
+  StatedForms stated;
   StatedRestartForm change;
   HeaderValues values;
   bool stream = false;
@@ -26,10 +25,9 @@ constexpr Usage restart_usage = {.command_line = "p3dgrid restart GRID RESTART O
 void convert_restart(const RestartOptions& options) {
   OutputFile output(options.output, {options.grid_path, options.input});
   std::deque<CaseInput> inputs;
-  inputs.emplace_back(options.grid_path, options.grid, options.input, options.stated,
-                      restart_usage);
-  const std::string summary = write_restart(output, options.output, {inputs, whole_blocks(inputs)},
-                                            options.change, options.values);
+  inputs.emplace_back(options.grid_path, options.input, options.stated, restart_usage);
+  const std::string summary =
+      write_restart(output, {inputs, whole_blocks(inputs)}, options.change, options.values);
   output.commit();
   print_summary(summary);
 }
@@ -51,8 +49,7 @@ Command restart_command() {
                     {"OUT", &options->output, "Restart file to write; replaced whole or not at all",
                      Argument::Use::output}},
       .run = [options] { convert_restart(*options); }};
-  add_grid_options(command, options->grid);
-  add_restart_options(command, options->stated);
+  add_input_options(command, options->stated);
   add_target_options(command, options->change, options->values);
   command.options.push_back(
       {"--stream", &options->stream,

@@ -131,14 +131,6 @@ std::vector<double> Conversion::parameters(const std::vector<double>& read_param
   return parameters;
 }
 
-bool Conversion::holds(const FlowArray& array) const {
-  if (array.triplet) return read.triplets;
-  return array.number <= read.most_variables() &&
-         std::ranges::none_of(read.missing(), [&](const Section& gap) {
-           return gap.first <= array.number && array.number <= gap.last;
-         });
-}
-
 std::vector<std::string> Conversion::notes() const {
   const LayoutTraits& layout = traits_of(written.form.layout);
   std::vector<std::string> notes;
@@ -171,7 +163,7 @@ std::vector<std::string> Conversion::notes() const {
         {1, layout.counted_variables ? variables_in(sections) : solution_variables}};
     if (sections != usual) notes.push_back("is read with --sections " + describe(sections));
   }
-  if (layout.triplets && !holds({1, true})) {
+  if (layout.triplets && !read.triplets) {
     notes.emplace_back("holds 0 for the triplets, which the file read does not give");
   }
   return notes;

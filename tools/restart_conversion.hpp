@@ -33,9 +33,6 @@ struct Conversion {
   /// @param read_parameters  those of the file read
   [[nodiscard]] std::vector<double> parameters(const std::vector<double>& read_parameters) const;
 
-  /// Whether the file read has the array; else it is 0 in the file written.
-  [[nodiscard]] bool holds(const FlowArray& array) const;
-
   /// What the user should know of the file written, as the rest of a sentence.
   [[nodiscard]] std::vector<std::string> notes() const;
 };

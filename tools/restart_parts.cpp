@@ -98,7 +98,7 @@ void copy(const Parts& parts, const Conversion& conversion, const OutputFile& ou
     const Part& part = parts.list[b];
     RestartInput& input = parts.inputs[part.input].restart();
     writer.write(conversion.parameters(input.parameters(part.block)), [&](const FlowArray& array) {
-      if (!conversion.holds(array))
+      if (!holds(conversion.read, array))
         return zeros(form.coding.precision, written.extents.points_of(b));
       Reals values = read(parts, part, array);
       if (array == FlowArray{absent} && !is_zero(values)) {
@@ -112,8 +112,9 @@ void copy(const Parts& parts, const Conversion& conversion, const OutputFile& ou
 
 }  // namespace
 
-std::string write_restart(const OutputFile& output, const std::string& path, const Parts& parts,
+std::string write_restart(const OutputFile& output, const Parts& parts,
                           const StatedRestartForm& change, const HeaderValues& values) {
+  const std::string& path = output.path();
   const auto note = [&](const std::string& text) { print_note(path + " " + text); };
   const RestartForm& first = parts.inputs.front().restart_form();
   output.require_writable(obstacle_to_form(values, applied_to(first, change)));

@@ -9,7 +9,7 @@
 #include "failure.hpp"
 #include "file_names.hpp"
 #include "options.hpp"
-#include "part_files.hpp"
+#include "parts.hpp"
 
 namespace p3dgrid::tool {
 namespace {

@@ -22,8 +22,7 @@ struct TecplotOptions {
   std::string grid_path;
   std::string restart_path;
   std::string output;
-  StatedGridForm grid;
-  StatedRestartForm restart;
+  StatedForms stated;
   bool iblank = false;
   bool as_stored = false;
   double gamma = gamma_of_air;
@@ -107,8 +106,7 @@ std::vector<Reals> flow_of(RestartInput& restart, std::size_t block,
 
 void export_tecplot(const TecplotOptions& options) {
   OutputFile output(options.output, {options.grid_path, options.restart_path});
-  const CaseInput input(options.grid_path, options.grid, options.restart_path, options.restart,
-                        tecplot_usage);
+  const CaseInput input(options.grid_path, options.restart_path, options.stated, tecplot_usage);
   const Extents& extents = input.extents();
   RestartInput& restart = input.restart();
   output.require_writable(obstacle(options, restart.header()));
@@ -157,8 +155,7 @@ Command tecplot_command() {
                     {"OUT", &options->output, "Tecplot file to write; replaced whole or not at all",
                      Argument::Use::output}},
       .run = [options] { export_tecplot(*options); }};
-  add_grid_options(command, options->grid);
-  add_restart_options(command, options->restart);
+  add_input_options(command, options->stated);
   command.options.push_back(
       {"--iblank", &options->iblank, "Add the blanking values, those of the grid or else 1"});
   command.options.push_back(gamma_option(options->gamma, "the pressure"));

@@ -9,7 +9,7 @@
 #include "console.hpp"
 #include "failure.hpp"
 #include "options.hpp"
-#include "part_files.hpp"
+#include "parts.hpp"
 #include "table.hpp"
 
 namespace p3dgrid::tool {
@@ -29,30 +29,21 @@ constexpr Usage transform_usage = {
     .command_line = "p3dgrid transform GRID OUT --restart RESTART OUT",
     .grid_alone = "'p3dgrid transform GRID OUT' without --restart takes a grid alone"};
 
-/// The change of one coordinate.
-struct CoordinateChange {
-  double scale = 1;
-  double shift = 0;
-  std::optional<double> mirror = {};
-
-  template <class Real>
-  void apply(std::span<Real> values) const {
-    const bool moves = scale != 1 || shift != 0;
-    for (Real& value : values) {
-      double changed = moves ? scale * value + shift : value;
-      if (mirror) changed = *mirror == 0 ? -changed : 2 * *mirror - changed;
-      value = static_cast<Real>(changed);
-    }
-  }
-};
-
+/// Scales, moves and mirrors the coordinates.
 void change(const TransformOptions& options, Block& block) {
+  const std::optional<CoordinatePlane>& plane = options.mirror;
   for (std::size_t axis = 0; axis < 3; ++axis) {
-    CoordinateChange coordinate{options.scale,
-                                options.translation.empty() ? 0 : options.translation[axis]};
-    if (options.mirror && options.mirror->axis == axis) coordinate.mirror = options.mirror->value;
+    const double shift = options.translation.empty() ? 0 : options.translation[axis];
+    const bool moves = options.scale != 1 || shift != 0;
+    const bool mirrors = plane && plane->axis == axis;
     Reals& values = axis == 0 ? block.x : axis == 1 ? block.y : block.z;
-    values.visit([&](auto reals) { coordinate.apply(reals); });
+    values.visit([&]<class Real>(std::span<Real> reals) {
+      for (Real& value : reals) {
+        double changed = moves ? options.scale * value + shift : value;
+        if (mirrors) changed = plane->value == 0 ? -changed : 2 * plane->value - changed;
+        value = static_cast<Real>(changed);
+      }
+    });
   }
 }
 

@@ -9,8 +9,9 @@
 #include "console.hpp"
 #include "failure.hpp"
 #include "file_names.hpp"
+#include "input_files.hpp"
 #include "options.hpp"
-#include "parts.hpp"
+#include "output_file.hpp"
 #include "table.hpp"
 #include "variable_names.hpp"
 #include "vtk_file.hpp"
@@ -22,9 +23,7 @@ struct VtkOptions {
   std::string grid_path;
   std::string restart_path;
   std::string output;
-  StatedGridForm grid;
-  StatedRestartForm restart;
-  std::string restart_option;  ///< the first of those given
+  StatedForms stated;
   std::vector<std::string> names;
 };
 
@@ -89,9 +88,7 @@ void add_flow(RestartInput& input, std::size_t block, const std::vector<std::str
   std::vector<FlowArray> numbers;
   for (std::int32_t n = 1; header.triplets && n <= triplet; ++n) numbers.push_back({n, true});
   for (std::int32_t n = 1; n <= header.variables[block]; ++n) {
-    const bool missing = std::ranges::any_of(
-        header.missing(), [&](const Section& gap) { return gap.first <= n && n <= gap.last; });
-    if (!missing) numbers.push_back({n});
+    if (holds(header, {n})) numbers.push_back({n});
   }
   for (const FlowArray& number : numbers) {
     VtkArray& array = arrays.emplace_back(
@@ -104,23 +101,14 @@ void add_flow(RestartInput& input, std::size_t block, const std::vector<std::str
   }
 }
 
-/// The file of a block, and its name relative to the list.
-struct BlockFile {
-  BlockFile(const std::string& path, const std::vector<std::string>& inputs)
-      : name(std::filesystem::path(path).filename().string()), output(path, inputs) {}
-
-  std::string name;
-  OutputFile output;
-};
-
 /// @param names  of the variables
 void write_block(const CaseInput& input, const std::vector<std::string>& names, std::size_t number,
-                 BlockFile& file) {
+                 const std::string& path) {
   const Block block = input.grid().read(number);
   std::vector<VtkArray> arrays;
   if (!block.iblank.empty()) arrays.push_back(ghosts_of(block));
   if (!names.empty()) add_flow(input.restart(), number, names, arrays);
-  write_vts(file.output.temporary_path(), block.extents, arrays, points_of(block));
+  write_vts(path, block.extents, arrays, points_of(block));
 }
 
 void write_vtk(const VtkOptions& options) {
@@ -128,40 +116,32 @@ void write_vtk(const VtkOptions& options) {
     throw Unusable(options.output + ": the list of blocks, which comes last, must end in .vtm");
   }
   const bool with_flow = !options.restart_path.empty();
-  const std::string idle = options.names.empty() ? options.restart_option : "--names";
+  const std::string idle = options.names.empty() ? options.stated.restart_option : "--names";
   if (!with_flow && !idle.empty()) {
     throw Unusable(idle +
                    " applies to a restart file, and none is given: " + vtk_usage.command_line);
   }
   const std::vector<std::string> paths = {options.grid_path, options.restart_path};
   OutputFile list(options.output, paths);
-  std::deque<CaseInput> inputs;
-  if (with_flow) {
-    inputs.emplace_back(options.grid_path, options.grid, options.restart_path, options.restart,
-                        vtk_usage);
-  } else {
-    inputs.emplace_back(options.grid_path, options.grid,
-                        "'" + vtk_usage.pair("GRID", options.grid_path) + "' takes it");
-  }
-  const CaseInput& input = inputs.front();
+  const CaseInput input(options.grid_path, options.restart_path, options.stated, vtk_usage);
   std::vector<std::string> names;
   if (with_flow)
     names = variable_names(options.restart_path, input.restart().header(), options.names);
   const Extents& extents = input.extents();
   const std::string block_path = options.output.substr(0, options.output.size() - 1) + "s";
-  std::deque<BlockFile> files;
-  std::vector<std::string> file_names;
+  std::deque<OutputFile> files;
+  std::vector<std::string> file_names;  // relative to the list
   for (std::size_t b = 0; b < extents.i.size(); ++b) {
     files.emplace_back(numbered_path(block_path, b + 1, extents.i.size()), paths);
-    file_names.push_back(files.back().name);
+    file_names.push_back(std::filesystem::path(files.back().path()).filename().string());
   }
   for (std::size_t b = 0; b < files.size(); ++b) {
-    files[b].output.stream([&] { write_block(input, names, b, files[b]); });
+    files[b].stream([&] { write_block(input, names, b, files[b].temporary_path()); });
   }
   input.grid().require_form();
   if (with_flow) input.restart().require_form();
   list.stream([&] { write_vtm(list.temporary_path(), file_names); });
-  for (BlockFile& file : files) file.output.commit();
+  for (OutputFile& file : files) file.commit();
   list.commit();
   print_summary(
       options.output + ": " + counted(extents) + ", in " + counted(std::ssize(files), "file") +
@@ -187,8 +167,7 @@ Command vtk_command() {
                      "List of blocks to write; all files are replaced whole or not at all",
                      Argument::Use::output, Argument::Presence::last}},
       .run = [options] { write_vtk(*options); }};
-  add_grid_options(command, options->grid);
-  add_restart_options(command, options->restart, &options->restart_option);
+  add_input_options(command, options->stated);
   command.options.push_back(names_option(options->names));
   return command;
 }

@@ -4,7 +4,6 @@
 
 #include "console.hpp"
 #include "failure.hpp"
-#include "file_input.hpp"
 #include "gzip.hpp"
 #include "input_files.hpp"
 #include "plot/flow.hpp"
@@ -19,7 +18,8 @@ constexpr double default_azimuth = -60;
 constexpr double default_elevation = 25;
 
 constexpr Usage usage = {.command_line = "p3dgrid plot GRID RESTART OUT.png",
-                         .grid_alone = "'p3dgrid plot GRID OUT.png' draws it"};
+                         .grid_alone = "'p3dgrid plot GRID OUT.png' draws it",
+                         .restart_alone = "'p3dgrid plot GRID FILE OUT.png' draws it"};
 
 /// The text that `coordinate_plane_in` parses.
 std::string describe(const CoordinatePlane& cut) {
@@ -89,8 +89,7 @@ void take_block(const Request& request, const Block& block, std::size_t number, 
 }
 
 /// Copies the surfaces from the grid, which is read block by block.
-void take_surfaces(const Request& request, const Found& found, Picture& picture) {
-  GridInput input(request.grid_path, found);
+void take_surfaces(const Request& request, GridInput& input, Picture& picture) {
   const Extents& extents = input.extents();
   picture.surfaces = surfaces_wanted(request, extents);
   for (std::size_t b = 0; b < extents.i.size(); ++b) {
@@ -181,8 +180,8 @@ std::string range_of(const Levels& levels) {
   return "from " + rounded(levels.smallest, digits) + " to " + rounded(levels.largest, digits);
 }
 
-void add_flow(const Request& request, const Case& found, Picture& picture) {
-  const FlowVariable variable = take_values(picture.surfaces, request, found);
+void add_flow(const Request& request, RestartInput& input, Picture& picture) {
+  const FlowVariable variable = take_values(picture.surfaces, request, input);
   picture.levels = levels_of(picture.surfaces);
   if (!picture.levels) {
     throw Mismatch(request.restart_path + ": " + variable.name +
@@ -246,18 +245,14 @@ void add_differences(Picture& picture) {
 }  // namespace
 
 Picture compose(const Request& request) {
-  const std::string& grid = request.grid_path;
-  const Case found =
-      request.shows_flow()
-          ? find_case(grid, request.grid, request.restart_path, request.restart, usage)
-          : Case{find_grid(grid, request.grid, "'" + usage.pair("GRID", grid) + "' draws it")};
+  const CaseInput input(request.grid_path, request.restart_path, request.stated, usage);
   Picture picture;
   picture.width = request.width;
   picture.title = "Grid " + short_name(request.grid_path) + place_of(request);
   picture.summary = "mesh" + place_of(request);
-  take_surfaces(request, found.grid, picture);
+  take_surfaces(request, input.grid(), picture);
   orient(request, picture);
-  if (request.shows_flow()) add_flow(request, found, picture);
+  if (request.shows_flow()) add_flow(request, input.restart(), picture);
   if (request.quality) add_quality(request, picture);
   add_differences(picture);
   return picture;

@@ -6,7 +6,6 @@
 #include <cmath>
 
 #include "failure.hpp"
-#include "file_input.hpp"
 #include "primitive.hpp"
 #include "table.hpp"
 #include "variable_names.hpp"
@@ -158,8 +157,7 @@ std::string known_names() {
 }
 
 FlowVariable take_values(std::vector<Surface>& surfaces, const Request& request,
-                         const Case& found) {
-  RestartInput input(request.restart_path, found.restart, found.extents);
+                         RestartInput& input) {
   const SolutionHeader& header = input.header();
   FlowVariable variable = variable_wanted(request, header);
   for (std::size_t b = 0; b < header.extents.i.size(); ++b) {

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "input_files.hpp"
+#include "file_input.hpp"
 #include "plot/picture.hpp"
 
 namespace p3dgrid::tool::plot {
@@ -27,6 +27,7 @@ struct FlowVariable {
 
 /// Sets the surfaces' values to those of the requested variable. Holds one variable of a block at a
 /// time. Throws a Failure if the file has no such variable, and as `read_restart` does.
-FlowVariable take_values(std::vector<Surface>& surfaces, const Request& request, const Case& found);
+FlowVariable take_values(std::vector<Surface>& surfaces, const Request& request,
+                         RestartInput& input);
 
 }  // namespace p3dgrid::tool::plot

@@ -19,8 +19,7 @@ namespace p3dgrid::tool::plot {
 struct Request {
   std::string grid_path;
   std::string restart_path;  ///< empty for a mesh
-  StatedGridForm grid;
-  StatedRestartForm restart;
+  StatedForms stated;
   std::string variable;            ///< name or number; empty for the first
   std::vector<std::string> names;  ///< of the variables, if stated
   std::int32_t block = 0;          ///< from 1; 0 for all
