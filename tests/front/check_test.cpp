@@ -73,6 +73,32 @@ TEST_F(FrontCheck, FindsEachBlockThatDiffers) {
   EXPECT_EQ(findings.front().details().expected, "2x1x1");
 }
 
+TEST_F(FrontCheck, ReportsPairsAsTheModuleDoes) {
+  Extents grid;
+  grid.add({2, 2, 2});
+  grid.add({12, 345, 1});
+  Extents flow = grid;
+  flow.k[1] = 1234567;
+  const std::vector<std::string> of_blocks = {
+      "",
+      " Indecies for block 2 in grid and restart file do not match.",
+      "               i     j     k  ",
+      " Grid   :     12   345     1",
+      " Restart:     12   345******",
+      "",
+      "   --- CODE HALTED ---"};
+  EXPECT_EQ(mismatch_report(grid, flow), of_blocks);
+  flow.add({1, 1, 1});
+  const std::vector<std::string> of_counts = {
+      "",
+      " Number of blocks in Grid do not match the Restart file",
+      " Number of Grid blocks   : 2",
+      " Number of Restart blocks: 3",
+      "",
+      "   --- CODE HALTED ---"};
+  EXPECT_EQ(mismatch_report(grid, flow), of_counts);
+}
+
 TEST_F(FrontCheck, CountsTheBlocksOfTwoFiles) {
   Extents one;
   one.add({2, 2, 2});
