@@ -123,6 +123,13 @@ def solution_bytes(coding, flow=None):
     return content
 
 
+def triplet_solution_bytes(coding, flow, triplets):
+    """A solution of layout 100: step count 17, step size 0.5."""
+    content = coding.record(numpy.array([17]), numpy.array([0.5]), numpy.array([len(flow)]))
+    return content + b"".join(coding.record(*first, *second)
+                              for first, second in zip(triplets, flow))
+
+
 def split(content, sign, length):
     """The records of a file with markers of four bytes, divided into sub-records."""
     result = b""

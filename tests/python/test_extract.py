@@ -9,7 +9,7 @@ import pytest
 
 import p3dgrid
 from support import (CODINGS, PARAMETERS, Coding, extents_in, flow_arrays, grid_arrays, grid_bytes,
-                     solution_bytes, split)
+                     solution_bytes, split, triplet_solution_bytes)
 
 COMMAND = pathlib.Path(os.environ["P3DGRID_BUILD"]) / "tools" / "p3dgrid"
 
@@ -176,9 +176,7 @@ def test_arrays_that_record_markers_interrupt(tmp_path):
 def test_headers_flags_and_triplets_stay(tmp_path):
     coding = Coding(precision="double")
     flow, triplets = flow_arrays(coding), flow_arrays(coding, 3)
-    content = coding.record(numpy.array([17]), numpy.array([0.5]), numpy.array([2]))
-    content += b"".join(coding.record(*first, *second) for first, second in zip(triplets, flow))
-    (tmp_path / "flow").write_bytes(content)
+    (tmp_path / "flow").write_bytes(triplet_solution_bytes(coding, flow, triplets))
     for call in (p3dgrid.read_solution, p3dgrid.open_solution):
         part = call(tmp_path / "flow", extents_in(coding), layout=100).extract(1, i="2")
         assert part.header == {"step_count": 17, "step_size": 0.5}

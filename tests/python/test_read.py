@@ -9,7 +9,7 @@ import pytest
 
 import p3dgrid
 from support import (CODINGS, PARAMETERS, Coding, extents_in, flow_arrays, grid_arrays, grid_bytes,
-                     solution_bytes, split)
+                     solution_bytes, split, triplet_solution_bytes)
 
 
 def require_equal(found, expected, coding):
@@ -89,9 +89,7 @@ def test_function_files_have_numbers_only(tmp_path):
 def test_headers_and_triplets(tmp_path):
     coding = Coding(precision="double")
     flow, triplets = flow_arrays(coding), flow_arrays(coding, 3)
-    content = coding.record(numpy.array([17]), numpy.array([0.5]), numpy.array([2]))
-    content += b"".join(coding.record(*first, *second) for first, second in zip(triplets, flow))
-    (tmp_path / "flow").write_bytes(content)
+    (tmp_path / "flow").write_bytes(triplet_solution_bytes(coding, flow, triplets))
     with pytest.raises(p3dgrid.Error):
         p3dgrid.read_solution(tmp_path / "flow")
     found = p3dgrid.read_solution(tmp_path / "flow", extents_in(coding), layout=100)
