@@ -8,11 +8,11 @@
 
 namespace p3dgrid::tool {
 
-/// What options say of a grid and of a restart file that are read.
+/// The members of the forms of a grid and of a restart file that options state.
 struct StatedForms {
   StatedGridForm grid = {};
   StatedRestartForm restart = {};
-  std::string grid_option = {};     ///< the first one given for the grid; empty for none
+  std::string grid_option = {};     ///< the first option given for the grid; empty for none
   std::string restart_option = {};  ///< the same for the restart file
 };
 

@@ -5,11 +5,11 @@
 
 #include "file_input.hpp"
 
-/// Finds out the forms of the files that a command is given, and whether they are of the kinds that
+/// Detects the forms of the files that a command is given, and whether they are of the kinds that
 /// it takes.
 namespace p3dgrid::tool {
 
-/// Finds out what a file is that may be a grid or a restart file. An option for one kind of file
+/// Detects the form of a file that may be a grid or a restart file. An option for one kind of file
 /// says that it is of that kind; options for both are wrong usage.
 [[nodiscard]] Found find_file(const std::string& path, const StatedForms& stated,
                               Look look = Look::where_needed);
@@ -28,10 +28,10 @@ struct Usage {
 /// A grid, and its solution if there is one, that a command reads.
 class CaseInput {
  public:
-  /// Finds out the forms of the files, and checks that they belong together as far as their headers
-  /// and lengths tell. If they do not, a line for each block that differs goes to standard output,
-  /// and a Failure with the first of them is thrown. The Failure for a file of the other kind says
-  /// how the command is written.
+  /// Detects the forms of the files, and checks that they belong together as far as their headers
+  /// and lengths tell. If they do not, `mismatch_report` goes to standard output, and a Failure with
+  /// the first difference is thrown. The Failure for a file of the other kind says how the command
+  /// is written.
   /// @param restart_path  empty for a grid alone
   CaseInput(std::string path, std::string restart_path, const StatedForms& stated,
             const Usage& usage, Look look = Look::where_needed);

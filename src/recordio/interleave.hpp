@@ -27,7 +27,7 @@ void with_lines(std::int64_t lines, Visit visit) {
 
 }  // namespace detail
 
-/// Copies `rows` lines to their points or, if those are const, collects the lines from them.
+/// Copies `rows` lines to the points. If the points are const, copies from the points to the lines.
 template <class Line, class Point>
 void interleave(Line* lines, std::int64_t distance, std::int64_t rows, std::int64_t count,
                 Point* points, std::int64_t stride) {

@@ -26,7 +26,7 @@ struct FlowVariable {
 [[nodiscard]] std::string known_names();
 
 /// Sets the surfaces' values to those of the requested variable. Holds one variable of a block at a
-/// time. Throws a Failure if the file has no such variable, and as `read_restart` does.
+/// time. Throws a Failure if the file has no such variable or cannot be read.
 FlowVariable take_values(std::vector<Surface>& surfaces, const Request& request,
                          RestartInput& input);
 
