@@ -29,9 +29,9 @@ struct Usage {
 class CaseInput {
  public:
   /// Detects the forms of the files, and checks that they belong together as far as their headers
-  /// and lengths tell. If they do not, `mismatch_report` goes to standard output, and a Failure with
-  /// the first difference is thrown. The Failure for a file of the other kind says how the command
-  /// is written.
+  /// and lengths tell. If they do not, `mismatch_report` goes to standard output, and a Failure
+  /// with the first difference is thrown. The Failure for a file of the other kind says how the
+  /// command is written.
   /// @param restart_path  empty for a grid alone
   CaseInput(std::string path, std::string restart_path, const StatedForms& stated,
             const Usage& usage, Look look = Look::where_needed);
