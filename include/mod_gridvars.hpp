@@ -10,10 +10,8 @@
 #include "mod_p3dgrid/file_name.hpp"
 #include "mod_p3dgrid/logical.hpp"
 
-#pragma GCC visibility push(default)
-
 /// Names that the host defines.
-namespace mod_gridvars {
+namespace [[gnu::visibility("default")]] mod_gridvars {
 
 using mod_p3dgrid::FileName;
 using mod_p3dgrid::integer;
@@ -63,5 +61,3 @@ void checkallocationerror(const integer& status);
 void dispfilereaderror();
 
 }  // namespace mod_gridvars
-
-#pragma GCC visibility pop

@@ -13,9 +13,7 @@
 
 #include "mod_p3dgrid/logical.hpp"
 
-#pragma GCC visibility push(default)
-
-namespace mod_p3dgrid {
+namespace [[gnu::visibility("default")]] mod_p3dgrid {
 
 /// @name Status of an allocation
 /// Returned by `allocate` and `deallocate`, and passed to `mod_gridvars::checkallocationerror`.
@@ -339,5 +337,3 @@ class array_argument : public array_view<T, Rank> {
 };
 
 }  // namespace mod_p3dgrid
-
-#pragma GCC visibility pop

@@ -6,9 +6,7 @@
 #include <string>
 #include <string_view>
 
-#pragma GCC visibility push(default)
-
-namespace mod_p3dgrid {
+namespace [[gnu::visibility("default")]] mod_p3dgrid {
 
 /// File name of 40 characters, padded with blanks; trailing blanks are not part of the name.
 ///
@@ -52,5 +50,3 @@ class FileName {
 };
 
 }  // namespace mod_p3dgrid
-
-#pragma GCC visibility pop

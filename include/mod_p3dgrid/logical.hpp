@@ -3,9 +3,7 @@
 #include <concepts>
 #include <cstdint>
 
-#pragma GCC visibility push(default)
-
-namespace mod_p3dgrid {
+namespace [[gnu::visibility("default")]] mod_p3dgrid {
 
 /// Signed 32-bit integer.
 using integer = std::int32_t;
@@ -45,5 +43,3 @@ class logical {
 };
 
 }  // namespace mod_p3dgrid
-
-#pragma GCC visibility pop

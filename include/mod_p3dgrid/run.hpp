@@ -10,9 +10,7 @@
 #include "mod_p3dgrid/logical.hpp"
 #include "p3dgrid/form.hpp"
 
-#pragma GCC visibility push(default)
-
-namespace mod_p3dgrid {
+namespace [[gnu::visibility("default")]] mod_p3dgrid {
 
 /// The text with its control characters escaped: `\n`, `\t`, `\r`, all others as their bytes in
 /// hexadecimal (`\x1b`). The result is one line without terminal control sequences. File names are
@@ -125,5 +123,3 @@ struct ReadFailure {
 void p3dclearfailure();
 
 }  // namespace mod_p3dgrid
-
-#pragma GCC visibility pop

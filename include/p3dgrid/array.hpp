@@ -10,9 +10,7 @@
 
 #include "p3dgrid/form.hpp"
 
-#pragma GCC visibility push(default)
-
-namespace p3dgrid {
+namespace [[gnu::visibility("default")]] p3dgrid {
 
 /// Leaves the new elements of a vector uninitialised, because a read overwrites them.
 template <class T>
@@ -108,5 +106,3 @@ class Reals {
 }
 
 }  // namespace p3dgrid
-
-#pragma GCC visibility pop

@@ -8,11 +8,9 @@
 #include "p3dgrid/form.hpp"
 #include "p3dgrid/reading.hpp"
 
-#pragma GCC visibility push(default)
-
 /// Detection of the form of grid and restart files. A file that cannot be opened or read, or is not
 /// a regular file, is an `Error`.
-namespace p3dgrid {
+namespace [[gnu::visibility("default")]] p3dgrid {
 
 /// Result of a detection.
 struct Detection {
@@ -67,5 +65,3 @@ struct Detection {
                                                         const RestartForm& form);
 
 }  // namespace p3dgrid
-
-#pragma GCC visibility pop

@@ -7,9 +7,7 @@
 
 #include "p3dgrid/reading.hpp"
 
-#pragma GCC visibility push(default)
-
-namespace p3dgrid {
+namespace [[gnu::visibility("default")]] p3dgrid {
 
 /// Kinds of failures.
 enum class ErrorKind : std::uint8_t {
@@ -55,5 +53,3 @@ class Error : public std::runtime_error {
 };
 
 }  // namespace p3dgrid
-
-#pragma GCC visibility pop

@@ -8,10 +8,8 @@
 #include <type_traits>
 #include <vector>
 
-#pragma GCC visibility push(default)
-
 /// The form of a grid or restart file: what must be known to read it and is not stored in it.
-namespace p3dgrid {
+namespace [[gnu::visibility("default")]] p3dgrid {
 
 /// How a file holds its records. The values are the module's file-format codes.
 enum class Encoding : std::int32_t {
@@ -316,5 +314,3 @@ struct Extents {
 };
 
 }  // namespace p3dgrid
-
-#pragma GCC visibility pop

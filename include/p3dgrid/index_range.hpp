@@ -7,10 +7,8 @@
 
 #include "p3dgrid/form.hpp"
 
-#pragma GCC visibility push(default)
-
 /// Index arithmetic: parts of a block, and the order of its points.
-namespace p3dgrid {
+namespace [[gnu::visibility("default")]] p3dgrid {
 
 class Reals;
 struct Block;
@@ -131,5 +129,3 @@ struct Orientation {
 [[nodiscard]] Block reorient(Block block, const Orientation& orientation);
 
 }  // namespace p3dgrid
-
-#pragma GCC visibility pop

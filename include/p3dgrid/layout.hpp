@@ -2,9 +2,7 @@
 
 #include "p3dgrid/form.hpp"
 
-#pragma GCC visibility push(default)
-
-namespace p3dgrid {
+namespace [[gnu::visibility("default")]] p3dgrid {
 
 /// The records before the block dimensions of a restart file.
 enum class HeaderKind : std::uint8_t {
@@ -111,5 +109,3 @@ inline constexpr std::int32_t most_flags = 3;
 [[nodiscard]] const Extension* extension_of(std::int32_t flag, std::int32_t position);
 
 }  // namespace p3dgrid
-
-#pragma GCC visibility pop

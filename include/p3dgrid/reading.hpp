@@ -8,10 +8,8 @@
 
 #include "p3dgrid/form.hpp"
 
-#pragma GCC visibility push(default)
-
 /// The forms in which a file can be read.
-namespace p3dgrid {
+namespace [[gnu::visibility("default")]] p3dgrid {
 
 /// How far a file agrees with the records that a reading expects.
 struct Fit {
@@ -83,5 +81,3 @@ struct Reading {
 [[nodiscard]] std::string reason_for(const Reading& reading, std::int64_t file_size);
 
 }  // namespace p3dgrid
-
-#pragma GCC visibility pop

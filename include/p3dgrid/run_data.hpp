@@ -2,9 +2,7 @@
 
 #include <cstdint>
 
-#pragma GCC visibility push(default)
-
-namespace p3dgrid {
+namespace [[gnu::visibility("default")]] p3dgrid {
 
 /// Values of a restart header, under the names of the module variables. Those that the layout does
 /// not have are 0.
@@ -29,5 +27,3 @@ struct RunData {
 };
 
 }  // namespace p3dgrid
-
-#pragma GCC visibility pop

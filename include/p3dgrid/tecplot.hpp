@@ -8,9 +8,7 @@
 
 #include "p3dgrid/grid.hpp"
 
-#pragma GCC visibility push(default)
-
-namespace p3dgrid {
+namespace [[gnu::visibility("default")]] p3dgrid {
 
 /// A Tecplot text file that is written zone by zone, in the memory of the block that the caller
 /// holds. It has a line with the names of its columns and, for each zone, a line with the extents
@@ -46,5 +44,3 @@ class TecplotWriter {
 };
 
 }  // namespace p3dgrid
-
-#pragma GCC visibility pop
