@@ -4,7 +4,6 @@
 #include "MOD_P3DReader.hpp"
 #include "restart/body.hpp"
 #include "restart/restart_file.hpp"
-#include "restart/restart_header.hpp"
 #include "state/host.hpp"
 #include "state/messages.hpp"
 #include "state/run_end.hpp"

@@ -5,7 +5,6 @@
 #include "MOD_P3DReader.hpp"
 #include "restart/body.hpp"
 #include "restart/restart_file.hpp"
-#include "restart/restart_header.hpp"
 #include "restart/staging.hpp"
 #include "state/host.hpp"
 #include "state/messages.hpp"
