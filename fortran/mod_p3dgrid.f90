@@ -352,23 +352,36 @@ module mod_p3dgrid
       integer(c_int), value :: paths, coding, run_end
     end subroutine
 
-    subroutine library_closeunit(unit) bind(c, name='mod_p3dgrid_closeunit')
+    ! Functions of the library whose arguments need no translation, under their mangled C++ names.
+    subroutine library_closeunit(unit) bind(c, name='_ZN11mod_p3dgrid12p3dcloseunitEi')
       import
       integer(c_int), value :: unit
     end subroutine
 
-    subroutine library_sethugepages(wanted) bind(c, name='mod_p3dgrid_sethugepages')
+    subroutine library_sethugepages(wanted) bind(c, name='_ZN11mod_p3dgrid15p3dsethugepagesEb')
       import
-      integer(c_int), value :: wanted
+      logical(c_bool), value :: wanted
     end subroutine
 
-    subroutine library_setwholerecords(wanted) bind(c, name='mod_p3dgrid_setwholerecords')
+    subroutine library_setwholerecords(wanted) &
+        bind(c, name='_ZN11mod_p3dgrid18p3dsetwholerecordsEb')
       import
-      integer(c_int), value :: wanted
+      logical(c_bool), value :: wanted
     end subroutine
 
-    subroutine library_clearfailure() bind(c, name='mod_p3dgrid_clearfailure')
+    subroutine library_clearfailure() bind(c, name='_ZN11mod_p3dgrid15p3dclearfailureEv')
     end subroutine
+
+    function library_version() result(text) bind(c, name='_ZN11mod_p3dgrid10p3dversionEv')
+      import
+      type(c_ptr) :: text
+    end function
+
+    function length_of_string(text) result(length) bind(c, name='strlen')
+      import
+      type(c_ptr), value :: text
+      integer(c_size_t) :: length
+    end function
 
     ! Returns unit, status, record, offset and line of the last failed read.
     subroutine library_failure_place(place) bind(c, name='mod_p3dgrid_failure_place')
@@ -382,12 +395,6 @@ module mod_p3dgrid
         bind(c, name='mod_p3dgrid_failure_text')
       import
       integer(c_int), value :: which
-      integer(c_size_t), intent(out) :: length
-      type(c_ptr) :: text
-    end function
-
-    function library_version(length) result(text) bind(c, name='mod_p3dgrid_version')
-      import
       integer(c_size_t), intent(out) :: length
       type(c_ptr) :: text
     end function
@@ -714,12 +721,12 @@ contains
 
   subroutine p3dsethugepages(wanted)
     logical, intent(in) :: wanted
-    call library_sethugepages(bits(wanted))
+    call library_sethugepages(logical(wanted, c_bool))
   end subroutine
 
   subroutine p3dsetwholerecords(wanted)
     logical, intent(in) :: wanted
-    call library_setwholerecords(bits(wanted))
+    call library_setwholerecords(logical(wanted, c_bool))
   end subroutine
 
   function p3dlastfailure() result(failure)
@@ -743,10 +750,9 @@ contains
 
   function p3dversion() result(version)
     character(:), allocatable :: version
-    integer(c_size_t) :: length
     type(c_ptr) :: text
-    text = library_version(length)
-    version = fortran_text(text, length)
+    text = library_version()
+    version = fortran_text(text, length_of_string(text))
   end function
 
   ! Between this module and the library.

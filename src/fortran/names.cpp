@@ -78,12 +78,4 @@ void set_host_finds_paths(bool finds) {
   update_path_handler();
 }
 
-#pragma GCC visibility push(default)
-
-extern "C" void mod_p3dgrid_set_path(void* path, const char* text, std::size_t length) {
-  static_cast<std::string*>(path)->assign(text, length);
-}
-
-#pragma GCC visibility pop
-
 }  // namespace mod_p3dgrid::fortran
