@@ -138,9 +138,9 @@ struct RestartRead : RestartFile {
 
   template <class Real>
   void read_into(allocatable<Real, 2>& flow, allocatable<Real, 2>& triplets,
-                 const StagingArrays<p3dgrid::OtherReal<Real>>& staging = {}) {
+                 array_view<p3dgrid::OtherReal<Real>, 2> flow_staging = {}) {
     prepare_triplets();
-    WholeReader<Real> reader{*this, flow, {*this, flow, triplets, nblocks, staging}};
+    WholeReader<Real> reader{*this, flow, {*this, flow, triplets, nblocks, flow_staging}};
     read_records(unit, {records(), nblocks, layout.extensions}, reader);
   }
 
@@ -175,7 +175,7 @@ struct RestartRead : RestartFile {
         layout.triplets ? allocation_done : converted.allocate(variables_per_point(), points.total);
     const bool at_once = converted.allocated();
     if (at_once) {
-      read_into(converted, auxvalues, {flow, {}});
+      read_into(converted, auxvalues, flow);
     } else {
       read_into(flow, triplets);
     }
