@@ -47,7 +47,7 @@ void close_at_exit() {
     try {
       connection->close();
     } catch (const SystemError& error) {
-      report_at_exit(error.operation, connection->path(), error.error);
+      report_at_exit(message_of(error.operation, connection->path(), error.error));
       failed = true;
     }
   }
@@ -74,7 +74,7 @@ void on_file(const std::string& path, Action action) {
   try {
     action();
   } catch (const SystemError& error) {
-    fail_run(error.operation, path, error.error);
+    fail_run(message_of(error.operation, path, error.error));
   }
 }
 
