@@ -151,13 +151,9 @@ void Unit::read_with(Action action) const {
   }
 }
 
-void Unit::read(const recordio::ReadList& list) const {
-  const RestOfRecord rest = whole_records ? RestOfRecord::refused : RestOfRecord::skipped;
+void Unit::read(const recordio::ReadList& list, RestOfRecord rest) const {
+  if (whole_records) rest = RestOfRecord::refused;
   read_with([&](Connection& connection) { connection.read(list, rest); });
-}
-
-void Unit::read_whole(const recordio::ReadList& list) const {
-  read_with([&](Connection& connection) { connection.read(list, RestOfRecord::refused); });
 }
 
 void Unit::expect_end() const {
