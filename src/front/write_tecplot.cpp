@@ -16,12 +16,12 @@ class TecplotWriter::File {
         variables_((check_names(path, variables), variables.size())),
         iblank_(iblank),
         target_(path, text) {
-    target_.write_line(tecplot::variables_line(variables, iblank));
+    write_line(tecplot::variables_line(variables, iblank));
   }
 
   void write(const Block& block, const std::vector<Reals>& variables) {
     check(block, variables);
-    target_.write_line(tecplot::zone_line(++zones_, block.extents));
+    write_line(tecplot::zone_line(++zones_, block.extents));
     std::vector<const Reals*> columns = {&block.x, &block.y, &block.z};
     for (const Reals& variable : variables) columns.push_back(&variable);
     const std::int64_t points = block.extents.points();
@@ -59,7 +59,11 @@ class TecplotWriter::File {
       list.push_back(iblank.empty() ? recordio::lines(&in_use, 1, 0, count)
                                     : recordio::values(iblank.data() + first, count));
     }
-    target_.write_points(list, count);
+    target_.write_text([&](auto& file) { recordio::write_points(file, list, count); });
+  }
+
+  void write_line(const std::string& line) {
+    target_.write_text([&](auto& file) { recordio::write_line(file, line); });
   }
 
   static void check_names(const std::string& path, const std::vector<std::string>& names) {
