@@ -97,7 +97,10 @@ bool can_have_stated_sections(const SectionSearch& search) {
   const Section leading{1, solution_variables};
   if (search.leading && (sections.empty() || sections.front() != leading)) return false;
   const auto& functions = search.outline.functions;
-  return functions.empty() || (!differ(functions) && variables_in(sections) == functions.front());
+  if (functions.empty()) return true;
+  // Blocks with different numbers of variables have one record each.
+  return variables_in(sections) == std::ranges::max(functions) &&
+         (sections.size() == 1 || !differ(functions));
 }
 
 std::vector<Sections> sections_in_records(const SectionSearch& search) {
