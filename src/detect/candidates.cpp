@@ -1,6 +1,6 @@
-#include "detect/candidates.hpp"
-
 #include <algorithm>
+
+#include "detect/steps.hpp"
 
 namespace p3dgrid {
 namespace {

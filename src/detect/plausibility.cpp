@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "detect/candidates.hpp"
 #include "detect/section_search.hpp"
+#include "detect/steps.hpp"
 
 namespace p3dgrid {
 namespace {

@@ -3,7 +3,7 @@
 #include <limits>
 #include <utility>
 
-#include "detect/fit.hpp"
+#include "detect/evidence.hpp"
 #include "recordio/list_scanner.hpp"
 
 namespace p3dgrid {

@@ -10,7 +10,7 @@
 #include <random>
 
 #include "MOD_P3DReader.hpp"
-#include "detect/candidates.hpp"
+#include "detect/steps.hpp"
 #include "grid/grid_case.hpp"
 #include "p3dgrid/layout.hpp"
 #include "restart/restart_case.hpp"

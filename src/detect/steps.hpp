@@ -1,9 +1,11 @@
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "detect/evidence.hpp"
 
+/// The steps of a detection.
 namespace p3dgrid {
 
 struct Candidate {
@@ -49,6 +51,21 @@ struct Candidate {
 /// If several readings agree and differ in byte order or precision, takes the one whose reals are
 /// plausible, if those of all others are not. A sample of each record is examined.
 void settle_by_values(Evidence& file, Detection& found);
+
+/// @name Descriptions of a file that agrees with no reading, as parts of a sentence
+/// @{
+
+/// A form of other programs that cannot be read: unformatted files with other records or with
+/// 64-bit integers, text with other line ends. Empty for other files.
+[[nodiscard]] std::string foreign_form(Evidence& file);
+
+/// Damage in the header: a wrong first marker, a header that ends too early, invalid extents, more
+/// blocks than lines of text. Empty if the file does not begin like a grid or solution.
+[[nodiscard]] std::string header_damage(Evidence& file);
+
+/// The first line of text, or the first bytes of other files.
+[[nodiscard]] std::string beginning_of(Evidence& file);
+/// @}
 
 /// The possible values of a choice that may be stated.
 template <class Choice>
