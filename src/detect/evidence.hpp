@@ -99,6 +99,8 @@ class Evidence {
   [[nodiscard]] std::optional<Outline> outline(const GridForm& form, EmptyBlocks empty);
   /// The same of a restart file.
   [[nodiscard]] std::optional<Outline> outline(const RestartForm& form, EmptyBlocks empty);
+  /// The same in the form of a reading, which may have empty blocks.
+  [[nodiscard]] std::optional<Outline> outline(const Reading& reading);
 
   /// Compares the file with a plan, which is then at its end or where the file differs.
   [[nodiscard]] Fit fit(const Coding& coding, FilePlan& plan);

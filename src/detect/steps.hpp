@@ -20,6 +20,12 @@ struct Candidate {
 [[nodiscard]] std::vector<Candidate> grid_candidates(Evidence& file, const StatedGridForm& stated,
                                                      EmptyBlocks empty);
 
+/// The records of a file in a reading; none if no extents are known or its blocks cannot have the
+/// sections. Sections that the reading does not have are the usual ones.
+/// @param outline  of the file in that form
+[[nodiscard]] std::optional<FilePlan> plan_of(Evidence& file, const Reading& reading,
+                                              Outline outline);
+
 /// Compares candidates with the file. All of them are text, or none; text is read once.
 [[nodiscard]] std::vector<Reading> fitted(Evidence& file, std::vector<Candidate> candidates);
 

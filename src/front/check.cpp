@@ -24,10 +24,7 @@ template <class Settle>
 Checked checked(const std::string& path, Settle settle) {
   try {
     Reading reading = settle();
-    if (reading.extents == nullptr) {
-      reading.extents =
-          std::visit([&](const auto& form) { return extents_in(path, form); }, reading.form);
-    }
+    if (reading.extents == nullptr) reading.extents = extents_in(path, reading);
     const Fit fit = fit_of(path, reading);
     Checked found{.findings = {}, .extents = reading.extents};
     if (!fit.whole()) found.findings.push_back(departure(path, reading, fit));
