@@ -160,6 +160,10 @@ using StatedCoding = BasicCoding<std::optional>;  ///< the known members
 [[nodiscard]] constexpr bool holds_singles(const Coding& coding) {
   return !is_text(coding) && coding.precision == Precision::single_precision;
 }
+/// Precision of the reals in memory: that of the file, and double for text.
+[[nodiscard]] constexpr Precision precision_in_memory(const Coding& coding) {
+  return is_text(coding) ? Precision::double_precision : coding.precision;
+}
 /// Bytes of a real in an unformatted or binary file.
 [[nodiscard]] constexpr std::int64_t real_bytes(const Coding& coding) {
   return coding.precision == Precision::double_precision ? 8 : 4;

@@ -7,11 +7,6 @@
 /// Lists of the values of one record.
 namespace p3dgrid {
 
-/// The kind of values in memory: that of the file, and doubles for text.
-[[nodiscard]] inline Precision precision_in_memory(const Coding& coding) {
-  return is_text(coding) ? Precision::double_precision : coding.precision;
-}
-
 [[nodiscard]] constexpr recordio::FileKind kind_of(Precision precision) {
   return precision == Precision::double_precision ? recordio::FileKind::real8
                                                   : recordio::FileKind::real4;
