@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "detect/section_search.hpp"
 #include "detect/steps.hpp"
 
 namespace p3dgrid {

@@ -1,6 +1,5 @@
 #include <algorithm>
 
-#include "detect/section_search.hpp"
 #include "detect/steps.hpp"
 
 namespace p3dgrid {

@@ -1,7 +1,7 @@
-#include "detect/section_search.hpp"
-
 #include <algorithm>
 #include <array>
+
+#include "detect/steps.hpp"
 
 namespace p3dgrid {
 namespace {

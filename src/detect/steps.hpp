@@ -20,6 +20,32 @@ struct Candidate {
 [[nodiscard]] std::vector<Candidate> grid_candidates(Evidence& file, const StatedGridForm& stated,
                                                      EmptyBlocks empty);
 
+/// Size of the module's section table.
+inline constexpr std::size_t most_sections = 30;
+
+/// A restart file whose sections are looked for.
+struct SectionSearch {
+  Evidence& file;
+  RestartForm form;
+  Outline outline;
+  std::shared_ptr<const Extents> extents;
+  bool leading;  ///< blocks begin with a leading record
+
+  [[nodiscard]] FilePlan plan(const Sections& sections) const;
+};
+
+[[nodiscard]] Sections usual_sections(const SectionSearch& search);
+
+/// Whether the body can have the sections that the form states.
+[[nodiscard]] bool can_have_stated_sections(const SectionSearch& search);
+
+/// The tables that agree with the record lengths of the first block of an unformatted file.
+[[nodiscard]] std::vector<Sections> sections_in_records(const SectionSearch& search);
+
+/// The tables of one section, after a leading record if there is one, that agree with the size of a
+/// file without markers. Text must have been counted by `Evidence::fit`.
+[[nodiscard]] std::vector<Sections> sections_by_size(const SectionSearch& search);
+
 /// The records of a file in a reading; none if no extents are known or its blocks cannot have the
 /// sections. Sections that the reading does not have are the usual ones.
 /// @param outline  of the file in that form

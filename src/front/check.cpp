@@ -1,7 +1,6 @@
 #include "p3dgrid/check.hpp"
 
 #include "format/mismatch_report.hpp"
-#include "front/extents.hpp"
 #include "front/settle.hpp"
 #include "p3dgrid/detect.hpp"
 

@@ -1,6 +1,6 @@
-#include "front/extents.hpp"
-
 #include <utility>
+
+#include "front/header.hpp"
 
 namespace p3dgrid {
 namespace {

@@ -1,11 +1,10 @@
 #include <limits>
 #include <utility>
 
-#include "front/extents.hpp"
 #include "front/file.hpp"
-#include "front/lists.hpp"
-#include "front/point_runs.hpp"
+#include "front/header.hpp"
 #include "front/settle.hpp"
+#include "front/values.hpp"
 #include "p3dgrid/grid.hpp"
 
 namespace p3dgrid {

@@ -2,12 +2,10 @@
 #include <utility>
 
 #include "format/body.hpp"
-#include "front/extents.hpp"
 #include "front/file.hpp"
-#include "front/lists.hpp"
-#include "front/point_runs.hpp"
-#include "front/sections.hpp"
+#include "front/header.hpp"
 #include "front/settle.hpp"
+#include "front/values.hpp"
 #include "p3dgrid/check.hpp"
 #include "p3dgrid/solution.hpp"
 

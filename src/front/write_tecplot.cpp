@@ -2,8 +2,8 @@
 #include <utility>
 
 #include "format/tecplot.hpp"
-#include "front/extents.hpp"
 #include "front/file.hpp"
+#include "front/header.hpp"
 #include "p3dgrid/tecplot.hpp"
 
 namespace p3dgrid {
