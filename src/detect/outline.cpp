@@ -1,5 +1,4 @@
 #include "detect/evidence.hpp"
-#include "format/overflow.hpp"
 #include "recordio/connection.hpp"
 
 namespace p3dgrid {
@@ -109,9 +108,8 @@ bool read_header(Evidence& evidence, HeaderReader& reader, const RestartForm& fo
 
 }  // namespace
 
-// The header of a grid is that of a PLOT3D solution.
 std::optional<Outline> Evidence::outline(const GridForm& form, EmptyBlocks empty) {
-  return outline(RestartForm{Layout::solution, form.coding, form.multiblock}, empty);
+  return outline(with_header_of(form), empty);
 }
 
 std::optional<Outline> Evidence::outline(const RestartForm& form, EmptyBlocks empty) {
