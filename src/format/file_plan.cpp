@@ -58,6 +58,16 @@ std::optional<RecordSize> FilePlan::next_of_body() {
   }
 }
 
+std::int64_t FilePlan::amount(const Coding& coding, std::span<const std::int32_t> flags) const {
+  FilePlan rest = *this;
+  std::int64_t sum = 0;
+  for (std::size_t flag = 0; const auto size = rest.next();) {
+    sum += is_text(coding) ? size->values() : size->bytes(coding);
+    if (size->kind == BodyRecordKind::flag) rest.set_flag(flags[flag++]);
+  }
+  return sum;
+}
+
 void FilePlan::set_flag(std::int32_t flag) {
   body_.set_flag(flag);
   if (flag == end_of_extensions) return;

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -70,6 +71,10 @@ class FilePlan {
   /// The next record; none at the end. After a flag, call `set_flag` first.
   [[nodiscard]] std::optional<RecordSize> next();
   void set_flag(std::int32_t flag);
+
+  /// Bytes of the further records, or values of text, if these are the flags.
+  [[nodiscard]] std::int64_t amount(const Coding& coding,
+                                    std::span<const std::int32_t> flags) const;
 
   /// Number of records of the file, as far as the flags are known.
   [[nodiscard]] std::int64_t records() const { return records_; }
