@@ -57,7 +57,7 @@ void print_summary_of(const Extents& extents, bool shows_blocks) {
   if (extents.blocks() <= most_blocks_shown) return;
   const auto line = [&](const char* label, std::size_t block) {
     print_line(label + counted(extents.points_of(block), "point") + " in block " +
-               std::to_string(block + 1) + ", " + extents.text_of(block));
+               std::to_string(block + 1) + ", " + extents.of(block).text());
   };
   std::size_t smallest = 0;
   std::size_t largest = 0;

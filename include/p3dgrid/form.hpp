@@ -310,9 +310,6 @@ struct Extents {
     return sum;
   }
 
-  /// Extents of a block, counted from 0, such as "49x25x5".
-  [[nodiscard]] std::string text_of(std::size_t block) const { return of(block).text(); }
-
   /// Compares all blocks.
   friend bool operator==(const Extents&, const Extents&) = default;
 };

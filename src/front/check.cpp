@@ -76,9 +76,9 @@ std::vector<Error> differing_blocks(const std::string& path, const Extents& own,
   }
   for (std::size_t b = 0; b < own.i.size(); ++b) {
     if (own.of(b) == grid.of(b)) continue;
-    add("its block " + std::to_string(b + 1) + " is " + own.text_of(b) + ", the grid's " +
-            grid.text_of(b),
-        own.text_of(b), grid.text_of(b));
+    add("its block " + std::to_string(b + 1) + " is " + own.of(b).text() + ", the grid's " +
+            grid.of(b).text(),
+        own.of(b).text(), grid.of(b).text());
   }
   return differences;
 }
