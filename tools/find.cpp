@@ -14,12 +14,10 @@ bool is_regular(const std::string& path) {
 }
 
 /// The form that the user has stated, with the extents if they are in the file.
-template <class Form>
-Found as_stated(const std::string& path, const Form& form) {
-  Found found{.reading = {.form = form, .checked = false}, .reason = "as stated", .stated = true};
-  if (is_regular(path))
-    found.reading.extents = with_failures([&] { return extents_in(path, form); });
-  return found;
+Found as_stated(const std::string& path, Reading reading) {
+  if (is_regular(path)) reading.extents = with_failures([&] { return extents_in(path, reading); });
+  reading.checked = false;
+  return {.reading = std::move(reading), .reason = "as stated", .stated = true};
 }
 
 /// The options by which a reading differs from the others of its kind; without any, its first
@@ -212,7 +210,8 @@ Search search(const std::string& path, const StatedRestartForm& stated,
 
 Found find_grid(const std::string& path, const StatedGridForm& stated, Look look) {
   const bool known = look == Look::where_needed && is_complete(stated);
-  return known ? as_stated(path, applied_to(GridForm(), stated)) : search(path, stated).settle();
+  return known ? as_stated(path, {.form = applied_to(GridForm(), stated)})
+               : search(path, stated).settle();
 }
 
 Found find_restart(const std::string& path, const StatedRestartForm& stated,
@@ -224,7 +223,7 @@ Found find_restart(const std::string& path, const StatedRestartForm& stated,
         (is_planar(coding) ? no_planar_files : no_files_of(traits_of(*stated.layout), coding)));
   }
   const bool known = look == Look::where_needed && is_complete(stated);
-  return known ? as_stated(path, applied_to(RestartForm(), stated))
+  return known ? as_stated(path, {.form = applied_to(RestartForm(), stated)})
                : search(path, stated, grid).settle();
 }
 
@@ -234,12 +233,7 @@ Found find_any(const std::string& path) {
 }
 
 Fit fit_of(const std::string& path, const Reading& reading) {
-  if (!is_regular(path)) return {};
-  return with_failures([&] {
-    return reading.is_grid() ? compare(path, reading.grid())
-                             : compare(path, reading.restart(), reading.extents,
-                                       reading.triplets.value_or(false));
-  });
+  return is_regular(path) ? with_failures([&] { return compare(path, reading); }) : Fit{};
 }
 
 std::string advice(const std::string& path, const Reading& reading,

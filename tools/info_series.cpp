@@ -15,7 +15,7 @@ std::string range_text(const Findings& findings) {
 
 void add_extents(Facts& facts, const Extents& extents) {
   std::string all;
-  for (std::size_t b = 0; b < extents.i.size(); ++b) all += extents.text_of(b) + " ";
+  for (std::size_t b = 0; b < extents.i.size(); ++b) all += extents.of(b).text() + " ";
   facts.push_back({"blocks", std::to_string(extents.blocks()), Fact::Column::always});
   facts.push_back({"points", std::to_string(extents.points()), Fact::Column::always});
   facts.push_back({"extents", all});

@@ -57,7 +57,7 @@ void print_summary_of(const Extents& extents, bool shows_blocks) {
   if (extents.blocks() <= most_blocks_shown) return;
   const auto line = [&](const char* label, std::size_t block) {
     print_line(label + counted(extents.points_of(block), "point") + " in block " +
-               std::to_string(block + 1) + ", " + extents.text_of(block));
+               std::to_string(block + 1) + ", " + extents.of(block).text());
   };
   std::size_t smallest = 0;
   std::size_t largest = 0;
@@ -106,8 +106,7 @@ void print_extents(const Extents& extents, const std::vector<std::int32_t>& show
 void print_boxes(const GridReport& report) {
   Box all;
   for (const GridFindings& block : report.blocks) all.include(block.box);
-  const Coding& coding = report.found.grid().coding;
-  const Precision precision = is_text(coding) ? Precision::double_precision : coding.precision;
+  const Precision precision = precision_in_memory(report.found.grid().coding);
   std::vector<std::string> header = {"block", "x min", "x max", "y min", "y max", "z min", "z max"};
   if (all.not_finite > 0) header.emplace_back("not finite");
   Table table(header);
