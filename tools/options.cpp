@@ -136,6 +136,13 @@ StatedRestartForm PartOptions::restart_change() const {
   return {.layout = layout, .coding = change.coding, .multiblock = change.multiblock};
 }
 
+std::vector<Argument> grid_and_output(PartOptions& options, const std::string& meaning) {
+  options.grids.resize(2);
+  return {{"GRID", &options.grids.front(), "Grid file to read"},
+          {"OUT", &options.grids.back(), meaning + "; replaced whole or not at all",
+           Argument::Use::output}};
+}
+
 void add_part_options(Command& command, PartOptions& options, int values) {
   command.options.push_back(
       {.name = "--restart",
