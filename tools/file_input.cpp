@@ -63,10 +63,10 @@ template <class Action>
 auto FileInput<Reader>::advised(const Action& action) const {
   try {
     return with_failures(path_, action);
-  } catch (const Unreadable& failure) {
+  } catch (const Mismatch& failure) {
     const std::string help = advice_on_form();
     if (help.empty()) throw;
-    throw Failure(failure.status(), failure.what(), "; " + help);
+    throw Mismatch(failure.what(), "; " + help);
   }
 }
 

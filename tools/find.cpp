@@ -17,8 +17,7 @@ bool is_regular(const std::string& path) {
 template <class Form>
 Found as_stated(const std::string& path, const Form& form) {
   Found found{.reading = {.form = form, .checked = false}, .reason = "as stated", .stated = true};
-  if (is_regular(path))
-    found.reading.extents = with_failures([&] { return extents_in(path, form); });
+  if (is_regular(path)) found.reading.extents = extents_in(path, form);
   return found;
 }
 
@@ -93,12 +92,12 @@ class Search {
               .bytes_read = detection_.bytes_read};
     }
     if (detection_.fitting.size() > 1) refuse_to_guess();
-    if (detection_.size == 0) throw Unreadable(path_ + ": is empty");
+    if (detection_.size == 0) throw Mismatch(path_ + ": is empty");
     if (!stated_.empty()) {
       const Detection open = detect_open_();
       refuse_unusual(open);
       if (const std::string advice = advice_from(open); !advice.empty()) {
-        throw Unreadable(path_ + ": is not what " + text_of(stated_) + " says; ", advice);
+        throw Mismatch(path_ + ": is not what " + text_of(stated_) + " says; ", advice);
       }
     }
     refuse();
@@ -142,17 +141,17 @@ class Search {
   /// Throws if the file has a known form that cannot be read, or a damaged header.
   void refuse_unusual(const Detection& open) const {
     for (const std::string& what : {open.foreign, open.damage}) {
-      if (!what.empty()) throw Unreadable(path_ + ": " + what);
+      if (!what.empty()) throw Mismatch(path_ + ": " + what);
     }
   }
 
   [[noreturn]] void refuse() const {
     const std::string what = departure(detection_.nearest);
-    if (!what.empty()) throw Unreadable(path_ + ": " + what);
-    throw Unreadable(path_ + ": its beginning is no header" +
-                     (stated_.empty() ? " of a grid or restart file in any form"
-                                      : " of what " + text_of(stated_) + " says") +
-                     ": " + detection_.beginning);
+    if (!what.empty()) throw Mismatch(path_ + ": " + what);
+    throw Mismatch(path_ + ": its beginning is no header" +
+                   (stated_.empty() ? " of a grid or restart file in any form"
+                                    : " of what " + text_of(stated_) + " says") +
+                   ": " + detection_.beginning);
   }
 
   [[noreturn]] void refuse_to_guess() const {
@@ -186,12 +185,10 @@ Detection leaving_out_blanking(const std::string& path, StatedGridForm stated) {
 }
 
 Detection detect_grid_or_part(const std::string& path, const StatedGridForm& form) {
-  return with_failures([&] {
-    Detection detection = detect_grid(path, form);
-    if (!detection.fitting.empty() || form.iblank != false) return detection;
-    Detection other = leaving_out_blanking(path, form);
-    return other.fitting.empty() ? detection : other;
-  });
+  Detection detection = detect_grid(path, form);
+  if (!detection.fitting.empty() || form.iblank != false) return detection;
+  Detection other = leaving_out_blanking(path, form);
+  return other.fitting.empty() ? detection : other;
 }
 
 Search search(const std::string& path, const StatedGridForm& stated) {
@@ -203,7 +200,7 @@ Search search(const std::string& path, const StatedRestartForm& stated,
               const std::optional<Extents>& grid) {
   const auto extents = grid ? std::make_shared<const Extents>(*grid) : nullptr;
   const auto detect = [&path, extents](const StatedRestartForm& form) {
-    return with_failures([&] { return detect_restart(path, form, extents); });
+    return detect_restart(path, form, extents);
   };
   return {path, options_of(stated), detect(stated), [detect] { return detect({}); }};
 }
@@ -229,17 +226,13 @@ Found find_restart(const std::string& path, const StatedRestartForm& stated,
 }
 
 Found find_any(const std::string& path) {
-  const auto detect = [&path] { return with_failures([&] { return detect_any(path); }); };
-  return Search(path, {}, detect(), detect).settle();
+  return Search(path, {}, detect_any(path), {}).settle();
 }
 
 Fit fit_of(const std::string& path, const Reading& reading) {
   if (!is_regular(path)) return {};
-  return with_failures([&] {
-    return reading.is_grid() ? compare(path, reading.grid())
-                             : compare(path, reading.restart(), reading.extents,
-                                       reading.triplets.value_or(false));
-  });
+  if (reading.is_grid()) return compare(path, reading.grid());
+  return compare(path, reading.restart(), reading.extents, reading.triplets.value_or(false));
 }
 
 std::string advice(const std::string& path, const Reading& reading,

@@ -26,10 +26,10 @@ enum class Look {
   everywhere,    ///< always
 };
 
-/// Detects the members of a grid file's form that have not been stated. Throws an Unreadable for a
-/// file that is damaged or contradicts what was stated; it names the contradiction and the options
-/// that would help. If several readings fit, throws a Failure with `ExitStatus::unusable`
-/// that lists them with their options.
+/// Detects the members of a grid file's form that have not been stated. Throws a Mismatch for a file
+/// that is damaged or contradicts what was stated; it names the contradiction and the options that
+/// would help. If several readings fit, throws an Unusable that lists them with their options.
+/// Errors of the library pass.
 [[nodiscard]] Found find_grid(const std::string& path, const StatedGridForm& stated,
                               Look look = Look::where_needed);
 
@@ -42,7 +42,8 @@ enum class Look {
 /// The same for a file of either kind.
 [[nodiscard]] Found find_any(const std::string& path);
 
-/// Compares a file with a reading of it. One that is not a regular file is taken to fit.
+/// Compares a file with a reading of it. One that is not a regular file is taken to fit. Errors of
+/// the library pass.
 [[nodiscard]] Fit fit_of(const std::string& path, const Reading& reading);
 
 /// The options that would help to read a file that is not what was stated, as part of a sentence;

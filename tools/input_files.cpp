@@ -16,7 +16,7 @@ namespace {
 template <class Find>
 std::optional<Reading> certain(const Find& find) {
   try {
-    Reading reading = find().reading;
+    Reading reading = with_failures(find).reading;
     if (reading.checked && reading.fit.whole() && !reading.free_count) return reading;
   } catch (const Failure&) {
     // No reading fits, or several do.
@@ -45,7 +45,7 @@ std::optional<Reading> known_beside(const std::string& path, const Extents& grid
       reading.is_grid()
           ? "is a grid, not a restart (flow-solution) file: " + describe(reading.grid())
           : "is a restart (flow-solution) file, not a grid: " + describe(reading);
-  throw Unreadable(path + ": " + what + "; " + meant);
+  throw Mismatch(path + ": " + what + "; " + meant);
 }
 
 enum class Kind { grid, restart };
@@ -102,12 +102,12 @@ void refuse_if_grid(const std::string& path, const std::string& grid_path, const
                 : line_for(usage, grid_path, "RESTART") + " takes a restart file there");
 }
 
-/// Runs `find`. If the file is unreadable, `explain` may throw a Failure that says more.
+/// Runs `find`. If the file is not what was stated, `explain` may throw a Failure that says more.
 template <class Find, class Explain>
 Found find_or_explain(const Find& find, const Explain& explain) {
   try {
-    return find();
-  } catch (const Unreadable&) {
+    return with_failures(find);
+  } catch (const Mismatch&) {
     explain();
     throw;
   }

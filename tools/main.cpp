@@ -2,7 +2,7 @@
 
 #include "command.hpp"
 #include "console.hpp"
-#include "process.hpp"
+#include "failure.hpp"
 #include "progress.hpp"
 
 namespace p3dgrid::tool {
