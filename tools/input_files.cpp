@@ -29,7 +29,8 @@ std::optional<Reading> known(const std::string& path) {
 }
 
 /// The same with a grid, by whose extents layouts without extents of their own are recognised.
-std::optional<Reading> known_beside(const std::string& path, const Extents& grid) {
+std::optional<Reading> known_beside(const std::string& path,
+                                    const std::shared_ptr<const Extents>& grid) {
   auto reading = known(path);
   if (reading) return reading;
   reading = certain([&] { return find_restart(path, {}, grid); });
@@ -74,21 +75,21 @@ std::string line_for(const Usage& usage, const std::string& grid, const std::str
   return "'" + filled_in(usage.command_line, {{"GRID", grid}, {"RESTART", restart}}) + "'";
 }
 
-void refuse_if_restart_alone(const std::string& path, const Usage& usage) {
-  refuse_if(Kind::restart, path,
-            usage.restart_alone != nullptr ? filled_in(usage.restart_alone, {{"FILE", path}})
-                                           : line_for(usage, "GRID", path) + " takes it");
-}
-
-/// The restart file of the command may be the grid.
+/// @param restart_path  of the command, which may be the grid; empty for a grid alone
 void refuse_if_restart(const std::string& path, const std::string& restart_path,
                        const Usage& usage) {
+  if (restart_path.empty()) {
+    return refuse_if(Kind::restart, path,
+                     usage.restart_alone != nullptr
+                         ? filled_in(usage.restart_alone, {{"FILE", path}})
+                         : line_for(usage, "GRID", path) + " takes it");
+  }
   const auto other = known(restart_path);
   if (!other || !other->is_grid()) {
     return refuse_if(Kind::restart, path,
                      line_for(usage, "GRID", path) + " takes it with its grid");
   }
-  const auto reading = known_beside(path, *other->extents);
+  const auto reading = known_beside(path, other->extents);
   if (reading && !reading->is_grid()) {
     const std::string& grid = restart_path;
     refuse(path, *reading, grid + " is the grid: " + line_for(usage, grid, path));
@@ -129,7 +130,7 @@ Found find_file(const std::string& path, const StatedForms& stated, Look look) {
   }
   if (!restart_option.empty()) {
     return find_or_explain(
-        [&] { return find_restart(path, stated.restart, std::nullopt, look); },
+        [&] { return find_restart(path, stated.restart, {}, look); },
         [&] { refuse_if(Kind::grid, path, restart_option + " describes a restart file"); });
   }
   return find_any(path);
@@ -138,18 +139,13 @@ Found find_file(const std::string& path, const StatedForms& stated, Look look) {
 CaseInput::CaseInput(std::string path, std::string restart_path, const StatedForms& stated,
                      const Usage& usage, Look look)
     : path_(std::move(path)), restart_path_(std::move(restart_path)) {
-  const bool is_alone = restart_path_.empty();
-  if (!is_alone) require_regular_file(restart_path_);
+  if (!restart_path_.empty()) require_regular_file(restart_path_);
   found_grid_ = find_or_explain([&] { return find_grid(path_, stated.grid, look); },
-                                [&] {
-                                  if (is_alone)
-                                    refuse_if_restart_alone(path_, usage);
-                                  else
-                                    refuse_if_restart(path_, restart_path_, usage);
-                                });
-  if (is_alone) return;
+                                [&] { refuse_if_restart(path_, restart_path_, usage); });
+  if (restart_path_.empty()) return;
+  const auto grid = std::make_shared<const Extents>(extents());
   found_restart_ =
-      find_or_explain([&] { return find_restart(restart_path_, stated.restart, extents(), look); },
+      find_or_explain([&] { return find_restart(restart_path_, stated.restart, grid, look); },
                       [&] { refuse_if_grid(restart_path_, path_, usage); });
   require_same_extents(usage);
 }
@@ -179,7 +175,7 @@ GridInput& CaseInput::grid() const {
 }
 
 RestartInput& CaseInput::restart() const {
-  if (!restart_) restart_.emplace(restart_path_, found_restart_, extents());
+  if (!restart_) restart_.emplace(restart_path_, found_restart_);
   return *restart_;
 }
 
