@@ -60,23 +60,6 @@ std::size_t take_place(const char* path) {
   throw Unusable(std::string(path) + ": too many temporary files");
 }
 
-/// Blocks the ending signals while it lives.
-class SignalsBlocked {
- public:
-  SignalsBlocked() {
-    sigset_t blocked;
-    ::sigemptyset(&blocked);
-    for (const int signal : ending_signals) ::sigaddset(&blocked, signal);
-    ::sigprocmask(SIG_BLOCK, &blocked, &before_);
-  }
-  SignalsBlocked(const SignalsBlocked&) = delete;
-  SignalsBlocked& operator=(const SignalsBlocked&) = delete;
-  ~SignalsBlocked() { ::sigprocmask(SIG_SETMASK, &before_, nullptr); }
-
- private:
-  sigset_t before_{};
-};
-
 class Descriptor {
  public:
   explicit Descriptor(int number) : number_(number) {}
@@ -179,14 +162,13 @@ void UnfinishedFile::release() {
 }
 
 bool create_temporary(std::optional<UnfinishedFile>& file, const std::string& folder, mode_t mode) {
-  const SignalsBlocked blocked;
   for (int attempt = 0; attempt < 100; ++attempt) {
-    const std::string path = (std::filesystem::path(folder) / temporary_name()).string();
-    const Descriptor created(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
-    if (created.open()) {
-      file.emplace(path);
-      return true;
-    }
+    // Registered first, so that no signal can come between the two.
+    file.emplace((std::filesystem::path(folder) / temporary_name()).string());
+    const Descriptor created(
+        ::open(file->path().c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+    if (created.open()) return true;
+    file->release();  // a file of this name belongs to another process
     if (errno != EEXIST) break;
   }
   return false;
