@@ -18,9 +18,7 @@ GridForm combined_form(const Parts& parts) {
   GridForm form = parts.inputs.front().form();
   for (const CaseInput& input : parts.inputs) {
     const GridForm& other = input.form();
-    if (!is_text(other.coding) && other.coding.precision == Precision::double_precision) {
-      form.coding.precision = Precision::double_precision;
-    }
+    if (holds_doubles(other.coding)) form.coding.precision = Precision::double_precision;
     form.iblank = form.iblank || other.iblank;
   }
   form.multiblock = form.multiblock || parts.inputs.size() > 1;

@@ -51,7 +51,7 @@ SolutionHeader combined_header(const Parts& parts) {
   for (const CaseInput& input : parts.inputs) {
     require_alike(parts.inputs.front(), input);
     const SolutionHeader& other = input.restart().header();
-    if (!is_text(other.form.coding) && other.form.coding.precision == Precision::double_precision) {
+    if (holds_doubles(other.form.coding)) {
       header.form.coding.precision = Precision::double_precision;
     }
     header.triplets = header.triplets && other.triplets;
