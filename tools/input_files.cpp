@@ -159,7 +159,7 @@ void CaseInput::require_same_extents(const Usage& usage) const {
   }
   if (*reading.extents == extents()) return;
   if (reading.free_count) refuse_if_grid(restart_path_, path_, usage);
-  for (const std::string& line : mismatch_report(extents(), *reading.extents)) print_result(line);
+  for (const std::string& line : mismatch_report(extents(), *reading.extents)) print_line(line);
   throw Mismatch(
       differing_blocks(restart_path_, *reading.extents, extents(), path_).front().what());
 }
