@@ -91,15 +91,26 @@ std::string obstacle(const SolutionHeader& read, const RestartForm& written) {
   return "";
 }
 
-std::string obstacle(const HeaderValues& values, Layout layout) {
-  const bool parameters = values.mach || values.alpha || values.reynolds || values.time;
-  const bool step = values.step || values.step_size;
-  const std::string text = layout_text(layout);
-  if (parameters && traits_of(layout).parameters == 0) {
-    return text + " has no place for --mach, --alpha, --reynolds and --time";
+std::string obstacle(const HeaderValues& values, const RestartForm& written) {
+  const LayoutTraits& layout = traits_of(written.layout);
+  if (!layout.writable) {
+    return layout.more_parameters
+               ? "files of layout overflow can be read, but not written; --to-layout 3 keeps all "
+                 "variables, --to-layout 2 five of them and four flow parameters"
+               : "files of layout 0 can be read, but not written; --to-layout 1 keeps the step "
+                 "count and size";
   }
-  if (step && !traits_of(layout).holds_step())
-    return text + " has no place for --step and --step-size";
+  if (!has_files_of(layout, written.coding)) {
+    return no_planar_files + std::string("; --to-dimensions 3 writes it in three");
+  }
+  const bool parameters = values.mach || values.alpha || values.reynolds || values.time;
+  if (parameters && layout.parameters == 0) {
+    return layout_text(written.layout) + " has no place for --mach, --alpha, --reynolds and --time";
+  }
+  const bool step = values.step || values.step_size;
+  if (step && !layout.holds_step()) {
+    return layout_text(written.layout) + " has no place for --step and --step-size";
+  }
   return "";
 }
 

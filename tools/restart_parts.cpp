@@ -11,21 +11,6 @@
 namespace p3dgrid::tool {
 namespace {
 
-/// Why a file of this form cannot be written; empty if it can.
-std::string obstacle_to_form(const HeaderValues& values, const RestartForm& written) {
-  if (!traits_of(written.layout).writable) {
-    return traits_of(written.layout).more_parameters
-               ? "files of layout overflow can be read, but not written; --to-layout 3 keeps all "
-                 "variables, --to-layout 2 five of them and four flow parameters"
-               : "files of layout 0 can be read, but not written; --to-layout 1 keeps the step "
-                 "count and size";
-  }
-  if (!has_files_of(traits_of(written.layout), written.coding)) {
-    return no_planar_files + std::string("; --to-dimensions 3 writes it in three");
-  }
-  return obstacle(values, written.layout);
-}
-
 /// Refuses solutions that cannot be in one file.
 void require_alike(const CaseInput& first, const CaseInput& other) {
   const RestartForm& one = first.restart().header().form;
@@ -117,7 +102,7 @@ std::string write_restart(const OutputFile& output, const Parts& parts,
   const std::string& path = output.path();
   const auto note = [&](const std::string& text) { print_note(path + " " + text); };
   const RestartForm& first = parts.inputs.front().restart_form();
-  output.require_writable(obstacle_to_form(values, applied_to(first, change)));
+  output.require_writable(obstacle(values, applied_to(first, change)));
   const SolutionHeader read = combined_header(parts);
   RestartForm written = applied_to(read.form, change);
   if (parts.inputs.size() > 1 && !change.multiblock) written.multiblock = true;  // for `obstacle`
