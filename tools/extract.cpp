@@ -95,12 +95,10 @@ Command extract_command() {
           "  p3dgrid extract grid.p3d wall.p3d --blocks 1,3 --j 1\n"
           "  p3dgrid extract grid.p3d coarse.p3d --i 1:last:2 --restart flow.q coarse.q",
       .arguments = grid_and_output(options->files),
+      .options = {{"--blocks", &options->blocks,
+                   "Blocks in the order to write, counted from 1; default all", "LIST",
+                   wrong_block_list}},
       .run = [options] { extract_parts(*options); }};
-  command.options.push_back({.name = "--blocks",
-                             .target = &options->blocks,
-                             .meaning = "Blocks in the order to write, counted from 1; default all",
-                             .value_name = "LIST",
-                             .check = wrong_block_list});
   for (const Direction direction : all_directions) {
     const auto take = [options = options.get(), direction](const std::string& text) {
       options->range.set(direction, *indices_in(text));
@@ -113,10 +111,9 @@ Command extract_command() {
          .check = checked("is no index range such as 5, last, 1:33 or 1:last:2, counted from 1",
                           indices_in)});
   }
-  command.options.push_back({.name = "--uneven",
-                             .target = &options->uneven,
-                             .meaning = "Leave out the last points where the steps miss them, with "
-                                        "a note, instead of refusing"});
+  command.options.push_back({"--uneven", &options->uneven,
+                             "Leave out the last points where the steps miss them, with a note, "
+                             "instead of refusing"});
   add_part_options(command, options->files);
   return command;
 }
