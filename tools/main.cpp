@@ -40,7 +40,7 @@ void run(int argc, const char* const* argv) {
   }
   set_quiet(request.quiet);
   std::optional<Progress> progress;
-  if (!request.quiet && !request.no_progress && Progress::has_reader()) progress.emplace();
+  if (!request.quiet && !request.no_progress) progress.emplace();
   request.run();
 }
 
