@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
-#include <utility>
 
 #include "failure.hpp"
 #include "file_names.hpp"
@@ -130,10 +129,6 @@ std::string PartOptions::solution_output() const {
   const std::string wrong = wrong_output_name(solutions.back());
   if (!wrong.empty()) throw Unusable("--restart: " + wrong);
   return solutions.back();
-}
-
-StatedRestartForm PartOptions::restart_change() const {
-  return {.layout = layout, .coding = change.coding, .multiblock = change.multiblock};
 }
 
 std::vector<Argument> grid_and_output(PartOptions& options, const std::string& meaning) {

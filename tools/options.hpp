@@ -44,8 +44,6 @@ struct PartOptions {
   /// The solution written; empty for none. Throws a Failure if its name belongs to a format that is
   /// not written.
   [[nodiscard]] std::string solution_output() const;
-  /// The stated members of the form of the restart file written.
-  [[nodiscard]] StatedRestartForm restart_change() const;
 };
 
 /// The arguments GRID and OUT.

@@ -121,9 +121,12 @@ PartOutput::PartOutput(const PartOptions& options, std::string grid, std::string
 }
 
 void PartOutput::write(const Parts& parts) {
-  grid_summary_ = write_grid(*grid_, parts, options_.change);
+  const StatedGridForm& change = options_.change;
+  grid_summary_ = write_grid(*grid_, parts, change);
   if (!solution_) return;
-  solution_summary_ = write_restart(*solution_, parts, options_.restart_change(), {});
+  solution_summary_ = write_restart(
+      *solution_, parts,
+      {.layout = options_.layout, .coding = change.coding, .multiblock = change.multiblock}, {});
 }
 
 void PartOutput::commit() {

@@ -104,22 +104,21 @@ std::string write_restart(const OutputFile& output, const Parts& parts,
   const RestartForm& first = parts.inputs.front().restart_form();
   output.require_writable(obstacle(values, applied_to(first, change)));
   const SolutionHeader read = combined_header(parts);
-  RestartForm written = applied_to(read.form, change);
-  if (parts.inputs.size() > 1 && !change.multiblock) written.multiblock = true;  // for `obstacle`
-  output.require_writable(obstacle(read, written));
   const Conversion conversion = conversion_of(read, change, values);
+  const SolutionHeader& written = conversion.written;
+  output.require_writable(obstacle(read, written.form));
   output.stream([&] { copy(parts, conversion, output); });
   for (const CaseInput& input : parts.inputs) input.restart().require_form();
   for (const std::string& text : conversion.notes()) note(text);
   if (std::ranges::any_of(parts.inputs, [&](const CaseInput& input) {
-        return rounds_text(input.restart().header().form.coding, change.coding, written.coding);
+        return rounds_text(input.restart().header().form.coding, change.coding,
+                           written.form.coding);
       })) {
     note("holds about 7 digits of each variable; --to-precision double keeps more");
   }
-  note_contradiction(path, written.coding);
-  const SolutionHeader& header = conversion.written;
-  return path + ": " + counted(header.extents) + ", " +
-         counted(header.most_variables(), "variable") + ", " + describe(header.form);
+  note_contradiction(path, written.form.coding);
+  return path + ": " + counted(written.extents) + ", " +
+         counted(written.most_variables(), "variable") + ", " + describe(written.form);
 }
 
 }  // namespace p3dgrid::tool
