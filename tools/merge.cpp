@@ -1,12 +1,10 @@
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "command.hpp"
 #include "console.hpp"
 #include "failure.hpp"
 #include "file_names.hpp"
-#include "form_options.hpp"
 #include "info.hpp"
 #include "options.hpp"
 #include "parts.hpp"

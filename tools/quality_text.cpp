@@ -33,8 +33,8 @@ std::string range_text(const Connection& connection) {
 
 void print_totals(const QualityTotals& totals) {
   print_line("total: " + counted(totals.cells, "cell") + ", " + std::to_string(totals.negative) +
-               " of negative volume; " + counted(totals.zero_edges, "edge") + " of length 0; " +
-               counted(totals.left_handed_blocks, "left-handed block"));
+             " of negative volume; " + counted(totals.zero_edges, "edge") + " of length 0; " +
+             counted(totals.left_handed_blocks, "left-handed block"));
 }
 
 }  // namespace
@@ -55,7 +55,7 @@ void print_quality(const std::string& path, const QualityReport& report) {
   for (std::size_t b = 0; b < report.blocks.size(); ++b) {
     if (report.blocks[b].invalid_points == 0) continue;
     print_line("block " + std::to_string(b + 1) + ": " +
-                 counted(report.blocks[b].invalid_points, "point") + " not finite, left out");
+               counted(report.blocks[b].invalid_points, "point") + " not finite, left out");
   }
   for (const Connection& c : report.connections) {
     const std::string common =
@@ -63,7 +63,7 @@ void print_quality(const std::string& path, const QualityReport& report) {
             ? "coincide"
             : "share " + counted(c.points, "point") + " in " + range_text(c) + " of the first";
     print_line("block " + std::to_string(c.one.block + 1) + " " + c.one.text() + " and block " +
-                 std::to_string(c.other.block + 1) + " " + c.other.text() + " " + common);
+               std::to_string(c.other.block + 1) + " " + c.other.text() + " " + common);
   }
   if (report.connections.empty()) print_line("no faces coincide");
 }

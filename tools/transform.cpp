@@ -7,10 +7,8 @@
 
 #include "command.hpp"
 #include "console.hpp"
-#include "failure.hpp"
 #include "options.hpp"
 #include "parts.hpp"
-#include "table.hpp"
 
 namespace p3dgrid::tool {
 namespace {
