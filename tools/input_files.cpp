@@ -31,29 +31,26 @@ std::optional<Reading> known(const std::string& path) {
 /// The same with a grid, by whose extents layouts without extents of their own are recognised.
 std::optional<Reading> known_beside(const std::string& path,
                                     const std::shared_ptr<const Extents>& grid) {
-  auto reading = known(path);
-  if (reading) return reading;
-  reading = certain([&] { return find_restart(path, {}, grid); });
+  if (auto reading = known(path)) return reading;
+  auto reading = certain([&] { return find_restart(path, {}, grid); });
   // A grid can look like a solution of fewer variables than five.
   const bool solution = reading && !reading->own_extents && reading->restart().sections &&
                         variables_in(*reading->restart().sections) >= solution_variables;
   return solution ? reading : std::nullopt;
 }
 
-[[noreturn]] void refuse(const std::string& path, const Reading& reading,
-                         const std::string& meant) {
-  const std::string what =
-      reading.is_grid()
-          ? "is a grid, not a restart (flow-solution) file: " + describe(reading.grid())
-          : "is a restart (flow-solution) file, not a grid: " + describe(reading);
-  throw Mismatch(path + ": " + what + "; " + meant);
-}
-
 enum class Kind { grid, restart };
 
-void refuse_if(Kind kind, const std::string& path, const std::string& meant) {
-  const auto reading = known(path);
-  if (reading && reading->is_grid() == (kind == Kind::grid)) refuse(path, *reading, meant);
+/// Throws a Failure if the reading of the file is of this kind.
+/// @param meant  what the user may have meant, as part of a sentence
+void refuse_if(Kind kind, const std::string& path, const std::optional<Reading>& reading,
+               const std::string& meant) {
+  if (!reading || reading->is_grid() != (kind == Kind::grid)) return;
+  const std::string what =
+      reading->is_grid()
+          ? "is a grid, not a restart (flow-solution) file: " + describe(reading->grid())
+          : "is a restart (flow-solution) file, not a grid: " + describe(*reading);
+  throw Mismatch(path + ": " + what + "; " + meant);
 }
 
 /// The text with files in place of the words that stand for them.
@@ -79,25 +76,22 @@ std::string line_for(const Usage& usage, const std::string& grid, const std::str
 void refuse_if_restart(const std::string& path, const std::string& restart_path,
                        const Usage& usage) {
   if (restart_path.empty()) {
-    return refuse_if(Kind::restart, path,
+    return refuse_if(Kind::restart, path, known(path),
                      usage.restart_alone != nullptr
                          ? filled_in(usage.restart_alone, {{"FILE", path}})
                          : line_for(usage, "GRID", path) + " takes it");
   }
   const auto other = known(restart_path);
   if (!other || !other->is_grid()) {
-    return refuse_if(Kind::restart, path,
+    return refuse_if(Kind::restart, path, known(path),
                      line_for(usage, "GRID", path) + " takes it with its grid");
   }
-  const auto reading = known_beside(path, other->extents);
-  if (reading && !reading->is_grid()) {
-    const std::string& grid = restart_path;
-    refuse(path, *reading, grid + " is the grid: " + line_for(usage, grid, path));
-  }
+  refuse_if(Kind::restart, path, known_beside(path, other->extents),
+            restart_path + " is the grid: " + line_for(usage, restart_path, path));
 }
 
 void refuse_if_grid(const std::string& path, const std::string& grid_path, const Usage& usage) {
-  refuse_if(Kind::grid, path,
+  refuse_if(Kind::grid, path, known(path),
             usage.grid_alone != nullptr
                 ? filled_in(usage.grid_alone, {{"GRID", path}})
                 : line_for(usage, grid_path, "RESTART") + " takes a restart file there");
@@ -126,12 +120,14 @@ Found find_file(const std::string& path, const StatedForms& stated, Look look) {
   if (!grid_option.empty()) {
     return find_or_explain(
         [&] { return find_grid(path, stated.grid, look); },
-        [&] { refuse_if(Kind::restart, path, grid_option + " describes a grid"); });
+        [&] { refuse_if(Kind::restart, path, known(path), grid_option + " describes a grid"); });
   }
   if (!restart_option.empty()) {
-    return find_or_explain(
-        [&] { return find_restart(path, stated.restart, {}, look); },
-        [&] { refuse_if(Kind::grid, path, restart_option + " describes a restart file"); });
+    return find_or_explain([&] { return find_restart(path, stated.restart, {}, look); },
+                           [&] {
+                             refuse_if(Kind::grid, path, known(path),
+                                       restart_option + " describes a restart file");
+                           });
   }
   return find_any(path);
 }
