@@ -53,7 +53,7 @@ std::vector<FormOption> options_with(const std::string& prefix, const Stated& st
 
 std::string text_of(const std::vector<FormOption>& options) {
   std::string text;
-  for (const FormOption& option : options) text += (text.empty() ? "" : " ") + option.text();
+  for (const auto& [name, value] : options) text += (text.empty() ? "" : " ") + name + " " + value;
   return text;
 }
 
