@@ -21,23 +21,23 @@ void add_extents(Facts& facts, const Extents& extents) {
   facts.push_back({"extents", all});
 }
 
-void add_ranges(Facts& facts, const std::vector<Survey>& surveys, const std::string& what) {
-  for (const Survey& survey : surveys) {
-    facts.push_back({survey.name.empty() ? what + survey.label : survey.name, range_text(survey)});
-  }
+std::string name_of(const Survey& survey, const Report& report) {
+  if (!survey.name.empty()) return survey.name;
+  return report.header ? "variable " + survey.label : survey.label;
 }
 
 /// Adds each flow parameter; its values in all blocks form one text.
-void add_parameters(Facts& facts, const RestartReport& report) {
-  const auto& parameters = report.body->parameters;
+void add_parameters(Facts& facts, const Report& report) {
+  const auto& parameters = report.parameters;
+  if (parameters.empty()) return;
   const auto count = static_cast<std::int32_t>(parameters.front().size());
-  const auto names = parameter_names(count, report.header.run.species);
+  const auto names = parameter_names(count, report.header->run.species);
   for (std::size_t n = 0; n < names.size(); ++n) {
     const auto is_first = [&](const auto& block) { return block[n] == parameters.front()[n]; };
-    std::string text = digits_in(report.header.form, parameters.front()[n]);
+    std::string text = digits_in(report.header->form, parameters.front()[n]);
     for (std::size_t b = 1; !std::ranges::all_of(parameters, is_first) && b < parameters.size();
          ++b) {
-      text += "," + digits_in(report.header.form, parameters[b][n]);
+      text += "," + digits_in(report.header->form, parameters[b][n]);
     }
     facts.push_back({names[n], text, Fact::Column::if_changed});
   }
@@ -90,29 +90,22 @@ std::vector<std::string> columns_of(const std::vector<FileFacts>& files) {
 
 }  // namespace
 
-Facts facts_of(const GridReport& report) {
-  Facts facts = {{"kind", "grid"}, {"form", describe(report.found.grid())}};
-  add_extents(facts, report.extents);
-  add_ranges(facts, report.coordinates(), "");
-  if (!report.found.grid().iblank) return facts;
+Facts facts_of(const Report& report) {
+  Facts facts = {{"kind", report.kind()}, {"form", report.form()}};
+  if (!report.extents.i.empty()) add_extents(facts, report.extents);
+  for (const HeaderValue& value : report.header_values()) {
+    facts.push_back({value.label, value.text(report.header->form), Fact::Column::if_changed});
+  }
+  add_parameters(facts, report);
+  for (const Survey& survey : report.surveys.value_or(std::vector<Survey>())) {
+    facts.push_back({name_of(survey, report), range_text(survey)});
+  }
+  if (report.header || !report.found.grid().iblank) return facts;
   std::string counts;
   for (const GridFindings& block : report.blocks) {
     for (const std::int64_t count : block.blanking) counts += std::to_string(count) + " ";
   }
   facts.push_back({"blanking", counts});
-  return facts;
-}
-
-Facts facts_of(const RestartReport& report) {
-  const RestartForm& form = report.found.restart();
-  Facts facts = {{"kind", "restart"}, {"form", describe(form)}};
-  if (!report.header.extents.i.empty()) add_extents(facts, report.header.extents);
-  for (const HeaderValue& value : header_values(form, report.header.run)) {
-    facts.push_back({value.label, value.text(form), Fact::Column::if_changed});
-  }
-  if (!report.body) return facts;
-  if (traits_of(form.layout).parameters > 0) add_parameters(facts, report);
-  add_ranges(facts, report.surveys(), "variable ");
   return facts;
 }
 
