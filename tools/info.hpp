@@ -8,7 +8,7 @@
 
 #include "file_input.hpp"
 #include "find.hpp"
-#include "range.hpp"
+#include "geometry.hpp"
 
 /// What the command `info` shows of a file, as text and as JSON (schema: docs/info-json.md).
 namespace p3dgrid::tool {

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "vector.hpp"
+#include "geometry.hpp"
 
 /// The quality of a grid: its cells and edges, and how its blocks meet.
 namespace p3dgrid::tool {

@@ -6,7 +6,6 @@
 #include <type_traits>
 
 #include "quality.hpp"
-#include "vector.hpp"
 
 namespace p3dgrid::tool {
 namespace {
