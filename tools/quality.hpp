@@ -90,11 +90,9 @@ struct Face {
 
 /// A pair of faces that share points.
 struct Connection {
-  enum class Kind { whole, part };
-
   Face one;
   Face other;
-  Kind kind = Kind::part;   ///< whole: each point of either face is on the other
+  bool is_whole = false;    ///< each point of either face is on the other
   std::int64_t points = 0;  ///< of the first face that are on the other
   IndexRange range = {};    ///< of the first block, in which these points lie
 };

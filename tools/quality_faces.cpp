@@ -164,13 +164,10 @@ std::vector<Connection> connections_of(FacePoints all, double tolerance) {
     const auto [one, other] = pair;
     if (one > other || !part.holds_cell(all.extents[one])) continue;
     const std::int64_t points = std::ssize(part.points);
-    const bool whole = points == all.extents[one].points() &&
-                       std::ssize(shared[{other, one}].points) == all.extents[other].points();
-    connections.push_back({all.faces[one],
-                           all.faces[other],
-                           whole ? Connection::Kind::whole : Connection::Kind::part,
-                           points,
-                           {part.low, part.high}});
+    const bool is_whole = points == all.extents[one].points() &&
+                          std::ssize(shared[{other, one}].points) == all.extents[other].points();
+    connections.push_back(
+        {all.faces[one], all.faces[other], is_whole, points, {part.low, part.high}});
   }
   return connections;
 }
