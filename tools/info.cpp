@@ -105,19 +105,10 @@ void show_file(const InfoOptions& options, const std::string& path) {
   print_info(path, report);
 }
 
-/// Shows one line for each file.
-void show_series(const InfoOptions& options) {
-  if (options.for_programs()) throw Unusable("--json and --index take one file at a time");
-  std::vector<FileFacts> files;
-  for (const std::string& path : options.paths) {
-    files.push_back({path, facts_of(report_on(options, path))});
-  }
-  print_series(files);
-}
-
 void show_files(const InfoOptions& options) {
-  if (options.paths.size() > 1) return show_series(options);
-  show_file(options, options.paths.front());
+  if (options.paths.size() == 1) return show_file(options, options.paths.front());
+  if (options.for_programs()) throw Unusable("--json and --index take one file at a time");
+  print_series(options.paths, [&](const std::string& path) { return report_on(options, path); });
 }
 
 }  // namespace

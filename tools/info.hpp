@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <functional>
 #include <optional>
 #include <string>
 #include <variant>
@@ -140,25 +141,9 @@ struct Report {
 
 void print_info(const std::string& path, const Report& report);
 
-/// A property of a file that may differ in the next file.
-struct Fact {
-  enum class Column { never, if_changed, always };
-
-  std::string name;
-  std::string text;
-  Column column = Column::never;  ///< of the table of files
-};
-using Facts = std::vector<Fact>;
-
-[[nodiscard]] Facts facts_of(const Report& report);
-
-struct FileFacts {
-  std::string path;
-  Facts facts;
-};
-
 /// Prints one line for each file, with its differences from the previous file.
-void print_series(const std::vector<FileFacts>& files);
+void print_series(const std::vector<std::string>& paths,
+                  const std::function<Report(const std::string& path)>& report_on);
 
 /// With the byte ranges of the arrays in place of the statistics of their values, if the report has
 /// an index.
