@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <ranges>
 
 #include "console.hpp"
 #include "info.hpp"
@@ -51,10 +50,14 @@ void print_summary_of(const Extents& extents, bool shows_blocks) {
     print_line(label + counted(extents.points_of(block), "point") + " in block " +
                std::to_string(block + 1) + ", " + extents.text_of(block));
   };
-  const auto blocks = std::views::iota(std::size_t{0}, extents.i.size());
-  const auto points_of = [&](std::size_t block) { return extents.points_of(block); };
-  line("fewest  ", *std::ranges::min_element(blocks, {}, points_of));
-  line("most    ", *std::ranges::max_element(blocks, {}, points_of));
+  std::size_t smallest = 0;
+  std::size_t largest = 0;
+  for (std::size_t b = 1; b < extents.i.size(); ++b) {
+    if (extents.points_of(b) < extents.points_of(smallest)) smallest = b;
+    if (extents.points_of(b) > extents.points_of(largest)) largest = b;
+  }
+  line("fewest  ", smallest);
+  line("most    ", largest);
   if (!shows_blocks) print_line("blocks  --blocks all shows all of them, --blocks 1,3-5 some");
 }
 
