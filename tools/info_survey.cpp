@@ -132,16 +132,15 @@ std::vector<HeaderValue> header_values(const RestartForm& form, const RunData& r
   values.push_back({"step_count", "step count", run.nstep});
   values.push_back({"step_size", "step size", run.dtau});
   if (!talven || run.eqid != equations_with_parameters) return values;
-  const HeaderValue parameters[] = {{"sub_grid_scale_model", "sub-grid-scale model", run.isgsmodel},
-                                    {"reynolds", "Reynolds number", run.talre},
-                                    {"mach", "Mach number", run.talxm1},
-                                    {"alpha", "angle of attack", run.talalfa},
-                                    {"beta", "side-slip angle", run.talbeta},
-                                    {"gamma", "ratio of specific heats", run.talgam},
-                                    {"s1", "s1", run.tals1},
-                                    {"prandtl", "Prandtl number", run.talpr},
-                                    {"turbulent_prandtl", "turbulent Prandtl number", run.talprt}};
-  values.insert(values.end(), std::begin(parameters), std::end(parameters));
+  values.insert(values.end(), {{"sub_grid_scale_model", "sub-grid-scale model", run.isgsmodel},
+                               {"reynolds", "Reynolds number", run.talre},
+                               {"mach", "Mach number", run.talxm1},
+                               {"alpha", "angle of attack", run.talalfa},
+                               {"beta", "side-slip angle", run.talbeta},
+                               {"gamma", "ratio of specific heats", run.talgam},
+                               {"s1", "s1", run.tals1},
+                               {"prandtl", "Prandtl number", run.talpr},
+                               {"turbulent_prandtl", "turbulent Prandtl number", run.talprt}});
   return values;
 }
 
