@@ -39,11 +39,9 @@ Input open_input(const InputOptions& options) {
     throw Unusable(original_path(path) + ": is compressed, and its values have no fixed places");
   }
   Input input{.path = path, .found = {}};
-  std::optional<Extents> grid;
   if (!options.grid_path.empty()) {
     const CaseInput both(options.grid_path, path, options.stated, usage);
     input.found = both.found_restart();
-    grid = both.extents();
   } else {
     input.found = find_file(path, options.stated);
   }
@@ -51,7 +49,7 @@ Input open_input(const InputOptions& options) {
     take_header(input, GridInput(path, input.found));
   } else {
     require_regular_file(path);
-    take_header(input, RestartInput(path, input.found, grid));
+    take_header(input, RestartInput(path, input.found));
   }
   return input;
 }

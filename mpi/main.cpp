@@ -6,7 +6,7 @@
 #include "commands.hpp"
 #include "team.hpp"
 #include "tools/console.hpp"
-#include "tools/process.hpp"
+#include "tools/failure.hpp"
 
 namespace p3dgrid::tool {
 namespace {

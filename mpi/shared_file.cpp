@@ -68,7 +68,7 @@ void SharedFile::read(const std::vector<ByteRange>& ranges, std::vector<std::byt
   require(MPI_File_read_at_all(file_, 0, bytes.data(), count, MPI_BYTE, &status), "cannot read");
   int taken = 0;
   MPI_Get_count(&status, MPI_BYTE, &taken);
-  if (taken != count) throw Unreadable(path_ + ": has become shorter while it was read");
+  if (taken != count) throw Mismatch(path_ + ": has become shorter while it was read");
 }
 
 void SharedFile::write(const std::vector<ByteRange>& ranges, const std::vector<std::byte>& bytes) {

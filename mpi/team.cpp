@@ -6,7 +6,7 @@
 
 #include <optional>
 
-#include "tools/process.hpp"
+#include "tools/failure.hpp"
 
 namespace p3dgrid::tool {
 namespace {

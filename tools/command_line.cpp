@@ -50,24 +50,20 @@ void add_arguments(CLI::App& line, const std::vector<Argument>& arguments) {
   }
 }
 
-CLI::Option* add_option_for(CLI::App& line, const Option& option, bool* flag) {
-  return line.add_flag(option.name, *flag, option.meaning);
-}
-template <class Value>
-CLI::Option* add_option_for(CLI::App& line, const Option& option, std::vector<Value>* values) {
-  return line.add_option(option.name, *values, option.meaning)->expected(option.values);
-}
-CLI::Option* add_option_for(CLI::App& line, const Option& option,
-                            const std::function<void(const std::string&)>& take) {
-  return line.add_option_function<std::string>(option.name, take, option.meaning);
-}
-CLI::Option* add_option_for(CLI::App& line, const Option& option, auto* value) {
-  return line.add_option(option.name, *value, option.meaning);
-}
-
 void add_option(CLI::App& line, const Option& option) {
   CLI::Option* const added = std::visit(
-      [&](const auto& target) { return add_option_for(line, option, target); }, option.target);
+      [&]<class Chosen>(const Chosen& target) {
+        if constexpr (std::is_same_v<Chosen, bool*>) {
+          return line.add_flag(option.name, *target, option.meaning);
+        } else if constexpr (std::is_pointer_v<Chosen>) {
+          return line.add_option(option.name, *target, option.meaning);
+        } else {
+          return line.add_option_function<std::string>(option.name, target, option.meaning);
+        }
+      },
+      option.target);
+  const bool is_vector = added->get_expected_max() > 1;
+  if (is_vector) added->expected(option.values);
   if (!option.value_name.empty()) added->type_name(option.value_name);
   if (option.check) added->check(option.check);
   if (!option.choices.empty()) {
@@ -107,27 +103,23 @@ std::string without_last_line_end(std::string text) {
   return text;
 }
 
-Failure usage_failure(const Program& program, const std::string& what,
-                      const std::string& command = "") {
-  return {ExitStatus::unusable, without_last_line_end(what) + "; '" + program.name + " " + command +
-                                    "--help' shows the usage"};
+Unusable usage_failure(const Program& program, const std::string& what,
+                       const std::string& command = "") {
+  return Unusable(without_last_line_end(what) + "; '" + program.name + " " + command +
+                  "--help' shows the usage");
 }
 
-std::span<std::string> names_in(std::string* name) {
-  return {name, 1};
-}
-std::span<std::string> names_in(std::vector<std::string>* names) {
-  return *names;
-}
-std::span<std::string> names_in(const auto& /*no name*/) {
+/// The variables of a target that holds names.
+std::span<std::string> names_in(const auto& target) {
+  if (auto* const* name = std::get_if<std::string*>(&target)) return {*name, 1};
+  if (auto* const* names = std::get_if<std::vector<std::string>*>(&target)) return **names;
   return {};
 }
 
 /// Replaces the names of compressed inputs by those of unpacked copies.
 void unpack_inputs(const Command& command) {
   std::string output;
-  const auto unpack = [&](const auto& target, bool writes_last) {
-    auto names = std::visit([](const auto& any) { return names_in(any); }, target);
+  const auto unpack = [&](std::span<std::string> names, bool writes_last) {
     if (writes_last && !names.empty()) {
       output = names.back();
       names = names.first(names.size() - 1);
@@ -135,17 +127,17 @@ void unpack_inputs(const Command& command) {
     for (std::string& name : names) name = path_to_read(name, output);
   };
   for (const Argument& argument : command.arguments) {
-    if (argument.use == Argument::Use::output) unpack(argument.target, true);
+    if (argument.use == Argument::Use::output) output = names_in(argument.target).front();
   }
   for (const Argument& argument : command.arguments) {
-    if (argument.use == Argument::Use::input || argument.use == Argument::Use::inputs) {
-      unpack(argument.target, false);
-    }
-    if (argument.use == Argument::Use::inputs_and_output) unpack(argument.target, true);
+    const bool writes_last = argument.use == Argument::Use::inputs_and_output;
+    const bool reads = argument.use == Argument::Use::input ||
+                       argument.use == Argument::Use::inputs || writes_last;
+    if (reads) unpack(names_in(argument.target), writes_last);
   }
   for (const Option& option : command.options) {
-    if (!option.is_input) continue;
-    unpack(option.target, !std::holds_alternative<std::string*>(option.target));
+    const bool is_one = std::holds_alternative<std::string*>(option.target);
+    if (option.is_input) unpack(names_in(option.target), !is_one);
   }
 }
 

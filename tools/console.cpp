@@ -68,7 +68,7 @@ void set_quiet(bool be_quiet) {
 }
 
 void print_line(std::string_view line) {
-  print_text(printable(line));
+  if (!output_kept_for_programs) print_text(printable(line));
 }
 
 void print_text(std::string_view text) {
@@ -76,16 +76,12 @@ void print_text(std::string_view text) {
   write_line(stdout, std::string(text).append("\n"));
 }
 
-void print_result(std::string_view line) {
-  if (!output_kept_for_programs) print_line(line);
-}
-
 void keep_output_for_programs() {
   output_kept_for_programs = true;
 }
 
 void print_summary(std::string_view line) {
-  if (!quiet) print_result(line);
+  if (!quiet) print_line(line);
 }
 
 void print_note(std::string_view text) {

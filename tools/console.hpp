@@ -18,10 +18,7 @@ void print_line(std::string_view line);
 /// Lines of a command's result, on standard output.
 void print_text(std::string_view text);
 
-/// The same as `print_line`, dropped after `keep_output_for_programs`.
-void print_result(std::string_view line);
-
-/// From now on only `print_line` and `print_text` print on standard output.
+/// From now on only `print_text` prints on standard output.
 void keep_output_for_programs();
 
 /// One line that says what has been done, on standard output.

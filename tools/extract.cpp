@@ -14,8 +14,6 @@ namespace p3dgrid::tool {
 namespace {
 
 struct ExtractOptions {
-  std::string input;
-  std::string output;
   std::string blocks;
   IndexRange range;
   bool uneven = false;
@@ -34,10 +32,11 @@ std::string text_of(std::int32_t index) {
 
 /// Refuses a range that exceeds the block or, unless it is `uneven`, misses its requested last
 /// point. Returns whether it misses that point.
-bool require_in(const Indices& asked, Direction direction, const ExtractOptions& options,
-                const Extents& extents, std::size_t block) {
-  const std::int32_t extent = along(extents.of(block), direction);
-  const std::string place = options.input + ": block " + std::to_string(block + 1) + " has " +
+bool require_in(const ExtractOptions& options, Direction direction, const CaseInput& input,
+                std::size_t block) {
+  const Indices& asked = options.range.of(direction);
+  const std::int32_t extent = along(input.extents().of(block), direction);
+  const std::string place = input.path() + ": block " + std::to_string(block + 1) + " has " +
                             counted(extent, "point") + " in " + name_of(direction);
   const std::int32_t highest = asked.last == Indices::all_points ? asked.first : asked.last;
   if (highest != Indices::all_points && highest >= extent) {
@@ -53,20 +52,21 @@ bool require_in(const Indices& asked, Direction direction, const ExtractOptions&
 }
 
 /// The parts of the selected blocks.
-std::vector<Part> parts_of(const ExtractOptions& options, const Extents& extents) {
+std::vector<Part> parts_of(const ExtractOptions& options, const CaseInput& input) {
   std::vector<Part> parts;
   std::string uneven;
-  for (const std::int32_t block : blocks_in(options.blocks, options.input, extents.blocks())) {
+  for (const std::int32_t block :
+       blocks_in(options.blocks, input.path(), input.extents().blocks())) {
     const auto b = static_cast<std::size_t>(block);
     bool misses = false;
     for (const Direction d : all_directions) {
-      misses = require_in(options.range.of(d), d, options, extents, b) || misses;
+      misses = require_in(options, d, input, b) || misses;
     }
     if (misses) uneven += (uneven.empty() ? "" : ",") + std::to_string(block + 1);
     parts.push_back({.block = b, .range = options.range});
   }
   if (!uneven.empty()) {
-    print_note(options.output +
+    print_note(options.files.grids.back() +
                " leaves out the last points of blocks whose extents are no "
                "multiple of the step plus one: " +
                uneven);
@@ -75,11 +75,9 @@ std::vector<Part> parts_of(const ExtractOptions& options, const Extents& extents
 }
 
 void extract_parts(const ExtractOptions& options) {
-  const PartOptions& files = options.files;
-  PartOutput output(files, {options.input}, options.output, files.solution_output());
-  std::deque<CaseInput> inputs = open_cases(files, {options.input}, extract_usage);
-  output.write({inputs, parts_of(options, inputs.front().extents())});
-  output.commit();
+  write_parts(options.files, extract_usage, [&](std::deque<CaseInput>& inputs) {
+    return Parts{inputs, parts_of(options, inputs.front())};
+  });
 }
 
 }  // namespace
@@ -96,15 +94,11 @@ Command extract_command() {
           "  p3dgrid extract grid.p3d coarse.p3d --i 1:last:2 --j 1:last:2 --k 1:last:2\n"
           "  p3dgrid extract grid.p3d wall.p3d --blocks 1,3 --j 1\n"
           "  p3dgrid extract grid.p3d coarse.p3d --i 1:last:2 --restart flow.q coarse.q",
-      .arguments = {{"GRID", &options->input, "Grid file to read"},
-                    {"OUT", &options->output, "Grid file to write; replaced whole or not at all",
-                     Argument::Use::output}},
+      .arguments = grid_and_output(options->files),
+      .options = {{"--blocks", &options->blocks,
+                   "Blocks in the order to write, counted from 1; default all", "LIST",
+                   wrong_block_list}},
       .run = [options] { extract_parts(*options); }};
-  command.options.push_back({.name = "--blocks",
-                             .target = &options->blocks,
-                             .meaning = "Blocks in the order to write, counted from 1; default all",
-                             .value_name = "LIST",
-                             .check = wrong_block_list});
   for (const Direction direction : all_directions) {
     const auto take = [options = options.get(), direction](const std::string& text) {
       options->range.set(direction, *indices_in(text));
@@ -117,10 +111,9 @@ Command extract_command() {
          .check = checked("is no index range such as 5, last, 1:33 or 1:last:2, counted from 1",
                           indices_in)});
   }
-  command.options.push_back({.name = "--uneven",
-                             .target = &options->uneven,
-                             .meaning = "Leave out the last points where the steps miss them, with "
-                                        "a note, instead of refusing"});
+  command.options.push_back({"--uneven", &options->uneven,
+                             "Leave out the last points where the steps miss them, with a note, "
+                             "instead of refusing"});
   add_part_options(command, options->files);
   return command;
 }

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <functional>
 #include <mod_p3dgrid/run.hpp>
 #include <new>
+#include <optional>
 #include <p3dgrid/error.hpp>
 #include <stdexcept>
 #include <string>
@@ -35,11 +37,6 @@ class Mismatch : public Failure {
       : Failure(ExitStatus::mismatch, message, more) {}
 };
 
-/// The same, but another form of the file may be readable.
-class Unreadable : public Mismatch {
-  using Mismatch::Mismatch;
-};
-
 /// Wrong usage, or a file that cannot be opened or written.
 class Unusable : public Failure {
  public:
@@ -57,7 +54,7 @@ auto with_failures(const Action& action) {
                           error.kind() == ErrorKind::argument ||
                           error.kind() == ErrorKind::ambiguous;
     if (unusable) throw Unusable(error.what());
-    throw Unreadable(error.what());
+    throw Mismatch(error.what());
   }
 }
 
@@ -70,5 +67,15 @@ auto with_failures(const std::string& path, const Action& action) {
     throw Unusable(path + ": not enough memory for this file");
   }
 }
+
+/// Runs a step and returns its failure; none if it succeeds.
+[[nodiscard]] std::optional<Failure> failure_of(const std::function<void()>& step);
+
+/// Runs a step, prints its failure, and returns the exit status.
+[[nodiscard]] ExitStatus attempt(const std::function<void()>& step);
+
+/// Turns a closed pipe and a file-size limit into write errors instead of signals, and occupies the
+/// descriptors of closed standard streams, so that no opened file gets one.
+void prepare_process();
 
 }  // namespace p3dgrid::tool

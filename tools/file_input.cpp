@@ -11,8 +11,9 @@ namespace p3dgrid::tool {
 namespace {
 
 /// The reading with the extents of the grid if the file has none.
-Reading with_extents(Reading reading, const std::optional<Extents>& grid) {
-  if (!reading.extents && grid) reading.extents = std::make_shared<const Extents>(*grid);
+Reading with_extents(const Found& found) {
+  Reading reading = found.reading;
+  if (reading.extents == nullptr) reading.extents = found.grid_extents;
   return reading;
 }
 
@@ -63,20 +64,18 @@ template <class Action>
 auto FileInput<Reader>::advised(const Action& action) const {
   try {
     return with_failures(path_, action);
-  } catch (const Unreadable& failure) {
-    const std::string help = advice_on_form();
+  } catch (const Mismatch& failure) {
+    const std::string help = advice(path_, found_);
     if (help.empty()) throw;
-    throw Failure(failure.status(), failure.what(), "; " + help);
+    throw Mismatch(failure.what(), "; " + help);
   }
 }
 
 template <class Reader>
-FileInput<Reader>::FileInput(const std::string& path, const Found& found,
-                             const std::optional<Extents>& grid)
+FileInput<Reader>::FileInput(const std::string& path, const Found& found)
     : path_(path),
       found_(found),
-      grid_(grid),
-      reader_(advised([&] { return Reader(path, with_extents(found.reading, grid)); })) {}
+      reader_(advised([&] { return Reader(path, with_extents(found)); })) {}
 
 template <class Reader>
 std::vector<BlockIndex> FileInput<Reader>::index() {
@@ -98,7 +97,7 @@ void FileInput<Reader>::require_form() {
   if (const std::string note = note_on(path_, reading, fit); !note.empty()) {
     return print_note(path_ + ": " + note);
   }
-  const std::string help = advice_on_form();
+  const std::string help = advice(path_, found_);
   throw Mismatch(path_ + ": is not " + text_of(reading) + ": " + fit.what,
                  help.empty() ? "" : "; " + help);
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <optional>
 #include <p3dgrid/grid.hpp>
 #include <p3dgrid/solution.hpp>
 #include <string>
@@ -15,8 +14,7 @@ namespace p3dgrid::tool {
 template <class Reader>
 class FileInput {
  public:
-  /// @param grid  extents of the grid; needed for restart layouts that hold none
-  FileInput(const std::string& path, const Found& found, const std::optional<Extents>& grid = {});
+  FileInput(const std::string& path, const Found& found);
 
   /// The places of all arrays.
   [[nodiscard]] std::vector<BlockIndex> index();
@@ -34,11 +32,8 @@ class FileInput {
   [[nodiscard]] Reader& reader() { return reader_; }
 
  private:
-  [[nodiscard]] std::string advice_on_form() const { return advice(path_, found_.reading, grid_); }
-
   const std::string& path_;
   const Found& found_;
-  std::optional<Extents> grid_;
   Reader reader_;
   bool compared_ = false;
 };

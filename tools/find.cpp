@@ -14,12 +14,10 @@ bool is_regular(const std::string& path) {
 }
 
 /// The form that the user has stated, with the extents if they are in the file.
-template <class Form>
-Found as_stated(const std::string& path, const Form& form) {
-  Found found{.reading = {.form = form, .checked = false}, .reason = "as stated", .stated = true};
-  if (is_regular(path))
-    found.reading.extents = with_failures([&] { return extents_in(path, form); });
-  return found;
+Found as_stated(const std::string& path, Reading reading) {
+  if (is_regular(path)) reading.extents = extents_in(path, reading);
+  reading.checked = false;
+  return {.reading = std::move(reading), .reason = "as stated", .stated = true};
 }
 
 /// The options by which a reading differs from the others of its kind; without any, its first
@@ -74,31 +72,27 @@ std::int64_t records_agreeing(const Detection& detection) {
 }
 
 /// The detection of one file with what the user has stated and, for advice, with nothing stated.
-class Search {
- public:
-  /// @param detect_open  detects it with nothing stated
-  Search(const std::string& path, std::vector<FormOption> stated, Detection detection,
-         std::function<Detection()> detect_open)
-      : detection_(std::move(detection)),
-        path_(path),
-        stated_(std::move(stated)),
-        detect_open_(std::move(detect_open)) {}
+struct Search {
+  const std::string& path;
+  std::vector<FormOption> stated;
+  Detection detection;
+  std::function<Detection()> detect_open = {};  ///< detects it with nothing stated
 
   /// Takes the only reading, or throws a Failure that says why there is none and what would help.
   [[nodiscard]] Found settle() const {
-    if (stated_.empty()) refuse_unusual(detection_);
-    if (detection_.fitting.size() == 1) {
-      return {.reading = detection_.fitting.front(),
-              .reason = reason_for(detection_.fitting.front(), detection_.size),
-              .bytes_read = detection_.bytes_read};
+    if (stated.empty()) refuse_unusual(detection);
+    if (detection.fitting.size() == 1) {
+      return {.reading = detection.fitting.front(),
+              .reason = reason_for(detection.fitting.front(), detection.size),
+              .bytes_read = detection.bytes_read};
     }
-    if (detection_.fitting.size() > 1) refuse_to_guess();
-    if (detection_.size == 0) throw Unreadable(path_ + ": is empty");
-    if (!stated_.empty()) {
-      const Detection open = detect_open_();
+    if (detection.fitting.size() > 1) refuse_to_guess();
+    if (detection.size == 0) throw Mismatch(path + ": is empty");
+    if (!stated.empty()) {
+      const Detection open = detect_open();
       refuse_unusual(open);
       if (const std::string advice = advice_from(open); !advice.empty()) {
-        throw Unreadable(path_ + ": is not what " + text_of(stated_) + " says; ", advice);
+        throw Mismatch(path + ": is not what " + text_of(stated) + " says; ", advice);
       }
     }
     refuse();
@@ -106,16 +100,15 @@ class Search {
 
   /// What would help to read a file that is not what was stated, as part of a sentence.
   [[nodiscard]] std::string help() const {
-    const Detection open = detect_open_();
+    const Detection open = detect_open();
     return open.foreign.empty() ? advice_from(open) : "it " + open.foreign;
   }
 
- private:
   /// What would have to be stated otherwise for a reading to be taken.
   std::string corrections(const Reading& reading) const {
     std::vector<FormOption> options = options_of(reading);
     std::erase_if(options, [&](const FormOption& option) {
-      return std::ranges::none_of(stated_, [&](const FormOption& said) {
+      return std::ranges::none_of(stated, [&](const FormOption& said) {
         return said.name == option.name && said.value != option.value;
       });
     });
@@ -124,13 +117,13 @@ class Search {
 
   /// @param open  the same file with nothing stated
   std::string advice_from(const Detection& open) const {
-    if (!detection_.fitting.empty()) return "";
+    if (!detection.fitting.empty()) return "";
     const auto corrected = [&](const char* words, const Reading& reading) {
       const std::string options = corrections(reading);
       return options.empty() ? "" : words + options;
     };
     if (open.fitting.empty()) {
-      if (records_agreeing(open) <= records_agreeing(detection_)) return "";
+      if (records_agreeing(open) <= records_agreeing(detection)) return "";
       return corrected("it begins like that of a file read with ", open.nearest.front());
     }
     const Reading& first = open.fitting.front();
@@ -142,32 +135,27 @@ class Search {
   /// Throws if the file has a known form that cannot be read, or a damaged header.
   void refuse_unusual(const Detection& open) const {
     for (const std::string& what : {open.foreign, open.damage}) {
-      if (!what.empty()) throw Unreadable(path_ + ": " + what);
+      if (!what.empty()) throw Mismatch(path + ": " + what);
     }
   }
 
   [[noreturn]] void refuse() const {
-    const std::string what = departure(detection_.nearest);
-    if (!what.empty()) throw Unreadable(path_ + ": " + what);
-    throw Unreadable(path_ + ": its beginning is no header" +
-                     (stated_.empty() ? " of a grid or restart file in any form"
-                                      : " of what " + text_of(stated_) + " says") +
-                     ": " + detection_.beginning);
+    const std::string what = departure(detection.nearest);
+    if (!what.empty()) throw Mismatch(path + ": " + what);
+    throw Mismatch(path + ": its beginning is no header" +
+                   (stated.empty() ? " of a grid or restart file in any form"
+                                   : " of what " + text_of(stated) + " says") +
+                   ": " + detection.beginning);
   }
 
   [[noreturn]] void refuse_to_guess() const {
-    const bool checked = detection_.fitting.front().checked;
+    const bool checked = detection.fitting.front().checked;
     throw Unusable(
-        path_ + (checked ? ": matches several forms; select one with the options after it:"
-                         : ": holds no extents, and --grid GRID would tell by those of its "
-                           "grid which it is:"),
-        named(detection_.fitting));
+        path + (checked ? ": matches several forms; select one with the options after it:"
+                        : ": holds no extents, and --grid GRID would tell by those of its "
+                          "grid which it is:"),
+        named(detection.fitting));
   }
-
-  Detection detection_;
-  const std::string& path_;
-  std::vector<FormOption> stated_;
-  std::function<Detection()> detect_open_;
 };
 
 /// Blanking values stand at the end of their records, where a reader of unformatted files may leave
@@ -186,12 +174,10 @@ Detection leaving_out_blanking(const std::string& path, StatedGridForm stated) {
 }
 
 Detection detect_grid_or_part(const std::string& path, const StatedGridForm& form) {
-  return with_failures([&] {
-    Detection detection = detect_grid(path, form);
-    if (!detection.fitting.empty() || form.iblank != false) return detection;
-    Detection other = leaving_out_blanking(path, form);
-    return other.fitting.empty() ? detection : other;
-  });
+  Detection detection = detect_grid(path, form);
+  if (!detection.fitting.empty() || form.iblank != false) return detection;
+  Detection other = leaving_out_blanking(path, form);
+  return other.fitting.empty() ? detection : other;
 }
 
 Search search(const std::string& path, const StatedGridForm& stated) {
@@ -200,23 +186,21 @@ Search search(const std::string& path, const StatedGridForm& stated) {
 }
 
 Search search(const std::string& path, const StatedRestartForm& stated,
-              const std::optional<Extents>& grid) {
-  const auto extents = grid ? std::make_shared<const Extents>(*grid) : nullptr;
-  const auto detect = [&path, extents](const StatedRestartForm& form) {
-    return with_failures([&] { return detect_restart(path, form, extents); });
-  };
-  return {path, options_of(stated), detect(stated), [detect] { return detect({}); }};
+              const std::shared_ptr<const Extents>& grid) {
+  return {path, options_of(stated), detect_restart(path, stated, grid),
+          [&path, grid] { return detect_restart(path, {}, grid); }};
 }
 
 }  // namespace
 
 Found find_grid(const std::string& path, const StatedGridForm& stated, Look look) {
   const bool known = look == Look::where_needed && is_complete(stated);
-  return known ? as_stated(path, applied_to(GridForm(), stated)) : search(path, stated).settle();
+  return known ? as_stated(path, {.form = applied_to(GridForm(), stated)})
+               : search(path, stated).settle();
 }
 
 Found find_restart(const std::string& path, const StatedRestartForm& stated,
-                   const std::optional<Extents>& grid, Look look) {
+                   const std::shared_ptr<const Extents>& grid, Look look) {
   const Coding coding = applied_to(Coding(), stated.coding);
   if (stated.layout && !has_files_of(traits_of(*stated.layout), coding)) {
     throw Unusable(
@@ -224,29 +208,25 @@ Found find_restart(const std::string& path, const StatedRestartForm& stated,
         (is_planar(coding) ? no_planar_files : no_files_of(traits_of(*stated.layout), coding)));
   }
   const bool known = look == Look::where_needed && is_complete(stated);
-  return known ? as_stated(path, applied_to(RestartForm(), stated))
-               : search(path, stated, grid).settle();
+  Found found = known ? as_stated(path, {.form = applied_to(RestartForm(), stated)})
+                      : search(path, stated, grid).settle();
+  found.grid_extents = grid;
+  return found;
 }
 
 Found find_any(const std::string& path) {
-  const auto detect = [&path] { return with_failures([&] { return detect_any(path); }); };
-  return Search(path, {}, detect(), detect).settle();
+  return Search{path, {}, detect_any(path)}.settle();
 }
 
 Fit fit_of(const std::string& path, const Reading& reading) {
-  if (!is_regular(path)) return {};
-  return with_failures([&] {
-    return reading.is_grid() ? compare(path, reading.grid())
-                             : compare(path, reading.restart(), reading.extents,
-                                       reading.triplets.value_or(false));
-  });
+  return is_regular(path) ? compare(path, reading) : Fit{};
 }
 
-std::string advice(const std::string& path, const Reading& reading,
-                   const std::optional<Extents>& grid) {
+std::string advice(const std::string& path, const Found& found) {
   if (!is_regular(path)) return "";
-  return reading.is_grid() ? search(path, stated_as(reading.grid())).help()
-                           : search(path, stated_as(reading.restart()), grid).help();
+  return found.reading.is_grid()
+             ? search(path, stated_as(found.grid())).help()
+             : search(path, stated_as(found.restart()), found.grid_extents).help();
 }
 
 }  // namespace p3dgrid::tool

@@ -21,7 +21,6 @@ struct FormOption {
   std::string name;
   std::string value;
 
-  [[nodiscard]] std::string text() const { return name + " " + value; }
   friend bool operator==(const FormOption&, const FormOption&) = default;
 };
 

@@ -16,7 +16,7 @@ namespace {
 template <class Find>
 std::optional<Reading> certain(const Find& find) {
   try {
-    Reading reading = find().reading;
+    Reading reading = with_failures(find).reading;
     if (reading.checked && reading.fit.whole() && !reading.free_count) return reading;
   } catch (const Failure&) {
     // No reading fits, or several do.
@@ -29,30 +29,28 @@ std::optional<Reading> known(const std::string& path) {
 }
 
 /// The same with a grid, by whose extents layouts without extents of their own are recognised.
-std::optional<Reading> known_beside(const std::string& path, const Extents& grid) {
-  auto reading = known(path);
-  if (reading) return reading;
-  reading = certain([&] { return find_restart(path, {}, grid); });
+std::optional<Reading> known_beside(const std::string& path,
+                                    const std::shared_ptr<const Extents>& grid) {
+  if (auto reading = known(path)) return reading;
+  auto reading = certain([&] { return find_restart(path, {}, grid); });
   // A grid can look like a solution of fewer variables than five.
   const bool solution = reading && !reading->own_extents && reading->restart().sections &&
                         variables_in(*reading->restart().sections) >= solution_variables;
   return solution ? reading : std::nullopt;
 }
 
-[[noreturn]] void refuse(const std::string& path, const Reading& reading,
-                         const std::string& meant) {
-  const std::string what =
-      reading.is_grid()
-          ? "is a grid, not a restart (flow-solution) file: " + describe(reading.grid())
-          : "is a restart (flow-solution) file, not a grid: " + describe(reading);
-  throw Unreadable(path + ": " + what + "; " + meant);
-}
-
 enum class Kind { grid, restart };
 
-void refuse_if(Kind kind, const std::string& path, const std::string& meant) {
-  const auto reading = known(path);
-  if (reading && reading->is_grid() == (kind == Kind::grid)) refuse(path, *reading, meant);
+/// Throws a Failure if the reading of the file is of this kind.
+/// @param meant  what the user may have meant, as part of a sentence
+void refuse_if(Kind kind, const std::string& path, const std::optional<Reading>& reading,
+               const std::string& meant) {
+  if (!reading || reading->is_grid() != (kind == Kind::grid)) return;
+  const std::string what =
+      reading->is_grid()
+          ? "is a grid, not a restart (flow-solution) file: " + describe(reading->grid())
+          : "is a restart (flow-solution) file, not a grid: " + describe(*reading);
+  throw Mismatch(path + ": " + what + "; " + meant);
 }
 
 /// The text with files in place of the words that stand for them.
@@ -74,40 +72,37 @@ std::string line_for(const Usage& usage, const std::string& grid, const std::str
   return "'" + filled_in(usage.command_line, {{"GRID", grid}, {"RESTART", restart}}) + "'";
 }
 
-void refuse_if_restart_alone(const std::string& path, const Usage& usage) {
-  refuse_if(Kind::restart, path,
-            usage.restart_alone != nullptr ? filled_in(usage.restart_alone, {{"FILE", path}})
-                                           : line_for(usage, "GRID", path) + " takes it");
-}
-
-/// The restart file of the command may be the grid.
+/// @param restart_path  of the command, which may be the grid; empty for a grid alone
 void refuse_if_restart(const std::string& path, const std::string& restart_path,
                        const Usage& usage) {
+  if (restart_path.empty()) {
+    return refuse_if(Kind::restart, path, known(path),
+                     usage.restart_alone != nullptr
+                         ? filled_in(usage.restart_alone, {{"FILE", path}})
+                         : line_for(usage, "GRID", path) + " takes it");
+  }
   const auto other = known(restart_path);
   if (!other || !other->is_grid()) {
-    return refuse_if(Kind::restart, path,
+    return refuse_if(Kind::restart, path, known(path),
                      line_for(usage, "GRID", path) + " takes it with its grid");
   }
-  const auto reading = known_beside(path, *other->extents);
-  if (reading && !reading->is_grid()) {
-    const std::string& grid = restart_path;
-    refuse(path, *reading, grid + " is the grid: " + line_for(usage, grid, path));
-  }
+  refuse_if(Kind::restart, path, known_beside(path, other->extents),
+            restart_path + " is the grid: " + line_for(usage, restart_path, path));
 }
 
 void refuse_if_grid(const std::string& path, const std::string& grid_path, const Usage& usage) {
-  refuse_if(Kind::grid, path,
+  refuse_if(Kind::grid, path, known(path),
             usage.grid_alone != nullptr
                 ? filled_in(usage.grid_alone, {{"GRID", path}})
                 : line_for(usage, grid_path, "RESTART") + " takes a restart file there");
 }
 
-/// Runs `find`. If the file is unreadable, `explain` may throw a Failure that says more.
+/// Runs `find`. If the file is not what was stated, `explain` may throw a Failure that says more.
 template <class Find, class Explain>
 Found find_or_explain(const Find& find, const Explain& explain) {
   try {
-    return find();
-  } catch (const Unreadable&) {
+    return with_failures(find);
+  } catch (const Mismatch&) {
     explain();
     throw;
   }
@@ -125,12 +120,14 @@ Found find_file(const std::string& path, const StatedForms& stated, Look look) {
   if (!grid_option.empty()) {
     return find_or_explain(
         [&] { return find_grid(path, stated.grid, look); },
-        [&] { refuse_if(Kind::restart, path, grid_option + " describes a grid"); });
+        [&] { refuse_if(Kind::restart, path, known(path), grid_option + " describes a grid"); });
   }
   if (!restart_option.empty()) {
-    return find_or_explain(
-        [&] { return find_restart(path, stated.restart, std::nullopt, look); },
-        [&] { refuse_if(Kind::grid, path, restart_option + " describes a restart file"); });
+    return find_or_explain([&] { return find_restart(path, stated.restart, {}, look); },
+                           [&] {
+                             refuse_if(Kind::grid, path, known(path),
+                                       restart_option + " describes a restart file");
+                           });
   }
   return find_any(path);
 }
@@ -138,18 +135,13 @@ Found find_file(const std::string& path, const StatedForms& stated, Look look) {
 CaseInput::CaseInput(std::string path, std::string restart_path, const StatedForms& stated,
                      const Usage& usage, Look look)
     : path_(std::move(path)), restart_path_(std::move(restart_path)) {
-  const bool is_alone = restart_path_.empty();
-  if (!is_alone) require_regular_file(restart_path_);
+  if (!restart_path_.empty()) require_regular_file(restart_path_);
   found_grid_ = find_or_explain([&] { return find_grid(path_, stated.grid, look); },
-                                [&] {
-                                  if (is_alone)
-                                    refuse_if_restart_alone(path_, usage);
-                                  else
-                                    refuse_if_restart(path_, restart_path_, usage);
-                                });
-  if (is_alone) return;
+                                [&] { refuse_if_restart(path_, restart_path_, usage); });
+  if (restart_path_.empty()) return;
+  const auto grid = std::make_shared<const Extents>(extents());
   found_restart_ =
-      find_or_explain([&] { return find_restart(restart_path_, stated.restart, extents(), look); },
+      find_or_explain([&] { return find_restart(restart_path_, stated.restart, grid, look); },
                       [&] { refuse_if_grid(restart_path_, path_, usage); });
   require_same_extents(usage);
 }
@@ -163,7 +155,7 @@ void CaseInput::require_same_extents(const Usage& usage) const {
   }
   if (*reading.extents == extents()) return;
   if (reading.free_count) refuse_if_grid(restart_path_, path_, usage);
-  for (const std::string& line : mismatch_report(extents(), *reading.extents)) print_result(line);
+  for (const std::string& line : mismatch_report(extents(), *reading.extents)) print_line(line);
   throw Mismatch(
       differing_blocks(restart_path_, *reading.extents, extents(), path_).front().what());
 }
@@ -179,7 +171,7 @@ GridInput& CaseInput::grid() const {
 }
 
 RestartInput& CaseInput::restart() const {
-  if (!restart_) restart_.emplace(restart_path_, found_restart_, extents());
+  if (!restart_) restart_.emplace(restart_path_, found_restart_);
   return *restart_;
 }
 

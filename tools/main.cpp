@@ -2,7 +2,7 @@
 
 #include "command.hpp"
 #include "console.hpp"
-#include "process.hpp"
+#include "failure.hpp"
 #include "progress.hpp"
 
 namespace p3dgrid::tool {
@@ -40,7 +40,7 @@ void run(int argc, const char* const* argv) {
   }
   set_quiet(request.quiet);
   std::optional<Progress> progress;
-  if (!request.quiet && !request.no_progress && Progress::has_reader()) progress.emplace();
+  if (!request.quiet && !request.no_progress) progress.emplace();
   request.run();
 }
 

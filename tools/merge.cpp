@@ -1,12 +1,10 @@
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "command.hpp"
 #include "console.hpp"
 #include "failure.hpp"
 #include "file_names.hpp"
-#include "form_options.hpp"
 #include "info.hpp"
 #include "options.hpp"
 #include "parts.hpp"
@@ -14,11 +12,6 @@
 
 namespace p3dgrid::tool {
 namespace {
-
-struct MergeOptions {
-  std::vector<std::string> paths;  ///< those read, then the one written
-  PartOptions files;
-};
 
 constexpr Usage merge_usage = {
     .command_line = "p3dgrid merge GRID... OUT --restart RESTART... OUT",
@@ -42,14 +35,14 @@ std::string precision_text(const Coding& coding) {
   return is_text(coding) ? "of text" : name_of(coding.precision);
 }
 
-void compare_grids(const MergeOptions& options, const CaseInput& first, const CaseInput& other) {
-  const std::string& out = options.paths.back();
+void compare_grids(const PartOptions& options, const CaseInput& first, const CaseInput& other) {
+  const std::string& out = options.grids.back();
   const Comparison note{first.path(), other.path()};
-  if (!options.files.change.coding.precision) {
+  if (!options.change.coding.precision) {
     note("precision", precision_text(first.form().coding), precision_text(other.form().coding),
          out + " has the higher");
   }
-  if (!options.files.change.iblank) {
+  if (!options.change.iblank) {
     note("blanking", name_of(first.form().iblank), name_of(other.form().iblank),
          out + " holds 1 where there is none");
   }
@@ -57,14 +50,13 @@ void compare_grids(const MergeOptions& options, const CaseInput& first, const Ca
        name_of(other.form().coding.dimensions), out + " has those of the first file");
 }
 
-void compare_solutions(const MergeOptions& options, const CaseInput& first,
-                       const CaseInput& other) {
+void compare_solutions(const PartOptions& options, const CaseInput& first, const CaseInput& other) {
   const Comparison note{first.restart_path(), other.restart_path()};
-  const std::string& out = options.files.solutions.back();
+  const std::string& out = options.solutions.back();
   const SolutionHeader& one = first.restart().header();
   const SolutionHeader& two = other.restart().header();
   if (one.form.layout != two.form.layout) return;  // refused later
-  if (!options.files.change.coding.precision) {
+  if (!options.change.coding.precision) {
     note("precision", precision_text(one.form.coding), precision_text(two.form.coding),
          out + " has the higher");
   }
@@ -85,26 +77,25 @@ void compare_solutions(const MergeOptions& options, const CaseInput& first,
   }
 }
 
-void merge(const MergeOptions& options) {
-  const PartOptions& files = options.files;
-  const std::vector<std::string> grids(options.paths.begin(), options.paths.end() - 1);
-  if (grids.size() < 2) throw Unusable("merge takes at least two grids and the file to write");
-  const std::string wrong = wrong_output_name(options.paths.back());
-  if (!wrong.empty()) throw Unusable(wrong);
-  PartOutput output(files, grids, options.paths.back(), files.solution_output());
-  std::deque<CaseInput> inputs = open_cases(files, grids, merge_usage);
-  for (std::size_t n = 1; n < inputs.size(); ++n) {
-    compare_grids(options, inputs.front(), inputs[n]);
-    if (files.has_solution()) compare_solutions(options, inputs.front(), inputs[n]);
+void merge(const PartOptions& options) {
+  if (options.grids.size() < 3) {
+    throw Unusable("merge takes at least two grids and the file to write");
   }
-  output.write({inputs, whole_blocks(inputs)});
-  output.commit();
+  const std::string wrong = wrong_output_name(options.grids.back());
+  if (!wrong.empty()) throw Unusable(wrong);
+  write_parts(options, merge_usage, [&](std::deque<CaseInput>& inputs) {
+    for (std::size_t n = 1; n < inputs.size(); ++n) {
+      compare_grids(options, inputs.front(), inputs[n]);
+      if (options.has_solution()) compare_solutions(options, inputs.front(), inputs[n]);
+    }
+    return Parts{inputs, whole_blocks(inputs)};
+  });
 }
 
 }  // namespace
 
 Command merge_command() {
-  const auto options = std::make_shared<MergeOptions>();
+  const auto options = std::make_shared<PartOptions>();
   Command command{
       .name = "merge",
       .meaning = "Write the blocks of several grids, and of their solutions, into one file",
@@ -112,11 +103,11 @@ Command merge_command() {
           "Examples:\n"
           "  p3dgrid merge grid.p3d upper.p3d all.p3d\n"
           "  p3dgrid merge grid.p3d grid.p3d all.p3d --restart flow.q flow.q all.q",
-      .arguments = {{"GRID... OUT", &options->paths,
+      .arguments = {{"GRID... OUT", &options->grids,
                      "Grid files to read, then the one to write; replaced whole or not at all",
                      Argument::Use::inputs_and_output}},
       .run = [options] { merge(*options); }};
-  add_part_options(command, options->files, Option::any_count);
+  add_part_options(command, *options, Option::any_count);
   return command;
 }
 

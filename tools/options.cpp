@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
-#include <utility>
 
 #include "failure.hpp"
 #include "file_names.hpp"
@@ -132,8 +131,11 @@ std::string PartOptions::solution_output() const {
   return solutions.back();
 }
 
-StatedRestartForm PartOptions::restart_change() const {
-  return {.layout = layout, .coding = change.coding, .multiblock = change.multiblock};
+std::vector<Argument> grid_and_output(PartOptions& options, const std::string& meaning) {
+  options.grids.resize(2);
+  return {{"GRID", &options.grids.front(), "Grid file to read"},
+          {"OUT", &options.grids.back(), meaning + "; replaced whole or not at all",
+           Argument::Use::output}};
 }
 
 void add_part_options(Command& command, PartOptions& options, int values) {

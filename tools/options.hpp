@@ -34,18 +34,22 @@ void add_target_options(Command& command, StatedRestartForm& change, HeaderValue
 /// Options of commands that write parts of grids and, optionally, the same parts of their
 /// solutions.
 struct PartOptions {
+  std::vector<std::string> grids;      ///< paths of those read, then of the one written
+  std::vector<std::string> solutions;  ///< the same for `--restart`; empty without
   StatedForms stated;                  ///< of the files read
   StatedGridForm change;               ///< of both files written, except for the layout
   std::optional<Layout> layout;        ///< of the restart file written
-  std::vector<std::string> solutions;  ///< those read, then the one written; empty for none
 
   [[nodiscard]] bool has_solution() const { return !solutions.empty(); }
   /// The solution written; empty for none. Throws a Failure if its name belongs to a format that is
   /// not written.
   [[nodiscard]] std::string solution_output() const;
-  /// The stated members of the form of the restart file written.
-  [[nodiscard]] StatedRestartForm restart_change() const;
 };
+
+/// The arguments GRID and OUT.
+/// @param meaning  of OUT
+[[nodiscard]] std::vector<Argument> grid_and_output(
+    PartOptions& options, const std::string& meaning = "Grid file to write");
 
 /// Adds the options that describe the files read and written, and the option `--restart`.
 /// @param values  of `--restart`
@@ -67,6 +71,15 @@ void add_part_options(Command& command, PartOptions& options, int values = 2);
 /// @param count  its number of blocks
 [[nodiscard]] std::vector<std::int32_t> blocks_in(const std::string& text, const std::string& path,
                                                   std::int32_t count);
+
+/// Makes an option set `target` to what `parse` returns, which is none for an invalid text.
+template <class Parsed, class Parse>
+[[nodiscard]] Option parsed(Option option, Parsed& target, Parse parse,
+                            const std::string& complaint) {
+  option.target = [&target, parse](const std::string& text) { target = *parse(text); };
+  option.check = checked(complaint, parse);
+  return option;
+}
 
 /// A plane on which one coordinate is constant.
 struct CoordinatePlane {

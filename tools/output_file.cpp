@@ -60,23 +60,6 @@ std::size_t take_place(const char* path) {
   throw Unusable(std::string(path) + ": too many temporary files");
 }
 
-/// Blocks the ending signals while it lives.
-class SignalsBlocked {
- public:
-  SignalsBlocked() {
-    sigset_t blocked;
-    ::sigemptyset(&blocked);
-    for (const int signal : ending_signals) ::sigaddset(&blocked, signal);
-    ::sigprocmask(SIG_BLOCK, &blocked, &before_);
-  }
-  SignalsBlocked(const SignalsBlocked&) = delete;
-  SignalsBlocked& operator=(const SignalsBlocked&) = delete;
-  ~SignalsBlocked() { ::sigprocmask(SIG_SETMASK, &before_, nullptr); }
-
- private:
-  sigset_t before_{};
-};
-
 class Descriptor {
  public:
   explicit Descriptor(int number) : number_(number) {}
@@ -130,25 +113,16 @@ std::string target_of(const std::string& path) {
   return target.string();
 }
 
-const char* kind_of(const struct stat& status) {
-  switch (status.st_mode & S_IFMT) {
-    case S_IFDIR:
-      return "a folder";
-    case S_IFIFO:
-      return "a pipe";
-    case S_IFSOCK:
-      return "a socket";
-    default:
-      return "a device";
-  }
+const char* kind_of(mode_t mode) {
+  return S_ISDIR(mode)    ? "a folder"
+         : S_ISFIFO(mode) ? "a pipe"
+         : S_ISSOCK(mode) ? "a socket"
+                          : "a device";
 }
 
 std::string temporary_name() {
   std::random_device random;
-  std::array<char, 48> name{};
-  std::snprintf(name.data(), name.size(), "%s%ld-%08x.tmp", temporary_prefix,
-                static_cast<long>(::getpid()), random());
-  return name.data();
+  return temporary_prefix + std::to_string(::getpid()) + "-" + std::to_string(random()) + ".tmp";
 }
 
 /// Forces what was written to the disk; false, with the reason in `errno`, if that fails.
@@ -179,14 +153,13 @@ void UnfinishedFile::release() {
 }
 
 bool create_temporary(std::optional<UnfinishedFile>& file, const std::string& folder, mode_t mode) {
-  const SignalsBlocked blocked;
   for (int attempt = 0; attempt < 100; ++attempt) {
-    const std::string path = (std::filesystem::path(folder) / temporary_name()).string();
-    const Descriptor created(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
-    if (created.open()) {
-      file.emplace(path);
-      return true;
-    }
+    // Registered first, so that no signal can come between the two.
+    file.emplace((std::filesystem::path(folder) / temporary_name()).string());
+    const Descriptor created(
+        ::open(file->path().c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+    if (created.open()) return true;
+    file->release();  // a file of this name belongs to another process
     if (errno != EEXIST) break;
   }
   return false;
@@ -199,7 +172,8 @@ OutputFile::OutputFile(std::string path, const std::vector<std::string>& inputs)
   replaced_ = status_of(target_);
   const std::filesystem::path target = target_;
   if (replaced_ && !S_ISREG(replaced_->st_mode)) {
-    fail(path_, std::string("is ") + kind_of(*replaced_) + "; only regular files are replaced");
+    fail(path_,
+         std::string("is ") + kind_of(replaced_->st_mode) + "; only regular files are replaced");
   }
   if (!target.has_filename()) fail(path_, "does not name a file");
   if (replaced_ && ::faccessat(AT_FDCWD, target_.c_str(), W_OK, AT_EACCESS) != 0) {

@@ -50,9 +50,6 @@ class OutputFile {
   /// stays, and the file it leads to is replaced.
   /// @param inputs  files that are read; `path` must not be one of them
   explicit OutputFile(std::string path, const std::vector<std::string>& inputs = {});
-  OutputFile(const OutputFile&) = delete;
-  OutputFile& operator=(const OutputFile&) = delete;
-  ~OutputFile() = default;
 
   /// As the user named it.
   [[nodiscard]] const std::string& path() const { return path_; }

@@ -18,9 +18,7 @@ GridForm combined_form(const Parts& parts) {
   GridForm form = parts.inputs.front().form();
   for (const CaseInput& input : parts.inputs) {
     const GridForm& other = input.form();
-    if (!is_text(other.coding) && other.coding.precision == Precision::double_precision) {
-      form.coding.precision = Precision::double_precision;
-    }
+    if (holds_doubles(other.coding)) form.coding.precision = Precision::double_precision;
     form.iblank = form.iblank || other.iblank;
   }
   form.multiblock = form.multiblock || parts.inputs.size() > 1;
@@ -46,42 +44,7 @@ Block read(const Parts& parts, const Part& part) {
   return block;
 }
 
-}  // namespace
-
-std::deque<CaseInput> open_cases(const PartOptions& options, const std::vector<std::string>& grids,
-                                 const Usage& usage) {
-  std::deque<CaseInput> inputs;
-  if (options.has_solution() && options.solutions.size() != grids.size() + 1) {
-    throw Unusable("--restart names " +
-                   counted(static_cast<std::int64_t>(options.solutions.size()) - 1, "solution") +
-                   " and the file to write, and there are " + counted(std::ssize(grids), "grid"));
-  }
-  for (std::size_t n = 0; n < grids.size(); ++n) {
-    inputs.emplace_back(grids[n], options.has_solution() ? options.solutions[n] : "",
-                        options.stated, usage);
-  }
-  return inputs;
-}
-
-BlockExtents Parts::extents_of(const Part& part) const {
-  const BlockExtents whole = inputs[part.input].extents().of(part.block);
-  return part.orientation.extents_of(part.range.extents_in(whole));
-}
-
-Extents Parts::extents() const {
-  Extents extents;
-  for (const Part& part : list) extents.add(extents_of(part));
-  return extents;
-}
-
-std::vector<Part> whole_blocks(const std::deque<CaseInput>& inputs) {
-  std::vector<Part> parts;
-  for (std::size_t n = 0; n < inputs.size(); ++n) {
-    for (std::size_t b = 0; b < inputs[n].extents().i.size(); ++b) parts.push_back({n, b});
-  }
-  return parts;
-}
-
+/// Returns a summary, one line.
 std::string write_grid(const OutputFile& output, const Parts& parts, const StatedGridForm& change) {
   const Extents extents = parts.extents();
   const GridForm form = applied_to(combined_form(parts), change);
@@ -109,10 +72,46 @@ std::string write_grid(const OutputFile& output, const Parts& parts, const State
   return output.path() + ": " + counted(extents) + ", " + describe(form);
 }
 
-PartOutput::PartOutput(const PartOptions& options, const std::vector<std::string>& grids,
-                       std::string grid, std::string solution)
+}  // namespace
+
+std::deque<CaseInput> open_cases(const PartOptions& options, const Usage& usage) {
+  const std::vector<std::string>& grids = options.grids;
+  const std::vector<std::string>& solutions = options.solutions;
+  if (options.has_solution() && solutions.size() != grids.size()) {
+    throw Unusable("--restart names " + counted(std::ssize(solutions) - 1, "solution") +
+                   " and the file to write, and there are " +
+                   counted(std::ssize(grids) - 1, "grid"));
+  }
+  std::deque<CaseInput> inputs;
+  for (std::size_t n = 0; n + 1 < grids.size(); ++n) {
+    inputs.emplace_back(grids[n], options.has_solution() ? solutions[n] : "", options.stated,
+                        usage);
+  }
+  return inputs;
+}
+
+BlockExtents Parts::extents_of(const Part& part) const {
+  const BlockExtents whole = inputs[part.input].extents().of(part.block);
+  return part.orientation.extents_of(part.range.extents_in(whole));
+}
+
+Extents Parts::extents() const {
+  Extents extents;
+  for (const Part& part : list) extents.add(extents_of(part));
+  return extents;
+}
+
+std::vector<Part> whole_blocks(const std::deque<CaseInput>& inputs) {
+  std::vector<Part> parts;
+  for (std::size_t n = 0; n < inputs.size(); ++n) {
+    for (std::size_t b = 0; b < inputs[n].extents().i.size(); ++b) parts.push_back({n, b});
+  }
+  return parts;
+}
+
+PartOutput::PartOutput(const PartOptions& options, std::string grid, std::string solution)
     : options_(options) {
-  std::vector<std::string> read = grids;
+  std::vector<std::string> read(options.grids.begin(), options.grids.end() - 1);
   if (options.has_solution()) {
     read.insert(read.end(), options.solutions.begin(), options.solutions.end() - 1);
     if (solution == grid) throw Unusable(grid + ": cannot be both the grid and its solution");
@@ -122,9 +121,12 @@ PartOutput::PartOutput(const PartOptions& options, const std::vector<std::string
 }
 
 void PartOutput::write(const Parts& parts) {
-  grid_summary_ = write_grid(*grid_, parts, options_.change);
+  const StatedGridForm& change = options_.change;
+  grid_summary_ = write_grid(*grid_, parts, change);
   if (!solution_) return;
-  solution_summary_ = write_restart(*solution_, parts, options_.restart_change(), {});
+  solution_summary_ = write_restart(
+      *solution_, parts,
+      {.layout = options_.layout, .coding = change.coding, .multiblock = change.multiblock}, {});
 }
 
 void PartOutput::commit() {
@@ -133,6 +135,14 @@ void PartOutput::commit() {
   if (!solution_) return;
   solution_->commit();
   print_summary(solution_summary_);
+}
+
+void write_parts(const PartOptions& options, const Usage& usage,
+                 const std::function<Parts(std::deque<CaseInput>&)>& parts_of) {
+  PartOutput output(options, options.grids.back(), options.solution_output());
+  std::deque<CaseInput> inputs = open_cases(options, usage);
+  output.write(parts_of(inputs));
+  output.commit();
 }
 
 }  // namespace p3dgrid::tool

@@ -17,9 +17,7 @@ namespace p3dgrid::tool {
 
 /// Finds the forms of grids and, if `--restart` is given, of their solutions.
 /// @param usage  of the command with a solution, for messages
-[[nodiscard]] std::deque<CaseInput> open_cases(const PartOptions& options,
-                                               const std::vector<std::string>& grids,
-                                               const Usage& usage);
+[[nodiscard]] std::deque<CaseInput> open_cases(const PartOptions& options, const Usage& usage);
 
 /// A block of an output file: a part of a block of an input, whose directions are then reordered.
 struct Part {
@@ -43,12 +41,8 @@ struct Parts {
 /// All blocks of the inputs.
 [[nodiscard]] std::vector<Part> whole_blocks(const std::deque<CaseInput>& inputs);
 
-/// Writes a grid. Returns a summary, one line.
-/// @param change  the stated members of its form; the others are those of the first input
-[[nodiscard]] std::string write_grid(const OutputFile& output, const Parts& parts,
-                                     const StatedGridForm& change);
-
 /// Writes a solution. Returns a summary, one line.
+/// @param change  the stated members of its form; the others are those of the first input
 [[nodiscard]] std::string write_restart(const OutputFile& output, const Parts& parts,
                                         const StatedRestartForm& change,
                                         const HeaderValues& values);
@@ -57,10 +51,9 @@ struct Parts {
 class PartOutput {
  public:
   /// Reserves the files.
-  /// @param grids     that are read
-  /// @param solution  path of the solution; ignored without `--restart`
-  PartOutput(const PartOptions& options, const std::vector<std::string>& grids, std::string grid,
-             std::string solution);
+  /// @param grid      path
+  /// @param solution  path; ignored without `--restart`
+  PartOutput(const PartOptions& options, std::string grid, std::string solution);
 
   void write(const Parts& parts);
 
@@ -74,5 +67,9 @@ class PartOutput {
   std::string grid_summary_;
   std::string solution_summary_;
 };
+
+/// Writes the parts that `parts_of` chooses, and prints the summaries.
+void write_parts(const PartOptions& options, const Usage& usage,
+                 const std::function<Parts(std::deque<CaseInput>&)>& parts_of);
 
 }  // namespace p3dgrid::tool

@@ -60,14 +60,6 @@ auto list_parser(std::optional<Value> (*parse)(const std::string&)) {
   };
 }
 
-/// Makes an option set `target` to what `parse` returns, which is none for an invalid text.
-template <class Target, class Parse>
-Option parsed(Option option, Target& target, Parse parse, const std::string& complaint) {
-  option.target = [&target, parse](const std::string& text) { target = *parse(text); };
-  option.check = checked(complaint, parse);
-  return option;
-}
-
 std::vector<Option> picture_options(plot::Request& request) {
   const auto take_quality = [&](const std::string& text) {
     using plot::CellQuality;

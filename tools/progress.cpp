@@ -56,6 +56,7 @@ void show_progress(const FileProgress& now) {
 }
 
 Progress::Progress() : next_line_(Clock::now() + delay) {
+  if (::isatty(STDERR_FILENO) != 1) return;
   shown = this;
   mod_p3dgrid::p3dsetprogress(show_progress);
 }
@@ -64,10 +65,6 @@ Progress::~Progress() {
   mod_p3dgrid::p3dsetprogress({});
   shown = nullptr;
   show_status("");
-}
-
-bool Progress::has_reader() {
-  return ::isatty(STDERR_FILENO) == 1;
 }
 
 void Progress::update(const FileProgress& now) {

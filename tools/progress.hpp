@@ -16,16 +16,13 @@ void expect_values(const Coding& coding, std::int64_t reals, std::int64_t intege
 void show_progress(const mod_p3dgrid::FileProgress& now);
 
 /// Shows on standard error how far reading and writing is, while it lives: after one second, one
-/// line that is overwritten several times a second.
+/// line that is overwritten several times a second. Shows nothing unless that is a terminal.
 class Progress {
  public:
   Progress();
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
   ~Progress();
-
-  /// True if standard error is a terminal.
-  [[nodiscard]] static bool has_reader();
 
   void update(const mod_p3dgrid::FileProgress& now);
 

@@ -32,15 +32,15 @@ std::string range_text(const Connection& connection) {
 }
 
 void print_totals(const QualityTotals& totals) {
-  print_result("total: " + counted(totals.cells, "cell") + ", " + std::to_string(totals.negative) +
-               " of negative volume; " + counted(totals.zero_edges, "edge") + " of length 0; " +
-               counted(totals.left_handed_blocks, "left-handed block"));
+  print_line("total: " + counted(totals.cells, "cell") + ", " + std::to_string(totals.negative) +
+             " of negative volume; " + counted(totals.zero_edges, "edge") + " of length 0; " +
+             counted(totals.left_handed_blocks, "left-handed block"));
 }
 
 }  // namespace
 
 void print_quality(const std::string& path, const QualityReport& report) {
-  print_result(path + ": first or worst places are (i,j,k), counted from 1");
+  print_line(path + ": first or worst places are (i,j,k), counted from 1");
   Table table({"block", "cells", "handed", "negative", "zero volume", "zero edges", "stretching",
                "skewness"});
   for (std::size_t b = 0; b < report.blocks.size(); ++b) {
@@ -54,18 +54,17 @@ void print_quality(const std::string& path, const QualityReport& report) {
   print_totals(totals_of(report));
   for (std::size_t b = 0; b < report.blocks.size(); ++b) {
     if (report.blocks[b].invalid_points == 0) continue;
-    print_result("block " + std::to_string(b + 1) + ": " +
-                 counted(report.blocks[b].invalid_points, "point") + " not finite, left out");
+    print_line("block " + std::to_string(b + 1) + ": " +
+               counted(report.blocks[b].invalid_points, "point") + " not finite, left out");
   }
   for (const Connection& c : report.connections) {
-    const std::string common =
-        c.kind == Connection::Kind::whole
-            ? "coincide"
-            : "share " + counted(c.points, "point") + " in " + range_text(c) + " of the first";
-    print_result("block " + std::to_string(c.one.block + 1) + " " + c.one.text() + " and block " +
-                 std::to_string(c.other.block + 1) + " " + c.other.text() + " " + common);
+    const std::string common = c.is_whole ? "coincide"
+                                          : "share " + counted(c.points, "point") + " in " +
+                                                range_text(c) + " of the first";
+    print_line("block " + std::to_string(c.one.block + 1) + " " + c.one.text() + " and block " +
+               std::to_string(c.other.block + 1) + " " + c.other.text() + " " + common);
   }
-  if (report.connections.empty()) print_result("no faces coincide");
+  if (report.connections.empty()) print_line("no faces coincide");
 }
 
 }  // namespace p3dgrid::tool

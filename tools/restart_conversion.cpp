@@ -20,30 +20,25 @@ struct SettledValue {
   std::optional<double> stated;
   bool known;  ///< the file read gives it
 
-  [[nodiscard]] bool missing() const { return !stated && !known; }
   /// As stated, as read, or 0.
   [[nodiscard]] double settled(double read) const { return stated.value_or(known ? read : 0); }
 };
-using SettledValues = std::vector<SettledValue>;
 
-/// Step count and step size, if the file written has them.
-SettledValues step_values(const Conversion& conversion) {
-  if (!traits_of(conversion.written.form.layout).holds_step()) return {};
-  const bool known = traits_of(conversion.read.form.layout).holds_step();
-  const HeaderValues& values = conversion.values;
-  return {{"step count", "--step", values.step, known},
-          {"step size", "--step-size", values.step_size, known}};
-}
-
-/// Mach number, angle of attack, Reynolds number and time of a block, if the file written has them.
-SettledValues parameter_values(const Conversion& conversion) {
-  if (traits_of(conversion.written.form.layout).parameters == 0) return {};
+/// The header values that the layout of the file written has: step count and step size, or Mach
+/// number, angle of attack, Reynolds number and time of each block.
+std::vector<SettledValue> settled_values(const Conversion& conversion) {
   const LayoutTraits& layout = traits_of(conversion.read.form.layout);
+  const LayoutTraits& written = traits_of(conversion.written.form.layout);
+  const HeaderValues& values = conversion.values;
+  if (written.holds_step()) {
+    return {{"step count", "--step", values.step, layout.holds_step()},
+            {"step size", "--step-size", values.step_size, layout.holds_step()}};
+  }
+  if (written.parameters == 0) return {};
   // Layout 0 holds the flow parameters without the time.
   const bool with_time = layout.parameters > 0;
   const bool known = with_time || (layout.header == HeaderKind::talven &&
                                    conversion.read.run.eqid == equations_with_parameters);
-  const HeaderValues& values = conversion.values;
   return {{"Mach number", "--mach", values.mach, known},
           {"angle of attack", "--alpha", values.alpha, known},
           {"Reynolds number", "--reynolds", values.reynolds, known},
@@ -96,23 +91,35 @@ std::string obstacle(const SolutionHeader& read, const RestartForm& written) {
   return "";
 }
 
-std::string obstacle(const HeaderValues& values, Layout layout) {
-  const bool parameters = values.mach || values.alpha || values.reynolds || values.time;
-  const bool step = values.step || values.step_size;
-  const std::string text = layout_text(layout);
-  if (parameters && traits_of(layout).parameters == 0) {
-    return text + " has no place for --mach, --alpha, --reynolds and --time";
+std::string obstacle(const HeaderValues& values, const RestartForm& written) {
+  const LayoutTraits& layout = traits_of(written.layout);
+  if (!layout.writable) {
+    return layout.more_parameters
+               ? "files of layout overflow can be read, but not written; --to-layout 3 keeps all "
+                 "variables, --to-layout 2 five of them and four flow parameters"
+               : "files of layout 0 can be read, but not written; --to-layout 1 keeps the step "
+                 "count and size";
   }
-  if (step && !traits_of(layout).holds_step())
-    return text + " has no place for --step and --step-size";
+  if (!has_files_of(layout, written.coding)) {
+    return no_planar_files + std::string("; --to-dimensions 3 writes it in three");
+  }
+  const bool parameters = values.mach || values.alpha || values.reynolds || values.time;
+  if (parameters && layout.parameters == 0) {
+    return layout_text(written.layout) + " has no place for --mach, --alpha, --reynolds and --time";
+  }
+  const bool step = values.step || values.step_size;
+  if (step && !layout.holds_step()) {
+    return layout_text(written.layout) + " has no place for --step and --step-size";
+  }
   return "";
 }
 
 Conversion conversion_of(const SolutionHeader& read, const StatedRestartForm& change,
                          const HeaderValues& values) {
   Conversion conversion{read, header_to_write(read, change), values};
-  if (const SettledValues step = step_values(conversion); !step.empty()) {
-    RunData& run = conversion.written.run;
+  RunData& run = conversion.written.run;
+  if (traits_of(conversion.written.form.layout).holds_step()) {
+    const std::vector<SettledValue> step = settled_values(conversion);
     run.nstep = static_cast<std::int32_t>(step[0].settled(run.nstep));
     run.dtau = step[1].settled(run.dtau);
   }
@@ -120,12 +127,13 @@ Conversion conversion_of(const SolutionHeader& read, const StatedRestartForm& ch
 }
 
 std::vector<double> Conversion::parameters(const std::vector<double>& read_parameters) const {
+  if (traits_of(written.form.layout).parameters == 0) return {};
   const RunData& run = read.run;
   const bool in_blocks = traits_of(read.form.layout).parameters > 0;
   const std::vector<double> given =
       in_blocks ? read_parameters : std::vector{run.talxm1, run.talalfa, run.talre, 0.0};
   std::vector<double> parameters;
-  for (const SettledValue& value : parameter_values(*this)) {
+  for (const SettledValue& value : settled_values(*this)) {
     parameters.push_back(value.settled(given[parameters.size()]));
   }
   return parameters;
@@ -136,12 +144,10 @@ std::vector<std::string> Conversion::notes() const {
   std::vector<std::string> notes;
   std::string names;
   std::string options;
-  for (const SettledValues& list : {step_values(*this), parameter_values(*this)}) {
-    for (const SettledValue& value : list) {
-      if (!value.missing()) continue;
-      names += (names.empty() ? "" : ", ") + std::string(value.name);
-      options += (options.empty() ? "" : ", ") + std::string(value.option);
-    }
+  for (const SettledValue& value : settled_values(*this)) {
+    if (value.stated || value.known) continue;
+    names += (names.empty() ? "" : ", ") + std::string(value.name);
+    options += (options.empty() ? "" : ", ") + std::string(value.option);
   }
   if (!names.empty()) {
     notes.push_back("holds 0 for what the file read does not give: " + names + " (" + options +

@@ -20,8 +20,8 @@ struct HeaderValues {
 /// Why the solution cannot be written in that form, as part of a sentence; empty if it can.
 [[nodiscard]] std::string obstacle(const SolutionHeader& read, const RestartForm& written);
 
-/// Why the layout cannot hold the stated values, as part of a sentence; empty if it can.
-[[nodiscard]] std::string obstacle(const HeaderValues& values, Layout layout);
+/// Why no file of that form can be written with the stated values; empty if one can.
+[[nodiscard]] std::string obstacle(const HeaderValues& values, const RestartForm& written);
 
 /// A solution that is written in another form.
 struct Conversion {

@@ -11,21 +11,6 @@
 namespace p3dgrid::tool {
 namespace {
 
-/// Why a file of this form cannot be written; empty if it can.
-std::string obstacle_to_form(const HeaderValues& values, const RestartForm& written) {
-  if (!traits_of(written.layout).writable) {
-    return traits_of(written.layout).more_parameters
-               ? "files of layout overflow can be read, but not written; --to-layout 3 keeps all "
-                 "variables, --to-layout 2 five of them and four flow parameters"
-               : "files of layout 0 can be read, but not written; --to-layout 1 keeps the step "
-                 "count and size";
-  }
-  if (!has_files_of(traits_of(written.layout), written.coding)) {
-    return no_planar_files + std::string("; --to-dimensions 3 writes it in three");
-  }
-  return obstacle(values, written.layout);
-}
-
 /// Refuses solutions that cannot be in one file.
 void require_alike(const CaseInput& first, const CaseInput& other) {
   const RestartForm& one = first.restart().header().form;
@@ -51,7 +36,7 @@ SolutionHeader combined_header(const Parts& parts) {
   for (const CaseInput& input : parts.inputs) {
     require_alike(parts.inputs.front(), input);
     const SolutionHeader& other = input.restart().header();
-    if (!is_text(other.form.coding) && other.form.coding.precision == Precision::double_precision) {
+    if (holds_doubles(other.form.coding)) {
       header.form.coding.precision = Precision::double_precision;
     }
     header.triplets = header.triplets && other.triplets;
@@ -117,24 +102,23 @@ std::string write_restart(const OutputFile& output, const Parts& parts,
   const std::string& path = output.path();
   const auto note = [&](const std::string& text) { print_note(path + " " + text); };
   const RestartForm& first = parts.inputs.front().restart_form();
-  output.require_writable(obstacle_to_form(values, applied_to(first, change)));
+  output.require_writable(obstacle(values, applied_to(first, change)));
   const SolutionHeader read = combined_header(parts);
-  RestartForm written = applied_to(read.form, change);
-  if (parts.inputs.size() > 1 && !change.multiblock) written.multiblock = true;  // for `obstacle`
-  output.require_writable(obstacle(read, written));
   const Conversion conversion = conversion_of(read, change, values);
+  const SolutionHeader& written = conversion.written;
+  output.require_writable(obstacle(read, written.form));
   output.stream([&] { copy(parts, conversion, output); });
   for (const CaseInput& input : parts.inputs) input.restart().require_form();
   for (const std::string& text : conversion.notes()) note(text);
   if (std::ranges::any_of(parts.inputs, [&](const CaseInput& input) {
-        return rounds_text(input.restart().header().form.coding, change.coding, written.coding);
+        return rounds_text(input.restart().header().form.coding, change.coding,
+                           written.form.coding);
       })) {
     note("holds about 7 digits of each variable; --to-precision double keeps more");
   }
-  note_contradiction(path, written.coding);
-  const SolutionHeader& header = conversion.written;
-  return path + ": " + counted(header.extents) + ", " +
-         counted(header.most_variables(), "variable") + ", " + describe(header.form);
+  note_contradiction(path, written.form.coding);
+  return path + ": " + counted(written.extents) + ", " +
+         counted(written.most_variables(), "variable") + ", " + describe(written.form);
 }
 
 }  // namespace p3dgrid::tool

@@ -1,4 +1,3 @@
-#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -15,8 +14,6 @@ namespace p3dgrid::tool {
 namespace {
 
 struct SplitOptions {
-  std::string input;
-  std::string output;
   std::optional<IndexPlane> plane;
   PartOptions files;
 };
@@ -42,8 +39,7 @@ Lists one_block_each(const std::deque<CaseInput>& inputs) {
 }
 
 /// A list of parts for each of two files, both with the points of the plane.
-Lists before_and_after(const SplitOptions& options, const std::deque<CaseInput>& inputs) {
-  const IndexPlane& plane = *options.plane;
+Lists before_and_after(const IndexPlane& plane, const std::deque<CaseInput>& inputs) {
   const std::string name = describe(plane);
   Lists lists(2);
   std::string before;
@@ -57,11 +53,11 @@ Lists before_and_after(const SplitOptions& options, const std::deque<CaseInput>&
     if (reaches) lists[1].push_back(part);
   }
   if (lists[1].empty()) {
-    throw Unusable(options.input + ": no block has points on both sides of " + name +
+    throw Unusable(inputs.front().path() + ": no block has points on both sides of " + name +
                    "; 'p3dgrid info' shows the extents");
   }
   if (!before.empty()) {
-    print_note(options.input + ": blocks without points beyond " + name +
+    print_note(inputs.front().path() + ": blocks without points beyond " + name +
                " are whole in the first file: " + before);
   }
   return lists;
@@ -70,12 +66,12 @@ Lists before_and_after(const SplitOptions& options, const std::deque<CaseInput>&
 void split(const SplitOptions& options) {
   const PartOptions& files = options.files;
   const std::string solution = files.solution_output();
-  std::deque<CaseInput> inputs = open_cases(files, {options.input}, split_usage);
-  const Lists lists = options.plane ? before_and_after(options, inputs) : one_block_each(inputs);
+  std::deque<CaseInput> inputs = open_cases(files, split_usage);
+  const Lists lists =
+      options.plane ? before_and_after(*options.plane, inputs) : one_block_each(inputs);
   std::deque<PartOutput> outputs;
   for (std::size_t n = 0; n < lists.size(); ++n) {
-    outputs.emplace_back(files, std::vector{options.input},
-                         numbered_path(options.output, n + 1, lists.size()),
+    outputs.emplace_back(files, numbered_path(files.grids.back(), n + 1, lists.size()),
                          numbered_path(solution, n + 1, lists.size()));
   }
   for (std::size_t n = 0; n < lists.size(); ++n) outputs[n].write({inputs, lists[n]});
@@ -86,9 +82,6 @@ void split(const SplitOptions& options) {
 
 Command split_command() {
   const auto options = std::make_shared<SplitOptions>();
-  const auto take_plane = [options = options.get()](const std::string& text) {
-    options->plane = plane_in(text);
-  };
   Command command{
       .name = "split",
       .meaning =
@@ -98,13 +91,12 @@ Command split_command() {
           "Examples:\n"
           "  p3dgrid split grid.p3d block.p3d --restart flow.q block.q\n"
           "  p3dgrid split grid.p3d side.p3d --at i=17",
-      .arguments = {{"GRID", &options->input, "Grid file to read"},
-                    {"OUT", &options->output,
-                     "Grid files to write, without their numbers; replaced whole or not at all",
-                     Argument::Use::output}},
-      .options = {{"--at", take_plane,
-                   "Write two files: the points up to this plane, and those from it on", "PLANE",
-                   checked("is no plane inside a block such as i=33", plane_in)}},
+      .arguments = grid_and_output(options->files, "Grid files to write, without their numbers"),
+      .options = {parsed({"--at",
+                          {},
+                          "Write two files: the points up to this plane, and those from it on",
+                          "PLANE"},
+                         options->plane, plane_in, "is no plane inside a block such as i=33")},
       .run = [options] { split(*options); }};
   add_part_options(command, options->files);
   return command;

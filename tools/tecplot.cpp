@@ -110,13 +110,13 @@ void export_tecplot(const TecplotOptions& options) {
   const Extents& extents = input.extents();
   RestartInput& restart = input.restart();
   output.require_writable(obstacle(options, restart.header()));
-  const std::vector<std::string> names = column_names(options, restart.header());
+  std::vector<std::string> names = column_names(options, restart.header());
+  const bool usual = names.empty();
+  if (usual) names.assign(TecplotWriter::flow_names.begin(), TecplotWriter::flow_names.end());
   GridInput& grid = input.grid();
   output.require_writable(obstacle(options, extents));
   output.stream([&] {
-    const std::vector<std::string> usual{TecplotWriter::flow_names.begin(),
-                                         TecplotWriter::flow_names.end()};
-    TecplotWriter writer(output.temporary_path(), names.empty() ? usual : names, options.iblank);
+    TecplotWriter writer(output.temporary_path(), names, options.iblank);
     for (std::size_t b = 0; b < extents.i.size(); ++b) {
       const Block block = grid.read(b);
       writer.write(
@@ -126,7 +126,7 @@ void export_tecplot(const TecplotOptions& options) {
   });
   grid.require_form();
   restart.require_form();
-  if (names.empty()) note_columns(options, input.restart_form());
+  if (usual) note_columns(options, input.restart_form());
   output.commit();
   print_summary(options.output + ": " + counted(extents.blocks(), "zone") + ", " +
                 counted(extents.points(), "point") + ", Tecplot text");

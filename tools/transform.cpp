@@ -7,17 +7,13 @@
 
 #include "command.hpp"
 #include "console.hpp"
-#include "failure.hpp"
 #include "options.hpp"
 #include "parts.hpp"
-#include "table.hpp"
 
 namespace p3dgrid::tool {
 namespace {
 
 struct TransformOptions {
-  std::string input;
-  std::string output;
   double scale = 1;
   std::vector<double> translation;
   std::optional<CoordinatePlane> mirror;
@@ -68,12 +64,12 @@ std::vector<Part> parts_of(const TransformOptions& options, const std::deque<Cas
     blocks += (blocks.empty() ? "" : ",") + std::to_string(part.block + 1);
   }
   for (const auto& [direction, blocks] : reversed) {
-    print_note(options.output + ": " + name_of(direction) +
+    print_note(options.files.grids.back() + ": " + name_of(direction) +
                " is reversed, which keeps the handedness of mirrored blocks" +
                (reversed.size() > 1 ? ": " + blocks : ""));
   }
   if (!options.orientation.keeps_handedness()) {
-    print_note(options.output +
+    print_note(options.files.grids.back() +
                ": right-handed blocks become left-handed, and the reverse; one more direction in "
                "--reverse keeps their handedness");
   }
@@ -88,32 +84,30 @@ void mirror(const CoordinatePlane& plane, const FlowArray& array, Reals& values)
   });
 }
 
-void transform(const TransformOptions& options) {
-  const PartOptions& files = options.files;
-  PartOutput output(files, {options.input}, options.output, files.solution_output());
-  std::deque<CaseInput> inputs = open_cases(files, {options.input}, transform_usage);
+Parts transformed(const TransformOptions& options, std::deque<CaseInput>& inputs) {
   Parts parts{inputs, parts_of(options, inputs)};
   parts.edit_block = [&](Block& block) { change(options, block); };
-  if (options.mirror && files.has_solution()) {
+  if (options.mirror && options.files.has_solution()) {
     const Layout layout = inputs.front().restart_form().layout;
     if (traits_of(layout).parameters > 0) {
       parts.edit_array = [&](const FlowArray& array, Reals& values) {
         mirror(*options.mirror, array, values);
       };
     } else {
-      print_note(files.solution_output() + ": variables of layout " + name_of(layout) +
+      print_note(options.files.solutions.back() + ": variables of layout " + name_of(layout) +
                  " are not mirrored; vectors among them keep their signs");
     }
   }
-  output.write(parts);
-  output.commit();
+  return parts;
+}
+
+void transform(const TransformOptions& options) {
+  write_parts(options.files, transform_usage,
+              [&](std::deque<CaseInput>& inputs) { return transformed(options, inputs); });
 }
 
 std::vector<Option> transform_options(TransformOptions& options) {
   const auto is_scale = [](const std::string& text) { return real_in(text).value_or(0) > 0; };
-  const auto take_mirror = [&](const std::string& text) {
-    options.mirror = coordinate_plane_in(text);
-  };
   const auto take_swap = [&](const std::string& text) {
     options.orientation =
         Orientation::swap(*direction_in(text.substr(0, 1)), *direction_in(text.substr(1)))
@@ -133,8 +127,8 @@ std::vector<Option> transform_options(TransformOptions& options) {
            .value_name = "X Y Z",
            .check = checked("is no number", real_in),
            .values = 3},
-          {"--mirror", take_mirror, "Then mirror at a plane, such as y=0", "PLANE",
-           checked("is no plane such as y=0", coordinate_plane_in)},
+          parsed({"--mirror", {}, "Then mirror at a plane, such as y=0", "PLANE"}, options.mirror,
+                 coordinate_plane_in, "is no plane such as y=0"),
           {.name = "--swap",
            .target = take_swap,
            .meaning = "Exchange two index directions",
@@ -149,19 +143,16 @@ std::vector<Option> transform_options(TransformOptions& options) {
 
 Command transform_command() {
   const auto options = std::make_shared<TransformOptions>();
-  Command command{
-      .name = "transform",
-      .meaning = "Scale, move or mirror a grid, swap or reverse its index directions",
-      .footer =
-          "Examples:\n"
-          "  p3dgrid transform grid.p3d metres.p3d --scale 0.0254\n"
-          "  p3dgrid transform grid.p3d left.p3d --mirror y=0 --restart flow.q left.q\n"
-          "  p3dgrid transform grid.p3d turned.p3d --swap ij --reverse k",
-      .arguments = {{"GRID", &options->input, "Grid file to read"},
-                    {"OUT", &options->output, "Grid file to write; replaced whole or not at all",
-                     Argument::Use::output}},
-      .options = transform_options(*options),
-      .run = [options] { transform(*options); }};
+  Command command{.name = "transform",
+                  .meaning = "Scale, move or mirror a grid, swap or reverse its index directions",
+                  .footer =
+                      "Examples:\n"
+                      "  p3dgrid transform grid.p3d metres.p3d --scale 0.0254\n"
+                      "  p3dgrid transform grid.p3d left.p3d --mirror y=0 --restart flow.q left.q\n"
+                      "  p3dgrid transform grid.p3d turned.p3d --swap ij --reverse k",
+                  .arguments = grid_and_output(options->files),
+                  .options = transform_options(*options),
+                  .run = [options] { transform(*options); }};
   add_part_options(command, options->files);
   return command;
 }

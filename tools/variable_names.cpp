@@ -26,12 +26,6 @@ std::string trimmed(const std::string& text) {
   return text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
-Names names_in(const std::string& text) {
-  Names names = entries_in(text);
-  std::ranges::transform(names, names.begin(), trimmed);
-  return names;
-}
-
 /// Empty, repeated and unprintable names are refused: they would be ambiguous, or make the output
 /// files invalid.
 bool are_usable(const Names& names) {
@@ -42,6 +36,13 @@ bool are_usable(const Names& names) {
   };
   return std::ranges::all_of(names, is_usable) &&
          std::set<std::string>(names.begin(), names.end()).size() == names.size();
+}
+
+/// The names of a list with commas between them; none for any other text.
+std::optional<Names> names_in(const std::string& text) {
+  Names names = entries_in(text);
+  std::ranges::transform(names, names.begin(), trimmed);
+  return are_usable(names) ? std::optional(std::move(names)) : std::nullopt;
 }
 
 /// "flow.nam" for "flow.f" and "flow.f.gz".
@@ -97,14 +98,12 @@ Names variable_names(const std::string& path, const SolutionHeader& header, cons
 }
 
 Option names_option(Names& names) {
-  return {.name = "--names",
-          .target = [&names](const std::string& text) { names = names_in(text); },
-          .meaning =
-              "Names of the variables of the restart file, in its order; default those in "
-              "the file NAME.nam beside a function file NAME.*, one on a line",
-          .value_name = "NAME,...",
-          .check = checked("is no list of different names such as rho,u,v,w,p",
-                           [](const std::string& text) { return are_usable(names_in(text)); })};
+  return parsed({"--names",
+                 {},
+                 "Names of the variables of the restart file, in its order; default those in the "
+                 "file NAME.nam beside a function file NAME.*, one on a line",
+                 "NAME,..."},
+                names, names_in, "is no list of different names such as rho,u,v,w,p");
 }
 
 }  // namespace p3dgrid::tool

@@ -48,6 +48,11 @@ class Split(PartsTest):
         self.assert_grid("out-7", [blocks[6]])
         self.assertTrue(self.path("out-110.x.gz").exists())
 
+    def test_more_blocks_than_temporary_files(self):
+        self.write("many", grid_bytes(self.form, [numbered((2, 1, 1))] * (2**14 + 1)))
+        self.fail_with(2, "split", "many", "out", says="too many temporary files")
+        self.assert_no_leftovers()
+
     def test_what_cannot_be_split(self):
         for status, arguments, says in (
                 (2, ("--at", "j=4"), "grid: no block has points on both sides of j=4"),

@@ -1,11 +1,10 @@
-#include "process.hpp"
+#include "failure.hpp"
 
 #include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
-#include <new>
 
 #include "console.hpp"
 
