@@ -133,6 +133,16 @@ module mod_p3dgrid
     integer(c_int) :: real_bytes = 0  ! 4 or 8; 0 for integers
   end type
 
+  ! What most operations know of a file: its arguments but for the name, and the length of the name.
+  ! Results of an operation, and arguments that it does not have, are left out.
+  type, bind(c) :: given_file
+    integer(c_size_t) :: name_length = 0
+    integer(c_int) :: iformat = 0, dblprec = 0
+    integer(c_int) :: nblocks = 0
+    type(given_array) :: idim, jdim, kdim
+    integer(c_int) :: rsttype = 0, useiblank = 0, multiblock = 0
+  end type
+
   ! Procedures of this module that the library calls. An allocatable passes through the library as
   ! the address of its descriptor, which the library does not read.
   type, bind(c) :: procedures
@@ -198,153 +208,135 @@ module mod_p3dgrid
       integer(c_size_t), value :: length
     end subroutine
 
-    subroutine library_readp3dgrid_single(filename, length, iformat, dblprec, nblocks, ndim, xyz, &
-        idim, jdim, kdim, iblank, useiblank, multiblock) &
-        bind(c, name='mod_p3dgrid_readp3dgrid_single')
+    subroutine library_readp3dgrid_single(filename, file, nblocks, ndim, xyz, idim, jdim, kdim, &
+        iblank) bind(c, name='mod_p3dgrid_readp3dgrid_single')
       import
       character(c_char), intent(in) :: filename(*)
-      integer(c_size_t), value :: length
-      integer(c_int), value :: iformat, dblprec, useiblank, multiblock
+      type(given_file), intent(in) :: file
       integer(c_int), intent(inout) :: nblocks, ndim
       real(c_float), allocatable, intent(inout) :: xyz(:, :)
       integer(c_int), allocatable, intent(inout) :: idim(:), jdim(:), kdim(:), iblank(:)
     end subroutine
 
-    subroutine library_readp3dgrid_double(filename, length, iformat, dblprec, nblocks, ndim, xyz, &
-        idim, jdim, kdim, iblank, useiblank, multiblock) &
-        bind(c, name='mod_p3dgrid_readp3dgrid_double')
+    subroutine library_readp3dgrid_double(filename, file, nblocks, ndim, xyz, idim, jdim, kdim, &
+        iblank) bind(c, name='mod_p3dgrid_readp3dgrid_double')
       import
       character(c_char), intent(in) :: filename(*)
-      integer(c_size_t), value :: length
-      integer(c_int), value :: iformat, dblprec, useiblank, multiblock
+      type(given_file), intent(in) :: file
       integer(c_int), intent(inout) :: nblocks, ndim
       real(c_double), allocatable, intent(inout) :: xyz(:, :)
       integer(c_int), allocatable, intent(inout) :: idim(:), jdim(:), kdim(:), iblank(:)
     end subroutine
 
-    subroutine library_readp3dgridheader(filename, length, iformat, nblocks, ndim, multiblock, &
-        npoints) bind(c, name='mod_p3dgrid_readp3dgridheader')
+    subroutine library_readp3dgridheader(filename, file, nblocks, ndim, npoints) &
+        bind(c, name='mod_p3dgrid_readp3dgridheader')
       import
       character(c_char), intent(in) :: filename(*)
-      integer(c_size_t), value :: length
-      integer(c_int), value :: iformat, multiblock
+      type(given_file), intent(in) :: file
       integer(c_int), intent(inout) :: nblocks, ndim
       integer(c_int), intent(inout), optional :: npoints
     end subroutine
 
-    subroutine library_writep3dgrid(filename, length, iformat, dblprec, nblocks, ndim, xyz, &
-        extents, iblank, useiblank, multiblock) bind(c, name='mod_p3dgrid_writep3dgrid')
+    subroutine library_writep3dgrid(filename, file, ndim, xyz, iblank) &
+        bind(c, name='mod_p3dgrid_writep3dgrid')
       import
       character(c_char), intent(in) :: filename(*)
-      integer(c_size_t), value :: length
-      integer(c_int), value :: iformat, dblprec, nblocks, ndim, useiblank, multiblock
-      type(given_array), intent(in) :: xyz, iblank, extents(3)
+      type(given_file), intent(in) :: file
+      integer(c_int), value :: ndim
+      type(given_array), intent(in) :: xyz, iblank
     end subroutine
 
-    subroutine library_readrestartheader(filename, length, iformat, dblprec, nblocks, rsttype, &
-        multiblock) bind(c, name='mod_p3dgrid_readrestartheader')
+    subroutine library_readrestartheader(filename, file, nblocks) &
+        bind(c, name='mod_p3dgrid_readrestartheader')
       import
       character(c_char), intent(in) :: filename(*)
-      integer(c_size_t), value :: length
-      integer(c_int), value :: iformat, dblprec, rsttype, multiblock
+      type(given_file), intent(in) :: file
       integer(c_int), intent(inout) :: nblocks
     end subroutine
 
-    subroutine library_readrestartheader_extents(filename, length, iformat, dblprec, nblocks, &
-        rsttype, multiblock, idim, jdim, kdim) bind(c, name='mod_p3dgrid_readrestartheader_extents')
+    subroutine library_readrestartheader_extents(filename, file, nblocks, idim, jdim, kdim) &
+        bind(c, name='mod_p3dgrid_readrestartheader_extents')
       import
       character(c_char), intent(in) :: filename(*)
-      integer(c_size_t), value :: length
-      integer(c_int), value :: iformat, dblprec, rsttype, multiblock
+      type(given_file), intent(in) :: file
       integer(c_int), intent(inout) :: nblocks
       integer(c_int), allocatable, intent(inout) :: idim(:), jdim(:), kdim(:)
     end subroutine
 
-    subroutine library_writerestartheader(filename, length, iformat, dblprec, nblocks, extents, &
-        rsttype, multiblock) bind(c, name='mod_p3dgrid_writerestartheader')
+    subroutine library_writerestartheader(filename, file) &
+        bind(c, name='mod_p3dgrid_writerestartheader')
       import
       character(c_char), intent(in) :: filename(*)
-      integer(c_size_t), value :: length
-      integer(c_int), value :: iformat, dblprec, nblocks, rsttype, multiblock
-      type(given_array), intent(in) :: extents(3)
+      type(given_file), intent(in) :: file
     end subroutine
 
-    subroutine library_checkp3drstrtheader(gridfile, grid_length, gridformat, rstfile, rst_length, &
-        rstformat, dblprec, rsttype, multiblock) bind(c, name='mod_p3dgrid_checkp3drstrtheader')
+    subroutine library_checkp3drstrtheader(gridfile, grid, rstfile, restart) &
+        bind(c, name='mod_p3dgrid_checkp3drstrtheader')
       import
       character(c_char), intent(in) :: gridfile(*), rstfile(*)
-      integer(c_size_t), value :: grid_length, rst_length
-      integer(c_int), value :: gridformat, rstformat, dblprec, rsttype, multiblock
+      type(given_file), intent(in) :: grid, restart
     end subroutine
 
-    subroutine library_readp3drestart_single(filename, length, iformat, dblprec, nblocks, &
-        blockpoints, varvalues, auxvalues, extents, rsttype, multiblock) &
+    subroutine library_readp3drestart_single(filename, file, blockpoints, varvalues, auxvalues) &
         bind(c, name='mod_p3dgrid_readp3drestart_single')
       import
       character(c_char), intent(in) :: filename(*)
-      integer(c_size_t), value :: length
-      integer(c_int), value :: iformat, dblprec, nblocks, rsttype, multiblock
+      type(given_file), intent(in) :: file
+      type(given_array), intent(in) :: blockpoints
       real(c_float), allocatable, intent(inout) :: varvalues(:, :), auxvalues(:, :)
-      type(given_array), intent(in) :: blockpoints, extents(3)
     end subroutine
 
-    subroutine library_readp3drestart_double(filename, length, iformat, dblprec, nblocks, &
-        blockpoints, varvalues, auxvalues, extents, rsttype, multiblock) &
+    subroutine library_readp3drestart_double(filename, file, blockpoints, varvalues, auxvalues) &
         bind(c, name='mod_p3dgrid_readp3drestart_double')
       import
       character(c_char), intent(in) :: filename(*)
-      integer(c_size_t), value :: length
-      integer(c_int), value :: iformat, dblprec, nblocks, rsttype, multiblock
+      type(given_file), intent(in) :: file
+      type(given_array), intent(in) :: blockpoints
       real(c_double), allocatable, intent(inout) :: varvalues(:, :), auxvalues(:, :)
-      type(given_array), intent(in) :: blockpoints, extents(3)
     end subroutine
 
-    subroutine library_writep3drestart(filename, length, iformat, dblprec, nparamrows, nblocks, &
-        varvalues, auxvalues, extents, rsttype, multiblock) &
+    subroutine library_writep3drestart(filename, file, nparamrows, varvalues, auxvalues) &
         bind(c, name='mod_p3dgrid_writep3drestart')
       import
       character(c_char), intent(in) :: filename(*)
-      integer(c_size_t), value :: length
-      integer(c_int), value :: iformat, dblprec, nparamrows, nblocks, rsttype, multiblock
-      type(given_array), intent(in) :: varvalues, auxvalues, extents(3)
+      type(given_file), intent(in) :: file
+      integer(c_int), value :: nparamrows
+      type(given_array), intent(in) :: varvalues, auxvalues
     end subroutine
 
-    subroutine library_readnextp3dvar(ivar, filename, length, iformat, dblprec, nblocks, &
-        blockpoints, varvalues, extents, rsttype, multiblock) &
+    subroutine library_readnextp3dvar(ivar, filename, file, blockpoints, varvalues) &
         bind(c, name='mod_p3dgrid_readnextp3dvar')
       import
+      integer(c_int), value :: ivar
       character(c_char), intent(in) :: filename(*)
-      integer(c_size_t), value :: length
-      integer(c_int), value :: ivar, iformat, dblprec, nblocks, rsttype, multiblock
-      type(given_array), intent(in) :: varvalues, blockpoints, extents(3)
+      type(given_file), intent(in) :: file
+      type(given_array), intent(in) :: blockpoints, varvalues
     end subroutine
 
-    subroutine library_writenextp3dvar(ivar, prefix, length, dblprec, nblocks, blockpoints, &
-        varvalues, extents) bind(c, name='mod_p3dgrid_writenextp3dvar')
+    subroutine library_writenextp3dvar(ivar, prefix, file, blockpoints, varvalues) &
+        bind(c, name='mod_p3dgrid_writenextp3dvar')
       import
+      integer(c_int), value :: ivar
       character(c_char), intent(in) :: prefix(*)
-      integer(c_size_t), value :: length
-      integer(c_int), value :: ivar, dblprec, nblocks
-      type(given_array), intent(in) :: varvalues, blockpoints, extents(3)
+      type(given_file), intent(in) :: file
+      type(given_array), intent(in) :: blockpoints, varvalues
     end subroutine
 
-    subroutine library_combinep3dvarfiles(leadvalues, filename, length, iformat, dblprec, &
-        nparamrows, nblocks, extents, rsttype, multiblock) &
+    subroutine library_combinep3dvarfiles(leadvalues, filename, file, nparamrows) &
         bind(c, name='mod_p3dgrid_combinep3dvarfiles')
       import
-      integer(c_int), value :: iformat, dblprec, nparamrows, nblocks, rsttype, multiblock
+      type(given_array), intent(in) :: leadvalues
       character(c_char), intent(in) :: filename(*)
-      integer(c_size_t), value :: length
-      type(given_array), intent(in) :: leadvalues, extents(3)
+      type(given_file), intent(in) :: file
+      integer(c_int), value :: nparamrows
     end subroutine
 
-    subroutine library_writetecplotfile_p3d(filename, length, nblocks, xyz, qvar, extents, iblank, &
-        useiblank) bind(c, name='mod_p3dgrid_writetecplotfile_p3d')
+    subroutine library_writetecplotfile_p3d(filename, file, xyz, qvar, iblank) &
+        bind(c, name='mod_p3dgrid_writetecplotfile_p3d')
       import
       character(c_char), intent(in) :: filename(*)
-      integer(c_size_t), value :: length
-      integer(c_int), value :: nblocks, useiblank
-      type(given_array), intent(in) :: xyz, qvar, iblank, extents(3)
+      type(given_file), intent(in) :: file
+      type(given_array), intent(in) :: xyz, qvar, iblank
     end subroutine
 
     subroutine library_use_handlers(paths, coding, run_end) bind(c, name='mod_p3dgrid_use_handlers')
@@ -352,23 +344,36 @@ module mod_p3dgrid
       integer(c_int), value :: paths, coding, run_end
     end subroutine
 
-    subroutine library_closeunit(unit) bind(c, name='mod_p3dgrid_closeunit')
+    ! Functions of the library whose arguments need no translation, under their mangled C++ names.
+    subroutine library_closeunit(unit) bind(c, name='_ZN11mod_p3dgrid12p3dcloseunitEi')
       import
       integer(c_int), value :: unit
     end subroutine
 
-    subroutine library_sethugepages(wanted) bind(c, name='mod_p3dgrid_sethugepages')
+    subroutine library_sethugepages(wanted) bind(c, name='_ZN11mod_p3dgrid15p3dsethugepagesEb')
       import
-      integer(c_int), value :: wanted
+      logical(c_bool), value :: wanted
     end subroutine
 
-    subroutine library_setwholerecords(wanted) bind(c, name='mod_p3dgrid_setwholerecords')
+    subroutine library_setwholerecords(wanted) &
+        bind(c, name='_ZN11mod_p3dgrid18p3dsetwholerecordsEb')
       import
-      integer(c_int), value :: wanted
+      logical(c_bool), value :: wanted
     end subroutine
 
-    subroutine library_clearfailure() bind(c, name='mod_p3dgrid_clearfailure')
+    subroutine library_clearfailure() bind(c, name='_ZN11mod_p3dgrid15p3dclearfailureEv')
     end subroutine
+
+    function library_version() result(text) bind(c, name='_ZN11mod_p3dgrid10p3dversionEv')
+      import
+      type(c_ptr) :: text
+    end function
+
+    function length_of_string(text) result(length) bind(c, name='strlen')
+      import
+      type(c_ptr), value :: text
+      integer(c_size_t) :: length
+    end function
 
     ! Returns unit, status, record, offset and line of the last failed read.
     subroutine library_failure_place(place) bind(c, name='mod_p3dgrid_failure_place')
@@ -382,12 +387,6 @@ module mod_p3dgrid
         bind(c, name='mod_p3dgrid_failure_text')
       import
       integer(c_int), value :: which
-      integer(c_size_t), intent(out) :: length
-      type(c_ptr) :: text
-    end function
-
-    function library_version(length) result(text) bind(c, name='mod_p3dgrid_version')
-      import
       integer(c_size_t), intent(out) :: length
       type(c_ptr) :: text
     end function
@@ -411,8 +410,8 @@ contains
     real(real32), allocatable, intent(inout) :: xyz(:, :)
     integer, allocatable, intent(inout) :: idim(:), jdim(:), kdim(:), iblank(:)
     call to_library()
-    call library_readp3dgrid_single(filename, len(filename, c_size_t), iformat, bits(dblprec), &
-        nblocks, ndim, xyz, idim, jdim, kdim, iblank, bits(useiblank), bits(multiblock))
+    call library_readp3dgrid_single(filename, file_of(filename, iformat, dblprec, &
+        useiblank=useiblank, multiblock=multiblock), nblocks, ndim, xyz, idim, jdim, kdim, iblank)
     call to_host()
   end subroutine
 
@@ -425,8 +424,8 @@ contains
     real(real64), allocatable, intent(inout) :: xyz(:, :)
     integer, allocatable, intent(inout) :: idim(:), jdim(:), kdim(:), iblank(:)
     call to_library()
-    call library_readp3dgrid_double(filename, len(filename, c_size_t), iformat, bits(dblprec), &
-        nblocks, ndim, xyz, idim, jdim, kdim, iblank, bits(useiblank), bits(multiblock))
+    call library_readp3dgrid_double(filename, file_of(filename, iformat, dblprec, &
+        useiblank=useiblank, multiblock=multiblock), nblocks, ndim, xyz, idim, jdim, kdim, iblank)
     call to_host()
   end subroutine
 
@@ -437,8 +436,8 @@ contains
     logical, intent(in) :: multiblock
     integer, intent(inout), optional :: npoints
     call to_library()
-    call library_readp3dgridheader(filename, len(filename, c_size_t), iformat, nblocks, ndim, &
-        bits(multiblock), npoints)
+    call library_readp3dgridheader(filename, file_of(filename, iformat, multiblock=multiblock), &
+        nblocks, ndim, npoints)
     call to_host()
   end subroutine
 
@@ -452,9 +451,8 @@ contains
     integer, contiguous, target, intent(in) :: idim(:), jdim(:), kdim(:)
     integer, contiguous, target, intent(in), optional :: iblank(:)
     call to_library()
-    call library_writep3dgrid(filename, len(filename, c_size_t), iformat, bits(dblprec), nblocks, &
-        ndim, singles(xyz), extents_of(idim, jdim, kdim), integers(iblank), bits(useiblank), &
-        bits(multiblock))
+    call library_writep3dgrid(filename, file_of(filename, iformat, dblprec, nblocks, idim, jdim, &
+        kdim, useiblank=useiblank, multiblock=multiblock), ndim, singles(xyz), integers(iblank))
     call to_host()
   end subroutine
 
@@ -467,9 +465,8 @@ contains
     integer, contiguous, target, intent(in) :: idim(:), jdim(:), kdim(:)
     integer, contiguous, target, intent(in), optional :: iblank(:)
     call to_library()
-    call library_writep3dgrid(filename, len(filename, c_size_t), iformat, bits(dblprec), nblocks, &
-        ndim, doubles(xyz), extents_of(idim, jdim, kdim), integers(iblank), bits(useiblank), &
-        bits(multiblock))
+    call library_writep3dgrid(filename, file_of(filename, iformat, dblprec, nblocks, idim, jdim, &
+        kdim, useiblank=useiblank, multiblock=multiblock), ndim, doubles(xyz), integers(iblank))
     call to_host()
   end subroutine
 
@@ -481,13 +478,13 @@ contains
     logical, intent(in) :: dblprec, multiblock
     integer, intent(inout) :: nblocks
     integer, allocatable, intent(inout), optional :: idim(:), jdim(:), kdim(:)
+    type(given_file) :: file
+    file = file_of(filename, iformat, dblprec, rsttype=rsttype, multiblock=multiblock)
     call to_library()
     if (present(idim)) then
-      call library_readrestartheader_extents(filename, len(filename, c_size_t), iformat, &
-          bits(dblprec), nblocks, rsttype, bits(multiblock), idim, jdim, kdim)
+      call library_readrestartheader_extents(filename, file, nblocks, idim, jdim, kdim)
     else
-      call library_readrestartheader(filename, len(filename, c_size_t), iformat, bits(dblprec), &
-          nblocks, rsttype, bits(multiblock))
+      call library_readrestartheader(filename, file, nblocks)
     end if
     call to_host()
   end subroutine
@@ -499,8 +496,8 @@ contains
     logical, intent(in) :: dblprec, multiblock
     integer, contiguous, target, intent(in) :: idim(:), jdim(:), kdim(:)
     call to_library()
-    call library_writerestartheader(filename, len(filename, c_size_t), iformat, bits(dblprec), &
-        nblocks, extents_of(idim, jdim, kdim), rsttype, bits(multiblock))
+    call library_writerestartheader(filename, file_of(filename, iformat, dblprec, nblocks, idim, &
+        jdim, kdim, rsttype, multiblock=multiblock))
     call to_host()
   end subroutine
 
@@ -510,8 +507,8 @@ contains
     integer, intent(in) :: gridformat, rstformat, rsttype
     logical, intent(in) :: dblprec, multiblock
     call to_library()
-    call library_checkp3drstrtheader(gridfile, len(gridfile, c_size_t), gridformat, rstfile, &
-        len(rstfile, c_size_t), rstformat, bits(dblprec), rsttype, bits(multiblock))
+    call library_checkp3drstrtheader(gridfile, file_of(gridfile, gridformat), rstfile, &
+        file_of(rstfile, rstformat, dblprec, rsttype=rsttype, multiblock=multiblock))
     call to_host()
   end subroutine
 
@@ -525,9 +522,9 @@ contains
     real(real32), allocatable, intent(inout) :: varvalues(:, :), auxvalues(:, :)
     integer, contiguous, target, intent(in) :: idim(:), jdim(:), kdim(:)
     call to_library()
-    call library_readp3drestart_single(filename, len(filename, c_size_t), iformat, bits(dblprec), &
-        nblocks, integers(blockpoints), varvalues, auxvalues, extents_of(idim, jdim, kdim), &
-        rsttype, bits(multiblock))
+    call library_readp3drestart_single(filename, file_of(filename, iformat, dblprec, nblocks, &
+        idim, jdim, kdim, rsttype, multiblock=multiblock), integers(blockpoints), varvalues, &
+        auxvalues)
     call to_host()
   end subroutine
 
@@ -540,9 +537,9 @@ contains
     real(real64), allocatable, intent(inout) :: varvalues(:, :), auxvalues(:, :)
     integer, contiguous, target, intent(in) :: idim(:), jdim(:), kdim(:)
     call to_library()
-    call library_readp3drestart_double(filename, len(filename, c_size_t), iformat, bits(dblprec), &
-        nblocks, integers(blockpoints), varvalues, auxvalues, extents_of(idim, jdim, kdim), &
-        rsttype, bits(multiblock))
+    call library_readp3drestart_double(filename, file_of(filename, iformat, dblprec, nblocks, &
+        idim, jdim, kdim, rsttype, multiblock=multiblock), integers(blockpoints), varvalues, &
+        auxvalues)
     call to_host()
   end subroutine
 
@@ -556,9 +553,9 @@ contains
     real(real32), contiguous, target, intent(in), optional :: auxvalues(:, :)
     integer, contiguous, target, intent(in) :: idim(:), jdim(:), kdim(:)
     call to_library()
-    call library_writep3drestart(filename, len(filename, c_size_t), iformat, bits(dblprec), &
-        nparamrows, nblocks, singles(varvalues), singles(auxvalues), extents_of(idim, jdim, kdim), &
-        rsttype, bits(multiblock))
+    call library_writep3drestart(filename, file_of(filename, iformat, dblprec, nblocks, idim, &
+        jdim, kdim, rsttype, multiblock=multiblock), nparamrows, singles(varvalues), &
+        singles(auxvalues))
     call to_host()
   end subroutine
 
@@ -571,9 +568,9 @@ contains
     real(real64), contiguous, target, intent(in), optional :: auxvalues(:, :)
     integer, contiguous, target, intent(in) :: idim(:), jdim(:), kdim(:)
     call to_library()
-    call library_writep3drestart(filename, len(filename, c_size_t), iformat, bits(dblprec), &
-        nparamrows, nblocks, doubles(varvalues), doubles(auxvalues), extents_of(idim, jdim, kdim), &
-        rsttype, bits(multiblock))
+    call library_writep3drestart(filename, file_of(filename, iformat, dblprec, nblocks, idim, &
+        jdim, kdim, rsttype, multiblock=multiblock), nparamrows, doubles(varvalues), &
+        doubles(auxvalues))
     call to_host()
   end subroutine
 
@@ -586,9 +583,8 @@ contains
     real(real32), contiguous, target, intent(inout) :: varvalues(:, :)
     integer, contiguous, target, intent(in) :: idim(:), jdim(:), kdim(:)
     call to_library()
-    call library_readnextp3dvar(ivar, filename, len(filename, c_size_t), iformat, bits(dblprec), &
-        nblocks, integers(blockpoints), singles(varvalues), extents_of(idim, jdim, kdim), rsttype, &
-        bits(multiblock))
+    call library_readnextp3dvar(ivar, filename, file_of(filename, iformat, dblprec, nblocks, idim, &
+        jdim, kdim, rsttype, multiblock=multiblock), integers(blockpoints), singles(varvalues))
     call to_host()
   end subroutine
 
@@ -601,9 +597,8 @@ contains
     real(real64), contiguous, target, intent(inout) :: varvalues(:, :)
     integer, contiguous, target, intent(in) :: idim(:), jdim(:), kdim(:)
     call to_library()
-    call library_readnextp3dvar(ivar, filename, len(filename, c_size_t), iformat, bits(dblprec), &
-        nblocks, integers(blockpoints), doubles(varvalues), extents_of(idim, jdim, kdim), rsttype, &
-        bits(multiblock))
+    call library_readnextp3dvar(ivar, filename, file_of(filename, iformat, dblprec, nblocks, idim, &
+        jdim, kdim, rsttype, multiblock=multiblock), integers(blockpoints), doubles(varvalues))
     call to_host()
   end subroutine
 
@@ -616,8 +611,8 @@ contains
     real(real32), contiguous, target, intent(in) :: varvalues(:, :)
     integer, contiguous, target, intent(in) :: idim(:), jdim(:), kdim(:)
     call to_library()
-    call library_writenextp3dvar(ivar, prefix, len(prefix, c_size_t), bits(dblprec), nblocks, &
-        integers(blockpoints), singles(varvalues), extents_of(idim, jdim, kdim))
+    call library_writenextp3dvar(ivar, prefix, file_of(prefix, dblprec=dblprec, nblocks=nblocks, &
+        idim=idim, jdim=jdim, kdim=kdim), integers(blockpoints), singles(varvalues))
     call to_host()
   end subroutine
 
@@ -630,8 +625,8 @@ contains
     real(real64), contiguous, target, intent(in) :: varvalues(:, :)
     integer, contiguous, target, intent(in) :: idim(:), jdim(:), kdim(:)
     call to_library()
-    call library_writenextp3dvar(ivar, prefix, len(prefix, c_size_t), bits(dblprec), nblocks, &
-        integers(blockpoints), doubles(varvalues), extents_of(idim, jdim, kdim))
+    call library_writenextp3dvar(ivar, prefix, file_of(prefix, dblprec=dblprec, nblocks=nblocks, &
+        idim=idim, jdim=jdim, kdim=kdim), integers(blockpoints), doubles(varvalues))
     call to_host()
   end subroutine
 
@@ -643,9 +638,8 @@ contains
     logical, intent(in) :: dblprec, multiblock
     integer, contiguous, target, intent(in) :: idim(:), jdim(:), kdim(:)
     call to_library()
-    call library_combinep3dvarfiles(singles(leadvalues), filename, len(filename, c_size_t), &
-        iformat, bits(dblprec), nparamrows, nblocks, extents_of(idim, jdim, kdim), rsttype, &
-        bits(multiblock))
+    call library_combinep3dvarfiles(singles(leadvalues), filename, file_of(filename, iformat, &
+        dblprec, nblocks, idim, jdim, kdim, rsttype, multiblock=multiblock), nparamrows)
     call to_host()
   end subroutine
 
@@ -657,9 +651,8 @@ contains
     logical, intent(in) :: dblprec, multiblock
     integer, contiguous, target, intent(in) :: idim(:), jdim(:), kdim(:)
     call to_library()
-    call library_combinep3dvarfiles(doubles(leadvalues), filename, len(filename, c_size_t), &
-        iformat, bits(dblprec), nparamrows, nblocks, extents_of(idim, jdim, kdim), rsttype, &
-        bits(multiblock))
+    call library_combinep3dvarfiles(doubles(leadvalues), filename, file_of(filename, iformat, &
+        dblprec, nblocks, idim, jdim, kdim, rsttype, multiblock=multiblock), nparamrows)
     call to_host()
   end subroutine
 
@@ -671,8 +664,8 @@ contains
     integer, contiguous, target, intent(in), optional :: iblank(:)
     logical, intent(in) :: useiblank
     call to_library()
-    call library_writetecplotfile_p3d(filename, len(filename, c_size_t), nblocks, doubles(xyz), &
-        doubles(qvar), extents_of(idim, jdim, kdim), integers(iblank), bits(useiblank))
+    call library_writetecplotfile_p3d(filename, file_of(filename, nblocks=nblocks, idim=idim, &
+        jdim=jdim, kdim=kdim, useiblank=useiblank), doubles(xyz), doubles(qvar), integers(iblank))
     call to_host()
   end subroutine
 
@@ -714,12 +707,12 @@ contains
 
   subroutine p3dsethugepages(wanted)
     logical, intent(in) :: wanted
-    call library_sethugepages(bits(wanted))
+    call library_sethugepages(logical(wanted, c_bool))
   end subroutine
 
   subroutine p3dsetwholerecords(wanted)
     logical, intent(in) :: wanted
-    call library_setwholerecords(bits(wanted))
+    call library_setwholerecords(logical(wanted, c_bool))
   end subroutine
 
   function p3dlastfailure() result(failure)
@@ -743,10 +736,9 @@ contains
 
   function p3dversion() result(version)
     character(:), allocatable :: version
-    integer(c_size_t) :: length
     type(c_ptr) :: text
-    text = library_version(length)
-    version = fortran_text(text, length)
+    text = library_version()
+    version = fortran_text(text, length_of_string(text))
   end function
 
   ! Between this module and the library.
@@ -764,6 +756,25 @@ contains
   elemental integer(c_int) function bits(flag)
     logical, intent(in) :: flag
     bits = merge(1_c_int, 0_c_int, flag)
+  end function
+
+  function file_of(name, iformat, dblprec, nblocks, idim, jdim, kdim, rsttype, useiblank, &
+      multiblock) result(file)
+    character(*), intent(in) :: name
+    integer, intent(in), optional :: iformat, nblocks, rsttype
+    logical, intent(in), optional :: dblprec, useiblank, multiblock
+    integer, contiguous, target, intent(in), optional :: idim(:), jdim(:), kdim(:)
+    type(given_file) :: file
+    file%name_length = len(name, c_size_t)
+    if (present(iformat)) file%iformat = iformat
+    if (present(dblprec)) file%dblprec = bits(dblprec)
+    if (present(nblocks)) file%nblocks = nblocks
+    file%idim = integers(idim)
+    file%jdim = integers(jdim)
+    file%kdim = integers(kdim)
+    if (present(rsttype)) file%rsttype = rsttype
+    if (present(useiblank)) file%useiblank = bits(useiblank)
+    if (present(multiblock)) file%multiblock = bits(multiblock)
   end function
 
   function integers(array) result(one)
@@ -790,12 +801,6 @@ contains
     one%extents = shape(array, c_int64_t)
     if (product(one%extents) > 0) one%address = c_loc(array)
     one%real_bytes = 8
-  end function
-
-  function extents_of(idim, jdim, kdim) result(all)
-    integer, contiguous, target :: idim(:), jdim(:), kdim(:)
-    type(given_array) :: all(3)
-    all = [integers(idim), integers(jdim), integers(kdim)]
   end function
 
   function fortran_text(address, length) result(text)

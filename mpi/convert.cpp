@@ -68,7 +68,11 @@ std::vector<BlockIndex> index_of(const std::string& path, const Input& input,
   const Reading reading{.form = applied_to(RestartForm(), target.restart),
                         .extents = std::make_shared<const Extents>(input.extents),
                         .triplets = traits_of(input.header.form.layout).triplets};
-  return index_solution(path, reading).blocks;
+  SolutionReader reader(path, reading);
+  std::vector<BlockIndex> blocks;
+  for (std::int32_t b = 0; b < reader.header().blocks; ++b) blocks.push_back(reader.locate(b));
+  reader.require_agreement();
+  return blocks;
 }
 
 /// An array in the file read and in the file written.

@@ -103,10 +103,9 @@ auto findings_of_pieces(const Team& team, const Input& input, const std::vector<
   return all;
 }
 
-GridReport report_on_grid(const Team& team, const Input& input) {
-  GridReport report{.found = input.found,
-                    .extents = input.extents,
-                    .blocks = std::vector<GridFindings>(input.index.size())};
+Report report_on_grid(const Team& team, const Input& input) {
+  Report report{.found = input.found, .extents = input.extents};
+  report.begin_surveys();
   report.shown = shown_blocks("all", input.path, input.extents.blocks());
   const std::vector<Piece> pieces = pieces_of(input.extents, input.index, team.size());
   const auto find = [&](const Piece& piece, std::vector<ArrayValues> values) {
@@ -129,22 +128,23 @@ GridReport report_on_grid(const Team& team, const Input& input) {
   };
   const auto all = findings_of_pieces(team, input, pieces, find);
   for (std::size_t n = 0; team.is_leader() && n < all.size(); ++n) {
-    report.blocks[pieces[n].block].include(all[n][0]);
+    report.include(pieces[n].block, all[n][0]);
   }
   return report;
 }
 
-RestartReport report_on_restart(const Team& team, const Input& input) {
-  RestartReport report{.found = input.found, .header = input.header};
+Report report_on_restart(const Team& team, const Input& input) {
+  Report report{.found = input.found, .extents = input.extents, .header = input.header};
   report.shown = shown_blocks("all", input.path, input.extents.blocks());
-  report.names.resize(report.place_of({1, true}));
-  if (team.is_leader()) report.names = variable_names(input.path, input.header, {});
-  FlowReport body{.parameters = input.parameters, .arrays = std::vector<Findings>(report.arrays())};
+  std::vector<std::string> names(static_cast<std::size_t>(input.header.most_variables()));
+  if (team.is_leader()) names = variable_names(input.path, input.header, {});
+  report.begin_surveys(names);
+  if (traits_of(input.header.form.layout).parameters > 0) report.parameters = input.parameters;
   const std::vector<Piece> pieces = pieces_of(input.extents, input.index, team.size());
   const RestartForm& form = input.header.form;
   const std::int32_t absent = absent_variable(traits_of(form.layout), form.coding);
   const auto find = [&](const Piece& piece, const std::vector<ArrayValues>& values) {
-    std::vector<Findings> found(report.arrays());
+    std::vector<Findings> found(report.surveys->size());
     const auto include = [&](const FlowArray& array, const Reals& reals) {
       found[report.place_of(array)].include(piece.block, input.extents.of(piece.block), reals,
                                             piece.first);
@@ -156,9 +156,8 @@ RestartReport report_on_restart(const Team& team, const Input& input) {
     return found;
   };
   for (const auto& found : findings_of_pieces(team, input, pieces, find)) {
-    for (std::size_t n = 0; n < found.size(); ++n) body.arrays[n].include(found[n]);
+    for (std::size_t n = 0; n < found.size(); ++n) (*report.surveys)[n].include(found[n]);
   }
-  report.body = std::move(body);
   return report;
 }
 
@@ -166,7 +165,7 @@ void show(const Team& team, const InfoOptions& options) {
   if (options.json) keep_output_for_programs();
   std::optional<Input> input;
   team.run_on_all([&] { input.emplace(open_input(options.input)); });
-  const auto print = [&](const auto& report) {
+  const auto print = [&](const Report& report) {
     if (options.json) return print_text(json_of(input->path, report));
     print_info(input->path, report);
   };

@@ -14,11 +14,10 @@ bool is_regular(const std::string& path) {
 }
 
 /// The form that the user has stated, with the extents if they are in the file.
-template <class Form>
-Found as_stated(const std::string& path, const Form& form) {
-  Found found{.reading = {.form = form, .checked = false}, .reason = "as stated", .stated = true};
-  if (is_regular(path)) found.reading.extents = extents_in(path, form);
-  return found;
+Found as_stated(const std::string& path, Reading reading) {
+  if (is_regular(path)) reading.extents = extents_in(path, reading);
+  reading.checked = false;
+  return {.reading = std::move(reading), .reason = "as stated", .stated = true};
 }
 
 /// The options by which a reading differs from the others of its kind; without any, its first
@@ -196,7 +195,8 @@ Search search(const std::string& path, const StatedRestartForm& stated,
 
 Found find_grid(const std::string& path, const StatedGridForm& stated, Look look) {
   const bool known = look == Look::where_needed && is_complete(stated);
-  return known ? as_stated(path, applied_to(GridForm(), stated)) : search(path, stated).settle();
+  return known ? as_stated(path, {.form = applied_to(GridForm(), stated)})
+               : search(path, stated).settle();
 }
 
 Found find_restart(const std::string& path, const StatedRestartForm& stated,
@@ -208,7 +208,7 @@ Found find_restart(const std::string& path, const StatedRestartForm& stated,
         (is_planar(coding) ? no_planar_files : no_files_of(traits_of(*stated.layout), coding)));
   }
   const bool known = look == Look::where_needed && is_complete(stated);
-  Found found = known ? as_stated(path, applied_to(RestartForm(), stated))
+  Found found = known ? as_stated(path, {.form = applied_to(RestartForm(), stated)})
                       : search(path, stated, grid).settle();
   found.grid_extents = grid;
   return found;
@@ -219,9 +219,7 @@ Found find_any(const std::string& path) {
 }
 
 Fit fit_of(const std::string& path, const Reading& reading) {
-  if (!is_regular(path)) return {};
-  if (reading.is_grid()) return compare(path, reading.grid());
-  return compare(path, reading.restart(), reading.extents, reading.triplets.value_or(false));
+  return is_regular(path) ? compare(path, reading) : Fit{};
 }
 
 std::string advice(const std::string& path, const Found& found) {

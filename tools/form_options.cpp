@@ -81,7 +81,7 @@ std::string planar_obstacle(const std::string& what) {
 std::string planar_obstacle(const Extents& extents) {
   for (std::size_t b = 0; b < extents.k.size(); ++b) {
     if (extents.k[b] == 1) continue;
-    return planar_obstacle("block " + std::to_string(b + 1) + " of " + extents.text_of(b) +
+    return planar_obstacle("block " + std::to_string(b + 1) + " of " + extents.of(b).text() +
                            " points");
   }
   return "";

@@ -1,7 +1,6 @@
 #include "info.hpp"
 
 #include <algorithm>
-#include <functional>
 #include <memory>
 #include <string>
 
@@ -30,72 +29,70 @@ struct InfoOptions {
 constexpr Usage info_usage = {.command_line = "p3dgrid info RESTART --grid GRID",
                               .grid_alone = "'p3dgrid info GRID' shows it"};
 
-GridReport report_on(const InfoOptions& options, const std::string& path, const Found& found) {
-  if (!options.index && !options.names.empty()) {
-    throw Unusable("--names applies to a restart file, and " + path + " is a grid");
+void take_values(const InfoOptions&, const std::string&, GridInput& input, Report& report) {
+  report.begin_surveys();
+  for (std::size_t b = 0; b < report.extents.i.size(); ++b) {
+    GridFindings findings;
+    findings.include(b, report.extents.of(b), input.read(b));
+    report.include(b, findings);
   }
-  GridInput input(path, found);
-  GridReport report{.found = found, .extents = input.extents(), .blocks = {}};
+}
+
+void take_values(const InfoOptions& options, const std::string& path, RestartInput& input,
+                 Report& report) {
+  report.begin_surveys(variable_names(path, *report.header, options.names));
+  for (std::size_t b = 0; b < report.extents.i.size(); ++b) {
+    const SolutionBlock block = input.read(b);
+    const auto include = [&](const std::vector<Reals>& arrays, bool triplets) {
+      for (std::size_t n = 0; n < arrays.size(); ++n) {
+        const FlowArray array{static_cast<std::int32_t>(n + 1), triplets};
+        (*report.surveys)[report.place_of(array)].include(b, block.extents, arrays[n]);
+      }
+    };
+    include(block.variables, false);
+    include(block.triplets, true);
+    if (!block.parameters.empty()) report.parameters.push_back(block.parameters);
+  }
+}
+
+/// Completes a report with the values of a file whose extents are known, or with their places.
+template <class Input>
+Report completed(Report report, const InfoOptions& options, const std::string& path, Input& input) {
   if (options.index) {
     report.index = input.index();
-    input.require_form();
+  } else if (!report.extents.i.empty()) {
+    report.shown = shown_blocks(options.blocks, path, report.extents.blocks());
+    take_values(options, path, input, report);
+  } else {
     return report;
-  }
-  report.shown = shown_blocks(options.blocks, path, report.extents.blocks());
-  for (std::size_t b = 0; b < report.extents.i.size(); ++b) {
-    report.blocks.emplace_back().include(b, report.extents.of(b), input.read(b));
   }
   input.require_form();
   return report;
 }
 
-FlowReport body_of(const RestartReport& report, RestartInput& input) {
-  FlowReport body{.parameters = {}, .arrays = std::vector<Findings>(report.arrays())};
-  for (std::size_t b = 0; b < report.header.extents.i.size(); ++b) {
-    const SolutionBlock block = input.read(b);
-    const auto include = [&](const std::vector<Reals>& arrays, bool triplets) {
-      for (std::size_t n = 0; n < arrays.size(); ++n) {
-        const FlowArray array{static_cast<std::int32_t>(n + 1), triplets};
-        body.arrays[report.place_of(array)].include(b, block.extents, arrays[n]);
-      }
-    };
-    include(block.variables, false);
-    include(block.triplets, true);
-    body.parameters.push_back(block.parameters);
-  }
-  return body;
+Report report_on_restart(const InfoOptions& options, const std::string& path, const Found& found,
+                         RestartInput& input) {
+  const SolutionHeader& header = input.header();
+  return completed({.found = found, .extents = header.extents, .header = header}, options, path,
+                   input);
 }
 
-/// Reads a restart file, whole if the extents of its blocks are known.
-RestartReport report_on(const InfoOptions& options, const std::string& path, const Found& found,
-                        RestartInput& input) {
-  RestartReport report{.found = found, .header = input.header()};
-  if (options.index) {
-    report.index = input.index();
-    input.require_form();
-    return report;
-  }
-  if (!report.header.extents.i.empty()) {
-    report.shown = shown_blocks(options.blocks, path, report.header.extents.blocks());
-    report.names = variable_names(path, report.header, options.names);
-    report.body = body_of(report, input);
-    input.require_form();
-  }
-  return report;
-}
-
-/// Passes the report on a file to `take`.
-template <class Take>
-void report_to(const InfoOptions& options, const std::string& path, const Take& take) {
+Report report_on(const InfoOptions& options, const std::string& path) {
   if (!options.grid_path.empty()) {
     const CaseInput input(options.grid_path, path, options.stated, info_usage);
-    return take(report_on(options, path, input.found_restart(), input.restart()));
+    return report_on_restart(options, path, input.found_restart(), input.restart());
   }
   const Found found = find_file(path, options.stated);
-  if (found.reading.is_grid()) return take(report_on(options, path, found));
+  if (found.reading.is_grid()) {
+    if (!options.index && !options.names.empty()) {
+      throw Unusable("--names applies to a restart file, and " + path + " is a grid");
+    }
+    GridInput input(path, found);
+    return completed({.found = found, .extents = input.extents()}, options, path, input);
+  }
   require_regular_file(path);
   RestartInput input(path, found);
-  take(report_on(options, path, found, input));
+  return report_on_restart(options, path, found, input);
 }
 
 void show_file(const InfoOptions& options, const std::string& path) {
@@ -103,27 +100,15 @@ void show_file(const InfoOptions& options, const std::string& path) {
   if (options.index && original_path(path) != path) {
     throw Unusable(original_path(path) + ": is compressed, and its values have no fixed places");
   }
-  report_to(options, path, [&](const auto& report) {
-    if (options.for_programs()) return print_text(json_of(path, report));
-    print_info(path, report);
-  });
-}
-
-/// Shows one line for each file.
-void show_series(const InfoOptions& options) {
-  if (options.for_programs()) throw Unusable("--json and --index take one file at a time");
-  std::vector<FileFacts> files;
-  for (const std::string& path : options.paths) {
-    report_to(options, path, [&](const auto& report) {
-      files.push_back({path, facts_of(report)});
-    });
-  }
-  print_series(files);
+  const Report report = report_on(options, path);
+  if (options.for_programs()) return print_text(json_of(path, report));
+  print_info(path, report);
 }
 
 void show_files(const InfoOptions& options) {
-  if (options.paths.size() > 1) return show_series(options);
-  show_file(options, options.paths.front());
+  if (options.paths.size() == 1) return show_file(options, options.paths.front());
+  if (options.for_programs()) throw Unusable("--json and --index take one file at a time");
+  print_series(options.paths, [&](const std::string& path) { return report_on(options, path); });
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <functional>
 #include <optional>
 #include <string>
 #include <variant>
@@ -8,7 +9,7 @@
 
 #include "file_input.hpp"
 #include "find.hpp"
-#include "range.hpp"
+#include "geometry.hpp"
 
 /// What the command `info` shows of a file, as text and as JSON (schema: docs/info-json.md).
 namespace p3dgrid::tool {
@@ -44,8 +45,8 @@ struct Findings {
 
 /// One variable at all points.
 struct Survey : Findings {
-  std::string label;  ///< "1", "triplet 1", "x"
-  std::string name;   ///< "density"; empty if it is not known
+  std::string label;      ///< "1", "triplet 1", "x"
+  std::string name = {};  ///< "density"; empty if it is not known
 };
 
 /// The bounding box of a block, or of all.
@@ -78,17 +79,6 @@ struct GridFindings {
   void include(const GridFindings& later);
 };
 
-/// A grid.
-struct GridReport {
-  const Found& found;
-  Extents extents;
-  std::vector<GridFindings> blocks;
-  std::vector<std::int32_t> shown = {};  ///< blocks in the tables, from 0
-  std::vector<BlockIndex> index = {};    ///< instead of the findings, with `--index`
-
-  [[nodiscard]] std::vector<Survey> coordinates() const;
-};
-
 /// A value of a restart file's header that applies to all blocks.
 struct HeaderValue {
   const char* key;    ///< for programs
@@ -104,39 +94,44 @@ struct HeaderValue {
 /// A real of the header with the shortest digits in the precision that the file has for it.
 [[nodiscard]] std::string digits_in(const RestartForm& form, double value);
 
-/// The body of a restart file.
-struct FlowReport {
-  std::vector<std::vector<double>> parameters;  ///< the flow parameters of each block
-  std::vector<Findings> arrays;  ///< the variables, then the triplets if there are any
-};
+/// What is known of a file.
+struct Report {
+  Found found;
+  Extents extents;                                   ///< of the blocks; empty if they are not known
+  std::optional<SolutionHeader> header = {};         ///< of a restart file
+  std::optional<std::vector<Survey>> surveys = {};   ///< of all arrays; none if they are not read
+  std::vector<GridFindings> blocks = {};             ///< of a grid, if it is read
+  std::vector<std::vector<double>> parameters = {};  ///< flow parameters of the blocks, if any
+  std::vector<std::int32_t> shown = {};              ///< blocks in the tables, from 0
+  std::vector<BlockIndex> index = {};                ///< instead of surveys, with `--index`
 
-/// A restart file.
-struct RestartReport {
-  const Found& found;
-  SolutionHeader header;
-  std::optional<FlowReport> body = {};   ///< none if it is not read
-  std::vector<std::string> names = {};   ///< of the variables of the body
-  std::vector<std::int32_t> shown = {};  ///< blocks in the tables, from 0
-  std::vector<BlockIndex> index = {};    ///< instead of the body, with `--index`
-
-  /// Those read, extensions included, or else stated; none if neither is known.
+  [[nodiscard]] const char* kind() const { return header ? "restart" : "grid"; }
+  /// The form in words.
+  [[nodiscard]] std::string form() const;
+  /// Whether the blocks have numbers of variables of their own.
+  [[nodiscard]] bool counts_by_block() const {
+    return header && traits_of(header->form.layout).counts_by_block();
+  }
+  /// Those of a restart file that are read, extensions included, or else stated; none if neither is
+  /// known.
   [[nodiscard]] std::optional<Sections> sections() const {
-    return body || !index.empty() ? all_sections(header) : found.restart().sections;
+    return surveys || !index.empty() ? all_sections(*header) : found.restart().sections;
   }
-  /// Number of arrays: variables, and triplets if there are any.
-  [[nodiscard]] std::size_t arrays() const {
-    return place_of({1, true}) + (header.triplets ? std::size_t{triplet} : 0);
-  }
-  /// The place of an array among the arrays of the body.
+  /// The values of the header, in file order; none for a grid.
+  [[nodiscard]] std::vector<HeaderValue> header_values() const;
+
+  /// Begins the surveys of a grid.
+  void begin_surveys();
+  /// Includes the statistics of later points of a block.
+  void include(std::size_t block, const GridFindings& later);
+
+  /// Begins the surveys of a restart file: those of the variables, then of any triplets.
+  /// @param names  of the variables
+  void begin_surveys(const std::vector<std::string>& names);
+  /// The place of an array of a restart file among the surveys.
   [[nodiscard]] std::size_t place_of(const FlowArray& array) const {
-    const std::int32_t before = array.triplet ? header.most_variables() : 0;
+    const std::int32_t before = array.triplet ? header->most_variables() : 0;
     return static_cast<std::size_t>(before + array.number - 1);
-  }
-  /// The arrays of the body.
-  [[nodiscard]] std::vector<Survey> surveys() const;
-  /// Whether the blocks have counts of their own.
-  [[nodiscard]] bool counted_variables() const {
-    return traits_of(header.form.layout).counts_by_block();
   }
 };
 
@@ -144,33 +139,14 @@ struct RestartReport {
 [[nodiscard]] std::vector<std::int32_t> shown_blocks(const std::string& list,
                                                      const std::string& path, std::int32_t count);
 
-void print_info(const std::string& path, const GridReport& report);
-void print_info(const std::string& path, const RestartReport& report);
-
-/// A property of a file that may differ in the next file.
-struct Fact {
-  enum class Column { never, if_changed, always };
-
-  std::string name;
-  std::string text;
-  Column column = Column::never;  ///< of the table of files
-};
-using Facts = std::vector<Fact>;
-
-[[nodiscard]] Facts facts_of(const GridReport& report);
-[[nodiscard]] Facts facts_of(const RestartReport& report);
-
-struct FileFacts {
-  std::string path;
-  Facts facts;
-};
+void print_info(const std::string& path, const Report& report);
 
 /// Prints one line for each file, with its differences from the previous file.
-void print_series(const std::vector<FileFacts>& files);
+void print_series(const std::vector<std::string>& paths,
+                  const std::function<Report(const std::string& path)>& report_on);
 
 /// With the byte ranges of the arrays in place of the statistics of their values, if the report has
 /// an index.
-[[nodiscard]] std::string json_of(const std::string& path, const GridReport& report);
-[[nodiscard]] std::string json_of(const std::string& path, const RestartReport& report);
+[[nodiscard]] std::string json_of(const std::string& path, const Report& report);
 
 }  // namespace p3dgrid::tool

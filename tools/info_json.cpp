@@ -69,36 +69,20 @@ Json form_of(const RestartForm& form, const std::optional<Sections>& sections) {
   return json;
 }
 
-Json beginning(const std::string& path, const Found& found, const char* kind, const Json& form) {
-  return {
-      {"schema", schema},
-      {"file", original_path(path)},
-      {"kind", kind},
-      {"form", form},
-      {"found",
-       {{"stated", found.stated}, {"because", found.reason}, {"bytes_read", found.bytes_read}}}};
-}
-
-Json block(const Extents& extents, std::size_t b) {
-  return {{"extents", {extents.i[b], extents.j[b], extents.k[b]}},
-          {"points", extents.points_of(b)}};
-}
-
-/// Adds the byte ranges of the arrays to the blocks, if they are known.
-void add_arrays(Json& blocks, const std::vector<BlockIndex>& index) {
-  for (std::size_t b = 0; b < index.size(); ++b) {
-    Json& arrays = blocks[b]["arrays"] = Json::array();
-    for (const StoredArray& array : index[b]) {
-      arrays.push_back({{"content", name_of(array.content)},
-                        {"number", array.number},
-                        {"kind", name_of(array.kind)},
-                        {"count", array.count},
-                        {"ranges", Json::array()}});
-      for (const ByteRange& range : array.ranges) {
-        arrays.back()["ranges"].push_back({range.offset, range.bytes});
-      }
+/// The byte ranges of the arrays of a block.
+Json arrays(const BlockIndex& index) {
+  Json arrays = Json::array();
+  for (const StoredArray& array : index) {
+    arrays.push_back({{"content", name_of(array.content)},
+                      {"number", array.number},
+                      {"kind", name_of(array.kind)},
+                      {"count", array.count},
+                      {"ranges", Json::array()}});
+    for (const ByteRange& range : array.ranges) {
+      arrays.back()["ranges"].push_back({range.offset, range.bytes});
     }
   }
+  return arrays;
 }
 
 Json extreme(const std::optional<Extreme>& found) {
@@ -123,79 +107,64 @@ Json variables(const std::vector<Survey>& surveys) {
   return json;
 }
 
-Json header(const RestartForm& form, const RunData& run) {
+Json header(const Report& report) {
   Json json = Json::object();
-  for (const HeaderValue& value : header_values(form, run)) {
+  for (const HeaderValue& value : report.header_values()) {
     const std::int32_t* count = std::get_if<std::int32_t>(&value.value);
-    json[value.key] =
-        count != nullptr ? Json(*count) : number_in(form, std::get<double>(value.value));
+    json[value.key] = count != nullptr
+                          ? Json(*count)
+                          : number_in(report.header->form, std::get<double>(value.value));
   }
   return json;
 }
 
-/// @param species  number of species
-Json parameters(const RestartForm& form, const std::vector<double>& block, std::int32_t species) {
+Json parameters(const SolutionHeader& header, const std::vector<double>& block) {
+  const RestartForm& form = header.form;
   Json json = {{"mach", number_in(form, block[0])},
                {"alpha", number_in(form, block[1])},
                {"reynolds", number_in(form, block[2])},
                {"time", number_in(form, block[3])}};
-  const auto names = parameter_names(static_cast<std::int32_t>(block.size()), species);
+  const auto names = parameter_names(static_cast<std::int32_t>(block.size()), header.run.species);
   for (std::size_t n = 4; n < block.size(); ++n) json[names[n]] = number_in(form, block[n]);
   return json;
 }
 
-Json blocks(const RestartReport& report) {
-  const RestartForm& form = report.found.restart();
-  const Extents& extents = report.header.extents;
-  Json json = Json::array();
-  for (std::size_t b = 0; b < extents.i.size(); ++b) {
-    json.push_back(block(extents, b));
-    if (report.counted_variables()) json.back()["functions"] = report.header.variables[b];
-    if (report.body && traits_of(form.layout).parameters > 0) {
-      json.back()["parameters"] =
-          parameters(form, report.body->parameters[b], report.header.run.species);
-    }
+Json block(const Report& report, std::size_t b) {
+  const auto& [i, j, k] = report.extents.of(b);
+  Json json = {{"extents", {i, j, k}}, {"points", report.extents.points_of(b)}};
+  if (report.counts_by_block()) json["functions"] = report.header->variables[b];
+  if (!report.parameters.empty()) {
+    json["parameters"] = parameters(*report.header, report.parameters[b]);
   }
+  if (!report.blocks.empty() && report.found.grid().iblank) {
+    const auto& [zero, one, negative, other] = report.blocks[b].blanking;
+    json["blanking"] = {{"0", zero}, {"1", one}, {"negative", negative}, {"other", other}};
+  }
+  if (!report.index.empty()) json["arrays"] = arrays(report.index[b]);
   return json;
-}
-
-// JSON is UTF-8, which a path need not be.
-std::string text_of(const Json& json) {
-  return json.dump(/*indent=*/2, ' ', false, Json::error_handler_t::replace);
 }
 
 }  // namespace
 
-std::string json_of(const std::string& path, const GridReport& report) {
-  const GridForm& form = report.found.grid();
-  Json json = beginning(path, report.found, "grid", form_of(form));
-  json["block_count"] = report.extents.blocks();
-  json["blocks"] = Json::array();
-  for (std::size_t b = 0; b < report.extents.i.size(); ++b) {
-    json["blocks"].push_back(block(report.extents, b));
-    if (!form.iblank || !report.index.empty()) continue;
-    const auto& [zero, one, negative, other] = report.blocks[b].blanking;
-    json["blocks"].back()["blanking"] = {
-        {"0", zero}, {"1", one}, {"negative", negative}, {"other", other}};
-  }
-  add_arrays(json["blocks"], report.index);
-  json["points"] = report.extents.points();
-  json["header"] = Json::object();
-  json["variables"] = report.index.empty() ? variables(report.coordinates()) : Json();
-  return text_of(json);
-}
-
-std::string json_of(const std::string& path, const RestartReport& report) {
-  const RestartForm& form = report.found.restart();
-  Json json = beginning(path, report.found, "restart", form_of(form, report.sections()));
-  json["block_count"] = report.header.blocks;
-  json["blocks"] = blocks(report);
-  add_arrays(json["blocks"], report.index);
-  const bool has_extents = !report.header.extents.i.empty();
-  json["points"] = has_extents ? Json(report.header.extents.points()) : Json();
-  json["header"] = header(form, report.header.run);
-  json["variables"] = report.body ? variables(report.surveys()) : Json();
-  return text_of(json);
+std::string json_of(const std::string& path, const Report& report) {
+  const Found& found = report.found;
+  const bool has_extents = !report.extents.i.empty();
+  Json blocks = Json::array();
+  for (std::size_t b = 0; b < report.extents.i.size(); ++b) blocks.push_back(block(report, b));
+  const Json json = {
+      {"schema", schema},
+      {"file", original_path(path)},
+      {"kind", report.kind()},
+      {"form", report.header ? form_of(found.restart(), report.sections()) : form_of(found.grid())},
+      {"found",
+       {{"stated", found.stated}, {"because", found.reason}, {"bytes_read", found.bytes_read}}},
+      {"block_count", report.header ? report.header->blocks : report.extents.blocks()},
+      {"blocks", blocks},
+      {"points", has_extents ? Json(report.extents.points()) : Json()},
+      {"header", header(report)},
+      {"variables", report.surveys ? variables(*report.surveys) : Json()}};
+  // JSON is UTF-8, which a path need not be.
+  return json.dump(/*indent=*/2, ' ', false, Json::error_handler_t::replace);
 }
 
 }  // namespace p3dgrid::tool

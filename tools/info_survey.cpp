@@ -77,27 +77,32 @@ void GridFindings::include(const GridFindings& later) {
   for (std::size_t n = 0; n < blanking.size(); ++n) blanking[n] += later.blanking[n];
 }
 
-std::vector<Survey> GridReport::coordinates() const {
-  std::vector<Survey> surveys(3);
-  for (std::size_t c = 0; c < 3; ++c) {
-    surveys[c].label = std::string(1, "xyz"[c]);
-    for (const GridFindings& block : blocks) surveys[c].include(block.coordinates[c]);
-  }
-  return surveys;
+std::string Report::form() const {
+  return header ? describe(found.restart()) : describe(found.grid());
 }
 
-std::vector<Survey> RestartReport::surveys() const {
-  std::vector<Survey> surveys;
-  const std::size_t variables = place_of({1, true});
-  for (std::size_t n = 0; n < body->arrays.size(); ++n) {
-    Survey& survey = surveys.emplace_back();
-    survey.include(body->arrays[n]);
-    const bool is_triplet = n >= variables;
-    survey.label =
-        (is_triplet ? "triplet " : "") + std::to_string(is_triplet ? n - variables + 1 : n + 1);
-    if (!is_triplet) survey.name = names[n];
+std::vector<HeaderValue> Report::header_values() const {
+  return header ? tool::header_values(header->form, header->run) : std::vector<HeaderValue>();
+}
+
+void Report::begin_surveys() {
+  blocks.resize(extents.i.size());
+  surveys = {{{}, "x"}, {{}, "y"}, {{}, "z"}};
+}
+
+void Report::include(std::size_t block, const GridFindings& later) {
+  blocks[block].include(later);
+  for (std::size_t c = 0; c < 3; ++c) (*surveys)[c].include(later.coordinates[c]);
+}
+
+void Report::begin_surveys(const std::vector<std::string>& names) {
+  surveys.emplace();
+  for (const std::string& name : names) {
+    surveys->push_back({{}, std::to_string(surveys->size() + 1), name});
   }
-  return surveys;
+  for (std::int32_t n = 1; header->triplets && n <= triplet; ++n) {
+    surveys->push_back({{}, "triplet " + std::to_string(n)});
+  }
 }
 
 std::string digits_in(const RestartForm& form, double value) {
@@ -127,16 +132,15 @@ std::vector<HeaderValue> header_values(const RestartForm& form, const RunData& r
   values.push_back({"step_count", "step count", run.nstep});
   values.push_back({"step_size", "step size", run.dtau});
   if (!talven || run.eqid != equations_with_parameters) return values;
-  const HeaderValue parameters[] = {{"sub_grid_scale_model", "sub-grid-scale model", run.isgsmodel},
-                                    {"reynolds", "Reynolds number", run.talre},
-                                    {"mach", "Mach number", run.talxm1},
-                                    {"alpha", "angle of attack", run.talalfa},
-                                    {"beta", "side-slip angle", run.talbeta},
-                                    {"gamma", "ratio of specific heats", run.talgam},
-                                    {"s1", "s1", run.tals1},
-                                    {"prandtl", "Prandtl number", run.talpr},
-                                    {"turbulent_prandtl", "turbulent Prandtl number", run.talprt}};
-  values.insert(values.end(), std::begin(parameters), std::end(parameters));
+  values.insert(values.end(), {{"sub_grid_scale_model", "sub-grid-scale model", run.isgsmodel},
+                               {"reynolds", "Reynolds number", run.talre},
+                               {"mach", "Mach number", run.talxm1},
+                               {"alpha", "angle of attack", run.talalfa},
+                               {"beta", "side-slip angle", run.talbeta},
+                               {"gamma", "ratio of specific heats", run.talgam},
+                               {"s1", "s1", run.tals1},
+                               {"prandtl", "Prandtl number", run.talpr},
+                               {"turbulent_prandtl", "turbulent Prandtl number", run.talprt}});
   return values;
 }
 

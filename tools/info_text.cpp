@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <array>
 
 #include "console.hpp"
 #include "info.hpp"
@@ -44,20 +43,12 @@ void print_variables(const std::vector<Survey>& surveys, const std::string& what
   print_below_blank(places);
 }
 
-void print_beginning(const std::string& path, const Found& found, const std::string& form,
-                     const std::string& contents) {
-  print_line("file    " + path);
-  print_line("read as " + form);
-  print_line("because " + found.reason);
-  print_line("holds   " + contents);
-}
-
 /// Prints the smallest and the largest of many blocks.
 void print_summary_of(const Extents& extents, bool shows_blocks) {
   if (extents.blocks() <= most_blocks_shown) return;
   const auto line = [&](const char* label, std::size_t block) {
     print_line(label + counted(extents.points_of(block), "point") + " in block " +
-               std::to_string(block + 1) + ", " + extents.text_of(block));
+               std::to_string(block + 1) + ", " + extents.of(block).text());
   };
   std::size_t smallest = 0;
   std::size_t largest = 0;
@@ -70,32 +61,46 @@ void print_summary_of(const Extents& extents, bool shows_blocks) {
   if (!shows_blocks) print_line("blocks  --blocks all shows all of them, --blocks 1,3-5 some");
 }
 
-/// Additional columns of the table of blocks.
+/// Counts for each block, in additional columns of the table of blocks.
 struct BlockColumns {
   std::vector<std::string> titles;
   std::vector<std::vector<std::int64_t>> rows;
 };
 
-/// @param shown       blocks, from 0
-/// @param with_total  append a row for all blocks
-void print_extents(const Extents& extents, const std::vector<std::int32_t>& shown,
-                   const BlockColumns& more, bool with_total) {
-  if (shown.empty() && !with_total) return;
+BlockColumns counts_of(const Report& report) {
+  BlockColumns counts;
+  if (report.counts_by_block()) {
+    counts.titles = {"functions"};
+    for (const std::int32_t count : report.header->variables) counts.rows.push_back({count});
+  } else if (!report.header && report.found.grid().iblank) {
+    counts.titles = {"blank 0", "blank 1", "blank <0", "blank >1"};
+    for (const GridFindings& block : report.blocks) {
+      counts.rows.emplace_back(block.blanking.begin(), block.blanking.end());
+    }
+  }
+  return counts;
+}
+
+/// With a row for all blocks of a grid.
+void print_extents(const Report& report) {
+  const Extents& extents = report.extents;
+  if (report.shown.empty() && report.header) return;
+  const BlockColumns more = counts_of(report);
   std::vector<std::string> header = {"block", "i", "j", "k", "points"};
   header.insert(header.end(), more.titles.begin(), more.titles.end());
   Table table(header);
-  std::vector<std::int64_t> totals(more.titles.size());
-  for (const std::int32_t block : shown) {
+  for (const std::int32_t block : report.shown) {
     const auto b = static_cast<std::size_t>(block);
     std::vector<std::string> row = {std::to_string(b + 1)};
     append(row, {extents.i[b], extents.j[b], extents.k[b], extents.points_of(b)});
     if (!more.rows.empty()) append(row, more.rows[b]);
     table.add(row);
   }
-  for (const std::vector<std::int64_t>& row : more.rows) {
-    for (std::size_t n = 0; n < totals.size(); ++n) totals[n] += row[n];
-  }
-  if (with_total) {
+  if (!report.header) {
+    std::vector<std::int64_t> totals(more.titles.size());
+    for (const std::vector<std::int64_t>& row : more.rows) {
+      for (std::size_t n = 0; n < totals.size(); ++n) totals[n] += row[n];
+    }
     std::vector<std::string> row = {"all", "", "", "", std::to_string(extents.points())};
     append(row, totals);
     table.add(row);
@@ -103,11 +108,10 @@ void print_extents(const Extents& extents, const std::vector<std::int32_t>& show
   print_below_blank(table);
 }
 
-void print_boxes(const GridReport& report) {
+void print_boxes(const Report& report) {
   Box all;
   for (const GridFindings& block : report.blocks) all.include(block.box);
-  const Coding& coding = report.found.grid().coding;
-  const Precision precision = is_text(coding) ? Precision::double_precision : coding.precision;
+  const Precision precision = precision_in_memory(report.found.grid().coding);
   std::vector<std::string> header = {"block", "x min", "x max", "y min", "y max", "z min", "z max"};
   if (all.not_finite > 0) header.emplace_back("not finite");
   Table table(header);
@@ -127,26 +131,27 @@ void print_boxes(const GridReport& report) {
   print_below_blank(table);
 }
 
-void print_header_values(const RestartForm& form, const RunData& run) {
-  const std::vector<HeaderValue> values = header_values(form, run);
+void print_header_values(const Report& report) {
+  const std::vector<HeaderValue> values = report.header_values();
   if (!values.empty()) print_line("");
   for (const HeaderValue& value : values) {
     constexpr std::size_t width = 24;
     std::string label = value.label;
     label.resize(std::max(width, label.size() + 1), ' ');
-    print_line(label + value.text(form));
+    print_line(label + value.text(report.header->form));
   }
 }
 
-void print_flow_parameters(const RestartReport& report) {
-  const std::vector<std::vector<double>>& parameters = report.body->parameters;
+void print_flow_parameters(const Report& report) {
+  const std::vector<std::vector<double>>& parameters = report.parameters;
+  if (parameters.empty()) return;
   const auto count = static_cast<std::int32_t>(parameters.front().size());
-  std::vector<std::string> header = parameter_names(count, report.header.run.species);
+  std::vector<std::string> header = parameter_names(count, report.header->run.species);
   header.insert(header.begin(), "block");
   Table table(header);
   const auto add = [&](const std::string& label, const std::vector<double>& block) {
     std::vector<std::string> row = {label};
-    for (const double value : block) row.push_back(digits_in(report.header.form, value));
+    for (const double value : block) row.push_back(digits_in(report.header->form, value));
     table.add(row);
   };
   for (const std::int32_t block : report.shown) {
@@ -160,15 +165,30 @@ void print_flow_parameters(const RestartReport& report) {
   print_below_blank(table);
 }
 
-std::string contents_of(const RestartReport& report) {
-  std::string text = counted(report.header.blocks, "block");
-  if (report.body) text += ", " + counted(report.header.extents.points(), "point");
+std::string contents_of(const Report& report) {
+  if (!report.header) return counted(report.extents);
+  const bool is_read = report.surveys.has_value();
+  std::string text = counted(report.header->blocks, "block");
+  if (is_read) text += ", " + counted(report.extents.points(), "point");
   const std::optional<Sections> sections = report.sections();
-  if (sections && (report.body || !report.counted_variables())) {
+  if (sections && (is_read || !report.counts_by_block())) {
     text += ", " + counted(variables_in(*sections), "variable") + " in the sections " +
-            describe(*sections) + (report.body ? "" : " as stated");
+            describe(*sections) + (is_read ? "" : " as stated");
   }
   return text;
+}
+
+/// Prints what is missing from a restart file.
+void print_gaps(const Report& report) {
+  if (report.extents.i.empty()) {
+    print_line("extents not in the file; --grid GRID shows them, and the ranges of its variables");
+  } else if (!report.found.reading.own_extents) {
+    print_line("extents those of the grid; the file gives none");
+  }
+  if (!report.surveys) return;
+  for (const Section& gap : report.header->missing()) {
+    print_line("skips   the variables " + describe(Sections{gap}));
+  }
 }
 
 }  // namespace
@@ -179,46 +199,20 @@ std::vector<std::int32_t> shown_blocks(const std::string& list, const std::strin
   return blocks_in(list == "all" ? "" : list, path, count);
 }
 
-void print_info(const std::string& path, const GridReport& report) {
-  const GridForm& form = report.found.grid();
-  print_beginning(path, report.found, describe(form), counted(report.extents));
+void print_info(const std::string& path, const Report& report) {
+  const std::string meaning =
+      report.header ? std::string(" (") + traits_of(report.header->form.layout).meaning + ")" : "";
+  print_line("file    " + path);
+  print_line("read as " + report.form() + meaning);
+  print_line("because " + report.found.reason);
+  print_line("holds   " + contents_of(report));
   print_summary_of(report.extents, !report.shown.empty());
-  BlockColumns blanking;
-  if (form.iblank) blanking.titles = {"blank 0", "blank 1", "blank <0", "blank >1"};
-  for (const GridFindings& block : report.blocks) {
-    if (form.iblank) blanking.rows.emplace_back(block.blanking.begin(), block.blanking.end());
-  }
-  print_extents(report.extents, report.shown, blanking, true);
-  print_boxes(report);
-  print_variables(report.coordinates(), "coordinate");
-}
-
-void print_info(const std::string& path, const RestartReport& report) {
-  const RestartForm& form = report.found.restart();
-  const LayoutTraits& layout = traits_of(form.layout);
-  print_beginning(path, report.found, describe(form) + " (" + layout.meaning + ")",
-                  contents_of(report));
-  print_summary_of(report.header.extents, !report.shown.empty());
-  if (!report.body && report.header.extents.i.empty()) {
-    print_line("extents not in the file; --grid GRID shows them, and the ranges of its variables");
-  } else if (!report.found.reading.own_extents) {
-    print_line("extents those of the grid; the file gives none");
-  }
-  if (report.body) {
-    for (const Section& gap : report.header.missing()) {
-      print_line("skips   the variables " + describe(Sections{gap}));
-    }
-  }
-  print_header_values(form, report.header.run);
-  if (report.body && layout.parameters > 0) print_flow_parameters(report);
-  BlockColumns functions;
-  if (report.counted_variables()) {
-    functions.titles = {"functions"};
-    for (const std::int32_t count : report.header.variables) functions.rows.push_back({count});
-  }
-  const Extents& extents = report.header.extents;
-  if (!extents.i.empty()) print_extents(extents, report.shown, functions, false);
-  if (report.body) print_variables(report.surveys(), "variable");
+  if (report.header) print_gaps(report);
+  print_header_values(report);
+  print_flow_parameters(report);
+  print_extents(report);
+  if (!report.header) print_boxes(report);
+  if (report.surveys) print_variables(*report.surveys, report.header ? "variable" : "coordinate");
 }
 
 }  // namespace p3dgrid::tool

@@ -25,14 +25,14 @@ void show_quality(const QualityOptions& options) {
   const CaseInput input(options.path, "", options.stated, quality_usage);
   GridInput& grid = input.grid();
   QualityReport report;
-  FaceSearch faces(options.tolerance);
+  FacePoints faces;
   for (std::int32_t b = 0; b < grid.extents().blocks(); ++b) {
     const Block block = grid.read(static_cast<std::size_t>(b));
     report.blocks.push_back(quality_of(block));
     faces.add(b, block);
   }
   grid.require_form();
-  report.connections = faces.connections();
+  report.connections = connections_of(std::move(faces), options.tolerance);
   if (options.json) return print_text(json_of(options.path, report));
   print_quality(options.path, report);
 }

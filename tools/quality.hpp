@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "vector.hpp"
+#include "geometry.hpp"
 
 /// The quality of a grid: its cells and edges, and how its blocks meet.
 namespace p3dgrid::tool {
@@ -90,49 +90,32 @@ struct Face {
 
 /// A pair of faces that share points.
 struct Connection {
-  enum class Kind { whole, part };
-
   Face one;
   Face other;
-  Kind kind = Kind::part;   ///< whole: each point of either face is on the other
+  bool is_whole = false;    ///< each point of either face is on the other
   std::int64_t points = 0;  ///< of the first face that are on the other
   IndexRange range = {};    ///< of the first block, in which these points lie
 };
 
-/// Finds faces that share points.
-class FaceSearch {
- public:
-  /// @param tolerance  largest difference of each coordinate of points at the same place
-  explicit FaceSearch(double tolerance) : tolerance_(tolerance) {}
-
-  /// Stores the points of the faces of a block.
-  void add(std::int32_t number, const Block& block);
-
-  /// The pairs that share more than an edge or a corner.
-  [[nodiscard]] std::vector<Connection> connections();
-
- private:
-  /// Edges of twice the tolerance, so that a point and its neighbours lie in at most two cubes in
-  /// each direction.
-  using Cube = std::array<double, 3>;
-  struct FacePoint {
-    std::array<double, 3> place;
-    std::uint64_t key;  ///< of the cube that holds it
-    std::uint32_t face;
-    BlockExtents index;  ///< in its block
+/// Points of the outer faces of blocks.
+struct FacePoints {
+  struct Point {
+    Vector place;
+    std::uint32_t face;     ///< its number
+    BlockExtents index;     ///< in its block
+    std::uint64_t key = 0;  ///< for the search
   };
-  struct Shared;
+  std::vector<Face> faces = {};
+  std::vector<BlockExtents> extents = {};  ///< of each face
+  std::vector<Point> points = {};
 
-  [[nodiscard]] Cube cube_of(const std::array<double, 3>& place) const;
-  [[nodiscard]] static std::uint64_t key_of(const Cube& cube);
-  template <class Take>
-  void for_each_near(const FacePoint& point, Take take) const;
-
-  double tolerance_;
-  std::vector<Face> faces_;
-  std::vector<BlockExtents> face_extents_;  ///< of each face
-  std::vector<FacePoint> points_;
+  /// Adds those of a block, without those that are not finite.
+  void add(std::int32_t number, const Block& block);
 };
+
+/// The pairs of faces that share more than an edge or a corner.
+/// @param tolerance  largest difference of each coordinate of points at the same place
+[[nodiscard]] std::vector<Connection> connections_of(FacePoints all, double tolerance);
 
 /// The measures and connections of a grid.
 struct QualityReport {

@@ -7,9 +7,12 @@
 #include "quality.hpp"
 
 namespace p3dgrid::tool {
+namespace {
+
+using Point = FacePoints::Point;
 
 /// The points that a face shares with another.
-struct FaceSearch::Shared {
+struct Shared {
   BlockExtents low = {Indices::all_points, Indices::all_points, Indices::all_points};
   BlockExtents high = {};
   std::vector<std::int64_t> points = {};  ///< their numbers in the face
@@ -18,7 +21,7 @@ struct FaceSearch::Shared {
   /// next are not adjacent.
   static std::int64_t width(std::int32_t extent) { return std::int64_t{extent} + 1; }
 
-  void add(const FacePoint& point, const Face& face, const BlockExtents& extents) {
+  void add(const Point& point, const Face& face, const BlockExtents& extents) {
     BlockExtents in_face = point.index;
     along(in_face, face.direction) = 0;
     points.push_back(in_face.i + width(extents.i) * (in_face.j + width(extents.j) * in_face.k));
@@ -49,51 +52,19 @@ struct FaceSearch::Shared {
   }
 };
 
-std::string Face::text() const {
-  return std::string(1, name_of(direction)) + (upper ? "=last" : "=1");
-}
+/// Edges of twice the tolerance, so that a point and its neighbours lie in at most two cubes in
+/// each direction. Without a tolerance every point is a cube of its own.
+using Cube = Vector;
 
-void FaceSearch::add(std::int32_t number, const Block& block) {
-  for (const Direction d : all_directions) {
-    if (along(block.extents, d) < 2) continue;
-    for (const bool upper : {false, true}) {
-      IndexRange range;
-      range.set(d, upper ? Indices{Indices::all_points} : Indices{0, 0});
-      const IndexRange face = range.in(block.extents);
-      const Block points = extract(block, range);
-      const BlockExtents& extents = points.extents;
-      const auto id = static_cast<std::uint32_t>(faces_.size());
-      std::int64_t p = 0;
-      for (std::int32_t k = 0; k < extents.k; ++k) {
-        for (std::int32_t j = 0; j < extents.j; ++j) {
-          for (std::int32_t i = 0; i < extents.i; ++i, ++p) {
-            const std::array<double, 3> place = {points.x[p], points.y[p], points.z[p]};
-            if (!std::ranges::all_of(place, [](double c) { return std::isfinite(c); })) continue;
-            points_.push_back({place,
-                               key_of(cube_of(place)),
-                               id,
-                               {face.first.i + i, face.first.j + j, face.first.k + k}});
-          }
-        }
-      }
-      faces_.push_back({number, d, upper});
-      face_extents_.push_back(extents);
-    }
-  }
-}
-
-/// The search cube that contains the point. Without a tolerance every point is a cube of its own.
-FaceSearch::Cube FaceSearch::cube_of(const std::array<double, 3>& place) const {
-  Cube cube{};
-  for (std::size_t c = 0; c < 3; ++c) {
-    cube[c] = tolerance_ > 0 ? std::floor(place[c] / (2 * tolerance_)) : place[c];
-  }
+Cube cube_of(const Vector& place, double tolerance) {
+  Cube cube = place;
+  for (double& c : cube) c = tolerance > 0 ? std::floor(c / (2 * tolerance)) : c;
   return cube;
 }
 
 /// A hash value. Points are sorted by it, since integers are compared faster than cubes. Collisions
 /// do no harm, because coordinates are compared as well.
-std::uint64_t FaceSearch::key_of(const Cube& cube) {
+std::uint64_t key_of(const Cube& cube) {
   std::uint64_t key = 0;
   for (const double c : cube) {
     key ^= std::bit_cast<std::uint64_t>(c + 0.0);  // -0.0 becomes 0.0
@@ -104,32 +75,29 @@ std::uint64_t FaceSearch::key_of(const Cube& cube) {
 }
 
 /// Calls `take` for each point of another face within the tolerance of `point`, which is one of
-/// `points_`.
+/// `points`. These are sorted by their keys.
 template <class Take>
-void FaceSearch::for_each_near(const FacePoint& point, Take take) const {
-  const auto shifted = [&](double by) {
-    std::array<double, 3> place = point.place;
-    for (double& c : place) c += by;
-    return cube_of(place);
-  };
-  const auto low = shifted(-tolerance_);
-  const auto high = shifted(tolerance_);
+void for_each_near(const std::vector<Point>& points, const Point& point, double tolerance,
+                   Take take) {
   const auto visit_cube = [&](const Cube& cube) {
     const std::uint64_t key = key_of(cube);
-    auto near = points_.begin() + (&point - points_.data());
+    auto near = points.begin() + (&point - points.data());
     if (key == point.key) {
-      while (near != points_.begin() && near[-1].key == key) --near;
+      while (near != points.begin() && near[-1].key == key) --near;
     } else {
-      near = std::ranges::lower_bound(points_, key, {}, &FacePoint::key);
+      near = std::ranges::lower_bound(points, key, {}, &Point::key);
     }
-    for (; near != points_.end() && near->key == key; ++near) {
+    for (; near != points.end() && near->key == key; ++near) {
       bool same = near->face != point.face;
       for (std::size_t c = 0; same && c < 3; ++c) {
-        same = std::abs(near->place[c] - point.place[c]) <= tolerance_;
+        same = std::abs(near->place[c] - point.place[c]) <= tolerance;
       }
       if (same) take(*near);
     }
   };
+  const Vector reach = {tolerance, tolerance, tolerance};
+  const Cube low = cube_of(point.place - reach, tolerance);
+  const Cube high = cube_of(point.place + reach, tolerance);
   // A point and its neighbours lie in at most two cubes in each direction.
   for (unsigned corner = 0; corner < 8; ++corner) {
     Cube cube = low;
@@ -143,33 +111,63 @@ void FaceSearch::for_each_near(const FacePoint& point, Take take) const {
   }
 }
 
-std::vector<Connection> FaceSearch::connections() {
-  std::ranges::sort(points_, {}, &FacePoint::key);
+}  // namespace
+
+std::string Face::text() const {
+  return std::string(1, name_of(direction)) + (upper ? "=last" : "=1");
+}
+
+void FacePoints::add(std::int32_t number, const Block& block) {
+  for (const Direction d : all_directions) {
+    if (along(block.extents, d) < 2) continue;
+    for (const bool upper : {false, true}) {
+      IndexRange range;
+      range.set(d, upper ? Indices{Indices::all_points} : Indices{0, 0});
+      const IndexRange place = range.in(block.extents);
+      const Block face = extract(block, range);
+      const auto id = static_cast<std::uint32_t>(faces.size());
+      std::int64_t p = 0;
+      for (std::int32_t k = 0; k < face.extents.k; ++k) {
+        for (std::int32_t j = 0; j < face.extents.j; ++j) {
+          for (std::int32_t i = 0; i < face.extents.i; ++i, ++p) {
+            const Vector point = {face.x[p], face.y[p], face.z[p]};
+            if (!std::ranges::all_of(point, [](double c) { return std::isfinite(c); })) continue;
+            points.push_back(
+                {point, id, {place.first.i + i, place.first.j + j, place.first.k + k}});
+          }
+        }
+      }
+      faces.push_back({number, d, upper});
+      extents.push_back(face.extents);
+    }
+  }
+}
+
+std::vector<Connection> connections_of(FacePoints all, double tolerance) {
+  for (Point& point : all.points) point.key = key_of(cube_of(point.place, tolerance));
+  std::ranges::sort(all.points, {}, &Point::key);
   std::map<std::pair<std::uint32_t, std::uint32_t>, Shared> shared;
   std::set<std::uint32_t> others;
-  for (const FacePoint& point : points_) {
+  for (const Point& point : all.points) {
+    const Face& face = all.faces[point.face];
     others.clear();
-    for_each_near(point, [&](const FacePoint& near) {
+    for_each_near(all.points, point, tolerance, [&](const Point& near) {
       // The faces of a block have edges in common.
-      const bool same_point =
-          faces_[near.face].block == faces_[point.face].block && near.index == point.index;
+      const bool same_point = all.faces[near.face].block == face.block && near.index == point.index;
       if (!same_point) others.insert(near.face);
     });
     for (const std::uint32_t other : others)
-      shared[{point.face, other}].add(point, faces_[point.face], face_extents_[point.face]);
+      shared[{point.face, other}].add(point, face, all.extents[point.face]);
   }
   std::vector<Connection> connections;
   for (auto& [pair, part] : shared) {
     const auto [one, other] = pair;
-    if (one > other || !part.holds_cell(face_extents_[one])) continue;
+    if (one > other || !part.holds_cell(all.extents[one])) continue;
     const std::int64_t points = std::ssize(part.points);
-    const bool whole = points == face_extents_[one].points() &&
-                       std::ssize(shared[{other, one}].points) == face_extents_[other].points();
-    connections.push_back({faces_[one],
-                           faces_[other],
-                           whole ? Connection::Kind::whole : Connection::Kind::part,
-                           points,
-                           {part.low, part.high}});
+    const bool is_whole = points == all.extents[one].points() &&
+                          std::ssize(shared[{other, one}].points) == all.extents[other].points();
+    connections.push_back(
+        {all.faces[one], all.faces[other], is_whole, points, {part.low, part.high}});
   }
   return connections;
 }

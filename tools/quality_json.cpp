@@ -49,7 +49,7 @@ Json json_of(const QualityTotals& totals) {
 Json json_of(const Connection& connection) {
   const auto face = [](const Face& f) { return Json{{"block", f.block + 1}, {"face", f.text()}}; };
   return {{"faces", Json::array({face(connection.one), face(connection.other)})},
-          {"whole", connection.kind == Connection::Kind::whole},
+          {"whole", connection.is_whole},
           {"points", connection.points},
           {"first", place_of(connection.range.first)},
           {"last", place_of(connection.range.last)}};

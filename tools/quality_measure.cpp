@@ -1,12 +1,9 @@
 #include <algorithm>
 #include <cmath>
 #include <initializer_list>
-#include <limits>
 #include <span>
-#include <type_traits>
 
 #include "quality.hpp"
-#include "vector.hpp"
 
 namespace p3dgrid::tool {
 namespace {
@@ -57,9 +54,8 @@ class Edges {
 
 /// Whether any of the first values passes a test. g++ vectorises a search that does not end at the
 /// first hit, if its result is as wide as the values.
-template <class Found = std::int64_t>
 bool any_of_first(std::int64_t count, auto passes) {
-  Found found = 0;
+  std::int64_t found = 0;
   for (std::int64_t n = 0; n < count; ++n) {
     if (passes(n)) found = 1;
   }
@@ -78,14 +74,6 @@ bool any_cosine_exceeds(double worst, const std::array<const double*, 2>& edges,
     return std::max(std::max(excess(one + e, other + e), excess(one + e, opposite_other + e)),
                     std::max(excess(opposite_one + e, other + e),
                              excess(opposite_one + e, opposite_other + e))) > 0;
-  });
-}
-
-template <class Real>
-bool are_finite(std::span<const Real> values) {
-  using Found = std::conditional_t<sizeof(Real) == 8, std::int64_t, std::int32_t>;
-  return !any_of_first<Found>(std::ssize(values), [values](std::int64_t n) {
-    return !(std::abs(values[static_cast<std::size_t>(n)]) <= std::numeric_limits<Real>::max());
   });
 }
 
@@ -129,14 +117,16 @@ class Measurement {
  private:
   /// Leaves `valid_` empty if all points are valid.
   void find_valid_points() {
-    if (block_.iblank.empty() && are_finite(x_) && are_finite(y_) && are_finite(z_)) return;
     valid_.resize(x_.size());
+    bool all = true;
     for (std::size_t p = 0; p < x_.size(); ++p) {
       const bool blanked = !block_.iblank.empty() && block_.iblank[p] == 0;
       const bool finite = std::isfinite(x_[p]) && std::isfinite(y_[p]) && std::isfinite(z_[p]);
       valid_[p] = static_cast<char>(!blanked && finite);
       result_.invalid_points += static_cast<std::int64_t>(!blanked && !finite);
+      all = all && !blanked && finite;
     }
+    if (all) valid_.clear();
   }
 
   [[nodiscard]] std::int64_t step(Direction d) const { return steps_[static_cast<std::size_t>(d)]; }

@@ -58,10 +58,9 @@ void print_quality(const std::string& path, const QualityReport& report) {
                counted(report.blocks[b].invalid_points, "point") + " not finite, left out");
   }
   for (const Connection& c : report.connections) {
-    const std::string common =
-        c.kind == Connection::Kind::whole
-            ? "coincide"
-            : "share " + counted(c.points, "point") + " in " + range_text(c) + " of the first";
+    const std::string common = c.is_whole ? "coincide"
+                                          : "share " + counted(c.points, "point") + " in " +
+                                                range_text(c) + " of the first";
     print_line("block " + std::to_string(c.one.block + 1) + " " + c.one.text() + " and block " +
                std::to_string(c.other.block + 1) + " " + c.other.text() + " " + common);
   }

@@ -83,8 +83,7 @@ std::string name_of_array(const FlowArray& array, const std::vector<std::string>
 void add_flow(RestartInput& input, std::size_t block, const std::vector<std::string>& names,
               std::vector<VtkArray>& arrays) {
   const SolutionHeader& header = input.header();
-  const Precision precision =
-      is_text(header.form.coding) ? Precision::double_precision : header.form.coding.precision;
+  const Precision precision = precision_in_memory(header.form.coding);
   std::vector<FlowArray> numbers;
   for (std::int32_t n = 1; header.triplets && n <= triplet; ++n) numbers.push_back({n, true});
   for (std::int32_t n = 1; n <= header.variables[block]; ++n) {

@@ -6,10 +6,10 @@
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <span>
 #include <type_traits>
 #include <utility>
-#include <vector>
 
 #include "mod_p3dgrid/logical.hpp"
 
@@ -39,8 +39,10 @@ void advise_storage(void* storage, std::uint64_t bytes) noexcept;
 /// An array of another language that provides the storage of an `allocatable`.
 class StorageOwner {
  public:
-  /// Allocates the other array with the given extents. Null on failure, else not null.
-  [[nodiscard]] virtual void* acquire(std::span<const std::int64_t> extents) noexcept = 0;
+  /// Allocates the other array with the given extents, which have `bytes` bytes. Null on failure,
+  /// else not null.
+  [[nodiscard]] virtual void* acquire(std::span<const std::int64_t> extents,
+                                      std::uint64_t bytes) noexcept = 0;
   /// Deallocates it.
   virtual void release() noexcept = 0;
 
@@ -114,12 +116,6 @@ class allocatable {
     static_assert(sizeof...(Extent) == Rank, "one extent for each dimension");
     if (allocated()) return already_allocated;
     extents_ = {(extent > 0 ? static_cast<std::int64_t>(extent) : 0)...};
-    std::uint64_t bytes = sizeof(T);
-    for (const std::int64_t e : extents_) {
-      if (__builtin_mul_overflow(bytes, static_cast<std::uint64_t>(e), &bytes)) {
-        return out_of_memory;
-      }
-    }
     storage_ = acquire();
     return allocated() ? allocation_done : out_of_memory;
   }
@@ -193,11 +189,13 @@ class allocatable {
   /// @endcond
 
  private:
-  /// The size has been checked.
+  /// Storage for the extents; null if there is not enough.
   T* acquire() noexcept {
-    if (owner_ != nullptr) return static_cast<T*>(owner_->acquire(extents_));
     std::uint64_t bytes = sizeof(T);
-    for (const std::int64_t e : extents_) bytes *= static_cast<std::uint64_t>(e);
+    for (const std::int64_t e : extents_) {
+      if (__builtin_mul_overflow(bytes, static_cast<std::uint64_t>(e), &bytes)) return nullptr;
+    }
+    if (owner_ != nullptr) return static_cast<T*>(owner_->acquire(extents_, bytes));
     return static_cast<T*>(detail::acquire_storage(bytes));
   }
   void release() noexcept {
@@ -272,24 +270,20 @@ class array_view {
       : data_(data), extents_{static_cast<std::int64_t>(extent)...} {}
 
   /// The whole array; empty if it is not allocated.
-  array_view(allocatable<Value, Rank>& array) noexcept { take(array); }
-  /// The same, for reading.
-  array_view(const allocatable<Value, Rank>& array) noexcept requires std::is_const_v<T> {
-    take(array);
+  array_view(std::conditional_t<std::is_const_v<T>, const allocatable<Value, Rank>,
+                                allocatable<Value, Rank>>& array) noexcept {
+    if (!array.allocated()) return;  // its extents may not be 0
+    data_ = array.data();
+    for (std::size_t d = 0; d < Rank; ++d) extents_[d] = array.extent(d + 1);
   }
   /// A read-only view of the same array.
   template <std::same_as<Value> U>
   array_view(const array_view<U, Rank>& other) noexcept requires std::is_const_v<T>
       : data_(other.data()), extents_(other.extents()) {}
-  /// The elements of a span (rank 1).
-  constexpr array_view(std::span<T> values) noexcept requires(Rank == 1)
-      : data_(values.data()), extents_{static_cast<std::int64_t>(values.size())} {}
-  /// The elements of a vector, until the vector grows (rank 1).
-  array_view(std::vector<Value>& values) noexcept requires(Rank == 1)
-      : array_view(std::span<T>(values)) {}
-  /// The same, for reading.
-  array_view(const std::vector<Value>& values) noexcept requires(Rank == 1 && std::is_const_v<T>)
-      : array_view(std::span<T>(values)) {}
+  /// The elements of a span, or of a vector until it grows (rank 1).
+  template <std::convertible_to<std::span<T>> Values>
+  constexpr array_view(Values&& values) noexcept requires(Rank == 1)
+      : data_(std::data(values)), extents_{std::ssize(values)} {}
 
   /// The first element; null for an empty view.
   [[nodiscard]] constexpr T* data() const noexcept { return data_; }
@@ -310,13 +304,6 @@ class array_view {
   }
 
  private:
-  template <class Array>
-  void take(Array& array) noexcept {
-    if (!array.allocated()) return;  // its extents may not be 0
-    data_ = array.data();
-    for (std::size_t d = 0; d < Rank; ++d) extents_[d] = array.extent(d + 1);
-  }
-
   T* data_ = nullptr;
   std::array<std::int64_t, Rank> extents_{};
 };

@@ -45,23 +45,15 @@ struct Detection {
 /// The same for a file of unknown kind.
 [[nodiscard]] Detection detect_any(const std::string& path);
 
-/// Compares the records of a file, and the whole of a text, with a form. Extents are read from its
-/// header. Returns `Agreement::whole` without a comparison if the header is invalid in this form.
-/// Throws `Error`.
-[[nodiscard]] Fit compare(const std::string& path, const GridForm& form);
-/// The same for a restart file.
-/// @param path            of the file
-/// @param form            to compare it with
-/// @param grid            extents for layouts without extents
-/// @param leading_record  whether blocks begin with their triplets
-[[nodiscard]] Fit compare(const std::string& path, const RestartForm& form,
-                          const std::shared_ptr<const Extents>& grid, bool leading_record);
+/// Compares the records of a file, and the whole of a text, with the form of a reading. Extents are
+/// read from the header; those of the reading are for layouts without. If it does not say whether
+/// blocks begin with their triplets, they do where `reads_triplets` says so. Returns
+/// `Agreement::whole` without a comparison if the header is invalid in this form. Throws `Error`.
+[[nodiscard]] Fit compare(const std::string& path, const Reading& reading);
 
-/// The extents in the header of a file of this form; null if there are none. Throws `Error`.
+/// The extents in the header of a file, read in the form of a reading; null if there are none.
+/// Throws `Error`.
 [[nodiscard]] std::shared_ptr<const Extents> extents_in(const std::string& path,
-                                                        const GridForm& form);
-/// @copydoc extents_in
-[[nodiscard]] std::shared_ptr<const Extents> extents_in(const std::string& path,
-                                                        const RestartForm& form);
+                                                        const Reading& reading);
 
 }  // namespace p3dgrid

@@ -160,6 +160,10 @@ using StatedCoding = BasicCoding<std::optional>;  ///< the known members
 [[nodiscard]] constexpr bool holds_singles(const Coding& coding) {
   return !is_text(coding) && coding.precision == Precision::single_precision;
 }
+/// Precision of the reals in memory: that of the file, and double for text.
+[[nodiscard]] constexpr Precision precision_in_memory(const Coding& coding) {
+  return is_text(coding) ? Precision::double_precision : coding.precision;
+}
 /// Bytes of a real in an unformatted or binary file.
 [[nodiscard]] constexpr std::int64_t real_bytes(const Coding& coding) {
   return coding.precision == Precision::double_precision ? 8 : 4;
@@ -305,9 +309,6 @@ struct Extents {
     for (std::size_t block = 0; block < i.size(); ++block) sum += points_of(block);
     return sum;
   }
-
-  /// Extents of a block, counted from 0, such as "49x25x5".
-  [[nodiscard]] std::string text_of(std::size_t block) const { return of(block).text(); }
 
   /// Compares all blocks.
   friend bool operator==(const Extents&, const Extents&) = default;

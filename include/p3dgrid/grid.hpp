@@ -115,14 +115,10 @@ class GridWriter {
 
 /// Reads a grid file. Members of its form that are not stated are detected.
 [[nodiscard]] Grid read_grid(const std::string& path, const StatedGridForm& stated = {});
-/// Reads a grid file in a form that `detect_grid` has found.
-[[nodiscard]] Grid read_grid(const std::string& path, const Reading& reading);
 
 /// The byte ranges of all arrays of a grid file. Reads no values; memory grows with the number of
 /// blocks. Members of its form that are not stated are detected.
 [[nodiscard]] Index index_grid(const std::string& path, const StatedGridForm& stated = {});
-/// The same in a form that `detect_grid` has found.
-[[nodiscard]] Index index_grid(const std::string& path, const Reading& reading);
 
 /// The form in which `write_grid` writes a grid: as stated, else as it was read; with a block count
 /// if there are several blocks, with blanking if it has blanking values, in the precision of its

@@ -71,11 +71,10 @@ struct Indices {
 /// The points of a block from `first` up to `last`, which are included, in steps of `stride`;
 /// counted from 0. `Indices` describes the members.
 struct IndexRange {
-  static constexpr std::int32_t all_points = Indices::all_points;  ///< up to the last point
-
-  BlockExtents first = {};                                   ///< lowest indices
-  BlockExtents last = {all_points, all_points, all_points};  ///< highest; at most the block's last
-  BlockExtents stride = {1, 1, 1};                           ///< steps; at least 1
+  BlockExtents first = {};  ///< lowest indices
+  /// Highest indices; at most the block's last.
+  BlockExtents last = {Indices::all_points, Indices::all_points, Indices::all_points};
+  BlockExtents stride = {1, 1, 1};  ///< steps; at least 1
 
   /// The indices of a direction.
   [[nodiscard]] Indices of(Direction direction) const {

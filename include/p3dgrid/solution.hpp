@@ -148,16 +148,12 @@ class SolutionWriter {
 /// @param path     of the file
 /// @param options  what is known of it
 [[nodiscard]] Solution read_solution(const std::string& path, const SolutionOptions& options = {});
-/// Reads a restart file in a form that `detect_restart` has found. The reading has the extents.
-[[nodiscard]] Solution read_solution(const std::string& path, const Reading& reading);
 
 /// The byte ranges of all arrays of a restart file. Reads no values; memory grows with the number
 /// of blocks.
 /// @param path     of the file
 /// @param options  what is known of it
 [[nodiscard]] Index index_solution(const std::string& path, const SolutionOptions& options = {});
-/// The same in a form that `detect_restart` has found. The reading has the extents.
-[[nodiscard]] Index index_solution(const std::string& path, const Reading& reading);
 
 /// The header with which a solution is written. Members of the form that are not stated stay as
 /// read, but several blocks get a block count, and the sections are those that the layout can hold.

@@ -39,7 +39,7 @@ class TecplotWriter {
   void close();
 
  private:
-  class File;
+  struct File;
   std::shared_ptr<File> file_;
 };
 

@@ -1,6 +1,7 @@
-#include "detect/candidates.hpp"
-
 #include <algorithm>
+#include <utility>
+
+#include "detect/steps.hpp"
 
 namespace p3dgrid {
 namespace {
@@ -92,6 +93,17 @@ std::vector<Candidate> grid_candidates(Evidence& file, const StatedGridForm& sta
     }
   }
   return candidates;
+}
+
+std::optional<FilePlan> plan_of(Evidence& file, const Reading& reading, Outline outline) {
+  const auto extents = outline.extents ? outline.extents : reading.extents;
+  if (reading.is_grid()) return FilePlan(outline.sizes, extents, reading.grid());
+  const RestartForm& form = reading.restart();
+  const bool leading =
+      reading.triplets.value_or(reads_triplets(traits_of(form.layout), form.coding));
+  const SectionSearch search{file, form, std::move(outline), extents, leading};
+  if (!extents || (form.sections && !can_have_stated_sections(search))) return std::nullopt;
+  return search.plan(form.sections.value_or(usual_sections(search)));
 }
 
 std::vector<Reading> fitted(Evidence& file, std::vector<Candidate> candidates) {

@@ -2,10 +2,7 @@
 
 #include <algorithm>
 
-#include "detect/candidates.hpp"
-#include "detect/diagnosis.hpp"
-#include "detect/fit.hpp"
-#include "detect/section_search.hpp"
+#include "detect/steps.hpp"
 
 namespace p3dgrid {
 namespace {
@@ -39,14 +36,6 @@ Detection detect(const std::string& path, const std::shared_ptr<const Extents>& 
     found.size = file.size();
     found.bytes_read = file.bytes_read();
     return found;
-  });
-}
-
-template <class Form>
-std::shared_ptr<const Extents> extents_of_form(const std::string& path, const Form& form) {
-  return with_evidence(path, [&](Evidence& file) {
-    const auto outline = file.outline(form, EmptyBlocks::accepted);
-    return outline ? outline->extents : nullptr;
   });
 }
 
@@ -102,13 +91,19 @@ Detection detect_any(const std::string& path) {
   });
 }
 
-Fit compare(const std::string& path, const GridForm& form) {
+Fit compare(const std::string& path, const Reading& reading) {
   return with_evidence(path, [&](Evidence& file) {
-    const auto outline = file.outline(form, EmptyBlocks::accepted);
+    const auto outline = file.outline(reading);
     if (!outline) return Fit{};
-    FilePlan plan(outline->sizes, outline->extents, form);
-    Fit fit = file.fit(form.coding, plan);
-    if (fit.whole() && has_integers_for_coordinates(file, form, *outline->extents, fit.end)) {
+    auto plan = plan_of(file, reading, *outline);
+    if (!plan) {
+      const bool extents = outline->extents || reading.extents;
+      return Fit{.agreement = Fit::Agreement::other,
+                 .what = extents ? "its blocks cannot have these sections" : "holds no extents"};
+    }
+    Fit fit = file.fit(reading.coding(), *plan);
+    if (reading.is_grid() && fit.whole() &&
+        has_integers_for_coordinates(file, reading.grid(), *outline->extents, fit.end)) {
       fit.agreement = Fit::Agreement::other;
       fit.what = "the file holds integers in the place of its third coordinates";
     }
@@ -116,28 +111,11 @@ Fit compare(const std::string& path, const GridForm& form) {
   });
 }
 
-Fit compare(const std::string& path, const RestartForm& form,
-            const std::shared_ptr<const Extents>& grid, bool leading_record) {
+std::shared_ptr<const Extents> extents_in(const std::string& path, const Reading& reading) {
   return with_evidence(path, [&](Evidence& file) {
-    auto outline = file.outline(form, EmptyBlocks::accepted);
-    if (!outline) return Fit{};
-    const auto extents = outline->extents ? outline->extents : grid;
-    const SectionSearch search{file, form, std::move(*outline), extents, leading_record};
-    if (!extents || (form.sections && !can_have_stated_sections(search))) {
-      return Fit{.agreement = Fit::Agreement::other,
-                 .what = extents ? "its blocks cannot have these sections" : "holds no extents"};
-    }
-    FilePlan plan = search.plan(form.sections.value_or(usual_sections(search)));
-    return file.fit(form.coding, plan);
+    const auto outline = file.outline(reading);
+    return outline ? outline->extents : nullptr;
   });
-}
-
-std::shared_ptr<const Extents> extents_in(const std::string& path, const GridForm& form) {
-  return extents_of_form(path, form);
-}
-
-std::shared_ptr<const Extents> extents_in(const std::string& path, const RestartForm& form) {
-  return extents_of_form(path, form);
 }
 
 }  // namespace p3dgrid

@@ -7,8 +7,6 @@
 #include <string_view>
 #include <utility>
 
-#include "detect/fit.hpp"
-
 namespace p3dgrid {
 namespace {
 

@@ -2,6 +2,7 @@
 
 #include <limits>
 #include <optional>
+#include <span>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -98,6 +99,8 @@ class Evidence {
   [[nodiscard]] std::optional<Outline> outline(const GridForm& form, EmptyBlocks empty);
   /// The same of a restart file.
   [[nodiscard]] std::optional<Outline> outline(const RestartForm& form, EmptyBlocks empty);
+  /// The same in the form of a reading, which may have empty blocks.
+  [[nodiscard]] std::optional<Outline> outline(const Reading& reading);
 
   /// Compares the file with a plan, which is then at its end or where the file differs.
   [[nodiscard]] Fit fit(const Coding& coding, FilePlan& plan);
@@ -118,6 +121,29 @@ class Evidence {
   std::optional<std::int64_t> text_lines_;
   TextCount text_count_;
 };
+
+/// Compares all record markers of an unformatted file.
+[[nodiscard]] Fit fit_of_records(Evidence& file, const Coding& coding, FilePlan& plan);
+
+/// Compares the length of a binary file, and reads the flags of layout 101.
+[[nodiscard]] Fit fit_of_length(Evidence& file, const Coding& coding, FilePlan& plan);
+
+/// Compares text with all plans in one pass. Each record begins on a new line, and no value follows
+/// its last one on that line. Plans that agree when the work reaches `most_work` fit `so_far`.
+[[nodiscard]] std::vector<Fit> fit_of_text(recordio::InputFile& file, std::span<FilePlan> plans,
+                                           std::int64_t most_work, TextCount& count);
+
+/// @name Parts of the descriptions of a difference
+/// @{
+inline constexpr const char* chain_text =
+    "its third flag is not 999, and a chain of at most three flags ends with 999";
+[[nodiscard]] std::string counted(std::int64_t count, const char* noun);  ///< "3 bytes"
+[[nodiscard]] std::string record_text(std::int64_t agreeing,
+                                      const FilePlan& plan);  ///< "record 3 of 4"
+/// @}
+
+/// Expected size divided by actual size, which counts as at least 1.
+[[nodiscard]] double share_of(std::int64_t expected, std::int64_t found);
 
 /// Examines a file with `examine`. Throws `Error` for errors of the system.
 template <class Examine>

@@ -1,6 +1,7 @@
-#include "detect/fit.hpp"
-
 #include <algorithm>
+#include <array>
+
+#include "detect/evidence.hpp"
 
 namespace p3dgrid {
 namespace {

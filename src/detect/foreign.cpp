@@ -1,8 +1,6 @@
 #include <algorithm>
 
-#include "detect/candidates.hpp"
-#include "detect/diagnosis.hpp"
-#include "detect/fit.hpp"
+#include "detect/steps.hpp"
 
 namespace p3dgrid {
 namespace {

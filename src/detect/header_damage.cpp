@@ -3,8 +3,7 @@
 #include <cstdio>
 #include <string_view>
 
-#include "detect/diagnosis.hpp"
-#include "detect/fit.hpp"
+#include "detect/steps.hpp"
 #include "recordio/number_text.hpp"
 
 namespace p3dgrid {

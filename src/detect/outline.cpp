@@ -1,5 +1,4 @@
 #include "detect/evidence.hpp"
-#include "format/overflow.hpp"
 #include "recordio/connection.hpp"
 
 namespace p3dgrid {
@@ -92,52 +91,49 @@ bool read_dimensions(Evidence& evidence, HeaderReader& reader, const Coding& cod
   return true;
 }
 
-/// The outline that `read(reader, outline)` fills; none if it returns false or the file holds other
-/// records.
-template <class Read>
-std::optional<Outline> outline_of(Evidence& evidence, const Coding& coding, Read read) {
-  if (!evidence.has_readable_header(coding)) return std::nullopt;
-  Outline outline;
-  HeaderReader reader(evidence, coding);
-  try {
-    if (!read(reader, outline)) return std::nullopt;
-  } catch (const recordio::ReadError& error) {
-    // Rethrow errors of the system.
-    if (error.status > recordio::status_error) throw;
-    return std::nullopt;
+/// Reads the header. False if it is invalid.
+bool read_header(Evidence& evidence, HeaderReader& reader, const RestartForm& form,
+                 EmptyBlocks empty, Outline& outline) {
+  const LayoutTraits& layout = traits_of(form.layout);
+  HeaderValues header;
+  walk_lead(layout, form.coding, form.multiblock, header, reader);
+  outline.blocks = header.nblocks;
+  outline.older_levels = older_levels(form.coding, header.itimeint);
+  if (layout.header == HeaderKind::single_block) {
+    outline.extents = std::make_shared<const Extents>(Extents{{header.i}, {header.j}, {header.k}});
+    if (!are_plausible(*outline.extents, empty)) return false;
   }
-  outline.sizes = std::move(reader.sizes);
-  return outline;
+  return read_dimensions(evidence, reader, form.coding, layout.dimensions, empty, outline);
 }
 
 }  // namespace
 
 std::optional<Outline> Evidence::outline(const GridForm& form, EmptyBlocks empty) {
-  return outline_of(*this, form.coding, [&](HeaderReader& reader, Outline& outline) {
-    if (form.multiblock) reader({recordio::scalar(outline.blocks)});
-    return read_dimensions(*this, reader, form.coding, DimensionKind::one_record, empty, outline);
-  });
+  return outline(with_header_of(form), empty);
 }
 
 std::optional<Outline> Evidence::outline(const RestartForm& form, EmptyBlocks empty) {
-  const LayoutTraits& layout = traits_of(form.layout);
-  auto result = outline_of(*this, form.coding, [&](HeaderReader& reader, Outline& outline) {
-    HeaderValues header;
-    walk_lead(layout, form.coding, form.multiblock, header, reader);
-    outline.blocks = header.nblocks;
-    outline.older_levels = older_levels(form.coding, header.itimeint);
-    if (layout.header == HeaderKind::single_block) {
-      outline.extents =
-          std::make_shared<const Extents>(Extents{{header.i}, {header.j}, {header.k}});
-      if (!are_plausible(*outline.extents, empty)) return false;
-    }
-    return read_dimensions(*this, reader, form.coding, layout.dimensions, empty, outline);
-  });
-  if (!result || !layout.more_parameters) return result;
-  const auto parameters = overflow_parameters(file_, form.coding, size_, result->sizes.records());
+  if (!has_readable_header(form.coding)) return std::nullopt;
+  Outline result;
+  HeaderReader reader(*this, form.coding);
+  try {
+    if (!read_header(*this, reader, form, empty, result)) return std::nullopt;
+  } catch (const recordio::ReadError& error) {
+    // Rethrow errors of the system.
+    if (error.status > recordio::status_error) throw;
+    return std::nullopt;
+  }
+  result.sizes = std::move(reader.sizes);
+  if (!traits_of(form.layout).more_parameters) return result;
+  const auto parameters = overflow_parameters(file_, form.coding, size_, result.sizes.records());
   if (!parameters) return std::nullopt;
-  result->parameters = *parameters;
+  result.parameters = *parameters;
   return result;
+}
+
+std::optional<Outline> Evidence::outline(const Reading& reading) {
+  return std::visit([&](const auto& form) { return outline(form, EmptyBlocks::accepted); },
+                    reading.form);
 }
 
 }  // namespace p3dgrid

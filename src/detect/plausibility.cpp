@@ -1,8 +1,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "detect/candidates.hpp"
-#include "detect/section_search.hpp"
+#include "detect/steps.hpp"
 
 namespace p3dgrid {
 namespace {
@@ -42,26 +41,10 @@ bool are_plausible(Evidence& file, const Coding& coding, std::int64_t begin, std
   return true;
 }
 
-/// The records of a reading; none if its extents are unknown.
-std::optional<FilePlan> plan_of(Evidence& file, const Reading& reading) {
-  if (reading.extents == nullptr) return std::nullopt;
-  if (reading.is_grid()) {
-    const GridForm& form = reading.grid();
-    const auto outline = file.outline(form, EmptyBlocks::accepted);
-    if (!outline) return std::nullopt;
-    return FilePlan(outline->sizes, reading.extents, form);
-  }
-  const RestartForm& form = reading.restart();
-  auto outline = file.outline(form, EmptyBlocks::accepted);
-  if (!outline || !form.sections) return std::nullopt;
-  const bool triplets = reading.triplets.value_or(false);
-  return SectionSearch{file, form, std::move(*outline), reading.extents, triplets}.plan(
-      *form.sections);
-}
-
 bool has_plausible_reals(Evidence& file, const Reading& reading) {
   const Coding& coding = reading.coding();
-  auto plan = plan_of(file, reading);
+  const auto outline = file.outline(reading);
+  auto plan = outline ? plan_of(file, reading, *outline) : std::nullopt;
   if (!plan) return false;
   recordio::RecordScanner records = file.records(coding);
   const bool marked = coding.encoding == Encoding::unformatted;

@@ -1,7 +1,7 @@
-#include "detect/section_search.hpp"
-
 #include <algorithm>
 #include <array>
+
+#include "detect/steps.hpp"
 
 namespace p3dgrid {
 namespace {
@@ -49,16 +49,6 @@ std::optional<Sections> sections_shown(const SectionSearch& search,
   return in_order(search, counts);
 }
 
-/// Expected bytes, or values of text, with these flags.
-std::int64_t amount(FilePlan plan, const Coding& coding, std::span<const std::int32_t> flags) {
-  std::int64_t sum = 0;
-  for (std::size_t flag = 0; const auto size = plan.next();) {
-    sum += is_text(coding) ? size->values() : size->bytes(coding);
-    if (size->kind == BodyRecordKind::flag) plan.set_flag(flags[flag++]);
-  }
-  return sum;
-}
-
 /// Chains of flags that announce different records; 0 is a flag without meaning.
 std::vector<std::array<std::int32_t, most_flags>> possible_flags(const LayoutTraits& layout) {
   std::vector<std::array<std::int32_t, most_flags>> chains = {{end_of_extensions}};
@@ -97,7 +87,10 @@ bool can_have_stated_sections(const SectionSearch& search) {
   const Section leading{1, solution_variables};
   if (search.leading && (sections.empty() || sections.front() != leading)) return false;
   const auto& functions = search.outline.functions;
-  return functions.empty() || (!differ(functions) && variables_in(sections) == functions.front());
+  if (functions.empty()) return true;
+  // Blocks with different numbers of variables have one record each.
+  return variables_in(sections) == std::ranges::max(functions) &&
+         (sections.size() == 1 || !differ(functions));
 }
 
 std::vector<Sections> sections_in_records(const SectionSearch& search) {
@@ -142,7 +135,7 @@ std::vector<Sections> sections_by_size(const SectionSearch& search) {
   if (variable == 0) return {};
   std::vector<Sections> tables;
   for (const auto& flags : possible_flags(traits_of(search.form.layout))) {
-    const std::int64_t rest = found - amount(search.plan({}), coding, flags);
+    const std::int64_t rest = found - search.plan({}).amount(coding, flags);
     // A line of text that begins with a comma can hold one more value than counted.
     const std::int64_t most = rest + (text ? counts.commas : 0);
     const std::int64_t variables = most / variable;

@@ -2,7 +2,7 @@
 #include <cmath>
 #include <tuple>
 
-#include "detect/candidates.hpp"
+#include "detect/steps.hpp"
 
 namespace p3dgrid {
 namespace {

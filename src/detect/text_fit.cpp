@@ -3,7 +3,7 @@
 #include <limits>
 #include <utility>
 
-#include "detect/fit.hpp"
+#include "detect/evidence.hpp"
 #include "recordio/list_scanner.hpp"
 
 namespace p3dgrid {
@@ -104,7 +104,11 @@ class TextCursor {
   /// @param values  number of values of the text
   /// @param end     number of the line after the last
   [[nodiscard]] Fit fit(std::int64_t values, std::int64_t end) {
-    if (state_ == State::failed || longer_line_ > 0) fit_.share = share_of(expected(), values);
+    if (state_ == State::failed || longer_line_ > 0) {
+      const std::int64_t expected =
+          begin_.amount({.encoding = Encoding::formatted}, std::span(&end_of_extensions, 1));
+      fit_.share = share_of(expected, values);
+    }
     if (state_ == State::failed) return fit_;
     fit_.records = records_;
     if (plan_.unterminated_chain()) {
@@ -170,17 +174,6 @@ class TextCursor {
       remark_line_ = line.number;
       remark_ = line.word;
     }
-  }
-
-  /// Number of values that the plan expects without further flags.
-  [[nodiscard]] std::int64_t expected() const {
-    FilePlan plan = begin_;
-    std::int64_t values = 0;
-    while (const auto size = plan.next()) {
-      values += size->values();
-      if (size->kind == BodyRecordKind::flag) plan.set_flag(end_of_extensions);
-    }
-    return values;
   }
 
   FilePlan& plan_;

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "p3dgrid/layout.hpp"
+#include "recordio/input_file.hpp"
 
 /// The records of the body of a restart file:
 ///
@@ -13,6 +14,8 @@
 ///     leading = three values per point, value after value, then the variables of section 1
 ///     extensions = flag, [ its variables, a record per block ], ... , the flag 999
 namespace p3dgrid {
+
+namespace recordio = mod_p3dgrid::recordio;
 
 enum class BodyRecordKind : std::uint8_t {
   block,        ///< no record: the beginning of a block
@@ -33,6 +36,16 @@ struct ParameterCount {
   [[nodiscard]] std::int64_t reals() const { return all - integers(); }
   [[nodiscard]] std::int64_t integers() const { return integer > 0 ? 1 : 0; }
 };
+
+/// The flow parameters of the blocks of an OVERFLOW solution, by the length of the first record
+/// after the header; none if it is no record of parameters. One of them is an integer in some
+/// versions. In single precision, where it is as long as a real, its value shows it.
+/// @param size            bytes of the file
+/// @param header_records  records of the header
+[[nodiscard]] std::optional<ParameterCount> overflow_parameters(recordio::InputFile& file,
+                                                                const Coding& coding,
+                                                                std::int64_t size,
+                                                                std::int64_t header_records);
 
 struct BodyRecord {
   BodyRecordKind kind;

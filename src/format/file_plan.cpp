@@ -2,22 +2,27 @@
 
 namespace p3dgrid {
 
-FilePlan::FilePlan(HeaderSizes header, std::shared_ptr<const Extents> extents, const GridForm& form)
+FilePlan::FilePlan(HeaderSizes header, std::shared_ptr<const Extents> extents,
+                   std::vector<BodyRecord> of_block, bool extensions)
     : header_(std::move(header)),
       extents_(std::move(extents)),
-      iblank_(form.iblank),
-      coordinates_(axes_of(form.coding)) {
-  records_ = header_.records() + extents_->blocks();
+      records_(header_.records() + extents_->blocks() * std::ssize(of_block) + extensions),
+      body_(std::move(of_block), extents_->blocks(), extensions) {}
+
+FilePlan::FilePlan(HeaderSizes header, std::shared_ptr<const Extents> extents, const GridForm& form)
+    : FilePlan(std::move(header), std::move(extents),
+               {{BodyRecordKind::section, {1, static_cast<std::int32_t>(axes_of(form.coding))}}},
+               false) {
+  iblank_ = form.iblank;
 }
 
 FilePlan::FilePlan(HeaderSizes header, std::shared_ptr<const Extents> extents,
                    const RestartForm& form, const BlockShape& shape,
                    std::vector<std::int32_t> functions)
-    : header_(std::move(header)), extents_(std::move(extents)), functions_(std::move(functions)) {
-  const LayoutTraits& layout = traits_of(form.layout);
-  std::vector<BodyRecord> records = block_records(layout, form.coding, shape);
-  records_ = header_.records() + extents_->blocks() * std::ssize(records) + layout.extensions;
-  body_.emplace(std::move(records), extents_->blocks(), layout.extensions);
+    : FilePlan(std::move(header), std::move(extents),
+               block_records(traits_of(form.layout), form.coding, shape),
+               traits_of(form.layout).extensions) {
+  functions_ = std::move(functions);
 }
 
 std::optional<RecordSize> FilePlan::next() {
@@ -32,13 +37,8 @@ std::optional<RecordSize> FilePlan::next() {
 }
 
 std::optional<RecordSize> FilePlan::next_of_body() {
-  if (!body_) {
-    if (grid_block_ == extents_->i.size()) return std::nullopt;
-    const std::int64_t points = extents_->points_of(grid_block_++);
-    return RecordSize{.reals = coordinates_ * points, .integers = iblank_ ? points : 0};
-  }
   for (;;) {
-    const std::optional<BodyRecord> record = body_->next();
+    const std::optional<BodyRecord> record = body_.next();
     if (!record) return std::nullopt;
     RecordSize size{.kind = record->kind};
     if (record->kind == BodyRecordKind::block) continue;
@@ -50,16 +50,26 @@ std::optional<RecordSize> FilePlan::next_of_body() {
       flag_ = record->flag;
     } else {
       const auto block = static_cast<std::size_t>(record->block - 1);
-      const std::int64_t variables =
-          functions_.empty() ? record->values_per_point() : functions_[block];
-      size.reals = variables * extents_->points_of(block);
+      const std::int64_t points = extents_->points_of(block);
+      size.reals = points * (functions_.empty() ? record->values_per_point() : functions_[block]);
+      size.integers = iblank_ ? points : 0;
     }
     return size;
   }
 }
 
+std::int64_t FilePlan::amount(const Coding& coding, std::span<const std::int32_t> flags) const {
+  FilePlan rest = *this;
+  std::int64_t sum = 0;
+  for (std::size_t flag = 0; const auto size = rest.next();) {
+    sum += is_text(coding) ? size->values() : size->bytes(coding);
+    if (size->kind == BodyRecordKind::flag) rest.set_flag(flags[flag++]);
+  }
+  return sum;
+}
+
 void FilePlan::set_flag(std::int32_t flag) {
-  body_->set_flag(flag);
+  body_.set_flag(flag);
   if (flag == end_of_extensions) return;
   records_ += flag_ < most_flags;
   const bool announces = extension_of(flag, flag_) != nullptr;

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -71,27 +72,31 @@ class FilePlan {
   [[nodiscard]] std::optional<RecordSize> next();
   void set_flag(std::int32_t flag);
 
+  /// Bytes of the further records, or values of text, if these are the flags.
+  [[nodiscard]] std::int64_t amount(const Coding& coding,
+                                    std::span<const std::int32_t> flags) const;
+
   /// Number of records of the file, as far as the flags are known.
   [[nodiscard]] std::int64_t records() const { return records_; }
   /// Whether a flag had no meaning.
   [[nodiscard]] bool unknown_flag() const { return unknown_flag_; }
   /// Whether the last possible flag did not end the chain.
-  [[nodiscard]] bool unterminated_chain() const { return body_ && body_->unterminated_chain(); }
+  [[nodiscard]] bool unterminated_chain() const { return body_.unterminated_chain(); }
 
  private:
+  FilePlan(HeaderSizes header, std::shared_ptr<const Extents> extents,
+           std::vector<BodyRecord> of_block, bool extensions);
   [[nodiscard]] std::optional<RecordSize> next_of_body();
 
   HeaderSizes header_;
   std::shared_ptr<const Extents> extents_;
-  bool iblank_ = false;
-  std::int64_t coordinates_ = 3;
-  std::optional<BodyWalk> body_;  ///< none for a grid
+  std::int64_t records_;
+  BodyWalk body_;
+  bool iblank_ = false;  ///< blanking values follow the coordinates
   std::vector<std::int32_t> functions_;
-  std::int64_t records_ = 0;
-  std::size_t run_ = 0;         ///< current run of the header
-  std::int64_t in_run_ = 0;     ///< records of it returned by `next`
-  std::size_t grid_block_ = 0;  ///< next block of a grid
-  std::int32_t flag_ = 0;       ///< position of the last flag
+  std::size_t run_ = 0;      ///< current run of the header
+  std::int64_t in_run_ = 0;  ///< records of it returned by `next`
+  std::int32_t flag_ = 0;    ///< position of the last flag
   bool unknown_flag_ = false;
 };
 

@@ -55,6 +55,11 @@ template <class Real>
   return is_text(coding) ? 0 : older_levels(itimeint);
 }
 
+/// The form of a PLOT3D solution, which has the same header as a grid.
+[[nodiscard]] inline RestartForm with_header_of(const GridForm& grid) {
+  return {.layout = Layout::solution, .coding = grid.coding, .multiblock = grid.multiblock};
+}
+
 /// Limit on the points of all blocks, so that numbers of values and bytes fit 64 bits.
 inline constexpr std::int64_t most_points = std::int64_t{1} << 36;
 

@@ -1,35 +1,18 @@
 #include "p3dgrid/index.hpp"
 
 #include <algorithm>
+#include <array>
 
 namespace p3dgrid {
 
 const char* name_of(ValueKind kind) {
-  switch (kind) {
-    case ValueKind::integer4:
-      return "integer4";
-    case ValueKind::real4:
-      return "real4";
-    case ValueKind::real8:
-      return "real8";
-  }
-  return "";
+  constexpr std::array names = {"integer4", "real4", "real8"};
+  return names[static_cast<std::size_t>(kind)];
 }
 
 const char* name_of(Content content) {
-  switch (content) {
-    case Content::coordinate:
-      return "coordinate";
-    case Content::iblank:
-      return "iblank";
-    case Content::parameters:
-      return "parameters";
-    case Content::variable:
-      return "variable";
-    case Content::triplets:
-      return "triplets";
-  }
-  return "";
+  constexpr std::array names = {"coordinate", "iblank", "parameters", "variable", "triplets"};
+  return names[static_cast<std::size_t>(content)];
 }
 
 std::vector<ByteRange> StoredArray::of(std::int64_t first, std::int64_t last) const {

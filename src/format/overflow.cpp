@@ -1,5 +1,6 @@
-#include "format/overflow.hpp"
+#include <algorithm>
 
+#include "format/body.hpp"
 #include "recordio/record_scanner.hpp"
 
 namespace p3dgrid {

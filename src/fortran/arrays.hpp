@@ -31,10 +31,8 @@ class HostArray final : detail::StorageOwner {
   [[nodiscard]] operator allocatable<T, Rank>&() { return array_; }
 
  private:
-  void* acquire(std::span<const std::int64_t> extents) noexcept override {
+  void* acquire(std::span<const std::int64_t> extents, std::uint64_t bytes) noexcept override {
     void* const storage = procedures_for<T>().allocate(descriptor_, extents.data());
-    std::uint64_t bytes = sizeof(T);
-    for (const std::int64_t e : extents) bytes *= static_cast<std::uint64_t>(e);
     detail::advise_storage(storage, bytes);
     return storage;
   }

@@ -7,7 +7,8 @@
 
 /// The interface between the library and the module for hosts in Fortran
 /// (`fortran/mod_p3dgrid.f90`). The functions with C linkage that the module calls have no
-/// declarations here: the module declares them.
+/// declarations here: the module declares them. Functions of `mod_p3dgrid/run.hpp` that take
+/// numbers and flags are called by it directly.
 namespace mod_p3dgrid::fortran {
 
 /// An allocatable array of Fortran: the address of its descriptor, which differs between compilers.
@@ -22,6 +23,18 @@ struct GivenArray {
   [[nodiscard]] operator integer_view() const {
     return {static_cast<const integer*>(address), extents[0]};
   }
+};
+
+/// What most operations know of a file, `given_file` there: their arguments but for the name. Those
+/// that are results of an operation, or that it does not have, are 0.
+struct GivenFile {
+  std::size_t name_length;
+  integer iformat;
+  logical dblprec;
+  integer nblocks;
+  GivenArray idim, jdim, kdim;
+  integer rsttype;
+  logical useiblank, multiblock;
 };
 
 /// Procedures of the module for arrays of one type.

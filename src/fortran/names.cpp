@@ -47,11 +47,10 @@ void update_path_handler() {
 
 }  // namespace
 
-HostName::HostName(const char* name, std::size_t length) : is_long_(false) {
+HostName::HostName(const char* name, std::size_t length) {
   std::string_view whole(name, length);
   whole = whole.substr(0, whole.find_last_not_of(' ') + 1);
-  is_long_ = whole.size() >= FileName::length;
-  if (!is_long_) {
+  if (whole.size() < FileName::length) {
     name_ = FileName(whole);
     return;
   }
@@ -61,9 +60,8 @@ HostName::HostName(const char* name, std::size_t length) : is_long_(false) {
 }
 
 HostName::~HostName() {
-  if (!is_long_) return;
-  std::erase_if(long_names, [&](const LongName& n) { return n.name == name_; });
-  update_path_handler();
+  const auto is_own = [&](const LongName& n) { return n.name == name_; };
+  if (std::erase_if(long_names, is_own) > 0) update_path_handler();
 }
 
 std::string whole_name(std::string_view name) {
@@ -77,13 +75,5 @@ void set_host_finds_paths(bool finds) {
   host_finds_paths = finds;
   update_path_handler();
 }
-
-#pragma GCC visibility push(default)
-
-extern "C" void mod_p3dgrid_set_path(void* path, const char* text, std::size_t length) {
-  static_cast<std::string*>(path)->assign(text, length);
-}
-
-#pragma GCC visibility pop
 
 }  // namespace mod_p3dgrid::fortran

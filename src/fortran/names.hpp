@@ -20,7 +20,6 @@ class HostName {
   [[nodiscard]] operator const FileName&() const { return name_; }
 
  private:
-  bool is_long_;
   FileName name_;
 };
 

@@ -1,14 +1,17 @@
-/// The module variables and the arguments of the contract, between the library and the module for
-/// hosts in Fortran.
+/// Between the library and the module for hosts in Fortran: the module variables, the arguments of
+/// the contract, the handlers of the host and the last failed read.
 
 #include <algorithm>
 #include <array>
+#include <cstdio>
 #include <cstring>
 #include <optional>
+#include <string>
 #include <tuple>
 
 #include "MOD_P3DReader.hpp"
 #include "fortran/host.hpp"
+#include "fortran/names.hpp"
 #include "state/run_end.hpp"
 
 namespace mod_p3dgrid::fortran {
@@ -65,6 +68,27 @@ void with_array(integer number, Act act) {
   act(dqvar);
 }
 
+/// The result of the host's procedure; 0 for a property that is not stated.
+p3dgrid::StatedCoding coding_of_host(std::string_view name) {
+  const std::string whole = whole_name(name);
+  integer byte_order = 0;
+  integer marker_bytes = 0;
+  integer dimensions = 0;
+  procedures.choose_coding(whole.data(), whole.size(), &byte_order, &marker_bytes, &dimensions);
+  p3dgrid::StatedCoding coding;
+  if (byte_order == 1) coding.byte_order = p3dgrid::ByteOrder::little;
+  if (byte_order == 2) coding.byte_order = p3dgrid::ByteOrder::big;
+  if (marker_bytes == 4) coding.marker_bytes = p3dgrid::MarkerBytes::four;
+  if (marker_bytes == 8) coding.marker_bytes = p3dgrid::MarkerBytes::eight;
+  if (dimensions == 2) coding.dimensions = p3dgrid::Dimensions::two;
+  if (dimensions == 3) coding.dimensions = p3dgrid::Dimensions::three;
+  return coding;
+}
+
+void end_run_of_host(const RunEnd& end) {
+  procedures.end_run(end.status, end.message.data(), end.message.size());
+}
+
 }  // namespace
 
 #pragma GCC visibility push(default)
@@ -109,6 +133,41 @@ integer mod_p3dgrid_optional_integer(const std::optional<integer>* argument, int
 integer mod_p3dgrid_optional_logical(const std::optional<logical>* argument, integer* flag) {
   if (argument->has_value()) *flag = **argument ? 1 : 0;
   return argument->has_value() ? 1 : 0;
+}
+
+void mod_p3dgrid_use_handlers(integer paths, integer coding, integer run_end) {
+  set_host_finds_paths(paths != 0);
+  p3dsetcoding(coding != 0 ? coding_of_host
+                           : std::function<p3dgrid::StatedCoding(std::string_view)>());
+  p3dsetrunend(run_end != 0 ? end_run_of_host : std::function<void(const RunEnd&)>());
+}
+
+void mod_p3dgrid_set_path(void* path, const char* text, std::size_t length) {
+  static_cast<std::string*>(path)->assign(text, length);
+}
+
+void mod_p3dgrid_failure_place(std::int64_t* place) {
+  const ReadFailure& failure = p3dlastfailure();
+  place[0] = failure.unit;
+  place[1] = failure.status;
+  place[2] = failure.record;
+  place[3] = failure.offset;
+  place[4] = failure.line;
+}
+
+const char* mod_p3dgrid_failure_text(integer which, std::size_t* length) {
+  static std::string text;
+  const ReadFailure& failure = p3dlastfailure();
+  text = which == 1   ? failure.file
+         : which == 2 ? failure.found
+         : which == 3 ? failure.expected
+                      : failure.describe();
+  *length = text.size();
+  return text.data();
+}
+
+void mod_p3dgrid_print_failure() {
+  std::fprintf(stderr, "mod_gridvars: %s\n", p3dlastfailure().describe().c_str());
 }
 
 }  // extern "C"

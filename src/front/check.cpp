@@ -1,7 +1,6 @@
 #include "p3dgrid/check.hpp"
 
 #include "format/mismatch_report.hpp"
-#include "front/extents.hpp"
 #include "front/settle.hpp"
 #include "p3dgrid/detect.hpp"
 
@@ -24,10 +23,7 @@ template <class Settle>
 Checked checked(const std::string& path, Settle settle) {
   try {
     Reading reading = settle();
-    if (reading.extents == nullptr) {
-      reading.extents =
-          std::visit([&](const auto& form) { return extents_in(path, form); }, reading.form);
-    }
+    if (reading.extents == nullptr) reading.extents = extents_in(path, reading);
     const Fit fit = fit_of(path, reading);
     Checked found{.findings = {}, .extents = reading.extents};
     if (!fit.whole()) found.findings.push_back(departure(path, reading, fit));
@@ -80,9 +76,9 @@ std::vector<Error> differing_blocks(const std::string& path, const Extents& own,
   }
   for (std::size_t b = 0; b < own.i.size(); ++b) {
     if (own.of(b) == grid.of(b)) continue;
-    add("its block " + std::to_string(b + 1) + " is " + own.text_of(b) + ", the grid's " +
-            grid.text_of(b),
-        own.text_of(b), grid.text_of(b));
+    add("its block " + std::to_string(b + 1) + " is " + own.of(b).text() + ", the grid's " +
+            grid.of(b).text(),
+        own.of(b).text(), grid.of(b).text());
   }
   return differences;
 }

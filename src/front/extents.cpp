@@ -1,6 +1,6 @@
-#include "front/extents.hpp"
-
 #include <utility>
+
+#include "front/header.hpp"
 
 namespace p3dgrid {
 namespace {
@@ -14,7 +14,7 @@ std::size_t first_invalid(const Extents& extents) {
 }
 
 std::string block_text(const Extents& extents, std::size_t block) {
-  return "block " + std::to_string(block + 1) + " of " + extents.text_of(block) + " points";
+  return "block " + std::to_string(block + 1) + " of " + extents.of(block).text() + " points";
 }
 
 constexpr const char* valid_extents = "extents from 0 on, and at most 2^36 points";

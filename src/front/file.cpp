@@ -3,8 +3,6 @@
 #include <filesystem>
 #include <utility>
 
-#include "format/overflow.hpp"
-
 namespace p3dgrid {
 namespace {
 

@@ -14,8 +14,6 @@
 /// Files whose failures are thrown as `Error`.
 namespace p3dgrid {
 
-namespace recordio = mod_p3dgrid::recordio;
-
 /// Runs an action on a file. Errors of the system are thrown as `Error`.
 template <class Action>
 auto on_file(const std::string& path, Action action) {

@@ -1,7 +1,7 @@
-#include "front/point_runs.hpp"
-
 #include <cstring>
 #include <vector>
+
+#include "front/values.hpp"
 
 namespace p3dgrid {
 namespace {

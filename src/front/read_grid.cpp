@@ -1,11 +1,10 @@
 #include <limits>
 #include <utility>
 
-#include "front/extents.hpp"
 #include "front/file.hpp"
-#include "front/lists.hpp"
-#include "front/point_runs.hpp"
+#include "front/header.hpp"
 #include "front/settle.hpp"
+#include "front/values.hpp"
 #include "p3dgrid/grid.hpp"
 
 namespace p3dgrid {
@@ -150,29 +149,19 @@ BlockIndex GridReader::locate(std::int32_t block) {
 }
 
 Index index_grid(const std::string& path, const StatedGridForm& stated) {
-  return index_grid(path, settle_grid(path, stated));
-}
-
-Index index_grid(const std::string& path, const Reading& reading) {
-  GridReader reader(path, reading);
-  Index index{.byte_order = reading.coding().byte_order, .extents = reader.extents()};
-  for (std::int32_t b = 0; b < index.extents.blocks(); ++b) {
-    index.blocks.push_back(reader.locate(b));
-  }
+  GridReader reader(path, stated);
+  Index index{.byte_order = reader.form().coding.byte_order, .extents = reader.extents()};
+  const std::int32_t blocks = index.extents.blocks();
+  for (std::int32_t b = 0; b < blocks; ++b) index.blocks.push_back(reader.locate(b));
   reader.require_agreement();
   return index;
 }
 
 Grid read_grid(const std::string& path, const StatedGridForm& stated) {
-  return read_grid(path, settle_grid(path, stated));
-}
-
-Grid read_grid(const std::string& path, const Reading& reading) {
-  GridReader reader(path, reading);
+  GridReader reader(path, stated);
   Grid grid{.form = reader.form()};
-  for (std::int32_t b = 0; b < reader.extents().blocks(); ++b) {
-    grid.blocks.push_back(reader.read(b));
-  }
+  const std::int32_t blocks = reader.extents().blocks();
+  for (std::int32_t b = 0; b < blocks; ++b) grid.blocks.push_back(reader.read(b));
   reader.require_agreement();
   return grid;
 }

@@ -2,12 +2,10 @@
 #include <utility>
 
 #include "format/body.hpp"
-#include "front/extents.hpp"
 #include "front/file.hpp"
-#include "front/lists.hpp"
-#include "front/point_runs.hpp"
-#include "front/sections.hpp"
+#include "front/header.hpp"
 #include "front/settle.hpp"
+#include "front/values.hpp"
 #include "p3dgrid/check.hpp"
 #include "p3dgrid/solution.hpp"
 
@@ -352,35 +350,22 @@ BlockIndex SolutionReader::locate(std::int32_t block) {
 }
 
 Index index_solution(const std::string& path, const SolutionOptions& options) {
-  Index index = index_solution(path, settle(path, options));
-  require_same(path, index.extents, options);
-  return index;
-}
-
-Index index_solution(const std::string& path, const Reading& reading) {
-  SolutionReader reader(path, reading);
-  Index index{.byte_order = reading.coding().byte_order, .extents = reader.header().extents};
-  for (std::int32_t b = 0; b < reader.header().blocks; ++b) {
-    index.blocks.push_back(reader.locate(b));
-  }
+  SolutionReader reader(path, settle(path, options));
+  const SolutionHeader& header = reader.header();
+  Index index{.byte_order = header.form.coding.byte_order, .extents = header.extents};
+  for (std::int32_t b = 0; b < header.blocks; ++b) index.blocks.push_back(reader.locate(b));
   reader.require_agreement();
+  require_same(path, header.extents, options);
   return index;
 }
 
 Solution read_solution(const std::string& path, const SolutionOptions& options) {
-  Solution solution = read_solution(path, settle(path, options));
-  require_same(path, solution.extents(), options);
-  return solution;
-}
-
-Solution read_solution(const std::string& path, const Reading& reading) {
-  SolutionReader reader(path, reading);
+  SolutionReader reader(path, settle(path, options));
   const SolutionHeader& header = reader.header();
   Solution solution{.form = header.form, .run = header.run, .flags = header.flags};
-  for (std::int32_t b = 0; b < header.blocks; ++b) {
-    solution.blocks.push_back(reader.read(b));
-  }
+  for (std::int32_t b = 0; b < header.blocks; ++b) solution.blocks.push_back(reader.read(b));
   reader.require_agreement();
+  require_same(path, header.extents, options);
   return solution;
 }
 

@@ -1,9 +1,6 @@
-#include "front/sections.hpp"
-
 #include <algorithm>
 
-#include "format/body.hpp"
-#include "front/file.hpp"
+#include "front/header.hpp"
 
 namespace p3dgrid {
 namespace {

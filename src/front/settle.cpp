@@ -61,8 +61,8 @@ bool has_triplets(const std::string& path, const Reading& reading) {
   const LayoutTraits& layout = traits_of(form.layout);
   const bool read = reads_triplets(layout, form.coding);
   if (read == layout.triplets || reading.extents == nullptr || !is_regular(path)) return read;
-  const Fit with = compare(path, form, reading.extents, true);
-  const Fit without = compare(path, form, reading.extents, false);
+  const Fit with = compare(path, {.form = form, .extents = reading.extents, .triplets = true});
+  const Fit without = compare(path, {.form = form, .extents = reading.extents, .triplets = false});
   return with.whole() || (!without.whole() && with.records > without.records);
 }
 
@@ -86,8 +86,9 @@ Reading settle_any(const std::string& path) {
 Fit fit_of(const std::string& path, const Reading& reading) {
   const bool whole = reading.checked && reading.fit.agreement != Fit::Agreement::so_far;
   if (whole || !is_regular(path)) return reading.fit;
-  if (reading.is_grid()) return compare(path, reading.grid());
-  return compare(path, reading.restart(), reading.extents, has_triplets(path, reading));
+  Reading settled = reading;
+  if (!reading.is_grid()) settled.triplets = has_triplets(path, reading);
+  return compare(path, settled);
 }
 
 Error departure(const std::string& path, const Reading& reading, const Fit& fit) {

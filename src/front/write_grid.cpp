@@ -1,8 +1,8 @@
 #include <algorithm>
 
-#include "front/extents.hpp"
 #include "front/file.hpp"
-#include "front/lists.hpp"
+#include "front/header.hpp"
+#include "front/values.hpp"
 #include "p3dgrid/grid.hpp"
 
 namespace p3dgrid {

@@ -2,10 +2,9 @@
 #include <utility>
 
 #include "format/body.hpp"
-#include "front/extents.hpp"
 #include "front/file.hpp"
-#include "front/lists.hpp"
-#include "front/sections.hpp"
+#include "front/header.hpp"
+#include "front/values.hpp"
 #include "p3dgrid/solution.hpp"
 
 namespace p3dgrid {

@@ -23,15 +23,21 @@ struct ExtentArrays {
   [[nodiscard]] BlockExtents of(integer block) const { return {i(block), j(block), k(block)}; }
 };
 
-/// Allocates an entry per block in the extents and in `others`. Sets the extents to 0, so that
-/// values that the file leaves out are not uninitialised. Throws `FailedRead` if arrays cannot be
-/// used.
+/// Allocates an entry per block in the extents and in `others`, in order, up to the first that
+/// fails, and reports one status to the host. Sets the extents to 0, so that values that the file
+/// leaves out are not uninitialised. Throws `FailedRead` if arrays cannot be used.
 template <class... Others>
 void allocate_extents(const Unit& unit, integer nblocks, const ExtentTargets& extents,
                       Others&... others) {
+  const auto allocate = [nblocks](auto&... array) {
+    integer status = allocation_done;
+    // cppcheck-suppress knownConditionTrueFalse ; it does not see the repetition
+    ((status = status == allocation_done ? array.allocate(nblocks) : status), ...);
+    host::checkallocationerror(status);
+    return (covers(array, nblocks) && ...);
+  };
   const auto& [i, j, k] = extents;
-  unit.require_array(allocate_group_checked(nblocks, *i, *j, *k, others...),
-                     "unallocated arrays for the extents");
+  unit.require_array(allocate(*i, *j, *k, others...), "unallocated arrays for the extents");
   for (auto* array : extents) std::ranges::fill(array->span(), 0);
 }
 

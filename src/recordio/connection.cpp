@@ -65,8 +65,7 @@ Connection::Connection(std::string path, const Coding& coding, OpenStatus status
   if (status == OpenStatus::old) {
     file_.emplace<InputFile>(path_, is_text(coding_) ? text_buffer_size : byte_buffer_size);
   } else {
-    file_.emplace<OutputFile>(path_,
-                              status == OpenStatus::fresh ? Creation::fresh : Creation::replace);
+    file_.emplace<OutputFile>(path_, status);
   }
 }
 

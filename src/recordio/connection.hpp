@@ -21,13 +21,6 @@ namespace mod_p3dgrid::recordio {
 using p3dgrid::Coding;
 using p3dgrid::Encoding;
 
-/// How `Unit::open` treats the file.
-enum class OpenStatus : std::uint8_t {
-  old,      ///< must exist; it is read
-  unknown,  ///< created, or replaced once something is written
-  fresh,    ///< must not exist; it is written
-};
-
 /// How the values that a header announces are stored.
 enum class Claim : std::uint8_t {
   one_record,        ///< in one record, which must be complete

@@ -11,8 +11,8 @@
 #include <system_error>
 #include <utility>
 
-#include "recordio/progress.hpp"
 #include "recordio/read_error.hpp"
+#include "recordio/system_calls.hpp"
 
 namespace mod_p3dgrid::recordio {
 namespace {
@@ -29,22 +29,13 @@ constexpr int not_open = -1;
 /// small enough that their sum over a text cannot overflow.
 constexpr std::int64_t most_repeats = std::int64_t{1} << 44;
 
-int open_existing(const std::string& path) {
-  int descriptor;
-  do {
-    descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  } while (descriptor < 0 && errno == EINTR);
-  if (descriptor < 0) throw SystemError{"cannot open", errno};
-  return descriptor;
-}
-
 }  // namespace
 
 InputFile::InputFile(std::string path, std::size_t buffer_size)
     : path_(std::move(path)),
       buffer_(std::make_unique_for_overwrite<char[]>(room + buffer_size + room)),
       buffer_size_(buffer_size),
-      descriptor_(open_existing(path_)),
+      descriptor_(open_file(path_, OpenStatus::old)),
       null_device_(not_open) {
   struct stat status;
   const int error = ::fstat(descriptor_, &status) != 0 ? errno
@@ -72,10 +63,7 @@ char* InputFile::front() const {
 /// Repeats an interrupted read at byte `at`. Throws `ReadError` if it fails.
 template <class Read>
 std::size_t InputFile::completed(std::int64_t at, Read read) {
-  ssize_t got;
-  do {
-    got = read();
-  } while (got < 0 && errno == EINTR);
+  const ssize_t got = uninterrupted(read);
   if (got >= 0) return static_cast<std::size_t>(got);
   const int error = errno;
   throw ReadError{error, at, std::generic_category().message(error), "the file to be readable"};

@@ -9,7 +9,6 @@
 #include <cstring>
 #include <utility>
 
-#include "recordio/progress.hpp"
 #include "recordio/read_error.hpp"
 
 namespace mod_p3dgrid::recordio {
@@ -18,24 +17,13 @@ namespace {
 /// Writes of 1 MiB cost 40 % less on a new file than writes of 64 KiB.
 constexpr std::int64_t buffer_size = std::int64_t{1024} * 1024;
 constexpr int closed = -1;
-constexpr mode_t permissions = 0666;  // without the umask
-
-int create(const std::string& path, Creation creation) {
-  const int how = creation == Creation::fresh ? O_EXCL : 0;
-  int descriptor;
-  do {
-    descriptor = ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | how, permissions);
-  } while (descriptor < 0 && errno == EINTR);
-  if (descriptor < 0) throw SystemError{"cannot create", errno};
-  return descriptor;
-}
 
 }  // namespace
 
-OutputFile::OutputFile(std::string path, Creation creation)
+OutputFile::OutputFile(std::string path, OpenStatus how)
     : path_(std::move(path)),
       buffer_(std::make_unique_for_overwrite<char[]>(buffer_size)),
-      descriptor_(create(path_, creation)) {
+      descriptor_(open_file(path_, how)) {
   struct stat status;
   // The old size is needed to truncate the file.
   if (::fstat(descriptor_, &status) != 0) fail("cannot create", errno);
@@ -60,11 +48,7 @@ void OutputFile::leave(std::int64_t bytes) {
 /// over a gap at its end.
 bool OutputFile::truncate() {
   if (!begun_ || !has_size_ || (space_ <= written_ && !has_gaps_)) return true;
-  int result;
-  do {
-    result = ::ftruncate(descriptor_, written_);
-  } while (result != 0 && errno == EINTR);
-  return result == 0;
+  return uninterrupted([&] { return ::ftruncate(descriptor_, written_); }) == 0;
 }
 
 /// Allocates disk space for the next `bytes` bytes at once, which halves the time to write a new
@@ -120,10 +104,10 @@ void OutputFile::write_ahead(std::int64_t distance, const void* source, std::int
   const char* from = static_cast<const char*>(source);
   for (std::int64_t at = written_ + distance; bytes > 0;) {
     const auto left = static_cast<std::size_t>(bytes);
-    const ssize_t taken = has_size_
-                              ? ::pwrite(descriptor_, from, std::min(left, most_bytes_per_call), at)
-                              : ::write(descriptor_, from, left);
-    if (taken < 0 && errno == EINTR) continue;
+    const ssize_t taken = uninterrupted([&] {
+      return has_size_ ? ::pwrite(descriptor_, from, std::min(left, most_bytes_per_call), at)
+                       : ::write(descriptor_, from, left);
+    });
     if (taken <= 0) fail("cannot write", taken < 0 ? errno : EIO);
     from += taken;
     at += taken;

@@ -5,12 +5,9 @@
 #include <memory>
 #include <string>
 
-namespace mod_p3dgrid::recordio {
+#include "recordio/system_calls.hpp"
 
-enum class Creation {
-  replace,  ///< an existing file is overwritten, a missing one created
-  fresh,    ///< the file must not exist
-};
+namespace mod_p3dgrid::recordio {
 
 /// A file that is written sequentially through one buffer. Failures throw `SystemError`; after one
 /// all further calls do nothing.
@@ -19,7 +16,7 @@ enum class Creation {
 /// truncated when it is closed or destroyed. Without a call of `begin` it stays unchanged.
 class OutputFile {
  public:
-  OutputFile(std::string path, Creation creation);
+  OutputFile(std::string path, OpenStatus how);
   OutputFile(const OutputFile&) = delete;
   OutputFile& operator=(const OutputFile&) = delete;
   /// Discards what has not been flushed; call `close` to keep it.

@@ -35,12 +35,11 @@ inline void append_digit(std::uint64_t& digits, char digit) {
 }
 
 /// Powers of ten for up to `characters_at_once` digits.
-constexpr std::array<std::uint64_t, characters_at_once + 1> make_whole_powers() {
+inline constexpr auto whole_powers = [] {
   std::array<std::uint64_t, characters_at_once + 1> powers{1};
   for (std::size_t i = 1; i < powers.size(); ++i) powers[i] = powers[i - 1] * 10;
   return powers;
-}
-inline constexpr auto whole_powers = make_whole_powers();
+}();
 
 /// Parses a sign and digits with at most one point, up to `end`. False for other text.
 inline bool take_digits(const char* from, const char* end, ScannedDecimal& number) {
@@ -119,19 +118,17 @@ inline const char* scan_decimal(const char* from, ScannedDecimal& number) {
 
 /// The greatest power of ten that is exact in double precision.
 inline constexpr std::int64_t greatest_exact_power = 22;
-inline constexpr std::size_t number_of_near_powers = 2 * greatest_exact_power + 1;
 
 /// Element `greatest_exact_power + e` is 10^e, rounded if e is below 0.
-constexpr std::array<double, number_of_near_powers> make_near_powers() {
-  std::array<double, number_of_near_powers> powers{};
+inline constexpr auto near_powers = [] {
+  std::array<double, 2 * greatest_exact_power + 1> powers{};
   double power = 1;
   for (std::size_t i = 0; i <= greatest_exact_power; ++i, power *= 10) {
     powers[greatest_exact_power + i] = power;
     powers[greatest_exact_power - i] = 1 / power;
   }
   return powers;
-}
-inline constexpr auto near_powers = make_near_powers();
+}();
 
 template <class Real>
 Real signed_value(const ScannedDecimal& number, double magnitude) {

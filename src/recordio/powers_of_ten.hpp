@@ -78,22 +78,20 @@ class Natural {
   std::array<std::uint32_t, words> words_{};
 };
 
-constexpr auto compute_powers_of_ten() {
+}  // namespace detail
+
+inline constexpr auto powers_of_ten = [] {
   std::array<PowerOfTen, greatest_power - least_power + 1> powers{};
   // Powers of five have the same leading bits.
-  Natural positive(1);
+  detail::Natural positive(1);
   for (int e = 0; e <= greatest_power; ++e, positive.multiply_by_five()) {
     powers[static_cast<std::size_t>(e - least_power)] = positive.leading_bits(true);
   }
-  Natural negative = Natural::large();
+  detail::Natural negative = detail::Natural::large();
   for (int e = 0; e >= least_power; --e, negative.divide_by_five()) {
     powers[static_cast<std::size_t>(e - least_power)] = negative.leading_bits(e == 0);
   }
   return powers;
-}
-
-}  // namespace detail
-
-inline constexpr auto powers_of_ten = detail::compute_powers_of_ten();
+}();
 
 }  // namespace mod_p3dgrid::recordio

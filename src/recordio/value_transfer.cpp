@@ -5,7 +5,6 @@
 #include <memory>
 #include <type_traits>
 
-#include "recordio/byte_order.hpp"
 #include "recordio/interleave.hpp"
 #include "recordio/read_error.hpp"
 #include "recordio/unformatted_record.hpp"

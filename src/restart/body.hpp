@@ -166,34 +166,28 @@ void copy_rows(const From& from, To& to, std::int64_t rows, std::int64_t points)
   }
 }
 
-/// Staging arrays as large as the arrays of the caller, for a file of reals of kind `Staged`; else
-/// empty.
-template <class Staged>
-struct StagingArrays {
-  array_view<Staged, 2> flow;
-  array_view<Staged, 2> triplets;
-};
-
-/// Arrays of all variables at all points, for a whole body. `Real` is const for writing.
+/// Arrays of all variables at all points, for a whole body. `Real` is const for writing. The
+/// staging arrays have the same extents, or are empty if file and memory hold reals of one kind.
 template <class Real>
 struct WholeArrays {
   const RestartFile& file;
   array_view<Real, 2> flow;      ///< (variable, point)
   array_view<Real, 2> triplets;  ///< (3, point)
   integer last_parameter_row;    ///< row for all further blocks
-  StagingArrays<p3dgrid::OtherReal<Real>> staging = {};
+  array_view<p3dgrid::OtherReal<Real>, 2> flow_staging = {};
+  array_view<p3dgrid::OtherReal<Real>, 2> triplet_staging = {};
 
   using Memory = recordio::MemoryOf<Real>;
   [[nodiscard]] recordio::Values<Memory> parameters_of(const BodyRecord& record) const {
     return parameter_row<Memory>(file.coding, record, std::min(record.block, last_parameter_row));
   }
   [[nodiscard]] recordio::Values<Memory> triplets_of(integer block) const {
-    return recordio::through_staging(staging.triplets,
+    return recordio::through_staging(triplet_staging,
                                      variable_lines(triplets, file.points, block, {1, triplet}));
   }
   void add_variables(recordio::RecordList<Memory>& list, integer block,
                      const p3dgrid::Section& variables) const {
-    list.push_back(recordio::through_staging(staging.flow,
+    list.push_back(recordio::through_staging(flow_staging,
                                              variable_lines(flow, file.points, block, variables)));
   }
 };

@@ -3,8 +3,7 @@
 
 #include "MOD_P3DReader.hpp"
 #include "format/mismatch_report.hpp"
-#include "grid/dimensions.hpp"
-#include "restart/restart_header.hpp"
+#include "restart/restart_file.hpp"
 #include "state/host.hpp"
 #include "state/messages.hpp"
 #include "state/run_end.hpp"

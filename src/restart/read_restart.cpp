@@ -6,7 +6,6 @@
 #include "MOD_P3DReader.hpp"
 #include "restart/body.hpp"
 #include "restart/restart_file.hpp"
-#include "restart/restart_header.hpp"
 #include "restart/staging.hpp"
 #include "state/host.hpp"
 #include "state/messages.hpp"
@@ -61,7 +60,7 @@ struct WholeReader {
 
   void enlarge(const Extension& extension) {
     const std::int64_t points = file.points.total;
-    allocatable<Real, 2>& larger = restart_staging.of<Real>().enlarged;
+    allocatable<Real, 2>& larger = restart_staging<Real>.enlarged;
     file.unit.require_array(allocate_staging(larger, extension.variables.last, points),
                             "a larger array for the flow variables");
     // Rows that no record fills are 0.
@@ -125,7 +124,7 @@ struct RestartRead : RestartFile {
     iflag.fill(0);
     integer status = auxvalues.allocate(triplet, points.total);
     bool usable = true;
-    auto& staging = restart_staging.of<Staged>().triplets;
+    auto& staging = restart_staging<Staged>.triplets;
     const bool staged = p3dgrid::needs_staging<Result>(coding);
     if (staged && status == allocation_done) status = staging.allocate(triplet, points.total);
     host::checkallocationerror(status);
@@ -139,9 +138,9 @@ struct RestartRead : RestartFile {
 
   template <class Real>
   void read_into(allocatable<Real, 2>& flow, allocatable<Real, 2>& triplets,
-                 const StagingArrays<p3dgrid::OtherReal<Real>>& staging = {}) {
+                 array_view<p3dgrid::OtherReal<Real>, 2> flow_staging = {}) {
     prepare_triplets();
-    WholeReader<Real> reader{*this, flow, {*this, flow, triplets, nblocks, staging}};
+    WholeReader<Real> reader{*this, flow, {*this, flow, triplets, nblocks, flow_staging}};
     read_records(unit, {records(), nblocks, layout.extensions}, reader);
   }
 
@@ -152,9 +151,8 @@ struct RestartRead : RestartFile {
     if (points.total > 0) check_variables(filename, highest, variables);
     require_room_for_flow();
     if (p3dgrid::needs_staging<Result>(coding)) {
-      unit.require_array(
-          allocate_staging(restart_staging.of<Staged>().flow, variables, points.total),
-          "a staging array for the flow variables");
+      unit.require_array(allocate_staging(restart_staging<Staged>.flow, variables, points.total),
+                         "a staging array for the flow variables");
       read_staged();
     } else {
       require_flow(allocate_checked(varvalues, variables, points.total));
@@ -171,13 +169,13 @@ struct RestartRead : RestartFile {
   /// converted at the end. If there is no memory for the result, the body is still read, and the
   /// failure is reported afterwards.
   void read_staged() {
-    auto& [flow, triplets, enlarged] = restart_staging.of<Staged>();
+    auto& [flow, triplets, enlarged] = restart_staging<Staged>;
     allocatable<Result, 2> converted = varvalues.sibling();
     const integer status =
         layout.triplets ? allocation_done : converted.allocate(variables_per_point(), points.total);
     const bool at_once = converted.allocated();
     if (at_once) {
-      read_into(converted, auxvalues, {flow, {}});
+      read_into(converted, auxvalues, flow);
     } else {
       read_into(flow, triplets);
     }
@@ -260,8 +258,8 @@ void release_staging(const LayoutTraits& layout) {
     staging.enlarged.deallocate();
     if (layout.triplets) staging.triplets.deallocate();
   };
-  release(restart_staging.of<float>());
-  release(restart_staging.of<double>());
+  release(restart_staging<float>);
+  release(restart_staging<double>);
 }
 
 template <class Result>

@@ -1,11 +1,13 @@
 #pragma once
 
 #include "MOD_P3DReader.hpp"
+#include "grid/dimensions.hpp"
 #include "p3dgrid/layout.hpp"
 #include "state/point_numbering.hpp"
 #include "state/unit.hpp"
 
-/// Checks of the arguments of restart operations. Invalid arguments are a fatal error.
+/// Restart files: their headers, and checks of the arguments of operations. Invalid arguments are a
+/// fatal error.
 namespace mod_p3dgrid {
 
 using p3dgrid::Coding;
@@ -80,6 +82,21 @@ void create_parameters_to_write(const RestartFile& file, integer nparamrows);
 /// Creates a missing array with the values of the other one, or zeros. Refuses an array with fewer
 /// rows than blocks.
 void create_parameters_to_read(const RestartFile& file);
+/// @}
+
+/// @name Headers
+/// @{
+
+/// `readrestartheader`. Throws `FailedRead`.
+/// @param nblocks  set to the block count of the header
+/// @param extents  allocated with an entry per block; 0 if the header holds none
+void read_restart_header(const RestartFile& file, integer& nblocks, ExtentArrays& extents);
+
+/// Throws `FailedRead` for invalid extents. Called before arrays of points are allocated.
+void require_plausible_extents(const Unit& unit, const ExtentArrays& extents);
+
+/// `writerestartheader`.
+void write_restart_header(const RestartFile& file, const ExtentViews& extents);
 /// @}
 
 }  // namespace mod_p3dgrid

@@ -1,10 +1,8 @@
-#include "restart/restart_header.hpp"
-
 #include <algorithm>
 #include <string>
 #include <utility>
 
-#include "restart/body.hpp"
+#include "restart/restart_file.hpp"
 #include "state/host.hpp"
 #include "state/messages.hpp"
 #include "state/run_end.hpp"

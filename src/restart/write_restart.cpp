@@ -4,7 +4,6 @@
 #include "MOD_P3DReader.hpp"
 #include "restart/body.hpp"
 #include "restart/restart_file.hpp"
-#include "restart/restart_header.hpp"
 #include "state/host.hpp"
 #include "state/messages.hpp"
 #include "state/run_end.hpp"
@@ -60,7 +59,7 @@ void write_body(const RestartWrite<Real>& write) {
                                        p3dgrid::precision_name<Staged>() + " precision");
   }
   const WholeWriter<Real> writer{
-      write, {write, write.varvalues, write.auxvalues, write.nparamrows, {flow, triplets}}};
+      write, {write, write.varvalues, write.auxvalues, write.nparamrows, flow, triplets}};
   write_records(write.unit,
                 {block_records_with_leading(write), write.nblocks, write.layout.extensions},
                 writer);

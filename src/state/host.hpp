@@ -73,15 +73,4 @@ template <class T, std::size_t Rank, class... Extent>
   return array.allocate(extent...) == allocation_done;
 }
 
-/// Allocates arrays of `extent` elements in order, up to the first that fails, and reports one
-/// status to the host. True if all can be used.
-template <class... Array>
-[[nodiscard]] bool allocate_group_checked(std::int64_t extent, Array&... array) {
-  integer status = allocation_done;
-  // cppcheck-suppress knownConditionTrueFalse ; it does not see the repetition
-  ((status = status == allocation_done ? array.allocate(extent) : status), ...);
-  host::checkallocationerror(status);
-  return (covers(array, extent) && ...);
-}
-
 }  // namespace mod_p3dgrid

@@ -38,4 +38,8 @@ void p3dsetdebug(logical flag) {
   debugprint = flag;
 }
 
+const char* p3dversion() noexcept {
+  return MOD_P3DGRID_VERSION;
+}
+
 }  // namespace mod_p3dgrid

@@ -20,20 +20,10 @@ void print(const std::string& message) {
   std::fprintf(stderr, "mod_p3dgrid: %s\n", message.c_str());
 }
 
-std::string escaped_line(std::string message) {
-  try {
-    return p3dprintable(std::move(message));
-  } catch (const std::bad_alloc&) {
-    return out_of_memory_message;
-  }
-}
-
-std::string message_of(const char* operation, const std::string& path, int error) {
-  try {
-    return std::string(operation) + " " + path + ": " + std::generic_category().message(error);
-  } catch (const std::bad_alloc&) {
-    return operation;
-  }
+std::string escaped_line(std::string message) try {
+  return p3dprintable(std::move(message));
+} catch (const std::bad_alloc&) {
+  return out_of_memory_message;
 }
 
 [[noreturn]] void end_run(const RunEnd& end) {
@@ -57,12 +47,14 @@ void fail_run(std::string message) {
   end_run({status_of_fatal_errors, escaped_line(std::move(message))});
 }
 
-void fail_run(const char* operation, const std::string& path, int error) {
-  fail_run(message_of(operation, path, error));
+void report_at_exit(std::string message) {
+  print(escaped_line(std::move(message)));
 }
 
-void report_at_exit(const char* operation, const std::string& path, int error) {
-  print(escaped_line(message_of(operation, path, error)));
+std::string message_of(const char* operation, const std::string& path, int error) try {
+  return std::string(operation) + " " + path + ": " + std::generic_category().message(error);
+} catch (const std::bad_alloc&) {
+  return operation;
 }
 
 void fail_without_memory(std::string message) {

@@ -13,12 +13,12 @@ namespace mod_p3dgrid {
 /// escaped.
 [[noreturn]] void fail_run(std::string message);
 
-/// Fatal error: `operation` on `path` failed with the system's error number `error`. Without memory
-/// for the message it is `operation`, which has at most 15 characters and so needs no memory.
-[[noreturn]] void fail_run(const char* operation, const std::string& path, int error);
+/// Prints the message of a failure while the process exits, without calling the handler.
+void report_at_exit(std::string message);
 
-/// Prints the same failure while the process exits, without calling the handler.
-void report_at_exit(const char* operation, const std::string& path, int error);
+/// The message that `operation` on `path` failed with the system's error number `error`. Without
+/// memory for it, `operation`, which has at most 15 characters and so needs no memory.
+[[nodiscard]] std::string message_of(const char* operation, const std::string& path, int error);
 
 inline constexpr integer status_of_fatal_errors = 2;
 

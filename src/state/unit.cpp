@@ -47,7 +47,7 @@ void close_at_exit() {
     try {
       connection->close();
     } catch (const SystemError& error) {
-      report_at_exit(error.operation, connection->path(), error.error);
+      report_at_exit(message_of(error.operation, connection->path(), error.error));
       failed = true;
     }
   }
@@ -74,7 +74,7 @@ void on_file(const std::string& path, Action action) {
   try {
     action();
   } catch (const SystemError& error) {
-    fail_run(error.operation, path, error.error);
+    fail_run(message_of(error.operation, path, error.error));
   }
 }
 
@@ -151,13 +151,9 @@ void Unit::read_with(Action action) const {
   }
 }
 
-void Unit::read(const recordio::ReadList& list) const {
-  const RestOfRecord rest = whole_records ? RestOfRecord::refused : RestOfRecord::skipped;
+void Unit::read(const recordio::ReadList& list, RestOfRecord rest) const {
+  if (whole_records) rest = RestOfRecord::refused;
   read_with([&](Connection& connection) { connection.read(list, rest); });
-}
-
-void Unit::read_whole(const recordio::ReadList& list) const {
-  read_with([&](Connection& connection) { connection.read(list, RestOfRecord::refused); });
 }
 
 void Unit::expect_end() const {

@@ -57,10 +57,9 @@ class Unit {
   p3dgrid::Coding open(const FileName& name, OpenStatus status) const;
 
   /// Reads one record. If that fails, stores the values read until then and throws `FailedRead`.
-  void read(const recordio::ReadList& list) const;
-
-  /// The same for a record that must not hold more than the list.
-  void read_whole(const recordio::ReadList& list) const;
+  /// @param rest  refused too if `p3dsetwholerecords` says so
+  void read(const recordio::ReadList& list,
+            recordio::RestOfRecord rest = recordio::RestOfRecord::skipped) const;
 
   /// Throws `FailedRead` unless the end of the file is reached.
   void expect_end() const;

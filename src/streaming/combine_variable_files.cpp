@@ -5,7 +5,6 @@
 #include "MOD_P3DReader.hpp"
 #include "restart/body.hpp"
 #include "restart/restart_file.hpp"
-#include "restart/restart_header.hpp"
 #include "restart/staging.hpp"
 #include "state/host.hpp"
 #include "state/messages.hpp"
@@ -115,7 +114,8 @@ struct Combiner {
     for (integer m = variables.first; m <= variables.last; ++m) {
       if (block_in_slot(m) == block) continue;
       message("Reading flow variable ", m, " for grid ", block);
-      unit_of(m).read_whole({recordio::values(slot_of(slots, m), combination.points.npts(block))});
+      unit_of(m).read({recordio::values(slot_of(slots, m), combination.points.npts(block))},
+                      recordio::RestOfRecord::refused);
       block_in_slot(m) = block;
     }
   }

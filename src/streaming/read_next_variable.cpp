@@ -5,7 +5,6 @@
 #include "MOD_P3DReader.hpp"
 #include "restart/body.hpp"
 #include "restart/restart_file.hpp"
-#include "restart/restart_header.hpp"
 #include "restart/staging.hpp"
 #include "state/host.hpp"
 #include "state/messages.hpp"
@@ -96,8 +95,8 @@ bool blocks_fill_staging(const VariableRead& read, const std::vector<BodyRecord>
 
 template <class Real, class Result>
 void read_variable(const VariableRead& read, array_view<Result, 2> varvalues) {
-  auto& [staging, targets] = one_variable_staging.of<Real>();
-  allocatable<integer, 1>& steps = one_variable_staging.steps;
+  auto& [staging, targets] = one_variable_staging<Real>;
+  auto& steps = one_variable_steps;
   // Text has no records of older levels.
   const auto records =
       block_records_with_leading(read, p3dgrid::older_levels(read.coding, itimeint));
@@ -144,7 +143,9 @@ void read_next_variable(integer ivar, const RestartArguments& arguments, integer
   } catch (const FailedRead&) {
     throw;
   } catch (...) {
-    one_variable_staging = {};
+    one_variable_staging<float> = {};
+    one_variable_staging<double> = {};
+    one_variable_steps.deallocate();
     throw;
   }
   read.unit.close();

@@ -10,7 +10,7 @@
 #include <random>
 
 #include "MOD_P3DReader.hpp"
-#include "detect/candidates.hpp"
+#include "detect/steps.hpp"
 #include "grid/grid_case.hpp"
 #include "p3dgrid/layout.hpp"
 #include "restart/restart_case.hpp"
@@ -74,8 +74,8 @@ TEST_F(Detects, GridsInEveryForm) {
     ASSERT_NE(reading, found.fitting.end());
     EXPECT_EQ(reading->extents->blocks(), grid.blocks());
     EXPECT_EQ(reading->extents->points(), grid.blocks() == 2 ? 11 : 8);
-    EXPECT_TRUE(compare("grid", expected).whole());
-    EXPECT_EQ(*extents_in("grid", expected), *reading->extents);
+    EXPECT_TRUE(compare("grid", {expected}).whole());
+    EXPECT_EQ(*extents_in("grid", {expected}), *reading->extents);
     // Everything stated, it is the only reading.
     EXPECT_EQ(detect_grid("grid", stated_as(expected)).fitting.size(), 1U);
     EXPECT_TRUE(detect_any("grid").proven());
@@ -98,9 +98,10 @@ TEST_F(Detects, SolutionsInEveryForm) {
     const Detection found = detect_restart("flow", stated, extents);
     ASSERT_EQ(found.fitting.size(), 1U);
     EXPECT_EQ(found.fitting.front().restart(), expected);
-    EXPECT_TRUE(compare("flow", expected, extents, written_so).whole());
+    EXPECT_TRUE(
+        compare("flow", {.form = expected, .extents = extents, .triplets = written_so}).whole());
     if (traits_of(expected.layout).holds_extents()) {
-      EXPECT_EQ(*extents_in("flow", expected), *extents);
+      EXPECT_EQ(*extents_in("flow", {expected}), *extents);
     }
     if (form.blocks == 3) continue;  // one of them without points, which other readings come before
     stated = {.layout = expected.layout};
@@ -278,8 +279,8 @@ TEST_F(Detects, FilesOfTwoDimensions) {
     EXPECT_EQ(reading.coding().dimensions, Dimensions::two);
     EXPECT_EQ(*reading.extents, expected);
     EXPECT_EQ(only_reading(detect_grid(name)).grid(), reading.grid());
-    EXPECT_EQ(*extents_in(name, reading.grid()), expected);
-    EXPECT_TRUE(compare(name, reading.grid()).whole());
+    EXPECT_EQ(*extents_in(name, {reading.form}), expected);
+    EXPECT_TRUE(compare(name, {reading.form}).whole());
     const StatedCoding three{.dimensions = Dimensions::three};
     EXPECT_TRUE(detect_grid(name, {.coding = three}).fitting.empty());
   }
@@ -314,7 +315,7 @@ TEST_F(Detects, PlanesOfEitherKind) {
   EXPECT_EQ(dimensions_with(blanking), Dimensions::two);
   const GridForm plane{
       {Encoding::binary, Precision::single_precision, ByteOrder::native}, false, false};
-  EXPECT_THAT(compare("grid", plane).what, HasSubstr("integers in the place of its third"));
+  EXPECT_THAT(compare("grid", {plane}).what, HasSubstr("integers in the place of its third"));
 }
 
 /// A grid of one block of 5 x 4 x 2 points with markers of 8 bytes.
@@ -389,7 +390,7 @@ TEST_F(Detects, DamagedHeaders) {
 TEST_F(Detects, TextAsAReaderTakesIt) {
   const auto fit = [](const std::string& text, bool iblank) {
     write_file("grid", text);
-    return compare("grid", {{.encoding = Encoding::formatted}, true, iblank});
+    return compare("grid", {GridForm{{.encoding = Encoding::formatted}, true, iblank}});
   };
   for (const char* text :
        {"1\n2 1 1\n1 2 3 4 5 6\n", "1\n2,2*1\n,2,3\n,4,5\n,6\n", "1 note\n2 1 1\n6*0.5",
@@ -426,7 +427,7 @@ TEST_F(Detects, WhatIsStatedMayBeNoForm) {
   for (const Sections& sections : {Sections{}, Sections{{0, 5}}, Sections{{1, 2147483647}}}) {
     for (const LayoutTraits& layout : all_layouts()) {
       const RestartForm form{layout.layout, {}, true, sections};
-      EXPECT_FALSE(compare("flow", form, nullptr, layout.triplets).whole() &&
+      EXPECT_FALSE(compare("flow", {.form = form, .triplets = layout.triplets}).whole() &&
                    layout.layout == Layout::solution);
       static_cast<void>(detect_restart("flow", stated_as(form), extents_of(1)));
     }

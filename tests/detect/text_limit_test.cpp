@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include "detect/evidence.hpp"
-#include "detect/fit.hpp"
 #include "support/scratch_folder.hpp"
 
 namespace p3dgrid {

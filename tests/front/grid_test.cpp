@@ -239,7 +239,9 @@ TEST_F(FrontGrid, SeveralFormsAreThrownWithTheReadings) {
   EXPECT_THAT(error.what(), HasSubstr("grid: matches several forms: grid, binary"));
   const auto& readings = error.details().readings;
   ASSERT_GE(readings.size(), 2U);
-  EXPECT_EQ(read_grid("grid", readings.front()).form, readings.front().grid());
+  const GridForm& form = readings.front().grid();
+  EXPECT_EQ(read_grid("grid", stated_as(form)).form, form);
+  EXPECT_EQ(GridReader("grid", readings.front()).form(), form);
 }
 
 TEST_F(FrontGrid, AFormThatIsNotTheFilesIsAMismatch) {

@@ -290,6 +290,8 @@ TEST_F(FrontSolution, FunctionFilesHaveTheirOwnNumberInEachBlock) {
   EXPECT_EQ(flow.blocks.at(0).variables.size(), 2U);
   EXPECT_EQ(flow.blocks.at(1).variables.size(), 1U);
   EXPECT_THAT(list_of(flow.blocks[1].variables[0]), ElementsAre(3, 4));
+  // The form that has been found holds for the file.
+  EXPECT_EQ(read_solution("flow", {.form = stated_as(flow.form)}).variables(), 2);
   write_solution("copy", flow);
   EXPECT_EQ(read_file("copy"), functions.str());
 }

@@ -76,7 +76,7 @@ class Units {
 /// double-precision read of layout 100 leaves staged.
 std::int64_t arrays_kept() {
   return (nfvar.allocated() ? 1 : 0) + (sqvar.allocated() ? 1 : 0) + (dqvar.allocated() ? 1 : 0) +
-         (restart_staging.of<double>().triplets.allocated() ? 1 : 0);
+         (restart_staging<double>.triplets.allocated() ? 1 : 0);
 }
 
 /// Gives back what the module keeps on purpose.
@@ -84,7 +84,7 @@ void release_what_is_kept() {
   nfvar.deallocate();
   sqvar.deallocate();
   dqvar.deallocate();
-  restart_staging.of<double>().triplets.deallocate();
+  restart_staging<double>.triplets.deallocate();
   // The writers of restart and Tecplot files leave their unit open, and a reader of a header too.
   for (const integer unit : {201, 301, 594}) p3dcloseunit(unit);
 }

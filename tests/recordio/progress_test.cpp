@@ -1,5 +1,3 @@
-#include "recordio/progress.hpp"
-
 #include <gtest/gtest.h>
 
 #include <string>
@@ -7,6 +5,7 @@
 
 #include "recordio/input_file.hpp"
 #include "recordio/output_file.hpp"
+#include "recordio/system_calls.hpp"
 #include "support/scratch_folder.hpp"
 
 namespace mod_p3dgrid::recordio {
@@ -52,7 +51,7 @@ TEST_F(FileProgressReports, GiveTheOffsetThatReadingHasReached) {
 
 TEST_F(FileProgressReports, GiveTheBytesWritten) {
   {
-    OutputFile file("file", Creation::replace);
+    OutputFile file("file", OpenStatus::unknown);
     file.begin();
     file.write("0123456789", 10);
     EXPECT_EQ(reports, std::vector<Report>());

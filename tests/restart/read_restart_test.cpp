@@ -7,6 +7,7 @@
 #include "grid/grid_case.hpp"
 #include "restart/restart_case.hpp"
 #include "restart/staging.hpp"
+#include "support/module_state.hpp"
 
 namespace mod_p3dgrid {
 namespace {
@@ -328,7 +329,7 @@ TEST_F(ReadRestart, OlderTimeLevelsNeedNoRowOfTheFlow) {
         Restart shorter(2);
         shorter.read("restart", made.form);
         EXPECT_EQ(count_calls("dispfilereaderror"), 1) << itime;
-        restart_staging = {};
+        reset_staging();
       }
     }
   }
@@ -354,7 +355,7 @@ TEST_F(ReadRestart, AllocatedTripletsAreReportedAndNeverOverrun) {
     ASSERT_EQ(restart.auxvalues.allocate(3, 3), allocation_done);  // one point too few
     read(restart, made);
     expect_failed("expected an unallocated array for triplets");
-    restart_staging = {};
+    reset_staging();
     calls.clear();
     Restart large(1);
     ASSERT_EQ(large.auxvalues.allocate(3, 4), allocation_done);
@@ -426,7 +427,7 @@ TEST_F(ReadRestart, OlderTimeLevelsAreSkipped) {
         Restart missing(2);
         read(missing, made);
         EXPECT_EQ(count_calls("dispfilereaderror"), 1) << itime;
-        restart_staging = {};
+        reset_staging();
       }
     }
   }
@@ -461,8 +462,8 @@ TEST_F(ReadRestart, Layout100InDoublePrecisionKeepsItsStagingForTheNextReadToRep
   read(first, made);
   EXPECT_EQ(count_calls("dispfilereaderror"), 0);
   EXPECT_EQ(vector_of(first.varvalues), made.varvalues(5));
-  EXPECT_TRUE(restart_staging.of<double>().triplets.allocated());
-  EXPECT_FALSE(restart_staging.of<double>().flow.allocated());
+  EXPECT_TRUE(restart_staging<double>.triplets.allocated());
+  EXPECT_FALSE(restart_staging<double>.flow.allocated());
   calls.clear();
   Restart second(2);
   read(second, made);
@@ -475,14 +476,14 @@ TEST_F(ReadRestart, Layout100InDoublePrecisionKeepsItsStagingForTheNextReadToRep
   Restart third(1);
   read(third, next);
   EXPECT_EQ(vector_of(third.auxvalues), next.auxvalues());
-  EXPECT_FALSE(restart_staging.of<double>().triplets.allocated());
+  EXPECT_FALSE(restart_staging<double>.triplets.allocated());
 }
 
 TEST_F(ReadRestart, StagingOfOtherBoundsIsReportedAndMadeAnew) {
   const HandMadeRestart small({.layout = 100, .iformat = 0, .dblprec = true, .blocks = 1});
   Restart first(1);
   read(first, small);
-  ASSERT_EQ(restart_staging.of<double>().triplets.extent(2), 4);
+  ASSERT_EQ(restart_staging<double>.triplets.extent(2), 4);
   calls.clear();
   Restart second(2);
   const HandMadeRestart larger({.layout = 100, .iformat = 0, .dblprec = true});
@@ -490,7 +491,7 @@ TEST_F(ReadRestart, StagingOfOtherBoundsIsReportedAndMadeAnew) {
   EXPECT_EQ(calls[3], "checkallocationerror(1)");
   EXPECT_EQ(count_calls("dispfilereaderror"), 0);
   EXPECT_EQ(vector_of(second.varvalues), larger.varvalues(5));
-  EXPECT_EQ(restart_staging.of<double>().triplets.extent(2), 7);
+  EXPECT_EQ(restart_staging<double>.triplets.extent(2), 7);
 }
 
 TEST_F(ReadRestart, ExceptionsReleaseTheStaging) {
@@ -501,10 +502,10 @@ TEST_F(ReadRestart, ExceptionsReleaseTheStaging) {
   });
   Restart restart(2);
   EXPECT_THROW(read_with_table_as_it_is(restart, made), std::runtime_error);
-  EXPECT_FALSE(restart_staging.of<double>().flow.allocated());
+  EXPECT_FALSE(restart_staging<double>.flow.allocated());
   mod_gridvars::rstrtvarsct(1, 2) = 9;
   EXPECT_THROW(read_with_table_as_it_is(restart, made), RunEnded);
-  EXPECT_FALSE(restart_staging.of<double>().flow.allocated());
+  EXPECT_FALSE(restart_staging<double>.flow.allocated());
 }
 
 TEST_F(ReadRestart, StagingLeftByAFailedReadIsReportedByTheNext) {
@@ -515,7 +516,7 @@ TEST_F(ReadRestart, StagingLeftByAFailedReadIsReportedByTheNext) {
   Restart failed(2);
   failed.read("restart", made.form);
   expect_failed("expected");
-  EXPECT_TRUE(restart_staging.of<double>().flow.allocated());
+  EXPECT_TRUE(restart_staging<double>.flow.allocated());
   EXPECT_FALSE(failed.varvalues.allocated());
   calls.clear();
   Restart next(2);
@@ -523,7 +524,7 @@ TEST_F(ReadRestart, StagingLeftByAFailedReadIsReportedByTheNext) {
   EXPECT_THAT(calls, ElementsAre(HasSubstr("dispreadwrite"), "checkallocationerror(0)",
                                  "checkallocationerror(1)", "checkallocationerror(0)"));
   EXPECT_EQ(vector_of(next.varvalues), made.varvalues(5));
-  EXPECT_FALSE(restart_staging.of<double>().flow.allocated());
+  EXPECT_FALSE(restart_staging<double>.flow.allocated());
 }
 
 struct Chain {
@@ -566,8 +567,8 @@ TEST_F(ReadRestart, ExtensionChainsOfLayout101) {
           }
         }
         EXPECT_EQ(vector_of(restart.auxvalues), made.auxvalues());
-        EXPECT_FALSE(restart_staging.of<float>().enlarged.allocated());
-        EXPECT_FALSE(restart_staging.of<double>().enlarged.allocated());
+        EXPECT_FALSE(restart_staging<float>.enlarged.allocated());
+        EXPECT_FALSE(restart_staging<double>.enlarged.allocated());
       }
     }
   }
@@ -677,7 +678,7 @@ TEST_F(ReadRestart, AllocatedFlowIsReportedAndUsedIfLargeEnough) {
     EXPECT_EQ(count_calls("dispfilereaderror"), 0);
     EXPECT_EQ(wide.varvalues.data(), storage);
     EXPECT_EQ(wide.varvalues(5, 7), static_cast<float>(HandMadeRestart::flow(5, 6)));
-    EXPECT_FALSE(restart_staging.of<double>().flow.allocated());
+    EXPECT_FALSE(restart_staging<double>.flow.allocated());
   }
 }
 

@@ -84,7 +84,7 @@ TEST_F(RunEnds, HandlerSeesAHaltAndAnError) {
     EXPECT_STREQ(end.what(), "");
   }
   try {
-    fail_run("cannot open", "x.p3d", ENOENT);
+    fail_run(message_of("cannot open", "x.p3d", ENOENT));
     FAIL();
   } catch (const RunEnded& end) {
     EXPECT_EQ(end.status, 2);
@@ -94,7 +94,7 @@ TEST_F(RunEnds, HandlerSeesAHaltAndAnError) {
 
 TEST_F(RunEnds, ControlCharactersInNamesAreShownEscaped) {
   try {
-    fail_run("cannot open", "a\n\x1b[2Jb", ENOENT);
+    fail_run(message_of("cannot open", "a\n\x1b[2Jb", ENOENT));
     FAIL();
   } catch (const RunEnded& end) {
     EXPECT_STREQ(end.what(), R"(cannot open a\n\x1b[2Jb: No such file or directory)");
@@ -133,7 +133,7 @@ TEST_F(RunEndsDeathTest, AnErrorByDefaultIsOneLineOnStandardErrorAndStatusTwo) {
       {
         p3dsetrunend({});
         leave_a_file_open("left.txt");
-        fail_run("cannot open", "x.p3d", ENOENT);
+        fail_run(message_of("cannot open", "x.p3d", ENOENT));
       },
       ::testing::ExitedWithCode(2),
       "^mod_p3dgrid: cannot open x.p3d: No such file or directory\n$");

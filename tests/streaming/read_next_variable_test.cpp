@@ -11,6 +11,7 @@
 #include "grid/grid_case.hpp"
 #include "restart/restart_case.hpp"
 #include "restart/staging.hpp"
+#include "support/module_state.hpp"
 #include "support/unit.hpp"
 
 namespace mod_p3dgrid {
@@ -190,7 +191,7 @@ TEST_F(ReadNextVariable, ATruncatedFileIsToldOnceAndLeavesTheResult) {
   for (const bool dblprec : {false, true}) {
     for (const int iformat : {0, 1, 2}) {
       set_sections({{1, 5}});
-      one_variable_staging = {};
+      reset_staging();
       const HandMadeRestart made({.layout = 1, .iformat = iformat, .dblprec = dblprec});
       const std::string whole = made.bytes();
       calls.clear();
@@ -199,7 +200,7 @@ TEST_F(ReadNextVariable, ATruncatedFileIsToldOnceAndLeavesTheResult) {
       EXPECT_EQ(count_calls("dispfilereaderror"), 1);
       EXPECT_TRUE(is_open("restart"));
       EXPECT_THAT(values, Each(-77.F));
-      EXPECT_TRUE(one_variable_staging.steps.allocated());
+      EXPECT_TRUE(one_variable_steps.allocated());
     }
   }
 }
@@ -209,14 +210,14 @@ TEST_F(ReadNextVariable, StagingLeftByAFailedReadIsReportedAndUsedIfLargeEnough)
   const HandMadeRestart made({.layout = 1, .iformat = 0});
   write_file("restart", made.header());
   read(made.form, 1);
-  ASSERT_TRUE(one_variable_staging.of<float>().values.allocated());
+  ASSERT_TRUE(one_variable_staging<float>.values.allocated());
   calls.clear();
   read_file_of(made, 1);
   EXPECT_THAT(calls, ElementsAre(HasSubstr("dispreadwrite"), "checkallocationerror(0)",
                                  "checkallocationerror(1)", "checkallocationerror(1)",
                                  "checkallocationerror(1)"));
   EXPECT_EQ(values[6], static_cast<float>(HandMadeRestart::flow(1, 6)));
-  EXPECT_FALSE(one_variable_staging.of<float>().values.allocated());
+  EXPECT_FALSE(one_variable_staging<float>.values.allocated());
 
   // Too small for the next file, it is reported and made anew.
   write_file("restart", made.header());
@@ -242,7 +243,7 @@ TEST_F(ReadNextVariable, FailedHeadersAreToldOnce) {
   write_file("restart", Bytes().i4(4));
   read({.layout = 1}, 1);
   EXPECT_EQ(count_calls("dispfilereaderror"), 1);
-  EXPECT_FALSE(one_variable_staging.of<float>().values.allocated());
+  EXPECT_FALSE(one_variable_staging<float>.values.allocated());
 }
 
 TEST_F(ReadNextVariable, FlagsAreReadOnlyForVariablesAboveFive) {
@@ -303,7 +304,7 @@ TEST_F(ReadNextVariable, OlderTimeLevelsOfAbsurdSectionsAreAFailedRead) {
     read_file_of(made, 1);
     EXPECT_EQ(count_calls("dispfilereaderror"), 1);
     EXPECT_THAT(p3dlastfailure().expected, HasSubstr(" more bytes"));
-    one_variable_staging = {};
+    reset_staging();
   }
 }
 
@@ -400,7 +401,7 @@ TEST_F(ReadNextVariable, ExceptionsReleaseTheStaging) {
   set_sections({{1, 5}});
   p3dsetmessages([](std::string_view) { throw std::runtime_error("host"); });
   EXPECT_THROW(read_file_of(HandMadeRestart({.layout = 1}), 1), std::runtime_error);
-  EXPECT_FALSE(one_variable_staging.of<float>().values.allocated());
+  EXPECT_FALSE(one_variable_staging<float>.values.allocated());
 }
 
 TEST_F(ReadNextVariable, UnknownFormatsReadNothing) {

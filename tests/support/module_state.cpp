@@ -6,6 +6,15 @@
 
 namespace test_support {
 
+void reset_staging() {
+  using namespace mod_p3dgrid;
+  restart_staging<float> = {};
+  restart_staging<double> = {};
+  one_variable_staging<float> = {};
+  one_variable_staging<double> = {};
+  one_variable_steps.deallocate();
+}
+
 void reset_module_state() {
   using namespace mod_p3dgrid;
   recordio::set_subrecord_limit(recordio::default_subrecord_limit);
@@ -17,8 +26,7 @@ void reset_module_state() {
   nfvar.deallocate();
   sqvar.deallocate();
   dqvar.deallocate();
-  restart_staging = {};
-  one_variable_staging = {};
+  reset_staging();
   mod_p3dgrid::tmpfile.fill({});
   mod_gridvars::nfilesect = 1;
   mod_gridvars::rstrtvarsct.fill(0);

@@ -6,4 +6,7 @@ namespace test_support {
 /// begins: one section of five variables, all of them to be read.
 void reset_module_state();
 
+/// Releases the staging arrays that failed reads have left.
+void reset_staging();
+
 }  // namespace test_support

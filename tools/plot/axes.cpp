@@ -1,9 +1,12 @@
 #include "plot/axes.hpp"
 
+#include <array>
 #include <cmath>
 
 namespace p3dgrid::tool::plot {
 namespace {
+
+constexpr std::array corners = {0U, 1U, 2U, 3U, 4U, 5U, 6U, 7U};  // of a box
 
 constexpr const char* axis_names[] = {"x", "y", "z"};
 
@@ -38,18 +41,12 @@ class BoxAxes {
   /// Draws along the lowest edge of that coordinate on the page, for z the leftmost.
   void draw_axis(std::size_t coordinate) {
     const unsigned bit = 1U << coordinate;
-    unsigned chosen = 0;
-    double least = INFINITY;
-    for (unsigned corner = 0; corner < 8; ++corner) {
-      if ((corner & bit) != 0) continue;
+    const auto rank = [&](unsigned corner) {  // of the edge that begins there
+      if ((corner & bit) != 0) return double{INFINITY};
       const Place middle = 0.5 * (at_corner(corner) + at_corner(corner | bit));
-      const double rank = coordinate == 2 ? middle.x : -middle.y;
-      if (rank < least) {
-        least = rank;
-        chosen = corner;
-      }
-    }
-    draw_edge(coordinate, box_.corner(chosen));
+      return coordinate == 2 ? middle.x : -middle.y;
+    };
+    draw_edge(coordinate, box_.corner(*std::ranges::min_element(corners, {}, rank)));
   }
 
   [[nodiscard]] Range reach() const { return reach_; }
@@ -177,12 +174,10 @@ void Axes::draw_flat(Canvas& canvas) const {
 
 void Axes::draw_box_behind(Canvas& canvas) const {
   // The three edges that meet at the corner nearest to the eye are in front.
-  unsigned nearest = 0;
-  for (unsigned corner = 1; corner < 8; ++corner) {
-    const Vector& toward = projection.view.toward;
-    if (dot(toward, box.corner(corner)) > dot(toward, box.corner(nearest))) nearest = corner;
-  }
-  for (unsigned corner = 0; corner < 8; ++corner) {
+  const unsigned nearest = *std::ranges::max_element(corners, {}, [this](unsigned corner) {
+    return dot(projection.view.toward, box.corner(corner));
+  });
+  for (const unsigned corner : corners) {
     for (const unsigned bit : {1U, 2U, 4U}) {
       const unsigned other = corner | bit;
       if (other == corner || corner == nearest || other == nearest) continue;

@@ -5,7 +5,6 @@
 #include "plot/canvas.hpp"
 #include "plot/scale.hpp"
 #include "plot/view.hpp"
-#include "range.hpp"
 
 namespace p3dgrid::tool::plot {
 

@@ -1,10 +1,9 @@
-#include "plot/cell_quality.hpp"
-
 #include <algorithm>
 #include <cmath>
 #include <limits>
 #include <span>
 
+#include "plot/surface.hpp"
 #include "quality.hpp"
 
 namespace p3dgrid::tool::plot {

@@ -121,16 +121,13 @@ void orient(const Request& request, Picture& picture) {
   const auto flat = flat_view_of(picture.surfaces, picture.box, are_several);
   if (!request.view.empty()) {
     picture.view = view_from(request.view[0], request.view[1]);
-  } else if (flat) {
-    picture.view = flat->view;
-    if (flat->is_near) {
-      const std::size_t c = flat->coordinate;
-      picture.difference = std::string("drawn without ") + "xyz"[c] + ", from " +
-                           rounded(picture.box.low[c], 3) + " to " +
-                           rounded(picture.box.high[c], 3);
-    }
   } else {
-    picture.view = view_from(default_azimuth, default_elevation);
+    picture.view = flat ? *flat : view_from(default_azimuth, default_elevation);
+  }
+  if (const auto c = picture.view.left_out) {
+    picture.difference = std::string("drawn without ") + "xyz"[*c] + ", from " +
+                         rounded(picture.box.low[*c], 3) + " to " +
+                         rounded(picture.box.high[*c], 3);
   }
   enlarge_thin(picture.surfaces, picture.box);
 }

@@ -1,8 +1,8 @@
-#include "plot/cut.hpp"
-
 #include <algorithm>
 #include <cmath>
 #include <unordered_map>
+
+#include "plot/surface.hpp"
 
 namespace p3dgrid::tool::plot {
 namespace {

@@ -5,9 +5,7 @@
 #include <vector>
 
 #include "form_options.hpp"
-#include "plot/cell_quality.hpp"
 #include "plot/clip.hpp"
-#include "plot/cut.hpp"
 #include "plot/scale.hpp"
 #include "plot/surface.hpp"
 #include "plot/view.hpp"

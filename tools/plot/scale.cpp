@@ -6,8 +6,6 @@
 #include <cstdio>
 #include <numbers>
 
-#include "range.hpp"
-
 namespace p3dgrid::tool::plot {
 namespace {
 

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "geometry.hpp"
 #include "options.hpp"
-#include "vector.hpp"
 
 namespace p3dgrid::tool::plot {
 
@@ -121,7 +121,26 @@ struct Surface {
 /// The outer faces of a block, without their points, or its one row.
 [[nodiscard]] std::vector<Surface> faces_of(const Extents& extents, std::size_t block);
 
-/// Copies coordinates and blanking from its block.
+/// Cuts the cells of a block that have no blanked corner; none if it has no cells there.
+/// @param number  of the block, from 0
+[[nodiscard]] std::optional<Surface> cut_through(const Block& block, std::size_t number,
+                                                 const CoordinatePlane& cut);
+
+/// Copies coordinates and blanking from its block to a grid surface.
 void take_points(Surface& surface, const Block& block);
+
+/// A measure of the cells of a surface.
+enum class CellQuality {
+  skewness,    ///< largest deviation of a corner from 90 degrees, divided by 90
+  stretching,  ///< largest ratio of an edge to its neighbours on the grid line, at least 1
+};
+
+[[nodiscard]] constexpr const char* name_of(CellQuality quality) {
+  return quality == CellQuality::skewness ? "skewness" : "stretching";
+}
+
+/// Sets the values of the cells of a grid surface, or of the cells of the block that a cut crosses,
+/// from the coordinates of the block in their full precision.
+void take_quality(Surface& surface, const Block& block, CellQuality quality);
 
 }  // namespace p3dgrid::tool::plot

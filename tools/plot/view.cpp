@@ -5,7 +5,6 @@
 #include <numbers>
 
 #include "plot/scale.hpp"
-#include "range.hpp"
 
 namespace p3dgrid::tool::plot {
 namespace {
@@ -53,8 +52,8 @@ View view_from(double azimuth, double elevation) {
   return view;
 }
 
-std::optional<FlatView> flat_view_of(const std::vector<Surface>& surfaces, const Box& box,
-                                     bool at_one_place) {
+std::optional<View> flat_view_of(const std::vector<Surface>& surfaces, const Box& box,
+                                 bool at_one_place) {
   const auto near_limit = [&](std::size_t c) {
     return near_flatness * std::min(box.extent((c + 1) % 3), box.extent((c + 2) % 3));
   };
@@ -79,7 +78,8 @@ std::optional<FlatView> flat_view_of(const std::vector<Surface>& surfaces, const
   view.up[up] = 1;
   view.toward = cross(view.right, view.up);
   view.plane = {right, up};
-  return FlatView{view, *flattest, least > limit};
+  if (least > limit) view.left_out = flattest;
+  return view;
 }
 
 void enlarge_thin(std::vector<Surface>& surfaces, Box& box) {

@@ -54,22 +54,18 @@ struct View {
   Vector toward{};  ///< toward the eye
   /// Of a view along a coordinate axis: the coordinates that run to the right and up.
   std::optional<std::array<std::size_t, 2>> plane = {};
+  /// The third one, if it varies within a surface, which is only nearly flat.
+  std::optional<std::size_t> left_out = {};
 };
 
 /// Degrees: the azimuth is counted from x toward y, the elevation from the x-y plane toward z.
 [[nodiscard]] View view_from(double azimuth, double elevation);
 
-/// A view along the coordinate axis that is normal to every surface, exactly or nearly.
-struct FlatView {
-  View view;
-  std::size_t coordinate;  ///< the one along the view
-  bool is_near = false;    ///< it varies within a surface
-};
-
-/// None if there is no such axis.
+/// A view along the coordinate axis that is normal to every surface, exactly or nearly; none if
+/// there is no such axis.
 /// @param at_one_place  the surfaces must also lie in one plane
-[[nodiscard]] std::optional<FlatView> flat_view_of(const std::vector<Surface>& surfaces,
-                                                   const Box& box, bool at_one_place);
+[[nodiscard]] std::optional<View> flat_view_of(const std::vector<Surface>& surfaces, const Box& box,
+                                               bool at_one_place);
 
 /// Maps places of the grid to pixels.
 struct Projection {

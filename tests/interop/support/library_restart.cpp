@@ -41,7 +41,8 @@ void begin_run() {
   nfvar.deallocate();
   sqvar.deallocate();
   dqvar.deallocate();
-  restart_staging = {};
+  restart_staging<float> = {};
+  restart_staging<double> = {};
 }
 
 /// The section table of the form. Layout 3 has its number of variables in the header, and the

@@ -1,16 +1,11 @@
 #pragma once
 
 #include "format/header.hpp"
-#include "p3dgrid/array.hpp"
-#include "recordio/record_list.hpp"
+#include "front/file.hpp"
+#include "p3dgrid/grid.hpp"
 
-/// Lists of the values of one record.
+/// The values of one record in memory.
 namespace p3dgrid {
-
-/// The kind of values in memory: that of the file, and doubles for text.
-[[nodiscard]] inline Precision precision_in_memory(const Coding& coding) {
-  return is_text(coding) ? Precision::double_precision : coding.precision;
-}
 
 [[nodiscard]] constexpr recordio::FileKind kind_of(Precision precision) {
   return precision == Precision::double_precision ? recordio::FileKind::real8
@@ -39,5 +34,28 @@ template <class Real>
     return recordio::stored_as(kind, recordio::values(values.data(), std::ssize(values)));
   });
 }
+
+/// The points of an index range in the order of a file: runs of adjacent points.
+class PointRuns {
+ public:
+  /// @param block  extents of the whole block. Its points must be countable.
+  PointRuns(const BlockExtents& block, const IndexRange& range);
+
+  /// Extents of the range.
+  [[nodiscard]] const BlockExtents& extents() const { return extents_; }
+  [[nodiscard]] std::int64_t points() const { return extents_.points(); }
+
+  /// Reads the range to `entry`, whose `count` is that of the range, from the values of the whole
+  /// block, which are the next in the record. The other values are discarded.
+  void read(SourceFile& source, const recordio::Values<void>& entry) const;
+
+ private:
+  template <class Take>
+  void for_each_run(Take take) const;
+
+  BlockExtents block_;
+  IndexRange range_;
+  BlockExtents extents_;
+};
 
 }  // namespace p3dgrid

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "detect/evidence.hpp"
 
+/// The steps of a detection.
 namespace p3dgrid {
 
 struct Candidate {
@@ -17,6 +19,38 @@ struct Candidate {
 /// All readings of the file as a grid with a plausible header.
 [[nodiscard]] std::vector<Candidate> grid_candidates(Evidence& file, const StatedGridForm& stated,
                                                      EmptyBlocks empty);
+
+/// Size of the module's section table.
+inline constexpr std::size_t most_sections = 30;
+
+/// A restart file whose sections are looked for.
+struct SectionSearch {
+  Evidence& file;
+  RestartForm form;
+  Outline outline;
+  std::shared_ptr<const Extents> extents;
+  bool leading;  ///< blocks begin with a leading record
+
+  [[nodiscard]] FilePlan plan(const Sections& sections) const;
+};
+
+[[nodiscard]] Sections usual_sections(const SectionSearch& search);
+
+/// Whether the body can have the sections that the form states.
+[[nodiscard]] bool can_have_stated_sections(const SectionSearch& search);
+
+/// The tables that agree with the record lengths of the first block of an unformatted file.
+[[nodiscard]] std::vector<Sections> sections_in_records(const SectionSearch& search);
+
+/// The tables of one section, after a leading record if there is one, that agree with the size of a
+/// file without markers. Text must have been counted by `Evidence::fit`.
+[[nodiscard]] std::vector<Sections> sections_by_size(const SectionSearch& search);
+
+/// The records of a file in a reading; none if no extents are known or its blocks cannot have the
+/// sections. Sections that the reading does not have are the usual ones.
+/// @param outline  of the file in that form
+[[nodiscard]] std::optional<FilePlan> plan_of(Evidence& file, const Reading& reading,
+                                              Outline outline);
 
 /// Compares candidates with the file. All of them are text, or none; text is read once.
 [[nodiscard]] std::vector<Reading> fitted(Evidence& file, std::vector<Candidate> candidates);
@@ -49,6 +83,21 @@ struct Candidate {
 /// If several readings agree and differ in byte order or precision, takes the one whose reals are
 /// plausible, if those of all others are not. A sample of each record is examined.
 void settle_by_values(Evidence& file, Detection& found);
+
+/// @name Descriptions of a file that agrees with no reading, as parts of a sentence
+/// @{
+
+/// A form of other programs that cannot be read: unformatted files with other records or with
+/// 64-bit integers, text with other line ends. Empty for other files.
+[[nodiscard]] std::string foreign_form(Evidence& file);
+
+/// Damage in the header: a wrong first marker, a header that ends too early, invalid extents, more
+/// blocks than lines of text. Empty if the file does not begin like a grid or solution.
+[[nodiscard]] std::string header_damage(Evidence& file);
+
+/// The first line of text, or the first bytes of other files.
+[[nodiscard]] std::string beginning_of(Evidence& file);
+/// @}
 
 /// The possible values of a choice that may be stated.
 template <class Choice>

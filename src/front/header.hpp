@@ -4,8 +4,9 @@
 
 #include "format/header.hpp"
 #include "front/file.hpp"
-#include "p3dgrid/grid.hpp"
+#include "p3dgrid/solution.hpp"
 
+/// Headers, and the blocks that they describe.
 namespace p3dgrid {
 
 /// Throws for a block count from a header below 1, or above what the file can hold.
@@ -34,5 +35,20 @@ void require_valid(const std::string& path, const Coding& coding, const Extents&
 /// @param number  of the block, from 0
 void require_block(const std::string& path, const Coding& coding, std::int32_t number,
                    const Block& block, const BlockExtents& announced);
+
+/// Throws for sections that no file can have.
+/// @param leading  blocks begin with a leading record, which holds five variables
+void require_sections(const std::string& path, const Sections& sections, bool leading);
+
+/// Throws for a coding of which the layout has no files.
+void require_files_of(const std::string& path, const RestartForm& form);
+
+/// The variables that a record of a block holds.
+/// @param section  of the record; an only section is as long as the header counts for the block
+[[nodiscard]] Section variables_of(const SolutionHeader& header, std::size_t block,
+                                   const Section& section);
+
+/// The variables that a chain of flags announces, in file order.
+[[nodiscard]] Sections extensions_in(const std::vector<std::int32_t>& flags);
 
 }  // namespace p3dgrid
