@@ -11,6 +11,7 @@ namespace mod_p3dgrid {
 namespace {
 
 namespace tecplot = p3dgrid::tecplot;
+using recordio::OutputFile;
 using recordio::WriteList;
 
 constexpr integer formatted = 1;
@@ -41,16 +42,19 @@ void writetecplotfile_p3d(const FileName& filename, integer nblocks,
   const Unit unit(unit_number::tecplot, formatted);
   unit.open(filename, OpenStatus::unknown);
   constexpr auto& names = p3dgrid::TecplotWriter::flow_names;
-  unit.write_line(
-      tecplot::variables_line({names.begin(), names.end()}, static_cast<bool>(useiblank)));
+  unit.write_text([&](OutputFile& file) {
+    write_line(file,
+               tecplot::variables_line({names.begin(), names.end()}, static_cast<bool>(useiblank)));
+  });
   for (integer b = 1; b <= nblocks; ++b) {
-    const auto [i, j, k] = extents.of(b);
-    unit.write_line(tecplot::zone_line(b, {i, j, k}));
     WriteList list{columns(xyz, points, b), columns(qvar, points, b)};
     if (useiblank) {
       list.push_back(recordio::values(iblank.data() + points.before(b), points.npts(b)));
     }
-    unit.write_points(list, points.npts(b));
+    unit.write_text([&](OutputFile& file) {
+      write_line(file, tecplot::zone_line(b, extents.of(b)));
+      write_points(file, list, points.npts(b));
+    });
   }
 } catch (...) {
   end_operation("write Tecplot file", filename);

@@ -142,14 +142,6 @@ void TargetFile::write(const recordio::WriteList& list) {
   on_file(path_, [&] { connection_->write(list); });
 }
 
-void TargetFile::write_line(std::string_view line) {
-  on_file(path_, [&] { connection_->write_line(line); });
-}
-
-void TargetFile::write_points(const recordio::WriteList& list, std::int64_t points) {
-  on_file(path_, [&] { connection_->write_points(list, points); });
-}
-
 void TargetFile::close() {
   if (begun_ < blocks_) {
     refuse(path_, std::to_string(begun_) + " blocks",

@@ -3,7 +3,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <system_error>
 
 #include "format/body.hpp"
@@ -95,11 +94,11 @@ class TargetFile {
 
   /// Writes a record.
   void write(const recordio::WriteList& list);
-  /// @name Lines of text that are not list-directed records
-  /// @{
-  void write_line(std::string_view line);
-  void write_points(const recordio::WriteList& list, std::int64_t points);
-  /// @}
+  /// Writes lines of text that are not list-directed records: `write_lines(file)` writes them.
+  template <class WriteLines>
+  void write_text(WriteLines write_lines) {
+    on_file(path_, [&] { write_lines(connection_->output()); });
+  }
   /// Writes a record of `bytes` bytes in parts: `write_parts(record)` writes to the record.
   template <class WriteParts>
   void write(std::int64_t bytes, WriteParts write_parts) {

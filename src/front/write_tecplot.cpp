@@ -48,7 +48,11 @@ struct TecplotWriter::File {
       list.push_back(iblank.empty() ? recordio::lines(&in_use, 1, 0, count)
                                     : recordio::values(iblank.data() + first, count));
     }
-    target.write_points(list, count);
+    target.write_text([&](auto& file) { recordio::write_points(file, list, count); });
+  }
+
+  void write_line(const std::string& line) {
+    target.write_text([&](auto& file) { recordio::write_line(file, line); });
   }
 
   void check(const Block& block, const std::vector<Reals>& variables) const {
@@ -80,13 +84,13 @@ TecplotWriter::TecplotWriter(const std::string& path, const std::vector<std::str
                              bool iblank) {
   require_names(path, variables);
   file_ = std::make_shared<File>(File{TargetFile(path, File::text), variables.size(), iblank});
-  file_->target.write_line(tecplot::variables_line(variables, iblank));
+  file_->write_line(tecplot::variables_line(variables, iblank));
 }
 
 void TecplotWriter::write(const Block& block, const std::vector<Reals>& variables) {
   File& file = *file_;
   file.check(block, variables);
-  file.target.write_line(tecplot::zone_line(++file.zones, block.extents));
+  file.write_line(tecplot::zone_line(++file.zones, block.extents));
   std::vector<const Reals*> columns = {&block.x, &block.y, &block.z};
   for (const Reals& variable : variables) columns.push_back(&variable);
   const std::int64_t points = block.extents.points();

@@ -63,21 +63,20 @@ void read_record(InputFile& file, const Coding& coding, const ReadList& list, Re
 Connection::Connection(std::string path, const Coding& coding, OpenStatus status)
     : path_(std::move(path)), coding_(coding) {
   if (status == OpenStatus::old) {
-    file_.emplace<InputFile>(path_, is_text(coding_) ? text_buffer_size : byte_buffer_size);
+    input_.emplace(path_, is_text(coding_) ? text_buffer_size : byte_buffer_size);
   } else {
-    file_.emplace<OutputFile>(path_, status);
+    output_.emplace(path_, status);
   }
 }
 
 InputFile& Connection::input_or_error() {
-  if (auto* const file = std::get_if<InputFile>(&file_)) return *file;
+  if (input_) return *input_;
   throw ReadError{status_error, 0, "a file open for writing", "one open for reading"};
 }
 
-OutputFile& Connection::begin_write() {
-  auto& file = std::get<OutputFile>(file_);
-  file.begin();
-  return file;
+OutputFile& Connection::output() {
+  output_.value().begin();
+  return *output_;
 }
 
 void Connection::read(const ReadList& list, RestOfRecord rest) {
@@ -112,7 +111,7 @@ RecordInput Connection::begin_read() {
 }
 
 RecordOutput Connection::begin_record(std::int64_t bytes) {
-  OutputFile& file = begin_write();
+  OutputFile& file = output();
   ++record_;
   return {file, coding_, bytes};
 }
@@ -123,35 +122,19 @@ void Connection::write(const WriteList& list) {
   record.finish();
 }
 
-void Connection::write_line(std::string_view line) {
-  OutputFile& file = begin_write();
-  file.write(line.data(), std::ssize(line));
-  file.write("\n", 1);
-}
-
-void Connection::write_points(const WriteList& list, std::int64_t points) {
-  recordio::write_points(begin_write(), list, points);
-}
-
 void Connection::close() {
-  if (auto* const file = std::get_if<OutputFile>(&file_)) file->close();
+  if (output_) output_->close();
 }
 
 bool Connection::can_hold(std::int64_t values, FileKind kind, Claim claim) const {
-  const auto* const file = std::get_if<InputFile>(&file_);
-  const auto remaining = file == nullptr ? std::nullopt : file->remaining();
+  const auto remaining = input_ ? input_->remaining() : std::nullopt;
   const bool in_part = claim == Claim::may_be_truncated;
   if (!remaining || (in_part && values <= trusted_bytes / bytes_of(kind))) return true;
   const std::int64_t needed = in_part ? values / most_truncation : values;
   if (!is_text(coding_)) return needed <= *remaining / bytes_of(kind);
   if (needed <= *remaining) return true;
   // With repeat counts a record of text can hold more values than bytes.
-  return claim != Claim::records && file->may_hold_values(needed);
-}
-
-std::int64_t Connection::offset() const {
-  const auto* const file = std::get_if<InputFile>(&file_);
-  return file == nullptr ? 0 : file->offset();
+  return claim != Claim::records && input_->may_hold_values(needed);
 }
 
 }  // namespace mod_p3dgrid::recordio

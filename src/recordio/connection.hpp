@@ -2,8 +2,8 @@
 
 #include <bit>
 #include <cstdint>
+#include <optional>
 #include <string>
-#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -85,17 +85,13 @@ class Connection {
   /// Throws `ReadError` if something is left to read.
   void expect_end();
 
-  [[nodiscard]] bool is_input() const { return std::holds_alternative<InputFile>(file_); }
+  [[nodiscard]] bool is_input() const { return input_.has_value(); }
 
   /// Writes one record. Throws `SystemError`.
   void write(const WriteList& list);
 
-  /// @name Lines of text that are not list-directed records
-  /// Throw `SystemError`.
-  /// @{
-  void write_line(std::string_view line);
-  void write_points(const WriteList& list, std::int64_t points);
-  /// @}
+  /// The file that is written, for lines of text that are not list-directed records.
+  [[nodiscard]] OutputFile& output();
 
   /// Flushes and closes a file that is written. Throws `SystemError`.
   void close();
@@ -106,19 +102,19 @@ class Connection {
 
   [[nodiscard]] const std::string& path() const { return path_; }
   [[nodiscard]] std::int64_t record() const { return record_; }
-  [[nodiscard]] std::int64_t offset() const;
+  [[nodiscard]] std::int64_t offset() const { return input_ ? input_->offset() : 0; }
   /// Current line of a text file, from 1; 0 for other files.
   [[nodiscard]] std::int64_t line() const { return is_text(coding_) ? lines_ + 1 : 0; }
 
  private:
   [[nodiscard]] InputFile& input_or_error();
-  [[nodiscard]] OutputFile& begin_write();
 
   std::string path_;
   Coding coding_;
-  std::variant<std::monostate, InputFile, OutputFile> file_;
-  std::int64_t record_ = 0;  ///< records begun
-  std::int64_t lines_ = 0;   ///< lines read
+  std::optional<InputFile> input_;    ///< either this one
+  std::optional<OutputFile> output_;  ///< or this one
+  std::int64_t record_ = 0;           ///< records begun
+  std::int64_t lines_ = 0;            ///< lines read
 };
 
 }  // namespace mod_p3dgrid::recordio

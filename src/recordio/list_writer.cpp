@@ -73,6 +73,26 @@ void put_values(const Number* from, std::int64_t stride, std::int64_t count, Pre
   for (std::int64_t i = 0; i < count; ++i) put(numbers[static_cast<std::size_t>(i)]);
 }
 
+/// Replaces any NaN with the usual one: readers of such lines do not accept its bits.
+template <class Number>
+Number without_nan_bits(Number value) {
+  return std::isnan(value) ? std::numeric_limits<Number>::quiet_NaN() : value;
+}
+
+/// Appends the values of `rows` rows from `row` on at one point.
+char* put_point(char* to, const Values<const void>& entry, std::int64_t point, std::int64_t row,
+                std::int64_t rows) {
+  with_kind(entry, [&](const auto* memory, auto prepare) {
+    const auto* const values = memory + point * entry.stride + row;
+    const auto prepare_plain = [&](auto value) { return prepare(without_nan_bits(value)); };
+    put_values(values, 1, rows, prepare_plain, [&](const auto& number) {
+      *to++ = ' ';
+      to = write_number(to, number);
+    });
+  });
+  return to;
+}
+
 }  // namespace
 
 void ListWriter::write_values(const Values<const void>& entry) {
@@ -113,29 +133,10 @@ void ListWriter::finish() {
   file_.write("\n", 1);
 }
 
-namespace {
-
-/// Replaces any NaN with the usual one: readers of such lines do not accept its bits.
-template <class Number>
-Number without_nan_bits(Number value) {
-  return std::isnan(value) ? std::numeric_limits<Number>::quiet_NaN() : value;
+void write_line(OutputFile& file, std::string_view line) {
+  file.write(line.data(), std::ssize(line));
+  file.write("\n", 1);
 }
-
-/// Appends the values of `rows` rows from `row` on at one point.
-char* put_point(char* to, const Values<const void>& entry, std::int64_t point, std::int64_t row,
-                std::int64_t rows) {
-  with_kind(entry, [&](const auto* memory, auto prepare) {
-    const auto* const values = memory + point * entry.stride + row;
-    const auto prepare_plain = [&](auto value) { return prepare(without_nan_bits(value)); };
-    put_values(values, 1, rows, prepare_plain, [&](const auto& number) {
-      *to++ = ' ';
-      to = write_number(to, number);
-    });
-  });
-  return to;
-}
-
-}  // namespace
 
 void write_points(OutputFile& file, const WriteList& list, std::int64_t points) {
   for (std::int64_t point = 0; point < points; ++point) {

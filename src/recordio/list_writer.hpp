@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string_view>
+
 #include "recordio/output_file.hpp"
 #include "recordio/record_list.hpp"
 
@@ -23,6 +25,9 @@ class ListWriter {
   OutputFile& file_;
   std::int64_t used_columns_ = 0;
 };
+
+/// Writes a line of any width.
+void write_line(OutputFile& file, std::string_view line);
 
 /// Writes a line of any width for each of `points` points: a blank and the value for all rows of
 /// every entry at that point. Any NaN is written as `NaN`.

@@ -177,12 +177,8 @@ void Unit::write(const recordio::WriteList& list) const {
   write_with([&](Connection& connection) { connection.write(list); });
 }
 
-void Unit::write_line(std::string_view line) const {
-  write_with([&](Connection& connection) { connection.write_line(line); });
-}
-
-void Unit::write_points(const recordio::WriteList& list, std::int64_t points) const {
-  write_with([&](Connection& connection) { connection.write_points(list, points); });
+void Unit::write_text(const std::function<void(recordio::OutputFile&)>& write_lines) const {
+  write_with([&](Connection& connection) { write_lines(connection.output()); });
 }
 
 void Unit::close() const {

@@ -1,8 +1,8 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
-#include <string_view>
 
 #include "mod_p3dgrid/file_name.hpp"
 #include "p3dgrid/form.hpp"
@@ -67,11 +67,8 @@ class Unit {
   /// Writes one record.
   void write(const recordio::WriteList& list) const;
 
-  void write_line(std::string_view line) const;
-
-  /// Writes a line of text for each of `points` points: the values of all rows of every entry at
-  /// that point.
-  void write_points(const recordio::WriteList& list, std::int64_t points) const;
+  /// Writes lines of text that are not list-directed records.
+  void write_text(const std::function<void(recordio::OutputFile&)>& write_lines) const;
 
   /// Flushes and disconnects the file, if there is one.
   void close() const;
