@@ -344,36 +344,23 @@ module mod_p3dgrid
       integer(c_int), value :: paths, coding, run_end
     end subroutine
 
-    ! Functions of the library whose arguments need no translation, under their mangled C++ names.
-    subroutine library_closeunit(unit) bind(c, name='_ZN11mod_p3dgrid12p3dcloseunitEi')
+    subroutine library_closeunit(unit) bind(c, name='mod_p3dgrid_closeunit')
       import
       integer(c_int), value :: unit
     end subroutine
 
-    subroutine library_sethugepages(wanted) bind(c, name='_ZN11mod_p3dgrid15p3dsethugepagesEb')
+    subroutine library_sethugepages(wanted) bind(c, name='mod_p3dgrid_sethugepages')
       import
-      logical(c_bool), value :: wanted
+      integer(c_int), value :: wanted
     end subroutine
 
-    subroutine library_setwholerecords(wanted) &
-        bind(c, name='_ZN11mod_p3dgrid18p3dsetwholerecordsEb')
+    subroutine library_setwholerecords(wanted) bind(c, name='mod_p3dgrid_setwholerecords')
       import
-      logical(c_bool), value :: wanted
+      integer(c_int), value :: wanted
     end subroutine
 
-    subroutine library_clearfailure() bind(c, name='_ZN11mod_p3dgrid15p3dclearfailureEv')
+    subroutine library_clearfailure() bind(c, name='mod_p3dgrid_clearfailure')
     end subroutine
-
-    function library_version() result(text) bind(c, name='_ZN11mod_p3dgrid10p3dversionEv')
-      import
-      type(c_ptr) :: text
-    end function
-
-    function length_of_string(text) result(length) bind(c, name='strlen')
-      import
-      type(c_ptr), value :: text
-      integer(c_size_t) :: length
-    end function
 
     ! Returns unit, status, record, offset and line of the last failed read.
     subroutine library_failure_place(place) bind(c, name='mod_p3dgrid_failure_place')
@@ -387,6 +374,12 @@ module mod_p3dgrid
         bind(c, name='mod_p3dgrid_failure_text')
       import
       integer(c_int), value :: which
+      integer(c_size_t), intent(out) :: length
+      type(c_ptr) :: text
+    end function
+
+    function library_version(length) result(text) bind(c, name='mod_p3dgrid_version')
+      import
       integer(c_size_t), intent(out) :: length
       type(c_ptr) :: text
     end function
@@ -707,12 +700,12 @@ contains
 
   subroutine p3dsethugepages(wanted)
     logical, intent(in) :: wanted
-    call library_sethugepages(logical(wanted, c_bool))
+    call library_sethugepages(bits(wanted))
   end subroutine
 
   subroutine p3dsetwholerecords(wanted)
     logical, intent(in) :: wanted
-    call library_setwholerecords(logical(wanted, c_bool))
+    call library_setwholerecords(bits(wanted))
   end subroutine
 
   function p3dlastfailure() result(failure)
@@ -736,9 +729,10 @@ contains
 
   function p3dversion() result(version)
     character(:), allocatable :: version
+    integer(c_size_t) :: length
     type(c_ptr) :: text
-    text = library_version()
-    version = fortran_text(text, length_of_string(text))
+    text = library_version(length)
+    version = fortran_text(text, length)
   end function
 
   ! Between this module and the library.

@@ -52,7 +52,8 @@ void add_arguments(CLI::App& line, const std::vector<Argument>& arguments) {
 
 void add_option(CLI::App& line, const Option& option) {
   CLI::Option* const added = std::visit(
-      [&]<class Chosen>(const Chosen& target) {
+      [&](const auto& target) {
+        using Chosen = std::decay_t<decltype(target)>;
         if constexpr (std::is_same_v<Chosen, bool*>) {
           return line.add_flag(option.name, *target, option.meaning);
         } else if constexpr (std::is_pointer_v<Chosen>) {

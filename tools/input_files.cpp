@@ -86,8 +86,9 @@ void refuse_if_restart(const std::string& path, const std::string& restart_path,
     return refuse_if(Kind::restart, path, known(path),
                      line_for(usage, "GRID", path) + " takes it with its grid");
   }
+  const std::string& grid = restart_path;
   refuse_if(Kind::restart, path, known_beside(path, other->extents),
-            restart_path + " is the grid: " + line_for(usage, restart_path, path));
+            grid + " is the grid: " + line_for(usage, grid, path));
 }
 
 void refuse_if_grid(const std::string& path, const std::string& grid_path, const Usage& usage) {

@@ -14,9 +14,9 @@ namespace p3dgrid::tool {
 namespace {
 
 constexpr Usage merge_usage = {
-    .command_line = "p3dgrid merge GRID... OUT --restart RESTART... OUT",
-    .grid_alone = "'p3dgrid merge GRID... OUT' without --restart takes grids alone",
-    .restart_alone = "'p3dgrid merge GRID... OUT --restart RESTART... OUT' takes it"};
+    .command_line = "p3dgrid merge GRID ... OUT --restart RESTART ... OUT",
+    .grid_alone = "'p3dgrid merge GRID ... OUT' without --restart takes grids alone",
+    .restart_alone = "'p3dgrid merge GRID ... OUT --restart RESTART ... OUT' takes it"};
 
 /// Prints a note if the first input and another differ.
 struct Comparison {

@@ -117,8 +117,8 @@ std::string obstacle(const HeaderValues& values, const RestartForm& written) {
 Conversion conversion_of(const SolutionHeader& read, const StatedRestartForm& change,
                          const HeaderValues& values) {
   Conversion conversion{read, header_to_write(read, change), values};
-  RunData& run = conversion.written.run;
   if (traits_of(conversion.written.form.layout).holds_step()) {
+    RunData& run = conversion.written.run;
     const std::vector<SettledValue> step = settled_values(conversion);
     run.nstep = static_cast<std::int32_t>(step[0].settled(run.nstep));
     run.dtau = step[1].settled(run.dtau);

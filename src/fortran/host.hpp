@@ -7,8 +7,7 @@
 
 /// The interface between the library and the module for hosts in Fortran
 /// (`fortran/mod_p3dgrid.f90`). The functions with C linkage that the module calls have no
-/// declarations here: the module declares them. Functions of `mod_p3dgrid/run.hpp` that take
-/// numbers and flags are called by it directly.
+/// declarations here: the module declares them.
 namespace mod_p3dgrid::fortran {
 
 /// An allocatable array of Fortran: the address of its descriptor, which differs between compilers.

@@ -146,6 +146,28 @@ void mod_p3dgrid_set_path(void* path, const char* text, std::size_t length) {
   static_cast<std::string*>(path)->assign(text, length);
 }
 
+void mod_p3dgrid_closeunit(integer unit) {
+  p3dcloseunit(unit);
+}
+
+void mod_p3dgrid_sethugepages(integer wanted) {
+  p3dsethugepages(wanted != 0);
+}
+
+void mod_p3dgrid_setwholerecords(integer wanted) {
+  p3dsetwholerecords(wanted != 0);
+}
+
+const char* mod_p3dgrid_version(std::size_t* length) {
+  const std::string_view version = p3dversion();
+  *length = version.size();
+  return version.data();
+}
+
+void mod_p3dgrid_clearfailure() {
+  p3dclearfailure();
+}
+
 void mod_p3dgrid_failure_place(std::int64_t* place) {
   const ReadFailure& failure = p3dlastfailure();
   place[0] = failure.unit;
