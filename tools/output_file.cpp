@@ -122,7 +122,9 @@ const char* kind_of(mode_t mode) {
 
 std::string temporary_name() {
   std::random_device random;
-  return temporary_prefix + std::to_string(::getpid()) + "-" + std::to_string(random()) + ".tmp";
+  char name[48];
+  std::snprintf(name, sizeof name, "%s%ld-%08x.tmp", temporary_prefix, long{::getpid()}, random());
+  return name;
 }
 
 /// Forces what was written to the disk; false, with the reason in `errno`, if that fails.

@@ -11,7 +11,7 @@ sys.path.append(os.environ["P3DGRID_TOOL_TESTS"])
 from support import Block, Form, ToolTest, grid_bytes, main  # noqa: E402
 
 END_AT_CALL = os.environ.get("END_AT_CALL", "")
-LEFTOVER = r"\A\.p3dgrid-[0-9]+-[0-9a-f]{8}(-[0-9]{6})?\.tmp\Z"
+LEFTOVER = r"\A\.p3dgrid-[0-9]+-[0-9a-f]{8}\.tmp\Z"
 
 COMMANDS = {
     "convert": ("convert", "grid.p3d", "out", "--to-format", "formatted"),
