@@ -1,12 +1,10 @@
 #pragma once
 
-#include <bit>
 #include <cstdint>
 #include <functional>
 #include <string>
 #include <string_view>
 
-#include "mod_p3dgrid/file_name.hpp"
 #include "mod_p3dgrid/logical.hpp"
 #include "p3dgrid/form.hpp"
 

@@ -1,7 +1,6 @@
 #include "fortran/names.hpp"
 
 #include <algorithm>
-#include <utility>
 #include <vector>
 
 #include "fortran/host.hpp"

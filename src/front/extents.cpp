@@ -1,5 +1,3 @@
-#include <utility>
-
 #include "front/header.hpp"
 
 namespace p3dgrid {

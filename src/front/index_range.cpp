@@ -1,7 +1,6 @@
 #include "p3dgrid/index_range.hpp"
 
 #include <algorithm>
-#include <span>
 #include <utility>
 
 #include "p3dgrid/grid.hpp"

@@ -1,7 +1,6 @@
 #include "front/settle.hpp"
 
 #include <optional>
-#include <utility>
 
 #include "front/file.hpp"
 #include "p3dgrid/detect.hpp"

@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cstdint>
 #include <memory>
 #include <type_traits>

@@ -6,7 +6,6 @@
 #include "restart/restart_file.hpp"
 #include "state/host.hpp"
 #include "state/messages.hpp"
-#include "state/run_end.hpp"
 
 namespace mod_p3dgrid {
 namespace {

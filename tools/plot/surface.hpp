@@ -5,7 +5,6 @@
 #include <optional>
 #include <p3dgrid/grid.hpp>
 #include <span>
-#include <string>
 #include <vector>
 
 #include "geometry.hpp"
