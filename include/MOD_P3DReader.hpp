@@ -55,8 +55,10 @@
 #include "mod_p3dgrid/run.hpp"
 #include "mod_p3dgrid/version.hpp"
 
+#pragma GCC visibility push(default)
+
 /// The operations, the variables that they share, and the types of their arguments.
-namespace [[gnu::visibility("default")]] mod_p3dgrid {
+namespace mod_p3dgrid {
 
 /// @name Module variables
 /// Shared by the operations; a host reads and writes them directly. They start zero or unallocated
@@ -431,3 +433,5 @@ void writetecplotfile_p3d(const FileName& filename, integer nblocks,
                           integer_view iblank, logical useiblank);
 
 }  // namespace mod_p3dgrid
+
+#pragma GCC visibility pop

@@ -10,8 +10,10 @@
 #include "mod_p3dgrid/file_name.hpp"
 #include "mod_p3dgrid/logical.hpp"
 
+#pragma GCC visibility push(default)
+
 /// Names that the host defines.
-namespace [[gnu::visibility("default")]] mod_gridvars {
+namespace mod_gridvars {
 
 using mod_p3dgrid::FileName;
 using mod_p3dgrid::integer;
@@ -61,3 +63,5 @@ void checkallocationerror(const integer& status);
 void dispfilereaderror();
 
 }  // namespace mod_gridvars
+
+#pragma GCC visibility pop

@@ -13,7 +13,9 @@
 
 #include "mod_p3dgrid/logical.hpp"
 
-namespace [[gnu::visibility("default")]] mod_p3dgrid {
+#pragma GCC visibility push(default)
+
+namespace mod_p3dgrid {
 
 /// @name Status of an allocation
 /// Returned by `allocate` and `deallocate`, and passed to `mod_gridvars::checkallocationerror`.
@@ -324,3 +326,5 @@ class array_argument : public array_view<T, Rank> {
 };
 
 }  // namespace mod_p3dgrid
+
+#pragma GCC visibility pop

@@ -6,7 +6,9 @@
 #include <string>
 #include <string_view>
 
-namespace [[gnu::visibility("default")]] mod_p3dgrid {
+#pragma GCC visibility push(default)
+
+namespace mod_p3dgrid {
 
 /// File name of 40 characters, padded with blanks; trailing blanks are not part of the name.
 ///
@@ -50,3 +52,5 @@ class FileName {
 };
 
 }  // namespace mod_p3dgrid
+
+#pragma GCC visibility pop

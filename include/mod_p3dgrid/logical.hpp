@@ -3,7 +3,9 @@
 #include <concepts>
 #include <cstdint>
 
-namespace [[gnu::visibility("default")]] mod_p3dgrid {
+#pragma GCC visibility push(default)
+
+namespace mod_p3dgrid {
 
 /// Signed 32-bit integer.
 using integer = std::int32_t;
@@ -43,3 +45,5 @@ class logical {
 };
 
 }  // namespace mod_p3dgrid
+
+#pragma GCC visibility pop

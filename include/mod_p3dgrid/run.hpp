@@ -8,7 +8,9 @@
 #include "mod_p3dgrid/logical.hpp"
 #include "p3dgrid/form.hpp"
 
-namespace [[gnu::visibility("default")]] mod_p3dgrid {
+#pragma GCC visibility push(default)
+
+namespace mod_p3dgrid {
 
 /// The text with its control characters escaped: `\n`, `\t`, `\r`, all others as their bytes in
 /// hexadecimal (`\x1b`). The result is one line without terminal control sequences. File names are
@@ -121,3 +123,5 @@ struct ReadFailure {
 void p3dclearfailure();
 
 }  // namespace mod_p3dgrid
+
+#pragma GCC visibility pop

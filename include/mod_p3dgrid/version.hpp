@@ -12,10 +12,14 @@
 /// Patch version of the headers.
 #define MOD_P3DGRID_VERSION_PATCH 0
 
-namespace [[gnu::visibility("default")]] mod_p3dgrid {
+#pragma GCC visibility push(default)
+
+namespace mod_p3dgrid {
 
 /// Version of the library that the host is linked with. It differs from `MOD_P3DGRID_VERSION` if
 /// the host was compiled with the headers of another version.
 [[nodiscard]] const char* p3dversion() noexcept;
 
 }  // namespace mod_p3dgrid
+
+#pragma GCC visibility pop

@@ -10,7 +10,9 @@
 
 #include "p3dgrid/form.hpp"
 
-namespace [[gnu::visibility("default")]] p3dgrid {
+#pragma GCC visibility push(default)
+
+namespace p3dgrid {
 
 /// Leaves the new elements of a vector uninitialised, because a read overwrites them.
 template <class T>
@@ -106,3 +108,5 @@ class Reals {
 }
 
 }  // namespace p3dgrid
+
+#pragma GCC visibility pop

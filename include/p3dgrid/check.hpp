@@ -7,12 +7,14 @@
 #include "p3dgrid/error.hpp"
 #include "p3dgrid/form.hpp"
 
+#pragma GCC visibility push(default)
+
 /// Checks that return all findings instead of throwing the first error. A finding is an `Error` of
 /// the kind `damaged`, `unknown`, `wrong_kind`, `unsupported` or `mismatch`. A file without
 /// findings can be read completely and contains nothing else. Only the first damage of a file is
 /// found, because the position of the next record is unknown after it. Errors of other kinds are
 /// thrown. Memory: as for detection.
-namespace [[gnu::visibility("default")]] p3dgrid {
+namespace p3dgrid {
 
 /// Checks a file of either kind. Of a restart file without extents only the header is compared.
 [[nodiscard]] std::vector<Error> check(const std::string& path);
@@ -51,3 +53,5 @@ namespace [[gnu::visibility("default")]] p3dgrid {
                                             const StatedRestartForm& stated_solution = {});
 
 }  // namespace p3dgrid
+
+#pragma GCC visibility pop

@@ -8,9 +8,11 @@
 #include "p3dgrid/form.hpp"
 #include "p3dgrid/reading.hpp"
 
+#pragma GCC visibility push(default)
+
 /// Detection of the form of grid and restart files. A file that cannot be opened or read, or is not
 /// a regular file, is an `Error`.
-namespace [[gnu::visibility("default")]] p3dgrid {
+namespace p3dgrid {
 
 /// Result of a detection.
 struct Detection {
@@ -57,3 +59,5 @@ struct Detection {
                                                         const Reading& reading);
 
 }  // namespace p3dgrid
+
+#pragma GCC visibility pop

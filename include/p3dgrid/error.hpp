@@ -7,7 +7,9 @@
 
 #include "p3dgrid/reading.hpp"
 
-namespace [[gnu::visibility("default")]] p3dgrid {
+#pragma GCC visibility push(default)
+
+namespace p3dgrid {
 
 /// Kinds of failures.
 enum class ErrorKind : std::uint8_t {
@@ -53,3 +55,5 @@ class Error : public std::runtime_error {
 };
 
 }  // namespace p3dgrid
+
+#pragma GCC visibility pop

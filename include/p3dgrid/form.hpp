@@ -8,8 +8,10 @@
 #include <type_traits>
 #include <vector>
 
+#pragma GCC visibility push(default)
+
 /// The form of a grid or restart file: what must be known to read it and is not stored in it.
-namespace [[gnu::visibility("default")]] p3dgrid {
+namespace p3dgrid {
 
 /// How a file holds its records. The values are the module's file-format codes.
 enum class Encoding : std::int32_t {
@@ -315,3 +317,5 @@ struct Extents {
 };
 
 }  // namespace p3dgrid
+
+#pragma GCC visibility pop

@@ -14,10 +14,12 @@
 #include "p3dgrid/index.hpp"
 #include "p3dgrid/index_range.hpp"
 
+#pragma GCC visibility push(default)
+
 /// Grids in memory, in the precision of their files. Functions keep no state between calls, so
 /// threads can work on different files, or read the same one, at the same time. All of them throw
 /// `Error`, and `std::bad_alloc` without memory.
-namespace [[gnu::visibility("default")]] p3dgrid {
+namespace p3dgrid {
 
 /// One block of a grid. Point (i, j, k), each counted from 0, is element
 /// `i + extents.i * (j + extents.j * k)` of each array.
@@ -134,3 +136,5 @@ inline void write_grid(const std::string& path, const Grid& grid, const StatedCo
 }
 
 }  // namespace p3dgrid
+
+#pragma GCC visibility pop

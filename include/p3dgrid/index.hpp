@@ -5,9 +5,11 @@
 
 #include "p3dgrid/form.hpp"
 
+#pragma GCC visibility push(default)
+
 /// The byte ranges of every array in an unformatted or binary file, for programs that read or write
 /// the values by other means, such as mapped memory or MPI-IO. Text has no index.
-namespace [[gnu::visibility("default")]] p3dgrid {
+namespace p3dgrid {
 
 /// How a value is stored in an unformatted or binary file.
 enum class ValueKind : std::uint8_t { integer4, real4, real8 };
@@ -70,3 +72,5 @@ struct Index {
 };
 
 }  // namespace p3dgrid
+
+#pragma GCC visibility pop

@@ -7,8 +7,10 @@
 
 #include "p3dgrid/form.hpp"
 
+#pragma GCC visibility push(default)
+
 /// Index arithmetic: parts of a block, and the order of its points.
-namespace [[gnu::visibility("default")]] p3dgrid {
+namespace p3dgrid {
 
 class Reals;
 struct Block;
@@ -128,3 +130,5 @@ struct Orientation {
 [[nodiscard]] Block reorient(Block block, const Orientation& orientation);
 
 }  // namespace p3dgrid
+
+#pragma GCC visibility pop

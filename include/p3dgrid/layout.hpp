@@ -2,7 +2,9 @@
 
 #include "p3dgrid/form.hpp"
 
-namespace [[gnu::visibility("default")]] p3dgrid {
+#pragma GCC visibility push(default)
+
+namespace p3dgrid {
 
 /// The records before the block dimensions of a restart file.
 enum class HeaderKind : std::uint8_t {
@@ -109,3 +111,5 @@ inline constexpr std::int32_t most_flags = 3;
 [[nodiscard]] const Extension* extension_of(std::int32_t flag, std::int32_t position);
 
 }  // namespace p3dgrid
+
+#pragma GCC visibility pop

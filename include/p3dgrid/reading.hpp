@@ -8,8 +8,10 @@
 
 #include "p3dgrid/form.hpp"
 
+#pragma GCC visibility push(default)
+
 /// The forms in which a file can be read.
-namespace [[gnu::visibility("default")]] p3dgrid {
+namespace p3dgrid {
 
 /// How far a file agrees with the records that a reading expects.
 struct Fit {
@@ -81,3 +83,5 @@ struct Reading {
 [[nodiscard]] std::string reason_for(const Reading& reading, std::int64_t file_size);
 
 }  // namespace p3dgrid
+
+#pragma GCC visibility pop

@@ -2,7 +2,9 @@
 
 #include <cstdint>
 
-namespace [[gnu::visibility("default")]] p3dgrid {
+#pragma GCC visibility push(default)
+
+namespace p3dgrid {
 
 /// Values of a restart header, under the names of the module variables. Those that the layout does
 /// not have are 0.
@@ -27,3 +29,5 @@ struct RunData {
 };
 
 }  // namespace p3dgrid
+
+#pragma GCC visibility pop

@@ -13,9 +13,11 @@
 #include "p3dgrid/reading.hpp"
 #include "p3dgrid/run_data.hpp"
 
+#pragma GCC visibility push(default)
+
 /// Restart (flow-solution) files in the precision of their files; see `p3dgrid/grid.hpp` for
 /// threads and errors.
-namespace [[gnu::visibility("default")]] p3dgrid {
+namespace p3dgrid {
 
 /// An array of a block: a variable, or one of the three values of its triplets.
 struct FlowArray {
@@ -174,3 +176,5 @@ inline void write_solution(const std::string& path, const Solution& solution,
 }
 
 }  // namespace p3dgrid
+
+#pragma GCC visibility pop

@@ -8,7 +8,9 @@
 
 #include "p3dgrid/grid.hpp"
 
-namespace [[gnu::visibility("default")]] p3dgrid {
+#pragma GCC visibility push(default)
+
+namespace p3dgrid {
 
 /// A Tecplot text file that is written zone by zone, in the memory of the block that the caller
 /// holds. It has a line with the names of its columns and, for each zone, a line with the extents
@@ -44,3 +46,5 @@ class TecplotWriter {
 };
 
 }  // namespace p3dgrid
+
+#pragma GCC visibility pop
