@@ -20,11 +20,13 @@ std::vector<LongName> long_names;
 
 bool host_finds_paths = false;
 
-/// The beginning of a long name, different from those of the other long names.
+/// The beginning of a long name, different from those of the other long names. It does not end with
+/// a blank: names of fewer than 40 characters are not among the long names.
 FileName short_name(std::string_view whole) {
   std::string cut(whole.substr(0, FileName::length));
   const auto is_taken = [&] {
-    return std::ranges::any_of(long_names, [&](const auto& n) { return n.name == FileName(cut); });
+    return cut.back() == ' ' ||
+           std::ranges::any_of(long_names, [&](const auto& n) { return n.name == FileName(cut); });
   };
   for (char mark = '1'; is_taken(); ++mark) cut.back() = mark;
   return FileName(cut);

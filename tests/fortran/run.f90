@@ -120,7 +120,11 @@ contains
     call write_grid(folder(3:42) // '-grid', 'unformatted', .true., g)
     call write_restart(folder(3:42), f, s)
     call checkp3drstrtheader(folder(3:42) // '-grid', 0, folder(3:42), 0, .false., 1, .true.)
-    call expect(count_calls('dispfilereaderror()') == 0, 'name of 40 characters')
+    ! A name of 39 characters, and a longer one that goes on with a blank.
+    call write_grid(folder(3:41) // ' grid', 'unformatted', .true., g)
+    call write_restart(folder(3:41), f, s)
+    call checkp3drstrtheader(folder(3:41) // ' grid', 0, folder(3:41), 0, .false., 1, .true.)
+    call expect(count_calls('dispfilereaderror()') == 0, 'names of 39 and 40 characters')
   end subroutine
 
   subroutine use_paths()
