@@ -89,7 +89,8 @@ class Connection {
   /// Writes one record. Throws `SystemError`.
   void write(const WriteList& list);
 
-  /// The file that is written, for lines of text that are not list-directed records.
+  /// Gives up the old contents of the file that is written and returns it, for lines of text that
+  /// are not list-directed records.
   [[nodiscard]] OutputFile& output();
 
   /// Flushes and closes a file that is written. Throws `SystemError`.
@@ -110,8 +111,8 @@ class Connection {
 
   std::string path_;
   Coding coding_;
-  std::optional<InputFile> input_;    ///< either this one
-  std::optional<OutputFile> output_;  ///< or this one
+  std::optional<InputFile> input_;    ///< the file, if it is read
+  std::optional<OutputFile> output_;  ///< the file, if it is written
   std::int64_t record_ = 0;           ///< records begun
   std::int64_t lines_ = 0;            ///< lines read
 };
