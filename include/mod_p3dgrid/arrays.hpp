@@ -41,8 +41,8 @@ void advise_storage(void* storage, std::uint64_t bytes) noexcept;
 /// An array of another language that provides the storage of an `allocatable`.
 class StorageOwner {
  public:
-  /// Allocates the other array with the given extents, which have `bytes` bytes. Null on failure,
-  /// else not null.
+  /// Allocates the other array with the given extents, `bytes` bytes in all. Null on failure, else
+  /// not null.
   [[nodiscard]] virtual void* acquire(std::span<const std::int64_t> extents,
                                       std::uint64_t bytes) noexcept = 0;
   /// Deallocates it.

@@ -48,8 +48,8 @@ struct Detection {
 [[nodiscard]] Detection detect_any(const std::string& path);
 
 /// Compares the records of a file, and the whole of a text, with the form of a reading. Extents are
-/// read from the header; those of the reading are for layouts without. If it does not say whether
-/// blocks begin with their triplets, they do where `reads_triplets` says so. Returns
+/// read from the header; those of the reading are used for layouts without extents. If the reading
+/// does not say whether blocks begin with their triplets, `reads_triplets` does. Returns
 /// `Agreement::whole` without a comparison if the header is invalid in this form. Throws `Error`.
 [[nodiscard]] Fit compare(const std::string& path, const Reading& reading);
 
